@@ -1,0 +1,47 @@
+# What every target of the project is built with.
+
+option(TREVOLT_BUILD_TESTS "Build the tests" ON)
+option(TREVOLT_BUILD_BENCHMARKS "Build the benchmarks" OFF)
+option(TREVOLT_BUILD_FUZZERS "Build the libFuzzer targets (clang)" OFF)
+set(TREVOLT_SANITIZERS "" CACHE STRING "Comma-separated -fsanitize= list")
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+# Sums and products are rounded as written, on every system.
+add_compile_options(-ffp-contract=off)
+
+if(TREVOLT_SANITIZERS)
+    add_compile_options(-fsanitize=${TREVOLT_SANITIZERS} -fno-sanitize-recover=all
+                        -fno-omit-frame-pointer -O1)
+    add_link_options(-fsanitize=${TREVOLT_SANITIZERS})
+    if(TREVOLT_BUILD_FUZZERS)
+        add_compile_options(-fsanitize=fuzzer-no-link)
+    endif()
+endif()
+
+# The project's own code: warnings are errors.
+function(trevolt_own_code target)
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+    if(MINGW)
+        # GCC 12 takes MinGW's inline wmemcpy for one that reads past short texts.
+        target_compile_options(${target} PRIVATE -Wno-array-bounds
+                               -Wno-stringop-overread)
+    endif()
+    target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR})
+endfunction()
+
+# trevolt_folder(<folder> SOURCES <file>... [USES <target>...])
+# One folder of the house as a static library with the folder's name.
+function(trevolt_folder folder)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;USES")
+    add_library(trevolt_${folder} STATIC ${arg_SOURCES})
+    trevolt_own_code(trevolt_${folder})
+    target_link_libraries(trevolt_${folder} PUBLIC ${arg_USES})
+endfunction()
+
+# Console programs start at wmain on Windows, so that every Unicode argument arrives.
+if(MINGW)
+    add_link_options(-municode)
+endif()

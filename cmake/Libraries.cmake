@@ -1,0 +1,53 @@
+# Libraries from Debian's packages. Header-only ones are staged into the build folder, so that no
+# system header of the build machine leaks into a cross build; GoogleTest (and LZ4, in a cross
+# build) are built from their packaged sources.
+
+find_package(Threads REQUIRED)
+
+set(TREVOLT_STAGE ${CMAKE_BINARY_DIR}/staged/include)
+function(trevolt_header_library name)
+    foreach(folder IN LISTS ARGN)
+        if(NOT EXISTS /usr/include/${folder})
+            message(FATAL_ERROR "${folder} is missing: run tools/setup.sh build")
+        endif()
+        file(COPY /usr/include/${folder} DESTINATION ${TREVOLT_STAGE}/${name})
+    endforeach()
+    add_library(${name} INTERFACE)
+    target_include_directories(${name} SYSTEM INTERFACE ${TREVOLT_STAGE}/${name})
+endfunction()
+
+trevolt_header_library(cli11 CLI)
+trevolt_header_library(fmt fmt)
+target_compile_definitions(fmt INTERFACE FMT_HEADER_ONLY)
+
+add_library(lz4 INTERFACE)
+if(CMAKE_CROSSCOMPILING)
+    include(FetchLz4Source)
+    add_library(lz4_static STATIC ${LZ4_SOURCE_DIR}/lib/lz4.c ${LZ4_SOURCE_DIR}/lib/lz4frame.c
+                                  ${LZ4_SOURCE_DIR}/lib/lz4hc.c ${LZ4_SOURCE_DIR}/lib/xxhash.c)
+    target_include_directories(lz4_static SYSTEM PUBLIC ${LZ4_SOURCE_DIR}/lib)
+    target_compile_definitions(lz4_static PRIVATE XXH_NAMESPACE=LZ4_)
+    target_compile_options(lz4_static PRIVATE -O3 -w)
+    target_link_libraries(lz4 INTERFACE lz4_static)
+else()
+    find_package(PkgConfig REQUIRED)
+    pkg_check_modules(LZ4 REQUIRED IMPORTED_TARGET liblz4)
+    target_link_libraries(lz4 INTERFACE PkgConfig::LZ4)
+    find_package(OpenSSL REQUIRED COMPONENTS Crypto)
+endif()
+
+if(TREVOLT_BUILD_TESTS)
+    set(GTEST_SOURCE /usr/src/googletest/googletest)
+    if(NOT EXISTS ${GTEST_SOURCE})
+        message(FATAL_ERROR "GoogleTest's sources are missing: run tools/setup.sh test")
+    endif()
+    add_library(gtest STATIC ${GTEST_SOURCE}/src/gtest-all.cc)
+    target_include_directories(gtest SYSTEM PUBLIC ${GTEST_SOURCE}/include)
+    target_include_directories(gtest PRIVATE ${GTEST_SOURCE})
+    target_compile_options(gtest PRIVATE -w)
+    target_link_libraries(gtest PUBLIC Threads::Threads)
+endif()
+
+if(TREVOLT_BUILD_BENCHMARKS)
+    find_package(benchmark REQUIRED)
+endif()

@@ -1,0 +1,37 @@
+#include "formats/ChromaCorrectCoef.h"
+
+namespace trevolt {
+
+CChromaCorrectCoef::CChromaCorrectCoef() : m_colour(sizeof(SMatrixCoef)), m_gain(sizeof(float)) {}
+
+void CChromaCorrectCoef::Reset() {
+    m_colour.Release();
+    m_gain.Release();
+    m_width = 0;
+    m_height = 0;
+}
+
+void CChromaCorrectCoef::Resize(std::int32_t width, std::int32_t height) {
+    ResizeForOverwrite(width, height);
+    FillDefaults();
+}
+
+void CChromaCorrectCoef::ResizeForOverwrite(std::int32_t width, std::int32_t height) {
+    Reset();
+    if (width < 1 || height < 1)
+        return;
+    m_width = static_cast<std::uint16_t>(width);
+    m_height = static_cast<std::uint16_t>(height);
+    m_colour.Resize(width, height);
+    m_gain.Resize(width, height);
+}
+
+void CChromaCorrectCoef::FillDefaults() {
+    constexpr float kDefaultGain = 1.0F;
+    if (m_width == 0)
+        return;
+    m_colour.FillWith(&m_defaultElement, sizeof m_defaultElement);
+    m_gain.FillWith(&kDefaultGain, sizeof kDefaultGain);
+}
+
+} // namespace trevolt

@@ -1,0 +1,18 @@
+// Binary file streams on wide-character paths.
+#pragma once
+
+#include <cstdint>
+#include <fstream>
+#include <optional>
+
+namespace trevolt {
+
+/// Opens `stream` in binary mode, with `mode` added, on `path`. False when the path is null, is a
+/// folder, or does not open. Offsets and sizes are 64-bit on every system.
+bool OpenFileStream(std::fstream& stream, const wchar_t* path, std::ios::openmode mode);
+
+/// Bytes from the current position to the end of the stream, which keeps its position; nothing when
+/// the stream cannot tell.
+std::optional<std::uint64_t> BytesToEnd(std::fstream& stream);
+
+} // namespace trevolt

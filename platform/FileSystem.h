@@ -1,0 +1,63 @@
+// Paths, folders and whole-file operations. Paths are wide strings; on POSIX they stand for UTF-8
+// names, and a path that has no UTF-8 form exists nowhere.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace trevolt {
+
+#ifdef _WIN32
+using NativePath = std::wstring;
+inline constexpr wchar_t kPathSeparator = L'\\';
+#else
+using NativePath = std::string;
+inline constexpr wchar_t kPathSeparator = L'/';
+#endif
+
+/// `path` as the system's own calls take it; nothing when it has no such form.
+std::optional<NativePath> ToNativePath(const std::wstring& path);
+
+enum class EntryKind {
+    File,   ///< a regular file, or a link that leads nowhere
+    Folder, ///< a folder or a link to one
+    Other   ///< a FIFO, device or socket
+};
+
+struct FolderEntry {
+    std::wstring name; ///< as found, without its folder
+    EntryKind kind = EntryKind::File;
+};
+
+struct FolderListing {
+    std::vector<FolderEntry> entries;       ///< in the system's order, "." and ".." included
+    std::vector<std::string> unnamedByUtf8; ///< raw names (POSIX) that are not valid UTF-8
+};
+
+/// Every entry whose full name begins with `prefix`: a folder's path with its separator gives all
+/// of its entries. Empty when the folder does not exist or cannot be read.
+FolderListing ListEntries(const std::wstring& prefix);
+
+/// Whether `path` names a file, a folder or another entry; links are followed.
+bool PathExists(const std::wstring& path);
+
+/// Whether `path` names a folder; links are followed.
+bool IsFolder(const std::wstring& path);
+
+/// Whether both paths exist and name the same entry.
+bool IsSameEntry(const std::wstring& a, const std::wstring& b);
+
+/// Makes the folder and those above it. False when it does not stand afterwards.
+bool CreateFolders(const std::wstring& path);
+
+/// Renames `from` to `to` in one step; a file at `to` is replaced. False leaves both as they were.
+bool ReplaceWith(const std::wstring& from, const std::wstring& to);
+
+/// Removes a file. False when it stays.
+bool RemoveFile(const std::wstring& path);
+
+/// `folder` followed by the separator, unless it is empty or ends with one.
+std::wstring WithSeparator(std::wstring folder);
+
+} // namespace trevolt

@@ -1,0 +1,110 @@
+#include "platform/FileSystem.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <memory>
+
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/Utf8.h"
+
+namespace trevolt {
+namespace {
+
+struct DirCloser {
+    void operator()(DIR* dir) const { closedir(dir); }
+};
+
+bool Stat(const std::wstring& path, struct stat& out) {
+    const auto native = ToNativePath(path);
+    return native && stat(native->c_str(), &out) == 0;
+}
+
+EntryKind KindOf(const std::string& path) {
+    struct stat info {};
+    if (stat(path.c_str(), &info) != 0)
+        return EntryKind::File;
+    if (S_ISDIR(info.st_mode))
+        return EntryKind::Folder;
+    return S_ISREG(info.st_mode) ? EntryKind::File : EntryKind::Other;
+}
+
+} // namespace
+
+std::optional<NativePath> ToNativePath(const std::wstring& path) {
+    auto native = WideToUtf8(path);
+    if (native && native->find('\0') != std::string::npos)
+        return std::nullopt;
+    return native;
+}
+
+FolderListing ListEntries(const std::wstring& prefix) {
+    FolderListing listing;
+    const auto native = ToNativePath(prefix);
+    if (!native)
+        return listing;
+    const std::size_t nameStart = native->rfind('/') + 1; // npos + 1 is 0
+    const std::string folder = nameStart == 0 ? "./" : native->substr(0, nameStart);
+    const std::string nameBegin = native->substr(nameStart);
+    const std::unique_ptr<DIR, DirCloser> dir(opendir(folder.c_str()));
+    if (!dir)
+        return listing;
+    while (const dirent* entry = readdir(dir.get())) {
+        const std::string name = entry->d_name;
+        if (!name.starts_with(nameBegin))
+            continue;
+        if (auto wide = Utf8ToWide(name))
+            listing.entries.push_back({std::move(*wide), KindOf(folder + name)});
+        else
+            listing.unnamedByUtf8.push_back(name);
+    }
+    return listing;
+}
+
+bool PathExists(const std::wstring& path) {
+    struct stat info {};
+    return Stat(path, info);
+}
+
+bool IsFolder(const std::wstring& path) {
+    struct stat info {};
+    return Stat(path, info) && S_ISDIR(info.st_mode);
+}
+
+bool IsSameEntry(const std::wstring& a, const std::wstring& b) {
+    struct stat first {};
+    struct stat second {};
+    return Stat(a, first) && Stat(b, second) && first.st_dev == second.st_dev &&
+           first.st_ino == second.st_ino;
+}
+
+bool CreateFolders(const std::wstring& path) {
+    const auto native = ToNativePath(path);
+    if (!native)
+        return false;
+    for (std::size_t i = native->find('/', 1); i != std::string::npos; i = native->find('/', i + 1))
+        mkdir(native->substr(0, i).c_str(), 0777); // one that stands already is as good
+    mkdir(native->c_str(), 0777);
+    return IsFolder(path);
+}
+
+bool ReplaceWith(const std::wstring& from, const std::wstring& to) {
+    const auto nativeFrom = ToNativePath(from);
+    const auto nativeTo = ToNativePath(to);
+    return nativeFrom && nativeTo && std::rename(nativeFrom->c_str(), nativeTo->c_str()) == 0;
+}
+
+bool RemoveFile(const std::wstring& path) {
+    const auto native = ToNativePath(path);
+    return native && unlink(native->c_str()) == 0;
+}
+
+std::wstring WithSeparator(std::wstring folder) {
+    if (!folder.empty() && folder.back() != kPathSeparator)
+        folder.push_back(kPathSeparator);
+    return folder;
+}
+
+} // namespace trevolt

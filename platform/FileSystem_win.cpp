@@ -1,0 +1,97 @@
+#include "platform/FileSystem.h"
+
+#include <windows.h>
+
+namespace trevolt {
+namespace {
+
+constexpr bool IsSeparator(wchar_t c) { return c == L'\\' || c == L'/'; }
+
+EntryKind KindOf(DWORD attributes) {
+    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
+        return EntryKind::Folder;
+    return (attributes & FILE_ATTRIBUTE_DEVICE) != 0 ? EntryKind::Other : EntryKind::File;
+}
+
+/// A handle that only identifies its entry, closed with the holder.
+class CEntryHandle {
+  public:
+    explicit CEntryHandle(const std::wstring& path)
+        : m_handle(CreateFileW(path.c_str(), 0,
+                               FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                               OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr)) {}
+    ~CEntryHandle() {
+        if (m_handle != INVALID_HANDLE_VALUE)
+            CloseHandle(m_handle);
+    }
+    CEntryHandle(const CEntryHandle&) = delete;
+    CEntryHandle& operator=(const CEntryHandle&) = delete;
+
+    bool Identify(BY_HANDLE_FILE_INFORMATION& info) const {
+        return m_handle != INVALID_HANDLE_VALUE && GetFileInformationByHandle(m_handle, &info) != 0;
+    }
+
+  private:
+    HANDLE m_handle;
+};
+
+} // namespace
+
+std::optional<NativePath> ToNativePath(const std::wstring& path) {
+    if (path.find(L'\0') != std::wstring::npos)
+        return std::nullopt;
+    return path;
+}
+
+FolderListing ListEntries(const std::wstring& prefix) {
+    FolderListing listing;
+    WIN32_FIND_DATAW found{};
+    const HANDLE search = FindFirstFileW((prefix + L"*.*").c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE)
+        return listing;
+    do {
+        listing.entries.push_back({found.cFileName, KindOf(found.dwFileAttributes)});
+    } while (FindNextFileW(search, &found) != 0);
+    FindClose(search);
+    return listing;
+}
+
+bool PathExists(const std::wstring& path) {
+    return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+bool IsFolder(const std::wstring& path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+bool IsSameEntry(const std::wstring& a, const std::wstring& b) {
+    BY_HANDLE_FILE_INFORMATION first{};
+    BY_HANDLE_FILE_INFORMATION second{};
+    return CEntryHandle(a).Identify(first) && CEntryHandle(b).Identify(second) &&
+           first.dwVolumeSerialNumber == second.dwVolumeSerialNumber &&
+           first.nFileIndexHigh == second.nFileIndexHigh &&
+           first.nFileIndexLow == second.nFileIndexLow;
+}
+
+bool CreateFolders(const std::wstring& path) {
+    for (std::size_t i = 1; i < path.size(); ++i)
+        if (IsSeparator(path[i]))
+            CreateDirectoryW(path.substr(0, i).c_str(), nullptr); // one that stands is as good
+    CreateDirectoryW(path.c_str(), nullptr);
+    return IsFolder(path);
+}
+
+bool ReplaceWith(const std::wstring& from, const std::wstring& to) {
+    return MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
+}
+
+bool RemoveFile(const std::wstring& path) { return DeleteFileW(path.c_str()) != 0; }
+
+std::wstring WithSeparator(std::wstring folder) {
+    if (!folder.empty() && !IsSeparator(folder.back()))
+        folder.push_back(kPathSeparator);
+    return folder;
+}
+
+} // namespace trevolt

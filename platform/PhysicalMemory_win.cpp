@@ -1,0 +1,19 @@
+#include "platform/PhysicalMemory.h"
+
+#include <cstdlib>
+
+#include <windows.h>
+
+namespace trevolt {
+
+std::uint64_t PhysicalMemoryBytes() {
+    MEMORYSTATUSEX status{};
+    status.dwLength = sizeof status;
+    return GlobalMemoryStatusEx(&status) != 0 ? status.ullTotalPhys : 0;
+}
+
+void* AllocateLarge(std::size_t bytes) { return std::malloc(bytes); }
+
+void FreeLarge(void* memory) { std::free(memory); }
+
+} // namespace trevolt

@@ -1,0 +1,90 @@
+#include "platform/FileSystem.h"
+
+#include <algorithm>
+
+#include <gtest/gtest.h>
+
+#include "platform/FileStream.h"
+#include "tests/support/TestFiles.h"
+
+namespace trevolt {
+namespace {
+
+using test::CTemporaryFolder;
+
+const FolderEntry* Find(const FolderListing& listing, const std::wstring& name) {
+    const auto found = std::find_if(listing.entries.begin(), listing.entries.end(),
+                                    [&](const FolderEntry& entry) { return entry.name == name; });
+    return found == listing.entries.end() ? nullptr : &*found;
+}
+
+TEST(FileSystem, ListsFilesAndFoldersWithDots) {
+    const CTemporaryFolder folder;
+    test::WriteText(folder.File(L"\u7BB1\u4F53-90\u00B0.9fcoef"), "x");
+    ASSERT_TRUE(CreateFolders(folder.File(L"deep/er")));
+
+    const FolderListing listing = ListEntries(folder.Path());
+    ASSERT_NE(Find(listing, L"\u7BB1\u4F53-90\u00B0.9fcoef"), nullptr);
+    EXPECT_EQ(Find(listing, L"\u7BB1\u4F53-90\u00B0.9fcoef")->kind, EntryKind::File);
+    ASSERT_NE(Find(listing, L"deep"), nullptr);
+    EXPECT_EQ(Find(listing, L"deep")->kind, EntryKind::Folder);
+    ASSERT_NE(Find(listing, L"."), nullptr);
+    EXPECT_EQ(listing.entries.size(), 4U);
+}
+
+TEST(FileSystem, ListsOnlyNamesThatBeginWithThePrefix) {
+    const CTemporaryFolder folder;
+    test::WriteText(folder.File(L"cab1.9fcoef"), "x");
+    test::WriteText(folder.File(L"other.9fcoef"), "x");
+    const FolderListing listing = ListEntries(folder.File(L"cab"));
+    ASSERT_EQ(listing.entries.size(), 1U);
+    EXPECT_EQ(listing.entries[0].name, L"cab1.9fcoef");
+}
+
+TEST(FileSystem, ListsNothingOfAMissingFolder) {
+    const CTemporaryFolder folder;
+    EXPECT_TRUE(ListEntries(WithSeparator(folder.File(L"missing"))).entries.empty());
+}
+
+TEST(FileSystem, ReplacesRemovesAndCompares) {
+    const CTemporaryFolder folder;
+    test::WriteText(folder.File(L"a"), "new");
+    test::WriteText(folder.File(L"b"), "old");
+    EXPECT_FALSE(IsSameEntry(folder.File(L"a"), folder.File(L"b")));
+    EXPECT_TRUE(IsSameEntry(folder.File(L"a"), folder.File(L"a")));
+    ASSERT_TRUE(ReplaceWith(folder.File(L"a"), folder.File(L"b")));
+    EXPECT_EQ(test::ReadText(folder.File(L"b")), "new");
+    EXPECT_FALSE(PathExists(folder.File(L"a")));
+    EXPECT_TRUE(RemoveFile(folder.File(L"b")));
+    EXPECT_FALSE(RemoveFile(folder.File(L"b")));
+    EXPECT_FALSE(IsSameEntry(folder.File(L"b"), folder.File(L"b")));
+}
+
+TEST(FileSystem, StreamsRefuseFoldersNullAndMissingFiles) {
+    const CTemporaryFolder folder;
+    std::fstream stream;
+    EXPECT_FALSE(OpenFileStream(stream, nullptr, std::ios::in));
+    EXPECT_FALSE(OpenFileStream(stream, folder.Path().c_str(), std::ios::in));
+    EXPECT_FALSE(OpenFileStream(stream, folder.File(L"missing").c_str(), std::ios::in));
+    EXPECT_FALSE(PathExists(folder.File(L"missing")));
+}
+
+TEST(FileSystem, BytesToEndKeepsThePosition) {
+    const CTemporaryFolder folder;
+    test::WriteText(folder.File(L"ten"), "0123456789");
+    std::fstream stream;
+    ASSERT_TRUE(OpenFileStream(stream, folder.File(L"ten").c_str(), std::ios::in));
+    stream.seekg(4);
+    EXPECT_EQ(BytesToEnd(stream), 6U);
+    EXPECT_EQ(stream.get(), '4');
+}
+
+TEST(FileSystem, SeparatorIsAddedOnce) {
+    EXPECT_EQ(WithSeparator(L""), L"");
+    const std::wstring once = WithSeparator(L"a");
+    EXPECT_EQ(once, (std::wstring{L'a', kPathSeparator}));
+    EXPECT_EQ(WithSeparator(once), once);
+}
+
+} // namespace
+} // namespace trevolt

@@ -1,0 +1,38 @@
+#!/bin/sh
+# Installs the Debian packages that the named jobs need and that are missing.
+#
+#   tools/setup.sh build|test|lint|bench|fuzz|windows|package ...
+#
+# Nothing else is changed on the machine. Runs as root, or through sudo.
+set -eu
+
+packages_for() {
+    case "$1" in
+        build) echo g++ cmake ninja-build pkg-config liblz4-dev libcli11-dev libfmt-dev libssl-dev ;;
+        test) packages_for build; echo libgtest-dev lz4 python3 python3-lz4 ;;
+        lint) packages_for test; echo clang-format clang-tidy ;;
+        bench) packages_for build; echo libbenchmark-dev ;;
+        fuzz) packages_for test; echo clang libclang-rt-14-dev ;;
+        windows) packages_for test; echo g++-mingw-w64-x86-64-posix dpkg-dev wine wine64 xvfb xauth ;;
+        *) echo "setup: unknown job '$1'" >&2; exit 2 ;;
+    esac
+}
+
+is_installed() {
+    [ "$(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
+}
+
+wanted=$(for job in "$@"; do packages_for "$job"; done | tr ' ' '\n' | sort -u)
+missing=
+for package in $wanted; do
+    is_installed "$package" || missing="$missing $package"
+done
+[ -n "$missing" ] || exit 0
+
+as_root=
+[ "$(id -u)" -eq 0 ] || as_root=sudo
+echo "setup: installing$missing"
+export DEBIAN_FRONTEND=noninteractive
+$as_root apt-get update -qq
+# shellcheck disable=SC2086 # the list is meant to be split
+$as_root apt-get install -y -qq --no-install-recommends $missing >/dev/null

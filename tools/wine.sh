@@ -1,0 +1,18 @@
+#!/bin/sh
+# Runs a Windows program through Wine, in a prefix of the build folder that is made once.
+set -eu
+root=$(cd "$(dirname "$0")/.." && pwd)
+export WINEPREFIX="${TREVOLT_WINEPREFIX:-$root/build/wine-prefix}"
+export WINEDEBUG="${WINEDEBUG:--all}"
+export WINEDLLOVERRIDES="mscoree,mshtml="
+if [ ! -f "$WINEPREFIX/made" ]; then
+    mkdir -p "$WINEPREFIX"
+    (
+        flock 9
+        if [ ! -f "$WINEPREFIX/made" ]; then
+            DISPLAY= wine wineboot -i >/dev/null 2>&1
+            touch "$WINEPREFIX/made"
+        fi
+    ) 9>"$WINEPREFIX.lock"
+fi
+exec wine "$@"
