@@ -1,0 +1,42 @@
+#!/bin/sh
+# Runs a Windows program with windows: on an X server of its own that nobody sees, in a Wine prefix
+# of its own in which Wine draws the title bars.
+#
+#   tools/with-display.sh PROGRAM [ARGUMENT ...]
+#
+# TREVOLT_DPI sets the screen's resolution (96 is 100 %). One run at a time per prefix; others wait.
+set -eu
+root=$(cd "$(dirname "$0")/.." && pwd)
+TREVOLT_WINEPREFIX=${TREVOLT_WINEPREFIX:-$root/build/wine-prefix}-window
+export TREVOLT_WINEPREFIX
+mkdir -p "$(dirname "$TREVOLT_WINEPREFIX")"
+exec 8>"$TREVOLT_WINEPREFIX.run"
+flock 8
+
+number_file=$(mktemp)
+Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$number_file" 8>&- 2>/dev/null &
+server=$!
+clean_up() {
+    WINEPREFIX=$TREVOLT_WINEPREFIX wineserver -k 8>&- 2>/dev/null || true
+    kill "$server" 2>/dev/null || true
+    rm -f "$number_file"
+}
+trap clean_up EXIT
+trap 'exit 130' INT TERM
+
+tries=100
+until [ -s "$number_file" ]; do
+    tries=$((tries - 1))
+    if [ "$tries" -eq 0 ] || ! kill -0 "$server" 2>/dev/null; then
+        echo "with-display: Xvfb did not start" >&2
+        exit 1
+    fi
+    sleep 0.1
+done
+DISPLAY=:$(cat "$number_file")
+export DISPLAY
+
+"$root/tools/wine.sh" reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >/dev/null 8>&-
+"$root/tools/wine.sh" reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD \
+    /d "${TREVOLT_DPI:-96}" /f >/dev/null 8>&-
+"$root/tools/wine.sh" "$@" 8>&-
