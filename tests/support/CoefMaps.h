@@ -9,25 +9,11 @@
 
 #include <gtest/gtest.h>
 
-#include "common/MemoryBudget.h"
 #include "formats/ChromaCorrectCoef.h"
+#include "tests/support/BudgetLimit.h"
 #include "tests/support/TestFiles.h"
 
 namespace trevolt::test {
-
-/// Holds the process's memory budget at `limit`, until the holder goes.
-class CBudgetLimit {
-  public:
-    explicit CBudgetLimit(std::uint64_t limit) : m_before(CMemoryBudget::Process().Limit()) {
-        CMemoryBudget::Process().SetLimit(limit);
-    }
-    ~CBudgetLimit() { CMemoryBudget::Process().SetLimit(m_before); }
-    CBudgetLimit(const CBudgetLimit&) = delete;
-    CBudgetLimit& operator=(const CBudgetLimit&) = delete;
-
-  private:
-    std::uint64_t m_before;
-};
 
 /// A pixel whose twelve values are all different, and different from those of pixels near it.
 inline SMatrixCoef PatternPixel(std::int32_t x, std::int32_t y) {
