@@ -70,8 +70,8 @@ TEST(CoefRotation, MovesTheCornersOfATwoByThreeMap) {
 
 TEST(CoefRotation, TurnsEveryPixelAtEverySize) {
     for (std::uint32_t code = 1; code <= 3; ++code) {
-        for (std::int32_t width = 1; width <= 35; width += 2)
-            for (std::int32_t height = 1; height <= 35; height += 3)
+        for (std::int32_t width = 1; width <= 35; width += 3)
+            for (std::int32_t height = 1; height <= 35; height += 5)
                 ExpectTurned(code, width, height);
         ExpectTurned(code, 1, 1);
         ExpectTurned(code, 1, 1000);

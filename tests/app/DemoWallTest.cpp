@@ -1,5 +1,7 @@
 #include "app/DemoWall.h"
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include "app/FileKinds.h"
@@ -10,11 +12,18 @@ namespace {
 
 using namespace test;
 
+std::size_t KindsThatAreOffered() {
+    return static_cast<std::size_t>(
+        std::count_if(FileKinds().begin(), FileKinds().end(), [](const SFileKind& kind) {
+            return kind.save(CChromaCorrectCoef{}, nullptr) != E_COEF_NOTIMPL;
+        }));
+}
+
 TEST(DemoWall, WritesACabinetOfEveryKindThatLoads) {
     const CTemporaryFolder folder;
     ASSERT_EQ(WriteDemoWall(folder.Path()), S_OK);
     const std::vector<std::wstring> names = folder.Names();
-    EXPECT_EQ(names.size(), FileKinds().size());
+    EXPECT_EQ(names.size(), KindsThatAreOffered());
     for (const std::wstring& name : names) {
         SCOPED_TRACE(testing::PrintToString(name));
         const SFileKind* kind = FindLoadKind(name);
