@@ -13,11 +13,15 @@ mkdir -p "$(dirname "$TREVOLT_WINEPREFIX")"
 exec 8>"$TREVOLT_WINEPREFIX.run"
 flock 8
 
+# A Wine server that outlives its display would serve the next run without one.
+end_wine() { WINEPREFIX=$TREVOLT_WINEPREFIX sh -c 'wineserver -k; wineserver -w' 2>/dev/null 8>&- || true; }
+end_wine
+
 number_file=$(mktemp)
 Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$number_file" 8>&- 2>/dev/null &
 server=$!
 clean_up() {
-    WINEPREFIX=$TREVOLT_WINEPREFIX wineserver -k 8>&- 2>/dev/null || true
+    end_wine
     kill "$server" 2>/dev/null || true
     rm -f "$number_file"
 }

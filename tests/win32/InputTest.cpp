@@ -1,4 +1,6 @@
 // Sizes, modes, folders and settings on the real window.
+#include <windows.h>
+
 #include <commctrl.h>
 
 #include "tests/win32/WindowFixture.h"

@@ -1,4 +1,6 @@
 // Whole runs on the real window, with the sample cabinets.
+#include <windows.h>
+
 #include <commctrl.h>
 
 #include "app/CoefRotation.h"

@@ -8,6 +8,13 @@ using namespace std::string_literals;
 using test::LanguageBytes;
 using test::SLaunch;
 
+/// The bytes of an id with others behind them, `size` in all.
+std::string Padded(std::int32_t id, std::size_t size) {
+    std::string bytes = LanguageBytes(id);
+    bytes.resize(size, 'x');
+    return bytes;
+}
+
 class TrevoltStart : public test::WindowFixture {
   protected:
     void ExpectTexts(const std::wstring& file, int id) const {
@@ -52,9 +59,8 @@ TEST_F(TrevoltStart, OddStandardInputsAreDefined) {
         {{SLaunch::Input::Device, ""}, L"Multi_eng.ini"},
         {{SLaunch::Input::Pipe, ""}, L"Multi_eng.ini"},
         {{SLaunch::Input::Pipe, "\x05\x00\x00"s}, L"Multi_Japanese.ini"},
-        {{SLaunch::Input::Pipe, "\x06\x00\x00\x00"s + std::string(9996, 'x')}, L"Multi_Korean.ini"},
-        {{SLaunch::Input::Pipe, "\x07\x00\x00\x00"s + std::string(20000, 'x')},
-         L"Multi_Russian.ini"},
+        {{SLaunch::Input::Pipe, Padded(6, 10000)}, L"Multi_Korean.ini"},
+        {{SLaunch::Input::Pipe, Padded(7, 20000)}, L"Multi_Russian.ini"},
         {{SLaunch::Input::Pipe, "\xFF\xFF\xFF\xFF"s}, L"Multi_eng.ini"},
     };
     for (const auto& [launch, file] : cases) {
@@ -110,10 +116,11 @@ TEST_F(TrevoltStart, SystemMenuOpensTheAboutBox) {
 
 TEST_F(TrevoltStart, MinimisesAndComesBack) {
     const auto& trevolt = Start();
+    for (const WPARAM size : {ICON_BIG, ICON_SMALL})
+        EXPECT_NE(SendMessageW(trevolt.Window(), WM_GETICON, size, 0), 0);
     PostMessageW(trevolt.Window(), WM_SYSCOMMAND, SC_MINIMIZE, 0);
     EXPECT_TRUE(test::WaitUntil([&] { return IsIconic(trevolt.Window()) != 0; }));
     SendMessageW(trevolt.Window(), WM_PAINT, 0, 0);
-    EXPECT_NE(SendMessageW(trevolt.Window(), WM_QUERYDRAGICON, 0, 0), 0);
     PostMessageW(trevolt.Window(), WM_SYSCOMMAND, SC_RESTORE, 0);
     EXPECT_TRUE(test::WaitUntil([&] { return IsIconic(trevolt.Window()) == 0; }));
     EXPECT_EQ(trevolt.Text(kIdWidth), L"0");

@@ -1,6 +1,7 @@
 #include "tests/win32/TrevoltProcess.h"
 
 #include <array>
+#include <stdexcept>
 
 #include <commctrl.h>
 #include <gtest/gtest.h>
@@ -10,7 +11,7 @@
 namespace trevolt::test {
 namespace {
 
-constexpr ULONGLONG kDeadlineMilliseconds = 30000;
+constexpr ULONGLONG kDeadlineMilliseconds = 20000;
 constexpr DWORD kPollMilliseconds = 5;
 constexpr const wchar_t* kDialogClass = L"#32770";
 
@@ -27,9 +28,9 @@ class CInput {
         EXPECT_TRUE(CreatePipe(&m_handle, &writer, &inherited, 65536));
         EXPECT_TRUE(SetHandleInformation(writer, HANDLE_FLAG_INHERIT, 0));
         DWORD written = 0;
-        if (!launch.bytes.empty())
-            EXPECT_TRUE(WriteFile(writer, launch.bytes.data(),
-                                  static_cast<DWORD>(launch.bytes.size()), &written, nullptr));
+        EXPECT_TRUE(launch.bytes.empty() ||
+                    WriteFile(writer, launch.bytes.data(), static_cast<DWORD>(launch.bytes.size()),
+                              &written, nullptr));
         CloseHandle(writer);
     }
     ~CInput() {
@@ -48,9 +49,9 @@ class CInput {
 /// Sends a message that must be answered within the deadline.
 LRESULT SendTo(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
     DWORD_PTR result = 0;
-    const LRESULT isAnswered = SendMessageTimeoutW(window, message, wParam, lParam, SMTO_NORMAL,
-                                                   kDeadlineMilliseconds, &result);
-    EXPECT_NE(isAnswered, 0) << "message " << message << " was not answered";
+    if (SendMessageTimeoutW(window, message, wParam, lParam, SMTO_NORMAL, kDeadlineMilliseconds,
+                            &result) == 0)
+        throw std::runtime_error("message " + std::to_string(message) + " was not answered");
     return static_cast<LRESULT>(result);
 }
 
@@ -106,13 +107,14 @@ CTrevoltProcess::CTrevoltProcess(const std::wstring& program, const SLaunch& lau
     m_process = info.hProcess;
     m_processId = info.dwProcessId;
     m_threadId = info.dwThreadId;
-    EXPECT_TRUE(WaitUntil([&] {
+    WaitUntil([&] {
         for (const HWND window : Windows(kDialogClass))
             if (IsWindowVisible(window) != 0)
                 m_window = window;
         return m_window != nullptr || HasEnded();
-    }));
-    EXPECT_NE(m_window, nullptr) << "the window did not come up";
+    });
+    if (m_window == nullptr)
+        throw std::runtime_error("the window did not come up");
 }
 
 CTrevoltProcess::~CTrevoltProcess() {
@@ -189,13 +191,15 @@ void CTrevoltProcess::SendLanguage(ULONG_PTR tag, std::int32_t id) const {
 
 HWND CTrevoltProcess::WaitForPopup() const {
     HWND popup = nullptr;
-    EXPECT_TRUE(WaitUntil([&] {
+    WaitUntil([&] {
         for (const HWND window : Windows(kDialogClass))
             if (window != m_window && GetWindow(window, GW_OWNER) == m_window &&
                 IsWindowVisible(window) != 0)
                 popup = window;
         return popup != nullptr || HasEnded();
-    })) << "no modal window came up";
+    });
+    if (popup == nullptr)
+        throw std::runtime_error("no modal window came up");
     return popup;
 }
 
@@ -232,7 +236,7 @@ SMessageBox ReadMessageBox(HWND box) {
         else if (!IsOfClass(child, L"Static"))
             continue;
         else if ((GetWindowLongW(child, GWL_STYLE) & SS_TYPEMASK) == SS_ICON)
-            seen.hasIcon = true;
+            seen.hasIcon = SendTo(child, STM_GETICON) != 0;
         else
             seen.text = TextOf(child);
     }

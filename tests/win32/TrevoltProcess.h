@@ -1,5 +1,6 @@
 // The real Trevolt.exe, started as a launcher starts it and worked through window messages only.
-// Every wait is for a state and has a deadline, after which the test fails.
+// Every wait is for a state and has a deadline, after which the test fails; where
+// it could not go on, by an exception.
 #pragma once
 
 #include <functional>
