@@ -40,7 +40,18 @@ done
 DISPLAY=:$(cat "$number_file")
 export DISPLAY
 
-"$root/tools/wine.sh" reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >/dev/null 8>&-
-"$root/tools/wine.sh" reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD \
-    /d "${TREVOLT_DPI:-96}" /f >/dev/null 8>&-
+set_value() { # key name type data
+    "$root/tools/wine.sh" reg add "$1" /v "$2" /t "$3" /d "$4" /f >/dev/null 8>&-
+}
+set_value 'HKCU\Software\Wine\X11 Driver' Managed REG_SZ N
+set_value 'HKCU\Control Panel\Desktop' LogPixels REG_DWORD "${TREVOLT_DPI:-96}"
+# On Windows the window's font has every script; here others stand in for it. Thai is shaped, which
+# only the font itself can be, so that one is a Thai font with Latin letters as wide as any.
+links='DejaVuSans.ttf,DejaVu Sans\0DroidSansFallbackFull.ttf,Droid Sans Fallback\0NanumGothic.ttf,NanumGothic'
+fonts='HKLM\Software\Microsoft\Windows NT\CurrentVersion\FontLink\SystemLink'
+set_value 'HKCU\Software\Wine\Fonts\Replacements' 'Segoe UI' REG_SZ Waree
+set_value 'HKCU\Software\Wine\Fonts\Replacements' Tahoma REG_SZ Waree
+for font in Waree Tahoma 'Tahoma Bold'; do
+    set_value "$fonts" "$font" REG_MULTI_SZ "$links"
+done
 "$root/tools/wine.sh" "$@" 8>&-

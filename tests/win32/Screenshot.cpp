@@ -14,17 +14,17 @@ BITMAPINFOHEADER HeaderOf(const RECT& area) {
     header.biWidth = area.right - area.left;
     header.biHeight = area.bottom - area.top;
     header.biPlanes = 1;
-    header.biBitCount = 32;
+    header.biBitCount = 24;
     header.biCompression = BI_RGB;
     return header;
 }
 
-/// The pixels of a part of the screen, bottom row first, 4 bytes each.
+/// The pixels of a part of the screen, bottom row first, 3 bytes each, rows padded to 4.
 std::vector<char> ReadPixels(const RECT& area, BITMAPINFO& info) {
     const LONG width = info.bmiHeader.biWidth;
     const LONG height = info.bmiHeader.biHeight;
-    std::vector<char> pixels(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) *
-                             4);
+    const auto rowBytes = (static_cast<std::size_t>(width) * 3 + 3) / 4 * 4;
+    std::vector<char> pixels(rowBytes * static_cast<std::size_t>(height));
     const HDC screen = GetDC(nullptr);
     const HDC memory = CreateCompatibleDC(screen);
     const HBITMAP bitmap = CreateCompatibleBitmap(screen, width, height);
