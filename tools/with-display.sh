@@ -51,7 +51,7 @@ links='DejaVuSans.ttf,DejaVu Sans\0DroidSansFallbackFull.ttf,Droid Sans Fallback
 fonts='HKLM\Software\Microsoft\Windows NT\CurrentVersion\FontLink\SystemLink'
 set_value 'HKCU\Software\Wine\Fonts\Replacements' 'Segoe UI' REG_SZ Waree
 set_value 'HKCU\Software\Wine\Fonts\Replacements' Tahoma REG_SZ Waree
-for font in Waree Tahoma 'Tahoma Bold'; do
+for font in Waree 'Waree Bold'; do
     set_value "$fonts" "$font" REG_MULTI_SZ "$links"
 done
 "$root/tools/wine.sh" "$@" 8>&-

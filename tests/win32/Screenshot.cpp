@@ -38,12 +38,27 @@ std::vector<char> ReadPixels(const RECT& area, BITMAPINFO& info) {
     return pixels;
 }
 
+/// The pixels once two looks at them are the same.
+std::vector<char> ReadSteadyPixels(const RECT& area, BITMAPINFO& info) {
+    constexpr int kLooks = 50;
+    constexpr DWORD kBetweenLooks = 100;
+    std::vector<char> pixels = ReadPixels(area, info);
+    for (int look = 1; look < kLooks; ++look) {
+        Sleep(kBetweenLooks);
+        std::vector<char> later = ReadPixels(area, info);
+        if (later == pixels)
+            break;
+        pixels = std::move(later);
+    }
+    return pixels;
+}
+
 } // namespace
 
 bool SaveScreen(const RECT& area, const std::wstring& path) {
     BITMAPINFO info{};
     info.bmiHeader = HeaderOf(area);
-    const std::vector<char> pixels = ReadPixels(area, info);
+    const std::vector<char> pixels = ReadSteadyPixels(area, info);
     BITMAPFILEHEADER header{};
     header.bfType = 0x4D42; // "BM"
     header.bfOffBits = sizeof header + sizeof info.bmiHeader;

@@ -7,7 +7,8 @@
 
 namespace trevolt::test {
 
-/// Writes the part of the screen that `area` names as a bitmap file. False when it cannot.
+/// Waits until the part of the screen that `area` names stands still, and writes it as a bitmap
+/// file. False when it cannot.
 bool SaveScreen(const RECT& area, const std::wstring& path);
 
 /// The whole screen.
