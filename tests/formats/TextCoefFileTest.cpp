@@ -10,10 +10,9 @@
 
 #include <gtest/gtest.h>
 
-#include "common/MemoryBudget.h"
 #include "common/QuarterTurn.h"
 #include "common/TransferReport.h"
-#include "tests/support/TestFiles.h"
+#include "tests/support/CoefMaps.h"
 
 namespace trevolt {
 namespace {
@@ -108,12 +107,9 @@ TEST_F(TextCoefFile, AnEmptyMapIsWrittenAsTheHeaderLinesAlone) {
 }
 
 TEST_F(TextCoefFile, AMapWithoutStorageIsWrittenAsDefaults) {
-    CMemoryBudget& budget = CMemoryBudget::Process();
-    const std::uint64_t limit = budget.Limit();
+    const test::CBudgetLimit none(0);
     CChromaCorrectCoef map;
-    budget.SetLimit(0);
     map.Resize(4, 2);
-    budget.SetLimit(limit);
     ASSERT_FALSE(map.HasStorage());
     EXPECT_EQ(Written(map), "[T9COEF20]\nwidth=4\nheight=2\n");
 }
@@ -639,23 +635,7 @@ void TurnInto(CChromaCorrectCoef& turned, const CChromaCorrectCoef& map, std::ui
 TEST_F(TextCoefFile, TheCabinetHoldsTheDecodedPixels) {
     CChromaCorrectCoef map;
     ReadSample(map, L"cabinet/Cab_05.cccoef");
-    std::istringstream lines(test::ReadText(test::Sample(L"cabinet/Cab_05.cccoef.csv")));
-    std::string line;
-    std::getline(lines, line); // the heading
-    int pixels = 0;
-    while (std::getline(lines, line)) {
-        std::array<float, 11> fields{};
-        std::istringstream cells(line);
-        std::string cell;
-        for (float& field : fields) {
-            ASSERT_TRUE(std::getline(cells, cell, ','));
-            field = std::strtof(cell.c_str(), nullptr);
-        }
-        const Matrix m = MatrixAt(map, static_cast<int>(fields[0]), static_cast<int>(fields[1]));
-        EXPECT_TRUE(std::equal(m.begin(), m.end(), fields.begin() + 2)) << line;
-        ++pixels;
-    }
-    EXPECT_GT(pixels, 20);
+    test::ExpectSamplePixels(map, L"cabinet/Cab_05.cccoef.csv");
 }
 
 TEST_F(TextCoefFile, TheCabinetIsWrittenBackByteForByte) {
