@@ -231,7 +231,7 @@ TEST(ChunkWriter, RefusedScratchMemoryWritesNothing) {
     std::uint64_t dataAt = 0;
     CMemoryBudget& budget = CMemoryBudget::Process();
     const std::uint64_t limit = budget.Limit();
-    budget.SetLimit(budget.Outstanding() + 1000);
+    budget.SetLimit(budget.Outstanding() + 100);
     EXPECT_EQ(store.WriteAllChunks(stream), E_COEF_NOBUFFER);
     EXPECT_EQ(store.WriteRectChunks(stream, {0, 0, 10, 10}), E_COEF_NOBUFFER);
     EXPECT_EQ(
