@@ -55,16 +55,23 @@ inline SChoice ChoiceOf(std::span<const std::byte> input) {
             .second = LoadLittle<std::uint32_t>(at + 13)};
 }
 
-/// A store as a file kind would size it, from the header; empty when that is refused.
-inline std::unique_ptr<CCaliBuf> StoreFor(std::span<const std::byte> input, const SChoice& choice) {
+/// A store as a file kind would size it, from the header; empty when that is refused. The store of
+/// the run before is taken again when its size fits: its pixels decide nothing, and filling
+/// blocks is most of what a run costs.
+inline CCaliBuf& StoreFor(std::span<const std::byte> input, const SChoice& choice) {
+    static const std::unique_ptr<CCaliBuf> store = CCaliBuf::Create();
     CMemoryBudget::Process().SetLimit(kBudget);
-    auto store = CCaliBuf::Create();
-    store->SetElement(choice.kind->elemSize, choice.kind->planeCount);
-    if (input.size() >= kChunkHeaderBytes) {
-        const SChunkHeader header = DecodeChunkHeader(input.data());
-        store->Allocate(header.width, header.height);
+    SChunkHeader header;
+    if (input.size() >= kChunkHeaderBytes)
+        header = DecodeChunkHeader(input.data());
+    const bool fits = store->ElemSize() == choice.kind->elemSize &&
+                      store->Width() == header.width && store->Height() == header.height;
+    if (!fits) {
+        store->SetElement(choice.kind->elemSize, choice.kind->planeCount);
+        if (store->Allocate(header.width, header.height) == E_COEF_INVALIDARG)
+            store->Allocate(0, 0);
     }
-    return store;
+    return *store;
 }
 
 inline std::istringstream StreamOf(std::span<const std::byte> input) {
