@@ -1,0 +1,133 @@
+#include "formats/BinaryCoefBody.h"
+
+#include <algorithm>
+#include <array>
+#include <fstream>
+#include <limits>
+
+#include "common/LittleEndian.h"
+#include "common/TransferReport.h"
+#include "platform/FileStream.h"
+
+namespace trevolt {
+namespace {
+
+constexpr std::size_t kHeaderBytes = 24;
+constexpr std::size_t kVersionOffset = 16;
+constexpr std::size_t kWidthOffset = 20;
+constexpr std::size_t kHeightOffset = 22;
+constexpr std::uint32_t kVersion = 1;
+
+using HeaderBytes = std::array<std::byte, kHeaderBytes>;
+
+struct FileSize {
+    std::uint16_t width = 0;
+    std::uint16_t height = 0;
+};
+
+/// Opens the file and takes its header; the stream then stands at the body.
+Status OpenCoefFile(const wchar_t* path, const CoefFileMagic& magic, std::fstream& stream,
+                    FileSize& size) {
+    if (path == nullptr)
+        return E_COEF_INVALIDARG;
+    if (!OpenFileStream(stream, path, std::ios::in))
+        return E_COEF_OPENFAILED;
+    HeaderBytes header{};
+    if (!stream.read(reinterpret_cast<char*>(header.data()), header.size()) ||
+        std::memcmp(header.data(), magic.data(), magic.size()) != 0 ||
+        LoadLittle<std::uint32_t>(&header[kVersionOffset]) > kVersion)
+        return E_COEF_BADFORMAT;
+    size.width = LoadLittle<std::uint16_t>(&header[kWidthOffset]);
+    size.height = LoadLittle<std::uint16_t>(&header[kHeightOffset]);
+    return S_OK;
+}
+
+HeaderBytes MakeHeader(const CoefFileMagic& magic, std::uint32_t width, std::uint32_t height) {
+    HeaderBytes header{};
+    std::memcpy(header.data(), magic.data(), magic.size());
+    StoreLittle<std::uint32_t>(&header[kVersionOffset], kVersion);
+    StoreLittle<std::uint16_t>(&header[kWidthOffset], static_cast<std::uint16_t>(width));
+    StoreLittle<std::uint16_t>(&header[kHeightOffset], static_cast<std::uint16_t>(height));
+    return header;
+}
+
+std::int32_t ClampToInt32(std::int64_t value) {
+    return static_cast<std::int32_t>(
+        std::clamp<std::int64_t>(value, 0, std::numeric_limits<std::int32_t>::max()));
+}
+
+} // namespace
+
+Status ReadCoefBody(const wchar_t* path, const CoefFileMagic& magic, CMassiveGrid& body) {
+    body.Release();
+    std::fstream stream;
+    FileSize size;
+    if (const Status status = OpenCoefFile(path, magic, stream, size); Failed(status))
+        return status;
+    const auto stored = BytesToEnd(stream);
+    if (!stored)
+        return E_FAIL;
+    if (const Status status = body.UncompressFromFile(stream, *stored); Failed(status))
+        return status;
+    if (body.SetShape(size.width, size.height))
+        return S_OK;
+    body.Release();
+    return E_FAIL;
+}
+
+Status ReadCoefFileSize(const wchar_t* path, const CoefFileMagic& magic, std::uint32_t& width,
+                        std::uint32_t& height) {
+    std::fstream stream;
+    FileSize size;
+    const Status status = OpenCoefFile(path, magic, stream, size);
+    if (Failed(status))
+        return status;
+    width = size.width;
+    height = size.height;
+    return S_OK;
+}
+
+Status WriteCoefBody(const wchar_t* path, const CoefFileMagic& magic, std::uint32_t width,
+                     std::uint32_t height, const CMassiveBuf& body) {
+    std::fstream stream;
+    if (!OpenFileStream(stream, path, std::ios::out | std::ios::trunc))
+        return E_COEF_OPENFAILED;
+    const HeaderBytes header = MakeHeader(magic, width, height);
+    stream.write(reinterpret_cast<const char*>(header.data()), header.size());
+    const Status status = body.CompressToFile(stream);
+    CloseWritten(stream);
+    return status;
+}
+
+template <class Kind>
+Status FillBodyFromMap(const CChromaCorrectCoef& map, const SPixelRect& rect, CMassiveGrid& body) {
+    if (rect.Width() > map.Width() || rect.Height() > map.Height())
+        return E_COEF_INVALIDARG;
+    const std::int32_t width = ClampToInt32(rect.Width());
+    const std::int32_t height = ClampToInt32(rect.Height());
+    if (!body.Resize(width, height))
+        return E_FAIL;
+    const typename Kind::Stored identity = Kind::Identity();
+    std::uint32_t index = 0;
+    for (std::int32_t y = 0; y < height; ++y) {
+        for (std::int32_t x = 0; x < width; ++x, ++index) {
+            // The rectangle is no larger than the map, so only its corner can be far off.
+            const SMatrixCoef* element = rect.left > map.Width() || rect.top > map.Height()
+                                             ? nullptr
+                                             : map.FindElement(rect.left + x, rect.top + y);
+            Kind::Put(body, index, element == nullptr ? identity : Kind::Save(*element));
+        }
+    }
+    return S_OK;
+}
+
+template Status FillBodyFromMap<S9fCoefKind>(const CChromaCorrectCoef&, const SPixelRect&,
+                                             CMassiveGrid&);
+template Status FillBodyFromMap<S3fCoefKind>(const CChromaCorrectCoef&, const SPixelRect&,
+                                             CMassiveGrid&);
+template Status FillBodyFromMap<S9bCoefKind>(const CChromaCorrectCoef&, const SPixelRect&,
+                                             CMassiveGrid&);
+template Status FillBodyFromMap<S3bCoefKind>(const CChromaCorrectCoef&, const SPixelRect&,
+                                             CMassiveGrid&);
+
+} // namespace trevolt
