@@ -1,0 +1,49 @@
+// The geometry of a calibration buffer: a grid of 512 × 512 blocks of 256 × 128 elements, which
+// covers 131072 × 65536 pixels. Block (column, row) has index row × 512 + column.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace trevolt {
+
+inline constexpr std::uint32_t kBlockWidth = 256;  ///< elements a block row
+inline constexpr std::uint32_t kBlockHeight = 128; ///< rows a block
+inline constexpr std::uint32_t kBlockElements = kBlockWidth * kBlockHeight;
+inline constexpr std::uint32_t kGridColumns = 512;
+inline constexpr std::uint32_t kGridRows = 512;
+inline constexpr std::uint32_t kGridBlocks = kGridColumns * kGridRows;
+inline constexpr std::uint32_t kGridWidth = kGridColumns * kBlockWidth; ///< pixels
+inline constexpr std::uint32_t kGridHeight = kGridRows * kBlockHeight;  ///< pixels
+inline constexpr std::uint32_t kNoBlock = 0xFFFFFFFF; ///< an index that is in no grid
+
+/// A rectangle in pixels: left, top, and the column and row behind its last ones.
+struct SPixelRect {
+    std::int32_t x0 = 0;
+    std::int32_t y0 = 0;
+    std::int32_t x1 = 0;
+    std::int32_t y1 = 0;
+
+    constexpr std::int64_t Width() const { return std::int64_t{x1} - x0; }
+    constexpr std::int64_t Height() const { return std::int64_t{y1} - y0; }
+    friend constexpr bool operator==(const SPixelRect&, const SPixelRect&) = default;
+};
+
+/// Index of the block in `column` and `row`, `kNoBlock` when either lies outside the grid.
+constexpr std::uint32_t BlockIndexAt(std::int64_t column, std::int64_t row) {
+    if (column < 0 || column >= kGridColumns || row < 0 || row >= kGridRows)
+        return kNoBlock;
+    return static_cast<std::uint32_t>(row * kGridColumns + column);
+}
+
+/// Index of the block that holds pixel (x, y), `kNoBlock` outside the grid.
+constexpr std::uint32_t BlockIndexOfPixel(std::uint32_t x, std::uint32_t y) {
+    return BlockIndexAt(x / kBlockWidth, y / kBlockHeight);
+}
+
+/// Place of pixel (x, y) among the elements of its block.
+constexpr std::uint32_t PlaceInBlock(std::uint32_t x, std::uint32_t y) {
+    return y % kBlockHeight * kBlockWidth + x % kBlockWidth;
+}
+
+} // namespace trevolt
