@@ -12,11 +12,23 @@ void CChromaCorrectCoef::Reset() {
 }
 
 void CChromaCorrectCoef::Resize(std::int32_t width, std::int32_t height) {
-    ResizeForOverwrite(width, height);
+    AllocateGrids(width, height);
     FillDefaults();
 }
 
 void CChromaCorrectCoef::ResizeForOverwrite(std::int32_t width, std::int32_t height) {
+    AllocateGrids(width, height);
+    FillGain();
+}
+
+void CChromaCorrectCoef::FillDefaults() {
+    if (m_width == 0)
+        return;
+    m_colour.FillWith(&m_defaultElement, sizeof m_defaultElement);
+    FillGain();
+}
+
+void CChromaCorrectCoef::AllocateGrids(std::int32_t width, std::int32_t height) {
     Reset();
     if (width < 1 || height < 1)
         return;
@@ -26,12 +38,10 @@ void CChromaCorrectCoef::ResizeForOverwrite(std::int32_t width, std::int32_t hei
     m_gain.Resize(width, height);
 }
 
-void CChromaCorrectCoef::FillDefaults() {
+void CChromaCorrectCoef::FillGain() {
     constexpr float kDefaultGain = 1.0F;
-    if (m_width == 0)
-        return;
-    m_colour.FillWith(&m_defaultElement, sizeof m_defaultElement);
-    m_gain.FillWith(&kDefaultGain, sizeof kDefaultGain);
+    if (m_width != 0)
+        m_gain.FillWith(&kDefaultGain, sizeof kDefaultGain);
 }
 
 } // namespace trevolt

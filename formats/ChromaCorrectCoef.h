@@ -82,6 +82,8 @@ class CChromaCorrectCoef {
     CMapAttachment* Attachment() const { return m_attachment.get(); }
 
   private:
+    void AllocateGrids(std::int32_t width, std::int32_t height);
+    void FillGain();
     bool IsInside(std::int32_t x, std::int32_t y) const {
         return x >= 0 && y >= 0 && x < m_width && y < m_height && m_colour.HasStorage();
     }

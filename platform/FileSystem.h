@@ -57,6 +57,9 @@ bool ReplaceWith(const std::wstring& from, const std::wstring& to);
 /// Removes a file. False when it stays.
 bool RemoveFile(const std::wstring& path);
 
+/// `path` up to and including its last separator, empty when it has none.
+std::wstring FolderPart(const std::wstring& path);
+
 /// `folder` followed by the separator, unless it is empty or ends with one.
 std::wstring WithSeparator(std::wstring folder);
 

@@ -101,6 +101,10 @@ bool RemoveFile(const std::wstring& path) {
     return native && unlink(native->c_str()) == 0;
 }
 
+std::wstring FolderPart(const std::wstring& path) {
+    return path.substr(0, path.rfind(kPathSeparator) + 1); // npos + 1 is 0
+}
+
 std::wstring WithSeparator(std::wstring folder) {
     if (!folder.empty() && folder.back() != kPathSeparator)
         folder.push_back(kPathSeparator);

@@ -88,6 +88,10 @@ bool ReplaceWith(const std::wstring& from, const std::wstring& to) {
 
 bool RemoveFile(const std::wstring& path) { return DeleteFileW(path.c_str()) != 0; }
 
+std::wstring FolderPart(const std::wstring& path) {
+    return path.substr(0, path.find_last_of(L"\\/") + 1); // npos + 1 is 0
+}
+
 std::wstring WithSeparator(std::wstring folder) {
     if (!folder.empty() && !IsSeparator(folder.back()))
         folder.push_back(kPathSeparator);

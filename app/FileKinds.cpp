@@ -1,0 +1,65 @@
+#include "app/FileKinds.h"
+
+#include <algorithm>
+#include <array>
+
+#include "formats/BinaryCoefFile.h"
+
+namespace trevolt {
+namespace {
+
+template <Status (*Write)(const CChromaCorrectCoef&, const wchar_t*, const CMassiveGrid*)>
+Status WriteWithoutPreparedGrid(const CChromaCorrectCoef& map, const wchar_t* path) {
+    return Write(map, path, nullptr);
+}
+
+Status LoadNotOffered(CChromaCorrectCoef&, const wchar_t*) { return E_COEF_NOTIMPL; }
+Status SaveNotOffered(const CChromaCorrectCoef&, const wchar_t*) { return E_COEF_NOTIMPL; }
+Status SizeNotOffered(const wchar_t*, std::uint32_t&, std::uint32_t&) { return E_COEF_NOTIMPL; }
+
+constexpr std::array kFileKinds{
+    SFileKind{L".9fcoef", 1, Read9fCoefFile, WriteWithoutPreparedGrid<Write9fCoefFile>,
+              Read9fCoefSize},
+    SFileKind{L".9bcoef", 2, Read9bCoefFile, WriteWithoutPreparedGrid<Write9bCoefFile>,
+              Read9bCoefSize},
+    SFileKind{L".9wcoef", 3, LoadNotOffered, SaveNotOffered, SizeNotOffered},
+    SFileKind{L".3wcoef", 5, LoadNotOffered, SaveNotOffered, SizeNotOffered},
+    SFileKind{L".3fcoef", 7, Read3fCoefFile, WriteWithoutPreparedGrid<Write3fCoefFile>,
+              Read3fCoefSize},
+    SFileKind{L".3bcoef", 8, Read3bCoefFile, WriteWithoutPreparedGrid<Write3bCoefFile>,
+              Read3bCoefSize},
+    SFileKind{L".cccoef", 9, LoadNotOffered, SaveNotOffered, SizeNotOffered},
+    SFileKind{L".4wcoef", 6, LoadNotOffered, SaveNotOffered, SizeNotOffered},
+    SFileKind{L".12wcoef", 4, LoadNotOffered, SaveNotOffered, SizeNotOffered},
+};
+
+bool Occurs(const SFileKind& kind, std::wstring_view lowered) {
+    return lowered.find(kind.extension) != std::wstring_view::npos;
+}
+
+} // namespace
+
+std::span<const SFileKind> FileKinds() { return kFileKinds; }
+
+const SFileKind* FindLoadKind(std::wstring_view lowered) {
+    const auto found = std::find_if(kFileKinds.begin(), kFileKinds.end(),
+                                    [&](const SFileKind& kind) { return Occurs(kind, lowered); });
+    return found == kFileKinds.end() ? nullptr : &*found;
+}
+
+const SFileKind* FindExportKind(std::wstring_view lowered) {
+    const SFileKind* first = nullptr;
+    for (const SFileKind& kind : kFileKinds)
+        if (Occurs(kind, lowered) && (first == nullptr || kind.exportOrder < first->exportOrder))
+            first = &kind;
+    return first;
+}
+
+std::wstring ExportName(std::wstring_view name, std::wstring_view angle) {
+    const std::size_t dot = std::min(name.find(L'.'), name.size());
+    std::wstring exported(name.substr(0, dot));
+    exported.append(L"-").append(angle).append(name.substr(dot));
+    return exported;
+}
+
+} // namespace trevolt

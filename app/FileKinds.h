@@ -1,0 +1,43 @@
+// The one table of coefficient file kinds: how a file's kind is told from its name, and what reads,
+// writes and sizes it. Two search orders exist, one for loading and one for exporting; a name that
+// holds several extensions may therefore be read as one kind and written as another.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "common/StatusCodes.h"
+#include "formats/ChromaCorrectCoef.h"
+
+namespace trevolt {
+
+struct SFileKind {
+    /// Lower case, with its dot.
+    std::wstring_view extension;
+    /// Place in the export's search; the table itself stands in the load's order.
+    int exportOrder;
+    /// Reads a file into a map that has its size; a negative status is failure.
+    Status (*load)(CChromaCorrectCoef& map, const wchar_t* path);
+    /// Writes a map as a file of the kind; a negative status is failure.
+    Status (*save)(const CChromaCorrectCoef& map, const wchar_t* path);
+    /// A file's size in pixels; a negative status is failure.
+    Status (*readSize)(const wchar_t* path, std::uint32_t& width, std::uint32_t& height);
+};
+
+/// All nine kinds, in the load's order.
+std::span<const SFileKind> FileKinds();
+
+/// The first kind in the load's order whose extension occurs anywhere in `lowered`, a lower-cased
+/// name or path; null when none does.
+const SFileKind* FindLoadKind(std::wstring_view lowered);
+
+/// The same in the export's order.
+const SFileKind* FindExportKind(std::wstring_view lowered);
+
+/// `name` with "-" and `angle` put before its first dot: Cab_01.9fcoef becomes Cab_01-90°.9fcoef.
+/// A name without a dot gets them at its end.
+std::wstring ExportName(std::wstring_view name, std::wstring_view angle);
+
+} // namespace trevolt

@@ -1,0 +1,46 @@
+// Runs independent pieces of work on several threads and hands their results over in order.
+#pragma once
+
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <cstddef>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace trevolt {
+
+/// Calls `work(i)` for every i below `count`, on up to `jobs` threads at once, and
+/// `deliver(result)` on the calling thread in the order of i, each as soon as it and those before
+/// it are there. `work` must not throw.
+template <class Result, class Work, class Deliver>
+void RunOrdered(std::size_t count, std::size_t jobs, Work work, Deliver deliver) {
+    std::mutex mutex;
+    std::condition_variable finished;
+    std::vector<std::optional<Result>> results(count);
+    std::atomic<std::size_t> next{0};
+
+    const auto takeWork = [&] {
+        for (std::size_t i = next++; i < count; i = next++) {
+            Result result = work(i);
+            const std::lock_guard lock(mutex);
+            results[i] = std::move(result);
+            finished.notify_one();
+        }
+    };
+    std::vector<std::jthread> threads;
+    for (std::size_t n = 0; n < std::min(jobs, count); ++n)
+        threads.emplace_back(takeWork);
+    for (std::optional<Result>& result : results) {
+        std::unique_lock lock(mutex);
+        finished.wait(lock, [&] { return result.has_value(); });
+        lock.unlock();
+        deliver(*result);
+        result.reset();
+    }
+}
+
+} // namespace trevolt

@@ -1,0 +1,175 @@
+#include "app/TrevoltDlg.h"
+
+#include "app/CoefRotation.h"
+#include "app/FileKinds.h"
+#include "common/QuarterTurn.h"
+#include "common/TextConversion.h"
+#include "platform/FileSystem.h"
+
+namespace trevolt {
+namespace {
+
+constexpr int kProgressStarted = 5;
+constexpr int kProgressTurning = 10;
+constexpr int kProgressTurned = 95;
+constexpr int kProgressDone = 100;
+constexpr int kProgressPerFile = 80;
+
+/// The path is given to the readers in lower case where names are case-insensitive; elsewhere only
+/// the kind test looks at the lower-cased one.
+#ifdef _WIN32
+constexpr bool kReadersGetLoweredPath = true;
+#else
+constexpr bool kReadersGetLoweredPath = false;
+#endif
+
+} // namespace
+
+CTrevoltDlg::CTrevoltDlg(CDialogView& view, const CTranslate& translate)
+    : m_view(view), m_translate(translate) {}
+
+void CTrevoltDlg::OnStart() {
+    UpdateControls();
+    if (!IsSizeGiven())
+        return;
+    ClearMaps();
+    if (!LoadInput())
+        return;
+    m_view.Show(kIdProgress, true);
+    m_view.Enable(kIdAngle, false);
+    m_view.SetProgress(kIdProgress, kProgressStarted);
+    SetBusy(true);
+    if (RotateAll() != 0)
+        ExportAll();
+    m_view.SetProgress(kIdProgress, kProgressDone);
+    SetBusy(false);
+}
+
+/// The two modes test different fields: cabinet mode the current pair, screen mode the remembered
+/// screen pair.
+bool CTrevoltDlg::IsSizeGiven() {
+    const bool byCabinet = m_fields.wholeScreen == 0;
+    const SMapSize& tested = byCabinet ? m_fields.current : m_fields.screen;
+    if (tested.width != 0 && tested.height != 0)
+        return true;
+    ShowTranslated(byCabinet ? L"Trevolt_Please_Input_Correct_Cabinet_Size"
+                             : L"Trevolt_Please_Input_Correct_Screen_Size",
+                   kMessageExclamation);
+    return false;
+}
+
+bool CTrevoltDlg::LoadInput() {
+    const Status status = LoadFolder(m_fields.sourceFolder, m_fields.current, m_inputMap);
+    if (Failed(status) || m_inputMap.empty()) {
+        ShowTranslated(L"Trevolt_Coef_File_Not_Found", kMessageExclamation);
+        return false;
+    }
+    if (m_inputMap.size() >= 2 && m_fields.wholeScreen != 0) {
+        ShowTranslated(L"Trevolt_Make_Sure_File_Is_Only_One", kMessageExclamation);
+        return false;
+    }
+    return true;
+}
+
+void CTrevoltDlg::SetBusy(bool busy) {
+    m_fields.busy = busy ? 1 : 0;
+    UpdateControls();
+}
+
+void CTrevoltDlg::UpdateControls() {
+    constexpr std::uint32_t kBothSet = kSourceSet | kTargetSet;
+    m_view.Enable(kIdStart, m_fields.pathsSet == kBothSet);
+    const bool byCabinet = m_fields.wholeScreen == 0;
+    m_view.SetText(kIdWidthLabel, m_translate.TranslateString(byCabinet ? L"Trevolt_Cabinet_Width"
+                                                                        : L"Trevolt_Screen_Width"));
+    m_view.SetText(kIdHeightLabel,
+                   m_translate.TranslateString(byCabinet ? L"Trevolt_Cabinet_Height"
+                                                         : L"Trevolt_Screen_Height"));
+    const bool idle = m_fields.busy == 0;
+    m_view.Show(kIdProgress, !idle);
+    for (const int id : {kIdAngle, kIdBrowseSource, kIdBrowseTarget, kIdByCabinet, kIdByScreen,
+                         kIdWidth, kIdHeight})
+        m_view.Enable(id, idle);
+}
+
+Status CTrevoltDlg::LoadFolder(const std::wstring& path, SMapSize size, CCoefMapTable& map) {
+    const FolderListing listing = ListEntries(path);
+    if (listing.entries.empty())
+        return E_FAIL;
+    const std::wstring folder = FolderPart(path);
+    for (const FolderEntry& entry : listing.entries) {
+        if (entry.kind != EntryKind::File)
+            continue;
+        const std::wstring fullPath = folder + entry.name;
+        const std::wstring lowered = ToLowerAscii(fullPath);
+        const SFileKind* kind = FindLoadKind(lowered);
+        if (kind == nullptr)
+            continue;
+        auto loaded = std::make_unique<CChromaCorrectCoef>();
+        loaded->Resize(size.width, size.height);
+        kind->load(*loaded, (kReadersGetLoweredPath ? lowered : fullPath).c_str());
+        map[entry.name] = std::move(loaded);
+    }
+    return S_OK;
+}
+
+std::int32_t CTrevoltDlg::RotateAll() {
+    m_view.SetProgress(kIdProgress, kProgressTurning);
+    const auto count = static_cast<int>(m_inputMap.size());
+    int visited = 0;
+    for (const auto& [name, source] : m_inputMap) {
+        ++visited;
+        if (source == nullptr || source->Width() < m_fields.current.width ||
+            source->Height() < m_fields.current.height)
+            continue;
+        RotateOne(name, *source);
+        // Divided before it is multiplied: the bar stays at 0 until the last file.
+        m_view.SetProgress(kIdProgress, visited / count * kProgressPerFile);
+    }
+    m_view.SetProgress(kIdProgress, kProgressTurned);
+    return 1;
+}
+
+void CTrevoltDlg::RotateOne(const std::wstring& name, const CChromaCorrectCoef& source) {
+    const auto code = static_cast<std::uint32_t>(m_view.SelectedData(kIdAngle));
+    if (!CQuarterTurn::IsKnown(code))
+        return;
+    auto turned = std::make_unique<CChromaCorrectCoef>();
+    TurnMap(source, m_fields.current.width, m_fields.current.height, code, *turned);
+    m_outputMap[name] = std::move(turned);
+}
+
+void CTrevoltDlg::ExportAll() {
+    if (m_outputMap.empty()) {
+        ShowTranslated(L"Trevolt_Export_Failed", kMessagePlain);
+        return;
+    }
+    if (!PathExists(m_fields.targetFolder)) {
+        ShowTranslated(L"Trevolt_Export_Path_Not_Exist", kMessageQuestion);
+        return;
+    }
+    const std::wstring angle = m_view.SelectedText(kIdAngle);
+    for (const auto& [name, map] : m_outputMap)
+        ExportOne(name, *map, angle);
+    ShowTranslated(L"Trevolt_Export_Finished", kMessagePlain);
+}
+
+void CTrevoltDlg::ExportOne(const std::wstring& name, const CChromaCorrectCoef& map,
+                            const std::wstring& angle) const {
+    const SFileKind* kind = FindExportKind(ToLowerAscii(name));
+    if (kind == nullptr)
+        return;
+    const std::wstring path = m_fields.targetFolder + ExportName(name, angle);
+    kind->save(map, path.c_str());
+}
+
+void CTrevoltDlg::ClearMaps() {
+    m_inputMap.clear();
+    m_outputMap.clear();
+}
+
+void CTrevoltDlg::ShowTranslated(const wchar_t* key, std::uint32_t style) {
+    m_view.ShowMessage(m_translate.TranslateString(key), style);
+}
+
+} // namespace trevolt

@@ -1,0 +1,18 @@
+// The commands of trevolt-cli, one source each: they take their options, call the app's functions
+// and print. A command's result is the program's exit status.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace trevolt {
+
+inline constexpr int kExitAllDone = 0;
+inline constexpr int kExitSomeFailed = 1;
+inline constexpr int kExitUsage = 2;
+inline constexpr int kExitInterrupted = 130;
+
+/// Each adds its command and leaves its exit status in `exitStatus` when it is the one called.
+void AddRotateCommand(CLI::App& program, int& exitStatus);
+void AddDemoCommand(CLI::App& program, int& exitStatus);
+
+} // namespace trevolt

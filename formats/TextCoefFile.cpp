@@ -1,0 +1,265 @@
+#include "formats/TextCoefFile.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "common/TransferReport.h"
+#include "formats/SanitizeMatrix.h"
+#include "formats/TextLines.h"
+#include "formats/TextNumber.h"
+#include "formats/TextScan.h"
+#include "platform/FileStream.h"
+
+namespace trevolt {
+namespace {
+
+struct Dialect {
+    std::string_view tag;
+    bool sized; ///< two size lines follow the tag
+};
+constexpr Dialect kWrittenDialect{"[T9COEF20]", true};
+constexpr std::array<Dialect, 3> kDialects{
+    {kWrittenDialect, {"[T9COEF10]", false}, {"[VU30]", false}}};
+
+constexpr std::string_view kWidthKey = "width=";
+constexpr std::string_view kHeightKey = "height=";
+
+struct Coordinates {
+    std::int32_t x = -1; // inside no map, until a line has given coordinates
+    std::int32_t y = -1;
+};
+
+/// What the data lines have said so far: a field that a line does not give stays.
+struct ParseRecord {
+    Coordinates at;
+    std::array<float, 9> m{1, 0, 0, 0, 1, 0, 0, 0, 1};
+};
+
+bool ScanCoordinates(CTextScan& scan, Coordinates& at) {
+    return scan.TakeInteger(at.x) && scan.TakeLiteral(",") && scan.TakeInteger(at.y);
+}
+
+void ScanDataLine(std::string_view line, ParseRecord& record) {
+    CTextScan scan(line);
+    if (!ScanCoordinates(scan, record.at))
+        return;
+    for (float& value : record.m)
+        if (!scan.TakeLiteral(",") || !scan.TakeReal(value))
+            return;
+}
+
+void ScanSizeLine(std::string_view line, std::string_view key, std::uint32_t& size) {
+    CTextScan scan(line);
+    std::int32_t value = 0;
+    if (scan.TakeLiteral(key) && scan.TakeInteger(value))
+        size = static_cast<std::uint32_t>(value);
+}
+
+/// Raises `size` to `atLeast`; negative ones raise nothing.
+void Raise(std::uint32_t& size, std::int64_t atLeast) {
+    size = static_cast<std::uint32_t>(std::max<std::int64_t>(size, atLeast));
+}
+
+void RaiseToHold(const Coordinates& at, std::uint32_t& width, std::uint32_t& height) {
+    Raise(width, std::int64_t{at.x} + 1);
+    Raise(height, std::int64_t{at.y} + 1);
+}
+
+/// A file whose tag line has been taken.
+class CTaggedText {
+  public:
+    Status Open(const wchar_t* path) {
+        if (path == nullptr)
+            return E_COEF_INVALIDARG;
+        if (!OpenFileStream(m_stream, path, std::ios::in))
+            return E_COEF_OPENFAILED;
+        const std::string_view tag = m_lines.Next();
+        const auto dialect =
+            std::find_if(kDialects.begin(), kDialects.end(),
+                         [tag](const Dialect& candidate) { return candidate.tag == tag; });
+        if (dialect == kDialects.end())
+            return E_COEF_BADTEXT;
+        m_sized = dialect->sized;
+        return S_OK;
+    }
+
+    bool IsSized() const { return m_sized; }
+
+    /// Takes the size lines, which are told by their position alone, where the dialect has them.
+    void TakeSizeLines(std::uint32_t& width, std::uint32_t& height) {
+        if (m_sized && m_lines.HasMore())
+            ScanSizeLine(m_lines.Next(), kWidthKey, width);
+        if (m_sized && m_lines.HasMore())
+            ScanSizeLine(m_lines.Next(), kHeightKey, height);
+    }
+
+    CTextLines& Lines() { return m_lines; }
+
+  private:
+    std::fstream m_stream;
+    CTextLines m_lines{m_stream};
+    bool m_sized = false;
+};
+
+SMatrixCoef ElementOf(const ParseRecord& record, bool diagonalOnly) {
+    SMatrixCoef element;
+    if (!diagonalOnly) {
+        std::copy(record.m.begin(), record.m.end(), element.m.begin());
+        return element;
+    }
+    for (const std::size_t k : {0U, 4U, 8U})
+        element.m[k] = record.m[k];
+    return element;
+}
+
+/// A coordinate moved by an offset of at least 0. What passes int32 lies outside every map and
+/// stays there.
+std::int32_t Moved(std::int32_t coordinate, std::int32_t offset) {
+    return static_cast<std::int32_t>(std::min<std::int64_t>(
+        std::int64_t{coordinate} + offset, std::numeric_limits<std::int32_t>::max()));
+}
+
+bool HasShapeOf(const CMassiveGrid& grid, const CChromaCorrectCoef& map) {
+    return grid.ElementBytes() == sizeof(SMatrixCoef) && grid.Width() == map.Width() &&
+           grid.Height() == map.Height();
+}
+
+std::string HeaderLines(const CChromaCorrectCoef& map) {
+    std::string lines(kWrittenDialect.tag);
+    lines.append("\n").append(kWidthKey).append(std::to_string(map.Width()));
+    lines.append("\n").append(kHeightKey).append(std::to_string(map.Height()));
+    return lines.append("\n");
+}
+
+/// Formats data lines and hands them to a stream in large pieces.
+class CDataLineWriter {
+  public:
+    explicit CDataLineWriter(std::fstream& stream)
+        : m_stream(stream), m_buffer(kFlushChars + kLongestLine) {}
+
+    void Write(std::uint32_t x, std::uint32_t y, const SMatrixCoef& element) {
+        char* at = WritePadded5(m_buffer.data() + m_filled, x);
+        at = WritePadded5(WriteSeparator(at), y);
+        for (std::size_t k = 0; k < 9; ++k)
+            at = WriteFixed5(WriteSeparator(at), element.m[k]);
+        *at++ = '\n';
+        m_filled = static_cast<std::size_t>(at - m_buffer.data());
+        if (m_filled >= kFlushChars)
+            Flush();
+    }
+
+    void Flush() {
+        m_stream.write(m_buffer.data(), static_cast<std::streamsize>(m_filled));
+        m_filled = 0;
+    }
+
+  private:
+    static constexpr std::size_t kFlushChars = std::size_t{1} << 16;
+    static constexpr std::size_t kLongestLine = 1024;
+    static_assert(2 * (5 + 2) + 9 * (kFixed5Chars + 2) <= kLongestLine);
+
+    static char* WriteSeparator(char* out) {
+        std::memcpy(out, ", ", 2);
+        return out + 2;
+    }
+
+    std::fstream& m_stream;
+    std::vector<char> m_buffer;
+    std::size_t m_filled = 0;
+};
+
+void WriteDataLines(std::fstream& stream, const CMassiveGrid& grid,
+                    const SMatrixCoef& defaultElement) {
+    CDataLineWriter writer(stream);
+    for (std::uint32_t y = 0; y < grid.Height(); ++y) {
+        for (std::uint32_t x = 0; x < grid.Width(); ++x) {
+            SMatrixCoef element;
+            std::memcpy(&element, grid.Element(y * grid.Width() + x), sizeof element);
+            if (std::memcmp(&element, &defaultElement, sizeof element) != 0)
+                writer.Write(x, y, element);
+        }
+    }
+    writer.Flush();
+}
+
+} // namespace
+
+Status WriteTextCoefFile(const CChromaCorrectCoef& map, const wchar_t* path,
+                         const CMassiveGrid* preparedGrid) {
+    if (path == nullptr || (preparedGrid != nullptr && !HasShapeOf(*preparedGrid, map)))
+        return E_COEF_INVALIDARG;
+    std::fstream stream;
+    if (!OpenFileStream(stream, path, std::ios::out | std::ios::trunc))
+        return E_COEF_OPENFAILED;
+    const std::string header = HeaderLines(map);
+    stream.write(header.data(), static_cast<std::streamsize>(header.size()));
+    WriteDataLines(stream, preparedGrid != nullptr ? *preparedGrid : map.ColourGrid(),
+                   map.DefaultElement());
+    CloseWritten(stream);
+    return S_OK;
+}
+
+Status ReadTextCoefFile(CChromaCorrectCoef& map, const wchar_t* path, std::int32_t xOffset,
+                        std::int32_t yOffset, std::uint32_t& width, std::uint32_t& height,
+                        bool diagonalOnly) {
+    if (xOffset < 0 || yOffset < 0)
+        return E_COEF_INVALIDARG;
+    CTaggedText text;
+    if (const Status status = text.Open(path); Failed(status))
+        return status;
+    map.FillDefaults();
+    text.TakeSizeLines(width, height);
+    ParseRecord record;
+    while (text.Lines().HasMore()) {
+        ScanDataLine(text.Lines().Next(), record);
+        SanitizeMatrix(record.m);
+        map.SetElement(Moved(record.at.x, xOffset), Moved(record.at.y, yOffset),
+                       ElementOf(record, diagonalOnly));
+        if (!text.IsSized())
+            RaiseToHold(record.at, width, height);
+    }
+    return S_OK;
+}
+
+Status ProbeTextCoefFileSize(const wchar_t* path, std::uint32_t& width, std::uint32_t& height) {
+    CTaggedText text;
+    if (const Status status = text.Open(path); Failed(status))
+        return status;
+    text.TakeSizeLines(width, height);
+    Coordinates at;
+    while (!text.IsSized() && text.Lines().HasMore()) {
+        CTextScan scan(text.Lines().Next());
+        ScanCoordinates(scan, at);
+        RaiseToHold(at, width, height);
+    }
+    return S_OK;
+}
+
+Status ProbeCoefDataExtent(const wchar_t* path, std::uint32_t& largestY, std::uint32_t& largestX) {
+    if (path == nullptr)
+        return E_COEF_INVALIDARG;
+    std::fstream stream;
+    if (!OpenFileStream(stream, path, std::ios::in))
+        return E_COEF_OPENFAILED;
+    largestY = 0;
+    largestX = 0;
+    CTextLines lines(stream);
+    Coordinates at;
+    while (lines.HasMore()) {
+        const std::string_view line = lines.Next();
+        if (line.empty() || line.front() == '\0') // a NUL ends the text of a line
+            break;
+        CTextScan scan(line);
+        ScanCoordinates(scan, at);
+        Raise(largestY, at.y);
+        Raise(largestX, at.x);
+    }
+    return S_OK;
+}
+
+} // namespace trevolt

@@ -1,0 +1,13 @@
+#include "platform/ConsoleProgram.h"
+
+#include <windows.h>
+
+#include "platform/Utf8.h"
+
+int wmain(int argc, wchar_t** argv) {
+    SetConsoleOutputCP(CP_UTF8);
+    std::vector<std::string> arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments.push_back(trevolt::WideToShownUtf8(argv[i]));
+    return trevolt::ConsoleMain(arguments);
+}
