@@ -4,6 +4,7 @@
 #include <array>
 
 #include "formats/BinaryCoefFile.h"
+#include "formats/TextCoefFile.h"
 
 namespace trevolt {
 namespace {
@@ -11,6 +12,19 @@ namespace {
 template <Status (*Write)(const CChromaCorrectCoef&, const wchar_t*, const CMassiveGrid*)>
 Status WriteWithoutPreparedGrid(const CChromaCorrectCoef& map, const wchar_t* path) {
     return Write(map, path, nullptr);
+}
+
+/// Takes every pixel that the file names, at its own place; the sizes that it tells are not needed.
+Status LoadText(CChromaCorrectCoef& map, const wchar_t* path) {
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    return ReadTextCoefFile(map, path, 0, 0, width, height, false);
+}
+
+Status ReadTextSize(const wchar_t* path, std::uint32_t& width, std::uint32_t& height) {
+    width = 0;
+    height = 0;
+    return ProbeTextCoefFileSize(path, width, height);
 }
 
 Status LoadNotOffered(CChromaCorrectCoef&, const wchar_t*) { return E_COEF_NOTIMPL; }
@@ -28,7 +42,7 @@ constexpr std::array kFileKinds{
               Read3fCoefSize},
     SFileKind{L".3bcoef", 8, Read3bCoefFile, WriteWithoutPreparedGrid<Write3bCoefFile>,
               Read3bCoefSize},
-    SFileKind{L".cccoef", 9, LoadNotOffered, SaveNotOffered, SizeNotOffered},
+    SFileKind{L".cccoef", 9, LoadText, WriteWithoutPreparedGrid<WriteTextCoefFile>, ReadTextSize},
     SFileKind{L".4wcoef", 6, LoadNotOffered, SaveNotOffered, SizeNotOffered},
     SFileKind{L".12wcoef", 4, LoadNotOffered, SaveNotOffered, SizeNotOffered},
 };
