@@ -188,25 +188,30 @@ std::optional<SChunkHeader> ReadChunkHeader(std::istream& stream) {
     return DecodeChunkHeader(bytes.data());
 }
 
-Status ReadChunkFileHeader(const wchar_t* path, SChunkHeader& header) {
+Status ReadChunkFileHeader(const wchar_t* path, std::span<const ChunkFormatId> accepted,
+                           SChunkHeader& header) {
     if (path == nullptr)
         return E_COEF_INVALIDARG;
     std::fstream stream;
     if (!OpenFileStream(stream, path, std::ios::in))
         return E_COEF_OPENFAILED;
     const auto read = ReadChunkHeader(stream);
-    if (!read)
+    if (!read || std::find(accepted.begin(), accepted.end(), read->formatId) == accepted.end())
         return E_COEF_BADFORMAT;
     header = *read;
     return S_OK;
 }
 
-void CopyOwnerData(const SChunkHeader& header, std::byte* name, std::uint32_t capacity,
-                   std::uint8_t& flag) {
+Status ReadOwnerData(const wchar_t* path, std::span<const ChunkFormatId> accepted, std::byte* name,
+                     std::uint32_t capacity, std::uint8_t& flag) {
+    SChunkHeader header;
+    if (const Status status = ReadChunkFileHeader(path, accepted, header); Failed(status))
+        return status;
     if (name != nullptr)
         std::memcpy(name, header.ownerData.data(),
                     std::min<std::size_t>(capacity, header.ownerData.size()));
     flag = header.ownerFlag;
+    return S_OK;
 }
 
 Status LoadChunkFile(CCaliBuf* store, const wchar_t* path, std::uint32_t x, std::uint32_t y) {

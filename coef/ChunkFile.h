@@ -8,6 +8,7 @@
 #include <istream>
 #include <optional>
 #include <ostream>
+#include <span>
 
 #include "calibuf/CaliBuf.h"
 #include "calibuf/ChunkLayout.h"
@@ -79,13 +80,15 @@ Status ReadFileMagic(const wchar_t* path, ChunkFormatId& magic);
 /// The header at a stream's position; nothing when the stream ends before.
 std::optional<SChunkHeader> ReadChunkHeader(std::istream& stream);
 
-/// A word file's header, whatever its identifier. E_COEF_INVALIDARG for a null path,
-/// E_COEF_OPENFAILED, E_COEF_BADFORMAT when the file is shorter than a header.
-Status ReadChunkFileHeader(const wchar_t* path, SChunkHeader& header);
+/// A word file's header, of one of the accepted formats. E_COEF_INVALIDARG for a null path,
+/// E_COEF_OPENFAILED, E_COEF_BADFORMAT for another format or a file shorter than a header.
+Status ReadChunkFileHeader(const wchar_t* path, std::span<const ChunkFormatId> accepted,
+                           SChunkHeader& header);
 
-/// Copies min(capacity, 16) bytes of the owner data to `name` (null for none) and the flag.
-void CopyOwnerData(const SChunkHeader& header, std::byte* name, std::uint32_t capacity,
-                   std::uint8_t& flag);
+/// Copies min(capacity, 16) bytes of a word file's owner data to `name` (null for none) and the
+/// flag. Statuses of `ReadChunkFileHeader`.
+Status ReadOwnerData(const wchar_t* path, std::span<const ChunkFormatId> accepted, std::byte* name,
+                     std::uint32_t capacity, std::uint8_t& flag);
 
 /// Reads a word file, its left top at (x, y), into the store. E_POINTER without one, E_HANDLE when
 /// the file does not open, else the chunk reader's status.

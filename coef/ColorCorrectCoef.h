@@ -39,7 +39,7 @@ namespace trevolt {
 
 class CChromaCorrectCoef;
 struct SChunkHeader;
-struct SProgress;
+struct SOperationRecord;
 
 class CColorCorrectCoef {
   public:
@@ -276,9 +276,9 @@ class CColorCorrectCoef {
     /// [56] As slot 53 for a `.3bcoef` file.
     virtual Status ImportTable56(const wchar_t* path, std::uint32_t x, std::uint32_t y) = 0;
     /// [57] Loads the diagonal of a `.9fcoef` file to the store's left top; the other entries stay.
-    /// `progress` may be null. Statuses of slot 53, and E_FAIL, the store unchanged, when the sink
-    /// asks to stop.
-    virtual Status ImportTable57(const wchar_t* path, const SProgress* progress) = 0;
+    /// `operation` may be null; its sink is told the progress and may stop it. Statuses of slot 53,
+    /// and E_FAIL, the store unchanged, when it does.
+    virtual Status ImportTable57(const wchar_t* path, const SOperationRecord* operation) = 0;
     /// [58] As slot 57 for a `.9bcoef` file, without progress.
     virtual Status ImportTable58(const wchar_t* path) = 0;
 

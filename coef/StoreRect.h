@@ -5,8 +5,11 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
+#include <optional>
 
 #include "calibuf/CaliBuf.h"
+#include "common/PixelRect.h"
 #include "common/StatusCodes.h"
 
 namespace trevolt {
@@ -20,6 +23,32 @@ struct SStoreRect {
 
     bool IsEmpty() const { return width == 0 || height == 0; }
 };
+
+/// The rectangle with these edges, empty when they are turned over; nothing for a negative left or
+/// top.
+inline std::optional<SStoreRect> FromEdges(const SPixelRect& edges) {
+    if (edges.left < 0 || edges.top < 0)
+        return std::nullopt;
+    const auto extent = [](std::int64_t length) {
+        return static_cast<std::uint64_t>(std::max<std::int64_t>(length, 0));
+    };
+    return SStoreRect{extent(edges.left), extent(edges.top), extent(edges.Width()),
+                      extent(edges.Height())};
+}
+
+/// The edge at `start` + `extent`, or the store's own where that comes first.
+inline std::int32_t EdgeInStore(std::int32_t start, std::uint32_t extent,
+                                std::uint32_t storeExtent) {
+    constexpr std::int64_t kLargest = std::numeric_limits<std::int32_t>::max();
+    return static_cast<std::int32_t>(
+        std::min({std::int64_t{start} + extent, std::int64_t{storeExtent}, kLargest}));
+}
+
+/// The edges of everything that the store has.
+inline SPixelRect WholeStore(const CCaliBuf& store) {
+    return {0, 0, EdgeInStore(0, store.Width(), store.Width()),
+            EdgeInStore(0, store.Height(), store.Height())};
+}
 
 /// What one block has of a rectangle.
 struct SBlockPiece {

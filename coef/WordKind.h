@@ -8,6 +8,7 @@
 
 #include "calibuf/ChunkLayout.h"
 #include "calibuf/WordElements.h"
+#include "coef/ColorCorrectCoef.h"
 #include "common/PixelRect.h"
 #include "common/StatusCodes.h"
 
@@ -36,6 +37,9 @@ struct SWordKind {
     Status outputOpenFailed;
     /// The rectangle's extent that must not be 0 for its blocks to be written.
     std::int64_t (SPixelRect::*writtenExtent)() const;
+    /// The object's operation that tells the size of a file of the kind.
+    Status (CColorCorrectCoef::*querySize)(const wchar_t* path, std::uint32_t& width,
+                                           std::uint32_t& height);
     SChannelRule fillChannel; ///< of FillRectChannel
     SChannelRule setChannel;  ///< of SetPixelChannel
     SChannelRule readChannel; ///< of the float transfers
@@ -57,7 +61,8 @@ inline constexpr SWordKind kWordKind<S3WordCoef>{.formatId = kBrightChunkFormat,
                                                  .hasFileKind = false,
                                                  .outputOpenFailed = E_HANDLE,
                                                  .writtenExtent = &SPixelRect::Width,
-                                                 .fillChannel = kModulo3,
+                                                 .querySize = &CColorCorrectCoef::GetBrightCoefSize,
+.fillChannel = kModulo3,
                                                  .setChannel = kModulo3,
                                                  .readChannel = kModulo3,
                                                  .mapValues = {0, 4, 8}};
@@ -67,17 +72,19 @@ inline constexpr SWordKind kWordKind<S9WordCoef>{.formatId = kChromaChunkFormat,
                                                  .hasFileKind = false,
                                                  .outputOpenFailed = E_COEF_OPENFAILED,
                                                  .writtenExtent = &SPixelRect::Width,
-                                                 .fillChannel = kModulo3,
+                                                 .querySize = &CColorCorrectCoef::GetChromaCoefSize,
+.fillChannel = kModulo3,
                                                  .setChannel = kModulo3,
                                                  .readChannel = kNineWords,
-                                                 .mapValues = {0, 1, 2, 3, 4, 5, 6, 7, 8}};
+                                                 .mapValues = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}};
 
 template <>
 inline constexpr SWordKind kWordKind<S4WordCoef>{.formatId = kVirtualGreenBrightChunkFormat,
                                                  .hasFileKind = true,
                                                  .outputOpenFailed = E_HANDLE,
                                                  .writtenExtent = &SPixelRect::Height,
-                                                 .fillChannel = kModulo4,
+                                                 .querySize = &CColorCorrectCoef::GetVBCoefSize,
+.fillChannel = kModulo4,
                                                  .setChannel = kModulo4,
                                                  .readChannel = kModulo4,
                                                  .mapValues = {0, 4, 10, 8}};
@@ -88,7 +95,8 @@ inline constexpr SWordKind kWordKind<S12WordCoef>{
     .hasFileKind = true,
     .outputOpenFailed = E_HANDLE,
     .writtenExtent = &SPixelRect::Height,
-    .fillChannel = kModulo4,
+    .querySize = &CColorCorrectCoef::GetVCCoefSize,
+.fillChannel = kModulo4,
     .setChannel = kTwelveWords,
     .readChannel = kTwelveWords,
     .mapValues = {0, 1, 9, 2, 3, 4, 10, 5, 6, 7, 11, 8}};
