@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -117,13 +116,6 @@ SMatrixCoef ElementOf(const ParseRecord& record, bool diagonalOnly) {
     return element;
 }
 
-/// A coordinate moved by an offset of at least 0. What passes int32 lies outside every map and
-/// stays there.
-std::int32_t Moved(std::int32_t coordinate, std::int32_t offset) {
-    return static_cast<std::int32_t>(std::min<std::int64_t>(
-        std::int64_t{coordinate} + offset, std::numeric_limits<std::int32_t>::max()));
-}
-
 bool HasShapeOf(const CMassiveGrid& grid, const CChromaCorrectCoef& map) {
     return grid.ElementBytes() == sizeof(SMatrixCoef) && grid.Width() == map.Width() &&
            grid.Height() == map.Height();
@@ -218,7 +210,7 @@ Status ReadTextCoefFile(CChromaCorrectCoef& map, const wchar_t* path, std::int32
     while (text.Lines().HasMore()) {
         ScanDataLine(text.Lines().Next(), record);
         SanitizeMatrix(record.m);
-        map.SetElement(Moved(record.at.x, xOffset), Moved(record.at.y, yOffset),
+        map.SetElement(std::int64_t{record.at.x} + xOffset, std::int64_t{record.at.y} + yOffset,
                        ElementOf(record, diagonalOnly));
         if (!text.IsSized())
             RaiseToHold(record.at, width, height);
