@@ -2,6 +2,8 @@
 // covers 131072 × 65536 pixels. Block (column, row) has index row × 512 + column.
 #pragma once
 
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 
@@ -34,6 +36,35 @@ constexpr std::uint32_t BlockIndexOfPixel(std::uint32_t x, std::uint32_t y) {
 /// Place of pixel (x, y) among the elements of its block.
 constexpr std::uint32_t PlaceInBlock(std::uint32_t x, std::uint32_t y) {
     return y % kBlockHeight * kBlockWidth + x % kBlockWidth;
+}
+
+/// A run of block columns and rows, the ends excluded. It may reach past the grid.
+struct SBlockSpan {
+    std::int64_t column0 = 0;
+    std::int64_t row0 = 0;
+    std::int64_t column1 = 0;
+    std::int64_t row1 = 0;
+
+    constexpr std::uint64_t Count() const {
+        const std::int64_t columns = std::max<std::int64_t>(column1 - column0, 0);
+        const std::int64_t rows = std::max<std::int64_t>(row1 - row0, 0);
+        return static_cast<std::uint64_t>(columns) * static_cast<std::uint64_t>(rows);
+    }
+};
+
+/// ceil(pixels / blockPixels) in single precision, exact over the whole grid.
+template <class T>
+std::int64_t BlocksCovering(T pixels, std::uint32_t blockPixels) {
+    const float perPixel = 1.0F / static_cast<float>(blockPixels); // a power of two
+    return static_cast<std::int64_t>(std::ceil(static_cast<float>(pixels) * perPixel));
+}
+
+/// The blocks that `rect` touches. Starts are divided as integers, towards zero.
+inline SBlockSpan BlocksTouchedBy(const SPixelRect& rect) {
+    constexpr auto width = static_cast<std::int32_t>(kBlockWidth);
+    constexpr auto height = static_cast<std::int32_t>(kBlockHeight);
+    return {rect.left / width, rect.top / height, BlocksCovering(rect.right, kBlockWidth),
+            BlocksCovering(rect.bottom, kBlockHeight)};
 }
 
 } // namespace trevolt

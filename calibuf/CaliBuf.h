@@ -52,7 +52,7 @@ class CCaliBuf {
     virtual ~CCaliBuf();
     CCaliBuf(const CCaliBuf&) = delete;
     CCaliBuf& operator=(const CCaliBuf&) = delete;
-    static void operator delete(void* memory);
+    static void operator delete(void* memory, std::size_t bytes);
 
     // ---- the store ----
 

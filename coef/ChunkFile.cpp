@@ -1,7 +1,6 @@
 #include "coef/ChunkFile.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 #include <limits>
 
@@ -13,13 +12,6 @@ namespace {
 
 constexpr std::ios::openmode kCreate = std::ios::out | std::ios::trunc;
 constexpr std::ios::openmode kReopen = std::ios::in | std::ios::out;
-
-/// Blocks along one axis from the one that holds `start` to the one before `end`.
-std::int64_t BlocksAlong(std::int32_t start, std::int32_t end, std::uint32_t blockExtent) {
-    const float extent = static_cast<float>(blockExtent);
-    return static_cast<std::int64_t>(std::ceil(static_cast<float>(end) / extent)) -
-           start / static_cast<std::int32_t>(blockExtent);
-}
 
 void WriteHeader(std::ostream& stream, const SChunkHeader& header) {
     const ChunkHeaderBytes bytes = EncodeChunkHeader(header);
@@ -41,12 +33,8 @@ Status StatusOf(const std::ios& stream) { return stream ? S_OK : E_FAIL; }
 } // namespace
 
 std::uint32_t RectBlockCount(const SPixelRect& rect) {
-    const std::int64_t columns = BlocksAlong(rect.left, rect.right, kBlockWidth);
-    const std::int64_t rows = BlocksAlong(rect.top, rect.bottom, kBlockHeight);
-    if (columns <= 0 || rows <= 0)
-        return 0;
-    return static_cast<std::uint32_t>(
-        std::min<std::int64_t>(columns * rows, std::numeric_limits<std::uint32_t>::max()));
+    constexpr std::uint64_t kLargest = std::numeric_limits<std::uint32_t>::max();
+    return static_cast<std::uint32_t>(std::min(BlocksTouchedBy(rect).Count(), kLargest));
 }
 
 SChunkHeader MakeChunkHeader(const ChunkFormatId& formatId, const SPixelRect& rect,

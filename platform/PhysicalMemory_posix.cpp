@@ -43,4 +43,18 @@ void* AllocateLarge(std::size_t bytes) {
 
 void FreeLarge(void* memory) { std::free(memory); }
 
+void* AllocateZeroPages(std::size_t bytes) {
+    void* memory =
+        mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED)
+        return nullptr;
+    madvise(memory, bytes, MADV_NOHUGEPAGE); // a huge page would be zeroed whole
+    return memory;
+}
+
+void FreeZeroPages(void* memory, std::size_t bytes) {
+    if (memory != nullptr)
+        munmap(memory, bytes);
+}
+
 } // namespace trevolt
