@@ -13,8 +13,8 @@
 // - A rectangle transfer (x, y, width, height, buffer) fails with E_FAIL without a store, without a
 //   buffer, for a width or height of 0, and for an x or y larger than the store's size. What
 //   reaches past the store's size is cut off, and the caller's rows are then as long as the cut
-//   rectangle, unless the operation takes a pitch (elements from row to row). Missing pixels are
-//   passed over. The result is S_OK then.
+//   rectangle, unless the operation takes a pitch (elements from row to row; E_COEF_INVALIDARG when
+//   that is below the cut width). Missing pixels are passed over. The result is S_OK then.
 // - A path may be null; each operation says what it answers to that. Outputs are changed on success
 //   only, where nothing else is said.
 // - Names of owner data are 16 bytes; a null name leaves name and flag zero in the file.
@@ -327,9 +327,8 @@ class CColorCorrectCoef {
     /// that the map does not have become the default. E_COEF_INVALIDARG for a null map or negative
     /// left or top; else the conversion's status.
     virtual Status ImportFromView(const CChromaCorrectCoef* map, const SPixelRect& rect) = 0;
-    /// [68] Fills a rectangle from caller words, nine a pixel as a matrix, in rows of `width`; a
-    /// brightness object takes the diagonal. Statuses of a rectangle transfer; E_FAIL also when the
-    /// map gets no memory.
+    /// [68] Rectangle transfer of caller words, nine a pixel as a matrix, into the store; a
+    /// brightness object takes the diagonal. E_FAIL also when the map gets no memory.
     virtual Status ImportFromWords(std::uint32_t x, std::uint32_t y, std::uint32_t width,
                                    std::uint32_t height, const std::uint16_t* words) = 0;
 
@@ -525,7 +524,7 @@ class CColorCorrectCoef {
     /// E_COEF_BADFORMAT for any other; the position is then undefined.
     virtual Status ReadChunkHeader2(std::istream& stream, SChunkHeader& header) = 0;
     /// [119] Chroma: copies a view of nine-word elements into the store at (x, y), cut to the
-    /// store. Statuses of a rectangle transfer; E_COEF_INVALIDARG for a pitch below the width.
+    /// store. Statuses of a rectangle transfer.
     virtual Status CopyRectFrom119(const SWordView& view, std::uint32_t x, std::uint32_t y) = 0;
     /// [120] Brightness: as slot 119 with three-word elements.
     virtual Status CopyRectFrom120(const SWordView& view, std::uint32_t x, std::uint32_t y) = 0;
@@ -537,8 +536,7 @@ class CColorCorrectCoef {
     virtual Status SaveStoreImage(std::byte* destination, std::uint32_t originX,
                                   std::uint32_t originY, std::uint64_t* imageBytes) const = 0;
     /// [123] Copies the store's rectangle at (x, y) of the target's size out; missing pixels leave
-    /// the target as it was. Statuses of a rectangle transfer; E_COEF_INVALIDARG for a pitch below
-    /// the width.
+    /// the target as it was. Statuses of a rectangle transfer.
     virtual Status CopyRectOut123(std::uint32_t x, std::uint32_t y,
                                   const SWordTarget& target) const = 0;
     /// [124] Chroma: writes the rectangle of both stores, as a word file with extra words holds it,

@@ -55,11 +55,10 @@ Status MapToStore(const CChromaCorrectCoef& map, std::int32_t mapX, std::int32_t
         const auto top = mapY + static_cast<std::int32_t>(piece.bufferY);
         for (std::uint32_t x = 0; x < piece.width; ++x)
             for (std::uint32_t y = 0; y < piece.height; ++y)
-                PutWords<Element>(block,
-                                  std::size_t{piece.startY + y} * kBlockWidth + piece.startX + x,
-                                  ConvertElement<Element>(map.ElementOrDefault(
-                                      left + static_cast<std::int32_t>(x),
-                                      top + static_cast<std::int32_t>(y))));
+                PutWords<Element>(
+                    block, std::size_t{piece.startY + y} * kBlockWidth + piece.startX + x,
+                    ConvertElement<Element>(map.ElementOrDefault(
+                        left + static_cast<std::int32_t>(x), top + static_cast<std::int32_t>(y))));
     });
     return S_OK;
 }

@@ -14,31 +14,23 @@
 
 namespace trevolt {
 
-/// The caller's rows are as long as the cut rectangle.
-inline constexpr std::uint32_t kPackedRows = 0;
-
-/// Elements from row to row of the caller's buffer; nothing when `pitch` is too short for it.
-inline std::optional<std::uint64_t> RowPitch(const SStoreRect& cut, std::uint32_t pitch) {
-    if (pitch == kPackedRows)
-        return cut.width;
-    if (pitch < cut.width)
-        return std::nullopt;
-    return pitch;
-}
+/// Elements from row to row of the caller's buffer; none given, the rows are as long as the cut
+/// rectangle.
+using Pitch = std::optional<std::uint32_t>;
 
 /// Cuts the rectangle to the store and calls transfer(element run, count, caller's place of its
 /// first element) for every row of it that is allocated. E_COEF_INVALIDARG for a short pitch.
 template <class Element, class Store, class Transfer>
-Status TransferRect(Store* store, SStoreRect rect, const void* buffer, std::uint32_t pitch,
+Status TransferRect(Store* store, SStoreRect rect, const void* buffer, Pitch pitch,
                     Transfer&& transfer) {
     if (const Status status = CutToStore(store, buffer, rect); Failed(status))
         return status;
-    const auto rowPitch = RowPitch(rect, pitch);
-    if (!rowPitch)
+    const std::uint64_t rowPitch = pitch.value_or(static_cast<std::uint32_t>(rect.width));
+    if (rowPitch < rect.width)
         return E_COEF_INVALIDARG;
     ForEachElementRun<Element>(*store, rect,
                                [&](auto* run, std::uint32_t count, std::uint64_t x,
-                                   std::uint64_t y) { transfer(run, count, y * *rowPitch + x); });
+                                   std::uint64_t y) { transfer(run, count, y * rowPitch + x); });
     return S_OK;
 }
 
@@ -47,16 +39,17 @@ inline constexpr std::size_t kElementWords = sizeof(Element) / sizeof(std::uint1
 
 template <class Element>
 Status CopyElementsIn(CCaliBuf* store, const SStoreRect& rect, const std::uint16_t* words,
-                      std::uint32_t pitch = kPackedRows) {
+                      Pitch pitch = std::nullopt) {
     return TransferRect<Element>(
         store, rect, words, pitch, [&](Element* run, std::uint32_t count, std::uint64_t place) {
-            std::memcpy(run, words + place * kElementWords<Element>, count * sizeof(Element));
+            std::memcpy(static_cast<void*>(run), words + place * kElementWords<Element>,
+                        count * sizeof(Element));
         });
 }
 
 template <class Element>
 Status CopyElementsOut(const CCaliBuf* store, const SStoreRect& rect, std::uint16_t* words,
-                       std::uint32_t pitch = kPackedRows) {
+                       Pitch pitch = std::nullopt) {
     return TransferRect<Element>(store, rect, words, pitch,
                                  [&](const Element* run, std::uint32_t count, std::uint64_t place) {
                                      std::memcpy(words + place * kElementWords<Element>, run,
@@ -74,7 +67,8 @@ Status CopyElementsInUncut(CCaliBuf* store, const SStoreRect& rect, const std::u
         return E_COEF_INVALIDARG;
     ForEachElementRun<Element>(
         *store, rect, [&](Element* run, std::uint32_t count, std::uint64_t x, std::uint64_t y) {
-            std::memcpy(run, words + (y * rect.width + x) * kElementWords<Element>,
+            std::memcpy(static_cast<void*>(run),
+                        words + (y * rect.width + x) * kElementWords<Element>,
                         count * sizeof(Element));
         });
     return S_OK;
@@ -85,7 +79,7 @@ Status CopyElementsInUncut(CCaliBuf* store, const SStoreRect& rect, const std::u
 template <class Element, class Value, class ValueOf, class Convert>
 Status ConvertIn(CCaliBuf* store, const SStoreRect& rect, const Value* values,
                  std::size_t perElement, ValueOf&& valueOf, Convert&& convert) {
-    return TransferRect<Element>(store, rect, values, kPackedRows,
+    return TransferRect<Element>(store, rect, values, std::nullopt,
                                  [&](Element* run, std::uint32_t count, std::uint64_t place) {
                                      const Value* source = values + place * perElement;
                                      for (std::uint32_t i = 0; i < count; ++i, source += perElement)
@@ -98,7 +92,7 @@ Status ConvertIn(CCaliBuf* store, const SStoreRect& rect, const Value* values,
 template <class Element>
 Status CopyChannelOut(const CCaliBuf* store, const SStoreRect& rect,
                       std::optional<std::uint32_t> word, float* values,
-                      std::uint32_t pitch = kPackedRows) {
+                      Pitch pitch = std::nullopt) {
     if (!word)
         return E_FAIL;
     return TransferRect<Element>(store, rect, values, pitch,
@@ -114,11 +108,16 @@ Status CopyChannelIn(CCaliBuf* store, const SStoreRect& rect, std::optional<std:
                      const float* values) {
     if (!word)
         return E_FAIL;
-    return TransferRect<Element>(store, rect, values, kPackedRows,
+    return TransferRect<Element>(store, rect, values, std::nullopt,
                                  [&](Element* run, std::uint32_t count, std::uint64_t place) {
                                      for (std::uint32_t i = 0; i < count; ++i)
                                          run[i].w[*word] = RoundToWord(values[place + i]);
                                  });
+}
+
+/// The low 16 bits of (int)(value × 65535), in float32 arithmetic, truncated.
+inline std::uint16_t CutToWord(float value) {
+    return static_cast<std::uint16_t>(TruncateToInt32(static_cast<double>(value * 65535.0F)));
 }
 
 /// round(value × 65535) clamped to a word; NaN becomes 0.

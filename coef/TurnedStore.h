@@ -26,22 +26,19 @@ Status CopyTurned(const CCaliBuf& store, const SPixelRect& rect, std::uint32_t m
     if (Failed(target.Allocate(static_cast<std::uint32_t>(size.width),
                                static_cast<std::uint32_t>(size.height))))
         return E_FAIL;
-    const SStoreRect source{static_cast<std::uint64_t>(rect.left),
-                            static_cast<std::uint64_t>(rect.top),
-                            static_cast<std::uint64_t>(rect.Width()),
-                            static_cast<std::uint64_t>(rect.Height())};
-    ForEachElementRun<Element>(store, source,
-                               [&](const Element* run, std::uint32_t count, std::uint64_t left,
-                                   std::uint64_t y) {
-                                   for (std::uint32_t i = 0; i < count; ++i) {
-                                       const PixelPosition to =
-                                           turn.Turned(static_cast<std::int64_t>(left) + i,
-                                                       static_cast<std::int64_t>(y));
-                                       *reinterpret_cast<Element*>(target.FindElement(
-                                           static_cast<std::uint32_t>(to.x),
-                                           static_cast<std::uint32_t>(to.y))) = run[i];
-                                   }
-                               });
+    const SStoreRect source{
+        static_cast<std::uint64_t>(rect.left), static_cast<std::uint64_t>(rect.top),
+        static_cast<std::uint64_t>(rect.Width()), static_cast<std::uint64_t>(rect.Height())};
+    ForEachElementRun<Element>(
+        store, source,
+        [&](const Element* run, std::uint32_t count, std::uint64_t left, std::uint64_t y) {
+            for (std::uint32_t i = 0; i < count; ++i) {
+                const PixelPosition to =
+                    turn.Turned(static_cast<std::int64_t>(left) + i, static_cast<std::int64_t>(y));
+                *reinterpret_cast<Element*>(target.FindElement(
+                    static_cast<std::uint32_t>(to.x), static_cast<std::uint32_t>(to.y))) = run[i];
+            }
+        });
     return S_OK;
 }
 

@@ -68,7 +68,8 @@ bool CWordCorrectCoef<Element>::FillRectChannel(std::int32_t channel, std::uint3
                                                 std::uint32_t tableIndex) {
     const auto word = Kind().fillChannel.WordOf(channel);
     const std::uint32_t row = CCaliOperationData::IsRowIndex(tableIndex) ? tableIndex : 0;
-    if (!m_pStore || width == 0 || height == 0 || !word || (row != 0 && m_pTransferTable == nullptr))
+    if (!m_pStore || width == 0 || height == 0 || !word ||
+        (row != 0 && m_pTransferTable == nullptr))
         return false;
     FillChannel<Element>(*Store(), {x, y, width, height}, *word, value, m_pTransferTable, row);
     return true;
@@ -143,8 +144,6 @@ float CWordCorrectCoef<Element>::GetPixelChannelFloat(std::int32_t channel, std:
 template <class Element>
 Status CWordCorrectCoef<Element>::CopyViewIn(const SWordView& view, std::uint32_t x,
                                              std::uint32_t y) {
-    if (view.pitch < view.width)
-        return E_COEF_INVALIDARG;
     return CopyElementsIn<Element>(Store(), {x, y, view.width, view.height}, view.words,
                                    view.pitch);
 }
@@ -152,15 +151,12 @@ Status CWordCorrectCoef<Element>::CopyViewIn(const SWordView& view, std::uint32_
 template <class Element>
 Status CWordCorrectCoef<Element>::CopyViewOut(std::uint32_t x, std::uint32_t y,
                                               const SWordTarget& target) const {
-    if (target.pitch < target.width)
-        return E_COEF_INVALIDARG;
     return CopyElementsOut<Element>(Store(), {x, y, target.width, target.height}, target.words,
                                     target.pitch);
 }
 
 template <class Element>
-Status CWordCorrectCoef<Element>::SetEdgedRect(const SPixelRect& rect,
-                                               const std::uint16_t* words) {
+Status CWordCorrectCoef<Element>::SetEdgedRect(const SPixelRect& rect, const std::uint16_t* words) {
     const auto edged = FromEdges(rect);
     return edged ? CopyElementsIn<Element>(Store(), *edged, words) : E_COEF_INVALIDARG;
 }
@@ -175,12 +171,11 @@ Status CWordCorrectCoef<Element>::WriteChunkFile(const wchar_t* path, const SPix
 }
 
 template <class Element>
-Status CWordCorrectCoef<Element>::ExportCoefEx(const wchar_t* path, const SPixelRect& band,
-                                               const SPixelRect& whole,
-                                               std::uint64_t& directoryPosition,
-                                               std::uint64_t& dataPosition,
-                                               std::uint32_t bandOffset, const std::byte* name,
-                                               const std::uint8_t* flag) {
+Status
+CWordCorrectCoef<Element>::ExportCoefEx(const wchar_t* path, const SPixelRect& band,
+                                        const SPixelRect& whole, std::uint64_t& directoryPosition,
+                                        std::uint64_t& dataPosition, std::uint32_t bandOffset,
+                                        const std::byte* name, const std::uint8_t* flag) {
     return WriteBandFile(Kind(), Store(), path, band,
                          {whole, directoryPosition, dataPosition, bandOffset},
                          OwnerFields(name, flag));
@@ -189,7 +184,7 @@ Status CWordCorrectCoef<Element>::ExportCoefEx(const wchar_t* path, const SPixel
 template <class Element>
 Status CWordCorrectCoef<Element>::ExportCoef(const wchar_t* path, const SPixelRect& rect,
                                              const std::byte* name, const std::uint8_t* flag) {
-    return path == nullptr ? E_POINTER : WriteChunkFile(path, rect, name, flag);
+    return WriteChunkFile(path, rect, name, flag);
 }
 
 template <class Element>

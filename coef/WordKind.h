@@ -62,21 +62,22 @@ inline constexpr SWordKind kWordKind<S3WordCoef>{.formatId = kBrightChunkFormat,
                                                  .outputOpenFailed = E_HANDLE,
                                                  .writtenExtent = &SPixelRect::Width,
                                                  .querySize = &CColorCorrectCoef::GetBrightCoefSize,
-.fillChannel = kModulo3,
+                                                 .fillChannel = kModulo3,
                                                  .setChannel = kModulo3,
                                                  .readChannel = kModulo3,
                                                  .mapValues = {0, 4, 8}};
 
 template <>
-inline constexpr SWordKind kWordKind<S9WordCoef>{.formatId = kChromaChunkFormat,
-                                                 .hasFileKind = false,
-                                                 .outputOpenFailed = E_COEF_OPENFAILED,
-                                                 .writtenExtent = &SPixelRect::Width,
-                                                 .querySize = &CColorCorrectCoef::GetChromaCoefSize,
-.fillChannel = kModulo3,
-                                                 .setChannel = kModulo3,
-                                                 .readChannel = kNineWords,
-                                                 .mapValues = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}};
+inline constexpr SWordKind kWordKind<S9WordCoef>{
+    .formatId = kChromaChunkFormat,
+    .hasFileKind = false,
+    .outputOpenFailed = E_COEF_OPENFAILED,
+    .writtenExtent = &SPixelRect::Width,
+    .querySize = &CColorCorrectCoef::GetChromaCoefSize,
+    .fillChannel = kModulo3,
+    .setChannel = kModulo3,
+    .readChannel = kNineWords,
+    .mapValues = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}};
 
 template <>
 inline constexpr SWordKind kWordKind<S4WordCoef>{.formatId = kVirtualGreenBrightChunkFormat,
@@ -84,7 +85,7 @@ inline constexpr SWordKind kWordKind<S4WordCoef>{.formatId = kVirtualGreenBright
                                                  .outputOpenFailed = E_HANDLE,
                                                  .writtenExtent = &SPixelRect::Height,
                                                  .querySize = &CColorCorrectCoef::GetVBCoefSize,
-.fillChannel = kModulo4,
+                                                 .fillChannel = kModulo4,
                                                  .setChannel = kModulo4,
                                                  .readChannel = kModulo4,
                                                  .mapValues = {0, 4, 10, 8}};
@@ -96,7 +97,7 @@ inline constexpr SWordKind kWordKind<S12WordCoef>{
     .outputOpenFailed = E_HANDLE,
     .writtenExtent = &SPixelRect::Height,
     .querySize = &CColorCorrectCoef::GetVCCoefSize,
-.fillChannel = kModulo4,
+    .fillChannel = kModulo4,
     .setChannel = kTwelveWords,
     .readChannel = kTwelveWords,
     .mapValues = {0, 1, 9, 2, 3, 4, 10, 5, 6, 7, 11, 8}};
