@@ -1,0 +1,48 @@
+// Runs a fuzz target once over every file below the given folders, without the fuzzer: its seeds
+// stay tests on every system. Fails when a folder is missing or holds no file.
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <vector>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+namespace {
+
+void Replay(const std::filesystem::path& path) {
+    std::ifstream stream(path, std::ios::binary);
+    const std::vector<char> bytes{std::istreambuf_iterator<char>(stream), {}};
+    LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+}
+
+int ReplayFolder(const std::filesystem::path& folder) {
+    int files = 0;
+    std::error_code error;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder, error)) {
+        if (!entry.is_regular_file())
+            continue;
+        Replay(entry.path());
+        ++files;
+    }
+    return files;
+}
+
+} // namespace
+
+#ifdef _WIN32
+int wmain(int argc, wchar_t** argv) {
+#else
+int main(int argc, char** argv) {
+#endif
+    if (argc < 2)
+        return 2;
+    for (int i = 1; i < argc; ++i) {
+        const int files = ReplayFolder(argv[i]);
+        std::printf("folder %d: %d inputs replayed\n", i, files);
+        if (files == 0)
+            return 1;
+    }
+    return 0;
+}
