@@ -25,6 +25,9 @@ class CQuarterTurn {
   public:
     static constexpr bool IsKnown(std::uint32_t code) { return code >= 1 && code <= 3; }
 
+    /// The code that turns back what `code` turned; unknown for an unknown one.
+    static constexpr std::uint32_t BackCode(std::uint32_t code) { return 4 - code; }
+
     /// Turn of a w × h rectangle by `code`. An unknown code turns it into 0 × 0.
     constexpr CQuarterTurn(std::uint32_t code, std::int64_t width, std::int64_t height) {
         switch (code) {

@@ -51,11 +51,6 @@ HeaderBytes MakeHeader(const CoefFileMagic& magic, std::uint32_t width, std::uin
     return header;
 }
 
-std::int32_t ClampToInt32(std::int64_t value) {
-    return static_cast<std::int32_t>(
-        std::clamp<std::int64_t>(value, 0, std::numeric_limits<std::int32_t>::max()));
-}
-
 } // namespace
 
 Status ReadCoefBody(const wchar_t* path, const CoefFileMagic& magic, CMassiveGrid& body) {
@@ -99,25 +94,24 @@ Status WriteCoefBody(const wchar_t* path, const CoefFileMagic& magic, std::uint3
     return status;
 }
 
+bool ResizeBody(CMassiveGrid& body, std::int64_t width, std::int64_t height) {
+    constexpr std::int64_t kLargest = std::numeric_limits<std::int32_t>::max();
+    if (width < 0 || height < 0 || width > kLargest || height > kLargest)
+        return false;
+    return body.Resize(static_cast<std::int32_t>(width), static_cast<std::int32_t>(height));
+}
+
 template <class Kind>
 Status FillBodyFromMap(const CChromaCorrectCoef& map, const SPixelRect& rect, CMassiveGrid& body) {
     if (rect.Width() > map.Width() || rect.Height() > map.Height())
         return E_COEF_INVALIDARG;
-    const std::int32_t width = ClampToInt32(rect.Width());
-    const std::int32_t height = ClampToInt32(rect.Height());
-    if (!body.Resize(width, height))
+    if (!ResizeBody(body, std::max<std::int64_t>(rect.Width(), 0),
+                    std::max<std::int64_t>(rect.Height(), 0)))
         return E_FAIL;
-    const typename Kind::Stored identity = Kind::Identity();
     std::uint32_t index = 0;
-    for (std::int32_t y = 0; y < height; ++y) {
-        for (std::int32_t x = 0; x < width; ++x, ++index) {
-            // The rectangle is no larger than the map, so only its corner can be far off.
-            const SMatrixCoef* element = rect.left > map.Width() || rect.top > map.Height()
-                                             ? nullptr
-                                             : map.FindElement(rect.left + x, rect.top + y);
-            Kind::Put(body, index, element == nullptr ? identity : Kind::Save(*element));
-        }
-    }
+    for (std::int64_t y = rect.top; y < rect.bottom; ++y)
+        for (std::int64_t x = rect.left; x < rect.right; ++x, ++index)
+            Kind::Put(body, index, Kind::SaveOrIdentity(map.FindElement(x, y)));
     return S_OK;
 }
 

@@ -5,6 +5,7 @@
 // and a body: one LZ4 frame of width × height stored elements, row by row.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "common/PixelRect.h"
@@ -31,6 +32,10 @@ Status ReadCoefFileSize(const wchar_t* path, const CoefFileMagic& magic, std::ui
 Status WriteCoefBody(const wchar_t* path, const CoefFileMagic& magic, std::uint32_t width,
                      std::uint32_t height, const CMassiveBuf& body);
 
+/// Sizes `body`; false, and it is empty, when a size is negative or the memory is refused. A size of
+/// 0 succeeds and holds nothing.
+bool ResizeBody(CMassiveGrid& body, std::int64_t width, std::int64_t height);
+
 /// Sizes `body` to the rectangle and converts the map's pixels into it, the identity where a pixel
 /// is not in the map. E_COEF_INVALIDARG when the rectangle is wider or taller than the map, E_FAIL
 /// when the memory is refused; a width or height below 1 converts nothing and succeeds.
@@ -45,5 +50,39 @@ extern template Status FillBodyFromMap<S9bCoefKind>(const CChromaCorrectCoef&, c
                                                     CMassiveGrid&);
 extern template Status FillBodyFromMap<S3bCoefKind>(const CChromaCorrectCoef&, const SPixelRect&,
                                                     CMassiveGrid&);
+
+/// Writes the map's pixels in the rectangle as a file of the rectangle's size. E_COEF_INVALIDARG for
+/// a null path or an empty map, E_FAIL for a negative width or height, which no body has; else as
+/// `FillBodyFromMap`, and with all these no file is touched; else as `WriteCoefBody`.
+template <class Kind>
+Status WriteMapRegion(const CChromaCorrectCoef& map, const wchar_t* path, const SPixelRect& rect) {
+    if (path == nullptr || map.IsEmpty())
+        return E_COEF_INVALIDARG;
+    if (rect.Width() < 0 || rect.Height() < 0)
+        return E_FAIL;
+    CMassiveGrid body(Kind::kStoredBytes);
+    if (const Status status = FillBodyFromMap<Kind>(map, rect, body); Failed(status))
+        return status;
+    return WriteCoefBody(path, Kind::kMagic, static_cast<std::uint32_t>(rect.Width()),
+                         static_cast<std::uint32_t>(rect.Height()), body);
+}
+
+/// Converts the part of `body` that `part` names, which must lie in it, into the map, moved by
+/// (xOffset, yOffset), row by row. `convert` gets the body's linear index and the map's element;
+/// pixels outside the map are passed over.
+template <class Convert>
+void ConvertPart(const CMassiveGrid& body, const SPixelRect& part, CChromaCorrectCoef& map,
+                 std::int32_t xOffset, std::int32_t yOffset, Convert convert) {
+    for (std::int64_t y = part.top; y < part.bottom; ++y)
+        for (std::int64_t x = part.left; x < part.right; ++x)
+            if (SMatrixCoef* element = map.FindElement(x + xOffset, y + yOffset))
+                convert(static_cast<std::uint32_t>(y * body.Width() + x), *element);
+}
+
+/// What a body and a map both have when they lie on each other's first pixel.
+inline SPixelRect OverlapOf(const CMassiveGrid& body, const CChromaCorrectCoef& map) {
+    return {0, 0, static_cast<std::int32_t>(std::min<std::uint32_t>(map.Width(), body.Width())),
+            static_cast<std::int32_t>(std::min<std::uint32_t>(map.Height(), body.Height()))};
+}
 
 } // namespace trevolt

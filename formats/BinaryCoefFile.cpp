@@ -7,21 +7,6 @@
 namespace trevolt {
 namespace {
 
-/// Converts what body and map both have; `convert` gets the body's linear index and the element.
-template <class Convert>
-void ConvertOverlap(const CMassiveGrid& body, CChromaCorrectCoef& map, Convert convert) {
-    const auto width =
-        static_cast<std::int32_t>(std::min<std::uint32_t>(map.Width(), body.Width()));
-    const auto height =
-        static_cast<std::int32_t>(std::min<std::uint32_t>(map.Height(), body.Height()));
-    for (std::int32_t y = 0; y < height; ++y) {
-        std::uint32_t index = static_cast<std::uint32_t>(y) * body.Width();
-        for (std::int32_t x = 0; x < width; ++x, ++index)
-            if (SMatrixCoef* element = map.FindElement(x, y))
-                convert(index, *element);
-    }
-}
-
 /// Copies twelve values from the start of a stored element: nine of its own and the first three of
 /// the one behind it.
 void LoadTwelveValues(const CMassiveGrid& body, std::uint32_t index, SMatrixCoef& element) {
@@ -40,9 +25,10 @@ Status ReadInto(CChromaCorrectCoef& map, const wchar_t* path) {
     CMassiveGrid body(Kind::kStoredBytes);
     if (const Status status = ReadCoefBody(path, Kind::kMagic, body); Failed(status))
         return status;
-    ConvertOverlap(body, map, [&body](std::uint32_t index, SMatrixCoef& element) {
-        Kind::Load(Kind::At(body, index), element);
-    });
+    ConvertPart(body, OverlapOf(body, map), map, 0, 0,
+                [&body](std::uint32_t index, SMatrixCoef& element) {
+                    Kind::Load(Kind::At(body, index), element);
+                });
     return S_OK;
 }
 
@@ -70,17 +56,14 @@ SPixelRect WholeMap(const CChromaCorrectCoef& map) { return {0, 0, map.Width(), 
 template <class Kind>
 Status WriteFrom(const CChromaCorrectCoef& map, const wchar_t* path,
                  const CMassiveGrid* preparedGrid) {
+    if (preparedGrid == nullptr)
+        return WriteMapRegion<Kind>(map, path, WholeMap(map));
     if (path == nullptr || map.IsEmpty())
         return E_COEF_INVALIDARG;
     CMassiveGrid body(Kind::kStoredBytes);
-    if (preparedGrid == nullptr) {
-        if (const Status status = FillBodyFromMap<Kind>(map, WholeMap(map), body); Failed(status))
-            return status;
-    } else {
-        if (!body.Resize(map.Width(), map.Height()))
-            return E_FAIL;
-        FillBodyFromPrepared<Kind>(*preparedGrid, body);
-    }
+    if (!body.Resize(map.Width(), map.Height()))
+        return E_FAIL;
+    FillBodyFromPrepared<Kind>(*preparedGrid, body);
     return WriteCoefBody(path, Kind::kMagic, map.Width(), map.Height(), body);
 }
 
@@ -90,9 +73,10 @@ Status Read9fCoefFile(CChromaCorrectCoef& map, const wchar_t* path) {
     CMassiveGrid body(S9fCoefKind::kStoredBytes);
     if (const Status status = ReadCoefBody(path, S9fCoefKind::kMagic, body); Failed(status))
         return status;
-    ConvertOverlap(body, map, [&body](std::uint32_t index, SMatrixCoef& element) {
-        LoadTwelveValues(body, index, element);
-    });
+    ConvertPart(body, OverlapOf(body, map), map, 0, 0,
+                [&body](std::uint32_t index, SMatrixCoef& element) {
+                    LoadTwelveValues(body, index, element);
+                });
     // The result of copying a whole grid over the map's, a truth value, is the status.
     const bool sameShape = body.Width() == map.Width() && body.Height() == map.Height();
     return sameShape && !map.IsEmpty() ? 1 : S_OK;

@@ -51,6 +51,11 @@ struct SBinaryCoefKind {
 
     static Stored Save(const SMatrixCoef& element) { return {Value::Save(element.m[Entries])...}; }
 
+    /// The stored element of a pixel, or of the identity for null.
+    static Stored SaveOrIdentity(const SMatrixCoef* element) {
+        return element == nullptr ? Identity() : Save(*element);
+    }
+
     /// Sets the matrix: the stored entries, and 0 off the diagonal where only that is stored. The
     /// trailing values stay.
     static void Load(const Stored& stored, SMatrixCoef& element) {

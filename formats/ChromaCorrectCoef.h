@@ -41,23 +41,24 @@ class CChromaCorrectCoef {
     void FillDefaults();
 
     /// Copies `element` into pixel (x, y); does nothing outside the map or without storage.
-    void SetElement(std::int32_t x, std::int32_t y, const SMatrixCoef& element) {
+    /// Coordinates are 64-bit, so that a caller may add offsets to them without a check.
+    void SetElement(std::int64_t x, std::int64_t y, const SMatrixCoef& element) {
         if (IsInside(x, y))
             std::memcpy(m_colour.Element(IndexOf(x, y)), &element, sizeof element);
     }
 
     /// The element at pixel (x, y), null outside the map or without storage.
-    const SMatrixCoef* FindElement(std::int32_t x, std::int32_t y) const {
+    const SMatrixCoef* FindElement(std::int64_t x, std::int64_t y) const {
         return IsInside(x, y)
                    ? reinterpret_cast<const SMatrixCoef*>(m_colour.Element(IndexOf(x, y)))
                    : nullptr;
     }
-    SMatrixCoef* FindElement(std::int32_t x, std::int32_t y) {
+    SMatrixCoef* FindElement(std::int64_t x, std::int64_t y) {
         return const_cast<SMatrixCoef*>(std::as_const(*this).FindElement(x, y));
     }
 
     /// The element at pixel (x, y), or the default element where there is none.
-    const SMatrixCoef& ElementOrDefault(std::int32_t x, std::int32_t y) const {
+    const SMatrixCoef& ElementOrDefault(std::int64_t x, std::int64_t y) const {
         const SMatrixCoef* element = FindElement(x, y);
         return element == nullptr ? m_defaultElement : *element;
     }
@@ -84,10 +85,10 @@ class CChromaCorrectCoef {
   private:
     void AllocateGrids(std::int32_t width, std::int32_t height);
     void FillGain();
-    bool IsInside(std::int32_t x, std::int32_t y) const {
+    bool IsInside(std::int64_t x, std::int64_t y) const {
         return x >= 0 && y >= 0 && x < m_width && y < m_height && m_colour.HasStorage();
     }
-    std::uint32_t IndexOf(std::int32_t x, std::int32_t y) const {
+    std::uint32_t IndexOf(std::int64_t x, std::int64_t y) const {
         return m_colour.Width() * static_cast<std::uint32_t>(y) + static_cast<std::uint32_t>(x);
     }
 

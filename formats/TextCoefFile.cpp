@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -117,13 +116,6 @@ SMatrixCoef ElementOf(const ParseRecord& record, bool diagonalOnly) {
     return element;
 }
 
-/// A coordinate moved by an offset of at least 0. What passes int32 lies outside every map and
-/// stays there.
-std::int32_t Moved(std::int32_t coordinate, std::int32_t offset) {
-    return static_cast<std::int32_t>(std::min<std::int64_t>(
-        std::int64_t{coordinate} + offset, std::numeric_limits<std::int32_t>::max()));
-}
-
 bool HasShapeOf(const CMassiveGrid& grid, const CChromaCorrectCoef& map) {
     return grid.ElementBytes() == sizeof(SMatrixCoef) && grid.Width() == map.Width() &&
            grid.Height() == map.Height();
@@ -161,11 +153,12 @@ class CDataLineWriter {
   private:
     static constexpr std::size_t kFlushChars = std::size_t{1} << 16;
     static constexpr std::size_t kLongestLine = 1024;
-    static_assert(2 * (5 + 2) + 9 * (kFixed5Chars + 2) <= kLongestLine);
+    static_assert((kPadded5Chars + 2) * 2 + (kFixed5Chars + 2) * 9 <= kLongestLine);
 
     static char* WriteSeparator(char* out) {
-        std::memcpy(out, ", ", 2);
-        return out + 2;
+        *out++ = ',';
+        *out++ = ' ';
+        return out;
     }
 
     std::fstream& m_stream;
@@ -176,12 +169,12 @@ class CDataLineWriter {
 void WriteDataLines(std::fstream& stream, const CMassiveGrid& grid,
                     const SMatrixCoef& defaultElement) {
     CDataLineWriter writer(stream);
+    const auto* defaultBytes = reinterpret_cast<const std::byte*>(&defaultElement);
     for (std::uint32_t y = 0; y < grid.Height(); ++y) {
         for (std::uint32_t x = 0; x < grid.Width(); ++x) {
-            SMatrixCoef element;
-            std::memcpy(&element, grid.Element(y * grid.Width() + x), sizeof element);
-            if (std::memcmp(&element, &defaultElement, sizeof element) != 0)
-                writer.Write(x, y, element);
+            const std::byte* bytes = grid.Element(y * grid.Width() + x);
+            if (std::memcmp(bytes, defaultBytes, sizeof defaultElement) != 0)
+                writer.Write(x, y, *reinterpret_cast<const SMatrixCoef*>(bytes));
         }
     }
     writer.Flush();
@@ -218,7 +211,7 @@ Status ReadTextCoefFile(CChromaCorrectCoef& map, const wchar_t* path, std::int32
     while (text.Lines().HasMore()) {
         ScanDataLine(text.Lines().Next(), record);
         SanitizeMatrix(record.m);
-        map.SetElement(Moved(record.at.x, xOffset), Moved(record.at.y, yOffset),
+        map.SetElement(std::int64_t{record.at.x} + xOffset, std::int64_t{record.at.y} + yOffset,
                        ElementOf(record, diagonalOnly));
         if (!text.IsSized())
             RaiseToHold(record.at, width, height);

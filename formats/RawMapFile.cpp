@@ -1,0 +1,29 @@
+#include "formats/RawMapFile.h"
+
+#include "platform/FileStream.h"
+
+namespace trevolt {
+namespace {
+
+constexpr std::streamsize kUnusedFields = 8; // a uint32, width and height
+
+} // namespace
+
+Status ReadRawMapFile(CChromaCorrectCoef& map, const wchar_t* path) {
+    if (path == nullptr)
+        return E_COEF_INVALIDARG;
+    std::fstream stream;
+    if (!OpenFileStream(stream, path, std::ios::in))
+        return E_COEF_OPENFAILED;
+    CoefFileMagic magic{};
+    if (!stream.read(reinterpret_cast<char*>(magic.data()), magic.size()) || magic != kRawMapMagic)
+        return E_COEF_BADFORMAT;
+    // The stored size never outlives the reset that follows it, so it is not even looked at.
+    stream.ignore(kUnusedFields);
+    map.Reset();
+    map.ColourGrid().ReadFromFile(stream);
+    map.GainGrid().ReadFromFile(stream);
+    return S_OK;
+}
+
+} // namespace trevolt

@@ -1,0 +1,25 @@
+// Writers that save a rectangle of a map as a binary coefficient file of the rectangle's size.
+//
+// The rectangle may hang over the map's edges, where the identity is written, but may not be wider
+// or taller than the map. Statuses: 0; E_COEF_INVALIDARG for a null path, an empty map or a
+// rectangle wider or taller than the map, and E_FAIL for a negative side or when the body gets no
+// memory: no file is touched then; E_COEF_OPENFAILED; E_FAIL when the stream fails, and a partial
+// file may stay. A side of 0 gives a file of that size with an empty body.
+#pragma once
+
+#include "common/PixelRect.h"
+#include "common/StatusCodes.h"
+#include "formats/ChromaCorrectCoef.h"
+
+namespace trevolt {
+
+Status WriteRegion9fCoefFile(const CChromaCorrectCoef& map, const wchar_t* path,
+                             const SPixelRect& rect);
+Status WriteRegion3fCoefFile(const CChromaCorrectCoef& map, const wchar_t* path,
+                             const SPixelRect& rect);
+Status WriteRegion9bCoefFile(const CChromaCorrectCoef& map, const wchar_t* path,
+                             const SPixelRect& rect);
+Status WriteRegion3bCoefFile(const CChromaCorrectCoef& map, const wchar_t* path,
+                             const SPixelRect& rect);
+
+} // namespace trevolt
