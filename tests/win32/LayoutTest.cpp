@@ -130,6 +130,7 @@ TEST_F(TrevoltLayout, PicturesOfBalloons) {
             EXPECT_TRUE(test::SaveScreen(test::WindowArea(trevolt.Window(), trevolt.FindBalloon()),
                                          PicturePath(L"balloon-" + std::to_wstring(language) +
                                                      L"-" + std::to_wstring(++number))));
+            EXPECT_NE(trevolt.FindBalloon(), nullptr) << language << " " << number;
         }
     }
 }

@@ -38,16 +38,16 @@ std::vector<char> ReadPixels(const RECT& area, BITMAPINFO& info) {
     return pixels;
 }
 
-/// The pixels once two looks at them are the same.
+/// The pixels once several looks at them are the same.
 std::vector<char> ReadSteadyPixels(const RECT& area, BITMAPINFO& info) {
     constexpr int kLooks = 50;
-    constexpr DWORD kBetweenLooks = 100;
+    constexpr int kSameLooks = 3;
+    constexpr DWORD kBetweenLooks = 150;
     std::vector<char> pixels = ReadPixels(area, info);
-    for (int look = 1; look < kLooks; ++look) {
+    for (int look = 1, same = 1; look < kLooks && same < kSameLooks; ++look) {
         Sleep(kBetweenLooks);
         std::vector<char> later = ReadPixels(area, info);
-        if (later == pixels)
-            break;
+        same = later == pixels ? same + 1 : 1;
         pixels = std::move(later);
     }
     return pixels;
