@@ -15,7 +15,7 @@ bool OpenFileStream(std::fstream& stream, const wchar_t* path, std::ios::openmod
     return stream.is_open();
 }
 
-std::optional<std::uint64_t> BytesToEnd(std::fstream& stream) {
+std::optional<std::uint64_t> BytesToEnd(std::istream& stream) {
     const std::streamoff here = stream.tellg();
     if (here < 0)
         return std::nullopt;

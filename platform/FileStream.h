@@ -13,6 +13,6 @@ bool OpenFileStream(std::fstream& stream, const wchar_t* path, std::ios::openmod
 
 /// Bytes from the current position to the end of the stream, which keeps its position; nothing when
 /// the stream cannot tell.
-std::optional<std::uint64_t> BytesToEnd(std::fstream& stream);
+std::optional<std::uint64_t> BytesToEnd(std::istream& stream);
 
 } // namespace trevolt

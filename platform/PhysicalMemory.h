@@ -16,4 +16,10 @@ void* AllocateLarge(std::size_t bytes);
 /// Gives back what `AllocateLarge` gave; null is ignored.
 void FreeLarge(void* memory);
 
+/// `bytes` of zeroed memory, or null. Pages that are never touched cost nothing.
+void* AllocateZeroPages(std::size_t bytes);
+
+/// Gives back the `bytes` that `AllocateZeroPages` gave; null is ignored.
+void FreeZeroPages(void* memory, std::size_t bytes);
+
 } // namespace trevolt

@@ -16,4 +16,13 @@ void* AllocateLarge(std::size_t bytes) { return std::malloc(bytes); }
 
 void FreeLarge(void* memory) { std::free(memory); }
 
+void* AllocateZeroPages(std::size_t bytes) {
+    return VirtualAlloc(nullptr, bytes, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
+}
+
+void FreeZeroPages(void* memory, std::size_t /*bytes*/) {
+    if (memory != nullptr)
+        VirtualFree(memory, 0, MEM_RELEASE);
+}
+
 } // namespace trevolt

@@ -1,0 +1,115 @@
+// The layout of chunk files, shared by their readers and writers: a header of 168 bytes, a
+// directory of chunk records, the compressed chunks. docs/formats/chunk.md describes it with an
+// example. All integers are little-endian.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "calibuf/WordElements.h"
+
+namespace trevolt {
+
+/// A format identifier as it stands in a file: a GUID in its usual memory layout.
+using ChunkFormatId = std::array<std::uint8_t, 16>;
+
+/// {6F2EB08F-C395-4016-8420-FBC16614B30A}: memory images and the plain chroma store.
+inline constexpr ChunkFormatId kChromaChunkFormat{0x8F, 0xB0, 0x2E, 0x6F, 0x95, 0xC3, 0x16, 0x40,
+                                                  0x84, 0x20, 0xFB, 0xC1, 0x66, 0x14, 0xB3, 0x0A};
+/// {81555D7F-5A30-4958-B765-9E3D63B728E8}: the brightness store.
+inline constexpr ChunkFormatId kBrightChunkFormat{0x7F, 0x5D, 0x55, 0x81, 0x30, 0x5A, 0x58, 0x49,
+                                                  0xB7, 0x65, 0x9E, 0x3D, 0x63, 0xB7, 0x28, 0xE8};
+/// {A23034AE-2359-413B-96B9-6F93737CA368}: the brightness store, second layout.
+inline constexpr ChunkFormatId kBrightChunkFormat2{0xAE, 0x34, 0x30, 0xA2, 0x59, 0x23, 0x3B, 0x41,
+                                                   0x96, 0xB9, 0x6F, 0x93, 0x73, 0x7C, 0xA3, 0x68};
+/// {F4ED140C-FC3A-4ED3-97CB-786E63DEAF99}: the chroma store, second layout (with extra words).
+inline constexpr ChunkFormatId kChromaChunkFormat2{0x0C, 0x14, 0xED, 0xF4, 0x3A, 0xFC, 0xD3, 0x4E,
+                                                   0x97, 0xCB, 0x78, 0x6E, 0x63, 0xDE, 0xAF, 0x99};
+/// {E8757D78-79A0-47D0-AF66-80F61B2FB479}: the virtual-green brightness store.
+inline constexpr ChunkFormatId kVirtualGreenBrightChunkFormat{
+    0x78, 0x7D, 0x75, 0xE8, 0xA0, 0x79, 0xD0, 0x47, 0xAF, 0x66, 0x80, 0xF6, 0x1B, 0x2F, 0xB4, 0x79};
+/// {DFF152B6-8A3F-4C68-A538-B724DACB6BF4}: the virtual-green chroma store.
+inline constexpr ChunkFormatId kVirtualGreenChromaChunkFormat{
+    0xB6, 0x52, 0xF1, 0xDF, 0x3F, 0x8A, 0x68, 0x4C, 0xA5, 0x38, 0xB7, 0x24, 0xDA, 0xCB, 0x6B, 0xF4};
+
+inline constexpr std::uint32_t kChunkFormatVersion = 1;
+inline constexpr std::size_t kChunkHeaderBytes = 168;
+using ChunkHeaderBytes = std::array<std::byte, kChunkHeaderBytes>;
+
+/// Offsets of the header's fields; what lies between and behind them is zero.
+namespace chunk_header {
+inline constexpr std::size_t kFormatId = 0;         ///< 16 bytes
+inline constexpr std::size_t kVersion = 16;         ///< u32
+inline constexpr std::size_t kOriginX = 20;         ///< u32
+inline constexpr std::size_t kOriginY = 24;         ///< u32
+inline constexpr std::size_t kWidth = 28;           ///< u32
+inline constexpr std::size_t kHeight = 32;          ///< u32
+inline constexpr std::size_t kRecordCount = 36;     ///< u32
+inline constexpr std::size_t kFileKind = 67;        ///< u8
+inline constexpr std::size_t kOwnerData = 69;       ///< 16 bytes
+inline constexpr std::size_t kOwnerFlag = 85;       ///< u8
+inline constexpr std::size_t kDirectoryOffset = 86; ///< u32, not aligned
+} // namespace chunk_header
+
+/// The header's fields.
+struct SChunkHeader {
+    ChunkFormatId formatId{};
+    std::uint32_t version = kChunkFormatVersion;
+    std::uint32_t originX = 0; ///< pixel column of the stored area's left edge
+    std::uint32_t originY = 0; ///< pixel row of the stored area's top edge
+    std::uint32_t width = 0;   ///< pixels
+    std::uint32_t height = 0;  ///< pixels
+    std::uint32_t recordCount = 0;
+    std::uint8_t fileKind = 0;                ///< of the owning coefficient object
+    std::array<std::uint8_t, 16> ownerData{}; ///< zero when not given
+    std::uint8_t ownerFlag = 0;               ///< zero when not given
+    std::uint32_t directoryOffset = 0;        ///< single-word stores only: see the readers
+
+    friend bool operator==(const SChunkHeader&, const SChunkHeader&) = default;
+};
+
+/// The 168 bytes of a header.
+ChunkHeaderBytes EncodeChunkHeader(const SChunkHeader& header);
+
+/// The fields in the 168 bytes at `bytes`; nothing is checked.
+SChunkHeader DecodeChunkHeader(const std::byte* bytes);
+
+/// Offsets of a record's fields.
+namespace chunk_record {
+inline constexpr std::size_t kIndex = 0;       ///< u32
+inline constexpr std::size_t kX = 4;           ///< u32
+inline constexpr std::size_t kY = 8;           ///< u32
+inline constexpr std::size_t kWidth = 12;      ///< u16
+inline constexpr std::size_t kHeight = 14;     ///< u16
+inline constexpr std::size_t kTotalSize = 16;  ///< u32
+inline constexpr std::size_t kPlaneSizes = 20; ///< planeCount × u32
+} // namespace chunk_record
+
+/// One entry of the directory.
+struct SChunkRecord {
+    std::uint32_t index = 0;                           ///< block index of the chunk
+    std::uint32_t x = 0;                               ///< left edge in pixels
+    std::uint32_t y = 0;                               ///< top edge in pixels
+    std::uint16_t width = 0;                           ///< elements, at most 256
+    std::uint16_t height = 0;                          ///< rows, at most 128
+    std::uint32_t totalSize = 0;                       ///< compressed bytes of all planes
+    std::array<std::uint32_t, kMaxWords> planeSizes{}; ///< compressed bytes of each word plane
+
+    std::uint32_t Elements() const { return std::uint32_t{width} * height; }
+    friend bool operator==(const SChunkRecord&, const SChunkRecord&) = default;
+};
+
+/// Bytes of a record that lists `planeCount` sizes.
+constexpr std::size_t ChunkRecordBytes(std::uint32_t planeCount) {
+    return chunk_record::kPlaneSizes + sizeof(std::uint32_t) * planeCount;
+}
+
+/// Writes the `ChunkRecordBytes(planeCount)` bytes of a record; `planeCount` is at most
+/// `kMaxWords`.
+void EncodeChunkRecord(const SChunkRecord& record, std::uint32_t planeCount, std::byte* bytes);
+
+/// The record in the `ChunkRecordBytes(planeCount)` bytes at `bytes`; nothing is checked.
+SChunkRecord DecodeChunkRecord(const std::byte* bytes, std::uint32_t planeCount);
+
+} // namespace trevolt

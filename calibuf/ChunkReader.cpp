@@ -1,0 +1,389 @@
+// The readers of chunk files and memory images.
+
+#include <algorithm>
+
+#include "calibuf/CaliBuf.h"
+#include "calibuf/PlaneCodec.h"
+#include "common/TransferReport.h"
+#include "platform/FileStream.h"
+
+namespace trevolt {
+namespace {
+
+/// Where chunks go: the shift that is added to a record's position, and how many columns and rows
+/// of a chunk are taken (all of them unless both are non-zero).
+struct SPlacement {
+    std::int64_t shiftX = 0;
+    std::int64_t shiftY = 0;
+    std::uint32_t clipWidth = 0;
+    std::uint32_t clipHeight = 0;
+
+    bool IsClipped() const { return clipWidth != 0 && clipHeight != 0; }
+};
+
+/// A chunk's area in the store, in pixels. It may reach past the grid.
+struct SChunkArea {
+    std::int64_t left;
+    std::int64_t top;
+    std::int64_t right;
+    std::int64_t bottom;
+
+    std::int64_t FirstColumn() const { return left / kBlockWidth; }
+    std::int64_t LastColumn() const { return (right - 1) / kBlockWidth; }
+    std::int64_t FirstRow() const { return top / kBlockHeight; }
+    std::int64_t LastRow() const { return (bottom - 1) / kBlockHeight; }
+    bool IsInOneBlock() const { return FirstColumn() == LastColumn() && FirstRow() == LastRow(); }
+};
+
+/// The part of `area` in the block at (column, row). The block lies in the grid.
+SPixelRect CutToBlock(const SChunkArea& area, std::int64_t column, std::int64_t row) {
+    const std::int64_t x = column * kBlockWidth;
+    const std::int64_t y = row * kBlockHeight;
+    return {static_cast<std::int32_t>(std::max(area.left, x)),
+            static_cast<std::int32_t>(std::max(area.top, y)),
+            static_cast<std::int32_t>(std::min(area.right, x + kBlockWidth)),
+            static_cast<std::int32_t>(std::min(area.bottom, y + kBlockHeight))};
+}
+
+/// A record that fills no chunk: reserved directory space that stayed empty, or an area without
+/// columns.
+bool IsUnused(const SChunkRecord& record) {
+    return record.Elements() == 0 && record.totalSize == 0;
+}
+
+/// Decodes chunks into the blocks of a store, and keeps count.
+class CChunkPlacer {
+  public:
+    /// For chunks of at most `maxElements` elements.
+    CChunkPlacer(CCaliBuf& store, std::size_t maxElements)
+        : m_store(store),
+          m_codec(store.ElemSize(), maxElements),
+          m_elements(store.ElemSize() * maxElements) {}
+
+    bool IsReady() const { return m_codec.IsReady() && static_cast<bool>(m_elements); }
+
+    /// Takes the next chunk; `compressed` is null when its bytes are not there.
+    void Take(const SChunkRecord& record, const std::byte* compressed,
+              const SPlacement& placement) {
+        const Outcome outcome =
+            compressed == nullptr ? Outcome::Failed : Place(record, compressed, placement);
+        switch (outcome) {
+        case Outcome::Read:
+            ++m_counts.read;
+            m_result = S_OK;
+            break;
+        case Outcome::Skipped:
+            ++m_counts.skipped;
+            break;
+        case Outcome::Failed:
+            ++m_counts.failed;
+            m_result = E_FAIL;
+            break;
+        }
+    }
+
+    Status Result() const { return m_result; }
+    const SChunkCounts& Counts() const { return m_counts; }
+
+  private:
+    enum class Outcome { Read, Skipped, Failed };
+
+    Outcome Place(const SChunkRecord& record, const std::byte* compressed,
+                  const SPlacement& placement) {
+        const std::int64_t left = record.x + placement.shiftX;
+        const std::int64_t top = record.y + placement.shiftY;
+        if (left < 0 || top < 0)
+            return Outcome::Failed;
+        const SChunkArea area{left, top, left + record.width, top + record.height};
+        return area.IsInOneBlock() ? PlaceWhole(record, compressed, area, placement)
+                                   : PlacePieces(record, compressed, area, placement);
+    }
+
+    /// A chunk inside one block: nothing is decoded for a missing block.
+    Outcome PlaceWhole(const SChunkRecord& record, const std::byte* compressed,
+                       const SChunkArea& area, const SPlacement& placement) {
+        const std::uint32_t index = BlockIndexAt(area.FirstColumn(), area.FirstRow());
+        BlockRecord* const block = m_store.Block(index);
+        if (block == nullptr)
+            return Outcome::Skipped;
+        SPixelRect piece = CutToBlock(area, area.FirstColumn(), area.FirstRow());
+        std::uint32_t decoded = 0;
+        if (piece.Width() == kBlockWidth && !placement.IsClipped()) {
+            std::byte* const rows = m_store.FindElement(static_cast<std::uint32_t>(piece.left),
+                                                        static_cast<std::uint32_t>(piece.top));
+            return Failed(m_codec.Decompress(record, compressed, rows, decoded)) ? Outcome::Failed
+                                                                                 : Outcome::Read;
+        }
+        if (Failed(m_codec.Decompress(record, compressed, m_elements.Data(), decoded)))
+            return Outcome::Failed;
+        Clip(piece, area, placement);
+        return CopyPiece(index, piece, area, record.width);
+    }
+
+    /// A chunk over several blocks: decoded once, then copied to those that are there.
+    Outcome PlacePieces(const SChunkRecord& record, const std::byte* compressed,
+                        const SChunkArea& area, const SPlacement& placement) {
+        std::uint32_t decoded = 0;
+        if (Failed(m_codec.Decompress(record, compressed, m_elements.Data(), decoded)))
+            return Outcome::Failed;
+        Outcome outcome = Outcome::Skipped;
+        for (std::int64_t column = area.FirstColumn(); column <= area.LastColumn(); ++column) {
+            for (std::int64_t row = area.FirstRow(); row <= area.LastRow(); ++row) {
+                const std::uint32_t index = BlockIndexAt(column, row);
+                if (m_store.Block(index) == nullptr)
+                    continue;
+                SPixelRect piece = CutToBlock(area, column, row);
+                if (Clip(piece, area, placement))
+                    outcome = CopyPiece(index, piece, area, record.width);
+            }
+        }
+        return outcome;
+    }
+
+    /// Cuts `piece` to the clip area at the chunk's corner; false when nothing is left of it.
+    static bool Clip(SPixelRect& piece, const SChunkArea& area, const SPlacement& placement) {
+        if (!placement.IsClipped())
+            return true;
+        piece.right = static_cast<std::int32_t>(
+            std::min<std::int64_t>(piece.right, area.left + placement.clipWidth));
+        piece.bottom = static_cast<std::int32_t>(
+            std::min<std::int64_t>(piece.bottom, area.top + placement.clipHeight));
+        return piece.Width() > 0 && piece.Height() > 0;
+    }
+
+    Outcome CopyPiece(std::uint32_t index, const SPixelRect& piece, const SChunkArea& area,
+                      std::uint32_t stride) {
+        const auto start =
+            static_cast<std::uint32_t>((piece.top - area.top) * stride + (piece.left - area.left));
+        const Status status = m_store.CopyRectIn(index, m_elements.Data(), piece, start, stride);
+        return Failed(status) ? Outcome::Failed : Outcome::Read;
+    }
+
+    CCaliBuf& m_store;
+    CPlaneCodec m_codec;
+    CBudgetBlock m_elements; ///< one decoded chunk
+    SChunkCounts m_counts;
+    Status m_result = S_OK;
+};
+
+/// The bytes of a stream from its position on, taken in order. What is not there is null; the
+/// position then still moves on, so that later bytes are taken from the right place.
+class CStreamBytes {
+  public:
+    /// `largest` is the most that one `Take` asks for.
+    CStreamBytes(std::istream& stream, std::size_t largest)
+        : m_stream(stream),
+          m_scratch(largest),
+          m_at(static_cast<std::uint64_t>(std::max<std::streamoff>(stream.tellg(), 0))),
+          m_end(m_at + BytesToEnd(stream).value_or(0)) {}
+
+    bool IsReady() const { return static_cast<bool>(m_scratch); }
+
+    const std::byte* Take(std::uint32_t count) {
+        const std::uint64_t from = m_at;
+        m_at += count;
+        if (m_at > m_end) {
+            m_stream.setstate(std::ios::failbit); // short: the stream's state tells so, too
+            return nullptr;
+        }
+        if (m_mustSeek)
+            m_stream.seekg(static_cast<std::streamoff>(from));
+        m_mustSeek = false;
+        m_stream.read(reinterpret_cast<char*>(m_scratch.Data()), count);
+        return m_stream ? m_scratch.Data() : nullptr;
+    }
+
+    void Skip(std::uint32_t count) {
+        m_at += count;
+        m_mustSeek = true;
+    }
+
+  private:
+    std::istream& m_stream;
+    CBudgetBlock m_scratch;
+    std::uint64_t m_at;
+    std::uint64_t m_end;
+    bool m_mustSeek = false;
+};
+
+/// The bytes of a memory image behind its directory; as `CStreamBytes`.
+class CMemoryBytes {
+  public:
+    CMemoryBytes(const std::byte* bytes, std::size_t count) : m_bytes(bytes), m_count(count) {}
+
+    const std::byte* Take(std::uint32_t count) {
+        const std::uint64_t from = m_at;
+        m_at += count;
+        return m_at > m_count ? nullptr : m_bytes + from;
+    }
+
+    void Skip(std::uint32_t count) { m_at += count; }
+
+  private:
+    const std::byte* m_bytes;
+    std::uint64_t m_count;
+    std::uint64_t m_at = 0;
+};
+
+/// The records of a directory that lies in memory.
+struct SDirectory {
+    const std::byte* bytes;
+    std::uint32_t count;
+    std::uint32_t planeCount;
+
+    SChunkRecord operator[](std::uint32_t i) const {
+        return DecodeChunkRecord(bytes + std::size_t{i} * ChunkRecordBytes(planeCount), planeCount);
+    }
+};
+
+/// The largest of a directory's possible chunks: what scratch memory must hold. A file of one
+/// small cabinet needs little.
+struct SLargestChunk {
+    std::size_t elements = 0;
+    std::size_t compressedBytes = 0;
+
+    SLargestChunk(const SDirectory& directory, std::size_t elemSize) {
+        for (std::uint32_t i = 0; i < directory.count; ++i) {
+            const SChunkRecord record = directory[i];
+            if (!IsPossibleChunk(record, elemSize))
+                continue;
+            elements = std::max<std::size_t>(elements, record.Elements());
+            compressedBytes = std::max<std::size_t>(compressedBytes, record.totalSize);
+        }
+    }
+};
+
+/// Takes the chunks of a directory from `source` in order, those whose record `isWanted`.
+template <class Source, class Wanted>
+void PlaceChunks(const SDirectory& directory, Source& source, CChunkPlacer& placer,
+                 std::size_t elemSize, const SPlacement& placement, const Wanted& isWanted) {
+    for (std::uint32_t i = 0; i < directory.count; ++i) {
+        const SChunkRecord record = directory[i];
+        if (IsUnused(record))
+            continue;
+        if (!isWanted(record)) {
+            source.Skip(record.totalSize);
+        } else if (IsPossibleChunk(record, elemSize)) {
+            placer.Take(record, source.Take(record.totalSize), placement);
+        } else {
+            source.Skip(record.totalSize);
+            placer.Take(record, nullptr, placement);
+        }
+    }
+}
+
+bool ReadHeader(std::istream& stream, SChunkHeader& header) {
+    ChunkHeaderBytes bytes;
+    if (!stream.read(reinterpret_cast<char*>(bytes.data()), bytes.size()))
+        return false;
+    header = DecodeChunkHeader(bytes.data());
+    return true;
+}
+
+/// Reads `count` records at the stream's position. E_FAIL when the stream is too short for them,
+/// E_COEF_NOBUFFER when there is no memory.
+Status ReadDirectory(std::istream& stream, std::uint32_t count, std::uint32_t planeCount,
+                     CBudgetBlock& bytes) {
+    const std::uint64_t size = std::uint64_t{count} * ChunkRecordBytes(planeCount);
+    const auto stored = BytesToEnd(stream);
+    if (!stored || size > *stored)
+        return E_FAIL;
+    bytes = CBudgetBlock(static_cast<std::size_t>(size));
+    if (!bytes)
+        return E_COEF_NOBUFFER;
+    stream.read(reinterpret_cast<char*>(bytes.Data()), static_cast<std::streamsize>(size));
+    return stream ? S_OK : E_FAIL;
+}
+
+/// Reads directory and chunks from the stream's position. `place` gives the placement once the
+/// directory is known.
+template <class Placing, class Wanted>
+Status ReadChunks(std::istream& stream, std::uint32_t recordCount, CCaliBuf& store,
+                  SChunkCounts& counts, const Placing& place, const Wanted& isWanted) {
+    CBudgetBlock directoryBytes;
+    const Status status = ReadDirectory(stream, recordCount, store.PlaneCount(), directoryBytes);
+    if (Failed(status))
+        return status;
+    const SDirectory directory{directoryBytes.Data(), recordCount, store.PlaneCount()};
+    const SLargestChunk largest(directory, store.ElemSize());
+    CStreamBytes source(stream, largest.compressedBytes);
+    CChunkPlacer placer(store, largest.elements);
+    if (!source.IsReady() || !placer.IsReady())
+        return E_COEF_NOBUFFER;
+    PlaceChunks(directory, source, placer, store.ElemSize(), place(directory), isWanted);
+    counts = placer.Counts();
+    CTransferReport::NoteFailedChunks(counts.failed);
+    return placer.Result();
+}
+
+bool AllWanted(const SChunkRecord& /*record*/) { return true; }
+
+} // namespace
+
+Status CCaliBuf::ReadRectChunks(std::istream& stream, std::uint32_t x, std::uint32_t y,
+                                std::uint32_t clipWidth, std::uint32_t clipHeight) {
+    m_lastRead = {};
+    SChunkHeader header;
+    if (!ReadHeader(stream, header))
+        return E_FAIL;
+    if (m_nElemSize == sizeof(SWordCoef)) {
+        if (header.directoryOffset < kChunkHeaderBytes)
+            return E_FAIL;
+        stream.seekg(static_cast<std::streamoff>(header.directoryOffset));
+    }
+    const auto placement = [&](const SDirectory&) {
+        return SPlacement{std::int64_t{x} - header.originX, std::int64_t{y} - header.originY,
+                          clipWidth, clipHeight};
+    };
+    return ReadChunks(stream, header.recordCount, *this, m_lastRead, placement, AllWanted);
+}
+
+Status CCaliBuf::ReadBandChunks(std::istream& stream, std::uint32_t x, std::uint32_t y,
+                                std::uint32_t firstIndex, std::uint32_t endIndex) {
+    m_lastRead = {};
+    SChunkHeader header;
+    if (!ReadHeader(stream, header))
+        return E_FAIL;
+    // Counted from the end of the header, unlike above.
+    if (m_nElemSize == sizeof(SWordCoef))
+        stream.seekg(static_cast<std::streamoff>(header.directoryOffset), std::ios::cur);
+    const auto placement = [&](const SDirectory& directory) {
+        std::uint32_t baseY = 0;
+        for (std::uint32_t i = 0; i < directory.count; ++i)
+            if (const SChunkRecord record = directory[i]; record.index == firstIndex)
+                baseY = record.y;
+        return SPlacement{x, std::int64_t{y} - baseY};
+    };
+    const auto isInBand = [&](const SChunkRecord& record) {
+        return record.index >= firstIndex && record.index < endIndex;
+    };
+    return ReadChunks(stream, header.recordCount, *this, m_lastRead, placement, isInBand);
+}
+
+Status CCaliBuf::LoadFromMemory(const std::byte* source, std::size_t length) {
+    m_lastRead = {};
+    if (source == nullptr || length < kChunkHeaderBytes)
+        return E_FAIL;
+    const SChunkHeader header = DecodeChunkHeader(source);
+    const std::uint64_t directoryBytes =
+        std::uint64_t{header.recordCount} * ChunkRecordBytes(m_nPlaneCount);
+    if (directoryBytes > length - kChunkHeaderBytes)
+        return E_FAIL;
+    const SDirectory directory{source + kChunkHeaderBytes, header.recordCount, m_nPlaneCount};
+    CChunkPlacer placer(*this, SLargestChunk(directory, m_nElemSize).elements);
+    if (!placer.IsReady())
+        return E_FAIL;
+    const std::size_t dataAt = kChunkHeaderBytes + static_cast<std::size_t>(directoryBytes);
+    CMemoryBytes data(source + dataAt, length - dataAt);
+    PlaceChunks(directory, data, placer, m_nElemSize, SPlacement{header.originX, header.originY},
+                AllWanted);
+    m_lastRead = placer.Counts();
+    CTransferReport::NoteFailedChunks(m_lastRead.failed);
+    return placer.Result();
+}
+
+Status CCaliBuf::LoadFromMemory(const std::byte* source) {
+    return LoadFromMemory(source, std::size_t{PTRDIFF_MAX});
+}
+
+} // namespace trevolt

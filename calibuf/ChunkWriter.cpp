@@ -1,0 +1,281 @@
+// The writers of chunk files and memory images.
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
+
+#include "calibuf/CaliBuf.h"
+#include "calibuf/PlaneCodec.h"
+
+namespace trevolt {
+namespace {
+
+/// A part of one block.
+struct SPiece {
+    std::uint32_t index;
+    SPixelRect rect;
+};
+
+SPixelRect BlockRect(std::uint32_t index) {
+    const auto x = static_cast<std::int32_t>(index % kGridColumns * kBlockWidth);
+    const auto y = static_cast<std::int32_t>(index / kGridColumns * kBlockHeight);
+    return {x, y, x + static_cast<std::int32_t>(kBlockWidth),
+            y + static_cast<std::int32_t>(kBlockHeight)};
+}
+
+SPixelRect Intersect(const SPixelRect& a, const SPixelRect& b) {
+    return {std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right),
+            std::min(a.bottom, b.bottom)};
+}
+
+/// What `rect` covers of the allocated blocks, column by column.
+std::vector<SPiece> PiecesOf(const CCaliBuf& store, const SPixelRect& rect) {
+    std::vector<SPiece> pieces;
+    const SBlockSpan span = BlocksTouchedBy(rect);
+    for (std::int64_t column = span.column0; column < span.column1; ++column)
+        for (std::int64_t row = span.row0; row < span.row1; ++row)
+            if (const std::uint32_t index = BlockIndexAt(column, row);
+                store.Block(index) != nullptr)
+                pieces.push_back({index, Intersect(BlockRect(index), rect)});
+    return pieces;
+}
+
+/// Elements of the largest piece.
+std::size_t LargestOf(const std::vector<SPiece>& pieces) {
+    std::int64_t elements = 0;
+    for (const SPiece& piece : pieces)
+        elements = std::max(elements, piece.rect.Width() * piece.rect.Height());
+    return static_cast<std::size_t>(elements);
+}
+
+/// The chunks of one write: compresses pieces of a store's blocks one by one, hands their bytes on,
+/// and keeps their records for the directory.
+class CChunkCollector {
+  public:
+    /// For pieces of at most `maxElements` elements.
+    explicit CChunkCollector(const CCaliBuf& store, std::size_t maxElements = kBlockElements)
+        : m_store(store),
+          m_codec(store.ElemSize(), maxElements),
+          m_piece(store.ElemSize() * maxElements),
+          m_compressed(store.ElemSize() * maxElements * 2) {}
+
+    bool IsReady() const {
+        return m_codec.IsReady() && static_cast<bool>(m_piece) && static_cast<bool>(m_compressed);
+    }
+
+    /// Compresses what `piece` covers of block `index`, calls `emit` with the bytes, and appends the
+    /// record. E_COEF_NOBUFFER for a missing block.
+    template <class Emit>
+    Status Add(std::uint32_t index, const SPixelRect& piece, const Emit& emit) {
+        const BlockRecord* const block = m_store.Block(index);
+        if (block == nullptr)
+            return E_COEF_NOBUFFER;
+        SChunkRecord record{.index = index,
+                            .x = static_cast<std::uint32_t>(piece.left),
+                            .y = static_cast<std::uint32_t>(piece.top),
+                            .width = static_cast<std::uint16_t>(piece.Width()),
+                            .height = static_cast<std::uint16_t>(piece.Height())};
+        const Status status =
+            m_codec.Compress(m_compressed.Data(), record.totalSize, PackedElements(*block, piece),
+                             record.planeSizes.data(), record.Elements());
+        if (Failed(status))
+            return status;
+        emit(std::span<const std::byte>(m_compressed.Data(), record.totalSize));
+        m_records.push_back(record);
+        return S_OK;
+    }
+
+    /// Adds every allocated block as a whole, in allocation order; the result is the last one's.
+    template <class Emit>
+    Status AddAll(const Emit& emit) {
+        Status status = S_OK;
+        for (const std::uint32_t index : m_store.UsedBlocks())
+            status = Add(index, BlockRect(index), emit);
+        return status;
+    }
+
+    /// Adds pieces of allocated blocks.
+    template <class Emit>
+    void AddPieces(const std::vector<SPiece>& pieces, const Emit& emit) {
+        for (const SPiece& piece : pieces)
+            Add(piece.index, piece.rect, emit);
+    }
+
+    std::vector<SChunkRecord>& Records() { return m_records; }
+
+    std::vector<std::byte> DirectoryBytes() const {
+        const std::size_t recordBytes = ChunkRecordBytes(m_store.PlaneCount());
+        std::vector<std::byte> bytes(m_records.size() * recordBytes);
+        for (std::size_t i = 0; i < m_records.size(); ++i)
+            EncodeChunkRecord(m_records[i], m_store.PlaneCount(), bytes.data() + i * recordBytes);
+        return bytes;
+    }
+
+  private:
+    /// The piece's elements row behind row: rows as wide as the block are so already.
+    const std::byte* PackedElements(const BlockRecord& block, const SPixelRect& piece) {
+        if (piece.Width() == kBlockWidth)
+            return m_store.FindElement(static_cast<std::uint32_t>(piece.left),
+                                       static_cast<std::uint32_t>(piece.top));
+        m_store.CopyRectOut(block.nIndex, piece, m_piece.Data());
+        return m_piece.Data();
+    }
+
+    const CCaliBuf& m_store;
+    CPlaneCodec m_codec;
+    CBudgetBlock m_piece;
+    CBudgetBlock m_compressed;
+    std::vector<SChunkRecord> m_records;
+};
+
+void Write(std::ostream& stream, std::span<const std::byte> bytes) {
+    stream.write(reinterpret_cast<const char*>(bytes.data()),
+                 static_cast<std::streamsize>(bytes.size()));
+}
+
+/// Writes zeros from the current position: directory space that its records will overwrite.
+void Reserve(std::ostream& stream, std::uint64_t bytes) {
+    constexpr std::array<std::byte, 4096> kZeros{};
+    while (bytes > 0 && stream) {
+        const std::uint64_t piece = std::min<std::uint64_t>(bytes, kZeros.size());
+        Write(stream, std::span(kZeros).first(static_cast<std::size_t>(piece)));
+        bytes -= piece;
+    }
+}
+
+void WriteAt(std::ostream& stream, std::ostream::pos_type position,
+             std::span<const std::byte> bytes) {
+    stream.seekp(position);
+    Write(stream, bytes);
+}
+
+/// Whether a rectangle is turned over or larger than the grid.
+bool IsBadRect(const SPixelRect& rect) {
+    return rect.Width() < 0 || rect.Width() > kGridWidth || rect.Height() < 0 ||
+           rect.Height() > kGridHeight;
+}
+
+/// Where the shift of a band moves the record of a piece; nothing when that leaves the grid.
+struct SShift {
+    std::int32_t x;
+    std::int32_t y;
+
+    bool KeepsInGrid(const SPixelRect& rect) const {
+        return std::int64_t{rect.left} + x >= 0 && std::int64_t{rect.right} + x <= kGridWidth &&
+               std::int64_t{rect.top} + y >= 0 && std::int64_t{rect.bottom} + y <= kGridHeight;
+    }
+
+    void Apply(SChunkRecord& record) const {
+        constexpr auto width = static_cast<std::int32_t>(kBlockWidth);
+        constexpr auto height = static_cast<std::int32_t>(kBlockHeight);
+        constexpr auto columns = static_cast<std::int32_t>(kGridColumns);
+        record.index += static_cast<std::uint32_t>(x / width + y / height * columns);
+        record.x += static_cast<std::uint32_t>(x);
+        record.y += static_cast<std::uint32_t>(y);
+    }
+};
+
+} // namespace
+
+Status CCaliBuf::WriteAllChunks(std::ostream& stream) const {
+    CChunkCollector chunks(*this);
+    if (!chunks.IsReady())
+        return E_COEF_NOBUFFER;
+    const auto directoryAt = stream.tellp();
+    Reserve(stream, UsedBlocks().size() * ChunkRecordBytes(m_nPlaneCount));
+    const Status status =
+        chunks.AddAll([&](std::span<const std::byte> bytes) { Write(stream, bytes); });
+    WriteAt(stream, directoryAt, chunks.DirectoryBytes());
+    return status;
+}
+
+Status CCaliBuf::WriteRectChunks(std::ostream& stream, const SPixelRect& rect) const {
+    if (rect.top == rect.bottom)
+        return E_FAIL;
+    if (IsBadRect(rect))
+        return E_COEF_INVALIDARG;
+    const std::vector<SPiece> pieces = PiecesOf(*this, rect);
+    CChunkCollector chunks(*this, LargestOf(pieces));
+    if (!chunks.IsReady())
+        return E_COEF_NOBUFFER;
+    const auto directoryAt = stream.tellp();
+    Reserve(stream, BlocksTouchedBy(rect).Count() * ChunkRecordBytes(m_nPlaneCount));
+    chunks.AddPieces(pieces, [&](std::span<const std::byte> bytes) { Write(stream, bytes); });
+    WriteAt(stream, directoryAt, chunks.DirectoryBytes());
+    return S_OK;
+}
+
+Status CCaliBuf::WriteBandChunks(std::ostream& stream, const SPixelRect& band,
+                                 const SPixelRect& whole, std::uint64_t& directoryPosition,
+                                 std::uint64_t& dataPosition, std::int32_t shiftX,
+                                 std::int32_t shiftY) const {
+    if (band.top == band.bottom)
+        return E_FAIL;
+    if (IsBadRect(band) || IsBadRect(whole))
+        return E_COEF_INVALIDARG;
+    const std::uint64_t recordBytes = ChunkRecordBytes(m_nPlaneCount);
+    const std::uint64_t directoryEnd =
+        kChunkHeaderBytes + recordBytes * BlocksTouchedBy(whole).Count();
+    const std::uint64_t recordsAt = directoryPosition == 0 ? kChunkHeaderBytes : directoryPosition;
+    const std::vector<SPiece> pieces = PiecesOf(*this, band);
+    if (recordsAt < kChunkHeaderBytes || recordsAt > directoryEnd ||
+        recordBytes * pieces.size() > directoryEnd - recordsAt)
+        return E_COEF_INVALIDARG;
+    if (dataPosition != 0 && dataPosition < directoryEnd)
+        return E_COEF_INVALIDARG;
+    const SShift shift{shiftX, shiftY};
+    if (!std::all_of(pieces.begin(), pieces.end(),
+                     [&](const SPiece& piece) { return shift.KeepsInGrid(piece.rect); }))
+        return E_COEF_INVALIDARG;
+    CChunkCollector chunks(*this, LargestOf(pieces));
+    if (!chunks.IsReady())
+        return E_COEF_NOBUFFER;
+    if (dataPosition == 0) {
+        stream.seekp(static_cast<std::streamoff>(recordsAt));
+        Reserve(stream, directoryEnd - recordsAt);
+    } else {
+        stream.seekp(static_cast<std::streamoff>(dataPosition));
+    }
+    chunks.AddPieces(pieces, [&](std::span<const std::byte> bytes) { Write(stream, bytes); });
+    const std::streamoff dataEnd = stream.tellp();
+    for (SChunkRecord& record : chunks.Records())
+        shift.Apply(record);
+    const std::vector<std::byte> records = chunks.DirectoryBytes();
+    WriteAt(stream, static_cast<std::streamoff>(recordsAt), records);
+    if (dataEnd >= 0)
+        dataPosition = static_cast<std::uint64_t>(dataEnd);
+    directoryPosition = recordsAt + records.size();
+    return S_OK;
+}
+
+std::uint64_t CCaliBuf::MaxMemoryImageBytes() const {
+    return kChunkHeaderBytes +
+           UsedBlocks().size() * std::uint64_t{ChunkRecordBytes(m_nPlaneCount) + CompressedBound()};
+}
+
+Status CCaliBuf::SaveToMemory(std::byte* destination, std::uint32_t originX, std::uint32_t originY,
+                              std::uint64_t* imageBytes) const {
+    CChunkCollector chunks(*this);
+    if (destination == nullptr || !chunks.IsReady())
+        return E_FAIL;
+    const auto count = static_cast<std::uint32_t>(UsedBlocks().size());
+    std::byte* const records = destination + kChunkHeaderBytes;
+    std::byte* data = records + ChunkRecordBytes(m_nPlaneCount) * count;
+    const Status status = chunks.AddAll([&](std::span<const std::byte> bytes) {
+        data = std::copy(bytes.begin(), bytes.end(), data);
+    });
+    const ChunkHeaderBytes header = EncodeChunkHeader({.formatId = kChromaChunkFormat,
+                                                       .originX = originX,
+                                                       .originY = originY,
+                                                       .width = m_nWidth,
+                                                       .height = m_nHeight,
+                                                       .recordCount = count});
+    std::copy(header.begin(), header.end(), destination);
+    const std::vector<std::byte> directory = chunks.DirectoryBytes();
+    std::copy(directory.begin(), directory.end(), records);
+    if (imageBytes != nullptr)
+        *imageBytes = static_cast<std::uint64_t>(data - destination);
+    return status;
+}
+
+} // namespace trevolt

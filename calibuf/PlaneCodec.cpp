@@ -1,0 +1,87 @@
+#include "calibuf/PlaneCodec.h"
+
+#include <algorithm>
+
+#include <lz4.h>
+
+#include "calibuf/BlockGrid.h"
+#include "calibuf/WordElements.h"
+
+namespace trevolt {
+namespace {
+
+constexpr std::size_t kWordBytes = sizeof(std::uint16_t);
+constexpr std::size_t kPlaneGap = 160; // words, a few cache lines: planes start in different sets
+constexpr std::size_t kWordsOfUnknownKind = 3;
+constexpr int kAcceleration = 1;
+
+/// What LZ4 may fill for a plane of `count` words.
+int PlaneCapacity(std::size_t count) { return static_cast<int>(count * 2 * kWordBytes); }
+
+SPlaneLayout LayoutFor(const WordElementKind* kind, std::size_t maxElements) {
+    return {kind == nullptr ? kWordsOfUnknownKind : kind->wordCount, maxElements + kPlaneGap};
+}
+
+} // namespace
+
+CPlaneCodec::CPlaneCodec(std::size_t elemSize, std::size_t maxElements)
+    : m_elemSize(elemSize),
+      m_isKnownKind(FindWordElementKind(elemSize) != nullptr),
+      m_layout(LayoutFor(FindWordElementKind(elemSize), maxElements)),
+      // A plane may be decoded to twice its size before it is refused; the next one overwrites
+      // what ran over, and behind the last one there is room.
+      m_scratch((m_layout.wordCount + 1) * m_layout.stride * kWordBytes) {}
+
+std::uint16_t* CPlaneCodec::Plane(std::size_t k) {
+    return reinterpret_cast<std::uint16_t*>(m_scratch.Data()) + k * m_layout.stride;
+}
+
+Status CPlaneCodec::Compress(std::byte* destination, std::uint32_t& total, const std::byte* source,
+                             std::uint32_t* planeSizes, std::size_t count) {
+    total = 0;
+    if (!m_isKnownKind)
+        return E_FAIL;
+    GatherPlanes(source, count, Plane(0), m_layout);
+    for (std::size_t k = 0; k < m_layout.wordCount; ++k) {
+        const int size = LZ4_compress_fast(
+            reinterpret_cast<const char*>(Plane(k)), reinterpret_cast<char*>(destination + total),
+            static_cast<int>(count * kWordBytes), PlaneCapacity(count), kAcceleration);
+        planeSizes[k] = static_cast<std::uint32_t>(size);
+        total += planeSizes[k];
+    }
+    return S_OK;
+}
+
+Status CPlaneCodec::Decompress(const SChunkRecord& record, const std::byte* compressed,
+                               std::byte* destination, std::uint32_t& total) {
+    total = 0;
+    const std::size_t count = record.Elements();
+    const std::size_t planeBytes = count * kWordBytes;
+    if (!IsPossibleChunk(record, m_elemSize) || m_elemSize < m_layout.wordCount * kWordBytes)
+        return E_FAIL;
+    std::uint32_t left = record.totalSize;
+    for (std::size_t k = 0; k < m_layout.wordCount; ++k) {
+        const std::uint32_t size = record.planeSizes[k];
+        if (size > left)
+            return E_FAIL;
+        const int made = LZ4_decompress_safe(reinterpret_cast<const char*>(compressed),
+                                             reinterpret_cast<char*>(Plane(k)),
+                                             static_cast<int>(size), PlaneCapacity(count));
+        if (made < 0 || static_cast<std::size_t>(made) != planeBytes)
+            return E_FAIL;
+        compressed += size;
+        left -= size;
+    }
+    if (left != 0)
+        return E_FAIL;
+    ScatterPlanes(Plane(0), m_layout, destination, count, m_elemSize);
+    total = static_cast<std::uint32_t>(m_layout.wordCount * planeBytes);
+    return S_OK;
+}
+
+bool IsPossibleChunk(const SChunkRecord& record, std::size_t elemSize) {
+    return record.width > 0 && record.width <= kBlockWidth && record.height > 0 &&
+           record.height <= kBlockHeight && record.totalSize <= elemSize * kBlockElements * 2;
+}
+
+} // namespace trevolt

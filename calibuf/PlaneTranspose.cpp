@@ -1,0 +1,224 @@
+#include "calibuf/PlaneTranspose.h"
+
+#include <array>
+#include <cstring>
+
+namespace trevolt {
+namespace {
+
+// Eight elements are turned at a time, in registers: tiles of 8 × 8 and 8 × 4 words, single words
+// one by one. Wide loads and stores of 3-word elements reach one word into the next element; the
+// last elements are therefore moved word by word.
+constexpr std::size_t kGroup = 8;
+
+using Words8 [[gnu::vector_size(16)]] = std::uint16_t;
+using Octet = std::array<Words8, 8>;
+using Quartet = std::array<Words8, 4>;
+
+Words8 InterleaveLow(Words8 a, Words8 b) {
+    return __builtin_shufflevector(a, b, 0, 8, 1, 9, 2, 10, 3, 11);
+}
+
+Words8 InterleaveHigh(Words8 a, Words8 b) {
+    return __builtin_shufflevector(a, b, 4, 12, 5, 13, 6, 14, 7, 15);
+}
+
+Words8 Load8(const void* from) {
+    Words8 words;
+    std::memcpy(&words, from, sizeof words);
+    return words;
+}
+
+void Store8(void* to, Words8 words) { std::memcpy(to, &words, sizeof words); }
+
+/// Four words of each of two elements.
+Words8 LoadPair(const std::byte* first, const std::byte* second) {
+    std::array<std::uint64_t, 2> halves;
+    std::memcpy(&halves[0], first, sizeof halves[0]);
+    std::memcpy(&halves[1], second, sizeof halves[1]);
+    return Load8(halves.data());
+}
+
+void StorePair(std::byte* first, std::byte* second, Words8 words) {
+    std::array<std::uint64_t, 2> halves;
+    Store8(halves.data(), words);
+    std::memcpy(first, &halves[0], sizeof halves[0]);
+    std::memcpy(second, &halves[1], sizeof halves[1]);
+}
+
+/// Rows to columns, and columns to rows: interleaving row i with row i + 4 three times over.
+Octet Transpose(Octet rows) {
+    for (int round = 0; round < 3; ++round) {
+        Octet mixed;
+        for (std::size_t i = 0; i < 4; ++i) {
+            mixed[2 * i] = InterleaveLow(rows[i], rows[i + 4]);
+            mixed[2 * i + 1] = InterleaveHigh(rows[i], rows[i + 4]);
+        }
+        rows = mixed;
+    }
+    return rows;
+}
+
+/// Four vectors of two 4-word elements each to four planes.
+Quartet PairsToPlanes(Quartet pairs) {
+    for (int round = 0; round < 3; ++round)
+        pairs = {InterleaveLow(pairs[0], pairs[2]), InterleaveHigh(pairs[0], pairs[2]),
+                 InterleaveLow(pairs[1], pairs[3]), InterleaveHigh(pairs[1], pairs[3])};
+    return pairs;
+}
+
+/// Four planes to four vectors of two 4-word elements each.
+Quartet PlanesToPairs(Quartet planes) {
+    for (int round = 0; round < 2; ++round)
+        planes = {InterleaveLow(planes[0], planes[2]), InterleaveHigh(planes[0], planes[2]),
+                  InterleaveLow(planes[1], planes[3]), InterleaveHigh(planes[1], planes[3])};
+    return planes;
+}
+
+/// How elements of W words are made of tiles.
+template <std::size_t W>
+struct Tiles {
+    static constexpr std::size_t kBytes = W * sizeof(std::uint16_t);
+    static constexpr bool kHasOctet = W >= 8;
+    static constexpr std::size_t kRestAt = kHasOctet ? 8 : 0; ///< first word behind the octet
+    static constexpr std::size_t kRest = W - kRestAt;
+    static constexpr bool kHasQuartet = kRest == 3 || kRest == 4;
+    static_assert(kHasQuartet || kRest == 1);
+
+    /// Elements whose groups touch nothing behind the last of `count` elements.
+    static std::size_t GroupedElements(std::size_t count) {
+        const std::size_t spill = kRest == 3 ? 1 : 0; // elements that wide accesses reach into
+        return count < spill ? 0 : (count - spill) / kGroup * kGroup;
+    }
+};
+
+template <std::size_t W>
+void GatherGroup(const std::byte* from, std::uint16_t* planes, std::size_t stride) {
+    using T = Tiles<W>;
+    if constexpr (T::kHasOctet) {
+        Octet rows;
+        for (std::size_t e = 0; e < kGroup; ++e)
+            rows[e] = Load8(from + e * T::kBytes);
+        rows = Transpose(rows);
+        for (std::size_t k = 0; k < kGroup; ++k)
+            Store8(planes + k * stride, rows[k]);
+    }
+    const std::byte* rest = from + T::kRestAt * sizeof(std::uint16_t);
+    std::uint16_t* restPlanes = planes + T::kRestAt * stride;
+    if constexpr (T::kHasQuartet) {
+        Quartet pairs;
+        for (std::size_t i = 0; i < 4; ++i)
+            pairs[i] = LoadPair(rest + 2 * i * T::kBytes, rest + (2 * i + 1) * T::kBytes);
+        pairs = PairsToPlanes(pairs);
+        for (std::size_t k = 0; k < T::kRest; ++k)
+            Store8(restPlanes + k * stride, pairs[k]);
+    } else {
+        for (std::size_t e = 0; e < kGroup; ++e)
+            std::memcpy(restPlanes + e, rest + e * T::kBytes, sizeof(std::uint16_t));
+    }
+}
+
+template <std::size_t W>
+void ScatterGroup(const std::uint16_t* planes, std::size_t stride, std::byte* to) {
+    using T = Tiles<W>;
+    if constexpr (T::kHasOctet) {
+        Octet rows;
+        for (std::size_t k = 0; k < kGroup; ++k)
+            rows[k] = Load8(planes + k * stride);
+        rows = Transpose(rows);
+        for (std::size_t e = 0; e < kGroup; ++e)
+            Store8(to + e * T::kBytes, rows[e]);
+    }
+    std::byte* rest = to + T::kRestAt * sizeof(std::uint16_t);
+    const std::uint16_t* restPlanes = planes + T::kRestAt * stride;
+    if constexpr (T::kHasQuartet) {
+        Quartet pairs{};
+        for (std::size_t k = 0; k < T::kRest; ++k)
+            pairs[k] = Load8(restPlanes + k * stride);
+        pairs = PlanesToPairs(pairs);
+        for (std::size_t i = 0; i < 4; ++i)
+            StorePair(rest + 2 * i * T::kBytes, rest + (2 * i + 1) * T::kBytes, pairs[i]);
+    } else {
+        for (std::size_t e = 0; e < kGroup; ++e)
+            std::memcpy(rest + e * T::kBytes, restPlanes + e, sizeof(std::uint16_t));
+    }
+}
+
+void GatherSingly(const std::byte* elements, std::size_t first, std::size_t count,
+                  std::uint16_t* planes, const SPlaneLayout& layout) {
+    const std::size_t elemSize = layout.wordCount * sizeof(std::uint16_t);
+    for (std::size_t e = first; e < count; ++e)
+        for (std::size_t k = 0; k < layout.wordCount; ++k)
+            std::memcpy(planes + k * layout.stride + e,
+                        elements + e * elemSize + k * sizeof(std::uint16_t), sizeof(std::uint16_t));
+}
+
+void ScatterSingly(const std::uint16_t* planes, const SPlaneLayout& layout, std::byte* elements,
+                   std::size_t first, std::size_t count, std::size_t elemSize) {
+    for (std::size_t e = first; e < count; ++e)
+        for (std::size_t k = 0; k < layout.wordCount; ++k)
+            std::memcpy(elements + e * elemSize + k * sizeof(std::uint16_t),
+                        planes + k * layout.stride + e, sizeof(std::uint16_t));
+}
+
+template <std::size_t W>
+void Gather(const std::byte* elements, std::size_t count, std::uint16_t* planes,
+            const SPlaneLayout& layout) {
+    const std::size_t grouped = Tiles<W>::GroupedElements(count);
+    for (std::size_t e = 0; e < grouped; e += kGroup)
+        GatherGroup<W>(elements + e * Tiles<W>::kBytes, planes + e, layout.stride);
+    GatherSingly(elements, grouped, count, planes, layout);
+}
+
+template <std::size_t W>
+void Scatter(const std::uint16_t* planes, const SPlaneLayout& layout, std::byte* elements,
+             std::size_t count) {
+    const std::size_t grouped = Tiles<W>::GroupedElements(count);
+    for (std::size_t e = 0; e < grouped; e += kGroup)
+        ScatterGroup<W>(planes + e, layout.stride, elements + e * Tiles<W>::kBytes);
+    ScatterSingly(planes, layout, elements, grouped, count, Tiles<W>::kBytes);
+}
+
+} // namespace
+
+void GatherPlanes(const std::byte* elements, std::size_t count, std::uint16_t* planes,
+                  const SPlaneLayout& layout) {
+    if (count == 0)
+        return;
+    switch (layout.wordCount) {
+    case 1:
+        std::memcpy(planes, elements, count * sizeof(std::uint16_t));
+        return;
+    case 3:
+        return Gather<3>(elements, count, planes, layout);
+    case 4:
+        return Gather<4>(elements, count, planes, layout);
+    case 9:
+        return Gather<9>(elements, count, planes, layout);
+    default:
+        return Gather<12>(elements, count, planes, layout);
+    }
+}
+
+void ScatterPlanes(const std::uint16_t* planes, const SPlaneLayout& layout, std::byte* elements,
+                   std::size_t count, std::size_t elemSize) {
+    if (count == 0)
+        return;
+    if (elemSize != layout.wordCount * sizeof(std::uint16_t))
+        return ScatterSingly(planes, layout, elements, 0, count, elemSize);
+    switch (layout.wordCount) {
+    case 1:
+        std::memcpy(elements, planes, count * sizeof(std::uint16_t));
+        return;
+    case 3:
+        return Scatter<3>(planes, layout, elements, count);
+    case 4:
+        return Scatter<4>(planes, layout, elements, count);
+    case 9:
+        return Scatter<9>(planes, layout, elements, count);
+    default:
+        return Scatter<12>(planes, layout, elements, count);
+    }
+}
+
+} // namespace trevolt
