@@ -181,7 +181,8 @@ class CCaliBuf {
     /// record and the next data byte go. E_FAIL for a band without rows. E_COEF_INVALIDARG for bad
     /// rectangles, for chunks that the shift moves off the grid, for positions inside what is
     /// reserved for others, and for records that would run past the directory space;
-    /// E_COEF_NOBUFFER when scratch memory is refused. After a failure nothing is written and both positions are as they were.
+    /// E_COEF_NOBUFFER when scratch memory is refused. After a failure nothing is written and both
+    /// positions are as they were.
     Status WriteBandChunks(std::ostream& stream, const SPixelRect& band, const SPixelRect& whole,
                            std::uint64_t& directoryPosition, std::uint64_t& dataPosition,
                            std::int32_t shiftX, std::int32_t shiftY) const;
