@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "common/PixelRect.h"
+
 namespace trevolt {
 
 inline constexpr std::uint32_t kBlockWidth = 256;  ///< elements a block row
@@ -18,18 +20,6 @@ inline constexpr std::uint32_t kGridBlocks = kGridColumns * kGridRows;
 inline constexpr std::uint32_t kGridWidth = kGridColumns * kBlockWidth; ///< pixels
 inline constexpr std::uint32_t kGridHeight = kGridRows * kBlockHeight;  ///< pixels
 inline constexpr std::uint32_t kNoBlock = 0xFFFFFFFF; ///< an index that is in no grid
-
-/// A rectangle in pixels: left, top, and the column and row behind its last ones.
-struct SPixelRect {
-    std::int32_t x0 = 0;
-    std::int32_t y0 = 0;
-    std::int32_t x1 = 0;
-    std::int32_t y1 = 0;
-
-    constexpr std::int64_t Width() const { return std::int64_t{x1} - x0; }
-    constexpr std::int64_t Height() const { return std::int64_t{y1} - y0; }
-    friend constexpr bool operator==(const SPixelRect&, const SPixelRect&) = default;
-};
 
 /// Index of the block in `column` and `row`, `kNoBlock` when either lies outside the grid.
 constexpr std::uint32_t BlockIndexAt(std::int64_t column, std::int64_t row) {
@@ -73,8 +63,8 @@ std::int64_t BlocksCovering(T pixels, std::uint32_t blockPixels) {
 inline SBlockSpan BlocksTouchedBy(const SPixelRect& rect) {
     constexpr auto width = static_cast<std::int32_t>(kBlockWidth);
     constexpr auto height = static_cast<std::int32_t>(kBlockHeight);
-    return {rect.x0 / width, rect.y0 / height, BlocksCovering(rect.x1, kBlockWidth),
-            BlocksCovering(rect.y1, kBlockHeight)};
+    return {rect.left / width, rect.top / height, BlocksCovering(rect.right, kBlockWidth),
+            BlocksCovering(rect.bottom, kBlockHeight)};
 }
 
 } // namespace trevolt

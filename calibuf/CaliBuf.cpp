@@ -16,16 +16,16 @@ constexpr std::uint32_t kBlockBookkeeping = 24; // bytes counted for a block bes
 
 /// `rect` relative to the block's corner; false when it does not lie inside the block.
 bool IsInsideBlock(const BlockRecord& block, const SPixelRect& rect) {
-    const std::int64_t left = std::int64_t{rect.x0} - block.nX;
-    const std::int64_t top = std::int64_t{rect.y0} - block.nY;
+    const std::int64_t left = std::int64_t{rect.left} - block.nX;
+    const std::int64_t top = std::int64_t{rect.top} - block.nY;
     return left >= 0 && top >= 0 && rect.Width() >= 0 && rect.Height() >= 0 &&
            left + rect.Width() <= kBlockWidth && top + rect.Height() <= kBlockHeight;
 }
 
 /// Offset of the rectangle's corner among the block's elements.
 std::size_t CornerPlace(const BlockRecord& block, const SPixelRect& rect) {
-    return (static_cast<std::size_t>(rect.y0) - block.nY) * kBlockWidth +
-           (static_cast<std::size_t>(rect.x0) - block.nX);
+    return (static_cast<std::size_t>(rect.top) - block.nY) * kBlockWidth +
+           (static_cast<std::size_t>(rect.left) - block.nX);
 }
 
 std::wstring ToUpperHex(const std::array<std::uint8_t, 16>& digest) {

@@ -109,8 +109,8 @@ class CChunkPlacer {
         SPixelRect piece = CutToBlock(area, area.FirstColumn(), area.FirstRow());
         std::uint32_t decoded = 0;
         if (piece.Width() == kBlockWidth && !placement.IsClipped()) {
-            std::byte* const rows = m_store.FindElement(static_cast<std::uint32_t>(piece.x0),
-                                                        static_cast<std::uint32_t>(piece.y0));
+            std::byte* const rows = m_store.FindElement(static_cast<std::uint32_t>(piece.left),
+                                                        static_cast<std::uint32_t>(piece.top));
             return Failed(m_codec.Decompress(record, compressed, rows, decoded)) ? Outcome::Failed
                                                                                  : Outcome::Read;
         }
@@ -144,17 +144,17 @@ class CChunkPlacer {
     static bool Clip(SPixelRect& piece, const SChunkArea& area, const SPlacement& placement) {
         if (!placement.IsClipped())
             return true;
-        piece.x1 = static_cast<std::int32_t>(
-            std::min<std::int64_t>(piece.x1, area.left + placement.clipWidth));
-        piece.y1 = static_cast<std::int32_t>(
-            std::min<std::int64_t>(piece.y1, area.top + placement.clipHeight));
+        piece.right = static_cast<std::int32_t>(
+            std::min<std::int64_t>(piece.right, area.left + placement.clipWidth));
+        piece.bottom = static_cast<std::int32_t>(
+            std::min<std::int64_t>(piece.bottom, area.top + placement.clipHeight));
         return piece.Width() > 0 && piece.Height() > 0;
     }
 
     Outcome CopyPiece(std::uint32_t index, const SPixelRect& piece, const SChunkArea& area,
                       std::uint32_t stride) {
         const auto start =
-            static_cast<std::uint32_t>((piece.y0 - area.top) * stride + (piece.x0 - area.left));
+            static_cast<std::uint32_t>((piece.top - area.top) * stride + (piece.left - area.left));
         const Status status = m_store.CopyRectIn(index, m_elements.Data(), piece, start, stride);
         return Failed(status) ? Outcome::Failed : Outcome::Read;
     }

@@ -24,7 +24,7 @@ SPixelRect BlockRect(std::uint32_t index) {
 }
 
 SPixelRect Intersect(const SPixelRect& a, const SPixelRect& b) {
-    return {std::max(a.x0, b.x0), std::max(a.y0, b.y0), std::min(a.x1, b.x1), std::min(a.y1, b.y1)};
+    return {std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right), std::min(a.bottom, b.bottom)};
 }
 
 /// What `rect` covers of the allocated blocks, column by column.
@@ -70,8 +70,8 @@ class CChunkCollector {
         if (block == nullptr)
             return E_COEF_NOBUFFER;
         SChunkRecord record{.index = index,
-                            .x = static_cast<std::uint32_t>(piece.x0),
-                            .y = static_cast<std::uint32_t>(piece.y0),
+                            .x = static_cast<std::uint32_t>(piece.left),
+                            .y = static_cast<std::uint32_t>(piece.top),
                             .width = static_cast<std::uint16_t>(piece.Width()),
                             .height = static_cast<std::uint16_t>(piece.Height())};
         const Status status =
@@ -114,8 +114,8 @@ class CChunkCollector {
     /// The piece's elements row behind row: rows as wide as the block are so already.
     const std::byte* PackedElements(const BlockRecord& block, const SPixelRect& piece) {
         if (piece.Width() == kBlockWidth)
-            return m_store.FindElement(static_cast<std::uint32_t>(piece.x0),
-                                       static_cast<std::uint32_t>(piece.y0));
+            return m_store.FindElement(static_cast<std::uint32_t>(piece.left),
+                                       static_cast<std::uint32_t>(piece.top));
         m_store.CopyRectOut(block.nIndex, piece, m_piece.Data());
         return m_piece.Data();
     }
@@ -160,8 +160,8 @@ struct SShift {
     std::int32_t y;
 
     bool KeepsInGrid(const SPixelRect& rect) const {
-        return std::int64_t{rect.x0} + x >= 0 && std::int64_t{rect.x1} + x <= kGridWidth &&
-               std::int64_t{rect.y0} + y >= 0 && std::int64_t{rect.y1} + y <= kGridHeight;
+        return std::int64_t{rect.left} + x >= 0 && std::int64_t{rect.right} + x <= kGridWidth &&
+               std::int64_t{rect.top} + y >= 0 && std::int64_t{rect.bottom} + y <= kGridHeight;
     }
 
     void Apply(SChunkRecord& record) const {
@@ -189,7 +189,7 @@ Status CCaliBuf::WriteAllChunks(std::ostream& stream) const {
 }
 
 Status CCaliBuf::WriteRectChunks(std::ostream& stream, const SPixelRect& rect) const {
-    if (rect.y0 == rect.y1)
+    if (rect.top == rect.bottom)
         return E_FAIL;
     if (IsBadRect(rect))
         return E_COEF_INVALIDARG;
@@ -208,7 +208,7 @@ Status CCaliBuf::WriteBandChunks(std::ostream& stream, const SPixelRect& band,
                                  const SPixelRect& whole, std::uint64_t& directoryPosition,
                                  std::uint64_t& dataPosition, std::int32_t shiftX,
                                  std::int32_t shiftY) const {
-    if (band.y0 == band.y1)
+    if (band.top == band.bottom)
         return E_FAIL;
     if (IsBadRect(band) || IsBadRect(whole))
         return E_COEF_INVALIDARG;

@@ -183,6 +183,8 @@ void Scatter(const std::uint16_t* planes, const SPlaneLayout& layout, std::byte*
 
 void GatherPlanes(const std::byte* elements, std::size_t count, std::uint16_t* planes,
                   const SPlaneLayout& layout) {
+    if (count == 0)
+        return;
     switch (layout.wordCount) {
     case 1:
         std::memcpy(planes, elements, count * sizeof(std::uint16_t));
@@ -200,6 +202,8 @@ void GatherPlanes(const std::byte* elements, std::size_t count, std::uint16_t* p
 
 void ScatterPlanes(const std::uint16_t* planes, const SPlaneLayout& layout, std::byte* elements,
                    std::size_t count, std::size_t elemSize) {
+    if (count == 0)
+        return;
     if (elemSize != layout.wordCount * sizeof(std::uint16_t))
         return ScatterSingly(planes, layout, elements, 0, count, elemSize);
     switch (layout.wordCount) {

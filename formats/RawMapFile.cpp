@@ -1,13 +1,10 @@
 #include "formats/RawMapFile.h"
 
-#include "formats/BinaryCoefKind.h"
 #include "platform/FileStream.h"
 
 namespace trevolt {
 namespace {
 
-constexpr CoefFileMagic kMagic{0x20, 0xBA, 0xCA, 0x2D, 0xED, 0x0B, 0xB9, 0x44,
-                               0xA4, 0xC1, 0xC9, 0xD0, 0x19, 0x16, 0x81, 0x2C};
 constexpr std::streamsize kUnusedFields = 8; // a uint32, width and height
 
 } // namespace
@@ -19,7 +16,7 @@ Status ReadRawMapFile(CChromaCorrectCoef& map, const wchar_t* path) {
     if (!OpenFileStream(stream, path, std::ios::in))
         return E_COEF_OPENFAILED;
     CoefFileMagic magic{};
-    if (!stream.read(reinterpret_cast<char*>(magic.data()), magic.size()) || magic != kMagic)
+    if (!stream.read(reinterpret_cast<char*>(magic.data()), magic.size()) || magic != kRawMapMagic)
         return E_COEF_BADFORMAT;
     // The stored size never outlives the reset that follows it, so it is not even looked at.
     stream.ignore(kUnusedFields);

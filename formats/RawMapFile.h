@@ -3,9 +3,13 @@
 #pragma once
 
 #include "common/StatusCodes.h"
+#include "formats/BinaryCoefKind.h"
 #include "formats/ChromaCorrectCoef.h"
 
 namespace trevolt {
+
+inline constexpr CoefFileMagic kRawMapMagic{0x20, 0xBA, 0xCA, 0x2D, 0xED, 0x0B, 0xB9, 0x44,
+                                            0xA4, 0xC1, 0xC9, 0xD0, 0x19, 0x16, 0x81, 0x2C};
 
 /// Reads the file's two grids into the map's. The map's width and height are 0 afterwards, whatever
 /// the header says, and so are the grids' shapes: only their storage holds what the file held, and

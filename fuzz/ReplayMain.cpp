@@ -5,7 +5,10 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <string>
 #include <vector>
+
+#include "platform/ConsoleProgram.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
@@ -31,16 +34,12 @@ int ReplayFolder(const std::filesystem::path& folder) {
 
 } // namespace
 
-#ifdef _WIN32
-int wmain(int argc, wchar_t** argv) {
-#else
-int main(int argc, char** argv) {
-#endif
-    if (argc < 2)
+int trevolt::ConsoleMain(const std::vector<std::string>& arguments) {
+    if (arguments.empty())
         return 2;
-    for (int i = 1; i < argc; ++i) {
-        const int files = ReplayFolder(argv[i]);
-        std::printf("folder %d: %d inputs replayed\n", i, files);
+    for (const std::string& folder : arguments) {
+        const int files = ReplayFolder(std::u8string(folder.begin(), folder.end()));
+        std::printf("%s: %d inputs replayed\n", folder.c_str(), files);
         if (files == 0)
             return 1;
     }

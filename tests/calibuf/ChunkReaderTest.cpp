@@ -88,11 +88,11 @@ TYPED_TEST(ChunkReaderOf, OnePixelWideAndHigh) {
                                   SPixelRect{256, 128, 257, 129}}) {
         const Bytes file = this->PatternFile(500, 300, rect);
         ASSERT_EQ(this->m_store.Allocate(500, 300), S_OK);
-        const auto x0 = static_cast<std::uint32_t>(rect.x0);
-        const auto y0 = static_cast<std::uint32_t>(rect.y0);
+        const auto x0 = static_cast<std::uint32_t>(rect.left);
+        const auto y0 = static_cast<std::uint32_t>(rect.top);
         EXPECT_EQ(ReadAt(this->m_store, file, x0, y0), S_OK);
-        EXPECT_EQ(CountUnlikePattern(this->m_owner, x0, y0, static_cast<std::uint32_t>(rect.x1),
-                                     static_cast<std::uint32_t>(rect.y1)),
+        EXPECT_EQ(CountUnlikePattern(this->m_owner, x0, y0, static_cast<std::uint32_t>(rect.right),
+                                     static_cast<std::uint32_t>(rect.bottom)),
                   0);
         // The pattern is nowhere the default, so that nothing else was written.
         EXPECT_EQ(CountUnlikeDefault(this->m_owner), rect.Width() * rect.Height());

@@ -176,6 +176,29 @@ TEST(ChunkWriter, ReservesSpaceForBlocksThatAreNotThere) {
     EXPECT_EQ(file.size(), 168 + 4 * 24 + RecordAt(file, 1, 0).totalSize);
 }
 
+TEST(ChunkWriter, ExampleOfTheFormatPage) {
+    CCaliOperation<S3WordCoef> owner;
+    ASSERT_EQ(owner.Buffer().Allocate(260, 10), S_OK);
+    owner.Find(255, 3)->w = {0xE000, 0xE001, 0xE002};
+    owner.Find(256, 3)->w = {0xD000, 0xD001, 0xD002};
+    const SPixelRect rect{255, 3, 258, 4};
+    std::stringstream stream = StreamBehind({});
+    ASSERT_EQ(owner.Buffer().WriteRectChunks(stream, rect), S_OK);
+    const Bytes file = BytesOf(stream);
+    Bytes expected = MakeBytes({0, 0, 0, 0, 0xFF, 0, 0, 0, 3, 0, 0, 0, // block 0, at (255, 3)
+                                1, 0, 1, 0, 9,    0, 0, 0,             // 1 × 1, 9 bytes
+                                3, 0, 0, 0, 3,    0, 0, 0, 3, 0, 0, 0});
+    expected.resize(56);
+    Append(expected, MakeBytes({1, 0, 0, 0, 0,  1, 0, 0, 3, 0, 0, 0, // block 1, at (256, 3)
+                                2, 0, 1, 0, 15, 0, 0, 0,             // 2 × 1, 15 bytes
+                                5, 0, 0, 0, 5,  0, 0, 0, 5, 0, 0, 0}));
+    expected.resize(112);
+    Append(expected, MakeBytes({0x20, 0x00, 0xE0, 0x20, 0x01, 0xE0, 0x20, 0x02, 0xE0}));
+    Append(expected, MakeBytes({0x40, 0x00, 0xD0, 0xFF, 0xFF, 0x40, 0x01, 0xD0, 0xFF, 0xFF, 0x40,
+                                0x02, 0xD0, 0xFF, 0xFF}));
+    EXPECT_EQ(Bytes(file.begin() + 168, file.end()), expected);
+}
+
 TEST(ChunkWriter, RectanglesThatCannotBe) {
     CCaliOperation<SWordCoef> owner;
     CCaliBuf& store = owner.Buffer();

@@ -109,8 +109,8 @@ inline SChunkRecord RecordAt(const Bytes& file, std::uint32_t planeCount, std::s
 /// A whole chunk file of what `rect` covers of the store, its header as the file kinds write it.
 inline Bytes RectFile(const CCaliBuf& store, const SPixelRect& rect) {
     std::stringstream stream =
-        StreamBehind({.originX = static_cast<std::uint32_t>(rect.x0),
-                      .originY = static_cast<std::uint32_t>(rect.y0),
+        StreamBehind({.originX = static_cast<std::uint32_t>(rect.left),
+                      .originY = static_cast<std::uint32_t>(rect.top),
                       .width = static_cast<std::uint32_t>(rect.Width()),
                       .height = static_cast<std::uint32_t>(rect.Height()),
                       .recordCount = static_cast<std::uint32_t>(BlocksTouchedBy(rect).Count()),

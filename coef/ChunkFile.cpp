@@ -1,0 +1,229 @@
+#include "coef/ChunkFile.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+#include "common/TransferReport.h"
+#include "platform/FileStream.h"
+
+namespace trevolt {
+namespace {
+
+constexpr std::ios::openmode kCreate = std::ios::out | std::ios::trunc;
+constexpr std::ios::openmode kReopen = std::ios::in | std::ios::out;
+
+void WriteHeader(std::ostream& stream, const SChunkHeader& header) {
+    const ChunkHeaderBytes bytes = EncodeChunkHeader(header);
+    stream.write(reinterpret_cast<const char*>(bytes.data()),
+                 static_cast<std::streamsize>(bytes.size()));
+}
+
+SChunkHeader MakeWholeHeader(const SWordKind& kind, const CCaliBuf& store,
+                             const SOwnerFields& owner) {
+    SChunkHeader header = MakeChunkHeader(kind.formatId, {}, owner);
+    header.width = store.Width();
+    header.height = store.Height();
+    header.recordCount = static_cast<std::uint32_t>(store.UsedBlocks().size());
+    return header;
+}
+
+Status StatusOf(const std::ios& stream) { return stream ? S_OK : E_FAIL; }
+
+} // namespace
+
+std::uint32_t RectBlockCount(const SPixelRect& rect) {
+    constexpr std::uint64_t kLargest = std::numeric_limits<std::uint32_t>::max();
+    return static_cast<std::uint32_t>(std::min(BlocksTouchedBy(rect).Count(), kLargest));
+}
+
+SChunkHeader MakeChunkHeader(const ChunkFormatId& formatId, const SPixelRect& rect,
+                             const SOwnerFields& owner) {
+    SChunkHeader header;
+    header.formatId = formatId;
+    header.originX = static_cast<std::uint32_t>(rect.left);
+    header.originY = static_cast<std::uint32_t>(rect.top);
+    header.width = static_cast<std::uint32_t>(rect.Width());
+    header.height = static_cast<std::uint32_t>(rect.Height());
+    header.recordCount = RectBlockCount(rect);
+    header.fileKind = owner.fileKind;
+    if (owner.name == nullptr)
+        return header;
+    std::memcpy(header.ownerData.data(), owner.name, header.ownerData.size());
+    header.ownerFlag = owner.flag == nullptr ? std::uint8_t{0} : *owner.flag;
+    return header;
+}
+
+Status WriteRectFile(const SWordKind& kind, const CCaliBuf* store, const wchar_t* path,
+                     const SPixelRect& rect, const SOwnerFields& owner) {
+    if (path == nullptr || store == nullptr)
+        return E_POINTER;
+    std::fstream stream;
+    if (!OpenFileStream(stream, path, kCreate))
+        return kind.outputOpenFailed;
+    WriteHeader(stream, MakeChunkHeader(kind.formatId, rect, owner));
+    if ((rect.*kind.writtenExtent)() != 0)
+        store->WriteRectChunks(stream, rect);
+    CloseWritten(stream);
+    return S_OK;
+}
+
+Status WriteBandFile(const SWordKind& kind, const CCaliBuf* store, const wchar_t* path,
+                     const SPixelRect& band, const SBandPlace& place, const SOwnerFields& owner) {
+    if (path == nullptr || store == nullptr)
+        return E_POINTER;
+    if (place.offset > static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max()))
+        return E_COEF_INVALIDARG;
+    const bool isFirst = place.offset == 0;
+    std::fstream stream;
+    if (!OpenFileStream(stream, path, isFirst ? kCreate : kReopen))
+        return kind.outputOpenFailed;
+    if (isFirst)
+        WriteHeader(stream, MakeChunkHeader(kind.formatId, place.whole, owner));
+    Status status = S_OK;
+    if (band.Height() != 0)
+        status =
+            store->WriteBandChunks(stream, band, place.whole, place.directoryPosition,
+                                   place.dataPosition, 0, static_cast<std::int32_t>(place.offset));
+    CloseWritten(stream);
+    return status;
+}
+
+Status WriteWholeFile(const SWordKind& kind, const CCaliBuf* store, const wchar_t* path,
+                      const SOwnerFields& owner) {
+    if (path == nullptr || store == nullptr)
+        return E_POINTER;
+    std::fstream stream;
+    if (!OpenFileStream(stream, path, kCreate))
+        return E_COEF_OPENFAILED;
+    WriteWholeStream(kind, store, stream, owner);
+    CloseWritten(stream);
+    return S_OK;
+}
+
+Status WriteRectStream(const SWordKind& kind, const CCaliBuf* store, std::ostream& stream,
+                       const SPixelRect& rect, const SOwnerFields& owner) {
+    if (store == nullptr)
+        return E_POINTER;
+    WriteHeader(stream, MakeChunkHeader(kind.formatId, rect, owner));
+    const Status status = store->WriteRectChunks(stream, rect);
+    return Failed(status) ? status : StatusOf(stream);
+}
+
+Status WriteWholeStream(const SWordKind& kind, const CCaliBuf* store, std::ostream& stream,
+                        const SOwnerFields& owner) {
+    if (store == nullptr)
+        return E_POINTER;
+    WriteHeader(stream, MakeWholeHeader(kind, *store, owner));
+    const Status status = store->WriteAllChunks(stream);
+    return Failed(status) ? status : StatusOf(stream);
+}
+
+Status WriteExtraWordStream(const CCaliBuf* matrix, const CCaliBuf* extra, std::ostream& stream,
+                            const SPixelRect& rect, const SOwnerFields& owner) {
+    if (matrix == nullptr)
+        return E_POINTER;
+    const std::streampos start = stream.tellp();
+    SChunkHeader header = MakeChunkHeader(kChromaChunkFormat2, rect, owner);
+    // The header is known whole only at the end; until then its place is held with zeros.
+    WriteHeader(stream, SChunkHeader{.version = 0});
+    const bool hasColumns = rect.Width() != 0;
+    if (hasColumns)
+        matrix->WriteRectChunks(stream, rect);
+    stream.seekp(0, std::ios::end);
+    const std::streamoff extraStart = stream.tellp();
+    if (extraStart < 0 || extraStart > std::streamoff{std::numeric_limits<std::uint32_t>::max()})
+        return E_FAIL;
+    header.directoryOffset = static_cast<std::uint32_t>(extraStart);
+    if (extra != nullptr && hasColumns)
+        extra->WriteRectChunks(stream, rect);
+    stream.seekp(start);
+    WriteHeader(stream, header);
+    return StatusOf(stream);
+}
+
+Status WriteExtraWordFile(const CCaliBuf* matrix, const CCaliBuf* extra, const wchar_t* path,
+                          const SPixelRect& rect, const SOwnerFields& owner) {
+    if (path == nullptr || matrix == nullptr)
+        return E_POINTER;
+    std::fstream stream;
+    if (!OpenFileStream(stream, path, kCreate))
+        return E_COEF_OPENFAILED;
+    if (Failed(WriteExtraWordStream(matrix, extra, stream, rect, owner)))
+        CTransferReport::NoteWriteFailed();
+    CloseWritten(stream);
+    return S_OK;
+}
+
+Status ReadFileMagic(const wchar_t* path, ChunkFormatId& magic) {
+    if (path == nullptr)
+        return E_COEF_INVALIDARG;
+    std::fstream stream;
+    if (!OpenFileStream(stream, path, std::ios::in))
+        return E_COEF_OPENFAILED;
+    magic.fill(0);
+    if (!stream.read(reinterpret_cast<char*>(magic.data()),
+                     static_cast<std::streamsize>(magic.size())))
+        magic.fill(0);
+    return S_OK;
+}
+
+std::optional<SChunkHeader> ReadChunkHeader(std::istream& stream) {
+    ChunkHeaderBytes bytes{};
+    if (!stream.read(reinterpret_cast<char*>(bytes.data()),
+                     static_cast<std::streamsize>(bytes.size())))
+        return std::nullopt;
+    return DecodeChunkHeader(bytes.data());
+}
+
+Status ReadChunkFileHeader(const wchar_t* path, std::span<const ChunkFormatId> accepted,
+                           SChunkHeader& header) {
+    if (path == nullptr)
+        return E_COEF_INVALIDARG;
+    std::fstream stream;
+    if (!OpenFileStream(stream, path, std::ios::in))
+        return E_COEF_OPENFAILED;
+    const auto read = ReadChunkHeader(stream);
+    if (!read || std::find(accepted.begin(), accepted.end(), read->formatId) == accepted.end())
+        return E_COEF_BADFORMAT;
+    header = *read;
+    return S_OK;
+}
+
+Status ReadOwnerData(const wchar_t* path, std::span<const ChunkFormatId> accepted, std::byte* name,
+                     std::uint32_t capacity, std::uint8_t& flag) {
+    SChunkHeader header;
+    if (const Status status = ReadChunkFileHeader(path, accepted, header); Failed(status))
+        return status;
+    if (name != nullptr)
+        std::memcpy(name, header.ownerData.data(),
+                    std::min<std::size_t>(capacity, header.ownerData.size()));
+    flag = header.ownerFlag;
+    return S_OK;
+}
+
+Status LoadChunkFile(CCaliBuf* store, const wchar_t* path, std::uint32_t x, std::uint32_t y) {
+    if (store == nullptr)
+        return E_POINTER;
+    std::fstream stream;
+    if (!OpenFileStream(stream, path, std::ios::in))
+        return E_HANDLE;
+    return store->ReadRectChunks(stream, x, y, 0, 0);
+}
+
+Status LoadExtraWordFile(CCaliBuf* matrix, CCaliBuf* extra, const wchar_t* path, std::uint32_t x,
+                         std::uint32_t y) {
+    if (matrix == nullptr || extra == nullptr)
+        return E_POINTER;
+    std::fstream stream;
+    if (!OpenFileStream(stream, path, std::ios::in))
+        return E_COEF_OPENFAILED;
+    if (Failed(matrix->ReadRectChunks(stream, x, y, 0, 0)))
+        return E_FAIL;
+    // The extra-word store reads the header again and follows it to its own part.
+    stream.clear();
+    stream.seekg(0);
+    return extra->ReadRectChunks(stream, x, y, 0, 0);
+}
+
+} // namespace trevolt

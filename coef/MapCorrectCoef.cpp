@@ -1,0 +1,453 @@
+#include "coef/MapCorrectCoef.h"
+
+#include <array>
+
+#include "common/FixedPoint.h"
+#include "formats/BinaryCoefFile.h"
+#include "formats/PlacedCoefFile.h"
+#include "formats/RawMapFile.h"
+#include "formats/RegionCoefFile.h"
+#include "formats/TextCoefFile.h"
+#include "formats/TurnedCoefFile.h"
+
+namespace trevolt {
+namespace {
+
+const std::array<const SBinaryFileKind*, 4> kBinaryFiles{&k9fFile, &k3fFile, &k9bFile, &k3bFile};
+
+const SBinaryFileKind* FindBinaryFile(const ChunkFormatId& magic) {
+    for (const SBinaryFileKind* kind : kBinaryFiles)
+        if (kind->magic == magic)
+            return kind;
+    return nullptr;
+}
+
+std::uint32_t WithLowWord(std::uint32_t value, std::uint32_t lowWord) {
+    return (value & 0xFFFF0000U) | (lowWord & 0xFFFFU);
+}
+
+} // namespace
+
+constinit const SBinaryFileKind k9fFile{S9fCoefKind::kMagic, Read9fCoefSize, Read9fCoefFile};
+constinit const SBinaryFileKind k3fFile{S3fCoefKind::kMagic, Read3fCoefSize, Read3fCoefFile};
+constinit const SBinaryFileKind k9bFile{S9bCoefKind::kMagic, Read9bCoefSize, Read9bCoefFile};
+constinit const SBinaryFileKind k3bFile{S3bCoefKind::kMagic, Read3bCoefSize, Read3bCoefFile};
+
+template <class Element>
+CMapCorrectCoef<Element>::CMapCorrectCoef(const SBinaryFileKind& ownBinary)
+    : m_pMap(std::make_unique<CChromaCorrectCoef>()), m_ownBinary(ownBinary) {}
+
+// ---- converting transfers ----
+
+template <class Element>
+Status CMapCorrectCoef<Element>::SetRectFromBytes(std::uint32_t x, std::uint32_t y,
+                                                  std::uint32_t width, std::uint32_t height,
+                                                  const std::uint8_t* values,
+                                                  std::uint32_t divisor) {
+    if (divisor == 0)
+        return E_COEF_INVALIDARG;
+    return ConvertIn<Element>(
+        Store(), {x, y, width, height}, values, kElementWords<Element>,
+        [](std::size_t word) { return word; },
+        [&](std::uint8_t value) {
+            return static_cast<std::uint16_t>(std::uint32_t{value} * kFullScale / divisor);
+        });
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::SetRectFromMatrixFloat(std::uint32_t x, std::uint32_t y,
+                                                        std::uint32_t width, std::uint32_t height,
+                                                        const float* values) {
+    return ConvertIn<Element>(
+        Store(), {x, y, width, height}, values, kElementWords<S9WordCoef>,
+        [](std::size_t word) { return kWordKind<Element>.mapValues[word]; }, CutToWord);
+}
+
+// ---- files through the map ----
+
+template <class Element>
+Status CMapCorrectCoef<Element>::TakeFromMap(const SStoreRect& target) {
+    const Status status = MapToStore<Element>(*m_pMap, 0, 0, Store(), target);
+    if (!Failed(status))
+        m_pMap->Reset();
+    return status;
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::StageFile(const SBinaryFileKind& kind, const wchar_t* path,
+                                           SStoreRect& target) {
+    std::uint32_t width = 1;
+    std::uint32_t height = 1;
+    kind.readSize(path, width, height); // a failure leaves 1 × 1, and the reader meets it again
+    // The map need not be larger than the store, whatever a header claims.
+    const std::uint32_t cutWidth = std::min(width, this->GetWidth());
+    const std::uint32_t cutHeight = std::min(height, this->GetHeight());
+    m_pMap->Resize(static_cast<std::int32_t>(cutWidth), static_cast<std::int32_t>(cutHeight));
+    const Status status = kind.read(*m_pMap, path);
+    target.width = Failed(status) ? width : cutWidth;
+    target.height = Failed(status) ? height : cutHeight;
+    return status;
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::LoadBinary(const SBinaryFileKind& kind, const wchar_t* path,
+                                            std::uint32_t x, std::uint32_t y) {
+    SStoreRect target{x, y};
+    const Status status = StageFile(kind, path, target);
+    return Failed(status) ? status : TakeFromMap(target);
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::LoadOwnBinary(const wchar_t* path, std::uint32_t x,
+                                               std::uint32_t y) {
+    if (Store() == nullptr)
+        return E_POINTER;
+    SStoreRect target{x, y};
+    StageFile(m_ownBinary, path, target); // a failed read leaves the map's defaults
+    return TakeFromMap(target);
+}
+
+template <class Element>
+void CMapCorrectCoef<Element>::LoadMapImage(const wchar_t* path, std::uint32_t x, std::uint32_t y) {
+    ReadRawMapFile(*m_pMap, path);
+    const auto width = std::min<std::uint32_t>(m_pMap->Width(), this->GetWidth());
+    const auto height = std::min<std::uint32_t>(m_pMap->Height(), this->GetHeight());
+    TakeFromMap({x, y, width, height});
+    m_pMap->Reset();
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::LoadRecognised(const ChunkFormatId& magic, const wchar_t* path,
+                                                std::uint32_t x, std::uint32_t y) {
+    if (magic == kRawMapMagic) {
+        LoadMapImage(path, x, y);
+        return S_OK;
+    }
+    if (magic == m_ownBinary.magic)
+        return LoadOwnBinary(path, x, y);
+    if (magic == this->Kind().formatId)
+        return LoadChunkFile(Store(), path, x, y);
+    return E_COEF_BADFORMAT;
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::LoadCoefRect(const wchar_t* path, std::uint32_t x,
+                                              std::uint32_t y) {
+    ChunkFormatId magic{};
+    const Status status = ReadFileMagic(path, magic);
+    return Failed(status) ? status : LoadRecognised(magic, path, x, y);
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::LoadText(const wchar_t* path, std::int32_t x, std::int32_t y,
+                                          std::uint32_t& width, std::uint32_t& height,
+                                          bool diagonalOnly) {
+    if (x < 0 || y < 0)
+        return E_COEF_INVALIDARG;
+    std::uint32_t fileWidth = 0;
+    std::uint32_t fileHeight = 0;
+    if (const Status status = ProbeTextCoefFileSize(path, fileWidth, fileHeight); Failed(status))
+        return status;
+    const std::uint32_t cutWidth = std::min(fileWidth, this->GetWidth());
+    const std::uint32_t cutHeight = std::min(fileHeight, this->GetHeight());
+    m_pMap->Resize(static_cast<std::int32_t>(cutWidth), static_cast<std::int32_t>(cutHeight));
+    if (const Status status = ReadTextCoefFile(*m_pMap, path, 0, 0, width, height, diagonalOnly);
+        Failed(status))
+        return status;
+    return TakeFromMap(
+        {static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y), cutWidth, cutHeight});
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::LoadFromTextA(const wchar_t* path, std::int32_t x, std::int32_t y,
+                                               std::uint32_t& width, std::uint32_t& height) {
+    return LoadText(path, x, y, width, height, /*diagonalOnly=*/false);
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::LoadFromTextB(const wchar_t* path, std::int32_t x, std::int32_t y,
+                                               std::uint32_t& width, std::uint32_t& height) {
+    return LoadText(path, x, y, width, height, /*diagonalOnly=*/true);
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::ImportTable49(const wchar_t* path, SPixelRect& rect, bool clip,
+                                               const bool* mask) {
+    return PlaceFile<S9fCoefKind>(Place9fCoefFile, path, rect, clip, mask);
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::ImportTable50(const wchar_t* path, SPixelRect& rect, bool clip,
+                                               const bool* mask) {
+    return PlaceFile<S3fCoefKind>(Place3fCoefFile, path, rect, clip, mask);
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::ImportTable51(const wchar_t* path, SPixelRect& rect, bool clip,
+                                               const bool* mask) {
+    return PlaceFile<S9bCoefKind>(Place9bCoefFile, path, rect, clip, mask);
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::ImportTable52(const wchar_t* path, SPixelRect& rect, bool clip,
+                                               const bool* mask) {
+    return PlaceFile<S3bCoefKind>(Place3bCoefFile, path, rect, clip, mask);
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::ImportTable53(const wchar_t* path, std::uint32_t x,
+                                               std::uint32_t y) {
+    return LoadBinary(k9fFile, path, x, y);
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::ImportTable54(const wchar_t* path, std::uint32_t x,
+                                               std::uint32_t y) {
+    return LoadBinary(k3fFile, path, x, y);
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::ImportTable55(const wchar_t* path, std::uint32_t x,
+                                               std::uint32_t y) {
+    return LoadBinary(k9bFile, path, x, y);
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::ImportTable56(const wchar_t* path, std::uint32_t x,
+                                               std::uint32_t y) {
+    return LoadBinary(k3bFile, path, x, y);
+}
+
+template <class Element>
+template <class Read>
+Status CMapCorrectCoef<Element>::LoadDiagonal(const SBinaryFileKind& kind, const wchar_t* path,
+                                              Read&& read) {
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    if (const Status status = kind.readSize(path, width, height); Failed(status))
+        return status;
+    SPixelRect rect{0, 0, EdgeInStore(0, width, this->GetWidth()),
+                    EdgeInStore(0, height, this->GetHeight())};
+    return ChangeRect(rect, [&](CChromaCorrectCoef& map, const SPixelRect&) { return read(map); });
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::ImportTable57(const wchar_t* path,
+                                               const SOperationRecord* operation) {
+    return LoadDiagonal(k9fFile, path, [&](CChromaCorrectCoef& map) {
+        return ReadDiagonal9fCoefFile(map, path, operation);
+    });
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::ImportTable58(const wchar_t* path) {
+    return LoadDiagonal(k9bFile, path,
+                        [&](CChromaCorrectCoef& map) { return ReadDiagonal9bCoefFile(map, path); });
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::ImportFromView(const CChromaCorrectCoef* map,
+                                                const SPixelRect& rect) {
+    const auto target = FromEdges(rect);
+    if (map == nullptr || !target)
+        return E_COEF_INVALIDARG;
+    return MapToStore<Element>(*map, 0, 0, Store(), *target);
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::ImportFromWords(std::uint32_t x, std::uint32_t y,
+                                                 std::uint32_t width, std::uint32_t height,
+                                                 const std::uint16_t* words) {
+    SStoreRect rect{x, y, width, height};
+    if (const Status status = CutToStore(Store(), words, rect); Failed(status) || rect.IsEmpty())
+        return status;
+    m_pMap->Resize(static_cast<std::int32_t>(rect.width), static_cast<std::int32_t>(rect.height));
+    if (!m_pMap->HasStorage() || m_pMap->Width() != rect.width)
+        return E_FAIL;
+    const std::uint16_t* next = words;
+    for (std::int32_t row = 0; row < m_pMap->Height(); ++row)
+        for (std::int32_t column = 0; column < m_pMap->Width(); ++column)
+            for (std::size_t k = 0; k < kElementWords<S9WordCoef>; ++k)
+                m_pMap->FindElement(column, row)->m[k] = WordToFloat(*next++);
+    return TakeFromMap(rect);
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::LoadLegacyEx(const wchar_t* path, SPixelRect& rect) {
+    if (rect.left < 0 || rect.top < 0)
+        return E_COEF_INVALIDARG;
+    ChunkFormatId magic{};
+    if (const Status status = ReadFileMagic(path, magic); Failed(status))
+        return status;
+    const SBinaryFileKind* const kind = FindBinaryFile(magic);
+    if (kind == nullptr)
+        return E_COEF_BADFORMAT;
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    if (const Status status = kind->readSize(path, width, height); Failed(status))
+        return status;
+    const Status status = LoadBinary(*kind, path, static_cast<std::uint32_t>(rect.left),
+                                     static_cast<std::uint32_t>(rect.top));
+    if (!Failed(status)) {
+        rect.right = EdgeInStore(rect.left, width, this->GetWidth());
+        rect.bottom = EdgeInStore(rect.top, height, this->GetHeight());
+    }
+    return status;
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::LoadLegacy(const wchar_t* path) {
+    SPixelRect rect;
+    return LoadLegacyEx(path, rect);
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::SaveCoefKind72(const wchar_t* path, const SPixelRect& rect) {
+    return SaveThroughMap([&](const auto& map) { return WriteRegion9fCoefFile(map, path, rect); });
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::SaveCoefKind73(const wchar_t* path, const SPixelRect& rect) {
+    return SaveThroughMap([&](const auto& map) { return WriteRegion3fCoefFile(map, path, rect); });
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::SaveCoefKind74(const wchar_t* path, const SPixelRect& rect) {
+    return SaveThroughMap([&](const auto& map) { return WriteRegion9bCoefFile(map, path, rect); });
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::SaveCoefKind75(const wchar_t* path, const SPixelRect& rect) {
+    return SaveThroughMap([&](const auto& map) { return WriteRegion3bCoefFile(map, path, rect); });
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::SaveLegacy81(const wchar_t* path, const SPixelRect& rect,
+                                              std::uint32_t mode) {
+    return SaveThroughMap(
+        [&](const auto& map) { return WriteTurned9fCoefFile(map, path, rect, mode); });
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::SaveLegacy84(const wchar_t* path, const SPixelRect& rect,
+                                              std::uint32_t mode) {
+    return SaveThroughMap(
+        [&](const auto& map) { return WriteTurned3fCoefFile(map, path, rect, mode); });
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::SaveLegacy85(const wchar_t* path) {
+    return SaveThroughMap([&](const auto& map) { return Write3fCoefFile(map, path, nullptr); });
+}
+
+// ---- sizes ----
+
+template <class Element>
+Status CMapCorrectCoef<Element>::QueryBinarySize(const SBinaryFileKind& kind, const wchar_t* path,
+                                                 std::uint32_t& width, std::uint32_t& height) {
+    std::uint32_t fileWidth = 0;
+    std::uint32_t fileHeight = 0;
+    if (const Status status = kind.readSize(path, fileWidth, fileHeight); Failed(status))
+        return status;
+    width = WithLowWord(width, fileWidth);
+    height = WithLowWord(height, fileHeight);
+    return S_OK;
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::QuerySize(const wchar_t* path,
+                                           std::span<const ChunkFormatId> formats,
+                                           std::uint32_t& width, std::uint32_t& height) {
+    ChunkFormatId magic{};
+    if (const Status status = ReadFileMagic(path, magic); Failed(status))
+        return status;
+    for (const SBinaryFileKind* kind : {&k9fFile, &k3fFile})
+        if (magic == kind->magic)
+            return QueryBinarySize(*kind, path, width, height);
+    SChunkHeader header;
+    if (const Status status = ReadChunkFileHeader(path, formats, header); Failed(status))
+        return status;
+    width = header.width;
+    height = header.height;
+    return S_OK;
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::GetCoefSize89(const wchar_t* path, std::uint32_t& width,
+                                               std::uint32_t& height) {
+    return QueryBinarySize(k9bFile, path, width, height);
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::GetCoefSize90(const wchar_t* path, std::uint32_t& width,
+                                               std::uint32_t& height) {
+    return QueryBinarySize(k3bFile, path, width, height);
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::GetCoefSize91(const wchar_t* path, std::uint32_t& width,
+                                               std::uint32_t& height) {
+    return ProbeTextCoefFileSize(path, width, height);
+}
+
+// ---- streams and views ----
+
+template <class Element>
+Status CMapCorrectCoef<Element>::SaveBlocks105(std::ostream& stream) {
+    return WriteWholeStream(this->Kind(), Store(), stream, this->OwnerFields(nullptr, nullptr));
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::SaveBlocks106(std::ostream& stream, const SPixelRect& rect) {
+    return WriteRectStream(this->Kind(), Store(), stream, rect,
+                           this->OwnerFields(nullptr, nullptr));
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::LoadBlocks107(std::istream& stream, std::uint32_t x,
+                                               std::uint32_t y) {
+    return LoadBlocks108(stream, x, y, 0, 0);
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::LoadBlocks108(std::istream& stream, std::uint32_t x,
+                                               std::uint32_t y, std::uint32_t clipWidth,
+                                               std::uint32_t clipHeight) {
+    return Store() == nullptr ? E_POINTER
+                              : Store()->ReadRectChunks(stream, x, y, clipWidth, clipHeight);
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::LoadBlocks109(std::istream& stream, std::uint32_t x,
+                                               std::uint32_t y, std::uint32_t firstIndex,
+                                               std::uint32_t endIndex) {
+    return Store() == nullptr ? E_POINTER
+                              : Store()->ReadBandChunks(stream, x, y, firstIndex, endIndex);
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::GetStoreInfo(SStoreInfo& info) const {
+    const CCaliBuf* const store = Store();
+    if (store == nullptr)
+        return E_FAIL;
+    info = {.width = store->Width(),
+            .height = store->Height(),
+            .elementBytes = store->ElemSize(),
+            .planeCount = store->PlaneCount(),
+            .blockCount = static_cast<std::uint32_t>(store->UsedBlocks().size()),
+            .bytesInUse = store->BytesInUse(),
+            .sizeLimit = store->SizeLimit(),
+            .maxImageBytes = store->MaxMemoryImageBytes()};
+    return S_OK;
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::CopyRectOut123(std::uint32_t x, std::uint32_t y,
+                                                const SWordTarget& target) const {
+    return this->CopyViewOut(x, y, target);
+}
+
+template class CMapCorrectCoef<S3WordCoef>;
+template class CMapCorrectCoef<S9WordCoef>;
+
+} // namespace trevolt

@@ -1,0 +1,166 @@
+// CMapCorrectCoef: what the brightness and the chroma kind share beyond their word store: a
+// coefficient map through which files of the float, byte and text kinds are loaded and saved.
+#pragma once
+
+#include <algorithm>
+#include <memory>
+#include <span>
+
+#include "coef/MapTransfer.h"
+#include "coef/WordCorrectCoef.h"
+#include "formats/BinaryCoefKind.h"
+#include "formats/ChromaCorrectCoef.h"
+
+namespace trevolt {
+
+/// A binary kind as the objects use it.
+struct SBinaryFileKind {
+    CoefFileMagic magic;
+    Status (*readSize)(const wchar_t* path, std::uint32_t& width, std::uint32_t& height);
+    Status (*read)(CChromaCorrectCoef& map, const wchar_t* path);
+};
+
+extern const SBinaryFileKind k9fFile;
+extern const SBinaryFileKind k3fFile;
+extern const SBinaryFileKind k9bFile;
+extern const SBinaryFileKind k3bFile;
+
+template <class Element>
+class CMapCorrectCoef : public CWordCorrectCoef<Element> {
+  public:
+    using CWordCorrectCoef<Element>::Store;
+
+    Status SetRectFromBytes(std::uint32_t x, std::uint32_t y, std::uint32_t width,
+                            std::uint32_t height, const std::uint8_t* values,
+                            std::uint32_t divisor) override;
+    Status SetRectFromMatrixFloat(std::uint32_t x, std::uint32_t y, std::uint32_t width,
+                                  std::uint32_t height, const float* values) override;
+
+    Status LoadFromTextA(const wchar_t* path, std::int32_t x, std::int32_t y, std::uint32_t& width,
+                         std::uint32_t& height) override;
+    Status LoadFromTextB(const wchar_t* path, std::int32_t x, std::int32_t y, std::uint32_t& width,
+                         std::uint32_t& height) override;
+    Status ImportTable49(const wchar_t* path, SPixelRect& rect, bool clip,
+                         const bool* mask) override;
+    Status ImportTable50(const wchar_t* path, SPixelRect& rect, bool clip,
+                         const bool* mask) override;
+    Status ImportTable51(const wchar_t* path, SPixelRect& rect, bool clip,
+                         const bool* mask) override;
+    Status ImportTable52(const wchar_t* path, SPixelRect& rect, bool clip,
+                         const bool* mask) override;
+    Status ImportTable53(const wchar_t* path, std::uint32_t x, std::uint32_t y) override;
+    Status ImportTable54(const wchar_t* path, std::uint32_t x, std::uint32_t y) override;
+    Status ImportTable55(const wchar_t* path, std::uint32_t x, std::uint32_t y) override;
+    Status ImportTable56(const wchar_t* path, std::uint32_t x, std::uint32_t y) override;
+    Status ImportTable57(const wchar_t* path, const SOperationRecord* operation) override;
+    Status ImportTable58(const wchar_t* path) override;
+    Status ImportFromView(const CChromaCorrectCoef* map, const SPixelRect& rect) override;
+    Status ImportFromWords(std::uint32_t x, std::uint32_t y, std::uint32_t width,
+                           std::uint32_t height, const std::uint16_t* words) override;
+
+    Status LoadCoefRect(const wchar_t* path, std::uint32_t x, std::uint32_t y) override;
+
+    Status SaveCoefKind72(const wchar_t* path, const SPixelRect& rect) override;
+    Status SaveCoefKind73(const wchar_t* path, const SPixelRect& rect) override;
+    Status SaveCoefKind74(const wchar_t* path, const SPixelRect& rect) override;
+    Status SaveCoefKind75(const wchar_t* path, const SPixelRect& rect) override;
+    Status LoadLegacyEx(const wchar_t* path, SPixelRect& rect) override;
+    Status LoadLegacy(const wchar_t* path) override;
+    Status SaveLegacy81(const wchar_t* path, const SPixelRect& rect, std::uint32_t mode) override;
+    Status SaveLegacy84(const wchar_t* path, const SPixelRect& rect, std::uint32_t mode) override;
+    Status SaveLegacy85(const wchar_t* path) override;
+
+    Status GetCoefSize89(const wchar_t* path, std::uint32_t& width, std::uint32_t& height) override;
+    Status GetCoefSize90(const wchar_t* path, std::uint32_t& width, std::uint32_t& height) override;
+    Status GetCoefSize91(const wchar_t* path, std::uint32_t& width, std::uint32_t& height) override;
+
+    Status SaveBlocks105(std::ostream& stream) override;
+    Status SaveBlocks106(std::ostream& stream, const SPixelRect& rect) override;
+    Status LoadBlocks107(std::istream& stream, std::uint32_t x, std::uint32_t y) override;
+    Status LoadBlocks108(std::istream& stream, std::uint32_t x, std::uint32_t y,
+                         std::uint32_t clipWidth, std::uint32_t clipHeight) override;
+    Status LoadBlocks109(std::istream& stream, std::uint32_t x, std::uint32_t y,
+                         std::uint32_t firstIndex, std::uint32_t endIndex) override;
+
+    Status GetStoreInfo(SStoreInfo& info) const override;
+    Status CopyRectOut123(std::uint32_t x, std::uint32_t y,
+                          const SWordTarget& target) const override;
+
+  protected:
+    /// `ownBinary` is the float kind that the object loads as its own.
+    explicit CMapCorrectCoef(const SBinaryFileKind& ownBinary);
+
+    /// Loads the file that opens with `magic`: a word file of the kind, its own float kind, or a
+    /// map image. E_COEF_BADFORMAT for any other.
+    Status LoadRecognised(const ChunkFormatId& magic, const wchar_t* path, std::uint32_t x,
+                          std::uint32_t y);
+
+    /// The size of a file in one of the word formats, or of a `.9fcoef` or `.3fcoef` file.
+    static Status QuerySize(const wchar_t* path, std::span<const ChunkFormatId> formats,
+                            std::uint32_t& width, std::uint32_t& height);
+    /// The size of a file of one binary kind: it replaces the low 16 bits of the outputs.
+    static Status QueryBinarySize(const SBinaryFileKind& kind, const wchar_t* path,
+                                  std::uint32_t& width, std::uint32_t& height);
+
+    /// Lets change(map, rect) work on the store's pixels in the map, then takes the rectangle's back
+    /// and hands the rectangle to the caller.
+    template <class Change>
+    Status ChangeRect(SPixelRect& rect, Change&& change) {
+        SPixelRect changed = rect;
+        const Status status = ChangeThroughMap<Element>(Store(), *m_pMap, changed,
+                                                        [&] { return change(*m_pMap, changed); });
+        if (!Failed(status)) {
+            rect = changed;
+            m_pMap->Reset();
+        }
+        return status;
+    }
+
+    /// Lets write(map) save the store's pixels from the map.
+    template <class Write>
+    Status SaveThroughMap(Write&& write) {
+        Status status = StoreToMap<Element>(Store(), *m_pMap);
+        if (!Failed(status))
+            status = write(std::as_const(*m_pMap));
+        if (!Failed(status))
+            m_pMap->Reset();
+        return status;
+    }
+
+    /// Places a file by one of the placed readers, with `mask` (null for all entries).
+    template <class Kind>
+    Status PlaceFile(Status (*place)(CChromaCorrectCoef&, const wchar_t*, SPixelRect&, bool,
+                                     const typename Kind::EntryMask&),
+                     const wchar_t* path, SPixelRect& rect, bool clip, const bool* mask) {
+        auto entries = Kind::AllEntries();
+        if (mask != nullptr)
+            std::copy_n(mask, entries.size(), entries.begin());
+        return ChangeRect(rect, [&](CChromaCorrectCoef& map, SPixelRect& placed) {
+            return place(map, path, placed, clip, entries);
+        });
+    }
+
+  private:
+    Status LoadText(const wchar_t* path, std::int32_t x, std::int32_t y, std::uint32_t& width,
+                    std::uint32_t& height, bool diagonalOnly);
+    template <class Read>
+    Status LoadDiagonal(const SBinaryFileKind& kind, const wchar_t* path, Read&& read);
+    /// Reads a binary file into the map; `target` gets the file's size, and once that is read no
+    /// more than the store's.
+    Status StageFile(const SBinaryFileKind& kind, const wchar_t* path, SStoreRect& target);
+    Status LoadBinary(const SBinaryFileKind& kind, const wchar_t* path, std::uint32_t x,
+                      std::uint32_t y);
+    /// As above, but the result is the conversion's status, also after a failed read.
+    Status LoadOwnBinary(const wchar_t* path, std::uint32_t x, std::uint32_t y);
+    void LoadMapImage(const wchar_t* path, std::uint32_t x, std::uint32_t y);
+    /// Takes map pixels from (0, 0) on into the store; the map is emptied after a success.
+    Status TakeFromMap(const SStoreRect& target);
+
+    std::unique_ptr<CChromaCorrectCoef> m_pMap;
+    const SBinaryFileKind& m_ownBinary;
+};
+
+extern template class CMapCorrectCoef<S3WordCoef>;
+extern template class CMapCorrectCoef<S9WordCoef>;
+
+} // namespace trevolt

@@ -1,0 +1,100 @@
+#include "coef/MapTransfer.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <limits>
+#include <type_traits>
+
+#include "coef/WordKind.h"
+#include "common/FixedPoint.h"
+
+namespace trevolt {
+namespace {
+
+/// Words that one map element becomes. The matrix kind writes more than an element has.
+template <class Element>
+constexpr std::size_t kConvertedWords =
+    std::is_same_v<Element, S9WordCoef> ? kMaxWords : std::tuple_size_v<decltype(Element::w)>;
+
+template <class Element>
+std::array<std::uint16_t, kConvertedWords<Element>> ConvertElement(const SMatrixCoef& source) {
+    std::array<std::uint16_t, kConvertedWords<Element>> words;
+    for (std::size_t k = 0; k < words.size(); ++k)
+        words[k] = TruncateToWord(source.m[kWordKind<Element>.mapValues[k]]);
+    return words;
+}
+
+/// Writes the words from element `place` of a block on, up to the block's end.
+template <class Element>
+void PutWords(Element* block, std::size_t place,
+              const std::array<std::uint16_t, kConvertedWords<Element>>& words) {
+    const std::size_t bytes =
+        std::min(sizeof words, (std::size_t{kBlockElements} - place) * sizeof(Element));
+    std::memcpy(reinterpret_cast<std::byte*>(block) + place * sizeof(Element), words.data(), bytes);
+}
+
+template <class Element>
+void PutElement(const Element& element, SMatrixCoef& target) {
+    for (std::size_t k = 0; k < element.w.size(); ++k)
+        target.m[kWordKind<Element>.mapValues[k]] = WordToFloat(element.w[k]);
+}
+
+} // namespace
+
+template <class Element>
+Status MapToStore(const CChromaCorrectCoef& map, std::int32_t mapX, std::int32_t mapY,
+                  CCaliBuf* store, SStoreRect rect) {
+    if (const Status status = CutToStore(store, &map, rect); Failed(status))
+        return status;
+    ForEachBlockPiece(rect, [&](const SBlockPiece& piece) {
+        auto* const block = BlockElements<Element>(*store, piece.block);
+        if (block == nullptr)
+            return;
+        const auto left = mapX + static_cast<std::int32_t>(piece.bufferX);
+        const auto top = mapY + static_cast<std::int32_t>(piece.bufferY);
+        for (std::uint32_t x = 0; x < piece.width; ++x)
+            for (std::uint32_t y = 0; y < piece.height; ++y)
+                PutWords<Element>(
+                    block, std::size_t{piece.startY + y} * kBlockWidth + piece.startX + x,
+                    ConvertElement<Element>(map.ElementOrDefault(
+                        left + static_cast<std::int32_t>(x), top + static_cast<std::int32_t>(y))));
+    });
+    return S_OK;
+}
+
+template <class Element>
+Status StoreToMap(const CCaliBuf* store, CChromaCorrectCoef& map) {
+    constexpr std::uint32_t kLargest = std::numeric_limits<std::uint16_t>::max();
+    if (store == nullptr || store->Width() > kLargest || store->Height() > kLargest)
+        return E_FAIL;
+    map.Resize(static_cast<std::int32_t>(store->Width()),
+               static_cast<std::int32_t>(store->Height()));
+    if (map.IsEmpty())
+        return S_OK;
+    if (!map.HasStorage())
+        return E_FAIL;
+    ForEachElementRun<Element>(
+        *store, {0, 0, store->Width(), store->Height()},
+        [&](const Element* run, std::uint32_t count, std::uint64_t x, std::uint64_t y) {
+            for (std::uint32_t i = 0; i < count; ++i)
+                PutElement(run[i], *map.FindElement(static_cast<std::int32_t>(x + i),
+                                                    static_cast<std::int32_t>(y)));
+        });
+    return S_OK;
+}
+
+template Status MapToStore<S3WordCoef>(const CChromaCorrectCoef&, std::int32_t, std::int32_t,
+                                       CCaliBuf*, SStoreRect);
+template Status MapToStore<S4WordCoef>(const CChromaCorrectCoef&, std::int32_t, std::int32_t,
+                                       CCaliBuf*, SStoreRect);
+template Status MapToStore<S9WordCoef>(const CChromaCorrectCoef&, std::int32_t, std::int32_t,
+                                       CCaliBuf*, SStoreRect);
+template Status MapToStore<S12WordCoef>(const CChromaCorrectCoef&, std::int32_t, std::int32_t,
+                                        CCaliBuf*, SStoreRect);
+template Status StoreToMap<S3WordCoef>(const CCaliBuf*, CChromaCorrectCoef&);
+template Status StoreToMap<S4WordCoef>(const CCaliBuf*, CChromaCorrectCoef&);
+template Status StoreToMap<S9WordCoef>(const CCaliBuf*, CChromaCorrectCoef&);
+template Status StoreToMap<S12WordCoef>(const CCaliBuf*, CChromaCorrectCoef&);
+
+} // namespace trevolt

@@ -1,0 +1,45 @@
+// A turned copy of a rectangle of a store.
+#pragma once
+
+#include <cstdint>
+
+#include "calibuf/CaliOperation.h"
+#include "coef/StoreRect.h"
+#include "common/PixelRect.h"
+#include "common/QuarterTurn.h"
+#include "common/StatusCodes.h"
+
+namespace trevolt {
+
+/// Sizes `target` to the turned rectangle and copies the rectangle's pixels into it, each where
+/// `mode` puts it; missing pixels become the default. E_COEF_INVALIDARG for a store without a size,
+/// an empty rectangle or one with negative edges, or a mode that is no turn; E_FAIL when the target
+/// gets no memory.
+template <class Element>
+Status CopyTurned(const CCaliBuf& store, const SPixelRect& rect, std::uint32_t mode,
+                  CCaliBuf& target) {
+    if (store.Width() == 0 || store.Height() == 0 || rect.left < 0 || rect.top < 0 ||
+        rect.Width() < 1 || rect.Height() < 1 || !CQuarterTurn::IsKnown(mode))
+        return E_COEF_INVALIDARG;
+    const CQuarterTurn turn(mode, rect.Width(), rect.Height());
+    const PixelSize size = turn.TurnedSize();
+    if (Failed(target.Allocate(static_cast<std::uint32_t>(size.width),
+                               static_cast<std::uint32_t>(size.height))))
+        return E_FAIL;
+    const SStoreRect source{
+        static_cast<std::uint64_t>(rect.left), static_cast<std::uint64_t>(rect.top),
+        static_cast<std::uint64_t>(rect.Width()), static_cast<std::uint64_t>(rect.Height())};
+    ForEachElementRun<Element>(
+        store, source,
+        [&](const Element* run, std::uint32_t count, std::uint64_t left, std::uint64_t y) {
+            for (std::uint32_t i = 0; i < count; ++i) {
+                const PixelPosition to =
+                    turn.Turned(static_cast<std::int64_t>(left) + i, static_cast<std::int64_t>(y));
+                *reinterpret_cast<Element*>(target.FindElement(
+                    static_cast<std::uint32_t>(to.x), static_cast<std::uint32_t>(to.y))) = run[i];
+            }
+        });
+    return S_OK;
+}
+
+} // namespace trevolt

@@ -1,0 +1,30 @@
+// CVirtualGreenCorrectCoef: what the two virtual-green kinds share beyond their word store. Their
+// word files carry the object's file-kind value in header byte 67, and only files with the same
+// value are taken.
+#pragma once
+
+#include "coef/WordCorrectCoef.h"
+
+namespace trevolt {
+
+template <class Element>
+class CVirtualGreenCorrectCoef : public CWordCorrectCoef<Element> {
+  public:
+    /// The table for channel writes with an index from 1 to 56; it stays the caller's and must
+    /// outlive its use. Null for none.
+    void SetTransferTable(CCaliOperationData* table) { this->UseTransferTable(table); }
+
+    Status LoadCoefRect(const wchar_t* path, std::uint32_t x, std::uint32_t y) override;
+
+  protected:
+    /// The size of a word file of the kind and of the object's file-kind value.
+    Status QueryOwnSize(const wchar_t* path, std::uint32_t& width, std::uint32_t& height) const;
+    /// Owner data of a word file of the kind, whatever its file-kind value.
+    static Status ReadOwnInfo(const wchar_t* path, std::byte* name, std::uint32_t capacity,
+                              std::uint8_t& flag);
+};
+
+extern template class CVirtualGreenCorrectCoef<S4WordCoef>;
+extern template class CVirtualGreenCorrectCoef<S12WordCoef>;
+
+} // namespace trevolt

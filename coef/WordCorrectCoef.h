@@ -1,0 +1,149 @@
+// CWordCorrectCoef: what every coefficient object does with its word store, whatever its element:
+// store, channels, floats, word files out, turned copies, images. The kinds add what is their own.
+#pragma once
+
+#include <memory>
+#include <type_traits>
+#include <utility>
+
+#include "calibuf/CaliOperation.h"
+#include "coef/CaliOperationData.h"
+#include "coef/ChunkFile.h"
+#include "coef/DefaultAnswers.h"
+#include "coef/StoreTransfer.h"
+#include "coef/WordKind.h"
+
+namespace trevolt {
+
+template <class Element>
+class CWordCorrectCoef : public CDefaultAnswers {
+  public:
+    CWordCorrectCoef();
+    ~CWordCorrectCoef() override;
+
+    // ---- access for those who know the kind ----
+
+    /// The store, null without one; owned by the object.
+    CCaliBuf* Store() { return m_pStore ? &m_pStore->Buffer() : nullptr; }
+    const CCaliBuf* Store() const { return m_pStore ? &m_pStore->Buffer() : nullptr; }
+    /// The store's owner, null without one; owned by the object.
+    CCaliOperation<Element>* StoreOwner() { return m_pStore.get(); }
+    const CCaliOperation<Element>* StoreOwner() const { return m_pStore.get(); }
+    /// Replaces the store; null leaves the object without one.
+    void SetStoreOwner(std::unique_ptr<CCaliOperation<Element>> owner) {
+        m_pStore = std::move(owner);
+    }
+
+    /// A pixel's element, null when it is missing.
+    Element* FindPixel(std::uint32_t x, std::uint32_t y) {
+        return m_pStore ? m_pStore->Find(x, y) : nullptr;
+    }
+    const Element* FindPixel(std::uint32_t x, std::uint32_t y) const {
+        return m_pStore ? std::as_const(*m_pStore).Find(x, y) : nullptr;
+    }
+
+    /// The table that channel writes with an index from 1 to 56 read, null without one.
+    const CCaliOperationData* TransferTable() const { return m_pTransferTable; }
+
+    // ---- operations of the interface ----
+
+    Status Create(std::uint16_t width, std::uint16_t height) override;
+    std::uint32_t GetWidth() const override;
+    std::uint32_t GetHeight() const override;
+    std::uint32_t GetRectBlockCount(const SPixelRect& rect) const override;
+    std::uint32_t GetBlockListSize() const override;
+    Status SetBufferMode(bool unlimited) override;
+
+    bool FillRectChannel(std::int32_t channel, std::uint32_t x, std::uint32_t y,
+                         std::uint32_t width, std::uint32_t height, float value,
+                         std::uint32_t tableIndex) override;
+    bool SetPixelChannel(std::int32_t channel, std::uint32_t x, std::uint32_t y, float value,
+                         std::uint32_t tableIndex) override;
+    Status GetRectFloatEx(std::int32_t channel, SPixelRect& region, float* values) const override;
+    Status SetRectChannelFloat(std::int32_t channel, std::uint32_t x, std::uint32_t y,
+                               std::uint32_t width, std::uint32_t height,
+                               const float* values) override;
+    Status GetRectChannelFloat(std::int32_t channel, std::uint32_t x, std::uint32_t y,
+                               std::uint32_t width, std::uint32_t height,
+                               float* values) const override;
+    Status GetRectChannelFloat98(std::int32_t channel, std::uint32_t x, std::uint32_t y,
+                                 std::uint32_t width, std::uint32_t height, float* values,
+                                 std::uint32_t pitch) const override;
+    float GetPixelChannelFloat(std::int32_t channel, std::uint32_t x,
+                               std::uint32_t y) const override;
+
+    Status ExportCoefEx(const wchar_t* path, const SPixelRect& band, const SPixelRect& whole,
+                        std::uint64_t& directoryPosition, std::uint64_t& dataPosition,
+                        std::uint32_t bandOffset, const std::byte* name,
+                        const std::uint8_t* flag) override;
+    Status ExportCoef(const wchar_t* path, const SPixelRect& rect, const std::byte* name,
+                      const std::uint8_t* flag) override;
+    Status ExportCoefDefault(const wchar_t* path) override;
+
+    Status LoadCoefEx(const wchar_t* path, SPixelRect& rect) override;
+    Status LoadCoef(const wchar_t* path) override;
+    Status LoadLegacy80(const wchar_t* path) override;
+    Status SaveLegacy86(const wchar_t* path) override;
+
+    Status GetStoreDigest(std::wstring& text) const override;
+    Status LoadStoreImage(const std::byte* image, std::size_t length) override;
+    Status SaveStoreImage(std::byte* destination, std::uint32_t originX, std::uint32_t originY,
+                          std::uint64_t* imageBytes) const override;
+
+    /// Writes the rectangle as a word file with the kind's identifier (slot 45 without its choice
+    /// by extension). E_POINTER for a null path or without a store; the kind's answer when the file does not open;
+    /// else S_OK, whatever became of the chunks.
+    Status WriteChunkFile(const wchar_t* path, const SPixelRect& rect, const std::byte* name,
+                          const std::uint8_t* flag) const;
+
+  protected:
+    static constexpr const SWordKind& Kind() { return kWordKind<Element>; }
+
+    void UseTransferTable(CCaliOperationData* table) { m_pTransferTable = table; }
+
+    SOwnerFields OwnerFields(const std::byte* name, const std::uint8_t* flag) const {
+        return {Kind().hasFileKind ? static_cast<std::uint8_t>(FileKind()) : std::uint8_t{0}, name,
+                flag};
+    }
+
+    Element PixelOrDefault(std::uint32_t x, std::uint32_t y) const {
+        const Element* pixel = FindPixel(x, y);
+        return pixel == nullptr ? Element{} : *pixel;
+    }
+
+    Status SetPixel(std::uint32_t x, std::uint32_t y, const Element& words) {
+        Element* pixel = FindPixel(x, y);
+        if (pixel == nullptr)
+            return E_FAIL;
+        *pixel = words;
+        return S_OK;
+    }
+
+    /// Words given by the rectangle's edges. E_COEF_INVALIDARG when left or top is negative.
+    Status SetEdgedRect(const SPixelRect& rect, const std::uint16_t* words);
+
+    // The view transfers of slots 119, 120 and 123.
+    Status CopyViewIn(const SWordView& view, std::uint32_t x, std::uint32_t y);
+    Status CopyViewOut(std::uint32_t x, std::uint32_t y, const SWordTarget& target) const;
+
+    // The turned writers of slots 59 to 66.
+    Status SaveTurnedBand(const wchar_t* path, const SPixelRect& rect, std::uint32_t mode,
+                          const SBandPlace& place, const SOwnerFields& owner) const;
+    Status SaveTurnedFile(const wchar_t* path, const SPixelRect& rect, std::uint32_t mode,
+                          const SOwnerFields& owner) const;
+
+  private:
+    /// Makes the turned copy; the statuses of slot 59 before the file is touched.
+    Status MakeTurnedCopy(const wchar_t* path, const SPixelRect& rect, std::uint32_t mode,
+                          CCaliOperation<Element>& copy) const;
+
+    std::unique_ptr<CCaliOperation<Element>> m_pStore;
+    CCaliOperationData* m_pTransferTable = nullptr; ///< not owned
+};
+
+extern template class CWordCorrectCoef<S3WordCoef>;
+extern template class CWordCorrectCoef<S4WordCoef>;
+extern template class CWordCorrectCoef<S9WordCoef>;
+extern template class CWordCorrectCoef<S12WordCoef>;
+
+} // namespace trevolt

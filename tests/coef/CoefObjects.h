@@ -1,0 +1,111 @@
+// What the tests of the coefficient objects share: the four kinds as types, stores with content,
+// and the words of a pixel whatever the kind.
+#pragma once
+
+#include <cstdint>
+#include <random>
+#include <string>
+#include <type_traits>
+
+#include <gtest/gtest.h>
+
+#include "coef/CNewBrightCorrectCoef.h"
+#include "coef/CNewChromaCorrectCoef.h"
+#include "coef/ColorCorrectCoefSlots.h"
+#include "coef/VirtualGreenBrightCorrectCoef.h"
+#include "coef/VirtualGreenChromaCorrectCoef.h"
+
+namespace trevolt::test {
+
+template <class Object>
+struct KindOf;
+template <>
+struct KindOf<CCNewBrightCorrectCoef> {
+    using Element = S3WordCoef;
+    static constexpr CoefKinds kKind = kBright;
+};
+template <>
+struct KindOf<CCNewChromaCorrectCoef> {
+    using Element = S9WordCoef;
+    static constexpr CoefKinds kKind = kChroma;
+};
+template <>
+struct KindOf<CVirtualGreenBrightCorrectCoef> {
+    using Element = S4WordCoef;
+    static constexpr CoefKinds kKind = kGreenBright;
+};
+template <>
+struct KindOf<CVirtualGreenChromaCorrectCoef> {
+    using Element = S12WordCoef;
+    static constexpr CoefKinds kKind = kGreenChroma;
+};
+
+using AllKinds = ::testing::Types<CCNewBrightCorrectCoef, CCNewChromaCorrectCoef,
+                                  CVirtualGreenBrightCorrectCoef, CVirtualGreenChromaCorrectCoef>;
+
+template <class Object>
+using ElementOf = typename KindOf<Object>::Element;
+
+template <class Object>
+constexpr std::size_t kWordsOf = ElementOf<Object>{}.w.size();
+
+/// The word that pixel (x, y) gets from `FillWithPattern`.
+constexpr std::uint16_t PatternWord(std::uint32_t x, std::uint32_t y, std::size_t k) {
+    return static_cast<std::uint16_t>(x * 193U + y * 7919U + k * 4111U + 5U);
+}
+
+template <class Element>
+Element PatternElement(std::uint32_t x, std::uint32_t y) {
+    Element element;
+    for (std::size_t k = 0; k < element.w.size(); ++k)
+        element.w[k] = PatternWord(x, y, k);
+    return element;
+}
+
+/// Gives every pixel of the object's store, and of the chroma kind's second one, words of its own.
+template <class Object>
+void FillWithPattern(Object& object) {
+    for (std::uint32_t y = 0; y < object.GetHeight(); ++y)
+        for (std::uint32_t x = 0; x < object.GetWidth(); ++x) {
+            if (auto* pixel = object.FindPixel(x, y))
+                *pixel = PatternElement<ElementOf<Object>>(x, y);
+            if constexpr (std::is_same_v<Object, CCNewChromaCorrectCoef>)
+                if (auto* extra = object.FindExtraWord(x, y))
+                    extra->w[0] = PatternWord(x, y, 9);
+        }
+}
+
+/// An object with a pattern of this size.
+template <class Object>
+void CreateWithPattern(Object& object, std::uint16_t width, std::uint16_t height) {
+    ASSERT_EQ(object.Create(width, height), S_OK);
+    FillWithPattern(object);
+}
+
+template <class Object>
+std::wstring DigestOf(const Object& object) {
+    std::wstring digest;
+    EXPECT_EQ(object.GetStoreDigest(digest), S_OK);
+    return digest;
+}
+
+/// Words of a pixel, the default element's for a missing one.
+template <class Object>
+auto WordsAt(const Object& object, std::uint32_t x, std::uint32_t y) {
+    const auto* pixel = object.FindPixel(x, y);
+    return pixel == nullptr ? ElementOf<Object>{}.w : pixel->w;
+}
+
+/// Whether both stores have the same size and the same words in every pixel.
+template <class Object>
+::testing::AssertionResult SamePixels(const Object& a, const Object& b) {
+    if (a.GetWidth() != b.GetWidth() || a.GetHeight() != b.GetHeight())
+        return ::testing::AssertionFailure() << "sizes differ";
+    for (std::uint32_t y = 0; y < a.GetHeight(); ++y)
+        for (std::uint32_t x = 0; x < a.GetWidth(); ++x)
+            if (WordsAt(a, x, y) != WordsAt(b, x, y))
+                return ::testing::AssertionFailure() << "pixel " << x << ", " << y << " differs";
+    return ::testing::AssertionSuccess();
+}
+
+} // namespace trevolt::test
