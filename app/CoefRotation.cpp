@@ -35,6 +35,8 @@ void TurnMap(const CChromaCorrectCoef& source, std::int32_t width, std::int32_t 
     const PixelSize turned = turn.TurnedSize();
     target.ResizeForOverwrite(static_cast<std::int32_t>(turned.width),
                               static_cast<std::int32_t>(turned.height));
+    if (!target.ColourGrid().HasStorage())
+        return;
     for (std::int64_t top = 0; top < height; top += kTile)
         for (std::int64_t left = 0; left < width; left += kTile)
             TurnTile(source, turn, TileAt(left, top, width, height), target);

@@ -44,7 +44,7 @@ Status WriteDemoWall(const std::wstring& folder) {
                 map.SetElement(x, y, DemoPixel(x, y, cabinet));
         const std::wstring name = fmt::format(L"Cab_{:02}{}", cabinet, kind.extension);
         const Status status = kind.save(map, (WithSeparator(folder) + name).c_str());
-        if (Failed(status) && status != E_COEF_NOTIMPL)
+        if (Failed(status))
             return status;
     }
     return S_OK;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "app/WordCoefBridge.h"
 #include "formats/BinaryCoefFile.h"
 #include "formats/TextCoefFile.h"
 
@@ -27,24 +28,48 @@ Status ReadTextSize(const wchar_t* path, std::uint32_t& width, std::uint32_t& he
     return ProbeTextCoefFileSize(path, width, height);
 }
 
-Status LoadNotOffered(CChromaCorrectCoef&, const wchar_t*) { return E_COEF_NOTIMPL; }
-Status SaveNotOffered(const CChromaCorrectCoef&, const wchar_t*) { return E_COEF_NOTIMPL; }
-Status SizeNotOffered(const wchar_t*, std::uint32_t&, std::uint32_t&) { return E_COEF_NOTIMPL; }
+template <EWordKind Kind>
+Status LoadWord(CChromaCorrectCoef& map, const wchar_t* path) {
+    return LoadWordCoefFile(Kind, map, path);
+}
+
+/// The virtual-green kinds are placed in the map's own region, which begins at its left top.
+template <EWordKind Kind>
+Status LoadWordInRegion(CChromaCorrectCoef& map, const wchar_t* path) {
+    return LoadWordCoefFile(Kind, map, path, {0, 0, map.Width(), map.Height()});
+}
+
+template <EWordKind Kind>
+Status SaveWord(const CChromaCorrectCoef& map, const wchar_t* path) {
+    return SaveWordCoefFile(Kind, map, path);
+}
+
+template <EWordKind Kind>
+Status ReadWordSize(const wchar_t* path, std::uint32_t& width, std::uint32_t& height) {
+    return ReadWordCoefSize(Kind, path, width, height);
+}
 
 constexpr std::array kFileKinds{
     SFileKind{L".9fcoef", 1, Read9fCoefFile, WriteWithoutPreparedGrid<Write9fCoefFile>,
-              Read9fCoefSize},
+              Read9fCoefSize, nullptr},
     SFileKind{L".9bcoef", 2, Read9bCoefFile, WriteWithoutPreparedGrid<Write9bCoefFile>,
-              Read9bCoefSize},
-    SFileKind{L".9wcoef", 3, LoadNotOffered, SaveNotOffered, SizeNotOffered},
-    SFileKind{L".3wcoef", 5, LoadNotOffered, SaveNotOffered, SizeNotOffered},
+              Read9bCoefSize, nullptr},
+    SFileKind{L".9wcoef", 3, LoadWord<EWordKind::Chroma>, SaveWord<EWordKind::Chroma>,
+              ReadWordSize<EWordKind::Chroma>, DescribeWordFileLosses},
+    SFileKind{L".3wcoef", 5, LoadWord<EWordKind::Brightness>, SaveWord<EWordKind::Brightness>,
+              ReadWordSize<EWordKind::Brightness>, DescribeWordFileLosses},
     SFileKind{L".3fcoef", 7, Read3fCoefFile, WriteWithoutPreparedGrid<Write3fCoefFile>,
-              Read3fCoefSize},
+              Read3fCoefSize, nullptr},
     SFileKind{L".3bcoef", 8, Read3bCoefFile, WriteWithoutPreparedGrid<Write3bCoefFile>,
-              Read3bCoefSize},
-    SFileKind{L".cccoef", 9, LoadText, WriteWithoutPreparedGrid<WriteTextCoefFile>, ReadTextSize},
-    SFileKind{L".4wcoef", 6, LoadNotOffered, SaveNotOffered, SizeNotOffered},
-    SFileKind{L".12wcoef", 4, LoadNotOffered, SaveNotOffered, SizeNotOffered},
+              Read3bCoefSize, nullptr},
+    SFileKind{L".cccoef", 9, LoadText, WriteWithoutPreparedGrid<WriteTextCoefFile>, ReadTextSize,
+              nullptr},
+    SFileKind{L".4wcoef", 6, LoadWordInRegion<EWordKind::VirtualGreenBrightness>,
+              SaveWord<EWordKind::VirtualGreenBrightness>,
+              ReadWordSize<EWordKind::VirtualGreenBrightness>, DescribeWordFileLosses},
+    SFileKind{L".12wcoef", 4, LoadWordInRegion<EWordKind::VirtualGreenChroma>,
+              SaveWord<EWordKind::VirtualGreenChroma>, ReadWordSize<EWordKind::VirtualGreenChroma>,
+              DescribeWordFileLosses},
 };
 
 bool Occurs(const SFileKind& kind, std::wstring_view lowered) {

@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "common/StatusCodes.h"
 #include "formats/ChromaCorrectCoef.h"
@@ -24,6 +25,8 @@ struct SFileKind {
     Status (*save)(const CChromaCorrectCoef& map, const wchar_t* path);
     /// A file's size in pixels; a negative status is failure.
     Status (*readSize)(const wchar_t* path, std::uint32_t& width, std::uint32_t& height);
+    /// What a file holds and a map cannot, in plain words; null where a map holds everything.
+    std::vector<std::string> (*describeLosses)(const wchar_t* path);
 };
 
 /// All nine kinds, in the load's order.

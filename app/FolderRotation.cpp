@@ -61,7 +61,8 @@ class CFileRotation {
           m_name(name),
           m_number(number),
           m_path(WithSeparator(request.sourceFolder) + name),
-          m_lowered(ToLowerAscii(name)) {}
+          m_lowered(ToLowerAscii(name)),
+          m_loadKind(*FindLoadKind(m_lowered)) {}
 
     SFileOutcome Run() {
         m_outcome.name = WideToShownUtf8(m_name);
@@ -98,23 +99,20 @@ class CFileRotation {
     }
 
     bool FindSize() {
-        if (m_request.size) {
-            m_outcome.size = *m_request.size;
-            return true;
-        }
         std::uint32_t width = 0;
         std::uint32_t height = 0;
-        const Status status = FindLoadKind(m_lowered)->readSize(m_path.c_str(), width, height);
-        if (Failed(status)) {
+        const Status status = m_loadKind.readSize(m_path.c_str(), width, height);
+        if (!Failed(status) && !IsMapSize({width, height})) {
+            Fail(fmt::format("its size {} x {} is above {} in one direction", width, height,
+                             kLargestMapSide));
+            return false;
+        }
+        if (!m_request.size && Failed(status)) {
             Fail(fmt::format("cannot be read: {}", DescribeStatus(status)));
             return false;
         }
-        m_outcome.size = {width, height};
-        if (IsMapSize(m_outcome.size))
-            return true;
-        Fail(fmt::format("its size {} x {} is above {} in one direction", width, height,
-                         kLargestMapSide));
-        return false;
+        m_outcome.size = m_request.size.value_or(PixelSize{width, height});
+        return true;
     }
 
     bool Load(CChromaCorrectCoef& source) {
@@ -126,7 +124,7 @@ class CFileRotation {
             return false;
         }
         const CTransferReport report;
-        const Status status = FindLoadKind(m_lowered)->load(source, m_path.c_str());
+        const Status status = m_loadKind.load(source, m_path.c_str());
         if (Failed(status))
             Fail(fmt::format("cannot be read: {}", DescribeStatus(status)));
         else if (report.WasMemoryRefused())
@@ -151,7 +149,13 @@ class CFileRotation {
         else if (!m_interrupted && !output.Keep())
             Fail("cannot be given its final name in the target folder");
         else if (!m_interrupted)
-            m_outcome.outputName = WideToShownUtf8(outputName);
+            NoteWritten(outputName);
+    }
+
+    void NoteWritten(const std::wstring& outputName) {
+        m_outcome.outputName = WideToShownUtf8(outputName);
+        if (m_loadKind.describeLosses != nullptr)
+            m_outcome.losses = m_loadKind.describeLosses(m_path.c_str());
     }
 
     void Fail(std::string problem) { m_outcome.problems.push_back(std::move(problem)); }
@@ -162,6 +166,7 @@ class CFileRotation {
     std::size_t m_number;
     std::wstring m_path;
     std::wstring m_lowered;
+    const SFileKind& m_loadKind;
     SFileOutcome m_outcome;
 };
 

@@ -38,7 +38,8 @@ struct SFileOutcome {
     PixelSize size;                    ///< before the turn, 0 × 0 when not known
     PixelSize turnedSize;              ///< after it
     std::vector<std::string> problems; ///< what went wrong, in plain words; none: all went well
-    bool interrupted = false;          ///< given up because the run was interrupted
+    std::vector<std::string> losses; ///< what the written file lacks of the source, in plain words
+    bool interrupted = false;        ///< given up because the run was interrupted
 
     bool HasFailed() const { return !problems.empty(); }
 };

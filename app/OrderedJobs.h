@@ -13,7 +13,7 @@
 
 namespace trevolt {
 
-/// Calls `work(i)` for every i below `count`, on up to `jobs` threads at once, and
+/// Calls `work(i)` for every i below `count`, on up to `jobs` threads at once but at least one, and
 /// `deliver(result)` on the calling thread in the order of i, each as soon as it and those before
 /// it are there. `work` must not throw.
 template <class Result, class Work, class Deliver>
@@ -32,7 +32,8 @@ void RunOrdered(std::size_t count, std::size_t jobs, Work work, Deliver deliver)
         }
     };
     std::vector<std::jthread> threads;
-    for (std::size_t n = 0; n < std::min(jobs, count); ++n)
+    const std::size_t threadCount = std::min(std::max<std::size_t>(jobs, 1), count);
+    for (std::size_t n = 0; n < threadCount; ++n)
         threads.emplace_back(takeWork);
     for (std::optional<Result>& result : results) {
         std::unique_lock lock(mutex);

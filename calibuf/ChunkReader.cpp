@@ -54,10 +54,11 @@ bool IsUnused(const SChunkRecord& record) {
 /// Decodes chunks into the blocks of a store, and keeps count.
 class CChunkPlacer {
   public:
-    explicit CChunkPlacer(CCaliBuf& store)
+    /// For chunks of at most `maxElements` elements.
+    CChunkPlacer(CCaliBuf& store, std::size_t maxElements)
         : m_store(store),
-          m_codec(store.ElemSize(), kBlockElements),
-          m_elements(std::size_t{store.ElemSize()} * kBlockElements) {}
+          m_codec(store.ElemSize(), maxElements),
+          m_elements(store.ElemSize() * maxElements) {}
 
     bool IsReady() const { return m_codec.IsReady() && static_cast<bool>(m_elements); }
 
@@ -235,6 +236,23 @@ struct SDirectory {
     }
 };
 
+/// The largest of a directory's possible chunks: what scratch memory must hold. A file of one
+/// small cabinet needs little.
+struct SLargestChunk {
+    std::size_t elements = 0;
+    std::size_t compressedBytes = 0;
+
+    SLargestChunk(const SDirectory& directory, std::size_t elemSize) {
+        for (std::uint32_t i = 0; i < directory.count; ++i) {
+            const SChunkRecord record = directory[i];
+            if (!IsPossibleChunk(record, elemSize))
+                continue;
+            elements = std::max<std::size_t>(elements, record.Elements());
+            compressedBytes = std::max<std::size_t>(compressedBytes, record.totalSize);
+        }
+    }
+};
+
 /// Takes the chunks of a directory from `source` in order, those whose record `isWanted`.
 template <class Source, class Wanted>
 void PlaceChunks(const SDirectory& directory, Source& source, CChunkPlacer& placer,
@@ -286,11 +304,12 @@ Status ReadChunks(std::istream& stream, std::uint32_t recordCount, CCaliBuf& sto
     const Status status = ReadDirectory(stream, recordCount, store.PlaneCount(), directoryBytes);
     if (Failed(status))
         return status;
-    CStreamBytes source(stream, store.CompressedBound());
-    CChunkPlacer placer(store);
+    const SDirectory directory{directoryBytes.Data(), recordCount, store.PlaneCount()};
+    const SLargestChunk largest(directory, store.ElemSize());
+    CStreamBytes source(stream, largest.compressedBytes);
+    CChunkPlacer placer(store, largest.elements);
     if (!source.IsReady() || !placer.IsReady())
         return E_COEF_NOBUFFER;
-    const SDirectory directory{directoryBytes.Data(), recordCount, store.PlaneCount()};
     PlaceChunks(directory, source, placer, store.ElemSize(), place(directory), isWanted);
     counts = placer.Counts();
     CTransferReport::NoteFailedChunks(counts.failed);
@@ -350,10 +369,10 @@ Status CCaliBuf::LoadFromMemory(const std::byte* source, std::size_t length) {
         std::uint64_t{header.recordCount} * ChunkRecordBytes(m_nPlaneCount);
     if (directoryBytes > length - kChunkHeaderBytes)
         return E_FAIL;
-    CChunkPlacer placer(*this);
+    const SDirectory directory{source + kChunkHeaderBytes, header.recordCount, m_nPlaneCount};
+    CChunkPlacer placer(*this, SLargestChunk(directory, m_nElemSize).elements);
     if (!placer.IsReady())
         return E_FAIL;
-    const SDirectory directory{source + kChunkHeaderBytes, header.recordCount, m_nPlaneCount};
     const std::size_t dataAt = kChunkHeaderBytes + static_cast<std::size_t>(directoryBytes);
     CMemoryBytes data(source + dataAt, length - dataAt);
     PlaceChunks(directory, data, placer, m_nElemSize, SPlacement{header.originX, header.originY},

@@ -39,15 +39,24 @@ std::vector<SPiece> PiecesOf(const CCaliBuf& store, const SPixelRect& rect) {
     return pieces;
 }
 
+/// Elements of the largest piece.
+std::size_t LargestOf(const std::vector<SPiece>& pieces) {
+    std::int64_t elements = 0;
+    for (const SPiece& piece : pieces)
+        elements = std::max(elements, piece.rect.Width() * piece.rect.Height());
+    return static_cast<std::size_t>(elements);
+}
+
 /// The chunks of one write: compresses pieces of a store's blocks one by one, hands their bytes on,
 /// and keeps their records for the directory.
 class CChunkCollector {
   public:
-    explicit CChunkCollector(const CCaliBuf& store)
+    /// For pieces of at most `maxElements` elements.
+    explicit CChunkCollector(const CCaliBuf& store, std::size_t maxElements = kBlockElements)
         : m_store(store),
-          m_codec(store.ElemSize(), kBlockElements),
-          m_piece(std::size_t{store.ElemSize()} * kBlockElements),
-          m_compressed(store.CompressedBound()) {}
+          m_codec(store.ElemSize(), maxElements),
+          m_piece(store.ElemSize() * maxElements),
+          m_compressed(store.ElemSize() * maxElements * 2) {}
 
     bool IsReady() const {
         return m_codec.IsReady() && static_cast<bool>(m_piece) && static_cast<bool>(m_compressed);
@@ -184,13 +193,13 @@ Status CCaliBuf::WriteRectChunks(std::ostream& stream, const SPixelRect& rect) c
         return E_FAIL;
     if (IsBadRect(rect))
         return E_COEF_INVALIDARG;
-    CChunkCollector chunks(*this);
+    const std::vector<SPiece> pieces = PiecesOf(*this, rect);
+    CChunkCollector chunks(*this, LargestOf(pieces));
     if (!chunks.IsReady())
         return E_COEF_NOBUFFER;
     const auto directoryAt = stream.tellp();
     Reserve(stream, BlocksTouchedBy(rect).Count() * ChunkRecordBytes(m_nPlaneCount));
-    chunks.AddPieces(PiecesOf(*this, rect),
-                     [&](std::span<const std::byte> bytes) { Write(stream, bytes); });
+    chunks.AddPieces(pieces, [&](std::span<const std::byte> bytes) { Write(stream, bytes); });
     WriteAt(stream, directoryAt, chunks.DirectoryBytes());
     return S_OK;
 }
@@ -217,7 +226,7 @@ Status CCaliBuf::WriteBandChunks(std::ostream& stream, const SPixelRect& band,
     if (!std::all_of(pieces.begin(), pieces.end(),
                      [&](const SPiece& piece) { return shift.KeepsInGrid(piece.rect); }))
         return E_COEF_INVALIDARG;
-    CChunkCollector chunks(*this);
+    CChunkCollector chunks(*this, LargestOf(pieces));
     if (!chunks.IsReady())
         return E_COEF_NOBUFFER;
     if (dataPosition == 0) {

@@ -183,35 +183,41 @@ void Scatter(const std::uint16_t* planes, const SPlaneLayout& layout, std::byte*
 
 void GatherPlanes(const std::byte* elements, std::size_t count, std::uint16_t* planes,
                   const SPlaneLayout& layout) {
+    if (count == 0)
+        return;
     switch (layout.wordCount) {
+    case 1:
+        std::memcpy(planes, elements, count * sizeof(std::uint16_t));
+        return;
     case 3:
         return Gather<3>(elements, count, planes, layout);
     case 4:
         return Gather<4>(elements, count, planes, layout);
     case 9:
         return Gather<9>(elements, count, planes, layout);
-    case 12:
-        return Gather<12>(elements, count, planes, layout);
     default:
-        return GatherSingly(elements, 0, count, planes, layout);
+        return Gather<12>(elements, count, planes, layout);
     }
 }
 
 void ScatterPlanes(const std::uint16_t* planes, const SPlaneLayout& layout, std::byte* elements,
                    std::size_t count, std::size_t elemSize) {
+    if (count == 0)
+        return;
     if (elemSize != layout.wordCount * sizeof(std::uint16_t))
         return ScatterSingly(planes, layout, elements, 0, count, elemSize);
     switch (layout.wordCount) {
+    case 1:
+        std::memcpy(elements, planes, count * sizeof(std::uint16_t));
+        return;
     case 3:
         return Scatter<3>(planes, layout, elements, count);
     case 4:
         return Scatter<4>(planes, layout, elements, count);
     case 9:
         return Scatter<9>(planes, layout, elements, count);
-    case 12:
-        return Scatter<12>(planes, layout, elements, count);
     default:
-        return ScatterSingly(planes, layout, elements, 0, count, elemSize);
+        return Scatter<12>(planes, layout, elements, count);
     }
 }
 

@@ -38,6 +38,9 @@ class CConsoleListener : public CRotationListener {
             fmt::print("{} -> {}  ({} x {} -> {} x {})\n", outcome.name, outcome.outputName,
                        outcome.size.width, outcome.size.height, outcome.turnedSize.width,
                        outcome.turnedSize.height);
+        if (!outcome.losses.empty())
+            fmt::print("{}: the turned file lacks {}\n", outcome.name,
+                       fmt::join(outcome.losses, ", "));
         if (m_showProgress && done < count) {
             fmt::print(stderr, "{} of {} ...", done, count);
             std::fflush(stderr);

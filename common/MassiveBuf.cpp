@@ -18,6 +18,8 @@ constexpr std::size_t kSliceBytes = std::size_t{4} << 20; // an LZ4 frame's larg
 constexpr std::size_t kReadBytes = std::size_t{1} << 18;
 constexpr std::size_t kFillRun = std::size_t{1} << 14;
 constexpr std::uint64_t kLargestRatio = 255; // no LZ4 stream holds more than 255 times its bytes
+constexpr std::size_t kFrameFlags = 4;       // offset of the descriptor's first byte
+constexpr int kContentSizeFlag = 0x08;
 
 struct CompressionFree {
     void operator()(LZ4F_cctx* context) const { LZ4F_freeCompressionContext(context); }
@@ -106,6 +108,8 @@ class CFrameReader {
         if (LZ4F_isError(hint) != 0U || m_info.frameType != LZ4F_frame || m_info.dictID != 0)
             return false;
         m_inDone = taken;
+        // The frame's information does not tell a declared 0 from no declaration.
+        m_isSizeDeclared = (m_in[kFrameFlags] & kContentSizeFlag) != 0;
         return true;
     }
 
@@ -113,7 +117,7 @@ class CFrameReader {
     Status ReserveDeclared() {
         if (m_info.contentSize > m_bound)
             return E_FAIL;
-        if (m_info.contentSize != 0 && !m_target.Allocate(m_info.contentSize))
+        if (m_isSizeDeclared && !m_target.Allocate(m_info.contentSize))
             return E_OUTOFMEMORY;
         return S_OK;
     }
@@ -147,7 +151,7 @@ class CFrameReader {
     Status Finish() {
         if (m_left != 0 || m_inDone != m_inSize)
             return E_FAIL;
-        if (m_info.contentSize != 0 && m_made != m_info.contentSize)
+        if (m_isSizeDeclared && m_made != m_info.contentSize)
             return E_FAIL;
         m_target.m_byteCount = m_made;
         return S_OK;
@@ -159,7 +163,7 @@ class CFrameReader {
         const std::uint64_t index = m_made / m_target.m_blockBytes;
         const std::uint64_t offset = m_made % m_target.m_blockBytes;
         if (index == m_target.m_blocks.size()) {
-            if (m_info.contentSize != 0 || m_made >= m_bound)
+            if (m_isSizeDeclared || m_made >= m_bound)
                 return nullptr;
             if (!m_target.AppendBlock(m_bound - m_made)) {
                 m_outOfMemory = true;
@@ -188,6 +192,7 @@ class CFrameReader {
     std::size_t m_inDone = 0;
     std::unique_ptr<LZ4F_dctx, DecompressionFree> m_context;
     LZ4F_frameInfo_t m_info{};
+    bool m_isSizeDeclared = false;
     std::uint64_t m_bound = 0; ///< no more than this can come out
     std::uint64_t m_made = 0;
     bool m_outOfMemory = false;

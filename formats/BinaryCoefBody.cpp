@@ -1,5 +1,6 @@
 #include "formats/BinaryCoefBody.h"
 
+#include <algorithm>
 #include <array>
 #include <fstream>
 #include <limits>
@@ -104,7 +105,8 @@ template <class Kind>
 Status FillBodyFromMap(const CChromaCorrectCoef& map, const SPixelRect& rect, CMassiveGrid& body) {
     if (rect.Width() > map.Width() || rect.Height() > map.Height())
         return E_COEF_INVALIDARG;
-    if (!ResizeBody(body, rect.Width(), rect.Height()))
+    if (!ResizeBody(body, std::max<std::int64_t>(rect.Width(), 0),
+                    std::max<std::int64_t>(rect.Height(), 0)))
         return E_FAIL;
     std::uint32_t index = 0;
     for (std::int64_t y = rect.top; y < rect.bottom; ++y)

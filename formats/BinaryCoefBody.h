@@ -38,8 +38,7 @@ bool ResizeBody(CMassiveGrid& body, std::int64_t width, std::int64_t height);
 
 /// Sizes `body` to the rectangle and converts the map's pixels into it, the identity where a pixel
 /// is not in the map. E_COEF_INVALIDARG when the rectangle is wider or taller than the map, E_FAIL
-/// when a side of it is negative or the memory is refused; a side of 0 converts nothing and
-/// succeeds.
+/// when the memory is refused; a width or height below 1 converts nothing and succeeds.
 template <class Kind>
 Status FillBodyFromMap(const CChromaCorrectCoef& map, const SPixelRect& rect, CMassiveGrid& body);
 
@@ -53,12 +52,14 @@ extern template Status FillBodyFromMap<S3bCoefKind>(const CChromaCorrectCoef&, c
                                                     CMassiveGrid&);
 
 /// Writes the map's pixels in the rectangle as a file of the rectangle's size. E_COEF_INVALIDARG for
-/// a null path or an empty map; else as `FillBodyFromMap`, and then no file is touched; else as
-/// `WriteCoefBody`.
+/// a null path or an empty map, E_FAIL for a negative width or height, which no body has; else as
+/// `FillBodyFromMap`, and with all these no file is touched; else as `WriteCoefBody`.
 template <class Kind>
 Status WriteMapRegion(const CChromaCorrectCoef& map, const wchar_t* path, const SPixelRect& rect) {
     if (path == nullptr || map.IsEmpty())
         return E_COEF_INVALIDARG;
+    if (rect.Width() < 0 || rect.Height() < 0)
+        return E_FAIL;
     CMassiveGrid body(Kind::kStoredBytes);
     if (const Status status = FillBodyFromMap<Kind>(map, rect, body); Failed(status))
         return status;

@@ -34,8 +34,10 @@ void CChromaCorrectCoef::AllocateGrids(std::int32_t width, std::int32_t height) 
         return;
     m_width = static_cast<std::uint16_t>(width);
     m_height = static_cast<std::uint16_t>(height);
-    m_colour.Resize(width, height);
-    m_gain.Resize(width, height);
+    if (m_colour.Resize(width, height) && m_gain.Resize(width, height))
+        return;
+    m_colour.Release();
+    m_gain.Release();
 }
 
 void CChromaCorrectCoef::FillGain() {

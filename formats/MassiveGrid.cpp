@@ -42,12 +42,12 @@ bool CMassiveGrid::SetShape(std::uint32_t width, std::uint32_t height) {
 
 bool CMassiveGrid::CopyRegionFrom(const CMassiveGrid* source, std::int32_t width,
                                   std::int32_t height) {
-    if (source == nullptr || width < 1 || height < 1)
+    if (source == nullptr || source->m_elementBytes != m_elementBytes || width < 1 || height < 1)
         return false;
     const auto sourceWidth = static_cast<std::uint32_t>(width);
     const auto sourceHeight = static_cast<std::uint32_t>(height);
     if (m_width == sourceWidth && m_height == sourceHeight)
-        return CopyFrom(*source);
+        return source->ByteCount() == ByteCount() && CopyFrom(*source);
     const bool copied = CopyOverlap(*source, sourceWidth, sourceHeight);
     ResetCursors();
     return copied;

@@ -31,7 +31,8 @@ class CMassiveGrid : public CMassiveBuf {
 
     /// Copies `source`, a grid of width × height elements of this grid's element size. When this
     /// grid has that shape the whole storage is copied; else the part that both have. False when
-    /// `source` is null, a size is below 1, memory is refused, or the source holds fewer elements.
+    /// `source` is null or has other elements, a size is below 1, memory is refused, or the source
+    /// does not hold as many elements.
     bool CopyRegionFrom(const CMassiveGrid* source, std::int32_t width, std::int32_t height);
 
     std::uint32_t Width() const { return m_width; }   ///< row pitch in elements

@@ -153,11 +153,12 @@ class CDataLineWriter {
   private:
     static constexpr std::size_t kFlushChars = std::size_t{1} << 16;
     static constexpr std::size_t kLongestLine = 1024;
-    static_assert(2 * (5 + 2) + 9 * (kFixed5Chars + 2) <= kLongestLine);
+    static_assert((kPadded5Chars + 2) * 2 + (kFixed5Chars + 2) * 9 <= kLongestLine);
 
     static char* WriteSeparator(char* out) {
-        std::memcpy(out, ", ", 2);
-        return out + 2;
+        *out++ = ',';
+        *out++ = ' ';
+        return out;
     }
 
     std::fstream& m_stream;
@@ -168,12 +169,12 @@ class CDataLineWriter {
 void WriteDataLines(std::fstream& stream, const CMassiveGrid& grid,
                     const SMatrixCoef& defaultElement) {
     CDataLineWriter writer(stream);
+    const auto* defaultBytes = reinterpret_cast<const std::byte*>(&defaultElement);
     for (std::uint32_t y = 0; y < grid.Height(); ++y) {
         for (std::uint32_t x = 0; x < grid.Width(); ++x) {
-            SMatrixCoef element;
-            std::memcpy(&element, grid.Element(y * grid.Width() + x), sizeof element);
-            if (std::memcmp(&element, &defaultElement, sizeof element) != 0)
-                writer.Write(x, y, element);
+            const std::byte* bytes = grid.Element(y * grid.Width() + x);
+            if (std::memcmp(bytes, defaultBytes, sizeof defaultElement) != 0)
+                writer.Write(x, y, *reinterpret_cast<const SMatrixCoef*>(bytes));
         }
     }
     writer.Flush();

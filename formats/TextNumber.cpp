@@ -60,8 +60,8 @@ char* WriteFixed5(char* out, float value) {
 }
 
 char* WritePadded5(char* out, std::uint32_t value) {
-    std::memset(out, ' ', 5);
-    char* const end = out + 5;
+    std::memset(out, ' ', kPadded5Chars);
+    char* const end = out + kPadded5Chars;
     char* digit = end;
     do {
         *--digit = static_cast<char>('0' + value % 10);

@@ -15,6 +15,9 @@ inline constexpr std::size_t kFixed5Chars = 46;
 /// "nan". `out` must have room for `kFixed5Chars`. Returns the position behind the text.
 char* WriteFixed5(char* out, float value);
 
+/// The characters of `WritePadded5`.
+inline constexpr std::size_t kPadded5Chars = 5;
+
 /// Writes `value`, at most 99999, as "%5u" does: right-aligned in five characters, for which `out`
 /// must have room. Returns the position behind them.
 char* WritePadded5(char* out, std::uint32_t value);

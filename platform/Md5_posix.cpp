@@ -6,7 +6,7 @@ namespace trevolt {
 
 struct CMd5::SState {
     struct Free {
-        void operator()(EVP_MD_CTX* context) const { EVP_MD_CTX_free(context); }
+        void operator()(EVP_MD_CTX* md) const { EVP_MD_CTX_free(md); }
     };
     std::unique_ptr<EVP_MD_CTX, Free> context{EVP_MD_CTX_new()};
 };

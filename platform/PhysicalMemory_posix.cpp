@@ -8,6 +8,10 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#ifdef TREVOLT_ADDRESS_SANITIZER
+#include <sanitizer/lsan_interface.h>
+#endif
+
 namespace trevolt {
 namespace {
 
@@ -49,12 +53,19 @@ void* AllocateZeroPages(std::size_t bytes) {
     if (memory == MAP_FAILED)
         return nullptr;
     madvise(memory, bytes, MADV_NOHUGEPAGE); // a huge page would be zeroed whole
+#ifdef TREVOLT_ADDRESS_SANITIZER
+    __lsan_register_root_region(memory, bytes); // what these pages point at has not leaked
+#endif
     return memory;
 }
 
 void FreeZeroPages(void* memory, std::size_t bytes) {
-    if (memory != nullptr)
-        munmap(memory, bytes);
+    if (memory == nullptr)
+        return;
+#ifdef TREVOLT_ADDRESS_SANITIZER
+    __lsan_unregister_root_region(memory, bytes);
+#endif
+    munmap(memory, bytes);
 }
 
 } // namespace trevolt

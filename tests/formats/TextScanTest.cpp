@@ -1,6 +1,7 @@
 #include "formats/TextScan.h"
 
 #include <bit>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <limits>
@@ -133,6 +134,19 @@ TEST(TextScan, ANulEndsTheScan) {
     EXPECT_FALSE(scan.TakeInteger(value));
 }
 
+TEST(TextScan, RoundsEveryFiveDecimalNumberBelowTenCorrectly) {
+    std::array<char, 16> text{};
+    for (int units = 0; units < 1000000; ++units) {
+        const int length =
+            std::snprintf(text.data(), text.size(), "%d.%05d", units / 100000, units % 100000);
+        float value = -1.0F;
+        ASSERT_TRUE(CTextScan(text.data()).TakeReal(value));
+        float expected = -2.0F;
+        std::from_chars(text.data(), text.data() + length, expected);
+        ASSERT_EQ(value, expected) << text.data();
+    }
+}
+
 // The C library's own scanner is the measure where it is one that follows the same rules.
 #ifdef __GLIBC__
 
@@ -217,23 +231,13 @@ TEST(TextScan, RoundsHexadecimalSubnormalsAsTheProcessorDoes) {
     }
 }
 
-TEST(TextScan, AgreesWithTheLibraryOnEveryFiveDecimalNumberBelowTen) {
-    std::array<char, 16> text{};
-    for (int units = 0; units < 1000000; ++units) {
-        std::snprintf(text.data(), text.size(), "%d.%05d", units / 100000, units % 100000);
-        float value = -1.0F;
-        ASSERT_TRUE(CTextScan(text.data()).TakeReal(value));
-        ASSERT_EQ(value, std::strtof(text.data(), nullptr)) << text.data();
-    }
-}
-
 TEST(TextScan, AgreesWithTheLibraryOnShortDecimals) {
     std::mt19937 random(11);
     std::array<char, 32> text{};
     for (int round = 0; round < 1000000; ++round) {
         const auto digits = static_cast<std::uint32_t>(random()) >> (random() % 28);
         const std::size_t decimals = random() % 10;
-        std::snprintf(text.data(), text.size(), "%010u", digits);
+        std::snprintf(text.data(), text.size(), "%09u", digits % 1000000000U);
         std::string number = text.data();
         number.insert(number.size() - decimals, ".");
         ASSERT_EQ(ScannedHere(number), ScannedByLibrary(number)) << number;

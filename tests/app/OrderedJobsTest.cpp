@@ -1,0 +1,82 @@
+#include "app/OrderedJobs.h"
+
+#include <chrono>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace trevolt {
+namespace {
+
+using namespace std::chrono_literals;
+
+TEST(OrderedJobs, DeliversInOrderOnTheCallingThread) {
+    for (const std::size_t jobs : {1U, 2U, 3U, 8U, 100U}) {
+        std::vector<std::size_t> delivered;
+        const auto caller = std::this_thread::get_id();
+        RunOrdered<std::size_t>(
+            50, jobs,
+            [](std::size_t i) {
+                if (i % 7 == 0)
+                    std::this_thread::sleep_for(1ms); // some finish behind those after them
+                return i * i;
+            },
+            [&](std::size_t result) {
+                EXPECT_EQ(std::this_thread::get_id(), caller);
+                delivered.push_back(result);
+            });
+        ASSERT_EQ(delivered.size(), 50U);
+        for (std::size_t i = 0; i < delivered.size(); ++i)
+            EXPECT_EQ(delivered[i], i * i);
+    }
+}
+
+TEST(OrderedJobs, DoesNothingForNothing) {
+    RunOrdered<int>(
+        0, 4, [](std::size_t) -> int { throw 1; }, [](int) { FAIL(); });
+}
+
+TEST(OrderedJobs, RunsOnOneThreadWhenNoneIsNamed) {
+    int sum = 0;
+    RunOrdered<int>(
+        3, 0, [](std::size_t i) { return static_cast<int>(i); },
+        [&](int result) { sum += result; });
+    EXPECT_EQ(sum, 3);
+}
+
+TEST(OrderedJobs, WorksOnNoMoreThanJobsAtOnce) {
+    std::atomic<int> working{0};
+    std::atomic<int> most{0};
+    RunOrdered<int>(
+        40, 3,
+        [&](std::size_t) {
+            const int now = ++working;
+            int before = most;
+            while (before < now && !most.compare_exchange_weak(before, now)) {
+            }
+            std::this_thread::sleep_for(1ms);
+            --working;
+            return 0;
+        },
+        [](int) {});
+    EXPECT_LE(most, 3);
+    EXPECT_GE(most, 2);
+}
+
+TEST(OrderedJobs, DeliversEachAsSoonAsItIsThere) {
+    std::atomic<bool> firstDelivered{false};
+    bool secondSawIt = false;
+    RunOrdered<int>(
+        2, 2,
+        [&](std::size_t i) {
+            for (int n = 0; i == 1 && n < 5000 && !firstDelivered; ++n)
+                std::this_thread::sleep_for(1ms);
+            secondSawIt = i == 1 ? firstDelivered.load() : secondSawIt;
+            return static_cast<int>(i);
+        },
+        [&](int result) { firstDelivered = firstDelivered || result == 0; });
+    EXPECT_TRUE(secondSawIt);
+}
+
+} // namespace
+} // namespace trevolt

@@ -1,0 +1,249 @@
+#include "calibuf/PlaneCodec.h"
+
+#include <random>
+
+#include <lz4.h>
+
+#include "calibuf/PlaneTranspose.h"
+#include "tests/calibuf/StoreSupport.h"
+
+namespace trevolt {
+namespace {
+
+using namespace test;
+
+Bytes RandomBytes(std::size_t count) {
+    std::mt19937 random(static_cast<unsigned>(count));
+    Bytes bytes(count);
+    for (std::byte& byte : bytes)
+        byte = static_cast<std::byte>(random());
+    return bytes;
+}
+
+/// Gathers and scatters `count` elements of W words between guard words that must stay.
+void CheckTransposition(std::size_t wordCount, std::size_t count) {
+    SCOPED_TRACE(testing::Message() << wordCount << " words, " << count << " elements");
+    const std::size_t elemSize = wordCount * 2;
+    const Bytes elements = RandomBytes(count * elemSize);
+    const SPlaneLayout layout{wordCount, count + 3};
+    constexpr std::uint16_t kGuard = 0xA55A;
+    std::vector<std::uint16_t> planes(wordCount * layout.stride, kGuard);
+    GatherPlanes(elements.data(), count, planes.data(), layout);
+    for (std::size_t k = 0; k < wordCount; ++k)
+        for (std::size_t e = 0; e < layout.stride; ++e)
+            ASSERT_EQ(planes[k * layout.stride + e],
+                      e < count ? LoadLittle<std::uint16_t>(&elements[e * elemSize + k * 2])
+                                : kGuard);
+    Bytes back(elements.size() + 16, std::byte{0x77});
+    ScatterPlanes(planes.data(), layout, back.data(), count, elemSize);
+    EXPECT_TRUE(std::equal(elements.begin(), elements.end(), back.begin()));
+    EXPECT_TRUE(std::all_of(back.end() - 16, back.end(),
+                            [](std::byte byte) { return byte == std::byte{0x77}; }));
+}
+
+TEST(PlaneTranspose, MovesEveryWordAndNoOther) {
+    for (const std::size_t wordCount : {1U, 3U, 4U, 9U, 12U})
+        for (const std::size_t count : {0U, 1U, 2U, 7U, 8U, 9U, 15U, 16U, 17U, 25U, 260U, 32768U})
+            CheckTransposition(wordCount, count);
+}
+
+TEST(PlaneTranspose, LeavesBytesBehindTheWordsAlone) {
+    const std::vector<std::uint16_t> planes{1, 2, 3, 4, 5, 6};
+    Bytes elements(2 * 7, std::byte{0x77});
+    ScatterPlanes(planes.data(), {3, 2}, elements.data(), 2, 7);
+    EXPECT_EQ(elements, MakeBytes({1, 0, 3, 0, 5, 0, 0x77, 2, 0, 4, 0, 6, 0, 0x77}));
+}
+
+template <class T>
+class CaliPlanesOf : public ::testing::Test {
+  protected:
+    static constexpr std::size_t kWords = sizeof(T) / 2;
+
+    /// Elements of the pattern, width by height, packed.
+    static Bytes Elements(std::uint16_t width, std::uint16_t height) {
+        Bytes bytes;
+        for (std::uint32_t i = 0; i < std::uint32_t{width} * height; ++i) {
+            const T element = PatternElement<T>(i % width, i / width);
+            const auto* first = reinterpret_cast<const std::byte*>(&element);
+            bytes.insert(bytes.end(), first, first + sizeof element);
+        }
+        return bytes;
+    }
+
+    CCaliOperation<T> m_owner;
+    CCaliBuf& m_store = m_owner.Buffer();
+};
+TYPED_TEST_SUITE(CaliPlanesOf, AllElements);
+
+TYPED_TEST(CaliPlanesOf, CompressesEveryWordPlaneAsARawBlock) {
+    const Bytes elements = this->Elements(100, 60);
+    Bytes compressed(this->m_store.CompressedBound());
+    constexpr std::uint32_t kUntouched = 4711;
+    std::array<std::uint32_t, kMaxWords> sizes;
+    sizes.fill(kUntouched);
+    std::uint32_t total = 0;
+    ASSERT_EQ(this->m_store.CompressPlanes(compressed.data(), total, elements.data(), sizes.data(),
+                                           100, 60),
+              S_OK);
+    std::size_t at = 0;
+    for (std::size_t k = 0; k < this->kWords; ++k) {
+        std::vector<std::uint16_t> plane;
+        for (std::size_t e = 0; e < 6000; ++e)
+            plane.push_back(LoadLittle<std::uint16_t>(&elements[e * sizeof(TypeParam) + 2 * k]));
+        std::vector<char> expected(24000);
+        const int size = LZ4_compress_fast(reinterpret_cast<const char*>(plane.data()),
+                                           expected.data(), 12000, 24000, 1);
+        ASSERT_EQ(sizes[k], static_cast<std::uint32_t>(size));
+        EXPECT_EQ(std::memcmp(&compressed[at], expected.data(), sizes[k]), 0);
+        at += sizes[k];
+    }
+    EXPECT_EQ(total, at);
+    for (std::size_t k = this->kWords; k < kMaxWords; ++k)
+        EXPECT_EQ(sizes[k], kUntouched);
+}
+
+TYPED_TEST(CaliPlanesOf, RoundTripsAnySize) {
+    for (const auto& [width, height] : std::vector<std::pair<std::uint16_t, std::uint16_t>>{
+             {1, 1}, {256, 128}, {7, 3}, {1, 128}, {256, 1}}) {
+        const Bytes elements = this->Elements(width, height);
+        Bytes compressed(this->m_store.CompressedBound());
+        SChunkRecord record{.width = width, .height = height};
+        ASSERT_EQ(this->m_store.CompressPlanes(compressed.data(), record.totalSize, elements.data(),
+                                               record.planeSizes.data(), width, height),
+                  S_OK);
+        Bytes back(elements.size());
+        std::uint32_t total = 0;
+        EXPECT_EQ(this->m_store.DecompressPlanes(record, compressed.data(), back.data(), total),
+                  S_OK);
+        EXPECT_EQ(total, elements.size());
+        EXPECT_EQ(back, elements);
+    }
+}
+
+TEST(CaliPlanes, PlanesOfNoElementsHaveSizeZeroAndNoFailure) {
+    CCaliOperation<S3WordCoef> owner;
+    Bytes bytes(64);
+    std::array<std::uint32_t, kMaxWords> sizes{9, 9, 9, 9};
+    std::uint32_t total = 9;
+    EXPECT_EQ(owner.Buffer().CompressPlanes(bytes.data(), total, bytes.data(), sizes.data(), 0, 5),
+              S_OK);
+    EXPECT_EQ(total, 0U);
+    EXPECT_EQ(sizes, (std::array<std::uint32_t, kMaxWords>{0, 0, 0, 9}));
+}
+
+TEST(CaliPlanes, CompressRefusesWhatItCannotTake) {
+    CCaliOperation<S3WordCoef> owner;
+    CCaliBuf& store = owner.Buffer();
+    Bytes bytes(store.CompressedBound());
+    std::array<std::uint32_t, kMaxWords> sizes{};
+    std::uint32_t total = 9;
+    const std::byte* source = bytes.data();
+    EXPECT_EQ(store.CompressPlanes(nullptr, total, source, sizes.data(), 1, 1), E_COEF_NOBUFFER);
+    EXPECT_EQ(total, 0U);
+    EXPECT_EQ(store.CompressPlanes(bytes.data(), total, nullptr, sizes.data(), 1, 1),
+              E_COEF_NOBUFFER);
+    EXPECT_EQ(store.CompressPlanes(bytes.data(), total, source, nullptr, 1, 1), E_COEF_NOBUFFER);
+    EXPECT_EQ(store.CompressPlanes(bytes.data(), total, source, sizes.data(), 257, 128),
+              E_COEF_INVALIDARG);
+    EXPECT_EQ(store.CompressPlanes(bytes.data(), total, source, sizes.data(), 65535, 65535),
+              E_COEF_INVALIDARG);
+    store.SetElement(10, 9);
+    total = 9;
+    EXPECT_EQ(store.CompressPlanes(bytes.data(), total, source, sizes.data(), 1, 1), E_FAIL);
+    EXPECT_EQ(total, 0U);
+}
+
+/// Two elements of three words, 1 2 3 and 4 5 6, as literals.
+const Bytes kTwoElements = MakeBytes({0x40, 1, 0, 4, 0, 0x40, 2, 0, 5, 0, 0x40, 3, 0, 6, 0});
+
+SChunkRecord TwoElementsRecord() {
+    return {.width = 2, .height = 1, .totalSize = 15, .planeSizes = {5, 5, 5}};
+}
+
+class CaliPlanesDamaged : public ::testing::Test {
+  protected:
+    /// The status, after checking that a failure left the destination alone.
+    Status Decode(const SChunkRecord& record, const Bytes& compressed) {
+        Bytes elements(2 * 32768 * 3, std::byte{0x77});
+        const Status status =
+            m_owner.Buffer().DecompressPlanes(record, compressed.data(), elements.data(), m_total);
+        if (Failed(status)) {
+            EXPECT_EQ(m_total, 0U);
+            EXPECT_EQ(elements, Bytes(elements.size(), std::byte{0x77}));
+        } else {
+            m_elements = Bytes(elements.begin(), elements.begin() + m_total);
+        }
+        return status;
+    }
+
+    CCaliOperation<S3WordCoef> m_owner;
+    std::uint32_t m_total = 99;
+    Bytes m_elements;
+};
+
+TEST_F(CaliPlanesDamaged, TheUndamagedChunkDecodes) {
+    EXPECT_EQ(Decode(TwoElementsRecord(), kTwoElements), S_OK);
+    EXPECT_EQ(m_elements, MakeBytes({1, 0, 2, 0, 3, 0, 4, 0, 5, 0, 6, 0}));
+}
+
+TEST_F(CaliPlanesDamaged, PlanesOfAnotherLengthFail) {
+    SChunkRecord record = TwoElementsRecord();
+    Bytes compressed = kTwoElements;
+    compressed[0] = std::byte{0x30}; // three literals, and one byte too many
+    EXPECT_EQ(Decode(record, compressed), E_FAIL);
+    record.width = 1; // the planes hold one word more than that
+    EXPECT_EQ(Decode(record, kTwoElements), E_FAIL);
+    record.width = 3;
+    EXPECT_EQ(Decode(record, kTwoElements), E_FAIL);
+}
+
+TEST_F(CaliPlanesDamaged, SizesThatContradictEachOtherFail) {
+    SChunkRecord record = TwoElementsRecord();
+    record.totalSize = 14;
+    EXPECT_EQ(Decode(record, kTwoElements), E_FAIL);
+    record.totalSize = 16;
+    EXPECT_EQ(Decode(record, kTwoElements), E_FAIL);
+    record = TwoElementsRecord();
+    record.planeSizes[2] = 0xFFFFFFFF;
+    EXPECT_EQ(Decode(record, kTwoElements), E_FAIL);
+    record.planeSizes[2] = 0;
+    EXPECT_EQ(Decode(record, kTwoElements), E_FAIL);
+    record = TwoElementsRecord();
+    record.totalSize = static_cast<std::uint32_t>(m_owner.Buffer().CompressedBound()) + 1;
+    EXPECT_EQ(Decode(record, kTwoElements), E_FAIL);
+}
+
+TEST_F(CaliPlanesDamaged, ImpossibleSizesFail) {
+    for (const auto& [width, height] : std::vector<std::pair<std::uint16_t, std::uint16_t>>{
+             {0, 1}, {2, 0}, {257, 1}, {2, 129}, {65535, 65535}}) {
+        SChunkRecord record = TwoElementsRecord();
+        record.width = width;
+        record.height = height;
+        EXPECT_EQ(Decode(record, kTwoElements), E_FAIL) << width << " x " << height;
+    }
+}
+
+TEST_F(CaliPlanesDamaged, MissingBuffersAreTold) {
+    const SChunkRecord record = TwoElementsRecord();
+    Bytes elements(12);
+    CCaliBuf& store = m_owner.Buffer();
+    EXPECT_EQ(store.DecompressPlanes(record, nullptr, elements.data(), m_total), E_COEF_NOBUFFER);
+    EXPECT_EQ(store.DecompressPlanes(record, kTwoElements.data(), nullptr, m_total),
+              E_COEF_NOBUFFER);
+    EXPECT_EQ(m_total, 0U);
+}
+
+TEST_F(CaliPlanesDamaged, ElementsOfNoKindDecodeAsThreePlanes) {
+    m_owner.Buffer().SetElement(7, 9);
+    Bytes elements(14, std::byte{0x77});
+    EXPECT_EQ(m_owner.Buffer().DecompressPlanes(TwoElementsRecord(), kTwoElements.data(),
+                                                elements.data(), m_total),
+              S_OK);
+    EXPECT_EQ(m_total, 12U);
+    EXPECT_EQ(elements, MakeBytes({1, 0, 2, 0, 3, 0, 0x77, 4, 0, 5, 0, 6, 0, 0x77}));
+    m_owner.Buffer().SetElement(4, 9); // too small for three words
+    EXPECT_EQ(Decode(TwoElementsRecord(), kTwoElements), E_FAIL);
+}
+
+} // namespace
+} // namespace trevolt

@@ -1,0 +1,66 @@
+#include "common/TransferReport.h"
+
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "platform/FileStream.h"
+#include "tests/support/TestFiles.h"
+
+namespace trevolt {
+namespace {
+
+TEST(TransferReport, StartsClean) {
+    const CTransferReport report;
+    EXPECT_FALSE(report.HasWriteFailed());
+    EXPECT_FALSE(report.WasMemoryRefused());
+    EXPECT_EQ(report.FailedChunks(), 0U);
+}
+
+TEST(TransferReport, NotesReachTheInnermostReportAndThoseAroundIt) {
+    const CTransferReport outer;
+    CTransferReport::NoteFailedChunks(1);
+    {
+        const CTransferReport inner;
+        CTransferReport::NoteFailedChunks(2);
+        CTransferReport::NoteWriteFailed();
+        EXPECT_EQ(inner.FailedChunks(), 2U);
+        EXPECT_TRUE(inner.HasWriteFailed());
+        EXPECT_FALSE(inner.WasMemoryRefused());
+    }
+    CTransferReport::NoteMemoryRefused();
+    EXPECT_EQ(outer.FailedChunks(), 3U);
+    EXPECT_TRUE(outer.HasWriteFailed());
+    EXPECT_TRUE(outer.WasMemoryRefused());
+}
+
+TEST(TransferReport, IsOfItsThreadOnly) {
+    const CTransferReport report;
+    std::jthread([] {
+        CTransferReport::NoteWriteFailed();
+        const CTransferReport own;
+        CTransferReport::NoteMemoryRefused();
+        EXPECT_TRUE(own.WasMemoryRefused());
+    }).join();
+    EXPECT_FALSE(report.HasWriteFailed());
+    EXPECT_FALSE(report.WasMemoryRefused());
+}
+
+TEST(TransferReport, CloseNotesOnlyAStreamThatFailed) {
+    const test::CTemporaryFolder folder;
+    const CTransferReport report;
+    std::fstream stream;
+    ASSERT_TRUE(OpenFileStream(stream, folder.File(L"f").c_str(), std::ios::out));
+    stream << "text";
+    CloseWritten(stream);
+    EXPECT_FALSE(report.HasWriteFailed());
+    EXPECT_EQ(test::ReadText(folder.File(L"f")), "text");
+
+    ASSERT_TRUE(OpenFileStream(stream, folder.File(L"f").c_str(), std::ios::out));
+    stream.setstate(std::ios::badbit); // as after a write that the disk refused
+    CloseWritten(stream);
+    EXPECT_TRUE(report.HasWriteFailed());
+}
+
+} // namespace
+} // namespace trevolt

@@ -1,0 +1,149 @@
+#include "formats/ChromaCorrectCoef.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/CoefMaps.h"
+
+namespace trevolt {
+namespace {
+
+using namespace test;
+
+TEST(MatrixCoef, DefaultsToTheIdentityAndZeroOneZero) {
+    const SMatrixCoef element;
+    const std::array<float, 12> expected{1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 0};
+    EXPECT_EQ(element.m, expected);
+    EXPECT_EQ(sizeof element, 48U);
+}
+
+TEST(ChromaCorrectCoef, IsEmptyWhenMade) {
+    const CChromaCorrectCoef map;
+    EXPECT_EQ(map.Width(), 0);
+    EXPECT_EQ(map.Height(), 0);
+    EXPECT_TRUE(map.IsEmpty());
+    EXPECT_FALSE(map.HasStorage());
+    EXPECT_EQ(map.KindWord(), 1U);
+    EXPECT_EQ(map.Attachment(), nullptr);
+    EXPECT_EQ(map.FindElement(0, 0), nullptr);
+    EXPECT_EQ(map.ColourGrid().BlockBytes(), 0xC00000U);
+    EXPECT_EQ(map.GainGrid().BlockBytes(), 0x100000U);
+    EXPECT_TRUE(SamePixel(map.DefaultElement(), SMatrixCoef{}));
+}
+
+TEST(ChromaCorrectCoef, ResizesToDefaults) {
+    CChromaCorrectCoef map;
+    map.Resize(700, 400); // past one block
+    EXPECT_EQ(map.Width(), 700);
+    EXPECT_EQ(map.Height(), 400);
+    EXPECT_TRUE(map.HasStorage());
+    ExpectPixels(map, [](int, int) { return SMatrixCoef{}; });
+    ExpectGainsOne(map);
+    EXPECT_EQ(map.ColourGrid().Width(), 700U);
+    EXPECT_EQ(map.GainGrid().Height(), 400U);
+}
+
+TEST(ChromaCorrectCoef, StaysEmptyAtZeroAndNegativeSizes) {
+    CChromaCorrectCoef map;
+    for (const auto& [width, height] : {std::pair{0, 5}, std::pair{5, 0}, std::pair{-1, 5},
+                                        std::pair{5, -1}, std::pair{-3, -3}}) {
+        map.Resize(4, 4);
+        map.Resize(width, height);
+        EXPECT_EQ(map.Width(), 0);
+        EXPECT_EQ(map.Height(), 0);
+        EXPECT_FALSE(map.HasStorage());
+    }
+}
+
+TEST(ChromaCorrectCoef, StoresItsSizeInSixteenBits) {
+    CChromaCorrectCoef map;
+    map.Resize(65537, 2);
+    EXPECT_EQ(map.Width(), 1);
+    EXPECT_EQ(map.Height(), 2);
+    EXPECT_EQ(map.ColourGrid().Width(), 65537U);
+    map.SetElement(0, 1, PatternPixel(1, 1));
+    EXPECT_TRUE(SamePixel(*map.FindElement(0, 1), PatternPixel(1, 1)));
+    EXPECT_EQ(map.FindElement(1, 1), nullptr);
+}
+
+TEST(ChromaCorrectCoef, SetsElementsInsideOnly) {
+    CChromaCorrectCoef map;
+    map.Resize(3, 2);
+    map.SetElement(2, 1, PatternPixel(2, 1));
+    for (const auto& [x, y] : {std::pair{-1, 0}, std::pair{0, -1}, std::pair{3, 0}, std::pair{0, 2},
+                               std::pair{INT32_MAX, INT32_MAX}, std::pair{INT32_MIN, INT32_MIN}}) {
+        map.SetElement(x, y, PatternPixel(5, 5));
+        EXPECT_EQ(map.FindElement(x, y), nullptr);
+        EXPECT_TRUE(SamePixel(map.ElementOrDefault(x, y), SMatrixCoef{}));
+    }
+    ExpectPixels(
+        map, [](int x, int y) { return x == 2 && y == 1 ? PatternPixel(2, 1) : SMatrixCoef{}; });
+}
+
+TEST(ChromaCorrectCoef, ResetReleasesEverything) {
+    const std::uint64_t before = CMemoryBudget::Process().Outstanding();
+    CChromaCorrectCoef map;
+    map.Resize(30, 20);
+    EXPECT_EQ(CMemoryBudget::Process().Outstanding(), before + 30 * 20 * (48 + 4));
+    map.Reset();
+    EXPECT_EQ(CMemoryBudget::Process().Outstanding(), before);
+    EXPECT_TRUE(map.IsEmpty());
+    map.FillDefaults(); // does nothing
+    map.SetElement(0, 0, SMatrixCoef{});
+}
+
+TEST(ChromaCorrectCoef, FillDefaultsPaintsOver) {
+    CChromaCorrectCoef map;
+    map.Resize(3, 3);
+    PaintMap(map, PatternPixel);
+    const float gain = 7;
+    map.GainGrid().FillWith(&gain, sizeof gain);
+    map.FillDefaults();
+    ExpectPixels(map, [](int, int) { return SMatrixCoef{}; });
+    ExpectGainsOne(map);
+}
+
+TEST(ChromaCorrectCoef, HasItsSizeAndNoStorageWhenMemoryIsRefused) {
+    CChromaCorrectCoef map;
+    {
+        const CBudgetLimit limit(std::uint64_t{1} << 30);
+        map.Resize(65535, 32768);
+    }
+    EXPECT_EQ(map.Width(), 65535);
+    EXPECT_EQ(map.Height(), 32768);
+    EXPECT_FALSE(map.HasStorage());
+    EXPECT_FALSE(map.ColourGrid().HasStorage());
+    EXPECT_EQ(map.FindElement(0, 0), nullptr);
+    map.SetElement(0, 0, SMatrixCoef{});
+    EXPECT_TRUE(SamePixel(map.ElementOrDefault(0, 0), SMatrixCoef{}));
+}
+
+TEST(ChromaCorrectCoef, TheProcessesOwnBudgetRefusesTheLargestScreen) {
+    constexpr std::uint64_t kBytes = std::uint64_t{65535} * 32768 * 48;
+    if (CMemoryBudget::Process().Limit() >= kBytes)
+        GTEST_SKIP() << "this machine has the memory";
+    CChromaCorrectCoef map;
+    map.Resize(65535, 32768);
+    EXPECT_EQ(map.Width(), 65535);
+    EXPECT_EQ(map.Height(), 32768);
+    EXPECT_FALSE(map.ColourGrid().HasStorage());
+}
+
+TEST(ChromaCorrectCoef, DeletesItsAttachment) {
+    struct Attachment : CMapAttachment {
+        explicit Attachment(bool& deletedFlag) : deleted(deletedFlag) {}
+        ~Attachment() override { deleted = true; }
+        bool& deleted;
+    };
+    bool deleted = false;
+    {
+        CChromaCorrectCoef map;
+        map.Attach(std::make_unique<Attachment>(deleted));
+        EXPECT_NE(map.Attachment(), nullptr);
+        map.Resize(2, 2);
+        EXPECT_FALSE(deleted);
+    }
+    EXPECT_TRUE(deleted);
+}
+
+} // namespace
+} // namespace trevolt
