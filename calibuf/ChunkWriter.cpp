@@ -24,7 +24,8 @@ SPixelRect BlockRect(std::uint32_t index) {
 }
 
 SPixelRect Intersect(const SPixelRect& a, const SPixelRect& b) {
-    return {std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right), std::min(a.bottom, b.bottom)};
+    return {std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right),
+            std::min(a.bottom, b.bottom)};
 }
 
 /// What `rect` covers of the allocated blocks, column by column.

@@ -48,8 +48,7 @@ void* AllocateLarge(std::size_t bytes) {
 void FreeLarge(void* memory) { std::free(memory); }
 
 void* AllocateZeroPages(std::size_t bytes) {
-    void* memory =
-        mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    void* memory = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (memory == MAP_FAILED)
         return nullptr;
     madvise(memory, bytes, MADV_NOHUGEPAGE); // a huge page would be zeroed whole
