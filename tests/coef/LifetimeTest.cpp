@@ -12,6 +12,10 @@
 
 #if defined(__SANITIZE_ADDRESS__)
 #define TREVOLT_KEEPS_FREED_MEMORY 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define TREVOLT_KEEPS_FREED_MEMORY 1
+#endif
 #endif
 
 namespace trevolt {

@@ -400,6 +400,27 @@ std::vector<Operation<CCNewChromaCorrectCoef>> OwnOperations() {
             return o.CopyRectOut123(r.x, r.y, {words, r.w, r.h, pitch});
         },
         7));
+    operations.push_back([](STrial<Object> t) { // 7 through the table; the step starts anew
+        static CCaliOperationData reference;
+        const std::uint32_t row = 1 + Below(t.random, 56);
+        const float step = AnyFloat(t.random) / 10;
+        bool isMet = false;
+        if (row >= 41)
+            reference.SetStep(row, step);
+        for (std::uint32_t y = t.rect.y; y < t.rect.y + t.rect.h; ++y)
+            for (std::uint32_t x = t.rect.x; x < t.rect.x + t.rect.w; ++x)
+                if (t.model.Has(x, y)) {
+                    std::uint16_t& word = t.model.At(x, y).w[1];
+                    const auto entry = static_cast<std::int32_t>(reference.Row(row)[word]);
+                    word = static_cast<std::uint16_t>(std::clamp(entry, 0, 65535));
+                    isMet = true;
+                }
+        ASSERT_EQ(t.object.FillRectChannel(4, t.rect.x, t.rect.y, t.rect.w, t.rect.h, step, row),
+                  t.rect.w != 0 && t.rect.h != 0);
+        if (isMet && row >= 41) {
+            ASSERT_EQ(t.object.TransferTable()->StepValue(), step);
+        }
+    });
     operations.push_back([](STrial<Object> t) { // 19: missing pixels give their defaults
         const auto cut = t.model.Cut(t.rect);
         const SRect area = cut.value_or(SRect{});
