@@ -1,9 +1,29 @@
+#include <cstdio>
+#include <system_error>
+
 #include <fmt/format.h>
 
 #include "cli/Commands.h"
 #include "platform/ConsoleProgram.h"
 
 namespace trevolt {
+namespace {
+
+int Run(CLI::App& program, const std::vector<std::string>& arguments, const int& exitStatus) {
+    try {
+        program.parse(std::vector(arguments.rbegin(), arguments.rend())); // taken from the back
+    } catch (const CLI::ParseError& error) {
+        return program.exit(error) == 0 ? kExitAllDone : kExitUsage;
+    }
+    return exitStatus;
+}
+
+int ReportLostOutput() {
+    std::fputs("trevolt-cli: the standard output cannot be written\n", stderr);
+    return kExitSomeFailed;
+}
+
+} // namespace
 
 int ConsoleMain(const std::vector<std::string>& arguments) {
     CLI::App program("Turns the per-pixel calibration of LED display walls");
@@ -14,11 +34,11 @@ int ConsoleMain(const std::vector<std::string>& arguments) {
     AddRotateCommand(program, exitStatus);
     AddDemoCommand(program, exitStatus);
     try {
-        program.parse(std::vector(arguments.rbegin(), arguments.rend())); // taken from the back
-    } catch (const CLI::ParseError& error) {
-        return program.exit(error) == 0 ? kExitAllDone : kExitUsage;
+        const int status = Run(program, arguments, exitStatus);
+        return std::fflush(stdout) == 0 ? status : ReportLostOutput();
+    } catch (const std::system_error&) { // printing answers so when the output is lost
+        return ReportLostOutput();
     }
-    return exitStatus;
 }
 
 } // namespace trevolt

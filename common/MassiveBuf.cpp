@@ -38,13 +38,19 @@ LZ4F_preferences_t FramePreferences(std::uint64_t byteCount) {
     return preferences;
 }
 
+/// Bytes that the frame's header, or one slice of it, takes at most.
+std::size_t OutputBound(std::uint64_t byteCount, const LZ4F_preferences_t& preferences) {
+    const auto slice = static_cast<std::size_t>(std::min<std::uint64_t>(byteCount, kSliceBytes));
+    return std::max<std::size_t>(LZ4F_compressBound(slice, &preferences), LZ4F_HEADER_SIZE_MAX);
+}
+
 /// Writes one frame piece by piece; any failure makes every further step do nothing.
 class CFrameWriter {
   public:
     CFrameWriter(std::fstream& stream, std::uint64_t byteCount)
         : m_stream(stream),
           m_preferences(FramePreferences(byteCount)),
-          m_out(LZ4F_compressBound(kSliceBytes, &m_preferences)) {
+          m_out(OutputBound(byteCount, m_preferences)) {
         LZ4F_cctx* context = nullptr;
         if (LZ4F_isError(LZ4F_createCompressionContext(&context, LZ4F_VERSION)) != 0U)
             return;
@@ -83,7 +89,10 @@ class CFrameWriter {
 class CFrameReader {
   public:
     CFrameReader(std::fstream& stream, std::uint64_t byteCount, CMassiveBuf& target)
-        : m_stream(stream), m_left(byteCount), m_target(target), m_in(kReadBytes) {}
+        : m_stream(stream),
+          m_left(byteCount),
+          m_target(target),
+          m_in(static_cast<std::size_t>(std::min<std::uint64_t>(byteCount, kReadBytes))) {}
 
     Status Read() {
         if (!Begin())

@@ -8,8 +8,8 @@ namespace trevolt {
 
 std::uint32_t ProcessId();
 
-/// A flag that becomes true when the user interrupts the program (Ctrl+C, a request to terminate)
-/// from now on, in place of ending it at once.
+/// A flag that becomes true when the user interrupts the program from now on (Ctrl+C, a request to
+/// terminate, a pipe that nobody reads any more), in place of ending it at once.
 const std::atomic<bool>& CatchInterrupts();
 
 /// Whether standard error is a terminal.

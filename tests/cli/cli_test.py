@@ -1,0 +1,554 @@
+#!/usr/bin/python3
+"""Tests of the trevolt-cli program as its users run it.
+
+    cli_test.py PROGRAM [--wrapper COMMAND] [unittest options]
+
+The wrapper starts the program, for example Wine for the Windows build; tests whose subject is a
+POSIX system are then passed over. Expected values are made here and not by the program: bodies
+are packed and unpacked by another LZ4 implementation's front end.
+"""
+import os
+import pathlib
+import resource
+import shutil
+import signal
+import socket
+import struct
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+import lz4.frame
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+SAMPLES = ROOT / 'samples'
+PROGRAM = []
+IS_WRAPPED = False
+
+MAGICS = {
+    '.9fcoef': bytes.fromhex('a700f3ce46c71e48b3d25edd63314661'),
+    '.3fcoef': bytes.fromhex('f05fd4a2cf9e934f8f8acdd11e52ca32'),
+    '.9bcoef': bytes.fromhex('1bd1f3ca70d59e4297bb9ba31f0c48d6'),
+    '.3bcoef': bytes.fromhex('cc885702e646c14994e18232d615faa2'),
+}
+STORED_BYTES = {'.9fcoef': 36, '.3fcoef': 12, '.9bcoef': 9, '.3bcoef': 3}
+CABINETS = {'.9fcoef': 'Cab_01', '.3fcoef': 'Cab_02', '.9bcoef': 'Cab_03', '.3bcoef': 'Cab_04'}
+ANGLES = (90, 180, 270)
+
+
+def posix_only(test):
+    """The test's subject is a POSIX system."""
+    def run(self, *args):
+        if IS_WRAPPED:
+            self.skipTest('a POSIX subject')
+        test(self, *args)
+    run.__name__ = test.__name__
+    return run
+
+
+def pixel_bytes(x, y, size):
+    return bytes((x * 7 + y * 31 + k * 57) & 0xFF for k in range(size))
+
+
+def raw_elements(width, height, size):
+    return b''.join(pixel_bytes(x, y, size) for y in range(height) for x in range(width))
+
+
+def coef_file(kind, width, height, raw, version=1, **frame_options):
+    header = MAGICS[kind] + struct.pack('<IHH', version, width, height)
+    return header + lz4.frame.compress(raw, **frame_options)
+
+
+def turned(angle, width, height, raw, size):
+    """The turned raw elements, row by row, and their width and height."""
+    at = lambda x, y: raw[(y * width + x) * size:][:size]
+    if angle == 180:
+        new_width, new_height = width, height
+        source = lambda x, y: (width - 1 - x, height - 1 - y)
+    else:
+        new_width, new_height = height, width
+        source = {90: lambda x, y: (y, height - 1 - x), 270: lambda x, y: (width - 1 - y, x)}[angle]
+    body = b''.join(at(*source(x, y)) for y in range(new_height) for x in range(new_width))
+    return new_width, new_height, body
+
+
+class CliTest(unittest.TestCase):
+    def setUp(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix='trevolt-cli-test-'))
+        self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
+        self.source = self.folder / 'source'
+        self.target = self.folder / 'target'
+        self.source.mkdir()
+        self.target.mkdir()
+
+    def run_cli(self, *arguments, locale='C.UTF-8', **options):
+        environment = dict(os.environ, LC_ALL=locale)
+        return subprocess.run([*PROGRAM, *map(str, arguments)], capture_output=True, cwd=ROOT,
+                              env=environment, timeout=300, **options)
+
+    def rotate(self, *arguments, angle=90, **options):
+        return self.run_cli('rotate', '--angle', angle, *arguments, self.source, self.target,
+                            **options)
+
+    def lines(self, output):
+        return output.decode('utf-8').replace('\r\n', '\n').splitlines()
+
+    def expect(self, result, status, out=None, err=None):
+        self.assertEqual(result.returncode, status, (result.stdout, result.stderr))
+        if out is not None:
+            self.assertEqual(self.lines(result.stdout), out)
+        if err is not None:
+            self.assertEqual(self.lines(result.stderr), err)
+
+    def expect_words(self, result, status, words):
+        self.expect(result, status)
+        self.assertIn(words, result.stderr.decode('utf-8'))
+
+    def add(self, name, width=4, height=3, kind=None, **options):
+        kind = kind or next(k for k in MAGICS if k in name.lower())
+        raw = raw_elements(width, height, STORED_BYTES[kind])
+        (self.source / name).write_bytes(coef_file(kind, width, height, raw, **options))
+        return raw
+
+    def body(self, path, kind, width, height):
+        """The raw elements of an output, its header checked."""
+        content = path.read_bytes()
+        self.assertEqual(content[:24], MAGICS[kind] + struct.pack('<IHH', 1, width, height))
+        return lz4.frame.decompress(content[24:])
+
+    def targets(self):
+        return sorted(p.name for p in self.target.iterdir())
+
+
+class Usage(CliTest):
+    def test_version_and_help(self):
+        result = self.run_cli('--version')
+        self.expect(result, 0)
+        self.assertRegex(self.lines(result.stdout)[0], r'^trevolt-cli \d+\.\d+\.\d+$')
+        result = self.run_cli('rotate', '--help')
+        self.expect(result, 0)
+        for word in ('--angle', '--size', '--screen', '--lenient', '--jobs', 'SOURCE', 'TARGET'):
+            self.assertIn(word, result.stdout.decode())
+
+    def test_wrong_usage_is_status_2(self):
+        self.add('a.3bcoef')
+        for arguments in ((), ('turn',), ('rotate',), ('rotate', '--angle', 90),
+                          ('rotate', '--angle', 90, self.source),
+                          ('rotate', self.source, self.target),
+                          ('rotate', '--angle', 45, self.source, self.target),
+                          ('rotate', '--angle', 0, self.source, self.target),
+                          ('rotate', '--angle', 360, self.source, self.target),
+                          ('rotate', '--angle', 'x', self.source, self.target),
+                          ('rotate', '--angle', 90, '--jobs', 0, self.source, self.target),
+                          ('rotate', '--angle', 90, '--jobs', 257, self.source, self.target),
+                          ('rotate', '--angle', 90, '--unknown', self.source, self.target),
+                          ('rotate', '--angle', 90, self.source, self.target, 'more'), ('demo',)):
+            with self.subTest(arguments=arguments):
+                self.expect(self.run_cli(*arguments), 2)
+        self.assertEqual(self.targets(), [])
+
+    def test_sizes_are_checked_by_name(self):
+        self.add('a.3bcoef')
+        for size in ('65536x1', '1x65536', '99999999999999999999x1', '70000x70000'):
+            self.expect_words(self.rotate('--size', size), 2,
+                              f'{size} is above 65535 in one direction')
+        for size in ('0x5', '5x0', '-5x5', '+5x5', '5', 'x', '5x', 'x5', '5x5x5', '5 x5', '5.0x5', 'ax5'):
+            self.expect_words(self.rotate(f'--size={size}'), 2,
+                              f'{size} is not a size: give WIDTHxHEIGHT in pixels')
+        self.assertEqual(self.targets(), [])
+        self.expect(self.rotate('--size', '4X3'), 0)
+
+    def test_missing_folders_are_named(self):
+        self.add('a.3bcoef')
+        missing = self.folder / 'missing'
+        self.expect_words(self.run_cli('rotate', '--angle', 90, missing, self.target), 2,
+                          f'the source folder {missing} does not exist')
+        self.expect_words(self.run_cli('rotate', '--angle', 90, self.source, missing), 2,
+                          f'the target folder {missing} does not exist')
+        self.assertFalse(missing.exists())
+        file = self.source / 'a.3bcoef'
+        self.expect_words(self.run_cli('rotate', '--angle', 90, file, self.target), 2,
+                          'is not a folder')
+        self.expect_words(self.run_cli('rotate', '--angle', 90, self.source, file), 2,
+                          'is not a folder')
+
+    def test_the_same_folder_is_refused(self):
+        self.add('a.3bcoef')
+        for same in (self.source, self.source / '.', self.target / '..' / 'source'):
+            self.expect_words(self.run_cli('rotate', '--angle', 90, self.source, same), 2,
+                              'source and target are the same folder')
+        self.assertEqual([p.name for p in self.source.iterdir()], ['a.3bcoef'])
+
+    @posix_only
+    def test_the_same_folder_is_refused_through_a_link(self):
+        self.add('a.3bcoef')
+        link = self.folder / 'link'
+        link.symlink_to(self.source)
+        self.expect_words(self.run_cli('rotate', '--angle', 90, self.source, link), 2, 'same folder')
+
+    def test_nothing_to_do(self):
+        (self.source / 'notes.txt').write_text('x')
+        (self.source / 'x.9fcoef').mkdir()
+        self.expect_words(self.rotate(), 2, f'there is no coefficient file in {self.source}')
+
+    @posix_only
+    def test_a_folder_name_that_is_not_utf8_is_refused(self):
+        odd = os.fsencode(self.folder) + b'/odd\xff'
+        os.mkdir(odd)
+        for arguments in ((odd, self.target), (self.source, odd)):
+            result = subprocess.run([*PROGRAM, 'rotate', '--angle', '90', *arguments],
+                                    capture_output=True)
+            self.expect_words(result, 2, 'its name is not valid UTF-8')
+
+
+class Turn(CliTest):
+    def test_every_kind_by_every_angle(self):
+        raws = {kind: self.add('cab' + kind, 5, 3) for kind in MAGICS}
+        for angle in ANGLES:
+            result = self.rotate(angle=angle)
+            width, height = (5, 3) if angle == 180 else (3, 5)
+            self.expect(result, 0,
+                        [f'cab{kind} -> cab-{angle}°{kind}  (5 x 3 -> {width} x {height})'
+                         for kind in sorted(MAGICS)] + [f'4 files turned by {angle}°, 0 failed'],
+                        [])
+            for kind, raw in raws.items():
+                expected = turned(angle, 5, 3, raw, STORED_BYTES[kind])
+                self.assertEqual(
+                    self.body(self.target / f'cab-{angle}°{kind}', kind, *expected[:2]),
+                    expected[2])
+
+    def test_the_samples_turn_to_the_given_ones(self):
+        for kind, name in CABINETS.items():
+            shutil.copy(SAMPLES / 'cabinet' / (name + kind), self.source)
+        for angle in ANGLES:
+            self.expect(self.rotate(angle=angle), 0)
+            width, height = (40, 24) if angle == 180 else (24, 40)
+            for kind, name in CABINETS.items():
+                output = f'{name}-{angle}°{kind}'
+                self.assertEqual(self.body(self.target / output, kind, width, height),
+                                 self.body(SAMPLES / f'turned-{angle}' / output, kind, width, height))
+
+    def test_every_form_of_frame_is_read(self):
+        raw = raw_elements(90, 80, 9)
+        forms = (dict(), dict(content_checksum=True), dict(block_checksum=True),
+                 dict(block_linked=False), dict(store_size=False),
+                 dict(compression_level=12), dict(compression_level=-5),
+                 dict(block_size=lz4.frame.BLOCKSIZE_MAX4MB),
+                 dict(content_checksum=True, block_checksum=True, store_size=False))
+        for i, form in enumerate(forms):
+            (self.source / f'cab{i}.9bcoef').write_bytes(coef_file('.9bcoef', 90, 80, raw, **form))
+        self.expect(self.rotate(), 0)
+        expected = turned(90, 90, 80, raw, 9)
+        for i in range(len(forms)):
+            self.assertEqual(self.body(self.target / f'cab{i}-90°.9bcoef', '.9bcoef', 80, 90),
+                             expected[2])
+
+    @posix_only
+    def test_the_lz4_tool_reads_what_is_written(self):
+        raw = self.add('cab.9fcoef', 30, 20)
+        self.expect(self.rotate(angle=180), 0)
+        output = self.target / 'cab-180°.9fcoef'
+        unpacked = subprocess.run(f'tail -c +25 "{output}" | lz4 -d', shell=True, check=True,
+                                  capture_output=True).stdout
+        self.assertEqual(unpacked, turned(180, 30, 20, raw, 36)[2])
+
+    def test_one_file_is_counted_in_the_singular(self):
+        self.add('a.3bcoef', 2, 2)
+        self.expect(self.rotate(), 0, ['a.3bcoef -> a-90°.3bcoef  (2 x 2 -> 2 x 2)',
+                                       '1 file turned by 90°, 0 failed'], [])
+
+    def test_a_given_size_cuts_and_fills(self):
+        large = self.add('large.3bcoef', 10, 10)
+        self.add('small.3bcoef', 1, 1)
+        self.expect(self.rotate('--size', '8x6'), 0,
+                    ['large.3bcoef -> large-90°.3bcoef  (8 x 6 -> 6 x 8)',
+                     'small.3bcoef -> small-90°.3bcoef  (8 x 6 -> 6 x 8)',
+                     '2 files turned by 90°, 0 failed'])
+        cut = b''.join(large[y * 30:y * 30 + 24] for y in range(6))
+        self.assertEqual(self.body(self.target / 'large-90°.3bcoef', '.3bcoef', 6, 8),
+                         turned(90, 8, 6, cut, 3)[2])
+        filled = pixel_bytes(0, 0, 3) + b'\xff' * (8 * 6 - 1) * 3
+        self.assertEqual(self.body(self.target / 'small-90°.3bcoef', '.3bcoef', 6, 8),
+                         turned(90, 8, 6, filled, 3)[2])
+
+    def test_a_screen_is_exactly_one_file(self):
+        self.add('a.3bcoef')
+        self.expect(self.rotate('--screen'), 0)
+        (self.target / 'a-90°.3bcoef').unlink()
+        self.add('b.3bcoef')
+        self.expect_words(self.rotate('--screen'), 2,
+                          f'a whole screen is exactly one coefficient file, but {self.source} holds 2')
+        self.assertEqual(self.targets(), [])
+
+    def test_the_source_stays_as_it_is(self):
+        for kind in MAGICS:
+            self.add('cab' + kind)
+        (self.source / 'damaged.3bcoef').write_bytes(b'damaged')
+        (self.source / 'notes.txt').write_text('x')
+        state = lambda: {p.name: (p.read_bytes(), p.stat().st_mtime_ns)
+                         for p in self.source.iterdir()}
+        before = state()
+        self.expect(self.rotate('--lenient', '--size', '4x3', '--jobs', 3), 1)
+        self.assertEqual(state(), before)
+
+    def test_output_lines_are_the_same_for_any_number_of_jobs(self):
+        for i in range(25):
+            self.add(f'cab{i}.9bcoef', 100 - 3 * i, 30)
+        for name in ('cab1x.9bcoef', 'zz.3bcoef'):
+            (self.source / name).write_bytes(b'damaged')
+        one = self.rotate()
+        self.expect(one, 1)
+        for jobs in (2, 3, 8, 256):
+            more = self.rotate('--jobs', jobs)
+            self.expect(more, 1, self.lines(one.stdout), self.lines(one.stderr))
+        self.assertEqual(len(self.targets()), 25)
+
+
+class Names(CliTest):
+    def test_names_of_all_sorts_under_every_locale(self):
+        names = ['A.9FCOEF', 'a.b.3bcoef', '箱体-屏幕.9bcoef', 'wall 90°.3fcoef', '.3bcoef',
+                 'x.9fcoef.bak', 'Ä é.3BcOeF', "quote'$x.3bcoef"]
+        for name in names:
+            self.add(name)
+        (self.source / 'folder.9fcoef').mkdir()
+        (self.source / 'x19fcoef').write_bytes(b'')
+        outputs = sorted(['A-90°.9FCOEF', 'a-90°.b.3bcoef', '箱体-屏幕-90°.9bcoef',
+                          'wall 90°-90°.3fcoef', '-90°.3bcoef', 'x-90°.9fcoef.bak',
+                          'Ä é-90°.3BcOeF', "quote'$x-90°.3bcoef"])
+        # Wine turns arguments and names by the locale; the program itself never looks at it.
+        for locale in ('C.UTF-8',) if IS_WRAPPED else ('C', 'C.UTF-8', 'POSIX', 'no_SUCH.locale'):
+            with self.subTest(locale=locale):
+                result = self.rotate(locale=locale)
+                self.expect(result, 0, err=[])
+                self.assertEqual(self.targets(), outputs)
+                self.assertEqual([line.split(' -> ')[0] for line in self.lines(result.stdout)[:-1]],
+                                 sorted(names))
+                for name in outputs:
+                    (self.target / name).unlink()
+
+    @posix_only
+    def test_a_folder_name_in_any_script_under_the_c_locale(self):
+        self.add('a.3bcoef')
+        named = self.folder / '目标 90°'
+        named.mkdir()
+        self.expect(self.run_cli('rotate', '--angle', 90, self.source, named, locale='C'), 0)
+        self.assertEqual([p.name for p in named.iterdir()], ['a-90°.3bcoef'])
+
+    @posix_only
+    def test_a_file_name_that_is_not_utf8_is_reported(self):
+        self.add('a.3bcoef')
+        odd = os.fsencode(self.source) + b'/b\xff\xe9.3bcoef'
+        shutil.copy(self.source / 'a.3bcoef', odd)
+        for locale in ('C', 'C.UTF-8'):
+            self.expect(self.rotate(locale=locale), 1,
+                        ['a.3bcoef -> a-90°.3bcoef  (4 x 3 -> 3 x 4)',
+                         '1 file turned by 90°, 1 failed'],
+                        ['b\\xFF\\xE9.3bcoef: passed over: its name is not valid UTF-8'])
+
+    @posix_only
+    def test_what_is_no_file_is_passed_over(self):
+        self.add('a.3bcoef')
+        os.mkfifo(self.source / 'pipe.3bcoef')
+        (self.source / 'device.3bcoef').symlink_to('/dev/null')
+        (self.source / 'folder.3bcoef').symlink_to(self.folder)
+        with socket.socket(socket.AF_UNIX) as listener:
+            listener.bind(str(self.source / 'socket.3bcoef'))
+            self.expect(self.rotate(), 0, err=[])
+        self.assertEqual(self.targets(), ['a-90°.3bcoef'])
+
+    @posix_only
+    def test_a_name_that_cannot_grow_is_reported(self):
+        name = 'n' * 247 + '.3bcoef'
+        self.add(name)
+        self.expect(self.rotate(), 1, err=[
+            f'{name}: cannot be given its final name in the target folder'])
+        self.assertEqual(self.targets(), [])
+
+    @posix_only
+    def test_a_folder_that_cannot_be_written_is_reported(self):
+        if os.geteuid() == 0:
+            self.skipTest('the superuser may write everywhere')
+        self.add('a.3bcoef')
+        self.target.chmod(0o500)
+        self.addCleanup(self.target.chmod, 0o700)
+        self.expect_words(self.rotate(), 1, 'cannot be written: E_COEF_OPENFAILED (0xE0830011)')
+
+
+class Damage(CliTest):
+    BAD_CONTENT = ('cannot be read: E_FAIL (0x80004005): '
+                   'the content is damaged or does not match its header')
+    BAD_FORMAT = ('cannot be read: E_COEF_BADFORMAT (0xE0830010): '
+                  'not a file of this kind, or of a newer version')
+
+    def test_strict_names_the_damaged_and_turns_the_others(self):
+        shutil.copy(SAMPLES / 'awkward' / 'cut_short.9fcoef', self.source)
+        shutil.copy(SAMPLES / 'awkward' / 'version_2.9fcoef', self.source)
+        self.add('good.3bcoef')
+        (self.source / 'empty.3bcoef').write_bytes(b'')
+        (self.source / 'wrong.9bcoef').write_bytes((self.source / 'good.3bcoef').read_bytes())
+        self.expect(self.rotate(), 1,
+                    ['good.3bcoef -> good-90°.3bcoef  (4 x 3 -> 3 x 4)',
+                     '1 file turned by 90°, 4 failed'],
+                    [f'cut_short.9fcoef: {self.BAD_CONTENT}', f'empty.3bcoef: {self.BAD_FORMAT}',
+                     f'version_2.9fcoef: {self.BAD_FORMAT}', f'wrong.9bcoef: {self.BAD_FORMAT}'])
+        self.assertEqual(self.targets(), ['good-90°.3bcoef'])
+
+    def test_lenient_writes_what_the_map_holds(self):
+        shutil.copy(SAMPLES / 'awkward' / 'cut_short.9fcoef', self.source)
+        result = self.rotate('--lenient')
+        self.expect(result, 1,
+                    ['cut_short.9fcoef -> cut_short-90°.9fcoef  (40 x 24 -> 24 x 40)',
+                     '1 file turned by 90°, 1 failed'],
+                    [f'cut_short.9fcoef: {self.BAD_CONTENT}'])
+        identity = struct.pack('<9f', 1, 0, 0, 0, 1, 0, 0, 0, 1)
+        self.assertEqual(self.body(self.target / 'cut_short-90°.9fcoef', '.9fcoef', 24, 40),
+                         identity * 24 * 40)
+
+    def test_a_body_of_another_size_is_refused(self):
+        whole = raw_elements(4, 3, 3)
+        for name, raw in (('less', whole[:-3]), ('more', whole + whole[:3]), ('none', b'')):
+            (self.source / f'{name}.3bcoef').write_bytes(coef_file('.3bcoef', 4, 3, raw))
+        self.expect(self.rotate(), 1, ['0 files turned by 90°, 3 failed'],
+                    [f'{name}.3bcoef: {self.BAD_CONTENT}' for name in ('less', 'more', 'none')])
+
+    def test_version_0_is_read(self):
+        self.add('a.3bcoef', version=0)
+        self.expect(self.rotate(), 0)
+
+    def test_a_failed_file_leaves_the_earlier_output(self):
+        (self.source / 'a.3bcoef').write_bytes(b'damaged')
+        (self.target / 'a-90°.3bcoef').write_bytes(b'earlier')
+        self.expect(self.rotate(), 1)
+        self.assertEqual((self.target / 'a-90°.3bcoef').read_bytes(), b'earlier')
+
+    def test_a_size_beyond_the_memory_ends_cleanly(self):
+        self.add('a.3bcoef')
+        if os.sysconf('SC_PHYS_PAGES') * os.sysconf('SC_PAGE_SIZE') > 65535 * 32768 * 48:
+            self.skipTest('this machine has the memory')
+        result = self.rotate('--size', '65535x32768')
+        self.expect(result, 1, ['0 files turned by 90°, 1 failed'],
+                    ['a.3bcoef: not enough memory for 65535 x 32768 pixels'])
+        self.assertEqual(self.targets(), [])
+
+    def test_a_header_that_lies_about_its_size_ends_cleanly(self):
+        header = MAGICS['.3bcoef'] + struct.pack('<IHH', 1, 65535, 32768)
+        (self.source / 'a.3bcoef').write_bytes(header + lz4.frame.compress(b'abc'))
+        result = self.rotate()
+        self.expect(result, 1, ['0 files turned by 90°, 1 failed'])
+        self.assertEqual(self.targets(), [])
+
+
+class Trouble(CliTest):
+    """A disk that fills up, and a user who does not wait."""
+
+    @posix_only
+    def test_a_full_disk_is_noticed(self):
+        noise = bytes((i * i * 2654435761 >> 15) & 0xFF for i in range(400 * 300 * 9))
+        (self.source / 'large.9bcoef').write_bytes(coef_file('.9bcoef', 400, 300, noise))
+        self.add('small.3bcoef', 2, 2)
+        for limit in (20, 5000, 300000):
+            def refuse_long_files():
+                signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+                resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit))
+            result = self.rotate(preexec_fn=refuse_long_files, restore_signals=False)
+            self.expect_words(result, 1, 'large.9bcoef: cannot be written: ')
+            small_fits = limit > 100
+            if not small_fits:  # all of it lies in the stream's buffer until the file is closed
+                self.assertIn('small.3bcoef: cannot be written: the target refused some of the '
+                              'bytes (is the disk full?)', result.stderr.decode())
+            self.assertEqual(self.targets(), ['small-90°.3bcoef'] if small_fits else [])
+
+    @posix_only
+    def test_an_interrupted_run_leaves_whole_files_only(self):
+        noise = bytes((i * i * 2654435761 >> 15) & 0xFF for i in range(500 * 400 * 3))
+        content = coef_file('.3bcoef', 500, 400, noise)
+        for i in range(200):
+            (self.source / f'cab{i:03}.3bcoef').write_bytes(content)
+        expected = turned(90, 500, 400, noise, 3)[2]
+        for number in (signal.SIGINT, signal.SIGTERM):
+            run = subprocess.Popen([*PROGRAM, 'rotate', '--angle', '90', '--jobs', '2',
+                                    str(self.source), str(self.target)],
+                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                   preexec_fn=lambda: signal.signal(number, signal.SIG_DFL))
+            while not any(not name.startswith('.') for name in self.targets()):
+                self.assertIsNone(run.poll(), 'the run ended before it could be interrupted')
+                time.sleep(0.001)
+            run.send_signal(number)
+            out, err = run.communicate(timeout=60)
+            self.assertEqual(run.returncode, 130, (out, err))
+            self.assertEqual(err, b'')
+            written = self.targets()
+            self.assertLess(len(written), 200)
+            self.assertEqual(self.lines(out)[-1],
+                             f'{len(written)} file{"s" * (len(written) != 1)} turned by 90°, '
+                             '0 failed, interrupted')
+            for name in written:
+                self.assertRegex(name, r'^cab\d{3}-90°\.3bcoef$')
+                self.assertEqual(self.body(self.target / name, '.3bcoef', 400, 500), expected)
+                (self.target / name).unlink()
+
+    @posix_only
+    def test_a_reader_that_goes_away_leaves_no_temporary(self):
+        for i in range(150):
+            self.add(f'{"cab" * 30}{i:03}.3bcoef', 60, 60)
+        run = subprocess.Popen([*PROGRAM, 'rotate', '--angle', '90', str(self.source),
+                                str(self.target)], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        run.stdout.close()
+        error = run.stderr.read()
+        run.stderr.close()
+        self.assertEqual(run.wait(timeout=60), 1)
+        self.assertEqual(error, b'trevolt-cli: the standard output cannot be written\n')
+        self.assertLess(len(self.targets()), 150)
+        self.assertEqual([name for name in self.targets() if name.startswith('.')], [])
+
+    @posix_only
+    def test_output_that_cannot_be_written_is_an_error(self):
+        self.add('a.3bcoef')
+        with open('/dev/full', 'wb') as full:
+            result = subprocess.run([*PROGRAM, 'rotate', '--angle', '90', str(self.source),
+                                     str(self.target)], stdout=full, stderr=subprocess.PIPE)
+        self.assertEqual(result.returncode, 1)
+        self.assertEqual(result.stderr, b'trevolt-cli: the standard output cannot be written\n')
+        self.assertEqual(self.targets(), ['a-90°.3bcoef'])
+
+    @posix_only
+    def test_an_ignored_interrupt_stays_ignored(self):
+        for i in range(100):
+            self.add(f'cab{i}.3bcoef', 60, 60)
+        run = subprocess.Popen([*PROGRAM, 'rotate', '--angle', '90', str(self.source),
+                                str(self.target)], stdout=subprocess.PIPE,
+                               preexec_fn=lambda: signal.signal(signal.SIGHUP, signal.SIG_IGN))
+        while not self.targets():
+            time.sleep(0.001)
+        run.send_signal(signal.SIGHUP)  # as the end of the terminal of a nohup command
+        run.communicate(timeout=60)
+        self.assertEqual(run.returncode, 0)
+        self.assertEqual(len(self.targets()), 100)
+
+
+class Demo(CliTest):
+    def test_the_demo_wall_turns(self):
+        wall = self.folder / 'new' / 'wall'
+        self.expect(self.run_cli('demo', wall), 0, [f'demo wall written to {wall}'])
+        self.assertIn('Cab_01.9fcoef', [p.name for p in wall.iterdir()])
+        self.expect(self.run_cli('rotate', '--angle', 270, wall, self.target), 0, err=[])
+        self.assertEqual(len(self.targets()), len(list(wall.iterdir())))
+
+    def test_a_folder_that_cannot_be_made_is_named(self):
+        (self.folder / 'file').write_text('x')
+        folder = self.folder / 'file' / 'wall'
+        self.expect_words(self.run_cli('demo', folder), 2, f'the folder {folder} cannot be made')
+
+
+if __name__ == '__main__':
+    arguments = sys.argv[1:]
+    if not arguments:
+        sys.exit(__doc__)
+    PROGRAM = [os.path.abspath(arguments.pop(0))]
+    if arguments[:1] == ['--wrapper']:
+        IS_WRAPPED = True
+        PROGRAM = [arguments[1], *PROGRAM]
+        arguments = arguments[2:]
+    unittest.main(argv=[sys.argv[0], *arguments])
