@@ -45,11 +45,7 @@ std::size_t ResidentBytes() {
 }
 
 TYPED_TEST(Lifetimes, TenThousandLoadsDoNotGrowMemory) {
-    const std::wstring sample =
-        test::Sample(test::KindOf<TypeParam>::kKind == kBright        ? L"cabinet/Cab_07.3wcoef"
-                     : test::KindOf<TypeParam>::kKind == kChroma      ? L"cabinet/Cab_06.9wcoef"
-                     : test::KindOf<TypeParam>::kKind == kGreenBright ? L"cabinet/Cab_08.4wcoef"
-                                                                      : L"cabinet/Cab_09.12wcoef");
+    const std::wstring sample = test::CabinetSample<TypeParam>();
     const auto load = [&](int round) {
         TypeParam object;
         object.SetFileKind(2);

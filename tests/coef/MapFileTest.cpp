@@ -105,8 +105,7 @@ class MapFiles : public ::testing::Test {
     Object object;
     CChromaCorrectCoef map;
 };
-using MapKinds = ::testing::Types<CCNewBrightCorrectCoef, CCNewChromaCorrectCoef>;
-TYPED_TEST_SUITE(MapFiles, MapKinds);
+TYPED_TEST_SUITE(MapFiles, test::MapKinds);
 
 TYPED_TEST(MapFiles, SavedRegions) {
     const SPixelRect rect{5, 3, 45, 33};
@@ -585,7 +584,7 @@ TEST_F(BrightLoad, AHeaderWithoutASize) {
 // A map image leaves its map without a size, so nothing is converted: S_OK whatever it holds.
 template <class Object>
 class MapImages : public ::testing::Test {};
-TYPED_TEST_SUITE(MapImages, MapKinds);
+TYPED_TEST_SUITE(MapImages, test::MapKinds);
 
 TYPED_TEST(MapImages, GiveSuccessAndChangeNothing) {
     const test::CTemporaryFolder folder;
@@ -714,8 +713,7 @@ TEST_F(ChromaLoad, AFailedReadIsNotReported) {
 
 template <class Object>
 class GreenLegacy : public ::testing::Test {};
-using GreenKinds = ::testing::Types<CVirtualGreenBrightCorrectCoef, CVirtualGreenChromaCorrectCoef>;
-TYPED_TEST_SUITE(GreenLegacy, GreenKinds);
+TYPED_TEST_SUITE(GreenLegacy, test::GreenKinds);
 
 TYPED_TEST(GreenLegacy, TheMatrixGoesOutAndInAndTheGreenWordsStay) {
     const test::CTemporaryFolder folder;

@@ -16,50 +16,13 @@ using test::Bytes;
 using test::ReadFile;
 using test::Sample;
 
-template <class Object>
-struct SampleOf;
-template <>
-struct SampleOf<CCNewBrightCorrectCoef> {
-    static constexpr const wchar_t* kName = L"Cab_07";
-    static constexpr const wchar_t* kExtension = L".3wcoef";
-    static constexpr auto kSize = &CColorCorrectCoef::GetBrightCoefSize;
-    static constexpr auto kTurn = &CColorCorrectCoef::SaveTurnedFileB;
-};
-template <>
-struct SampleOf<CCNewChromaCorrectCoef> {
-    static constexpr const wchar_t* kName = L"Cab_06";
-    static constexpr const wchar_t* kExtension = L".9wcoef";
-    static constexpr auto kSize = &CColorCorrectCoef::GetChromaCoefSize;
-    static constexpr auto kTurn = &CColorCorrectCoef::SaveTurnedFileC;
-};
-template <>
-struct SampleOf<CVirtualGreenBrightCorrectCoef> {
-    static constexpr const wchar_t* kName = L"Cab_08";
-    static constexpr const wchar_t* kExtension = L".4wcoef";
-    static constexpr auto kSize = &CColorCorrectCoef::GetVBCoefSize;
-    static constexpr auto kTurn = &CColorCorrectCoef::SaveTurnedFileVB;
-};
-template <>
-struct SampleOf<CVirtualGreenChromaCorrectCoef> {
-    static constexpr const wchar_t* kName = L"Cab_09";
-    static constexpr const wchar_t* kExtension = L".12wcoef";
-    static constexpr auto kSize = &CColorCorrectCoef::GetVCCoefSize;
-    static constexpr auto kTurn = &CColorCorrectCoef::SaveTurnedFileVC;
-};
-
-template <class Object>
-std::wstring SampleName(const wchar_t* folder, const wchar_t* angle) {
-    using Facts = SampleOf<Object>;
-    return Sample(std::wstring(folder) + Facts::kName + angle + Facts::kExtension);
-}
-
 /// Sizes an object from the file's header, as a caller does, and loads the file.
 template <class Object>
 void LoadSized(Object& object, const std::wstring& path) {
     object.SetFileKind(2);
     std::uint32_t width = 0;
     std::uint32_t height = 0;
-    ASSERT_EQ((object.*SampleOf<Object>::kSize)(path.c_str(), width, height), S_OK);
+    ASSERT_EQ((object.*test::KindOf<Object>::kSize)(path.c_str(), width, height), S_OK);
     ASSERT_EQ(object.Store()->Allocate(width, height), S_OK);
     ASSERT_EQ(object.LoadCoef(path.c_str()), S_OK);
 }
@@ -87,11 +50,11 @@ TYPED_TEST_SUITE(SampleFiles, test::AllKinds);
 
 TYPED_TEST(SampleFiles, CabinetsAreWrittenAsTheyWere) {
     const test::CTemporaryFolder folder;
-    for (const auto& [where, angle] : {std::pair{L"cabinet/", L""},
-                                       {L"turned-90/", L"-90\u00B0"},
-                                       {L"turned-180/", L"-180\u00B0"},
-                                       {L"turned-270/", L"-270\u00B0"}}) {
-        const std::wstring sample = SampleName<TypeParam>(where, angle);
+    for (const auto& [where, angle] : {std::pair{L"cabinet", L""},
+                                       {L"turned-90", L"-90\u00B0"},
+                                       {L"turned-180", L"-180\u00B0"},
+                                       {L"turned-270", L"-270\u00B0"}}) {
+        const std::wstring sample = test::CabinetSample<TypeParam>(where, angle);
         TypeParam object;
         ASSERT_NO_FATAL_FAILURE(LoadSized(object, sample));
         const bool isUpright = object.GetWidth() == 40;
@@ -113,15 +76,15 @@ TYPED_TEST(SampleFiles, CabinetsAreWrittenAsTheyWere) {
 TYPED_TEST(SampleFiles, TurnedCabinetsAreTheSamples) {
     const test::CTemporaryFolder folder;
     TypeParam cabinet;
-    ASSERT_NO_FATAL_FAILURE(LoadSized(cabinet, SampleName<TypeParam>(L"cabinet/", L"")));
+    ASSERT_NO_FATAL_FAILURE(LoadSized(cabinet, test::CabinetSample<TypeParam>(L"cabinet", L"")));
     const std::wstring out = folder.File(L"turned.coef");
     const std::pair<std::uint32_t, std::wstring> turns[] = {
-        {1, SampleName<TypeParam>(L"turned-90/", L"-90\u00B0")},
-        {2, SampleName<TypeParam>(L"turned-180/", L"-180\u00B0")},
-        {3, SampleName<TypeParam>(L"turned-270/", L"-270\u00B0")}};
+        {1, test::CabinetSample<TypeParam>(L"turned-90", L"-90\u00B0")},
+        {2, test::CabinetSample<TypeParam>(L"turned-180", L"-180\u00B0")},
+        {3, test::CabinetSample<TypeParam>(L"turned-270", L"-270\u00B0")}};
     for (const auto& [mode, sample] : turns) {
-        ASSERT_EQ((cabinet.*SampleOf<TypeParam>::kTurn)(out.c_str(), {0, 0, 40, 24}, mode, nullptr,
-                                                        nullptr),
+        ASSERT_EQ((cabinet.*test::KindOf<TypeParam>::kTurnedFile)(out.c_str(), {0, 0, 40, 24}, mode,
+                                                                  nullptr, nullptr),
                   S_OK);
         TypeParam turned;
         TypeParam expected;
@@ -184,7 +147,7 @@ void ExpectDecoded(const Object& object, const std::wstring& table) {
 }
 
 TYPED_TEST(SampleFiles, PixelsByValue) {
-    const std::wstring sample = SampleName<TypeParam>(L"cabinet/", L"");
+    const std::wstring sample = test::CabinetSample<TypeParam>(L"cabinet", L"");
     TypeParam object;
     ASSERT_NO_FATAL_FAILURE(LoadSized(object, sample));
     ExpectDecoded(object, sample + L".csv");

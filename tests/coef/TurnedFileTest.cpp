@@ -7,33 +7,6 @@
 namespace trevolt {
 namespace {
 
-template <class Object>
-struct TurnedSlots;
-template <>
-struct TurnedSlots<CCNewBrightCorrectCoef> {
-    static constexpr auto kBand = &CColorCorrectCoef::SaveTurnedBandB;
-    static constexpr auto kFile = &CColorCorrectCoef::SaveTurnedFileB;
-    static constexpr Status kOpenFailed = E_HANDLE;
-};
-template <>
-struct TurnedSlots<CCNewChromaCorrectCoef> {
-    static constexpr auto kBand = &CColorCorrectCoef::SaveTurnedBandC;
-    static constexpr auto kFile = &CColorCorrectCoef::SaveTurnedFileC;
-    static constexpr Status kOpenFailed = E_COEF_OPENFAILED;
-};
-template <>
-struct TurnedSlots<CVirtualGreenBrightCorrectCoef> {
-    static constexpr auto kBand = &CColorCorrectCoef::SaveTurnedBandVB;
-    static constexpr auto kFile = &CColorCorrectCoef::SaveTurnedFileVB;
-    static constexpr Status kOpenFailed = E_HANDLE;
-};
-template <>
-struct TurnedSlots<CVirtualGreenChromaCorrectCoef> {
-    static constexpr auto kBand = &CColorCorrectCoef::SaveTurnedBandVC;
-    static constexpr auto kFile = &CColorCorrectCoef::SaveTurnedFileVC;
-    static constexpr Status kOpenFailed = E_HANDLE;
-};
-
 struct SPlace {
     std::uint32_t x;
     std::uint32_t y;
@@ -55,7 +28,7 @@ SPlace Turned(std::uint32_t mode, std::uint32_t w, std::uint32_t h, std::uint32_
 template <class Object>
 class TurnedFiles : public ::testing::Test {
   protected:
-    using Slots = TurnedSlots<Object>;
+    using Facts = test::KindOf<Object>;
 
     TurnedFiles() {
         object.SetFileKind(2);
@@ -85,7 +58,7 @@ class TurnedFiles : public ::testing::Test {
     }
 
     Status SaveFile(const wchar_t* file, const SPixelRect& rect, std::uint32_t mode) {
-        return (object.*Slots::kFile)(file, rect, mode, nullptr, nullptr);
+        return (object.*Facts::kTurnedFile)(file, rect, mode, nullptr, nullptr);
     }
 
     test::CTemporaryFolder folder;
@@ -129,7 +102,7 @@ TYPED_TEST(TurnedFiles, Bands) {
                 source.left = rect.right - bottom;
                 source.right = rect.right - top;
             }
-            ASSERT_EQ((this->object.*TestFixture::Slots::kBand)(
+            ASSERT_EQ((this->object.*TestFixture::Facts::kTurnedBand)(
                           this->path.c_str(), source, mode, whole, directory, data,
                           static_cast<std::uint32_t>(top), name.data(), &flag),
                       S_OK);
@@ -169,8 +142,8 @@ TYPED_TEST(TurnedFiles, Statuses) {
     std::uint64_t directory = 0;
     std::uint64_t data = 0;
     const auto band = [&](const wchar_t* file, const SPixelRect& area, std::uint32_t mode) {
-        return (this->object.*TestFixture::Slots::kBand)(file, area, mode, {0, 0, 40, 24},
-                                                         directory, data, 0, nullptr, nullptr);
+        return (this->object.*TestFixture::Facts::kTurnedBand)(
+            file, area, mode, {0, 0, 40, 24}, directory, data, 0, nullptr, nullptr);
     };
     const std::wstring unopenable = this->folder.File(L"missing") + L"/a.coef";
     const wchar_t* const file = this->path.c_str();
@@ -190,10 +163,10 @@ TYPED_TEST(TurnedFiles, Statuses) {
     EXPECT_EQ(this->SaveFile(file, {0, 0, 2147483647, 2147483647}, 1), E_FAIL);
     EXPECT_EQ(band(file, {0, 0, 2147483647, 1}, 2), E_FAIL);
     EXPECT_FALSE(test::FileExists(this->path));
-    EXPECT_EQ(this->SaveFile(unopenable.c_str(), rect, 1), TestFixture::Slots::kOpenFailed);
-    EXPECT_EQ(band(unopenable.c_str(), rect, 2), TestFixture::Slots::kOpenFailed);
+    EXPECT_EQ(this->SaveFile(unopenable.c_str(), rect, 1), TestFixture::Facts::kOutputOpenFailed);
+    EXPECT_EQ(band(unopenable.c_str(), rect, 2), TestFixture::Facts::kOutputOpenFailed);
     TypeParam empty;
-    EXPECT_EQ((empty.*TestFixture::Slots::kFile)(file, rect, 1, nullptr, nullptr),
+    EXPECT_EQ((empty.*TestFixture::Facts::kTurnedFile)(file, rect, 1, nullptr, nullptr),
               E_COEF_INVALIDARG);
 }
 

@@ -21,41 +21,6 @@ using test::Sample;
 using test::WriteFile;
 
 template <class Object>
-struct KindFacts;
-template <>
-struct KindFacts<CCNewBrightCorrectCoef> {
-    static constexpr ChunkFormatId kFormat = kBrightChunkFormat;
-    static constexpr Status kOutputOpenFailed = E_HANDLE;
-    static constexpr std::size_t kRecordBytes = 56;
-    static constexpr auto kSize = &CColorCorrectCoef::GetBrightCoefSize;
-    static constexpr auto kInfo = &CColorCorrectCoef::GetBrightCoefInfo;
-};
-template <>
-struct KindFacts<CCNewChromaCorrectCoef> {
-    static constexpr ChunkFormatId kFormat = kChromaChunkFormat;
-    static constexpr Status kOutputOpenFailed = E_COEF_OPENFAILED;
-    static constexpr std::size_t kRecordBytes = 56;
-    static constexpr auto kSize = &CColorCorrectCoef::GetChromaCoefSize;
-    static constexpr auto kInfo = &CColorCorrectCoef::GetChromaCoefInfo;
-};
-template <>
-struct KindFacts<CVirtualGreenBrightCorrectCoef> {
-    static constexpr ChunkFormatId kFormat = kVirtualGreenBrightChunkFormat;
-    static constexpr Status kOutputOpenFailed = E_HANDLE;
-    static constexpr std::size_t kRecordBytes = 68;
-    static constexpr auto kSize = &CColorCorrectCoef::GetVBCoefSize;
-    static constexpr auto kInfo = &CColorCorrectCoef::GetVBCoefInfo;
-};
-template <>
-struct KindFacts<CVirtualGreenChromaCorrectCoef> {
-    static constexpr ChunkFormatId kFormat = kVirtualGreenChromaChunkFormat;
-    static constexpr Status kOutputOpenFailed = E_HANDLE;
-    static constexpr std::size_t kRecordBytes = 68;
-    static constexpr auto kSize = &CColorCorrectCoef::GetVCCoefSize;
-    static constexpr auto kInfo = &CColorCorrectCoef::GetVCCoefInfo;
-};
-
-template <class Object>
 constexpr bool kIsGreen = kWordKind<test::ElementOf<Object>>.hasFileKind;
 
 SChunkHeader HeaderOf(const Bytes& file) {
@@ -71,7 +36,7 @@ SPixelRect Whole(const CColorCorrectCoef& object) {
 template <class Object>
 class WordFiles : public ::testing::Test {
   protected:
-    using Facts = KindFacts<Object>;
+    using Facts = test::KindOf<Object>;
 
     WordFiles() { object.SetFileKind(2); }
 
@@ -412,8 +377,7 @@ TYPED_TEST(WordFiles, AFullDiskIsNotedWhereTheStatusIsFine) {
 
 template <class Object>
 class GreenFiles : public WordFiles<Object> {};
-using GreenKinds = ::testing::Types<CVirtualGreenBrightCorrectCoef, CVirtualGreenChromaCorrectCoef>;
-TYPED_TEST_SUITE(GreenFiles, GreenKinds);
+TYPED_TEST_SUITE(GreenFiles, test::GreenKinds);
 
 TYPED_TEST(GreenFiles, OnlyFilesOfTheSameFileKindAreTaken) {
     test::CreateWithPattern(this->object, 40, 24);
@@ -616,8 +580,7 @@ TEST_F(ExtraWordFiles, AsAStream) {
 
 template <class Object>
 class ChunkStreams : public WordFiles<Object> {};
-using MapKinds = ::testing::Types<CCNewBrightCorrectCoef, CCNewChromaCorrectCoef>;
-TYPED_TEST_SUITE(ChunkStreams, MapKinds);
+TYPED_TEST_SUITE(ChunkStreams, test::MapKinds);
 
 TYPED_TEST(ChunkStreams, HoldWhatAFileHolds) {
     test::CreateWithPattern(this->object, 300, 140);
