@@ -83,7 +83,7 @@ class CCNewChromaCorrectCoef final : public CMapCorrectCoef<S9WordCoef> {
     Status WriteChunks2(std::ostream& stream, const SPixelRect& rect, const std::byte* name,
                         const std::uint8_t* flag) override;
 
-    // ---- slots that only this kind has ----
+    // ---- slots of the chroma kind alone ----
 
     /// [125] Writes the whole of both stores as a word file with extra words, whatever the path's
     /// extension. E_POINTER for a null path or without a matrix store, E_COEF_OPENFAILED; else

@@ -239,8 +239,8 @@ class CColorCorrectCoef {
     //
     // A map operation's pixels go to the store at the place told, by (int)(value × 65535 + 0.5)
     // truncated to the low 16 bits. The store must have been created; what reaches past it is cut
-    // off. A reader that fails ends the operation with its status, the store unchanged; then a
-    // conversion without any pixel gives E_FAIL.
+    // off, and a rectangle without pixels gives E_FAIL. A reader that fails ends the operation with
+    // its status, the store unchanged.
 
     /// [47] Loads a text file to (x, y) with the full matrix; pixels that it does not name become
     /// the default. `width` and `height` are set from the file's size lines or raised to its

@@ -18,7 +18,8 @@ LinearToGammaTable ComputeLinearToGamma() {
     LinearToGammaTable table{};
     for (std::size_t i = 0; i < table.size(); ++i) {
         const double level = std::pow(static_cast<double>(i) * (1.0 / 65536.0), exponent) * 255.0;
-        table[i] = static_cast<std::uint32_t>(static_cast<float>(level) + 0.5F);
+        const float raised = static_cast<float>(level) + 0.5F; // no level is negative
+        table[i] = static_cast<std::uint32_t>(raised);
     }
     return table;
 }

@@ -14,34 +14,75 @@
 #include "coef/ColorCorrectCoefSlots.h"
 #include "coef/VirtualGreenBrightCorrectCoef.h"
 #include "coef/VirtualGreenChromaCorrectCoef.h"
+#include "tests/support/TestFiles.h"
 
 namespace trevolt::test {
 
+/// What the tests must know of a kind, in figures of their own.
 template <class Object>
 struct KindOf;
 template <>
 struct KindOf<CCNewBrightCorrectCoef> {
     using Element = S3WordCoef;
     static constexpr CoefKinds kKind = kBright;
+    static constexpr ChunkFormatId kFormat = kBrightChunkFormat;
+    static constexpr Status kOutputOpenFailed = E_HANDLE;
+    static constexpr std::size_t kRecordBytes = 56;
+    static constexpr auto kSize = &CColorCorrectCoef::GetBrightCoefSize;
+    static constexpr auto kInfo = &CColorCorrectCoef::GetBrightCoefInfo;
+    static constexpr auto kTurnedBand = &CColorCorrectCoef::SaveTurnedBandB;
+    static constexpr auto kTurnedFile = &CColorCorrectCoef::SaveTurnedFileB;
+    static constexpr const wchar_t* kSampleName = L"Cab_07";
+    static constexpr const wchar_t* kSampleExtension = L".3wcoef";
 };
 template <>
 struct KindOf<CCNewChromaCorrectCoef> {
     using Element = S9WordCoef;
     static constexpr CoefKinds kKind = kChroma;
+    static constexpr ChunkFormatId kFormat = kChromaChunkFormat;
+    static constexpr Status kOutputOpenFailed = E_COEF_OPENFAILED;
+    static constexpr std::size_t kRecordBytes = 56;
+    static constexpr auto kSize = &CColorCorrectCoef::GetChromaCoefSize;
+    static constexpr auto kInfo = &CColorCorrectCoef::GetChromaCoefInfo;
+    static constexpr auto kTurnedBand = &CColorCorrectCoef::SaveTurnedBandC;
+    static constexpr auto kTurnedFile = &CColorCorrectCoef::SaveTurnedFileC;
+    static constexpr const wchar_t* kSampleName = L"Cab_06";
+    static constexpr const wchar_t* kSampleExtension = L".9wcoef";
 };
 template <>
 struct KindOf<CVirtualGreenBrightCorrectCoef> {
     using Element = S4WordCoef;
     static constexpr CoefKinds kKind = kGreenBright;
+    static constexpr ChunkFormatId kFormat = kVirtualGreenBrightChunkFormat;
+    static constexpr Status kOutputOpenFailed = E_HANDLE;
+    static constexpr std::size_t kRecordBytes = 68;
+    static constexpr auto kSize = &CColorCorrectCoef::GetVBCoefSize;
+    static constexpr auto kInfo = &CColorCorrectCoef::GetVBCoefInfo;
+    static constexpr auto kTurnedBand = &CColorCorrectCoef::SaveTurnedBandVB;
+    static constexpr auto kTurnedFile = &CColorCorrectCoef::SaveTurnedFileVB;
+    static constexpr const wchar_t* kSampleName = L"Cab_08";
+    static constexpr const wchar_t* kSampleExtension = L".4wcoef";
 };
 template <>
 struct KindOf<CVirtualGreenChromaCorrectCoef> {
     using Element = S12WordCoef;
     static constexpr CoefKinds kKind = kGreenChroma;
+    static constexpr ChunkFormatId kFormat = kVirtualGreenChromaChunkFormat;
+    static constexpr Status kOutputOpenFailed = E_HANDLE;
+    static constexpr std::size_t kRecordBytes = 68;
+    static constexpr auto kSize = &CColorCorrectCoef::GetVCCoefSize;
+    static constexpr auto kInfo = &CColorCorrectCoef::GetVCCoefInfo;
+    static constexpr auto kTurnedBand = &CColorCorrectCoef::SaveTurnedBandVC;
+    static constexpr auto kTurnedFile = &CColorCorrectCoef::SaveTurnedFileVC;
+    static constexpr const wchar_t* kSampleName = L"Cab_09";
+    static constexpr const wchar_t* kSampleExtension = L".12wcoef";
 };
 
 using AllKinds = ::testing::Types<CCNewBrightCorrectCoef, CCNewChromaCorrectCoef,
                                   CVirtualGreenBrightCorrectCoef, CVirtualGreenChromaCorrectCoef>;
+/// The kinds that load and save through a coefficient map.
+using MapKinds = ::testing::Types<CCNewBrightCorrectCoef, CCNewChromaCorrectCoef>;
+using GreenKinds = ::testing::Types<CVirtualGreenBrightCorrectCoef, CVirtualGreenChromaCorrectCoef>;
 
 template <class Object>
 using ElementOf = typename KindOf<Object>::Element;
@@ -87,6 +128,14 @@ std::wstring DigestOf(const Object& object) {
     std::wstring digest;
     EXPECT_EQ(object.GetStoreDigest(digest), S_OK);
     return digest;
+}
+
+/// The kind's cabinet among the samples, or what it turns to: `angle` is part of its name.
+template <class Object>
+std::wstring CabinetSample(const std::wstring& folder = L"cabinet",
+                           const std::wstring& angle = L"") {
+    return Sample(folder + L"/" + KindOf<Object>::kSampleName + angle +
+                  KindOf<Object>::kSampleExtension);
 }
 
 /// Words of a pixel, the default element's for a missing one.

@@ -64,8 +64,8 @@ TEST(VirtualTable, EntriesAnswerWhenCalledByNumber) {
     CCNewChromaCorrectCoef chroma;
     CVirtualGreenBrightCorrectCoef greenBright;
     CVirtualGreenChromaCorrectCoef greenChroma;
-    for (CColorCorrectCoef* object : std::initializer_list<CColorCorrectCoef*>{
-             &bright, &chroma, &greenBright, &greenChroma}) {
+    for (CColorCorrectCoef* object :
+         std::initializer_list<CColorCorrectCoef*>{&bright, &chroma, &greenBright, &greenChroma}) {
         using Create = Status (*)(CColorCorrectCoef*, std::uint16_t, std::uint16_t);
         using GetExtent = std::uint32_t (*)(const CColorCorrectCoef*);
         using Convert = Status (*)(CColorCorrectCoef*);

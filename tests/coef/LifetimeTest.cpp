@@ -1,0 +1,76 @@
+// Many objects one after the other: the tables are computed once, and memory does not grow.
+#include <gtest/gtest.h>
+
+#include "common/MemoryBudget.h"
+#include "tests/coef/CoefObjects.h"
+#include "tests/support/TestFiles.h"
+
+#ifndef _WIN32
+#include <fstream>
+#include <unistd.h>
+#endif
+
+#if defined(__SANITIZE_ADDRESS__)
+#define TREVOLT_KEEPS_FREED_MEMORY 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define TREVOLT_KEEPS_FREED_MEMORY 1
+#endif
+#endif
+
+namespace trevolt {
+namespace {
+
+template <class Object>
+class Lifetimes : public ::testing::Test {};
+TYPED_TEST_SUITE(Lifetimes, test::AllKinds);
+
+TYPED_TEST(Lifetimes, GiveBackWhatTheyTook) {
+    const std::uint64_t before = CMemoryBudget::Process().Outstanding();
+    {
+        TypeParam object;
+        test::CreateWithPattern(object, 300, 140);
+        EXPECT_GT(CMemoryBudget::Process().Outstanding(), before);
+    }
+    EXPECT_EQ(CMemoryBudget::Process().Outstanding(), before);
+}
+
+#if !defined(_WIN32) && !defined(TREVOLT_KEEPS_FREED_MEMORY)
+std::size_t ResidentBytes() {
+    std::ifstream statm("/proc/self/statm");
+    std::size_t total = 0;
+    std::size_t resident = 0;
+    statm >> total >> resident;
+    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+TYPED_TEST(Lifetimes, TenThousandLoadsDoNotGrowMemory) {
+    const std::wstring sample = test::CabinetSample<TypeParam>();
+    const auto load = [&](int round) {
+        TypeParam object;
+        object.SetFileKind(2);
+        EXPECT_EQ(object.Create(40, 24), S_OK);
+        EXPECT_EQ(object.LoadCoef(sample.c_str()), S_OK);
+        if (test::KindOf<TypeParam>::kKind == kChroma && round % 100 == 0) {
+            EXPECT_TRUE(object.FillRectChannel(0, 0, 0, 1, 1, 0.1F, 41)); // a pair of its own
+        }
+    };
+    for (int i = 0; i < 100; ++i)
+        load(i);
+    const std::size_t before = ResidentBytes();
+    for (int i = 0; i < 10000; ++i)
+        load(i);
+    EXPECT_LT(ResidentBytes(), before + 2 * 1024 * 1024);
+}
+#endif
+
+TEST(Lifetimes, TablesAreComputedOnce) {
+    const CCaliOperationData first;
+    const CCaliOperationData second;
+    EXPECT_EQ(first.Row(7).data(), second.Row(7).data());
+    EXPECT_EQ(first.Row(41).data(), second.Row(0).data()); // with step 0 it is row 0
+    EXPECT_EQ(&DefaultLinearToGamma(), &DefaultLinearToGamma());
+}
+
+} // namespace
+} // namespace trevolt
