@@ -55,9 +55,10 @@ FolderListing ListEntries(const std::wstring& prefix) {
         const std::string name = entry->d_name;
         if (!name.starts_with(nameBegin))
             continue;
+        const EntryKind kind = KindOf(folder + name);
         if (auto wide = Utf8ToWide(name))
-            listing.entries.push_back({std::move(*wide), KindOf(folder + name)});
-        else
+            listing.entries.push_back({std::move(*wide), kind});
+        else if (kind == EntryKind::File)
             listing.unnamedByUtf8.push_back(name);
     }
     return listing;
