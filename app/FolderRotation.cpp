@@ -171,6 +171,7 @@ class CFileRotation {
 };
 
 struct KnownFiles {
+    bool denied = false;                ///< the folder may not be read
     std::vector<std::wstring> names;    ///< sorted
     std::vector<std::string> unnamable; ///< of a known kind, but not valid UTF-8
 };
@@ -178,6 +179,7 @@ struct KnownFiles {
 KnownFiles FindKnownFiles(const std::wstring& folder) {
     KnownFiles known;
     const FolderListing listing = ListEntries(folder);
+    known.denied = listing.denied;
     for (const FolderEntry& entry : listing.entries)
         if (entry.kind == EntryKind::File && FindLoadKind(ToLowerAscii(entry.name)) != nullptr)
             known.names.push_back(entry.name);
@@ -210,6 +212,8 @@ std::string FindObstacle(const SRotationRequest& request) {
 std::string FindObstacle(const SRotationRequest& request, const KnownFiles& known) {
     const std::size_t count = known.names.size() + known.unnamable.size();
     const std::string source = WideToShownUtf8(request.sourceFolder);
+    if (known.denied)
+        return fmt::format("the source folder {} may not be read", source);
     if (count == 0)
         return fmt::format("there is no coefficient file in {}", source);
     if (request.wholeScreen && count != 1)

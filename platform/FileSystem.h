@@ -31,6 +31,7 @@ struct FolderEntry {
 };
 
 struct FolderListing {
+    bool denied = false;                    ///< the folder stands and may not be read
     std::vector<FolderEntry> entries;       ///< in the system's order, "." and ".." included
     std::vector<std::string> unnamedByUtf8; ///< files (POSIX) whose raw names are not valid UTF-8
 };

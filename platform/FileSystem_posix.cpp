@@ -49,8 +49,10 @@ FolderListing ListEntries(const std::wstring& prefix) {
     const std::string folder = nameStart == 0 ? "./" : native->substr(0, nameStart);
     const std::string nameBegin = native->substr(nameStart);
     const std::unique_ptr<DIR, DirCloser> dir(opendir(folder.c_str()));
-    if (!dir)
+    if (!dir) {
+        listing.denied = errno == EACCES;
         return listing;
+    }
     while (const dirent* entry = readdir(dir.get())) {
         const std::string name = entry->d_name;
         if (!name.starts_with(nameBegin))

@@ -409,6 +409,16 @@ class Names(CliTest):
         self.assertEqual(self.targets(), [])
 
     @posix_only
+    def test_a_source_folder_that_may_not_be_read_is_named(self):
+        if os.geteuid() == 0:
+            self.skipTest('the superuser may read everywhere')
+        self.add('a.3bcoef')
+        self.source.chmod(0o300)
+        self.addCleanup(self.source.chmod, 0o700)
+        self.expect(self.rotate(), 2, [],
+                    [f'trevolt-cli: the source folder {self.source} may not be read'])
+
+    @posix_only
     def test_a_folder_that_cannot_be_written_is_reported(self):
         if os.geteuid() == 0:
             self.skipTest('the superuser may write everywhere')
