@@ -4,8 +4,11 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace trevolt {
+
+inline constexpr int kDialogTemplate = 102;
 
 /// Control ids of the dialog template.
 enum EControlId : int {
@@ -35,25 +38,60 @@ enum EMessageStyle : std::uint32_t {
     kMessageInformation = 0x40
 };
 
+/// What the folder browser answered. A chosen item that lies in no file system has no path.
+struct SBrowsedFolder {
+    bool isChosen = false;
+    std::wstring path;
+};
+
 class CDialogView {
   public:
     virtual ~CDialogView() = default;
+
+    /// Gives the window its icons and its system menu the entry of the about box.
+    virtual void SetUpWindow() = 0;
+    virtual void SetTitle(const std::wstring& text) = 0;
 
     virtual std::wstring GetText(int id) const = 0;
     virtual void SetText(int id, const std::wstring& text) = 0;
     virtual void Enable(int id, bool enabled) = 0;
     virtual void Show(int id, bool shown) = 0;
 
+    virtual bool IsChecked(int id) const = 0;
+    /// Checks the radio button and unchecks the other of its group.
+    virtual void Check(int id) = 0;
+
+    virtual void ClearEntries(int id) = 0;
+    /// Appends an entry to the box.
+    virtual void AddEntry(int id, std::wstring_view text, std::int32_t data) = 0;
+    /// Selects the box's entry at `index`.
+    virtual void SelectEntry(int id, int index) = 0;
     /// Data of the box's selected entry, −1 when none is selected.
     virtual std::int32_t SelectedData(int id) const = 0;
     /// Text of the box's selected entry, empty when none is selected.
     virtual std::wstring SelectedText(int id) const = 0;
 
+    /// What the number edit may hold: it tells its dialog about committed values, and neither
+    /// filters nor clamps them.
+    virtual void SetNumberLimits(int id, std::int32_t type, std::int32_t lowest,
+                                 std::int32_t highest) = 0;
+    /// Shows an information balloon at the edit.
+    virtual void ShowBalloon(int id, const std::wstring& title, const std::wstring& text) = 0;
+    /// Selects the edit's whole text and scrolls it into view.
+    virtual void SelectWholeText(int id) = 0;
+
+    virtual void SetProgressRange(int id, int lowest, int highest) = 0;
     /// Moves the progress bar and redraws the window before it returns.
     virtual void SetProgress(int id, int position) = 0;
 
     /// Shows a modal message box and returns when it is closed.
     virtual void ShowMessage(const std::wstring& text, std::uint32_t style) = 0;
+
+    /// Lets the user choose a folder; modal.
+    virtual SBrowsedFolder BrowseForFolder() = 0;
+
+    /// The window library's own texts follow the language from now on.
+    virtual void LanguageChanged(std::int32_t langId) = 0;
 };
 
 } // namespace trevolt

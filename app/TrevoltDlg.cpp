@@ -2,6 +2,7 @@
 
 #include "app/CoefRotation.h"
 #include "app/FileKinds.h"
+#include "app/StartConstants.h"
 #include "common/QuarterTurn.h"
 #include "common/TextConversion.h"
 #include "platform/FileSystem.h"
@@ -25,8 +26,11 @@ constexpr bool kReadersGetLoweredPath = false;
 
 } // namespace
 
-CTrevoltDlg::CTrevoltDlg(CDialogView& view, const CTranslate& translate)
-    : m_view(view), m_translate(translate) {}
+CTrevoltDlg::CTrevoltDlg(CDialogView& view, CTranslate& translate, SDialogStart start)
+    : m_view(view),
+      m_translate(translate),
+      m_start(std::move(start)),
+      m_settings(m_start.moduleFolder + kSettingsFile, kSettingsSection) {}
 
 void CTrevoltDlg::OnStart() {
     UpdateControls();

@@ -4,8 +4,10 @@
 // Everything runs on the thread that shows the window, inside the handlers: no worker threads.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <unordered_map>
 
@@ -13,6 +15,7 @@
 #include "common/StatusCodes.h"
 #include "common/Translate.h"
 #include "formats/ChromaCorrectCoef.h"
+#include "platform/SettingsProfile.h"
 
 namespace trevolt {
 
@@ -29,9 +32,50 @@ class CCoefMapTable : public std::unordered_map<std::wstring, std::unique_ptr<CC
     CCoefMapTable() : unordered_map(kBuckets) {}
 };
 
+/// What the program knows before it makes its dialog.
+struct SDialogStart {
+    std::wstring moduleFolder; ///< the program's folder, with its separator
+    std::wstring placeholder;  ///< what a folder field says until a folder is set
+};
+
 class CTrevoltDlg {
   public:
-    CTrevoltDlg(CDialogView& view, const CTranslate& translate);
+    CTrevoltDlg(CDialogView& view, CTranslate& translate, SDialogStart start = {});
+
+    /// The dialog's initialisation, with the language id of the launching program: the window's
+    /// icons and system menu, settings, controls, then the language. True: the system shall choose
+    /// the first focus.
+    bool OnInitDialog(std::int32_t launchLanguage);
+
+    /// Browses for the source folder (the target folder), saves it and shows it.
+    void OnBrowseSource();
+    void OnBrowseTarget();
+
+    /// The text of a size edit has changed: its value is taken and saved.
+    void OnSizeChanged();
+
+    /// A radio button was clicked: the other mode's remembered size becomes the current one.
+    void OnModeChanged();
+
+    /// A number edit has committed its value. Anything but the two size edits is ignored. Always 0.
+    std::int32_t OnNumberEditNotify(int id);
+
+    /// Data from another program: with tag 0, a language id as little-endian int32, which the
+    /// window takes at once. Other tags, and data too short for an id, change nothing.
+    void OnCopyData(std::uintptr_t tag, std::span<const std::byte> data);
+
+    /// Checks the texts of both size edits; at the first fault a balloon tells it at its edit.
+    /// 1 when both are good, else 0.
+    std::int32_t ValidateSizeInputs();
+
+    /// Reads the settings file into the fields.
+    void LoadSettings();
+
+    /// Remembers the current size for its mode and writes the settings file.
+    void SaveSettings();
+
+    /// Gives the translator a language. Nothing that is shown changes yet.
+    void SelectLanguage(std::int32_t id);
 
     /// The Start button: checks the size, loads the source folder, turns every map by the angle and
     /// exports the turned maps into the target folder. Every outcome is told in a message box.
@@ -67,6 +111,8 @@ class CTrevoltDlg {
     };
     static constexpr std::uint32_t kSourceSet = 1;
     static constexpr std::uint32_t kTargetSet = 2;
+    static constexpr std::int32_t kHighestWidth = 65535;
+    static constexpr std::int32_t kHighestHeight = 32768;
 
     SFields& Fields() { return m_fields; }
     const SFields& Fields() const { return m_fields; }
@@ -74,6 +120,18 @@ class CTrevoltDlg {
     CCoefMapTable& OutputMap() { return m_outputMap; }
 
   private:
+    void InitControls();
+    void FillAngleBox();
+    void TranslateWindow();
+    void ShowFields();
+    void ReadFields();
+    SMapSize& RememberedSize() {
+        return m_fields.wholeScreen == 0 ? m_fields.cabinet : m_fields.screen;
+    }
+    std::wstring BrowseForFolder();
+    void Browse(std::wstring& folder, std::uint32_t setFlag);
+    std::wstring SavedFolder(const std::wstring& folder) const;
+    void ShowSizeTip(int id, const std::wstring& text);
     bool IsSizeGiven();
     bool LoadInput();
     void SetBusy(bool busy);
@@ -83,7 +141,10 @@ class CTrevoltDlg {
     void ShowTranslated(const wchar_t* key, std::uint32_t style);
 
     CDialogView& m_view;
-    const CTranslate& m_translate;
+    CTranslate& m_translate;
+    SDialogStart m_start;
+    CSettingsProfile m_settings;
+    bool m_isShowingFields = false; ///< notifications of the controls are the dialog's own doing
     SFields m_fields;
     CCoefMapTable m_inputMap;
     CCoefMapTable m_outputMap;

@@ -5,15 +5,14 @@
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
-#include <map>
 #include <string>
 #include <vector>
 
 #include <benchmark/benchmark.h>
-#include <fmt/format.h>
 #include <lz4frame.h>
 
 #include "app/CoefRotation.h"
+#include "bench/RatioReporter.h"
 #include "formats/BinaryCoefFile.h"
 
 namespace trevolt {
@@ -156,46 +155,14 @@ BENCHMARK(Turn)->Arg(1)->Arg(2)->Arg(3)->Unit(benchmark::kMillisecond)->Repetiti
 BENCHMARK(Lz4BothWays)->Unit(benchmark::kMillisecond)->Repetitions(kRepetitions);
 BENCHMARK(ReadTurnWrite)->Unit(benchmark::kMillisecond)->Repetitions(kRepetitions);
 
-/// Shows the runs, and keeps the shortest time of each for the ratios.
-class CRatioReporter : public benchmark::ConsoleReporter {
-  public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run& run : runs) {
-            if (run.error_occurred || run.run_type != Run::RT_Iteration)
-                continue;
-            const std::string name = run.run_name.function_name +
-                                     (run.run_name.args.empty() ? "" : "/" + run.run_name.args);
-            const double time = run.GetAdjustedCPUTime();
-            const auto [entry, isNew] = m_shortest.try_emplace(name, time);
-            entry->second = std::min(entry->second, time);
-        }
-    }
-
-    void PrintRatio(const char* what, const std::string& of, const std::string& to) const {
-        const auto numerator = m_shortest.find(of);
-        const auto denominator = m_shortest.find(to);
-        if (numerator != m_shortest.end() && denominator != m_shortest.end())
-            fmt::print("{}: {:.2f}\n", what, numerator->second / denominator->second);
-    }
-
-  private:
-    std::map<std::string, double> m_shortest;
-};
-
 } // namespace
 } // namespace trevolt
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    trevolt::CRatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    fmt::print("\nratios, shortest time to shortest time\n");
-    reporter.PrintRatio("turn by 90 to copy", "Turn/1", "CopyIntoFreshMemory");
-    reporter.PrintRatio("turn by 180 to copy", "Turn/2", "CopyIntoFreshMemory");
-    reporter.PrintRatio("turn by 270 to copy", "Turn/3", "CopyIntoFreshMemory");
-    reporter.PrintRatio("read, turn and write to LZ4 both ways", "ReadTurnWrite", "Lz4BothWays");
-    return 0;
+    return trevolt::RunWithRatios(
+        argc, argv,
+        {{"turn by 90 to copy", "Turn/1", "CopyIntoFreshMemory"},
+         {"turn by 180 to copy", "Turn/2", "CopyIntoFreshMemory"},
+         {"turn by 270 to copy", "Turn/3", "CopyIntoFreshMemory"},
+         {"read, turn and write to LZ4 both ways", "ReadTurnWrite", "Lz4BothWays"}});
 }

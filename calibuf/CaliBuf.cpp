@@ -109,6 +109,8 @@ void CCaliBuf::Clear() {
 Status CCaliBuf::AllocateBlock(std::uint32_t index, std::uint32_t x, std::uint32_t y) {
     if (index >= kGridBlocks || m_apBlocks[index] != nullptr)
         return E_COEF_INVALIDARG;
+    if (x > kGridWidth - kBlockWidth || y > kGridHeight - kBlockHeight)
+        return E_COEF_INVALIDARG;
     if (!m_pUsedBlocks)
         return E_FAIL;
     std::unique_ptr<BlockRecord> block(new (std::nothrow) BlockRecord());

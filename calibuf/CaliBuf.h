@@ -71,8 +71,9 @@ class CCaliBuf {
     void Clear();
 
     /// Allocates block `index`, its data not initialised, as the block whose left top pixel is
-    /// (x, y). E_COEF_INVALIDARG for an index past the table or a block that stands already; E_FAIL
-    /// when the data is refused. When the record is refused: S_OK without a block.
+    /// (x, y). E_COEF_INVALIDARG for an index past the table, a corner whose block would leave the
+    /// grid, or a block that stands already; E_FAIL when the data is refused. When the record is
+    /// refused: S_OK without a block.
     Status AllocateBlock(std::uint32_t index, std::uint32_t x, std::uint32_t y);
 
     /// Writes the kind's default element into all places of the block. E_COEF_NOBUFFER for a
@@ -162,14 +163,16 @@ class CCaliBuf {
     // that of the directory's end. Headers are written by the owner of the file.
 
     /// Writes a directory at the current position and every allocated block behind it as a whole
-    /// chunk, both in allocation order. The result is that of the last chunk.
+    /// chunk, both in allocation order. The result is that of the last chunk; E_COEF_NOBUFFER, with
+    /// nothing written, when scratch memory is refused.
     Status WriteAllChunks(std::ostream& stream) const;
 
     /// Writes a directory at the current position and behind it what `rect` covers of the allocated
     /// blocks, cut to it, column by column. The directory has room for every block that the
     /// rectangle touches; what no chunk fills is zero. E_FAIL for a rectangle without rows (one
     /// without columns goes on), E_COEF_INVALIDARG for one that is turned over or larger than the
-    /// grid, both with nothing written; else S_OK, whatever became of single chunks.
+    /// grid, E_COEF_NOBUFFER when scratch memory is refused, each with nothing written; else S_OK,
+    /// whatever became of single chunks.
     Status WriteRectChunks(std::ostream& stream, const SPixelRect& rect) const;
 
     /// Writes one band of a larger area; successive calls fill one file whose header the caller has
@@ -177,8 +180,9 @@ class CCaliBuf {
     /// added. Both positions start at 0 and carry the state from band to band: where the next
     /// record and the next data byte go. E_FAIL for a band without rows. E_COEF_INVALIDARG for bad
     /// rectangles, for chunks that the shift moves off the grid, for positions inside what is
-    /// reserved for others, and for records that would run past the directory space. After a
-    /// failure nothing is written and both positions are as they were.
+    /// reserved for others, and for records that would run past the directory space;
+    /// E_COEF_NOBUFFER when scratch memory is refused. After a failure nothing is written and both
+    /// positions are as they were.
     Status WriteBandChunks(std::ostream& stream, const SPixelRect& band, const SPixelRect& whole,
                            std::uint64_t& directoryPosition, std::uint64_t& dataPosition,
                            std::int32_t shiftX, std::int32_t shiftY) const;

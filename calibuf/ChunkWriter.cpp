@@ -12,13 +12,13 @@ namespace {
 
 /// A part of one block.
 struct SPiece {
-    std::uint32_t index;
+    const BlockRecord* block;
     SPixelRect rect;
 };
 
-SPixelRect BlockRect(std::uint32_t index) {
-    const auto x = static_cast<std::int32_t>(index % kGridColumns * kBlockWidth);
-    const auto y = static_cast<std::int32_t>(index / kGridColumns * kBlockHeight);
+SPixelRect BlockRect(const BlockRecord& block) {
+    const auto x = static_cast<std::int32_t>(block.nX);
+    const auto y = static_cast<std::int32_t>(block.nY);
     return {x, y, x + static_cast<std::int32_t>(kBlockWidth),
             y + static_cast<std::int32_t>(kBlockHeight)};
 }
@@ -32,11 +32,16 @@ SPixelRect Intersect(const SPixelRect& a, const SPixelRect& b) {
 std::vector<SPiece> PiecesOf(const CCaliBuf& store, const SPixelRect& rect) {
     std::vector<SPiece> pieces;
     const SBlockSpan span = BlocksTouchedBy(rect);
-    for (std::int64_t column = span.column0; column < span.column1; ++column)
-        for (std::int64_t row = span.row0; row < span.row1; ++row)
-            if (const std::uint32_t index = BlockIndexAt(column, row);
-                store.Block(index) != nullptr)
-                pieces.push_back({index, Intersect(BlockRect(index), rect)});
+    for (std::int64_t column = span.column0; column < span.column1; ++column) {
+        for (std::int64_t row = span.row0; row < span.row1; ++row) {
+            const BlockRecord* const block = store.Block(BlockIndexAt(column, row));
+            if (block == nullptr)
+                continue;
+            const SPixelRect piece = Intersect(BlockRect(*block), rect);
+            if (piece.Width() >= 0 && piece.Height() >= 0)
+                pieces.push_back({block, piece});
+        }
+    }
     return pieces;
 }
 
@@ -63,20 +68,16 @@ class CChunkCollector {
         return m_codec.IsReady() && static_cast<bool>(m_piece) && static_cast<bool>(m_compressed);
     }
 
-    /// Compresses what `piece` covers of block `index`, calls `emit` with the bytes, and appends the
-    /// record. E_COEF_NOBUFFER for a missing block.
+    /// Compresses `piece` of the block, calls `emit` with the bytes, and appends the record.
     template <class Emit>
-    Status Add(std::uint32_t index, const SPixelRect& piece, const Emit& emit) {
-        const BlockRecord* const block = m_store.Block(index);
-        if (block == nullptr)
-            return E_COEF_NOBUFFER;
-        SChunkRecord record{.index = index,
+    Status Add(const BlockRecord& block, const SPixelRect& piece, const Emit& emit) {
+        SChunkRecord record{.index = block.nIndex,
                             .x = static_cast<std::uint32_t>(piece.left),
                             .y = static_cast<std::uint32_t>(piece.top),
                             .width = static_cast<std::uint16_t>(piece.Width()),
                             .height = static_cast<std::uint16_t>(piece.Height())};
         const Status status =
-            m_codec.Compress(m_compressed.Data(), record.totalSize, PackedElements(*block, piece),
+            m_codec.Compress(m_compressed.Data(), record.totalSize, PackedElements(block, piece),
                              record.planeSizes.data(), record.Elements());
         if (Failed(status))
             return status;
@@ -89,8 +90,10 @@ class CChunkCollector {
     template <class Emit>
     Status AddAll(const Emit& emit) {
         Status status = S_OK;
-        for (const std::uint32_t index : m_store.UsedBlocks())
-            status = Add(index, BlockRect(index), emit);
+        for (const std::uint32_t index : m_store.UsedBlocks()) {
+            const BlockRecord* const block = m_store.Block(index);
+            status = block == nullptr ? E_COEF_NOBUFFER : Add(*block, BlockRect(*block), emit);
+        }
         return status;
     }
 
@@ -98,7 +101,7 @@ class CChunkCollector {
     template <class Emit>
     void AddPieces(const std::vector<SPiece>& pieces, const Emit& emit) {
         for (const SPiece& piece : pieces)
-            Add(piece.index, piece.rect, emit);
+            Add(*piece.block, piece.rect, emit);
     }
 
     std::vector<SChunkRecord>& Records() { return m_records; }
@@ -115,8 +118,8 @@ class CChunkCollector {
     /// The piece's elements row behind row: rows as wide as the block are so already.
     const std::byte* PackedElements(const BlockRecord& block, const SPixelRect& piece) {
         if (piece.Width() == kBlockWidth)
-            return m_store.FindElement(static_cast<std::uint32_t>(piece.left),
-                                       static_cast<std::uint32_t>(piece.top));
+            return block.pData + (static_cast<std::size_t>(piece.top) - block.nY) * kBlockWidth *
+                                     m_store.ElemSize();
         m_store.CopyRectOut(block.nIndex, piece, m_piece.Data());
         return m_piece.Data();
     }
@@ -155,7 +158,7 @@ bool IsBadRect(const SPixelRect& rect) {
            rect.Height() > kGridHeight;
 }
 
-/// Where the shift of a band moves the record of a piece; nothing when that leaves the grid.
+/// What a band adds to the places of its records.
 struct SShift {
     std::int32_t x;
     std::int32_t y;
@@ -172,6 +175,25 @@ struct SShift {
         record.index += static_cast<std::uint32_t>(x / width + y / height * columns);
         record.x += static_cast<std::uint32_t>(x);
         record.y += static_cast<std::uint32_t>(y);
+    }
+};
+
+/// The space that a band has in its file.
+struct SBandSpace {
+    std::uint64_t recordsAt;    ///< its first record
+    std::uint64_t directoryEnd; ///< behind the records of the whole area
+    std::uint64_t dataAt;       ///< its first data byte, 0 for the first band
+
+    bool Holds(std::uint64_t recordBytes) const {
+        return recordsAt >= kChunkHeaderBytes && recordsAt <= directoryEnd &&
+               recordBytes <= directoryEnd - recordsAt && (dataAt == 0 || dataAt >= directoryEnd);
+    }
+
+    /// Goes to where the data starts; the first band reserves the directory before it.
+    void SeekData(std::ostream& stream) const {
+        stream.seekp(static_cast<std::streamoff>(dataAt == 0 ? recordsAt : dataAt));
+        if (dataAt == 0)
+            Reserve(stream, directoryEnd - recordsAt);
     }
 };
 
@@ -214,37 +236,28 @@ Status CCaliBuf::WriteBandChunks(std::ostream& stream, const SPixelRect& band,
     if (IsBadRect(band) || IsBadRect(whole))
         return E_COEF_INVALIDARG;
     const std::uint64_t recordBytes = ChunkRecordBytes(m_nPlaneCount);
-    const std::uint64_t directoryEnd =
-        kChunkHeaderBytes + recordBytes * BlocksTouchedBy(whole).Count();
-    const std::uint64_t recordsAt = directoryPosition == 0 ? kChunkHeaderBytes : directoryPosition;
-    const std::vector<SPiece> pieces = PiecesOf(*this, band);
-    if (recordsAt < kChunkHeaderBytes || recordsAt > directoryEnd ||
-        recordBytes * pieces.size() > directoryEnd - recordsAt)
-        return E_COEF_INVALIDARG;
-    if (dataPosition != 0 && dataPosition < directoryEnd)
-        return E_COEF_INVALIDARG;
+    const SBandSpace space{
+        .recordsAt = directoryPosition == 0 ? kChunkHeaderBytes : directoryPosition,
+        .directoryEnd = kChunkHeaderBytes + recordBytes * BlocksTouchedBy(whole).Count(),
+        .dataAt = dataPosition};
     const SShift shift{shiftX, shiftY};
-    if (!std::all_of(pieces.begin(), pieces.end(),
-                     [&](const SPiece& piece) { return shift.KeepsInGrid(piece.rect); }))
+    const std::vector<SPiece> pieces = PiecesOf(*this, band);
+    if (!space.Holds(recordBytes * pieces.size()) ||
+        !std::ranges::all_of(pieces, [&](const SPiece& p) { return shift.KeepsInGrid(p.rect); }))
         return E_COEF_INVALIDARG;
     CChunkCollector chunks(*this, LargestOf(pieces));
     if (!chunks.IsReady())
         return E_COEF_NOBUFFER;
-    if (dataPosition == 0) {
-        stream.seekp(static_cast<std::streamoff>(recordsAt));
-        Reserve(stream, directoryEnd - recordsAt);
-    } else {
-        stream.seekp(static_cast<std::streamoff>(dataPosition));
-    }
+    space.SeekData(stream);
     chunks.AddPieces(pieces, [&](std::span<const std::byte> bytes) { Write(stream, bytes); });
     const std::streamoff dataEnd = stream.tellp();
     for (SChunkRecord& record : chunks.Records())
         shift.Apply(record);
     const std::vector<std::byte> records = chunks.DirectoryBytes();
-    WriteAt(stream, static_cast<std::streamoff>(recordsAt), records);
+    WriteAt(stream, static_cast<std::streamoff>(space.recordsAt), records);
     if (dataEnd >= 0)
         dataPosition = static_cast<std::uint64_t>(dataEnd);
-    directoryPosition = recordsAt + records.size();
+    directoryPosition = space.recordsAt + records.size();
     return S_OK;
 }
 

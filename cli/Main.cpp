@@ -29,6 +29,7 @@ int ConsoleMain(const std::vector<std::string>& arguments) {
     CLI::App program("Turns the per-pixel calibration of LED display walls");
     program.name("trevolt-cli");
     program.require_subcommand(1);
+    program.allow_windows_style_options(false); // a path may begin with a slash on every system
     program.set_version_flag("--version", "trevolt-cli " TREVOLT_VERSION);
     int exitStatus = kExitAllDone;
     AddRotateCommand(program, exitStatus);

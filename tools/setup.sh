@@ -13,7 +13,8 @@ packages_for() {
         lint) packages_for test; echo clang-format clang-tidy ;;
         bench) packages_for build; echo libbenchmark-dev ;;
         fuzz) packages_for test; echo clang libclang-rt-14-dev ;;
-        windows) packages_for test; echo g++-mingw-w64-x86-64-posix dpkg-dev wine wine64 xvfb xauth ;;
+        windows) packages_for test; echo g++-mingw-w64-x86-64-posix dpkg-dev wine wine64 xvfb \
+            fonts-wine fonts-dejavu-core fonts-droid-fallback fonts-nanum fonts-tlwg-waree-ttf ;;
         *) echo "setup: unknown job '$1'" >&2; exit 2 ;;
     esac
 }

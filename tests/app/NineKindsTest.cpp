@@ -155,7 +155,7 @@ TEST(NineKinds, TheDialogsRunTurnsEveryCabinetAsExpected) {
         const CTemporaryFolder target;
         test::CMemoryView view;
         view.SelectAngle(static_cast<std::int32_t>(angle.code), std::wstring(angle.text));
-        const CTranslate translate;
+        CTranslate translate;
         CTrevoltDlg dialog(view, translate);
         dialog.Fields().sourceFolder = source.Path();
         dialog.Fields().targetFolder = target.Path();

@@ -177,6 +177,8 @@ TEST(CaliBuf, AllocateBlockRefusesBadAndTakenIndices) {
     CCaliOperation<S3WordCoef> owner;
     CCaliBuf& store = owner.Buffer();
     EXPECT_EQ(store.AllocateBlock(262144, 0, 0), E_COEF_INVALIDARG);
+    EXPECT_EQ(store.AllocateBlock(0, 511 * 256 + 1, 0), E_COEF_INVALIDARG);
+    EXPECT_EQ(store.AllocateBlock(0, 0, 511 * 128 + 1), E_COEF_INVALIDARG);
     EXPECT_EQ(store.AllocateBlock(262143, 511 * 256, 511 * 128), S_OK);
     EXPECT_EQ(store.AllocateBlock(262143, 511 * 256, 511 * 128), E_COEF_INVALIDARG);
     EXPECT_EQ(Used(store), (std::vector<std::uint32_t>{262143}));

@@ -230,6 +230,21 @@ TEST(ChunkWriter, RectangleWithoutColumnsWritesRecordsWithoutData) {
     EXPECT_EQ(back.Buffer().LastRead(), SChunkCounts{});
 }
 
+TEST(ChunkWriter, BlocksAreWrittenWhereTheirRecordsSay) {
+    CCaliOperation<S3WordCoef> owner;
+    CCaliBuf& store = owner.Buffer();
+    ASSERT_EQ(store.AllocateBlock(0, 100, 50), S_OK); // not the corner of block 0
+    ASSERT_EQ(store.FillBlockDefault(0), S_OK);
+    owner.Find(3, 2)->w = {1, 2, 3}; // column 3, row 2 of the block
+    const Bytes file = RectFile(store, {103, 52, 104, 53});
+    EXPECT_EQ(RecordAt(file, 9, 0).x, 103U);
+    EXPECT_EQ(RecordAt(file, 9, 0).y, 52U);
+    EXPECT_EQ(Bytes(file.begin() + 168 + 56, file.end()),
+              MakeBytes({0x20, 1, 0, 0x20, 2, 0, 0x20, 3, 0}));
+    // A rectangle that touches the index's area only has nothing of the block.
+    EXPECT_EQ(RectFile(store, {0, 0, 50, 20}).size(), 168U + 56);
+}
+
 TEST(ChunkWriter, RectanglesMayReachPastTheGrid) {
     CCaliOperation<S3WordCoef> owner;
     ASSERT_EQ(owner.Buffer().Allocate(20, 20), S_OK);

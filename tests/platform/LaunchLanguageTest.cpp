@@ -1,0 +1,150 @@
+#include "platform/LaunchLanguage.h"
+
+#include <optional>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "platform/FileSystem.h"
+#include "tests/support/TestFiles.h"
+
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <fcntl.h>
+#include <unistd.h>
+#endif
+
+namespace trevolt {
+namespace {
+
+using namespace std::string_literals;
+
+#ifdef _WIN32
+
+/// The standard input is another one while this lives.
+class CStandardInput {
+  public:
+    CStandardInput() : m_former(GetStdHandle(STD_INPUT_HANDLE)) {}
+    ~CStandardInput() { SetStdHandle(STD_INPUT_HANDLE, m_former); }
+
+    void BePipe(const std::string& bytes) {
+        HANDLE reader = nullptr;
+        HANDLE writer = nullptr;
+        ASSERT_TRUE(CreatePipe(&reader, &writer, nullptr, 65536));
+        DWORD written = 0;
+        ASSERT_TRUE(
+            bytes.empty() ||
+            WriteFile(writer, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr));
+        CloseHandle(writer);
+        SetStdHandle(STD_INPUT_HANDLE, reader);
+    }
+    void BeFile(const std::wstring& path) {
+        SetStdHandle(STD_INPUT_HANDLE, CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr,
+                                                   OPEN_EXISTING, 0, nullptr));
+    }
+    void BeAbsent() { SetStdHandle(STD_INPUT_HANDLE, nullptr); }
+    void BeDevice() {
+        SetStdHandle(STD_INPUT_HANDLE,
+                     CreateFileW(L"NUL", GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    }
+    bool IsClosed() const { return GetStdHandle(STD_INPUT_HANDLE) == nullptr; }
+
+  private:
+    HANDLE m_former;
+};
+
+#else
+
+/// The standard input is another one while this lives.
+class CStandardInput {
+  public:
+    CStandardInput() : m_former(dup(STDIN_FILENO)) {}
+    ~CStandardInput() {
+        if (m_former < 0)
+            return;
+        dup2(m_former, STDIN_FILENO);
+        close(m_former);
+    }
+
+    void BePipe(const std::string& bytes) {
+        int ends[2] = {-1, -1};
+        ASSERT_EQ(pipe(ends), 0);
+        ASSERT_EQ(write(ends[1], bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+        close(ends[1]);
+        Become(ends[0]);
+    }
+    void BeFile(const std::wstring& path) {
+        Become(open(ToNativePath(path)->c_str(), O_RDONLY | O_CLOEXEC));
+    }
+    void BeAbsent() { close(STDIN_FILENO); }
+    void BeDevice() { Become(open("/dev/zero", O_RDONLY | O_CLOEXEC)); }
+    bool IsClosed() const { return fcntl(STDIN_FILENO, F_GETFD) == -1; }
+
+  private:
+    static void Become(int input) {
+        ASSERT_GE(input, 0);
+        if (input == STDIN_FILENO)
+            return;
+        dup2(input, STDIN_FILENO);
+        close(input);
+    }
+
+    int m_former;
+};
+
+#endif
+
+std::int32_t IdFromPipe(const std::string& bytes) {
+    CStandardInput input;
+    input.BePipe(bytes);
+    const std::int32_t id = ReadLaunchLanguage();
+    EXPECT_TRUE(input.IsClosed());
+    return id;
+}
+
+TEST(LaunchLanguage, IsTheFirstFourBytesLittleEndian) {
+    EXPECT_EQ(IdFromPipe("\x05\x00\x00\x00"s), 5);
+    EXPECT_EQ(IdFromPipe("\x0C\x00\x00\x00\xFF\xFF\xFF"s), 12);
+    EXPECT_EQ(IdFromPipe("\x78\x56\x34\x12"s), 0x12345678);
+    EXPECT_EQ(IdFromPipe("\xFE\xFF\xFF\xFF"s), -2);
+}
+
+TEST(LaunchLanguage, MissingBytesCountAsZero) {
+    EXPECT_EQ(IdFromPipe(""s), 0);
+    EXPECT_EQ(IdFromPipe("\x07"s), 7);
+    EXPECT_EQ(IdFromPipe("\x01\x02\x03"s), 0x030201);
+}
+
+TEST(LaunchLanguage, TenThousandBytesAndMoreAreTaken) {
+    EXPECT_EQ(IdFromPipe("\x08\x00\x00\x00"s + std::string(9996, 'x')), 8);
+    EXPECT_EQ(IdFromPipe("\x09\x00\x00\x00"s + std::string(20000, 'x')), 9);
+}
+
+TEST(LaunchLanguage, ReadsAFile) {
+    const test::CTemporaryFolder folder;
+    test::WriteText(folder.File(L"id"), "\x0A\x00\x00\x00"s);
+    test::WriteText(folder.File(L"none"), "");
+    for (const auto& [name, id] : {std::pair{L"id", 10}, std::pair{L"none", 0}}) {
+        CStandardInput input;
+        input.BeFile(folder.File(name));
+        EXPECT_EQ(ReadLaunchLanguage(), id);
+        EXPECT_TRUE(input.IsClosed());
+    }
+}
+
+TEST(LaunchLanguage, IsZeroWithoutAStandardInput) {
+    CStandardInput input;
+    input.BeAbsent();
+    EXPECT_EQ(ReadLaunchLanguage(), 0);
+}
+
+TEST(LaunchLanguage, DeviceIsClosedAndNotRead) {
+    CStandardInput input;
+    input.BeDevice();
+    EXPECT_EQ(ReadLaunchLanguage(), 0);
+    EXPECT_TRUE(input.IsClosed());
+}
+
+} // namespace
+} // namespace trevolt

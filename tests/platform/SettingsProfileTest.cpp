@@ -1,0 +1,135 @@
+#include "platform/SettingsProfile.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/TestFiles.h"
+
+namespace trevolt {
+namespace {
+
+using test::CTemporaryFolder;
+
+/// The bytes of a settings file as the program itself leaves it.
+std::string Utf16(std::u16string_view text) {
+    std::string bytes = "\xFF\xFE";
+    for (const char16_t unit : text) {
+        bytes.push_back(static_cast<char>(unit & 0xFF));
+        bytes.push_back(static_cast<char>(unit >> 8));
+    }
+    return bytes;
+}
+
+class SettingsProfile : public testing::Test {
+  protected:
+    void Fill(std::string_view bytes) { test::WriteText(m_path, bytes); }
+    std::string Bytes() const { return test::ReadText(m_path); }
+
+    CTemporaryFolder m_folder;
+    std::wstring m_path = m_folder.File(L"Trevo.ini");
+    CSettingsProfile m_profile{m_path, L"coefInfo"};
+};
+
+TEST_F(SettingsProfile, MissingFileSectionAndKeyReadAsEmpty) {
+    EXPECT_EQ(m_profile.ReadString(L"BoxWidth"), L"");
+    EXPECT_FALSE(test::FileExists(m_path));
+    Fill(Utf16(u"[other]\r\nBoxWidth=3\r\n"));
+    EXPECT_EQ(m_profile.ReadString(L"BoxWidth"), L"");
+    Fill(Utf16(u"[coefInfo]\r\nBoxHeight=3\r\n"));
+    EXPECT_EQ(m_profile.ReadString(L"BoxWidth"), L"");
+}
+
+TEST_F(SettingsProfile, WritesUtf16WithItsMark) {
+    ASSERT_TRUE(m_profile.WriteString(L"BoxWidth", L"128"));
+    ASSERT_TRUE(m_profile.WriteString(L"OriCoefPath", L"C:\\\u7BB1\u4F53 \u00E9\\"));
+    ASSERT_TRUE(m_profile.WriteString(L"BoxWidth", L"64"));
+    EXPECT_EQ(Bytes(),
+              Utf16(u"[coefInfo]\r\nBoxWidth=64\r\nOriCoefPath=C:\\\u7BB1\u4F53 \u00E9\\\r\n"));
+    EXPECT_EQ(m_profile.ReadString(L"BoxWidth"), L"64");
+    EXPECT_EQ(m_profile.ReadString(L"OriCoefPath"), L"C:\\\u7BB1\u4F53 \u00E9\\");
+}
+
+TEST_F(SettingsProfile, KeepsCharactersBeyondTheBasicPlane) {
+    ASSERT_TRUE(m_profile.WriteString(L"OriCoefPath", L"D:\\\U0001F4C1\\"));
+    EXPECT_EQ(Bytes(), Utf16(u"[coefInfo]\r\nOriCoefPath=D:\\\U0001F4C1\\\r\n"));
+    EXPECT_EQ(m_profile.ReadString(L"OriCoefPath"), L"D:\\\U0001F4C1\\");
+}
+
+TEST_F(SettingsProfile, NamesAreFoundWithoutRegardToCaseAndTheFirstWins) {
+    Fill(Utf16(u"[COEFINFO]\r\nboxwidth=1\r\nBoxWidth=2\r\n"));
+    EXPECT_EQ(m_profile.ReadString(L"BoxWidth"), L"1");
+}
+
+TEST_F(SettingsProfile, BlanksAreTrimmedAndOnePairOfQuotesStripped) {
+    Fill(Utf16(u"[coefInfo]\r\n"
+               u"a =  1 2 \t\r\n"
+               u"b=\"D:\\x y\\\"\r\n"
+               u"c='single'\r\n"
+               u"d=\"\"twice\"\"\r\n"
+               u"e=\" inside \"\r\n"
+               u"f=\r\n"));
+    EXPECT_EQ(m_profile.ReadString(L"a"), L"1 2");
+    EXPECT_EQ(m_profile.ReadString(L"b"), L"D:\\x y\\");
+    EXPECT_EQ(m_profile.ReadString(L"c"), L"single");
+    EXPECT_EQ(m_profile.ReadString(L"d"), L"\"twice\"");
+    EXPECT_EQ(m_profile.ReadString(L"e"), L" inside ");
+    EXPECT_EQ(m_profile.ReadString(L"f"), L"");
+}
+
+TEST_F(SettingsProfile, CommentsStandAtTheStartOfALine) {
+    Fill(Utf16(u"[coefInfo]\r\n;BoxWidth=1\r\nBoxWidth=2 ; kept\r\n"));
+    EXPECT_EQ(m_profile.ReadString(L"BoxWidth"), L"2 ; kept");
+}
+
+TEST_F(SettingsProfile, ValuesAreCutAt999Characters) {
+    ASSERT_TRUE(m_profile.WriteString(L"OriCoefPath", std::wstring(1200, L'x')));
+    EXPECT_EQ(m_profile.ReadString(L"OriCoefPath"), std::wstring(999, L'x'));
+}
+
+TEST_F(SettingsProfile, EverythingElseInTheFileStays) {
+    Fill(Utf16(u"; mine\r\n[other]\r\nBoxWidth=7\r\n[coefInfo]\r\nBoxWidth=1\r\nExtra=x\r\n"
+               u"[last]\r\ny=z\r\n"));
+    ASSERT_TRUE(m_profile.WriteString(L"BoxWidth", L"5"));
+    EXPECT_EQ(Bytes(),
+              Utf16(u"; mine\r\n[other]\r\nBoxWidth=7\r\n[coefInfo]\r\nBoxWidth=5\r\nExtra=x\r\n"
+                    u"[last]\r\ny=z\r\n"));
+}
+
+TEST_F(SettingsProfile, NewKeyGoesToItsOwnSection) {
+    Fill(Utf16(u"[coefInfo]\r\nBoxWidth=1\r\n[last]\r\ny=z\r\n"));
+    ASSERT_TRUE(m_profile.WriteString(L"y", L"own"));
+    EXPECT_EQ(m_profile.ReadString(L"y"), L"own");
+    EXPECT_EQ((CSettingsProfile{m_path, L"last"}.ReadString(L"y")), L"z");
+}
+
+TEST_F(SettingsProfile, SectionHeadingAsTheLastLineIsUsed) {
+    Fill(Utf16(u"[coefInfo]\r\n"));
+    ASSERT_TRUE(m_profile.WriteString(L"BoxWidth", L"5"));
+    EXPECT_EQ(Bytes(), Utf16(u"[coefInfo]\r\nBoxWidth=5\r\n"));
+}
+
+TEST_F(SettingsProfile, RewritesUtf8AsUtf16WithTheSameContent) {
+    for (const std::string mark : {"", "\xEF\xBB\xBF"}) {
+        Fill(mark + "[coefInfo]\r\nOriCoefPath=D:\\\xE7\xAE\xB1\\\r\nBoxWidth=1\r\n");
+        EXPECT_EQ(m_profile.ReadString(L"OriCoefPath"), L"D:\\\u7BB1\\");
+        ASSERT_TRUE(m_profile.WriteString(L"BoxWidth", L"2"));
+        EXPECT_EQ(Bytes(), Utf16(u"[coefInfo]\r\nOriCoefPath=D:\\\u7BB1\\\r\nBoxWidth=2\r\n"));
+    }
+}
+
+TEST_F(SettingsProfile, KeepsTheAsciiOfAFileInACodePage) {
+    Fill("[coefInfo]\r\nOriCoefPath=D:\\\xCF\xE4\\\r\nBoxWidth=12\r\n");
+    EXPECT_EQ(m_profile.ReadString(L"BoxWidth"), L"12");
+    ASSERT_TRUE(m_profile.WriteString(L"BoxHeight", L"3"));
+    EXPECT_EQ(Bytes().substr(0, 2), "\xFF\xFE");
+    EXPECT_EQ(m_profile.ReadString(L"BoxWidth"), L"12");
+    EXPECT_EQ(m_profile.ReadString(L"OriCoefPath").substr(0, 3), L"D:\\");
+}
+
+TEST_F(SettingsProfile, WritingToAPlaceThatIsNoneFails) {
+    const CSettingsProfile nowhere{m_folder.File(L"missing") + L"/Trevo.ini", L"coefInfo"};
+    EXPECT_FALSE(nowhere.WriteString(L"BoxWidth", L"1"));
+    EXPECT_EQ(nowhere.ReadString(L"BoxWidth"), L"");
+}
+
+} // namespace
+} // namespace trevolt

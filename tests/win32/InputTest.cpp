@@ -1,0 +1,301 @@
+// Sizes, modes, folders and settings on the real window.
+#include <windows.h>
+
+#include <commctrl.h>
+
+#include "tests/win32/WindowFixture.h"
+
+namespace trevolt {
+namespace {
+
+class TrevoltInput : public test::WindowFixture {
+  protected:
+    std::wstring LimitText(int highest) const {
+        return WithNumbers(English(L"Trevolt_Edit_Limit"), 0, highest);
+    }
+    bool IsWholeTextSelected(int id) const {
+        const LRESULT range = m_trevolt->Send(id, EM_GETSEL);
+        return LOWORD(range) == 0 && HIWORD(range) == m_trevolt->Text(id).size();
+    }
+};
+
+TEST_F(TrevoltInput, EveryFaultHasItsBalloonAtItsEdit) {
+    struct SFault {
+        const wchar_t* width;
+        const wchar_t* height;
+        int edit;
+        std::wstring text;
+    };
+    const std::wstring numbers = English(L"Tools_Only_Numbers_Can_Input");
+    const std::wstring integers = English(L"Tools_Only_Integer_Can_Input");
+    const SFault faults[] = {
+        {L"12a", L"1", kIdWidth, numbers},
+        {L"1", L"-1", kIdHeight, numbers},
+        {L"12.5", L"1", kIdWidth, integers},
+        {L"", L"1", kIdWidth, integers},
+        {L"1", L"12.5", kIdHeight, integers},
+        {L"1", L"", kIdHeight, integers},
+        {L"65536", L"1", kIdWidth, LimitText(65535)},
+        {L"1", L"32769", kIdHeight, LimitText(32768)},
+    };
+    for (const SFault& fault : faults) {
+        const auto& trevolt = Start();
+        trevolt.Type(kIdWidth, fault.width);
+        trevolt.Type(kIdHeight, fault.height);
+        trevolt.Press(kIdHeight, VK_RETURN);
+        ASSERT_TRUE(test::WaitUntil([&] { return trevolt.FindBalloon() != nullptr; }));
+        EXPECT_TRUE(test::WaitUntil([&] { return trevolt.WaitForBalloon() == fault.text; }));
+        EXPECT_TRUE(IsWholeTextSelected(fault.edit));
+        RECT balloon{};
+        RECT edit{};
+        GetWindowRect(trevolt.FindBalloon(), &balloon);
+        GetWindowRect(trevolt.Control(fault.edit), &edit);
+        EXPECT_LE(balloon.left, edit.right);
+        EXPECT_GE(balloon.right, edit.left);
+    }
+}
+
+TEST_F(TrevoltInput, LimitsPassWithoutABalloon) {
+    const auto& trevolt = Start();
+    trevolt.Type(kIdWidth, L"65535");
+    trevolt.Type(kIdHeight, L"32768");
+    trevolt.Focus(kIdWidth);
+    EXPECT_EQ(trevolt.FindBalloon(), nullptr);
+    EXPECT_EQ(Saved(kKeyCabinetWidth), L"65535");
+    EXPECT_EQ(Saved(kKeyCabinetHeight), L"32768");
+}
+
+TEST_F(TrevoltInput, LosingTheFocusCommits) {
+    const auto& trevolt = Start();
+    trevolt.Type(kIdHeight, L"1");
+    trevolt.Type(kIdWidth, L"65536");
+    EXPECT_EQ(trevolt.FindBalloon(), nullptr);
+    trevolt.Focus(kIdHeight);
+    EXPECT_EQ(trevolt.WaitForBalloon(), LimitText(65535));
+    EXPECT_EQ(Saved(kKeyCabinetWidth), L"65536");
+}
+
+TEST_F(TrevoltInput, TypingTakesTheBalloonDown) {
+    const auto& trevolt = Start();
+    trevolt.Type(kIdWidth, L"12a");
+    trevolt.Press(kIdWidth, VK_RETURN);
+    EXPECT_EQ(trevolt.WaitForBalloon(), English(L"Tools_Only_Numbers_Can_Input"));
+    trevolt.Send(kIdWidth, WM_CHAR, L'7');
+    EXPECT_EQ(trevolt.Text(kIdWidth), L"7");
+    EXPECT_EQ(trevolt.FindBalloon(), nullptr);
+}
+
+TEST_F(TrevoltInput, EnterNeitherStartsNorCloses) {
+    SaveFolders(L"C:\\", L"C:\\");
+    const auto& trevolt = Start();
+    ASSERT_TRUE(trevolt.IsEnabled(kIdStart));
+    trevolt.Type(kIdWidth, L"12");
+    trevolt.Press(kIdWidth, VK_RETURN);
+    PostMessageW(trevolt.Window(), WM_NEXTDLGCTL,
+                 reinterpret_cast<WPARAM>(trevolt.Control(kIdStart)), TRUE);
+    trevolt.Press(kIdStart, VK_RETURN);
+    // Answered only after what was posted before: neither a message box nor an end came of it.
+    trevolt.Focus(kIdHeight);
+    EXPECT_FALSE(trevolt.HasEnded());
+    EXPECT_TRUE(IsWindowEnabled(trevolt.Window()));
+    EXPECT_EQ(Saved(kKeyCabinetWidth), L"12");
+}
+
+TEST_F(TrevoltInput, NotificationOfAForeignAddressIsIgnored) {
+    const auto& trevolt = Start();
+    EXPECT_EQ(SendMessageW(trevolt.Window(), 0x746, kIdWidth, 0x1234), 0);
+    EXPECT_FALSE(test::FileExists(m_tree.SettingsFile()));
+}
+
+TEST_F(TrevoltInput, ModesRememberTheirSizesAndSettingsAreReadAgain) {
+    {
+        auto& trevolt = Start();
+        trevolt.Type(kIdWidth, L"128");
+        trevolt.Type(kIdHeight, L"64");
+        trevolt.Click(kIdByScreen);
+        EXPECT_EQ(trevolt.Text(kIdWidth), L"0");
+        EXPECT_EQ(trevolt.Text(kIdWidthLabel), English(L"Trevolt_Screen_Width"));
+        EXPECT_EQ(trevolt.Text(kIdHeightLabel), English(L"Trevolt_Screen_Height"));
+        trevolt.Type(kIdWidth, L"1920");
+        trevolt.Type(kIdHeight, L"1080");
+        trevolt.Click(kIdByCabinet);
+        EXPECT_EQ(trevolt.Text(kIdWidth), L"128");
+        EXPECT_EQ(trevolt.Text(kIdHeight), L"64");
+        EXPECT_EQ(trevolt.Text(kIdWidthLabel), English(L"Trevolt_Cabinet_Width"));
+        trevolt.Close();
+    }
+    const auto& again = Start();
+    EXPECT_TRUE(again.IsChecked(kIdByCabinet));
+    EXPECT_EQ(again.Text(kIdWidth), L"128");
+    again.Click(kIdByScreen);
+    EXPECT_EQ(again.Text(kIdWidth), L"1920");
+    EXPECT_EQ(again.Text(kIdHeight), L"1080");
+}
+
+TEST_F(TrevoltInput, NegativeSizesAreShownAndSavedAsZero) {
+    Save(kKeyCabinetWidth, L"-3");
+    const auto& trevolt = Start();
+    EXPECT_EQ(trevolt.Text(kIdWidth), L"-3");
+    trevolt.Type(kIdHeight, L"5");
+    EXPECT_EQ(Saved(kKeyCabinetWidth), L"0");
+    EXPECT_EQ(Saved(kKeyCabinetHeight), L"5");
+}
+
+TEST_F(TrevoltInput, StartNeedsBothFolders) {
+    SaveFolders(L"D:\\\u7BB1\u4F53\\", L"");
+    EXPECT_FALSE(Start().IsEnabled(kIdStart));
+    EXPECT_EQ(m_trevolt->Text(kIdSource), L"D:\\\u7BB1\u4F53\\");
+    SaveFolders(L"", L"D:\\\u76EE\u6807\\");
+    EXPECT_FALSE(Start().IsEnabled(kIdStart));
+    EXPECT_EQ(m_trevolt->Text(kIdSource), kPlaceholder);
+    SaveFolders(L"D:\\\u7BB1\u4F53\\", L"D:\\\u76EE\u6807\\");
+    EXPECT_TRUE(Start().IsEnabled(kIdStart));
+    EXPECT_EQ(m_trevolt->Text(kIdTarget), L"D:\\\u76EE\u6807\\");
+}
+
+/// The shell's folder browser, worked through its tree.
+class CFolderBrowser {
+  public:
+    CFolderBrowser(const test::CTrevoltProcess& trevolt, int button)
+        : m_process(trevolt.Process()) {
+        trevolt.ClickModal(button);
+        m_window = trevolt.WaitForPopup();
+        EXPECT_TRUE(test::WaitUntil([&] {
+            EnumChildWindows(m_window, FindTree, reinterpret_cast<LPARAM>(&m_tree));
+            return m_tree != nullptr && Root() != 0;
+        }));
+    }
+
+    /// Selects the first item below the selected one (below the root at first) whose text holds
+    /// `part`.
+    void Select(const std::wstring& part) {
+        const LRESULT parent = m_item == 0 ? Root() : m_item;
+        SendMessageW(m_tree, TVM_EXPAND, TVE_EXPAND, parent);
+        EXPECT_TRUE(test::WaitUntil([&] { return FindBelow(parent, part) != 0; }))
+            << "not in the tree: " << WideToShownUtf8(part);
+        m_item = FindBelow(parent, part);
+        SendMessageW(m_tree, TVM_SELECTITEM, TVGN_CARET, m_item);
+    }
+    void Confirm() { test::ClosePopup(m_window, IDOK); }
+    void ConfirmWithoutWaiting() { PostMessageW(GetDlgItem(m_window, IDOK), BM_CLICK, 0, 0); }
+    void Cancel() { test::ClosePopup(m_window, IDCANCEL); }
+    HWND Window() const { return m_window; }
+
+  private:
+    static BOOL CALLBACK FindTree(HWND child, LPARAM found) {
+        wchar_t name[64]{};
+        GetClassNameW(child, name, 64);
+        if (lstrcmpiW(name, WC_TREEVIEWW) != 0)
+            return TRUE;
+        *reinterpret_cast<HWND*>(found) = child;
+        return FALSE;
+    }
+    LRESULT Root() const { return SendMessageW(m_tree, TVM_GETNEXTITEM, TVGN_ROOT, 0); }
+    LRESULT FindBelow(LRESULT parent, const std::wstring& part) const {
+        LRESULT item = SendMessageW(m_tree, TVM_GETNEXTITEM, TVGN_CHILD, parent);
+        while (item != 0 && ItemText(item).find(part) == std::wstring::npos)
+            item = SendMessageW(m_tree, TVM_GETNEXTITEM, TVGN_NEXT, item);
+        return item;
+    }
+    /// The tree writes an item's text into its own process, from where it is read.
+    std::wstring ItemText(LRESULT treeItem) const {
+        struct SRequest {
+            TVITEMW item;
+            wchar_t text[260];
+        };
+        void* remote =
+            VirtualAllocEx(m_process, nullptr, sizeof(SRequest), MEM_COMMIT, PAGE_READWRITE);
+        SRequest request{};
+        request.item.mask = TVIF_TEXT;
+        request.item.hItem = reinterpret_cast<HTREEITEM>(treeItem);
+        request.item.pszText = static_cast<SRequest*>(remote)->text;
+        request.item.cchTextMax = 260;
+        WriteProcessMemory(m_process, remote, &request, sizeof request, nullptr);
+        SendMessageW(m_tree, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(remote));
+        ReadProcessMemory(m_process, remote, &request, sizeof request, nullptr);
+        VirtualFreeEx(m_process, remote, 0, MEM_RELEASE);
+        return request.text;
+    }
+
+    HANDLE m_process;
+    HWND m_window = nullptr;
+    HWND m_tree = nullptr;
+    LRESULT m_item = 0;
+};
+
+/// A folder directly on the drive C:, which the tree reaches in a few steps.
+class CDriveFolder {
+  public:
+    explicit CDriveFolder(const std::wstring& name) : m_path(L"C:\\" + name) {
+        EXPECT_TRUE(CreateFolders(m_path));
+    }
+    ~CDriveFolder() { RemoveDirectoryW(m_path.c_str()); }
+    CDriveFolder(const CDriveFolder&) = delete;
+    CDriveFolder& operator=(const CDriveFolder&) = delete;
+
+  private:
+    std::wstring m_path;
+};
+
+TEST_F(TrevoltInput, BrowsesForBothFolders) {
+    const CDriveFolder source(L"trevolt-\u7BB1\u4F53");
+    const CDriveFolder target(L"trevolt-\u76EE\u6807");
+    const auto& trevolt = Start();
+
+    CFolderBrowser first(trevolt, kIdBrowseSource);
+    first.Select(L"Computer");
+    first.Select(L"C:");
+    first.Select(L"trevolt-\u7BB1\u4F53");
+    first.Confirm();
+    EXPECT_EQ(trevolt.Text(kIdSource), L"C:\\trevolt-\u7BB1\u4F53\\");
+    EXPECT_EQ(Saved(kKeySourceFolder), L"C:\\trevolt-\u7BB1\u4F53\\");
+    EXPECT_EQ(trevolt.Text(kIdTarget), kPlaceholder);
+    EXPECT_EQ(Saved(kKeyTargetFolder), L"");
+    EXPECT_FALSE(trevolt.IsEnabled(kIdStart));
+
+    CFolderBrowser second(trevolt, kIdBrowseTarget);
+    second.Select(L"Computer");
+    second.Select(L"C:");
+    second.Select(L"trevolt-\u76EE\u6807");
+    second.Confirm();
+    EXPECT_EQ(trevolt.Text(kIdTarget), L"C:\\trevolt-\u76EE\u6807\\");
+    EXPECT_EQ(Saved(kKeyTargetFolder), L"C:\\trevolt-\u76EE\u6807\\");
+    EXPECT_TRUE(trevolt.IsEnabled(kIdStart));
+}
+
+TEST_F(TrevoltInput, DriveKeepsItsOneBackslash) {
+    const auto& trevolt = Start();
+    CFolderBrowser browser(trevolt, kIdBrowseSource);
+    browser.Select(L"Computer");
+    browser.Select(L"C:");
+    browser.Confirm();
+    EXPECT_EQ(trevolt.Text(kIdSource), L"C:\\");
+}
+
+TEST_F(TrevoltInput, CancelledBrowsingChangesNothing) {
+    const auto& trevolt = Start();
+    CFolderBrowser browser(trevolt, kIdBrowseTarget);
+    browser.Select(L"Computer");
+    browser.Cancel();
+    EXPECT_EQ(trevolt.Text(kIdTarget), kPlaceholder);
+    EXPECT_EQ(Saved(kKeyTargetFolder), L"");
+}
+
+TEST_F(TrevoltInput, ItemWithoutAPathIsRefused) {
+    const auto& trevolt = Start();
+    CFolderBrowser browser(trevolt, kIdBrowseSource);
+    browser.Select(L"Computer");
+    browser.ConfirmWithoutWaiting();
+    EXPECT_TRUE(test::WaitUntil([&] { return IsWindow(browser.Window()) == 0; }));
+    const HWND box = trevolt.WaitForPopup();
+    const test::SMessageBox seen = test::ReadMessageBox(box);
+    EXPECT_EQ(seen.text, English(L"Trevolt_Invalid_Path_Select_Again"));
+    EXPECT_EQ(seen.title, English(L"Trevolt_102"));
+    EXPECT_TRUE(seen.hasIcon);
+    test::ClosePopup(box);
+    EXPECT_EQ(trevolt.Text(kIdSource), kPlaceholder);
+    EXPECT_EQ(Saved(kKeySourceFolder), L"");
+}
+
+} // namespace
+} // namespace trevolt

@@ -1,0 +1,158 @@
+// Start, language and end of the real program.
+#include "tests/win32/WindowFixture.h"
+
+namespace trevolt {
+namespace {
+
+using namespace std::string_literals;
+using test::LanguageBytes;
+using test::SLaunch;
+
+/// The bytes of an id with others behind them, `size` in all.
+std::string Padded(std::int32_t id, std::size_t size) {
+    std::string bytes = LanguageBytes(id);
+    bytes.resize(size, 'x');
+    return bytes;
+}
+
+class TrevoltStart : public test::WindowFixture {
+  protected:
+    void ExpectTexts(const std::wstring& file, int id) const {
+        EXPECT_EQ(m_trevolt->Title(), TextIn(file, L"Trevolt_102")) << id;
+        for (const int control : test::kTranslatedControls)
+            EXPECT_EQ(m_trevolt->Text(control),
+                      TextIn(file, L"Trevolt_" + std::to_wstring(control)))
+                << id << " " << control;
+    }
+};
+
+TEST_F(TrevoltStart, OpensByCabinetAndIdle) {
+    const auto& trevolt = Start();
+    EXPECT_TRUE(trevolt.IsChecked(kIdByCabinet));
+    EXPECT_FALSE(trevolt.IsChecked(kIdByScreen));
+    EXPECT_EQ(trevolt.Text(kIdWidth), L"0");
+    EXPECT_EQ(trevolt.Text(kIdHeight), L"0");
+    EXPECT_EQ(trevolt.Text(kIdSource), kPlaceholder);
+    EXPECT_EQ(trevolt.Text(kIdTarget), kPlaceholder);
+    EXPECT_EQ(trevolt.Text(kIdAngle), L"90\u00B0");
+    EXPECT_EQ(trevolt.Send(kIdAngle, CB_GETCOUNT), 3);
+    EXPECT_FALSE(trevolt.IsEnabled(kIdStart));
+    EXPECT_FALSE(trevolt.IsVisible(kIdProgress));
+    EXPECT_TRUE(trevolt.Send(kIdSource, WM_GETDLGCODE) != 0);
+    for (const int edit : {kIdSource, kIdTarget})
+        EXPECT_NE(GetWindowLongW(trevolt.Control(edit), GWL_STYLE) & ES_READONLY, 0);
+}
+
+TEST_F(TrevoltStart, TakesEveryLanguageFromItsLauncher) {
+    for (const auto& [id, file] : test::kLanguageCases) {
+        const auto& trevolt = StartIn(id);
+        ExpectTexts(file, id);
+        EXPECT_EQ(trevolt.Text(kIdWidthLabel), TextIn(file, L"Trevolt_Cabinet_Width"));
+        EXPECT_EQ(trevolt.Text(kIdHeightLabel), TextIn(file, L"Trevolt_Cabinet_Height"));
+        EXPECT_EQ(trevolt.Text(kIdSource), kPlaceholder);
+    }
+}
+
+TEST_F(TrevoltStart, OddStandardInputsAreDefined) {
+    const std::pair<SLaunch, const wchar_t*> cases[] = {
+        {{SLaunch::Input::None, ""}, L"Multi_eng.ini"},
+        {{SLaunch::Input::Device, ""}, L"Multi_eng.ini"},
+        {{SLaunch::Input::Pipe, ""}, L"Multi_eng.ini"},
+        {{SLaunch::Input::Pipe, "\x05\x00\x00"s}, L"Multi_Japanese.ini"},
+        {{SLaunch::Input::Pipe, Padded(6, 10000)}, L"Multi_Korean.ini"},
+        {{SLaunch::Input::Pipe, Padded(7, 20000)}, L"Multi_Russian.ini"},
+        {{SLaunch::Input::Pipe, "\xFF\xFF\xFF\xFF"s}, L"Multi_eng.ini"},
+    };
+    for (const auto& [launch, file] : cases) {
+        Start(launch);
+        ExpectTexts(file, static_cast<int>(launch.bytes.size()));
+    }
+}
+
+TEST_F(TrevoltStart, ChangesItsLanguageWhileItRuns) {
+    const auto& trevolt = Start();
+    for (const auto& [id, file] : test::kLanguageCases) {
+        trevolt.SendLanguage(0, id);
+        ExpectTexts(file, id);
+        EXPECT_EQ(trevolt.Text(kIdWidthLabel), English(L"Trevolt_Cabinet_Width"));
+        trevolt.SendLanguage(1, 5);
+        ExpectTexts(file, id);
+    }
+    trevolt.SendLanguage(0, 5);
+    trevolt.Click(kIdByScreen);
+    EXPECT_EQ(trevolt.Text(kIdWidthLabel), TextIn(L"Multi_Japanese.ini", L"Trevolt_Screen_Width"));
+}
+
+TEST_F(TrevoltStart, EscapeCloses) {
+    for (const int control : {kIdWidth, kIdBrowseSource, kIdByCabinet}) {
+        const auto& trevolt = Start();
+        trevolt.Press(control, VK_ESCAPE);
+        EXPECT_TRUE(trevolt.WaitForEnd()) << control;
+    }
+}
+
+TEST_F(TrevoltStart, CloseEndsWithZero) {
+    auto& trevolt = Start();
+    trevolt.Close();
+    DWORD code = 1;
+    EXPECT_TRUE(GetExitCodeProcess(trevolt.Process(), &code));
+    EXPECT_EQ(code, 0U);
+}
+
+TEST_F(TrevoltStart, SystemMenuOpensTheAboutBox) {
+    const auto& trevolt = Start();
+    // The system uses the command's low four bits.
+    for (const WPARAM command : {0x10U, 0x1FU}) {
+        PostMessageW(trevolt.Window(), WM_SYSCOMMAND, command, 0);
+        const HWND about = trevolt.WaitForPopup();
+        EXPECT_EQ(test::TextOf(about), L"About Trevolt");
+        EXPECT_EQ(test::ReadMessageBox(about).text, L"Trevolt, Version 1.0");
+        EXPECT_EQ(test::ReadMessageBox(about).button, L"OK");
+        EXPECT_FALSE(IsWindowEnabled(trevolt.Window()));
+        test::ClosePopup(about);
+    }
+    EXPECT_TRUE(IsWindowEnabled(trevolt.Window()));
+}
+
+TEST_F(TrevoltStart, MinimisesAndComesBack) {
+    const auto& trevolt = Start();
+    PostMessageW(trevolt.Window(), WM_SYSCOMMAND, SC_MINIMIZE, 0);
+    EXPECT_TRUE(test::WaitUntil([&] { return IsIconic(trevolt.Window()) != 0; }));
+    SendMessageW(trevolt.Window(), WM_PAINT, 0, 0);
+    PostMessageW(trevolt.Window(), WM_SYSCOMMAND, SC_RESTORE, 0);
+    EXPECT_TRUE(test::WaitUntil([&] { return IsIconic(trevolt.Window()) == 0; }));
+    EXPECT_EQ(trevolt.Text(kIdWidth), L"0");
+}
+
+TEST_F(TrevoltStart, LivesInAFolderWithAChineseName) {
+    const test::CTemporaryFolder other;
+    const std::wstring bin = other.File(L"\u5DE5\u5177\\\u65CB\u8F6C \u00E9\\bin\\");
+    const std::wstring language = other.File(L"Language\\Tools\\");
+    ASSERT_TRUE(CreateFolders(bin));
+    ASSERT_TRUE(CreateFolders(language));
+    ASSERT_TRUE(CopyFileW(Program().c_str(), (bin + L"Trevolt.exe").c_str(), FALSE));
+    test::WriteText(language + L"Multi_eng.ini", "Trevolt_102=Found\n");
+    test::CTrevoltProcess trevolt(bin + L"Trevolt.exe");
+    EXPECT_EQ(trevolt.Title(), L"Found");
+    trevolt.Type(kIdWidth, L"77");
+    EXPECT_EQ(CSettingsProfile(bin + L"Trevo.ini", L"coefInfo").ReadString(L"BoxWidth"), L"77");
+    trevolt.Close();
+}
+
+TEST_F(TrevoltStart, MissingLanguageFilesLeaveTheTemplatesTexts) {
+    ASSERT_TRUE(RemoveFile(ToolsLanguageFolder(m_tree.ModuleFolder()) + L"Multi_eng.ini"));
+    const auto& trevolt = Start();
+    EXPECT_EQ(trevolt.Title(), L"\u7CFB\u6570\u65CB\u8F6C");
+    EXPECT_EQ(trevolt.Text(kIdByCabinet), L"By Cabinet");
+    EXPECT_EQ(trevolt.Text(kIdByScreen), L"\u6309\u6574\u5C4F");
+    EXPECT_EQ(trevolt.Text(kIdAngleLabel), L"\u65CB\u8F6C\u89D2\u5EA6");
+    EXPECT_EQ(trevolt.Text(kIdSourceLabel), L"Coefficient before Adjustment");
+    EXPECT_EQ(trevolt.Text(kIdBrowseSource), L"\u9009\u62E9\u8DEF\u5F84");
+    EXPECT_EQ(trevolt.Text(kIdTargetLabel), L"\u8C03\u6574\u540E\u7CFB\u6570");
+    EXPECT_EQ(trevolt.Text(kIdBrowseTarget), L"\u9009\u62E9\u8DEF\u5F84");
+    EXPECT_EQ(trevolt.Text(kIdStart), L"\u5F00\u59CB");
+    EXPECT_EQ(trevolt.Text(kIdWidthLabel), L"Cabinet Width");
+}
+
+} // namespace
+} // namespace trevolt

@@ -1,0 +1,96 @@
+// A test on the real program: installed in a tree of its own with the project's language files, and
+// with a picture of the screen when it fails.
+#pragma once
+
+#include <algorithm>
+#include <memory>
+
+#include "app/StartConstants.h"
+#include "platform/ProgramFolder.h"
+#include "platform/Utf8.h"
+#include "tests/app/DialogFixture.h"
+#include "tests/win32/Screenshot.h"
+#include "tests/win32/TrevoltProcess.h"
+
+namespace trevolt::test {
+
+/// The folder for pictures, beside the programs.
+inline std::wstring PictureFolder() {
+    const std::wstring folder = GetModuleFolder() + L"..\\window-pictures\\";
+    CreateFolders(folder);
+    return folder;
+}
+
+class WindowFixture : public testing::Test {
+  protected:
+    static constexpr const wchar_t* kPlaceholder = L"Select Path Please";
+
+    static void SetUpTestSuite() {
+        SetProcessDpiAwarenessContext(DPI_AWARENESS_CONTEXT_PER_MONITOR_AWARE_V2);
+    }
+
+    WindowFixture() {
+        EXPECT_TRUE(
+            CopyFileW((GetModuleFolder() + L"Trevolt.exe").c_str(), Program().c_str(), FALSE));
+    }
+
+    /// To be called while the window still stands, at the end of each test.
+    ~WindowFixture() override {
+        if (!HasFailure())
+            return;
+        const auto* info = testing::UnitTest::GetInstance()->current_test_info();
+        std::string name = std::string("failed-") + info->test_suite_name() + "-" + info->name();
+        std::replace(name.begin(), name.end(), '/', '-');
+        SaveScreen(ScreenArea(), PictureFolder() + Utf8ToWide(name).value() + L".bmp");
+    }
+
+    std::wstring Program() const { return m_tree.ModuleFolder() + L"Trevolt.exe"; }
+
+    CTrevoltProcess& Start(const SLaunch& launch = {}) {
+        m_trevolt.reset();
+        m_trevolt = std::make_unique<CTrevoltProcess>(Program(), launch);
+        return *m_trevolt;
+    }
+    CTrevoltProcess& StartIn(std::int32_t language) {
+        return Start({SLaunch::Input::Pipe, LanguageBytes(language)});
+    }
+
+    static std::wstring TextIn(const std::wstring& file, const std::wstring& key) {
+        CTranslate translate;
+        translate.SetLangPath(LanguageFile(L"Tools/" + file), L"");
+        return translate.Find(key).value_or(L"(missing)");
+    }
+    static std::wstring English(const std::wstring& key) { return TextIn(L"Multi_eng.ini", key); }
+
+    CSettingsProfile Settings() const {
+        return CSettingsProfile(m_tree.SettingsFile(), kSettingsSection);
+    }
+    std::wstring Saved(const wchar_t* key) const { return Settings().ReadString(key); }
+    void Save(const wchar_t* key, const std::wstring& value) const {
+        EXPECT_TRUE(Settings().WriteString(key, value));
+    }
+    void SaveFolders(const std::wstring& source, const std::wstring& target) const {
+        Save(kKeySourceFolder, source);
+        Save(kKeyTargetFolder, target);
+    }
+
+    CInstalledTree m_tree;
+    std::unique_ptr<CTrevoltProcess> m_trevolt; ///< ends before its tree goes
+};
+
+/// The language ids, their files and names for pictures.
+struct SLanguageCase {
+    std::int32_t id;
+    const wchar_t* file;
+};
+
+inline constexpr SLanguageCase kLanguageCases[] = {
+    {0, L"Multi_eng.ini"},         {1, L"Multi_chi.ini"},     {2, L"Multi_chi_fanti.ini"},
+    {3, L"Multi_eng.ini"},         {4, L"Multi_French.ini"},  {5, L"Multi_Japanese.ini"},
+    {6, L"Multi_Korean.ini"},      {7, L"Multi_Russian.ini"}, {8, L"Multi_Thai.ini"},
+    {9, L"Multi_Spanish.ini"},     {10, L"Multi_Polish.ini"}, {11, L"Multi_Swedish.ini"},
+    {12, L"Multi_Portuguese.ini"}, {99, L"Multi_eng.ini"}};
+
+inline constexpr int kTranslatedControls[] = {1000, 1001, 1003, 1005, 1006, 1013, 1017, 1018};
+
+} // namespace trevolt::test

@@ -1,0 +1,169 @@
+#include "win32/TrevoltWindow.h"
+
+#include "platform/LaunchLanguage.h"
+#include "win32/Resource.h"
+
+namespace trevolt {
+namespace {
+
+static_assert(kDialogTemplate == IDD_TREVOLT);
+
+/// CAboutDlg: it shows its texts and closes with its button or Escape.
+INT_PTR CALLBACK AboutProcedure(HWND window, UINT message, WPARAM wParam, LPARAM) {
+    if (message == WM_INITDIALOG)
+        return TRUE;
+    if (message != WM_COMMAND || (LOWORD(wParam) != IDOK && LOWORD(wParam) != IDCANCEL))
+        return FALSE;
+    EndDialog(window, LOWORD(wParam));
+    return TRUE;
+}
+
+} // namespace
+
+void CTrevoltWindow::RunModal() {
+    CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_TREVOLT), nullptr,
+                       DialogProcedure, reinterpret_cast<LPARAM>(this));
+    if (m_window == nullptr)
+        return;
+    ShowWindow(m_window, SW_SHOW);
+    MSG message{};
+    while (m_window != nullptr && GetMessageW(&message, nullptr, 0, 0) > 0) {
+        if (PreTranslateMessage(message) || IsDialogMessageW(m_window, &message))
+            continue;
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+}
+
+/// Escape asks the dialog to close, Enter commits the size that is being typed.
+bool CTrevoltWindow::PreTranslateMessage(const MSG& message) {
+    if (message.message != WM_KEYDOWN)
+        return false;
+    if (message.wParam == VK_ESCAPE) {
+        SendMessageW(m_window, WM_CLOSE, 0, 0);
+        return true;
+    }
+    return message.wParam == VK_RETURN && CommitOnEnter();
+}
+
+/// Whether Enter goes no further: it never presses Start.
+bool CTrevoltWindow::CommitOnEnter() {
+    if (CNumberEdit* edit = m_view.FocusedNumberEdit(); edit != nullptr) {
+        edit->Commit();
+        return true;
+    }
+    return GetFocus() == GetDlgItem(m_window, kIdStart);
+}
+
+INT_PTR CALLBACK CTrevoltWindow::DialogProcedure(HWND window, UINT message, WPARAM wParam,
+                                                 LPARAM lParam) {
+    if (message == WM_INITDIALOG) {
+        SetWindowLongPtrW(window, DWLP_USER, lParam);
+        reinterpret_cast<CTrevoltWindow*>(lParam)->m_window = window;
+    }
+    auto* self = reinterpret_cast<CTrevoltWindow*>(GetWindowLongPtrW(window, DWLP_USER));
+    return self == nullptr ? FALSE : self->OnMessage(message, wParam, lParam);
+}
+
+INT_PTR CTrevoltWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+    case WM_INITDIALOG:
+        return OnInitDialog();
+    case WM_COMMAND:
+        return OnCommand(LOWORD(wParam), HIWORD(wParam));
+    case CNumberEdit::kCommitted:
+        SetWindowLongPtrW(m_window, DWLP_MSGRESULT,
+                          m_dialog.OnNumberEditNotify(m_view.FindNumberEdit(lParam)));
+        return TRUE;
+    case WM_SYSCOMMAND:
+        return OnSysCommand(wParam) ? TRUE : FALSE;
+    case WM_PAINT:
+        return OnPaint() ? TRUE : FALSE;
+    case WM_QUERYDRAGICON:
+        return reinterpret_cast<INT_PTR>(m_view.Icon());
+    case WM_COPYDATA:
+        OnCopyData(*reinterpret_cast<const COPYDATASTRUCT*>(lParam));
+        return FALSE; // the default handling follows
+    case WM_DPICHANGED:
+        m_view.LoadIcons();
+        return FALSE;
+    case WM_MOVE:
+        m_view.HideBalloon();
+        return FALSE;
+    case WM_CLOSE:
+        OnClose();
+        return TRUE;
+    default:
+        return FALSE;
+    }
+}
+
+INT_PTR CTrevoltWindow::OnInitDialog() {
+    m_view.Attach(m_window);
+    return m_dialog.OnInitDialog(ReadLaunchLanguage()) ? TRUE : FALSE;
+}
+
+INT_PTR CTrevoltWindow::OnCommand(int id, int notification) {
+    struct SHandler {
+        int id;
+        int notification;
+        void (CTrevoltDlg::*handle)();
+    };
+    static constexpr SHandler kHandlers[] = {
+        {kIdStart, BN_CLICKED, &CTrevoltDlg::OnStart},
+        {kIdBrowseSource, BN_CLICKED, &CTrevoltDlg::OnBrowseSource},
+        {kIdBrowseTarget, BN_CLICKED, &CTrevoltDlg::OnBrowseTarget},
+        {kIdByCabinet, BN_CLICKED, &CTrevoltDlg::OnModeChanged},
+        {kIdByScreen, BN_CLICKED, &CTrevoltDlg::OnModeChanged},
+        {kIdWidth, EN_CHANGE, &CTrevoltDlg::OnSizeChanged},
+        {kIdHeight, EN_CHANGE, &CTrevoltDlg::OnSizeChanged},
+    };
+    for (const SHandler& handler : kHandlers) {
+        if (handler.id != id || handler.notification != notification)
+            continue;
+        if (notification == EN_CHANGE)
+            m_view.HideBalloon();
+        (m_dialog.*handler.handle)();
+        return TRUE;
+    }
+    return FALSE;
+}
+
+bool CTrevoltWindow::OnSysCommand(WPARAM command) const {
+    constexpr WPARAM kCommandMask = 0xFFF0; // the system uses the low four bits
+    if ((command & kCommandMask) != IDM_ABOUT)
+        return false;
+    DialogBoxParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_ABOUT), m_window,
+                    AboutProcedure, 0);
+    return true;
+}
+
+/// A minimised window shows its icon in the middle.
+bool CTrevoltWindow::OnPaint() const {
+    if (IsIconic(m_window) == 0)
+        return false;
+    PAINTSTRUCT paint{};
+    const HDC context = BeginPaint(m_window, &paint);
+    SendMessageW(m_window, WM_ICONERASEBKGND, reinterpret_cast<WPARAM>(context), 0);
+    const UINT dpi = GetDpiForWindow(m_window);
+    RECT client{};
+    GetClientRect(m_window, &client);
+    DrawIcon(context, (client.right - GetSystemMetricsForDpi(SM_CXICON, dpi) + 1) / 2,
+             (client.bottom - GetSystemMetricsForDpi(SM_CYICON, dpi) + 1) / 2, m_view.Icon());
+    EndPaint(m_window, &paint);
+    return true;
+}
+
+void CTrevoltWindow::OnCopyData(const COPYDATASTRUCT& data) {
+    const auto* bytes = static_cast<const std::byte*>(data.lpData);
+    m_dialog.OnCopyData(data.dwData, {bytes, bytes == nullptr ? 0 : data.cbData});
+}
+
+void CTrevoltWindow::OnClose() {
+    const HWND window = m_window;
+    m_view.HideBalloon();
+    DestroyWindow(window);
+    m_window = nullptr;
+}
+
+} // namespace trevolt

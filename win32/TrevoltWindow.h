@@ -1,0 +1,40 @@
+// CTrevoltWindow: the main dialog's real window. It hands every event to CTrevoltDlg, which holds the
+// dialog's rules, and keeps what concerns the window alone: keys, system menu, icon and closing.
+//
+// Belongs to the thread that runs it.
+#pragma once
+
+#include "app/TrevoltDlg.h"
+#include "win32/ControlView.h"
+
+namespace trevolt {
+
+class CTrevoltWindow {
+  public:
+    CTrevoltWindow(CTranslate& translate, SDialogStart start)
+        : m_dialog(m_view, translate, std::move(start)) {}
+    CTrevoltWindow(const CTrevoltWindow&) = delete;
+    CTrevoltWindow& operator=(const CTrevoltWindow&) = delete;
+
+    /// Shows the dialog and handles its messages until it is closed.
+    void RunModal();
+
+  private:
+    static INT_PTR CALLBACK DialogProcedure(HWND window, UINT message, WPARAM wParam,
+                                            LPARAM lParam);
+    INT_PTR OnMessage(UINT message, WPARAM wParam, LPARAM lParam);
+    INT_PTR OnInitDialog();
+    INT_PTR OnCommand(int id, int notification);
+    bool OnSysCommand(WPARAM command) const;
+    bool OnPaint() const;
+    void OnCopyData(const COPYDATASTRUCT& data);
+    void OnClose();
+    bool PreTranslateMessage(const MSG& message);
+    bool CommitOnEnter();
+
+    HWND m_window = nullptr;
+    CControlView m_view;
+    CTrevoltDlg m_dialog;
+};
+
+} // namespace trevolt
