@@ -1,7 +1,6 @@
 #include "common/Translate.h"
 
 #include <algorithm>
-#include <fstream>
 
 #include "platform/FileStream.h"
 #include "platform/Utf8.h"
@@ -11,19 +10,6 @@ namespace {
 
 constexpr std::uint64_t kLargestFile = 4U << 20U;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-
-std::string ReadWhole(const std::wstring& path) {
-    std::fstream stream;
-    if (!OpenFileStream(stream, path.c_str(), std::ios::in))
-        return {};
-    const std::uint64_t size = BytesToEnd(stream).value_or(0);
-    if (size > kLargestFile)
-        return {};
-    std::string text(static_cast<std::size_t>(size), '\0');
-    stream.read(text.data(), static_cast<std::streamsize>(text.size()));
-    text.resize(static_cast<std::size_t>(stream.gcount()));
-    return text;
-}
 
 /// Takes the first line off `text`, without its line end.
 std::string_view TakeLine(std::string_view& text) {
@@ -61,7 +47,7 @@ std::wstring Unescaped(std::wstring_view text) {
 } // namespace
 
 CTranslate::Texts CTranslate::ReadTexts(const std::wstring& path) {
-    const std::string content = ReadWhole(path);
+    const std::string content = ReadWholeFile(path, kLargestFile).value_or("");
     std::string_view rest = content;
     if (rest.starts_with(kByteOrderMark))
         rest.remove_prefix(kByteOrderMark.size());

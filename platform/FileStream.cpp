@@ -27,4 +27,18 @@ std::optional<std::uint64_t> BytesToEnd(std::istream& stream) {
     return static_cast<std::uint64_t>(end - here);
 }
 
+std::optional<std::string> ReadWholeFile(const std::wstring& path, std::uint64_t limit) {
+    std::fstream stream;
+    if (!OpenFileStream(stream, path.c_str(), std::ios::in))
+        return std::nullopt;
+    const auto size = BytesToEnd(stream);
+    if (!size || *size > limit)
+        return std::nullopt;
+    std::string bytes(static_cast<std::size_t>(*size), '\0');
+    stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    if (!stream.good())
+        return std::nullopt;
+    return bytes;
+}
+
 } // namespace trevolt

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <fstream>
 #include <optional>
+#include <string>
 
 namespace trevolt {
 
@@ -14,5 +15,8 @@ bool OpenFileStream(std::fstream& stream, const wchar_t* path, std::ios::openmod
 /// Bytes from the current position to the end of the stream, which keeps its position; nothing when
 /// the stream cannot tell.
 std::optional<std::uint64_t> BytesToEnd(std::istream& stream);
+
+/// The file's bytes; nothing when it does not open, cannot be read or holds more than `limit`.
+std::optional<std::string> ReadWholeFile(const std::wstring& path, std::uint64_t limit);
 
 } // namespace trevolt

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <optional>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -48,7 +49,7 @@ void AppendUnit(std::string& bytes, std::uint32_t unit) {
 std::string ToUtf16(std::wstring_view text) {
     std::string bytes;
     for (const wchar_t c : text) {
-        const auto code = static_cast<std::uint32_t>(c);
+        const auto code = static_cast<std::uint32_t>(static_cast<std::make_unsigned_t<wchar_t>>(c));
         if (code >= 0x10000U) {
             AppendUnit(bytes, 0xD800U + ((code - 0x10000U) >> 10U));
             AppendUnit(bytes, 0xDC00U + ((code - 0x10000U) & 0x3FFU));
@@ -91,18 +92,15 @@ Lines SplitLines(std::wstring_view text) {
     return lines;
 }
 
-/// The file's lines, none when it is missing; nothing when it is too large to be a settings file.
+/// The file's lines, none when it is missing; nothing when it cannot be read or is too large to be
+/// a settings file.
 std::optional<Lines> ReadLines(const std::wstring& path) {
-    std::fstream stream;
-    if (!OpenFileStream(stream, path.c_str(), std::ios::in))
+    if (!PathExists(path))
         return Lines{};
-    const std::uint64_t size = BytesToEnd(stream).value_or(0);
-    if (size > kLargestFile)
+    const auto bytes = ReadWholeFile(path, kLargestFile);
+    if (!bytes)
         return std::nullopt;
-    std::string bytes(static_cast<std::size_t>(size), '\0');
-    stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    bytes.resize(static_cast<std::size_t>(stream.gcount()));
-    return SplitLines(Decoded(bytes));
+    return SplitLines(Decoded(*bytes));
 }
 
 bool WriteLines(const std::wstring& path, const Lines& lines) {

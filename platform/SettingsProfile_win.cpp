@@ -56,20 +56,11 @@ bool WriteUtf16(const std::wstring& path, const std::wstring& text) {
 
 /// Rewrites an existing file that is not UTF-16. What cannot be rewritten stays as it is.
 void MakeUtf16(const std::wstring& path) {
-    std::fstream stream;
-    if (!OpenFileStream(stream, path.c_str(), std::ios::in))
-        return;
-    const std::uint64_t size = BytesToEnd(stream).value_or(0);
-    if (size > kLargestFile)
-        return;
-    std::string bytes(static_cast<std::size_t>(size), '\0');
-    stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    const bool isRead = stream.good();
-    stream.close();
-    if (!isRead || bytes.starts_with(kUtf16Mark))
+    const auto bytes = ReadWholeFile(path, kLargestFile);
+    if (!bytes || bytes->starts_with(kUtf16Mark))
         return;
     const std::wstring whole = path + L".new";
-    if (!WriteUtf16(whole, Decoded(bytes)) || !ReplaceWith(whole, path))
+    if (!WriteUtf16(whole, Decoded(*bytes)) || !ReplaceWith(whole, path))
         RemoveFile(whole);
 }
 

@@ -101,6 +101,17 @@ TEST(FileSystem, BytesToEndKeepsThePosition) {
     EXPECT_EQ(stream.get(), '4');
 }
 
+TEST(FileSystem, WholeFileIsReadUpToItsLimit) {
+    const CTemporaryFolder folder;
+    test::WriteText(folder.File(L"ten"), "0123456789");
+    test::WriteText(folder.File(L"none"), "");
+    EXPECT_EQ(ReadWholeFile(folder.File(L"ten"), 10), "0123456789");
+    EXPECT_EQ(ReadWholeFile(folder.File(L"ten"), 9), std::nullopt);
+    EXPECT_EQ(ReadWholeFile(folder.File(L"none"), 0), "");
+    EXPECT_EQ(ReadWholeFile(folder.File(L"missing"), 10), std::nullopt);
+    EXPECT_EQ(ReadWholeFile(folder.Path(), 10), std::nullopt);
+}
+
 TEST(FileSystem, SeparatorIsAddedOnce) {
     EXPECT_EQ(WithSeparator(L""), L"");
     const std::wstring once = WithSeparator(L"a");

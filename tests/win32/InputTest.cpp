@@ -176,6 +176,10 @@ class CFolderBrowser {
         m_item = FindBelow(parent, part);
         SendMessageW(m_tree, TVM_SELECTITEM, TVGN_CARET, m_item);
     }
+    void SelectOnDriveC(const std::wstring& name) {
+        for (const std::wstring& part : {std::wstring(L"Computer"), std::wstring(L"C:"), name})
+            Select(part);
+    }
     void Confirm() { test::ClosePopup(m_window, IDOK); }
     void ConfirmWithoutWaiting() { PostMessageW(GetDlgItem(m_window, IDOK), BM_CLICK, 0, 0); }
     void Cancel() { test::ClosePopup(m_window, IDCANCEL); }
@@ -243,9 +247,7 @@ TEST_F(TrevoltInput, BrowsesForBothFolders) {
     const auto& trevolt = Start();
 
     CFolderBrowser first(trevolt, kIdBrowseSource);
-    first.Select(L"Computer");
-    first.Select(L"C:");
-    first.Select(L"trevolt-\u7BB1\u4F53");
+    first.SelectOnDriveC(L"trevolt-\u7BB1\u4F53");
     first.Confirm();
     EXPECT_EQ(trevolt.Text(kIdSource), L"C:\\trevolt-\u7BB1\u4F53\\");
     EXPECT_EQ(Saved(kKeySourceFolder), L"C:\\trevolt-\u7BB1\u4F53\\");
@@ -254,9 +256,7 @@ TEST_F(TrevoltInput, BrowsesForBothFolders) {
     EXPECT_FALSE(trevolt.IsEnabled(kIdStart));
 
     CFolderBrowser second(trevolt, kIdBrowseTarget);
-    second.Select(L"Computer");
-    second.Select(L"C:");
-    second.Select(L"trevolt-\u76EE\u6807");
+    second.SelectOnDriveC(L"trevolt-\u76EE\u6807");
     second.Confirm();
     EXPECT_EQ(trevolt.Text(kIdTarget), L"C:\\trevolt-\u76EE\u6807\\");
     EXPECT_EQ(Saved(kKeyTargetFolder), L"C:\\trevolt-\u76EE\u6807\\");

@@ -62,6 +62,14 @@ class TrevoltLayout : public test::WindowFixture {
         EXPECT_LE(needed.cy, client.bottom) << language << " " << id;
     }
 
+    /// Draws all of the window anew, which brings what lies over it onto the screen too, and saves
+    /// the picture.
+    void SavePicture(const std::wstring& name, HWND over = nullptr) const {
+        RedrawWindow(m_trevolt->Window(), nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
+        EXPECT_TRUE(
+            test::SaveScreen(test::WindowArea(m_trevolt->Window(), over), PicturePath(name)));
+    }
+
     CDialogFont m_font;
 };
 
@@ -76,8 +84,7 @@ TEST_F(TrevoltLayout, NoLabelIsCutOffInAnyLanguage) {
             ExpectFits(kIdWidthLabel, language);
             ExpectFits(kIdHeightLabel, language);
         }
-        EXPECT_TRUE(test::SaveScreen(test::WindowArea(trevolt.Window()),
-                                     PicturePath(L"dialog-" + std::to_wstring(id))));
+        SavePicture(L"dialog-" + std::to_wstring(id));
     }
 }
 
@@ -127,9 +134,8 @@ TEST_F(TrevoltLayout, PicturesOfBalloons) {
             trevolt.Type(kIdHeight, height);
             trevolt.Press(kIdHeight, VK_RETURN);
             EXPECT_NE(trevolt.WaitForBalloon(), L"");
-            EXPECT_TRUE(test::SaveScreen(test::WindowArea(trevolt.Window(), trevolt.FindBalloon()),
-                                         PicturePath(L"balloon-" + std::to_wstring(language) +
-                                                     L"-" + std::to_wstring(++number))));
+            SavePicture(L"balloon-" + std::to_wstring(language) + L"-" + std::to_wstring(++number),
+                        trevolt.FindBalloon());
             EXPECT_NE(trevolt.FindBalloon(), nullptr) << language << " " << number;
         }
     }
@@ -140,11 +146,11 @@ TEST_F(TrevoltLayout, PicturesOfAboutBoxAndMessage) {
     const auto& trevolt = StartIn(1);
     PostMessageW(trevolt.Window(), WM_SYSCOMMAND, 0x10, 0);
     const HWND about = trevolt.WaitForPopup();
-    EXPECT_TRUE(test::SaveScreen(test::WindowArea(trevolt.Window(), about), PicturePath(L"about")));
+    SavePicture(L"about", about);
     test::ClosePopup(about);
     trevolt.ClickModal(kIdStart);
     const HWND box = trevolt.WaitForPopup();
-    EXPECT_TRUE(test::SaveScreen(test::WindowArea(trevolt.Window(), box), PicturePath(L"message")));
+    SavePicture(L"message", box);
     test::ClosePopup(box);
 }
 
