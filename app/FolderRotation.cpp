@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <new>
+#include <random>
 
 #include <fmt/format.h>
 
@@ -21,7 +22,7 @@ class CTemporaryOutput {
   public:
     CTemporaryOutput(const std::wstring& folder, const std::wstring& outputName, std::size_t number)
         : m_final(folder + outputName),
-          m_path(folder + L".trevolt-" + std::to_wstring(ProcessId()) + L"-" +
+          m_path(folder + L".trevolt-" + std::to_wstring(ProcessId()) + L"-" + RunMark() + L"-" +
                  std::to_wstring(number) + LastExtension(outputName)) {}
     ~CTemporaryOutput() {
         if (!m_kept)
@@ -37,6 +38,11 @@ class CTemporaryOutput {
     }
 
   private:
+    /// Keeps runs apart that share a target folder but not a list of processes.
+    static const std::wstring& RunMark() {
+        static const std::wstring mark = std::to_wstring(std::random_device{}());
+        return mark;
+    }
     static std::wstring LastExtension(const std::wstring& name) {
         const std::size_t dot = name.rfind(L'.');
         return dot == std::wstring::npos ? L"" : name.substr(dot);
