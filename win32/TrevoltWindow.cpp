@@ -8,15 +8,25 @@ namespace {
 
 static_assert(kDialogTemplate == IDD_TREVOLT);
 
-/// CAboutDlg: it shows its texts and closes with its button or Escape.
-INT_PTR CALLBACK AboutProcedure(HWND window, UINT message, WPARAM wParam, LPARAM) {
-    if (message == WM_INITDIALOG)
+/// The about box: it shows its texts and closes with its button or Escape.
+class CAboutDlg {
+  public:
+    /// Shows the box over `owner` until it is closed.
+    static void DoModal(HWND owner) {
+        DialogBoxParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_ABOUT), owner, Procedure,
+                        0);
+    }
+
+  private:
+    static INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM) {
+        if (message == WM_INITDIALOG)
+            return TRUE;
+        if (message != WM_COMMAND || (LOWORD(wParam) != IDOK && LOWORD(wParam) != IDCANCEL))
+            return FALSE;
+        EndDialog(window, LOWORD(wParam));
         return TRUE;
-    if (message != WM_COMMAND || (LOWORD(wParam) != IDOK && LOWORD(wParam) != IDCANCEL))
-        return FALSE;
-    EndDialog(window, LOWORD(wParam));
-    return TRUE;
-}
+    }
+};
 
 } // namespace
 
@@ -133,8 +143,7 @@ bool CTrevoltWindow::OnSysCommand(WPARAM command) const {
     constexpr WPARAM kCommandMask = 0xFFF0; // the system uses the low four bits
     if ((command & kCommandMask) != IDM_ABOUT)
         return false;
-    DialogBoxParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_ABOUT), m_window,
-                    AboutProcedure, 0);
+    CAboutDlg::DoModal(m_window);
     return true;
 }
 
