@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <new>
+#include <random>
 
 #include <fmt/format.h>
 
@@ -21,7 +22,7 @@ class CTemporaryOutput {
   public:
     CTemporaryOutput(const std::wstring& folder, const std::wstring& outputName, std::size_t number)
         : m_final(folder + outputName),
-          m_path(folder + L".trevolt-" + std::to_wstring(ProcessId()) + L"-" +
+          m_path(folder + L".trevolt-" + std::to_wstring(ProcessId()) + L"-" + RunMark() + L"-" +
                  std::to_wstring(number) + LastExtension(outputName)) {}
     ~CTemporaryOutput() {
         if (!m_kept)
@@ -37,6 +38,11 @@ class CTemporaryOutput {
     }
 
   private:
+    /// Keeps runs apart that share a target folder but not a list of processes.
+    static const std::wstring& RunMark() {
+        static const std::wstring mark = std::to_wstring(std::random_device{}());
+        return mark;
+    }
     static std::wstring LastExtension(const std::wstring& name) {
         const std::size_t dot = name.rfind(L'.');
         return dot == std::wstring::npos ? L"" : name.substr(dot);
@@ -171,6 +177,7 @@ class CFileRotation {
 };
 
 struct KnownFiles {
+    bool denied = false;                ///< the folder may not be read
     std::vector<std::wstring> names;    ///< sorted
     std::vector<std::string> unnamable; ///< of a known kind, but not valid UTF-8
 };
@@ -178,6 +185,7 @@ struct KnownFiles {
 KnownFiles FindKnownFiles(const std::wstring& folder) {
     KnownFiles known;
     const FolderListing listing = ListEntries(folder);
+    known.denied = listing.denied;
     for (const FolderEntry& entry : listing.entries)
         if (entry.kind == EntryKind::File && FindLoadKind(ToLowerAscii(entry.name)) != nullptr)
             known.names.push_back(entry.name);
@@ -210,6 +218,8 @@ std::string FindObstacle(const SRotationRequest& request) {
 std::string FindObstacle(const SRotationRequest& request, const KnownFiles& known) {
     const std::size_t count = known.names.size() + known.unnamable.size();
     const std::string source = WideToShownUtf8(request.sourceFolder);
+    if (known.denied)
+        return fmt::format("the source folder {} may not be read", source);
     if (count == 0)
         return fmt::format("there is no coefficient file in {}", source);
     if (request.wholeScreen && count != 1)

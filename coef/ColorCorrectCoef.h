@@ -217,9 +217,9 @@ class CColorCorrectCoef {
     /// [44] Writes one band of a word file: the blocks of `band`, moved down by `bandOffset` rows.
     /// The band with offset 0 creates the file with the header of `whole`; the others open it
     /// again. Both positions start at 0 and carry the state from band to band. E_POINTER for a null
-    /// path or without a store; E_HANDLE (chroma: E_COEF_OPENFAILED) when the file does not open;
-    /// S_OK, whatever became of the chunks, for a band without rows and else the status of the
-    /// band writer, which refuses bands that do not fit the whole.
+    /// path or without a store; E_COEF_INVALIDARG for an offset above 2^31 − 1; E_HANDLE (chroma:
+    /// E_COEF_OPENFAILED) when the file does not open; S_OK for a band without rows; else the
+    /// status of the store's band writer, which refuses bands that do not fit the whole.
     virtual Status ExportCoefEx(const wchar_t* path, const SPixelRect& band,
                                 const SPixelRect& whole, std::uint64_t& directoryPosition,
                                 std::uint64_t& dataPosition, std::uint32_t bandOffset,

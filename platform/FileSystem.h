@@ -31,8 +31,9 @@ struct FolderEntry {
 };
 
 struct FolderListing {
+    bool denied = false;                    ///< the folder stands and may not be read
     std::vector<FolderEntry> entries;       ///< in the system's order, "." and ".." included
-    std::vector<std::string> unnamedByUtf8; ///< raw names (POSIX) that are not valid UTF-8
+    std::vector<std::string> unnamedByUtf8; ///< files (POSIX) whose raw names are not valid UTF-8
 };
 
 /// Every entry whose full name begins with `prefix`: a folder's path with its separator gives all

@@ -49,15 +49,18 @@ FolderListing ListEntries(const std::wstring& prefix) {
     const std::string folder = nameStart == 0 ? "./" : native->substr(0, nameStart);
     const std::string nameBegin = native->substr(nameStart);
     const std::unique_ptr<DIR, DirCloser> dir(opendir(folder.c_str()));
-    if (!dir)
+    if (!dir) {
+        listing.denied = errno == EACCES;
         return listing;
+    }
     while (const dirent* entry = readdir(dir.get())) {
         const std::string name = entry->d_name;
         if (!name.starts_with(nameBegin))
             continue;
+        const EntryKind kind = KindOf(folder + name);
         if (auto wide = Utf8ToWide(name))
-            listing.entries.push_back({std::move(*wide), KindOf(folder + name)});
-        else
+            listing.entries.push_back({std::move(*wide), kind});
+        else if (kind == EntryKind::File)
             listing.unnamedByUtf8.push_back(name);
     }
     return listing;

@@ -47,8 +47,10 @@ FolderListing ListEntries(const std::wstring& prefix) {
     FolderListing listing;
     WIN32_FIND_DATAW found{};
     const HANDLE search = FindFirstFileW((prefix + L"*.*").c_str(), &found);
-    if (search == INVALID_HANDLE_VALUE)
+    if (search == INVALID_HANDLE_VALUE) {
+        listing.denied = GetLastError() == ERROR_ACCESS_DENIED;
         return listing;
+    }
     do {
         listing.entries.push_back({found.cFileName, KindOf(found.dwFileAttributes)});
     } while (FindNextFileW(search, &found) != 0);

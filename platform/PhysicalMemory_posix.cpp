@@ -8,6 +8,8 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include "platform/ControlGroup.h"
+
 #ifdef TREVOLT_ADDRESS_SANITIZER
 #include <sanitizer/lsan_interface.h>
 #endif
@@ -17,20 +19,13 @@ namespace {
 
 constexpr std::size_t kHugePage = std::size_t{2} << 20;
 
-/// The number in a control-group file; the largest number when there is none ("max", no file).
-std::uint64_t GroupLimit(const char* path) {
-    std::ifstream file(path);
-    std::uint64_t bytes = 0;
-    return file >> bytes ? bytes : std::numeric_limits<std::uint64_t>::max();
-}
-
 } // namespace
 
 std::uint64_t PhysicalMemoryBytes() {
     const auto pages = static_cast<std::uint64_t>(sysconf(_SC_PHYS_PAGES));
     const auto pageBytes = static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
-    return std::min({pages * pageBytes, GroupLimit("/sys/fs/cgroup/memory.max"),
-                     GroupLimit("/sys/fs/cgroup/memory/memory.limit_in_bytes")});
+    std::ifstream membership("/proc/self/cgroup");
+    return std::min(pages * pageBytes, ControlGroupLimit(membership, "/sys/fs/cgroup"));
 }
 
 void* AllocateLarge(std::size_t bytes) {

@@ -7,8 +7,14 @@ namespace {
 
 std::atomic<bool> g_interrupted{false};
 
-BOOL WINAPI OnControl(DWORD) {
+constexpr DWORD kGraceMilliseconds = 10000; // the system waits no longer itself
+
+BOOL WINAPI OnControl(DWORD event) {
     g_interrupted = true;
+    // A closed console, a log-off or a shutdown ends the process when this returns. The program
+    // ends before the wait is over, with its temporary files removed.
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)
+        Sleep(kGraceMilliseconds);
     return TRUE;
 }
 

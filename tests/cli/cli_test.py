@@ -9,6 +9,7 @@ are packed and unpacked by another LZ4 implementation's front end.
 """
 import os
 import pathlib
+import re
 import resource
 import shutil
 import signal
@@ -230,6 +231,47 @@ class Turn(CliTest):
                 self.assertEqual(self.body(self.target / output, kind, width, height),
                                  self.body(SAMPLES / f'turned-{angle}' / output, kind, width, height))
 
+    @posix_only
+    def test_a_thousand_mixed_cabinets_take_the_memory_of_those_in_work(self):
+        cabinets = sorted(p for p in (SAMPLES / 'cabinet').iterdir() if p.suffix != '.csv')
+        self.assertEqual(len(cabinets), 9)
+
+        def add_copies(numbers):
+            for i in numbers:
+                cabinet = cabinets[i % 9]
+                os.symlink(cabinet, self.source / f'{i:04}{cabinet.suffix}')
+
+        def turn(jobs):
+            """The peak memory in KiB, the output lines and the outputs of a run."""
+            target = pathlib.Path(tempfile.mkdtemp(dir=self.folder))
+            # An address sanitizer would keep freed memory back.
+            options = os.environ.get('ASAN_OPTIONS', '')
+            environment = dict(os.environ, ASAN_OPTIONS=f'{options}:quarantine_size_mb=0:'
+                                                        'thread_local_quarantine_size_kb=0')
+            with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as err:
+                run = subprocess.Popen([*PROGRAM, 'rotate', '--angle', '90', '--jobs', str(jobs),
+                                        str(self.source), str(target)], stdout=out, stderr=err,
+                                       env=environment)
+                _, wait_status, usage = os.wait4(run.pid, 0)
+                run.returncode = os.waitstatus_to_exitcode(wait_status)
+                out.seek(0)
+                err.seek(0)
+                self.assertEqual((run.returncode, err.read()), (0, b''))
+                lines = self.lines(out.read())
+            outputs = {p.name: p.read_bytes() for p in target.iterdir()}
+            return usage.ru_maxrss, lines, outputs
+
+        add_copies(range(100))
+        peak_of_hundred = turn(2)[0]
+        add_copies(range(100, 1000))
+        peak, lines, outputs = turn(2)
+        self.assertEqual(lines[-1], '1000 files turned by 90°, 0 failed')
+        self.assertEqual(len(outputs), 1000)
+        _, lines_one_by_one, outputs_one_by_one = turn(1)
+        self.assertEqual(lines, lines_one_by_one)
+        self.assertEqual(outputs, outputs_one_by_one)
+        self.assertLess(peak - peak_of_hundred, 2048)
+
     def test_every_form_of_frame_is_read(self):
         raw = raw_elements(90, 80, 9)
         forms = (dict(), dict(content_checksum=True), dict(block_checksum=True),
@@ -365,6 +407,16 @@ class Names(CliTest):
         self.expect(self.rotate(), 1, err=[
             f'{name}: cannot be given its final name in the target folder'])
         self.assertEqual(self.targets(), [])
+
+    @posix_only
+    def test_a_source_folder_that_may_not_be_read_is_named(self):
+        if os.geteuid() == 0:
+            self.skipTest('the superuser may read everywhere')
+        self.add('a.3bcoef')
+        self.source.chmod(0o300)
+        self.addCleanup(self.source.chmod, 0o700)
+        self.expect(self.rotate(), 2, [],
+                    [f'trevolt-cli: the source folder {self.source} may not be read'])
 
     @posix_only
     def test_a_folder_that_cannot_be_written_is_reported(self):
@@ -526,6 +578,55 @@ class Trouble(CliTest):
         run.communicate(timeout=60)
         self.assertEqual(run.returncode, 0)
         self.assertEqual(len(self.targets()), 100)
+
+
+class WordKinds(CliTest):
+    """What only the word kinds have: losses that are told, and a kind found before the ending."""
+
+    def test_what_a_turn_loses_is_told(self):
+        shutil.copy(SAMPLES / 'awkward' / 'origin_1000_777.9wcoef', self.source)
+        self.expect(self.rotate(), 0, [
+            'origin_1000_777.9wcoef -> origin_1000_777-90°.9wcoef  (300 x 140 -> 140 x 300)',
+            'origin_1000_777.9wcoef: the turned file lacks its origin (1000, 777)',
+            '1 file turned by 90°, 0 failed'], [])
+
+    def test_a_kind_counts_anywhere_in_the_name(self):
+        plain = SAMPLES / 'cabinet' / 'Cab_06.9wcoef'
+        shutil.copy(plain, self.source / 'x.9wcoef.9wPCoef')
+        shutil.copy(plain, self.source / 'alone.9wPCoef')
+        self.expect(self.rotate(), 0,
+                    ['x.9wcoef.9wPCoef -> x-90°.9wcoef.9wPCoef  (40 x 24 -> 24 x 40)',
+                     '1 file turned by 90°, 0 failed'], [])
+        self.assertEqual(self.targets(), ['x-90°.9wcoef.9wPCoef'])
+
+        # The ending makes the output a file with extra words, which is then read as such.
+        output = self.target / 'x-90°.9wcoef.9wPCoef'
+        self.assertEqual(output.read_bytes()[:16].hex(), '0c14edf43afcd34e97cb786e63deaf99')
+        shutil.move(output, self.source / 'x.9wcoef.9wPCoef')
+        self.expect(self.rotate(angle=270), 0,
+                    ['x.9wcoef.9wPCoef -> x-270°.9wcoef.9wPCoef  (24 x 40 -> 40 x 24)',
+                     'x.9wcoef.9wPCoef: the turned file lacks its extra words',
+                     '1 file turned by 270°, 0 failed'], [])
+
+
+class Documents(CliTest):
+    def test_the_binary_pages_example_is_what_is_read_and_written(self):
+        page = (ROOT / 'docs' / 'formats' / 'binary.md').read_text(encoding='utf-8')
+        example = page.split('## An example')[1].split('```')[1]
+        content = b''
+        for line in example.strip().splitlines():
+            found = re.match(r'([0-9a-f]{8}): ((?:[0-9a-f]{2,4} )*[0-9a-f]{2,4})(?:  |$)', line)
+            if found:
+                self.assertEqual(int(found[1], 16), len(content), line)
+                content += bytes.fromhex(found[2])
+        self.assertEqual(lz4.frame.decompress(content[24:]), bytes((255, 230, 204, 255, 255, 255)))
+        (self.source / 'a.3bcoef').write_bytes(content)
+        self.expect(self.rotate(angle=180), 0, err=[])
+        output = self.target / 'a-180°.3bcoef'
+        self.assertEqual(self.body(output, '.3bcoef', 2, 1), bytes((255, 255, 255, 255, 230, 204)))
+        shutil.move(output, self.source / 'a.3bcoef')
+        self.expect(self.rotate(angle=180), 0, err=[])
+        self.assertEqual(output.read_bytes(), content)
 
 
 class Demo(CliTest):

@@ -572,7 +572,7 @@ TEST_F(BrightLoad, SizesOfRecognisedFiles) {
 
 TEST_F(BrightLoad, AHeaderWithoutASize) {
     const Bytes file = ReadFile(Sample(L"cabinet/Cab_02.3fcoef"));
-    for (const std::size_t length : {16, 19, 23}) {
+    for (const std::size_t length : {16U, 19U, 23U}) {
         WriteFile(path, Bytes(file.begin(), file.begin() + static_cast<long>(length)));
         std::uint32_t width = 9;
         std::uint32_t height = 9;

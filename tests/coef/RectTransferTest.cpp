@@ -565,6 +565,33 @@ TEST(UncutCopies, TellWhatIsMissing) {
     EXPECT_EQ(chroma.FindExtraWord(0, 0)->w[0], 0);
 }
 
+TEST(UncutCopies, ExtraWordsPassMissingBlocksOver) {
+    CCNewChromaCorrectCoef chroma;
+    ASSERT_EQ(chroma.Create(300, 140), S_OK);
+    CCaliBuf& extra = *chroma.ExtraStore();
+    extra.Clear();
+    for (const std::uint32_t index : {0U, 512U, 513U}) { // block 1 is missing
+        ASSERT_EQ(extra.AllocateBlock(index, index % 512 * 256, index / 512 * 128), S_OK);
+        ASSERT_EQ(extra.FillBlockDefault(index), S_OK);
+    }
+    std::vector<std::uint16_t> words(20 * 16);
+    for (std::size_t i = 0; i < words.size(); ++i)
+        words[i] = static_cast<std::uint16_t>(i + 1);
+    EXPECT_EQ(chroma.SetRectExtraWord(250, 120, 20, 16, words.data()), S_OK);
+    for (std::uint32_t y = 0; y < 16; ++y)
+        for (std::uint32_t x = 0; x < 20; ++x) {
+            const SWordCoef* const word = chroma.FindExtraWord(250 + x, 120 + y);
+            const bool isMissing = x >= 6 && y < 8;
+            ASSERT_EQ(word == nullptr, isMissing);
+            if (word != nullptr) {
+                ASSERT_EQ(word->w[0], y * 20 + x + 1);
+            }
+        }
+    EXPECT_EQ(chroma.FindExtraWord(249, 120)->w[0], 0);
+    EXPECT_EQ(chroma.SetPixelExtraWord(256, 120, 5), E_FAIL);
+    EXPECT_EQ(chroma.SetPixelExtraWord(255, 120, 5), S_OK);
+}
+
 TEST(SetRectFromBytes, RefusesADivisorOfZeroAndScalesExactly) {
     CCNewBrightCorrectCoef bright;
     ASSERT_EQ(bright.Create(1, 1), S_OK);

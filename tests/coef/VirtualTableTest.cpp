@@ -29,7 +29,7 @@ std::size_t EntryOf(Member member) {
 
 void* const* TableOf(const CColorCorrectCoef& object) {
     void* const* table = nullptr;
-    std::memcpy(&table, &object, sizeof table);
+    std::memcpy(&table, static_cast<const void*>(&object), sizeof table);
     return table;
 }
 

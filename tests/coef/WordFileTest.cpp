@@ -242,7 +242,7 @@ TYPED_TEST(WordFiles, ShortHeaders) {
               S_OK);
     const Bytes file = ReadFile(this->path);
     const std::wstring before = test::DigestOf(this->object);
-    for (const std::size_t length : {0, 15, 16, 40, 167}) {
+    for (const std::size_t length : {0U, 15U, 16U, 40U, 167U}) {
         WriteFile(this->path, Bytes(file.begin(), file.begin() + static_cast<long>(length)));
         std::uint32_t width = 7;
         std::uint32_t height = 7;

@@ -1,8 +1,14 @@
 #include "platform/FileSystem.h"
 
 #include <algorithm>
+#include <fstream>
 
 #include <gtest/gtest.h>
+
+#ifndef _WIN32
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
 
 #include "platform/FileStream.h"
 #include "tests/support/TestFiles.h"
@@ -59,6 +65,22 @@ TEST(FileSystem, ReplacesRemovesAndCompares) {
     EXPECT_FALSE(RemoveFile(folder.File(L"b")));
     EXPECT_FALSE(IsSameEntry(folder.File(L"b"), folder.File(L"b")));
 }
+
+#ifndef _WIN32
+TEST(FileSystem, NamesThatAreNotUtf8AreThoseOfFilesOnly) {
+    const CTemporaryFolder folder;
+    const std::string path = *ToNativePath(folder.Path());
+    ASSERT_EQ(mkdir((path + "folder\xFF").c_str(), 0777), 0);
+    ASSERT_EQ(mkfifo((path + "pipe\xFF").c_str(), 0666), 0);
+    std::ofstream(path + "file\xFF") << "x";
+    const FolderListing listing = ListEntries(folder.Path());
+    EXPECT_EQ(listing.unnamedByUtf8, std::vector<std::string>{"file\xFF"});
+    EXPECT_EQ(listing.entries.size(), 2U); // "." and ".."
+    EXPECT_EQ(rmdir((path + "folder\xFF").c_str()), 0);
+    EXPECT_EQ(unlink((path + "pipe\xFF").c_str()), 0);
+    EXPECT_EQ(unlink((path + "file\xFF").c_str()), 0);
+}
+#endif
 
 TEST(FileSystem, StreamsRefuseFoldersNullAndMissingFiles) {
     const CTemporaryFolder folder;
