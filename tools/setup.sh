@@ -1,7 +1,7 @@
 #!/bin/sh
 # Installs the Debian packages that the named jobs need and that are missing.
 #
-#   tools/setup.sh build|test|lint|bench|fuzz|windows|package ...
+#   tools/setup.sh build|test|lint|bench|fuzz|windows ...
 #
 # Nothing else is changed on the machine. Runs as root, or through sudo.
 set -eu
