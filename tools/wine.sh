@@ -11,6 +11,9 @@ if [ ! -f "$WINEPREFIX/made" ]; then
         flock 9
         if [ ! -f "$WINEPREFIX/made" ]; then
             DISPLAY= wine wineboot -i >/dev/null 2>&1
+            # What was started without a display must not serve the first run that has one.
+            wineserver -k || true
+            wineserver -w
             touch "$WINEPREFIX/made"
         fi
     ) 9>"$WINEPREFIX.lock"
