@@ -135,8 +135,16 @@ void BuildObject(benchmark::State& state) {
     }
 }
 
-BENCHMARK(Rotate)->DenseRange(0, 8)->Unit(benchmark::kMillisecond)->Repetitions(kRepetitions);
-BENCHMARK(Bare)->DenseRange(0, 8)->Unit(benchmark::kMillisecond)->Repetitions(kRepetitions);
+BENCHMARK(Rotate)
+    ->DenseRange(0, 8)
+    ->Unit(benchmark::kMillisecond)
+    ->Repetitions(kRepetitions)
+    ->MeasureProcessCPUTime(); // the work is done on a thread of its own
+BENCHMARK(Bare)
+    ->DenseRange(0, 8)
+    ->Unit(benchmark::kMillisecond)
+    ->Repetitions(kRepetitions)
+    ->MeasureProcessCPUTime();
 BENCHMARK_TEMPLATE(BuildObject, CCNewChromaCorrectCoef)->Unit(benchmark::kMicrosecond);
 BENCHMARK_TEMPLATE(BuildObject, CCNewBrightCorrectCoef)->Unit(benchmark::kMicrosecond);
 BENCHMARK_TEMPLATE(BuildObject, CVirtualGreenBrightCorrectCoef)->Unit(benchmark::kMicrosecond);
