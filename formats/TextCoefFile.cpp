@@ -166,12 +166,15 @@ class CDataLineWriter {
     std::size_t m_filled = 0;
 };
 
-void WriteDataLines(std::fstream& stream, const CMassiveGrid& grid,
-                    const SMatrixCoef& defaultElement) {
+/// The map's pixels, whose sizes have 16 bits; a grid without storage has none.
+void WriteDataLines(std::fstream& stream, const CChromaCorrectCoef& map, const CMassiveGrid& grid) {
     CDataLineWriter writer(stream);
+    const SMatrixCoef& defaultElement = map.DefaultElement();
     const auto* defaultBytes = reinterpret_cast<const std::byte*>(&defaultElement);
-    for (std::uint32_t y = 0; y < grid.Height(); ++y) {
-        for (std::uint32_t x = 0; x < grid.Width(); ++x) {
+    const std::uint32_t width = std::min<std::uint32_t>(map.Width(), grid.Width());
+    const std::uint32_t height = std::min<std::uint32_t>(map.Height(), grid.Height());
+    for (std::uint32_t y = 0; y < height; ++y) {
+        for (std::uint32_t x = 0; x < width; ++x) {
             const std::byte* bytes = grid.Element(y * grid.Width() + x);
             if (std::memcmp(bytes, defaultBytes, sizeof defaultElement) != 0)
                 writer.Write(x, y, *reinterpret_cast<const SMatrixCoef*>(bytes));
@@ -191,8 +194,7 @@ Status WriteTextCoefFile(const CChromaCorrectCoef& map, const wchar_t* path,
         return E_COEF_OPENFAILED;
     const std::string header = HeaderLines(map);
     stream.write(header.data(), static_cast<std::streamsize>(header.size()));
-    WriteDataLines(stream, preparedGrid != nullptr ? *preparedGrid : map.ColourGrid(),
-                   map.DefaultElement());
+    WriteDataLines(stream, map, preparedGrid != nullptr ? *preparedGrid : map.ColourGrid());
     CloseWritten(stream);
     return S_OK;
 }
