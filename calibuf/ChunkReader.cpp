@@ -181,11 +181,8 @@ class CStreamBytes {
 
     const std::byte* Take(std::uint32_t count) {
         const std::uint64_t from = m_at;
-        m_at += count;
-        if (m_at > m_end) {
-            m_stream.setstate(std::ios::failbit); // short: the stream's state tells so, too
+        if (!Advance(count))
             return nullptr;
-        }
         if (m_mustSeek)
             m_stream.seekg(static_cast<std::streamoff>(from));
         m_mustSeek = false;
@@ -194,11 +191,19 @@ class CStreamBytes {
     }
 
     void Skip(std::uint32_t count) {
-        m_at += count;
+        Advance(count);
         m_mustSeek = true;
     }
 
   private:
+    /// Moves on; false, told by the stream's state, too, when that passes the stream's end.
+    bool Advance(std::uint32_t count) {
+        m_at += count;
+        if (m_at > m_end)
+            m_stream.setstate(std::ios::failbit);
+        return m_at <= m_end;
+    }
+
     std::istream& m_stream;
     CBudgetBlock m_scratch;
     std::uint64_t m_at;
@@ -318,6 +323,18 @@ Status ReadChunks(std::istream& stream, std::uint32_t recordCount, CCaliBuf& sto
 
 bool AllWanted(const SChunkRecord& /*record*/) { return true; }
 
+/// The top edge of the last chunk with this block index, 0 when there is none. Directory space that
+/// stayed empty, which reads as index 0, is no chunk.
+std::uint32_t TopOfChunk(const SDirectory& directory, std::uint32_t index) {
+    std::uint32_t top = 0;
+    for (std::uint32_t i = 0; i < directory.count; ++i) {
+        const SChunkRecord record = directory[i];
+        if (record.index == index && !IsUnused(record))
+            top = record.y;
+    }
+    return top;
+}
+
 } // namespace
 
 Status CCaliBuf::ReadRectChunks(std::istream& stream, std::uint32_t x, std::uint32_t y,
@@ -348,11 +365,7 @@ Status CCaliBuf::ReadBandChunks(std::istream& stream, std::uint32_t x, std::uint
     if (m_nElemSize == sizeof(SWordCoef))
         stream.seekg(static_cast<std::streamoff>(header.directoryOffset), std::ios::cur);
     const auto placement = [&](const SDirectory& directory) {
-        std::uint32_t baseY = 0;
-        for (std::uint32_t i = 0; i < directory.count; ++i)
-            if (const SChunkRecord record = directory[i]; record.index == firstIndex)
-                baseY = record.y;
-        return SPlacement{x, std::int64_t{y} - baseY};
+        return SPlacement{x, std::int64_t{y} - TopOfChunk(directory, firstIndex)};
     };
     const auto isInBand = [&](const SChunkRecord& record) {
         return record.index >= firstIndex && record.index < endIndex;

@@ -18,6 +18,24 @@ constexpr int kAcceleration = 1;
 /// What LZ4 may fill for a plane of `count` words.
 int PlaneCapacity(std::size_t count) { return static_cast<int>(count * 2 * kWordBytes); }
 
+/// The words of a plane in which LZ4 found no match: its block is one run of literals, and they
+/// stand in it as they are. Null for any other block, and for a run of another length.
+const std::byte* FindLiteralPlane(std::span<const std::byte> block, std::size_t planeBytes) {
+    constexpr std::size_t kLongRun = 15; // the length goes on in the next bytes
+    constexpr std::byte kFullByte{255};  // and on in the byte behind
+    if (block.empty())
+        return nullptr;
+    std::size_t at = 1;
+    auto length = std::to_integer<std::size_t>(block[0] >> 4);
+    for (bool goesOn = length == kLongRun; goesOn; ++at) {
+        if (at == block.size())
+            return nullptr;
+        length += std::to_integer<std::size_t>(block[at]);
+        goesOn = block[at] == kFullByte;
+    }
+    return length == planeBytes && block.size() - at == length ? block.data() + at : nullptr;
+}
+
 SPlaneLayout LayoutFor(const WordElementKind* kind, std::size_t maxElements) {
     return {kind == nullptr ? kWordsOfUnknownKind : kind->wordCount, maxElements + kPlaneGap};
 }
@@ -41,10 +59,13 @@ Status CPlaneCodec::Compress(std::byte* destination, std::uint32_t& total, const
     total = 0;
     if (!m_isKnownKind)
         return E_FAIL;
-    GatherPlanes(source, count, Plane(0), m_layout);
+    const bool isPlane = m_layout.wordCount == 1;
+    if (!isPlane)
+        GatherPlanes(source, count, Plane(0), m_layout);
     for (std::size_t k = 0; k < m_layout.wordCount; ++k) {
+        const void* const plane = isPlane ? static_cast<const void*>(source) : Plane(k);
         const int size = LZ4_compress_fast(
-            reinterpret_cast<const char*>(Plane(k)), reinterpret_cast<char*>(destination + total),
+            static_cast<const char*>(plane), reinterpret_cast<char*>(destination + total),
             static_cast<int>(count * kWordBytes), PlaneCapacity(count), kAcceleration);
         planeSizes[k] = static_cast<std::uint32_t>(size);
         total += planeSizes[k];
@@ -56,27 +77,37 @@ Status CPlaneCodec::Decompress(const SChunkRecord& record, const std::byte* comp
                                std::byte* destination, std::uint32_t& total) {
     total = 0;
     const std::size_t count = record.Elements();
-    const std::size_t planeBytes = count * kWordBytes;
     if (!IsPossibleChunk(record, m_elemSize) || m_elemSize < m_layout.wordCount * kWordBytes)
         return E_FAIL;
+    std::array<const std::byte*, kMaxWords> planes{};
     std::uint32_t left = record.totalSize;
     for (std::size_t k = 0; k < m_layout.wordCount; ++k) {
         const std::uint32_t size = record.planeSizes[k];
         if (size > left)
             return E_FAIL;
-        const int made = LZ4_decompress_safe(reinterpret_cast<const char*>(compressed),
-                                             reinterpret_cast<char*>(Plane(k)),
-                                             static_cast<int>(size), PlaneCapacity(count));
-        if (made < 0 || static_cast<std::size_t>(made) != planeBytes)
+        planes[k] = DecodePlane(k, {compressed, size}, count);
+        if (planes[k] == nullptr)
             return E_FAIL;
         compressed += size;
         left -= size;
     }
     if (left != 0)
         return E_FAIL;
-    ScatterPlanes(Plane(0), m_layout, destination, count, m_elemSize);
-    total = static_cast<std::uint32_t>(m_layout.wordCount * planeBytes);
+    ScatterPlanes(std::span(planes).first(m_layout.wordCount), destination, count, m_elemSize);
+    total = static_cast<std::uint32_t>(m_layout.wordCount * count * kWordBytes);
     return S_OK;
+}
+
+const std::byte* CPlaneCodec::DecodePlane(std::size_t k, std::span<const std::byte> block,
+                                          std::size_t count) {
+    const std::size_t planeBytes = count * kWordBytes;
+    if (const std::byte* const literals = FindLiteralPlane(block, planeBytes))
+        return literals;
+    auto* const plane = reinterpret_cast<std::byte*>(Plane(k));
+    const int made = LZ4_decompress_safe(reinterpret_cast<const char*>(block.data()),
+                                         reinterpret_cast<char*>(plane),
+                                         static_cast<int>(block.size()), PlaneCapacity(count));
+    return made >= 0 && static_cast<std::size_t>(made) == planeBytes ? plane : nullptr;
 }
 
 bool IsPossibleChunk(const SChunkRecord& record, std::size_t elemSize) {

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 #include "calibuf/ChunkLayout.h"
 #include "calibuf/PlaneTranspose.h"
@@ -31,6 +32,11 @@ class CPlaneCodec {
 
   private:
     std::uint16_t* Plane(std::size_t k);
+
+    /// Plane k's `count` words from its compressed block: in the block itself where they stand there
+    /// as they are, else in scratch memory. Null for a block of anything else.
+    const std::byte* DecodePlane(std::size_t k, std::span<const std::byte> block,
+                                 std::size_t count);
 
     std::size_t m_elemSize;
     bool m_isKnownKind;

@@ -10,6 +10,9 @@ namespace {
 // one by one. Wide loads and stores of 3-word elements reach one word into the next element; the
 // last elements are therefore moved word by word.
 constexpr std::size_t kGroup = 8;
+constexpr std::size_t kWordBytes = sizeof(std::uint16_t);
+
+using Planes = std::span<const std::byte* const>;
 
 using Words8 [[gnu::vector_size(16)]] = std::uint16_t;
 using Octet = std::array<Words8, 8>;
@@ -78,7 +81,7 @@ Quartet PlanesToPairs(Quartet planes) {
 /// How elements of W words are made of tiles.
 template <std::size_t W>
 struct Tiles {
-    static constexpr std::size_t kBytes = W * sizeof(std::uint16_t);
+    static constexpr std::size_t kBytes = W * kWordBytes;
     static constexpr bool kHasOctet = W >= 8;
     static constexpr std::size_t kRestAt = kHasOctet ? 8 : 0; ///< first word behind the octet
     static constexpr std::size_t kRest = W - kRestAt;
@@ -103,7 +106,7 @@ void GatherGroup(const std::byte* from, std::uint16_t* planes, std::size_t strid
         for (std::size_t k = 0; k < kGroup; ++k)
             Store8(planes + k * stride, rows[k]);
     }
-    const std::byte* rest = from + T::kRestAt * sizeof(std::uint16_t);
+    const std::byte* rest = from + T::kRestAt * kWordBytes;
     std::uint16_t* restPlanes = planes + T::kRestAt * stride;
     if constexpr (T::kHasQuartet) {
         Quartet pairs;
@@ -114,51 +117,50 @@ void GatherGroup(const std::byte* from, std::uint16_t* planes, std::size_t strid
             Store8(restPlanes + k * stride, pairs[k]);
     } else {
         for (std::size_t e = 0; e < kGroup; ++e)
-            std::memcpy(restPlanes + e, rest + e * T::kBytes, sizeof(std::uint16_t));
+            std::memcpy(restPlanes + e, rest + e * T::kBytes, kWordBytes);
     }
 }
 
 template <std::size_t W>
-void ScatterGroup(const std::uint16_t* planes, std::size_t stride, std::byte* to) {
+void ScatterGroup(Planes planes, std::size_t at, std::byte* to) {
     using T = Tiles<W>;
     if constexpr (T::kHasOctet) {
         Octet rows;
         for (std::size_t k = 0; k < kGroup; ++k)
-            rows[k] = Load8(planes + k * stride);
+            rows[k] = Load8(planes[k] + at);
         rows = Transpose(rows);
         for (std::size_t e = 0; e < kGroup; ++e)
             Store8(to + e * T::kBytes, rows[e]);
     }
-    std::byte* rest = to + T::kRestAt * sizeof(std::uint16_t);
-    const std::uint16_t* restPlanes = planes + T::kRestAt * stride;
+    std::byte* rest = to + T::kRestAt * kWordBytes;
     if constexpr (T::kHasQuartet) {
         Quartet pairs{};
         for (std::size_t k = 0; k < T::kRest; ++k)
-            pairs[k] = Load8(restPlanes + k * stride);
+            pairs[k] = Load8(planes[T::kRestAt + k] + at);
         pairs = PlanesToPairs(pairs);
         for (std::size_t i = 0; i < 4; ++i)
             StorePair(rest + 2 * i * T::kBytes, rest + (2 * i + 1) * T::kBytes, pairs[i]);
     } else {
         for (std::size_t e = 0; e < kGroup; ++e)
-            std::memcpy(rest + e * T::kBytes, restPlanes + e, sizeof(std::uint16_t));
+            std::memcpy(rest + e * T::kBytes, planes[T::kRestAt] + at + e * kWordBytes, kWordBytes);
     }
 }
 
 void GatherSingly(const std::byte* elements, std::size_t first, std::size_t count,
                   std::uint16_t* planes, const SPlaneLayout& layout) {
-    const std::size_t elemSize = layout.wordCount * sizeof(std::uint16_t);
+    const std::size_t elemSize = layout.wordCount * kWordBytes;
     for (std::size_t e = first; e < count; ++e)
         for (std::size_t k = 0; k < layout.wordCount; ++k)
-            std::memcpy(planes + k * layout.stride + e,
-                        elements + e * elemSize + k * sizeof(std::uint16_t), sizeof(std::uint16_t));
+            std::memcpy(planes + k * layout.stride + e, elements + e * elemSize + k * kWordBytes,
+                        kWordBytes);
 }
 
-void ScatterSingly(const std::uint16_t* planes, const SPlaneLayout& layout, std::byte* elements,
-                   std::size_t first, std::size_t count, std::size_t elemSize) {
+void ScatterSingly(Planes planes, std::byte* elements, std::size_t first, std::size_t count,
+                   std::size_t elemSize) {
     for (std::size_t e = first; e < count; ++e)
-        for (std::size_t k = 0; k < layout.wordCount; ++k)
-            std::memcpy(elements + e * elemSize + k * sizeof(std::uint16_t),
-                        planes + k * layout.stride + e, sizeof(std::uint16_t));
+        for (std::size_t k = 0; k < planes.size(); ++k)
+            std::memcpy(elements + e * elemSize + k * kWordBytes, planes[k] + e * kWordBytes,
+                        kWordBytes);
 }
 
 template <std::size_t W>
@@ -171,12 +173,11 @@ void Gather(const std::byte* elements, std::size_t count, std::uint16_t* planes,
 }
 
 template <std::size_t W>
-void Scatter(const std::uint16_t* planes, const SPlaneLayout& layout, std::byte* elements,
-             std::size_t count) {
+void Scatter(Planes planes, std::byte* elements, std::size_t count) {
     const std::size_t grouped = Tiles<W>::GroupedElements(count);
     for (std::size_t e = 0; e < grouped; e += kGroup)
-        ScatterGroup<W>(planes + e, layout.stride, elements + e * Tiles<W>::kBytes);
-    ScatterSingly(planes, layout, elements, grouped, count, Tiles<W>::kBytes);
+        ScatterGroup<W>(planes, e * kWordBytes, elements + e * Tiles<W>::kBytes);
+    ScatterSingly(planes, elements, grouped, count, Tiles<W>::kBytes);
 }
 
 } // namespace
@@ -187,7 +188,7 @@ void GatherPlanes(const std::byte* elements, std::size_t count, std::uint16_t* p
         return;
     switch (layout.wordCount) {
     case 1:
-        std::memcpy(planes, elements, count * sizeof(std::uint16_t));
+        std::memcpy(planes, elements, count * kWordBytes);
         return;
     case 3:
         return Gather<3>(elements, count, planes, layout);
@@ -200,24 +201,23 @@ void GatherPlanes(const std::byte* elements, std::size_t count, std::uint16_t* p
     }
 }
 
-void ScatterPlanes(const std::uint16_t* planes, const SPlaneLayout& layout, std::byte* elements,
-                   std::size_t count, std::size_t elemSize) {
+void ScatterPlanes(Planes planes, std::byte* elements, std::size_t count, std::size_t elemSize) {
     if (count == 0)
         return;
-    if (elemSize != layout.wordCount * sizeof(std::uint16_t))
-        return ScatterSingly(planes, layout, elements, 0, count, elemSize);
-    switch (layout.wordCount) {
+    if (elemSize != planes.size() * kWordBytes)
+        return ScatterSingly(planes, elements, 0, count, elemSize);
+    switch (planes.size()) {
     case 1:
-        std::memcpy(elements, planes, count * sizeof(std::uint16_t));
+        std::memcpy(elements, planes[0], count * kWordBytes);
         return;
     case 3:
-        return Scatter<3>(planes, layout, elements, count);
+        return Scatter<3>(planes, elements, count);
     case 4:
-        return Scatter<4>(planes, layout, elements, count);
+        return Scatter<4>(planes, elements, count);
     case 9:
-        return Scatter<9>(planes, layout, elements, count);
+        return Scatter<9>(planes, elements, count);
     default:
-        return Scatter<12>(planes, layout, elements, count);
+        return Scatter<12>(planes, elements, count);
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace trevolt {
 
@@ -17,9 +18,10 @@ struct SPlaneLayout {
 void GatherPlanes(const std::byte* elements, std::size_t count, std::uint16_t* planes,
                   const SPlaneLayout& layout);
 
-/// Puts `count` elements of `elemSize` bytes (at least as many as the planes' words need) together
-/// from their planes. Bytes of an element behind its last plane's word are left alone.
-void ScatterPlanes(const std::uint16_t* planes, const SPlaneLayout& layout, std::byte* elements,
-                   std::size_t count, std::size_t elemSize);
+/// Puts `count` elements of `elemSize` bytes (at least as many as the words of the planes need)
+/// together from their planes, one for each word, which may lie anywhere and need no alignment.
+/// Bytes of an element behind its last plane's word are left alone.
+void ScatterPlanes(std::span<const std::byte* const> planes, std::byte* elements, std::size_t count,
+                   std::size_t elemSize);
 
 } // namespace trevolt

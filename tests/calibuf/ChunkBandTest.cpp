@@ -250,6 +250,20 @@ TEST(ChunkBands, TheBaseIsThatOfTheLastChunkWithTheFirstIndex) {
     EXPECT_EQ(CountUnlikeDefault(target), 5);
 }
 
+// Directory space that stayed empty reads as records of index 0.
+TEST(ChunkBands, TheBaseIsNoUnusedRecords) {
+    CCaliOperation<S3WordCoef> source;
+    ASSERT_EQ(source.Buffer().Allocate(5, 20), S_OK); // one block, of four that are touched
+    FillPattern(source);
+    const Bytes file = RectFile(source.Buffer(), {0, 9, 300, 130});
+    CCaliOperation<S3WordCoef> target;
+    ASSERT_EQ(target.Buffer().Allocate(5, 300), S_OK);
+    std::stringstream stream = StreamOf(file);
+    EXPECT_EQ(target.Buffer().ReadBandChunks(stream, 0, 0, 0, 1), S_OK);
+    EXPECT_EQ(target.Buffer().LastRead(), (SChunkCounts{.read = 1}));
+    EXPECT_EQ(CountUnlikePattern(target, 0, 0, 5, 11, 0, 0U - 9), 0);
+}
+
 TEST(ChunkBands, DamageOutsideTheBandIsNotLookedAt) {
     CCaliOperation<S3WordCoef> source;
     ASSERT_EQ(source.Buffer().Allocate(5, 300), S_OK);

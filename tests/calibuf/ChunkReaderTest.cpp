@@ -99,31 +99,54 @@ TYPED_TEST(ChunkReaderOf, OnePixelWideAndHigh) {
     }
 }
 
-TEST(ChunkReader, LastBlockOfTheGrid) {
-    CCaliOperation<S4WordCoef> source;
-    CCaliOperation<S4WordCoef> target;
-    for (CCaliOperation<S4WordCoef>* owner : {&source, &target}) {
-        ASSERT_EQ(owner->Buffer().AllocateBlock(262143, 511 * 256, 511 * 128), S_OK);
-        ASSERT_EQ(owner->Buffer().FillBlockDefault(262143), S_OK);
+/// Two stores that hold nothing but the last block of the grid: one with the pattern, one fresh.
+template <class T>
+class LastBlockOf : public ::testing::Test {
+  protected:
+    static constexpr std::uint32_t kLeft = 511 * 256;
+    static constexpr std::uint32_t kTop = 511 * 128;
+
+    LastBlockOf() {
+        for (CCaliBuf* store : {&m_source.Buffer(), &m_target.Buffer()}) {
+            EXPECT_EQ(store->AllocateBlock(262143, kLeft, kTop), S_OK);
+            EXPECT_EQ(store->FillBlockDefault(262143), S_OK);
+        }
+        for (std::uint32_t y = kTop; y < 65536; ++y)
+            for (std::uint32_t x = kLeft; x < 131072; ++x)
+                *m_source.Find(x, y) = PatternElement<T>(x, y);
     }
-    for (std::uint32_t y = 511 * 128; y < 65536; ++y)
-        for (std::uint32_t x = 511 * 256; x < 131072; ++x)
-            *source.Find(x, y) = PatternElement<S4WordCoef>(x, y);
-    const Bytes file = RectFile(source.Buffer(), {131000, 65500, 131072, 65536});
-    EXPECT_EQ(ReadAt(target.Buffer(), file, 131000, 65500), S_OK);
-    EXPECT_EQ(target.Buffer().LastRead(), (SChunkCounts{.read = 1}));
-    EXPECT_EQ(CountUnlikePattern(target, 131000, 65500, 131072, 65536), 0);
-    EXPECT_EQ(CountUnlikeDefault(target), 72 * 36);
-    // Half of it shifted off the grid: the rest still comes.
-    ASSERT_EQ(target.Buffer().FillBlockDefault(262143), S_OK);
-    EXPECT_EQ(ReadAt(target.Buffer(), file, 131036, 65518), S_OK);
-    EXPECT_EQ(CountUnlikePattern(target, 131036, 65518, 131072, 65536, 36, 18), 0);
-    EXPECT_EQ(CountUnlikeDefault(target), 36 * 18);
+
+    CCaliOperation<T> m_source;
+    CCaliOperation<T> m_target;
+    CCaliBuf& m_store = m_target.Buffer();
+};
+TYPED_TEST_SUITE(LastBlockOf, AllElements);
+
+TYPED_TEST(LastBlockOf, RectanglesThatEndWithTheGridRoundTrip) {
+    for (const SPixelRect rect :
+         {SPixelRect{131000, 65500, 131072, 65536}, SPixelRect{131071, 65500, 131072, 65536},
+          SPixelRect{131000, 65535, 131072, 65536}, SPixelRect{131071, 65535, 131072, 65536}}) {
+        const auto x0 = static_cast<std::uint32_t>(rect.left);
+        const auto y0 = static_cast<std::uint32_t>(rect.top);
+        ASSERT_EQ(this->m_store.FillBlockDefault(262143), S_OK);
+        EXPECT_EQ(ReadAt(this->m_store, RectFile(this->m_source.Buffer(), rect), x0, y0), S_OK);
+        EXPECT_EQ(this->m_store.LastRead(), (SChunkCounts{.read = 1}));
+        EXPECT_EQ(CountUnlikePattern(this->m_target, x0, y0, 131072, 65536), 0);
+        EXPECT_EQ(CountUnlikeDefault(this->m_target), rect.Width() * rect.Height());
+    }
+}
+
+TYPED_TEST(LastBlockOf, WhatIsShiftedOffTheGridIsSkipped) {
+    const Bytes file = RectFile(this->m_source.Buffer(), {131000, 65500, 131072, 65536});
+    // Half of it: the rest still comes.
+    EXPECT_EQ(ReadAt(this->m_store, file, 131036, 65518), S_OK);
+    EXPECT_EQ(CountUnlikePattern(this->m_target, 131036, 65518, 131072, 65536, 36, 18), 0);
+    EXPECT_EQ(CountUnlikeDefault(this->m_target), 36 * 18);
     // All of it: a missing block, not the first block of another row.
-    EXPECT_EQ(ReadAt(target.Buffer(), file, 131072, 65500), S_OK);
-    EXPECT_EQ(target.Buffer().LastRead(), (SChunkCounts{.skipped = 1}));
-    EXPECT_EQ(ReadAt(target.Buffer(), file, 0xFFFFFFFF, 0xFFFFFFFF), S_OK);
-    EXPECT_EQ(target.Buffer().LastRead(), (SChunkCounts{.skipped = 1}));
+    EXPECT_EQ(ReadAt(this->m_store, file, 131072, 65500), S_OK);
+    EXPECT_EQ(this->m_store.LastRead(), (SChunkCounts{.skipped = 1}));
+    EXPECT_EQ(ReadAt(this->m_store, file, 0xFFFFFFFF, 0xFFFFFFFF), S_OK);
+    EXPECT_EQ(this->m_store.LastRead(), (SChunkCounts{.skipped = 1}));
 }
 
 TEST(ChunkReader, ChunkOverTwoBlocksIsSplit) {
@@ -335,6 +358,17 @@ TEST_F(ChunkReaderDamaged, AChunkPastTheStreamsEndFailsWithAllThatFollow) {
     EXPECT_EQ(Counts(), (SChunkCounts{.read = 1, .failed = 2}));
 }
 
+TEST_F(ChunkReaderDamaged, AChunkThatIsPassedOverBeyondTheStreamsEndFailsTheStream) {
+    Spoil(2, [](SChunkRecord& record) {
+        record.width = 0; // never decoded
+        record.totalSize = 0xFFFFFFFF;
+    });
+    std::stringstream stream = StreamOf(m_file);
+    EXPECT_EQ(m_owner.Buffer().ReadRectChunks(stream, 0, 127, 0, 0), E_FAIL);
+    EXPECT_EQ(Counts(), (SChunkCounts{.read = 2, .failed = 1}));
+    EXPECT_TRUE(stream.fail());
+}
+
 TEST_F(ChunkReaderDamaged, UnusedRecordsAreSeenOver) {
     Spoil(2, [](SChunkRecord& record) { record = {}; });
     Spoil(1, [](SChunkRecord& record) { ++record.height; });
@@ -442,6 +476,38 @@ TEST(ChunkReader, TheBandReaderCountsTheExtraWordsFromTheHeadersEnd) {
     EXPECT_EQ(CountUnlikePattern(extra, 0, 0, 300, 10), 0);
 }
 
+/// `bytes` as a file on disk, and a stream on it.
+class CFileOf {
+  public:
+    explicit CFileOf(const Bytes& bytes) {
+        const std::wstring path = m_folder.File(L"file.9wcoef");
+        WriteFile(path, bytes);
+        EXPECT_TRUE(OpenFileStream(m_stream, path.c_str(), std::ios::in));
+    }
+    std::fstream& Stream() { return m_stream; }
+
+  private:
+    CTemporaryFolder m_folder;
+    std::fstream m_stream;
+};
+
+// A file on disk can be sought past its end without failing, unlike a stream in memory.
+TEST(ChunkReader, DirectoryOffsetsPastTheEndOfAFileOnDiskAreRefused) {
+    std::uint32_t extraAt = 0;
+    Bytes file = FileWithExtraWords(extraAt);
+    CCaliOperation<SWordCoef> extra;
+    ASSERT_EQ(extra.Buffer().Allocate(300, 10), S_OK);
+    for (const std::uint32_t past : {0U, 1U, 100000U}) {
+        StoreLittle<std::uint32_t>(&file[chunk_header::kDirectoryOffset],
+                                   static_cast<std::uint32_t>(file.size()) + past);
+        CFileOf rect(file);
+        EXPECT_EQ(extra.Buffer().ReadRectChunks(rect.Stream(), 0, 0, 0, 0), E_FAIL) << past;
+        CFileOf band(file);
+        EXPECT_EQ(extra.Buffer().ReadBandChunks(band.Stream(), 0, 0, 0, 262144), E_FAIL) << past;
+        EXPECT_EQ(extra.Buffer().LastRead(), SChunkCounts{});
+    }
+}
+
 TEST(ChunkReader, DirectoryOffsetsInsideTheHeaderOrPastTheEndAreRefused) {
     std::uint32_t extraAt = 0;
     Bytes file = FileWithExtraWords(extraAt);
@@ -451,6 +517,14 @@ TEST(ChunkReader, DirectoryOffsetsInsideTheHeaderOrPastTheEndAreRefused) {
                                        static_cast<std::uint32_t>(file.size()) + 1, 0xFFFFFFFFU}) {
         StoreLittle<std::uint32_t>(&file[chunk_header::kDirectoryOffset], offset);
         EXPECT_EQ(ReadAt(extra.Buffer(), file, 0, 0), E_FAIL) << offset;
+        EXPECT_EQ(extra.Buffer().LastRead(), SChunkCounts{});
+    }
+    // The band reader counts from the header's end: what it may be given ends 168 bytes sooner.
+    const auto size = static_cast<std::uint32_t>(file.size());
+    for (const std::uint32_t offset : {size - 168, size - 167, size, 0xFFFFFFFFU}) {
+        StoreLittle<std::uint32_t>(&file[chunk_header::kDirectoryOffset], offset);
+        std::stringstream stream = StreamOf(file);
+        EXPECT_EQ(extra.Buffer().ReadBandChunks(stream, 0, 0, 0, 262144), E_FAIL) << offset;
         EXPECT_EQ(extra.Buffer().LastRead(), SChunkCounts{});
     }
     // A file of nothing but a single-word store has its directory right behind the header.

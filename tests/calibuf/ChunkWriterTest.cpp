@@ -9,7 +9,7 @@ template <class T>
 class ChunkWriterOf : public ::testing::Test {
   protected:
     static constexpr std::uint32_t kPlanes = kWordElementKind<T>.planeCount;
-    static constexpr std::size_t kWords = sizeof(T) / 2;
+    static constexpr std::uint32_t kWords = sizeof(T) / 2;
 
     CCaliOperation<T> m_owner;
     CCaliBuf& m_store = m_owner.Buffer();
@@ -33,11 +33,11 @@ TYPED_TEST(ChunkWriterOf, SmallRectangleByteForByte) {
 
     Bytes expected(kChunkHeaderBytes);
     StoreLittle<std::uint32_t>(&expected[16], 1);
-    Append(expected, LittleU32(0));                               // index
-    Append(expected, LittleU32(3));                               // x
-    Append(expected, LittleU32(5));                               // y
-    Append(expected, MakeBytes({2, 0, 2, 0}));                    // width, height
-    Append(expected, LittleU32(9 * std::uint32_t{this->kWords})); // total
+    Append(expected, LittleU32(0));                // index
+    Append(expected, LittleU32(3));                // x
+    Append(expected, LittleU32(5));                // y
+    Append(expected, MakeBytes({2, 0, 2, 0}));     // width, height
+    Append(expected, LittleU32(9 * this->kWords)); // total
     for (std::uint32_t k = 0; k < this->kPlanes; ++k)
         Append(expected, LittleU32(k < this->kWords ? 9 : 0));
     for (std::uint32_t k = 0; k < this->kWords; ++k) {

@@ -20,6 +20,14 @@ Bytes RandomBytes(std::size_t count) {
     return bytes;
 }
 
+std::vector<const std::byte*> PlanePointers(const std::vector<std::uint16_t>& planes,
+                                            const SPlaneLayout& layout) {
+    std::vector<const std::byte*> pointers;
+    for (std::size_t k = 0; k < layout.wordCount; ++k)
+        pointers.push_back(reinterpret_cast<const std::byte*>(planes.data() + k * layout.stride));
+    return pointers;
+}
+
 /// Gathers and scatters `count` elements of W words between guard words that must stay.
 void CheckTransposition(std::size_t wordCount, std::size_t count) {
     SCOPED_TRACE(testing::Message() << wordCount << " words, " << count << " elements");
@@ -35,7 +43,7 @@ void CheckTransposition(std::size_t wordCount, std::size_t count) {
                       e < count ? LoadLittle<std::uint16_t>(&elements[e * elemSize + k * 2])
                                 : kGuard);
     Bytes back(elements.size() + 16, std::byte{0x77});
-    ScatterPlanes(planes.data(), layout, back.data(), count, elemSize);
+    ScatterPlanes(PlanePointers(planes, layout), back.data(), count, elemSize);
     EXPECT_TRUE(std::equal(elements.begin(), elements.end(), back.begin()));
     EXPECT_TRUE(std::all_of(back.end() - 16, back.end(),
                             [](std::byte byte) { return byte == std::byte{0x77}; }));
@@ -48,9 +56,9 @@ TEST(PlaneTranspose, MovesEveryWordAndNoOther) {
 }
 
 TEST(PlaneTranspose, LeavesBytesBehindTheWordsAlone) {
-    const std::vector<std::uint16_t> planes{1, 2, 3, 4, 5, 6};
+    std::vector<std::uint16_t> planes{1, 2, 3, 4, 5, 6};
     Bytes elements(2 * 7, std::byte{0x77});
-    ScatterPlanes(planes.data(), {3, 2}, elements.data(), 2, 7);
+    ScatterPlanes(PlanePointers(planes, {3, 2}), elements.data(), 2, 7);
     EXPECT_EQ(elements, MakeBytes({1, 0, 3, 0, 5, 0, 0x77, 2, 0, 4, 0, 6, 0, 0x77}));
 }
 
@@ -195,6 +203,67 @@ TEST_F(CaliPlanesDamaged, PlanesOfAnotherLengthFail) {
     EXPECT_EQ(Decode(record, kTwoElements), E_FAIL);
     record.width = 3;
     EXPECT_EQ(Decode(record, kTwoElements), E_FAIL);
+}
+
+/// `count` bytes as one run of literals: the length starts in the first byte's upper half.
+Bytes LiteralRun(std::size_t count) {
+    Bytes block(1, static_cast<std::byte>(std::min<std::size_t>(count, 15) << 4));
+    if (count >= 15) {
+        block.insert(block.end(), (count - 15) / 255, std::byte{255});
+        block.push_back(static_cast<std::byte>((count - 15) % 255));
+    }
+    for (std::size_t i = 0; i < count; ++i)
+        block.push_back(static_cast<std::byte>(i * 7 + 1));
+    return block;
+}
+
+/// Runs of every length up to a few length bytes, whole, and with one byte too few or too many
+/// behind a length that is right: what is taken from the block is what LZ4 would make of it.
+TEST(CaliPlanes, LiteralRunsAreTakenAsLz4Does) {
+    CCaliOperation<SWordCoef> owner;
+    for (std::uint16_t width = 1; width <= 256; ++width) {
+        for (std::uint16_t height = 1; height <= 3; ++height) {
+            const std::size_t planeBytes = std::size_t{2} * width * height;
+            const Bytes run = LiteralRun(planeBytes);
+            for (const std::size_t size : {run.size() - 1, run.size(), run.size() + 1}) {
+                Bytes block = run;
+                block.resize(size);
+                std::vector<char> expected(2 * planeBytes);
+                const int made = LZ4_decompress_safe(reinterpret_cast<const char*>(block.data()),
+                                                     expected.data(), static_cast<int>(size),
+                                                     static_cast<int>(expected.size()));
+                const bool isPlane = made == static_cast<int>(planeBytes);
+                EXPECT_EQ(isPlane, size == run.size());
+                const auto stored = static_cast<std::uint32_t>(size);
+                Bytes words(planeBytes);
+                std::uint32_t total = 0;
+                ASSERT_EQ(owner.Buffer().DecompressPlanes({.width = width,
+                                                           .height = height,
+                                                           .totalSize = stored,
+                                                           .planeSizes = {stored}},
+                                                          block.data(), words.data(), total),
+                          isPlane ? S_OK : E_FAIL)
+                    << planeBytes << " bytes in " << size;
+                if (isPlane)
+                    EXPECT_EQ(std::memcmp(words.data(), expected.data(), planeBytes), 0);
+            }
+        }
+    }
+}
+
+// A length that never ends within its block.
+TEST(CaliPlanes, LengthBytesUpToTheBlocksEndFail) {
+    CCaliOperation<SWordCoef> owner;
+    Bytes words(2 * 32768);
+    for (const std::uint32_t size : {1U, 2U, 3U, 258U, 70000U}) {
+        Bytes block(size, std::byte{255});
+        block[0] = std::byte{0xF0};
+        std::uint32_t total = 0;
+        EXPECT_EQ(owner.Buffer().DecompressPlanes(
+                      {.width = 256, .height = 128, .totalSize = size, .planeSizes = {size}},
+                      block.data(), words.data(), total),
+                  E_FAIL);
+    }
 }
 
 TEST_F(CaliPlanesDamaged, SizesThatContradictEachOtherFail) {
