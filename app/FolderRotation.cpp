@@ -152,9 +152,11 @@ class CFileRotation {
             Fail("cannot be written: the target refused some of the bytes (is the disk full?)");
         else if (report.WasMemoryRefused())
             Fail("not enough memory to write it whole");
-        else if (!m_interrupted && !output.Keep())
+        else if (m_interrupted) // asked once: what has its final name is also told of
+            return;
+        else if (!output.Keep())
             Fail("cannot be given its final name in the target folder");
-        else if (!m_interrupted)
+        else
             NoteWritten(outputName);
     }
 

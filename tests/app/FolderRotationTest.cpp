@@ -362,26 +362,37 @@ TEST_F(FolderRotation, HoldsMemoryOfTheFilesInWorkOnly) {
     EXPECT_EQ(m_target.Names().size(), 20U);
 }
 
-TEST_F(FolderRotation, StopsWhenInterrupted) {
+TEST_F(FolderRotation, WritesNothingWhenInterruptedFromTheStart) {
     for (int i = 0; i < 9; ++i)
         AddFile(L"cab" + std::to_wstring(i) + L".3bcoef", 10, 10);
     m_interrupted = true;
-    SRotationOutcome outcome = Run();
+    const SRotationOutcome outcome = Run();
     EXPECT_EQ(outcome.end, ERotationEnd::Interrupted);
     EXPECT_EQ(outcome.written, 0U);
     EXPECT_EQ(outcome.failed, 0U);
     EXPECT_TRUE(m_target.Names().empty());
+}
 
-    m_interrupted = false;
+// Many times over: the other threads are anywhere in their files when the run is interrupted.
+TEST_F(FolderRotation, TellsOfEveryOutputOfAnInterruptedRun) {
+    for (int i = 0; i < 9; ++i)
+        AddFile(L"cab" + std::to_wstring(i) + L".3bcoef", 10, 10);
     m_listener.afterFile = [&] { m_interrupted = true; };
-    outcome = Run();
-    EXPECT_EQ(outcome.end, ERotationEnd::Interrupted);
-    EXPECT_GE(outcome.written, 1U);
-    EXPECT_EQ(m_target.Names().size(), outcome.written); // whole outputs, no temporary
-    for (const std::wstring& name : m_target.Names()) {
-        CChromaCorrectCoef map;
-        map.Resize(10, 10);
-        EXPECT_EQ(Read3bCoefFile(map, m_target.File(name).c_str()), S_OK);
+    for (int round = 0; round < 50; ++round) {
+        m_interrupted = false;
+        m_listener.outcomes.clear();
+        const SRotationOutcome outcome = Run();
+        EXPECT_EQ(outcome.end, ERotationEnd::Interrupted);
+        EXPECT_GE(outcome.written, 1U);
+        const std::vector<std::wstring> names = m_target.Names(); // whole outputs, no temporary
+        ASSERT_EQ(names.size(), outcome.written);
+        ASSERT_EQ(m_listener.outcomes.size(), outcome.written);
+        for (const std::wstring& name : names) {
+            CChromaCorrectCoef map;
+            map.Resize(10, 10);
+            EXPECT_EQ(Read3bCoefFile(map, m_target.File(name).c_str()), S_OK);
+            EXPECT_TRUE(RemoveFile(m_target.File(name)));
+        }
     }
 }
 
