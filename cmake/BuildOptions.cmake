@@ -14,7 +14,7 @@ add_compile_options(-ffp-contract=off)
 
 if(TREVOLT_SANITIZERS)
     add_compile_options(-fsanitize=${TREVOLT_SANITIZERS} -fno-sanitize-recover=all
-                        -fno-omit-frame-pointer -O1)
+                        -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${TREVOLT_SANITIZERS})
     if(TREVOLT_BUILD_FUZZERS)
         add_compile_options(-fsanitize=fuzzer-no-link)
@@ -43,6 +43,10 @@ function(trevolt_folder folder)
     add_library(trevolt_${folder} STATIC ${arg_SOURCES})
     trevolt_own_code(trevolt_${folder})
     target_link_libraries(trevolt_${folder} PUBLIC ${arg_USES})
+    if(TREVOLT_SANITIZERS)
+        # What the tests and fuzz targets spend their time in.
+        target_compile_options(trevolt_${folder} PRIVATE -O1)
+    endif()
 endfunction()
 
 # Console programs start at wmain on Windows, so that every Unicode argument arrives.

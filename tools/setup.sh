@@ -1,7 +1,7 @@
 #!/bin/sh
 # Installs the Debian packages that the named jobs need and that are missing.
 #
-#   tools/setup.sh build|test|lint|bench|fuzz|windows ...
+#   tools/setup.sh build|test|asan|lint|bench|fuzz|windows ...
 #
 # Nothing else is changed on the machine. Runs as root, or through sudo.
 set -eu
@@ -12,7 +12,7 @@ packages_for() {
         test) packages_for build; echo libgtest-dev lz4 python3 python3-lz4 ;;
         lint) packages_for test; echo clang-format clang-tidy ;;
         bench) packages_for build; echo libbenchmark-dev ;;
-        fuzz) packages_for test; echo clang libclang-rt-14-dev ;;
+        asan | fuzz) packages_for test; echo clang libclang-rt-14-dev ;;
         windows) packages_for test; echo g++-mingw-w64-x86-64-posix dpkg-dev wine wine64 xvfb \
             fonts-wine fonts-dejavu-core fonts-droid-fallback fonts-nanum fonts-tlwg-waree-ttf ;;
         *) echo "setup: unknown job '$1'" >&2; exit 2 ;;
