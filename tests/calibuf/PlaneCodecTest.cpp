@@ -244,8 +244,9 @@ TEST(CaliPlanes, LiteralRunsAreTakenAsLz4Does) {
                                                           block.data(), words.data(), total),
                           isPlane ? S_OK : E_FAIL)
                     << planeBytes << " bytes in " << size;
-                if (isPlane)
+                if (isPlane) {
                     EXPECT_EQ(std::memcmp(words.data(), expected.data(), planeBytes), 0);
+                }
             }
         }
     }

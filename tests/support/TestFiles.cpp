@@ -75,6 +75,9 @@ Bytes ReadFile(const std::wstring& path) {
 }
 
 void WriteText(const std::wstring& path, std::string_view text) {
+    // A file that is cut to nothing and written again goes to the disk at once on some systems, a
+    // new one does not; damage tests write thousands.
+    RemoveFile(path);
     std::fstream stream;
     EXPECT_TRUE(OpenFileStream(stream, path.c_str(), std::ios::out | std::ios::trunc));
     stream.write(text.data(), static_cast<std::streamsize>(text.size()));
