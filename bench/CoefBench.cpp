@@ -1,20 +1,23 @@
 // Coefficient objects at work on a screen of 3840 × 2160: loading and exporting a word file beside
-// the bare LZ4 calls on the same planes, and what an object costs to build and destroy. Content that
-// does not compress makes LZ4 a copy, and then the file itself (BareWrite, BareRead) costs most.
+// the bare LZ4 calls on the same planes, with and without the file, and what an object costs to build
+// and destroy. Content that does not compress makes LZ4 a copy; then the file itself costs most.
 #include <cmath>
 #include <filesystem>
 #include <memory>
+#include <numeric>
 #include <random>
 #include <string>
 
 #include <benchmark/benchmark.h>
 #include <lz4.h>
 
+#include "bench/RatioReporter.h"
 #include "coef/CNewBrightCorrectCoef.h"
 #include "coef/CNewChromaCorrectCoef.h"
 #include "coef/VirtualGreenBrightCorrectCoef.h"
 #include "coef/VirtualGreenChromaCorrectCoef.h"
 #include "platform/FileStream.h"
+#include "platform/Process.h"
 
 namespace trevolt {
 namespace {
@@ -50,7 +53,9 @@ void Fill(Object& object, Content content) {
 /// A file that goes with its holder.
 class CTemporaryFile {
   public:
-    CTemporaryFile() : m_path(std::filesystem::temp_directory_path() / "trevolt-coef-bench.coef") {}
+    CTemporaryFile()
+        : m_path(std::filesystem::temp_directory_path() /
+                 ("trevolt-coef-bench-" + std::to_string(ProcessId()) + ".coef")) {}
     ~CTemporaryFile() {
         std::error_code ignored;
         std::filesystem::remove(m_path, ignored);
@@ -72,6 +77,7 @@ struct SScreen {
         object.ExportCoef(file.Path().c_str(), kScreen, nullptr, nullptr);
         GatherPlanes();
         Compress();
+        fileBytes.resize(compressed.size());
     }
 
     void GatherPlanes() {
@@ -111,20 +117,13 @@ struct SScreen {
         }
     }
 
-    std::vector<char> FileBytes() const {
-        std::fstream stream;
-        OpenFileStream(stream, file.Path().c_str(), std::ios::in);
-        std::vector<char> bytes(BytesToEnd(stream).value_or(0));
-        stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        return bytes;
-    }
-
     Object object;
     CTemporaryFile file;
     std::vector<std::uint16_t> planes;
     std::vector<std::size_t> planeEnds;
     std::vector<char> compressed;
     std::vector<int> compressedSizes;
+    std::vector<char> fileBytes;
 };
 
 template <class Object>
@@ -151,24 +150,18 @@ void ExportCoef(benchmark::State& state) {
     CountBytes<Object>(state);
 }
 
-/// What the file alone costs: the same bytes written from memory, and read into it.
+/// The bare calls, and their bytes written to a file.
 template <class Object>
-void BareWrite(benchmark::State& state) {
+void BareCompressAndWrite(benchmark::State& state) {
     SScreen<Object> screen(static_cast<Content>(state.range(0)));
-    const std::vector<char> bytes = screen.FileBytes();
     for (auto _ : state) {
+        screen.Compress();
         std::fstream stream;
         OpenFileStream(stream, screen.file.Path().c_str(), std::ios::out | std::ios::trunc);
-        stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        stream.write(screen.compressed.data(),
+                     std::accumulate(screen.compressedSizes.begin(), screen.compressedSizes.end(),
+                                     std::streamsize{0}));
     }
-    CountBytes<Object>(state);
-}
-
-template <class Object>
-void BareRead(benchmark::State& state) {
-    SScreen<Object> screen(static_cast<Content>(state.range(0)));
-    for (auto _ : state)
-        benchmark::DoNotOptimize(screen.FileBytes());
     CountBytes<Object>(state);
 }
 
@@ -178,6 +171,22 @@ void BareDecompress(benchmark::State& state) {
     std::vector<char> out(std::size_t{kBlockElements} * 2);
     for (auto _ : state)
         screen.Decompress(out);
+    CountBytes<Object>(state);
+}
+
+/// A file as large as the compressed planes read into memory that is touched already, and the bare
+/// calls.
+template <class Object>
+void BareReadAndDecompress(benchmark::State& state) {
+    SScreen<Object> screen(static_cast<Content>(state.range(0)));
+    std::vector<char> out(std::size_t{kBlockElements} * 2);
+    for (auto _ : state) {
+        std::fstream stream;
+        OpenFileStream(stream, screen.file.Path().c_str(), std::ios::in);
+        const auto bytes = static_cast<std::streamsize>(BytesToEnd(stream).value_or(0));
+        stream.read(screen.fileBytes.data(), bytes);
+        screen.Decompress(out);
+    }
     CountBytes<Object>(state);
 }
 
@@ -198,20 +207,52 @@ void BuildAndDestroy(benchmark::State& state) {
     }
 }
 
+void EveryContent(benchmark::internal::Benchmark* benchmark) {
+    benchmark->Arg(Noisy)->Arg(Coarse)->Unit(benchmark::kMillisecond)->Repetitions(3);
+}
+
+void MedianOfMany(benchmark::internal::Benchmark* benchmark) {
+    benchmark->Repetitions(9)->ReportAggregatesOnly()->Unit(benchmark::kMicrosecond);
+}
+
 #define WORK_BENCHMARKS(Object)                                                                    \
-    BENCHMARK_TEMPLATE(BareCompress, Object)->Arg(Noisy)->Arg(Coarse);                             \
-    BENCHMARK_TEMPLATE(ExportCoef, Object)->Arg(Noisy)->Arg(Coarse);                               \
-    BENCHMARK_TEMPLATE(BareWrite, Object)->Arg(Noisy)->Arg(Coarse);                                \
-    BENCHMARK_TEMPLATE(BareRead, Object)->Arg(Noisy)->Arg(Coarse);                                 \
-    BENCHMARK_TEMPLATE(BareDecompress, Object)->Arg(Noisy)->Arg(Coarse);                           \
-    BENCHMARK_TEMPLATE(LoadCoef, Object)->Arg(Noisy)->Arg(Coarse)
+    BENCHMARK_TEMPLATE(BareCompress, Object)->Apply(EveryContent);                                 \
+    BENCHMARK_TEMPLATE(BareCompressAndWrite, Object)->Apply(EveryContent);                         \
+    BENCHMARK_TEMPLATE(ExportCoef, Object)->Apply(EveryContent);                                   \
+    BENCHMARK_TEMPLATE(BareDecompress, Object)->Apply(EveryContent);                               \
+    BENCHMARK_TEMPLATE(BareReadAndDecompress, Object)->Apply(EveryContent);                        \
+    BENCHMARK_TEMPLATE(LoadCoef, Object)->Apply(EveryContent)
 
 WORK_BENCHMARKS(CCNewChromaCorrectCoef);
 WORK_BENCHMARKS(CCNewBrightCorrectCoef);
-BENCHMARK_TEMPLATE(BuildAndDestroy, CCNewBrightCorrectCoef);
-BENCHMARK_TEMPLATE(BuildAndDestroy, CCNewChromaCorrectCoef);
-BENCHMARK_TEMPLATE(BuildAndDestroy, CVirtualGreenBrightCorrectCoef);
-BENCHMARK_TEMPLATE(BuildAndDestroy, CVirtualGreenChromaCorrectCoef);
+BENCHMARK_TEMPLATE(BuildAndDestroy, CCNewBrightCorrectCoef)->Apply(MedianOfMany);
+BENCHMARK_TEMPLATE(BuildAndDestroy, CCNewChromaCorrectCoef)->Apply(MedianOfMany);
+BENCHMARK_TEMPLATE(BuildAndDestroy, CVirtualGreenBrightCorrectCoef)->Apply(MedianOfMany);
+BENCHMARK_TEMPLATE(BuildAndDestroy, CVirtualGreenChromaCorrectCoef)->Apply(MedianOfMany);
+
+/// The work of each kind and content to the bare calls, without and with the file.
+std::vector<SRatio> WorkRatios() {
+    std::vector<SRatio> ratios;
+    for (const std::string kind : {"CCNewChromaCorrectCoef", "CCNewBrightCorrectCoef"}) {
+        for (const Content content : {Coarse, Noisy}) {
+            const std::string run = "<" + kind + ">/" + std::to_string(content);
+            const std::string what =
+                kind + (content == Coarse ? ", content that compresses: " : ", noise: ");
+            ratios.insert(ratios.end(),
+                          {{what + "export to LZ4", "ExportCoef" + run, "BareCompress" + run},
+                           {what + "export to LZ4 and the file", "ExportCoef" + run,
+                            "BareCompressAndWrite" + run},
+                           {what + "load to LZ4", "LoadCoef" + run, "BareDecompress" + run},
+                           {what + "load to LZ4 and the file", "LoadCoef" + run,
+                            "BareReadAndDecompress" + run}});
+        }
+    }
+    return ratios;
+}
 
 } // namespace
 } // namespace trevolt
+
+int main(int argc, char** argv) {
+    return trevolt::RunWithRatios(argc, argv, trevolt::WorkRatios());
+}

@@ -13,9 +13,9 @@ namespace trevolt {
 
 /// What is printed at the end: the shortest processor time of one benchmark to that of another.
 struct SRatio {
-    const char* what;
-    const char* of;
-    const char* to;
+    std::string what;
+    std::string of;
+    std::string to;
 };
 
 /// Shows the runs, and keeps the shortest time of each for the ratios.
@@ -34,11 +34,11 @@ class CRatioReporter : public benchmark::ConsoleReporter {
         }
     }
 
-    void PrintRatio(const char* what, const std::string& of, const std::string& to) const {
-        const auto numerator = m_shortest.find(of);
-        const auto denominator = m_shortest.find(to);
+    void Print(const SRatio& ratio) const {
+        const auto numerator = m_shortest.find(ratio.of);
+        const auto denominator = m_shortest.find(ratio.to);
         if (numerator != m_shortest.end() && denominator != m_shortest.end())
-            fmt::print("{}: {:.2f}\n", what, numerator->second / denominator->second);
+            fmt::print("{}: {:.2f}\n", ratio.what, numerator->second / denominator->second);
     }
 
   private:
@@ -54,7 +54,7 @@ inline int RunWithRatios(int argc, char** argv, const std::vector<SRatio>& ratio
     benchmark::RunSpecifiedBenchmarks(&reporter);
     fmt::print("\nratios, shortest time to shortest time\n");
     for (const SRatio& ratio : ratios)
-        reporter.PrintRatio(ratio.what, ratio.of, ratio.to);
+        reporter.Print(ratio);
     return 0;
 }
 

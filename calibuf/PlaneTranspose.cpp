@@ -121,10 +121,23 @@ void GatherGroup(const std::byte* from, std::uint16_t* planes, std::size_t strid
     }
 }
 
+/// Asks for the cache lines that the groups after the next ones will write. Many short stores a line
+/// wait for each line otherwise.
+template <std::size_t W>
+void PrefetchGroupAhead(const std::byte* to) {
+    constexpr std::size_t kAhead = 512; // may lie behind the last element: nothing is touched
+    constexpr std::size_t kLine = 64;
+    constexpr int kForWriting = 1;
+    const std::uintptr_t ahead = reinterpret_cast<std::uintptr_t>(to) + kAhead;
+    for (std::size_t at = 0; at < kGroup * Tiles<W>::kBytes; at += kLine)
+        __builtin_prefetch(reinterpret_cast<const void*>(ahead + at), kForWriting);
+}
+
 template <std::size_t W>
 void ScatterGroup(Planes planes, std::size_t at, std::byte* to) {
     using T = Tiles<W>;
     if constexpr (T::kHasOctet) {
+        PrefetchGroupAhead<W>(to);
         Octet rows;
         for (std::size_t k = 0; k < kGroup; ++k)
             rows[k] = Load8(planes[k] + at);
