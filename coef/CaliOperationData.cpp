@@ -176,9 +176,8 @@ CCaliOperationData::Row(std::uint32_t row) const {
         own->data() + std::size_t{(row - kFirstStepRow) % 2} * kRowLength, kRowLength);
 }
 
-std::uint16_t CCaliOperationData::Candidate(std::uint32_t row, std::uint16_t word) const {
-    const auto entry = static_cast<std::int32_t>(Row(row)[word]);
-    return static_cast<std::uint16_t>(std::clamp(entry, 0, 65535));
+std::uint16_t CCaliOperationData::ClampedEntry(std::uint32_t entry) {
+    return static_cast<std::uint16_t>(std::clamp(static_cast<std::int32_t>(entry), 0, 65535));
 }
 
 void CCaliOperationData::SetStep(std::uint32_t row, float step) {

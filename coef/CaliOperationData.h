@@ -47,8 +47,13 @@ class CCaliOperationData {
     /// clamped. The span holds until the row's pair is recomputed or the table goes.
     std::span<const std::uint32_t, kRowLength> Row(std::uint32_t row) const;
 
-    /// What a channel write makes of `word`: the row's entry, read as int32 and clamped to a word.
-    std::uint16_t Candidate(std::uint32_t row, std::uint16_t word) const;
+    /// What a channel write makes of an entry: read as int32 and clamped to a word.
+    static std::uint16_t ClampedEntry(std::uint32_t entry);
+
+    /// The row's clamped entry for `word`.
+    std::uint16_t Candidate(std::uint32_t row, std::uint16_t word) const {
+        return ClampedEntry(Row(row)[word]);
+    }
 
     float StepValue() const { return m_step; }
 

@@ -133,16 +133,18 @@ inline std::uint16_t RoundToClampedWord(float value) {
 template <class Element>
 void FillChannel(CCaliBuf& store, const SStoreRect& rect, std::uint32_t word, float value,
                  CCaliOperationData* table, std::uint32_t row) {
-    bool stepIsSet = !CCaliOperationData::IsStepRow(row);
     const std::uint16_t fixed = RoundToClampedWord(value);
+    const std::uint32_t* entries = nullptr; // of the row, once a block has been met
     ForEachElementRun<Element>(
         store, rect, [&](Element* run, std::uint32_t count, std::uint64_t, std::uint64_t) {
-            if (!stepIsSet)
-                table->SetStep(row, value);
-            stepIsSet = true;
+            if (row != 0 && entries == nullptr) {
+                if (CCaliOperationData::IsStepRow(row))
+                    table->SetStep(row, value);
+                entries = table->Row(row).data();
+            }
             for (std::uint32_t i = 0; i < count; ++i) {
                 std::uint16_t& target = run[i].w[word];
-                target = row == 0 ? fixed : table->Candidate(row, target);
+                target = row == 0 ? fixed : CCaliOperationData::ClampedEntry(entries[target]);
             }
         });
 }
