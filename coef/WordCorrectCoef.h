@@ -91,8 +91,8 @@ class CWordCorrectCoef : public CDefaultAnswers {
                           std::uint64_t* imageBytes) const override;
 
     /// Writes the rectangle as a word file with the kind's identifier (slot 45 without its choice
-    /// by extension). E_POINTER for a null path or without a store; the kind's answer when the file does not open;
-    /// else S_OK, whatever became of the chunks.
+    /// by extension). E_POINTER for a null path or without a store; the kind's answer when the file
+    /// does not open; else S_OK, whatever became of the chunks.
     Status WriteChunkFile(const wchar_t* path, const SPixelRect& rect, const std::byte* name,
                           const std::uint8_t* flag) const;
 

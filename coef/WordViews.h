@@ -11,7 +11,8 @@ struct SWordView {
     const std::uint16_t* words = nullptr;
     std::uint32_t width = 0;
     std::uint32_t height = 0;
-    std::uint32_t pitch = 0; ///< elements from row to row, at least the width
+    /// Elements from row to row, at least the width of what lies in the store.
+    std::uint32_t pitch = 0;
 };
 
 /// As SWordView, to be written.
