@@ -238,9 +238,12 @@ class CColorCorrectCoef {
     // ---- other files in, through a coefficient map ----
     //
     // A map operation's pixels go to the store at the place told, by (int)(value × 65535 + 0.5)
-    // truncated to the low 16 bits. The store must have been created; what reaches past it is cut
-    // off, and a rectangle without pixels gives E_FAIL. A reader that fails ends the operation with
-    // its status, the store unchanged.
+    // truncated to the low 16 bits. A chroma object writes twelve words a pixel: behind the last
+    // column of a rectangle in each block, the first three words of the element that follows in the
+    // block's memory are overwritten too. The store must have been created; what reaches past it is
+    // cut off, and a rectangle without pixels gives E_FAIL. A reader that fails ends the operation
+    // with its status, the store unchanged; so does a map without memory, or with a side above
+    // 65535, with E_FAIL.
 
     /// [47] Loads a text file to (x, y) with the full matrix; pixels that it does not name become
     /// the default. `width` and `height` are set from the file's size lines or raised to its
@@ -322,13 +325,16 @@ class CColorCorrectCoef {
                                     const std::byte* name, const std::uint8_t* flag) = 0;
 
     // ---- maps and words in ----
+    //
+    // A chroma object writes twelve words a pixel here too, as slots 47 to 58 do.
 
     /// [67] Fills the rectangle from a caller's map, whose pixel (0, 0) goes to its left top; pixels
     /// that the map does not have become the default. E_COEF_INVALIDARG for a null map or negative
     /// left or top; else the conversion's status.
     virtual Status ImportFromView(const CChromaCorrectCoef* map, const SPixelRect& rect) = 0;
     /// [68] Rectangle transfer of caller words, nine a pixel as a matrix, into the store; a
-    /// brightness object takes the diagonal. E_FAIL also when the map gets no memory.
+    /// brightness object takes the diagonal. E_FAIL also when the map gets no memory or a side of the
+    /// cut rectangle is above 65535.
     virtual Status ImportFromWords(std::uint32_t x, std::uint32_t y, std::uint32_t width,
                                    std::uint32_t height, const std::uint16_t* words) = 0;
 
@@ -339,8 +345,9 @@ class CColorCorrectCoef {
     /// [69] As slot 71, with the file's left top at (x, y).
     virtual Status LoadCoefRect(const wchar_t* path, std::uint32_t x, std::uint32_t y) = 0;
     /// [70] As slot 69 at the rectangle's left top; the rectangle comes back with right and bottom
-    /// where file or store end. E_COEF_INVALIDARG also for negative left or top; the statuses of
-    /// the kind's size query (87, 88, 114, 115).
+    /// where file or store end, also when the file was taken and its reading failed.
+    /// E_COEF_INVALIDARG also for negative left or top; the statuses of the kind's size query (87,
+    /// 88, 114, 115).
     virtual Status LoadCoefEx(const wchar_t* path, SPixelRect& rect) = 0;
     /// [71] Loads a file, recognised by its first 16 bytes, to the store's left top.
     /// All: the kind's own word files. Brightness also `.3fcoef`, chroma `.9fcoef` and word files
@@ -348,28 +355,32 @@ class CColorCorrectCoef {
     /// E_COEF_OPENFAILED, E_COEF_BADFORMAT; for word files E_POINTER without a store, E_HANDLE
     /// (extra words: E_COEF_OPENFAILED) when the file does not open again, else the chunk reader's
     /// status (extra words: E_FAIL when the matrix part failed). `.3fcoef` and `.9fcoef` give the
-    /// conversion's status and not the reader's: after a failed read the store takes defaults. A
-    /// map image gives S_OK always.
+    /// conversion's status and not the reader's: after a failed read the store takes defaults; but
+    /// E_FAIL, the store unchanged, when the map or the file's content gets no memory. A map image
+    /// gives S_OK always. Chroma: the conversion writes as slots 47 to 58 do.
     virtual Status LoadCoef(const wchar_t* path) = 0;
 
     // ---- other files out, through a coefficient map ----
     //
     // Words become floats by word ÷ 65535; a brightness object gives a diagonal matrix. Missing
-    // pixels give the default element. The statuses are the writer's, among them E_COEF_INVALIDARG
-    // for a null path, a store without a size or a rectangle that is larger than the store, and
-    // E_COEF_OPENFAILED; E_FAIL without a store or when the map gets no memory.
+    // pixels give the default element, and so do pixels of a rectangle that the store does not have.
+    // The statuses are the writer's, among them E_COEF_INVALIDARG for a null path and, but for text
+    // files, a store without a size, and E_COEF_OPENFAILED; E_FAIL without a store, when the map
+    // gets no memory, or when a side of the store is above 65535.
 
-    /// [72] Writes a rectangle as a `.9fcoef` file.
+    /// [72] Writes a rectangle as a `.9fcoef` file. E_COEF_INVALIDARG also for one that is wider or
+    /// higher than the store, E_FAIL for one that is turned over.
     virtual Status SaveCoefKind72(const wchar_t* path, const SPixelRect& rect) = 0;
-    /// [73] Writes a rectangle as a `.3fcoef` file.
+    /// [73] As slot 72 as a `.3fcoef` file.
     virtual Status SaveCoefKind73(const wchar_t* path, const SPixelRect& rect) = 0;
-    /// [74] Writes a rectangle as a `.9bcoef` file.
+    /// [74] As slot 72 as a `.9bcoef` file.
     virtual Status SaveCoefKind74(const wchar_t* path, const SPixelRect& rect) = 0;
-    /// [75] Writes a rectangle as a `.3bcoef` file.
+    /// [75] As slot 72 as a `.3bcoef` file.
     virtual Status SaveCoefKind75(const wchar_t* path, const SPixelRect& rect) = 0;
-    /// [76] Chroma: writes the whole store as a text file.
+    /// [76] Chroma: writes the whole store as a text file; of a store without a size the header
+    /// lines, with S_OK.
     virtual Status SaveCoefKind76(const wchar_t* path) = 0;
-    /// [77] Brightness: writes the whole store as a text file.
+    /// [77] Brightness: as slot 76.
     virtual Status SaveCoefKind77(const wchar_t* path) = 0;
 
     /// [78] As slot 79 at the rectangle's left top, which comes back with right and bottom where
@@ -377,13 +388,17 @@ class CColorCorrectCoef {
     virtual Status LoadLegacyEx(const wchar_t* path, SPixelRect& rect) = 0;
     /// [79] Loads any of the four binary kinds, recognised by its first 16 bytes, to the store's
     /// left top. E_COEF_INVALIDARG for a null path; E_COEF_OPENFAILED; E_COEF_BADFORMAT for other
-    /// files; the reader's statuses; E_FAIL without a store.
+    /// files; the reader's statuses; E_FAIL without a store, or when the map gets no memory. Chroma
+    /// writes as slots 47 to 58 do.
     virtual Status LoadLegacy(const wchar_t* path) = 0;
     /// [80] Loads a `.9fcoef` file, the pair of slot 86, to the store's left top. The virtual-green
-    /// words, which such a file does not hold, stay as they are. Statuses of slot 53.
+    /// words, which such a file does not hold, stay as they are. Statuses of slot 53. Chroma writes
+    /// as slots 47 to 58 do.
     virtual Status LoadLegacy80(const wchar_t* path) = 0;
 
-    /// [81] Writes a rectangle turned by `mode` (as slot 59) as a `.9fcoef` file.
+    /// [81] Writes a rectangle turned by `mode` (as slot 59) as a `.9fcoef` file. Any other mode
+    /// writes a file of 0 × 0 pixels, with S_OK; a rectangle may be larger than the store. E_FAIL for
+    /// one that is turned over.
     virtual Status SaveLegacy81(const wchar_t* path, const SPixelRect& rect,
                                 std::uint32_t mode) = 0;
     /// [82] Chroma: as slot 81 as a `.9bcoef` file.
@@ -444,7 +459,7 @@ class CColorCorrectCoef {
     virtual Status LoadLegacy96(const wchar_t* path, std::int32_t x, std::int32_t y,
                                 const bool* mask) = 0;
     /// [97] Chroma: places a `.9fcoef` file at (x, y), taking the entries whose flag in `mask` (nine
-    /// flags; null for all) is set. Statuses of slot 49.
+    /// flags; null for all) is set. Statuses of slot 49; it writes as slots 47 to 58 do.
     virtual Status LoadLegacy97(const wchar_t* path, std::int32_t x, std::int32_t y,
                                 const bool* mask) = 0;
     /// [98] As slot 36, into rows `pitch` floats apart.
@@ -541,7 +556,8 @@ class CColorCorrectCoef {
                                   const SWordTarget& target) const = 0;
     /// [124] Chroma: writes the rectangle of both stores, as a word file with extra words holds it,
     /// at the stream's position, and leaves the position behind the header. E_POINTER without the
-    /// matrix store, E_FAIL when the stream fails, else S_OK, whatever became of the chunks.
+    /// matrix store; E_FAIL when the stream fails, or when the matrix part ends past 4 GiB, where no
+    /// header leads to extra words; else S_OK, whatever became of the chunks.
     virtual Status WriteChunks2(std::ostream& stream, const SPixelRect& rect, const std::byte* name,
                                 const std::uint8_t* flag) = 0;
 

@@ -74,27 +74,25 @@ Status CMapCorrectCoef<Element>::TakeFromMap(const SStoreRect& target) {
 }
 
 template <class Element>
-Status CMapCorrectCoef<Element>::StageFile(const SBinaryFileKind& kind, const wchar_t* path,
-                                           SStoreRect& target) {
+Status CMapCorrectCoef<Element>::SizeMapFor(const SBinaryFileKind& kind, const wchar_t* path,
+                                            SStoreRect& file) {
     std::uint32_t width = 1;
     std::uint32_t height = 1;
     kind.readSize(path, width, height); // a failure leaves 1 × 1, and the reader meets it again
-    // The map need not be larger than the store, whatever a header claims.
-    const std::uint32_t cutWidth = std::min(width, this->GetWidth());
-    const std::uint32_t cutHeight = std::min(height, this->GetHeight());
-    m_pMap->Resize(static_cast<std::int32_t>(cutWidth), static_cast<std::int32_t>(cutHeight));
-    const Status status = kind.read(*m_pMap, path);
-    target.width = Failed(status) ? width : cutWidth;
-    target.height = Failed(status) ? height : cutHeight;
-    return status;
+    file.width = width;
+    file.height = height;
+    return SizeMap(*m_pMap, std::min(width, this->GetWidth()), std::min(height, this->GetHeight()));
 }
 
 template <class Element>
 Status CMapCorrectCoef<Element>::LoadBinary(const SBinaryFileKind& kind, const wchar_t* path,
                                             std::uint32_t x, std::uint32_t y) {
-    SStoreRect target{x, y};
-    const Status status = StageFile(kind, path, target);
-    return Failed(status) ? status : TakeFromMap(target);
+    SStoreRect file{x, y};
+    if (const Status status = SizeMapFor(kind, path, file); Failed(status))
+        return status;
+    if (const Status status = kind.read(*m_pMap, path); Failed(status))
+        return status;
+    return TakeFromMap({x, y, m_pMap->Width(), m_pMap->Height()});
 }
 
 template <class Element>
@@ -102,9 +100,16 @@ Status CMapCorrectCoef<Element>::LoadOwnBinary(const wchar_t* path, std::uint32_
                                                std::uint32_t y) {
     if (Store() == nullptr)
         return E_POINTER;
-    SStoreRect target{x, y};
-    StageFile(m_ownBinary, path, target); // a failed read leaves the map's defaults
-    return TakeFromMap(target);
+    SStoreRect file{x, y};
+    if (const Status status = SizeMapFor(m_ownBinary, path, file); Failed(status))
+        return status;
+    const Status read = m_ownBinary.read(*m_pMap, path);
+    // Scarce memory says nothing of the file, and must not cost what the store holds.
+    if (read == E_OUTOFMEMORY)
+        return E_FAIL;
+    if (!Failed(read))
+        return TakeFromMap({x, y, m_pMap->Width(), m_pMap->Height()});
+    return TakeFromMap(file); // of a file that is not read the map has the defaults
 }
 
 template <class Element>
@@ -148,14 +153,23 @@ Status CMapCorrectCoef<Element>::LoadText(const wchar_t* path, std::int32_t x, s
     std::uint32_t fileHeight = 0;
     if (const Status status = ProbeTextCoefFileSize(path, fileWidth, fileHeight); Failed(status))
         return status;
-    const std::uint32_t cutWidth = std::min(fileWidth, this->GetWidth());
-    const std::uint32_t cutHeight = std::min(fileHeight, this->GetHeight());
-    m_pMap->Resize(static_cast<std::int32_t>(cutWidth), static_cast<std::int32_t>(cutHeight));
-    if (const Status status = ReadTextCoefFile(*m_pMap, path, 0, 0, width, height, diagonalOnly);
+    if (const Status status = SizeMap(*m_pMap, std::min(fileWidth, this->GetWidth()),
+                                      std::min(fileHeight, this->GetHeight()));
         Failed(status))
         return status;
-    return TakeFromMap(
-        {static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y), cutWidth, cutHeight});
+    fileWidth = width;
+    fileHeight = height;
+    if (const Status status =
+            ReadTextCoefFile(*m_pMap, path, 0, 0, fileWidth, fileHeight, diagonalOnly);
+        Failed(status))
+        return status;
+    const Status status = TakeFromMap({static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y),
+                                       m_pMap->Width(), m_pMap->Height()});
+    if (!Failed(status)) {
+        width = fileWidth;
+        height = fileHeight;
+    }
+    return status;
 }
 
 template <class Element>
@@ -261,9 +275,8 @@ Status CMapCorrectCoef<Element>::ImportFromWords(std::uint32_t x, std::uint32_t 
     SStoreRect rect{x, y, width, height};
     if (const Status status = CutToStore(Store(), words, rect); Failed(status) || rect.IsEmpty())
         return status;
-    m_pMap->Resize(static_cast<std::int32_t>(rect.width), static_cast<std::int32_t>(rect.height));
-    if (!m_pMap->HasStorage() || m_pMap->Width() != rect.width)
-        return E_FAIL;
+    if (const Status status = SizeMap(*m_pMap, rect.width, rect.height); Failed(status))
+        return status;
     const std::uint16_t* next = words;
     for (std::int32_t row = 0; row < m_pMap->Height(); ++row)
         for (std::int32_t column = 0; column < m_pMap->Width(); ++column)

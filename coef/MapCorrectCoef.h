@@ -145,12 +145,13 @@ class CMapCorrectCoef : public CWordCorrectCoef<Element> {
                     std::uint32_t& height, bool diagonalOnly);
     template <class Read>
     Status LoadDiagonal(const SBinaryFileKind& kind, const wchar_t* path, Read&& read);
-    /// Reads a binary file into the map; `target` gets the file's size, and once that is read no
-    /// more than the store's.
-    Status StageFile(const SBinaryFileKind& kind, const wchar_t* path, SStoreRect& target);
+    /// Sizes the map for a binary file, no larger than the store, whatever a header claims. `file`
+    /// gets the size that the header tells, 1 × 1 when it tells none. Statuses of `SizeMap`.
+    Status SizeMapFor(const SBinaryFileKind& kind, const wchar_t* path, SStoreRect& file);
     Status LoadBinary(const SBinaryFileKind& kind, const wchar_t* path, std::uint32_t x,
                       std::uint32_t y);
-    /// As above, but the result is the conversion's status, also after a failed read.
+    /// As above, but the result is the conversion's status, also after a failed read; without
+    /// memory for the map or the file's body E_FAIL, the store unchanged.
     Status LoadOwnBinary(const wchar_t* path, std::uint32_t x, std::uint32_t y);
     void LoadMapImage(const wchar_t* path, std::uint32_t x, std::uint32_t y);
     /// Takes map pixels from (0, 0) on into the store; the map is emptied after a success.

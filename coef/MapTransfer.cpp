@@ -4,7 +4,6 @@
 #include <array>
 #include <cstring>
 #include <limits>
-#include <type_traits>
 
 #include "coef/WordKind.h"
 #include "common/FixedPoint.h"
@@ -12,14 +11,12 @@
 namespace trevolt {
 namespace {
 
-/// Words that one map element becomes. The matrix kind writes more than an element has.
 template <class Element>
-constexpr std::size_t kConvertedWords =
-    std::is_same_v<Element, S9WordCoef> ? kMaxWords : std::tuple_size_v<decltype(Element::w)>;
+using ConvertedWords = std::array<std::uint16_t, kWordKind<Element>.convertedWords>;
 
 template <class Element>
-std::array<std::uint16_t, kConvertedWords<Element>> ConvertElement(const SMatrixCoef& source) {
-    std::array<std::uint16_t, kConvertedWords<Element>> words;
+ConvertedWords<Element> ConvertElement(const SMatrixCoef& source) {
+    ConvertedWords<Element> words;
     for (std::size_t k = 0; k < words.size(); ++k)
         words[k] = TruncateToWord(source.m[kWordKind<Element>.mapValues[k]]);
     return words;
@@ -27,8 +24,7 @@ std::array<std::uint16_t, kConvertedWords<Element>> ConvertElement(const SMatrix
 
 /// Writes the words from element `place` of a block on, up to the block's end.
 template <class Element>
-void PutWords(Element* block, std::size_t place,
-              const std::array<std::uint16_t, kConvertedWords<Element>>& words) {
+void PutWords(Element* block, std::size_t place, const ConvertedWords<Element>& words) {
     const std::size_t bytes =
         std::min(sizeof words, (std::size_t{kBlockElements} - place) * sizeof(Element));
     std::memcpy(reinterpret_cast<std::byte*>(block) + place * sizeof(Element), words.data(), bytes);
@@ -41,6 +37,18 @@ void PutElement(const Element& element, SMatrixCoef& target) {
 }
 
 } // namespace
+
+Status SizeMap(CChromaCorrectCoef& map, std::uint64_t width, std::uint64_t height) {
+    constexpr std::uint64_t kLargest = std::numeric_limits<std::uint16_t>::max();
+    map.Reset();
+    if (width > kLargest || height > kLargest)
+        return E_FAIL;
+    map.Resize(static_cast<std::int32_t>(width), static_cast<std::int32_t>(height));
+    if (map.IsEmpty() || map.HasStorage())
+        return S_OK;
+    map.Reset();
+    return E_FAIL;
+}
 
 template <class Element>
 Status MapToStore(const CChromaCorrectCoef& map, std::int32_t mapX, std::int32_t mapY,
@@ -65,15 +73,10 @@ Status MapToStore(const CChromaCorrectCoef& map, std::int32_t mapX, std::int32_t
 
 template <class Element>
 Status StoreToMap(const CCaliBuf* store, CChromaCorrectCoef& map) {
-    constexpr std::uint32_t kLargest = std::numeric_limits<std::uint16_t>::max();
-    if (store == nullptr || store->Width() > kLargest || store->Height() > kLargest)
+    if (store == nullptr)
         return E_FAIL;
-    map.Resize(static_cast<std::int32_t>(store->Width()),
-               static_cast<std::int32_t>(store->Height()));
-    if (map.IsEmpty())
-        return S_OK;
-    if (!map.HasStorage())
-        return E_FAIL;
+    if (const Status status = SizeMap(map, store->Width(), store->Height()); Failed(status))
+        return status;
     ForEachElementRun<Element>(
         *store, {0, 0, store->Width(), store->Height()},
         [&](const Element* run, std::uint32_t count, std::uint64_t x, std::uint64_t y) {

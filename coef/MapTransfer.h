@@ -10,6 +10,10 @@
 
 namespace trevolt {
 
+/// Gives the map this size and the default element in every pixel. E_FAIL, and the map empty, for a
+/// side that no map can have or without memory; a side of 0 succeeds and leaves the map empty.
+Status SizeMap(CChromaCorrectCoef& map, std::uint64_t width, std::uint64_t height);
+
 /// Fills the rectangle, cut to the store, from the map: its left top from map pixel (mapX, mapY).
 /// Pixels that the map does not have become its default element. A word is the low 16 bits of
 /// (int)(value × 65535 + 0.5); block pieces are walked by columns, and the matrix kind writes all
@@ -21,7 +25,7 @@ Status MapToStore(const CChromaCorrectCoef& map, std::int32_t mapX, std::int32_t
                   CCaliBuf* store, SStoreRect rect);
 
 /// Gives the map the store's size and pixels; what the element does not hold, and missing pixels,
-/// are the map's defaults. E_FAIL without a store, or when the map cannot have that size.
+/// are the map's defaults. E_FAIL without a store and where `SizeMap` fails.
 template <class Element>
 Status StoreToMap(const CCaliBuf* store, CChromaCorrectCoef& map);
 

@@ -15,6 +15,12 @@ namespace {
 constexpr std::uint64_t kDefaultSizeLimit = 0x7FFFFFFFFFFFFFFF;
 constexpr std::uint64_t kNoSizeLimit = std::numeric_limits<std::uint64_t>::max();
 
+/// Whether slot 71 has ended with `status` before anything of the file came near the store.
+bool IsRefusedFile(Status status) {
+    return status == E_COEF_INVALIDARG || status == E_COEF_OPENFAILED ||
+           status == E_COEF_BADFORMAT || status == E_POINTER || status == E_HANDLE;
+}
+
 } // namespace
 
 template <class Element>
@@ -200,10 +206,13 @@ Status CWordCorrectCoef<Element>::LoadCoefEx(const wchar_t* path, SPixelRect& re
     std::uint32_t height = 0;
     if (const Status status = (this->*Kind().querySize)(path, width, height); Failed(status))
         return status;
-    rect.right = EdgeInStore(rect.left, width, GetWidth());
-    rect.bottom = EdgeInStore(rect.top, height, GetHeight());
-    return LoadCoefRect(path, static_cast<std::uint32_t>(rect.left),
-                        static_cast<std::uint32_t>(rect.top));
+    const Status status = LoadCoefRect(path, static_cast<std::uint32_t>(rect.left),
+                                       static_cast<std::uint32_t>(rect.top));
+    if (!IsRefusedFile(status)) {
+        rect.right = EdgeInStore(rect.left, width, GetWidth());
+        rect.bottom = EdgeInStore(rect.top, height, GetHeight());
+    }
+    return status;
 }
 
 template <class Element>

@@ -45,6 +45,8 @@ struct SWordKind {
     SChannelRule readChannel; ///< of the float transfers
     /// The coefficient map's value behind each word.
     std::array<std::uint8_t, kMaxWords> mapValues;
+    /// Words that a map element becomes; those past the element's own go to the next one in memory.
+    std::size_t convertedWords;
 };
 
 inline constexpr SChannelRule kModulo3{true, 3};
@@ -65,7 +67,8 @@ inline constexpr SWordKind kWordKind<S3WordCoef>{.formatId = kBrightChunkFormat,
                                                  .fillChannel = kModulo3,
                                                  .setChannel = kModulo3,
                                                  .readChannel = kModulo3,
-                                                 .mapValues = {0, 4, 8}};
+                                                 .mapValues = {0, 4, 8},
+                                                 .convertedWords = 3};
 
 template <>
 inline constexpr SWordKind kWordKind<S9WordCoef>{
@@ -77,7 +80,8 @@ inline constexpr SWordKind kWordKind<S9WordCoef>{
     .fillChannel = kModulo3,
     .setChannel = kModulo3,
     .readChannel = kNineWords,
-    .mapValues = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}};
+    .mapValues = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11},
+    .convertedWords = 12};
 
 template <>
 inline constexpr SWordKind kWordKind<S4WordCoef>{.formatId = kVirtualGreenBrightChunkFormat,
@@ -88,7 +92,8 @@ inline constexpr SWordKind kWordKind<S4WordCoef>{.formatId = kVirtualGreenBright
                                                  .fillChannel = kModulo4,
                                                  .setChannel = kModulo4,
                                                  .readChannel = kModulo4,
-                                                 .mapValues = {0, 4, 10, 8}};
+                                                 .mapValues = {0, 4, 10, 8},
+                                                 .convertedWords = 4};
 
 template <>
 inline constexpr SWordKind kWordKind<S12WordCoef>{
@@ -100,6 +105,7 @@ inline constexpr SWordKind kWordKind<S12WordCoef>{
     .fillChannel = kModulo4,
     .setChannel = kTwelveWords,
     .readChannel = kTwelveWords,
-    .mapValues = {0, 1, 9, 2, 3, 4, 10, 5, 6, 7, 11, 8}};
+    .mapValues = {0, 1, 9, 2, 3, 4, 10, 5, 6, 7, 11, 8},
+    .convertedWords = 12};
 
 } // namespace trevolt
