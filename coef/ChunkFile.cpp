@@ -30,6 +30,12 @@ SChunkHeader MakeWholeHeader(const SWordKind& kind, const CCaliBuf& store,
 
 Status StatusOf(const std::ios& stream) { return stream ? S_OK : E_FAIL; }
 
+/// Notes a writer's failure that the operation's status does not tell.
+void NoteUntold(Status status) {
+    if (Failed(status))
+        CTransferReport::NoteWriteFailed();
+}
+
 } // namespace
 
 std::uint32_t RectBlockCount(const SPixelRect& rect) {
@@ -63,7 +69,7 @@ Status WriteRectFile(const SWordKind& kind, const CCaliBuf* store, const wchar_t
         return kind.outputOpenFailed;
     WriteHeader(stream, MakeChunkHeader(kind.formatId, rect, owner));
     if ((rect.*kind.writtenExtent)() != 0)
-        store->WriteRectChunks(stream, rect);
+        NoteUntold(store->WriteRectChunks(stream, rect));
     CloseWritten(stream);
     return S_OK;
 }
@@ -96,7 +102,7 @@ Status WriteWholeFile(const SWordKind& kind, const CCaliBuf* store, const wchar_
     std::fstream stream;
     if (!OpenFileStream(stream, path, kCreate))
         return E_COEF_OPENFAILED;
-    WriteWholeStream(kind, store, stream, owner);
+    NoteUntold(WriteWholeStream(kind, store, stream, owner));
     CloseWritten(stream);
     return S_OK;
 }
@@ -129,17 +135,20 @@ Status WriteExtraWordStream(const CCaliBuf* matrix, const CCaliBuf* extra, std::
     WriteHeader(stream, SChunkHeader{.version = 0});
     const bool hasColumns = rect.Width() != 0;
     if (hasColumns)
-        matrix->WriteRectChunks(stream, rect);
+        NoteUntold(matrix->WriteRectChunks(stream, rect));
     stream.seekp(0, std::ios::end);
     const std::streamoff extraStart = stream.tellp();
-    if (extraStart < 0 || extraStart > std::streamoff{std::numeric_limits<std::uint32_t>::max()})
-        return E_FAIL;
-    header.directoryOffset = static_cast<std::uint32_t>(extraStart);
-    if (extra != nullptr && hasColumns)
-        extra->WriteRectChunks(stream, rect);
+    // Where no header can lead to the extra words they are left out, and the matrix still loads.
+    const bool isReachable =
+        extraStart >= 0 && extraStart <= std::streamoff{std::numeric_limits<std::uint32_t>::max()};
+    if (isReachable) {
+        header.directoryOffset = static_cast<std::uint32_t>(extraStart);
+        if (extra != nullptr && hasColumns)
+            NoteUntold(extra->WriteRectChunks(stream, rect));
+    }
     stream.seekp(start);
     WriteHeader(stream, header);
-    return StatusOf(stream);
+    return isReachable ? StatusOf(stream) : E_FAIL;
 }
 
 Status WriteExtraWordFile(const CCaliBuf* matrix, const CCaliBuf* extra, const wchar_t* path,
@@ -149,8 +158,7 @@ Status WriteExtraWordFile(const CCaliBuf* matrix, const CCaliBuf* extra, const w
     std::fstream stream;
     if (!OpenFileStream(stream, path, kCreate))
         return E_COEF_OPENFAILED;
-    if (Failed(WriteExtraWordStream(matrix, extra, stream, rect, owner)))
-        CTransferReport::NoteWriteFailed();
+    NoteUntold(WriteExtraWordStream(matrix, extra, stream, rect, owner));
     CloseWritten(stream);
     return S_OK;
 }

@@ -40,6 +40,8 @@ std::uint32_t RectBlockCount(const SPixelRect& rect);
 SChunkHeader MakeChunkHeader(const ChunkFormatId& formatId, const SPixelRect& rect,
                              const SOwnerFields& owner);
 
+// What a writer's status does not tell of lost chunks is noted in the thread's transfer report.
+
 /// Writes `rect` as a whole file. E_POINTER for a null path or store; the kind's answer when the
 /// file does not open; else S_OK, whatever became of the chunks.
 Status WriteRectFile(const SWordKind& kind, const CCaliBuf* store, const wchar_t* path,
@@ -65,7 +67,8 @@ Status WriteWholeStream(const SWordKind& kind, const CCaliBuf* store, std::ostre
 
 /// Writes `rect` of a matrix store and of an extra-word store at the stream's position: header and
 /// matrix part, then the extra-word part, to which the header leads. `extra` may be null.
-/// E_POINTER without the matrix store, E_FAIL when the stream fails, else S_OK.
+/// E_POINTER without the matrix store. E_FAIL when the stream fails, or when the matrix part ends
+/// past 4 GiB: the extra words are left out then, and the header's directory offset is 0. Else S_OK.
 Status WriteExtraWordStream(const CCaliBuf* matrix, const CCaliBuf* extra, std::ostream& stream,
                             const SPixelRect& rect, const SOwnerFields& owner);
 

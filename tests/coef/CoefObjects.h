@@ -138,6 +138,18 @@ std::wstring CabinetSample(const std::wstring& folder = L"cabinet",
                   KindOf<Object>::kSampleExtension);
 }
 
+/// The header of a word file.
+inline SChunkHeader HeaderOf(const Bytes& file) {
+    EXPECT_GE(file.size(), kChunkHeaderBytes);
+    return DecodeChunkHeader(file.data());
+}
+
+/// The whole of an object's store.
+inline SPixelRect Whole(const CColorCorrectCoef& object) {
+    return {0, 0, static_cast<std::int32_t>(object.GetWidth()),
+            static_cast<std::int32_t>(object.GetHeight())};
+}
+
 /// Words of a pixel, the default element's for a missing one.
 template <class Object>
 auto WordsAt(const Object& object, std::uint32_t x, std::uint32_t y) {

@@ -10,28 +10,22 @@
 #include "common/LittleEndian.h"
 #include "common/TransferReport.h"
 #include "tests/coef/CoefObjects.h"
+#include "tests/coef/VanishingFile.h"
+#include "tests/support/BudgetLimit.h"
 #include "tests/support/TestFiles.h"
 
 namespace trevolt {
 namespace {
 
 using test::Bytes;
+using test::HeaderOf;
 using test::ReadFile;
 using test::Sample;
+using test::Whole;
 using test::WriteFile;
 
 template <class Object>
 constexpr bool kIsGreen = kWordKind<test::ElementOf<Object>>.hasFileKind;
-
-SChunkHeader HeaderOf(const Bytes& file) {
-    EXPECT_GE(file.size(), kChunkHeaderBytes);
-    return DecodeChunkHeader(file.data());
-}
-
-SPixelRect Whole(const CColorCorrectCoef& object) {
-    return {0, 0, static_cast<std::int32_t>(object.GetWidth()),
-            static_cast<std::int32_t>(object.GetHeight())};
-}
 
 template <class Object>
 class WordFiles : public ::testing::Test {
@@ -193,6 +187,20 @@ TYPED_TEST(WordFiles, LoadsAtAPlace) {
     rect = {-1, 0, 7, 7};
     EXPECT_EQ(edged->LoadCoefEx(this->path.c_str(), rect), E_COEF_INVALIDARG);
     EXPECT_EQ(rect, (SPixelRect{-1, 0, 7, 7}));
+    // A file that is refused leaves the rectangle; one that is damaged behind its header does not.
+    rect = {1, 2, 3, 4};
+    EXPECT_EQ(edged->LoadCoefEx(nullptr, rect), E_COEF_INVALIDARG);
+    EXPECT_EQ(edged->LoadCoefEx(this->unopenable.c_str(), rect), E_COEF_OPENFAILED);
+    EXPECT_EQ(edged->LoadCoefEx(Sample(L"cabinet/Cab_05.cccoef").c_str(), rect), E_COEF_BADFORMAT);
+    TypeParam storeless;
+    storeless.SetFileKind(2);
+    storeless.SetStoreOwner(nullptr);
+    EXPECT_EQ(storeless.LoadCoefEx(this->path.c_str(), rect), E_POINTER);
+    EXPECT_EQ(rect, (SPixelRect{1, 2, 3, 4}));
+    const Bytes file = ReadFile(this->path);
+    WriteFile(this->path, Bytes(file.begin(), file.begin() + 200));
+    EXPECT_EQ(edged->LoadCoefEx(this->path.c_str(), rect), E_FAIL);
+    EXPECT_EQ(rect, (SPixelRect{1, 2, 101, 52}));
 }
 
 TYPED_TEST(WordFiles, Statuses) {
@@ -361,6 +369,34 @@ TYPED_TEST(WordFiles, DigestIsThirtyTwoCharacters) {
     EXPECT_EQ(digest.find_first_not_of(L"0123456789ABCDEF"), std::wstring::npos);
 }
 
+// The status is fine whatever became of the chunks: the thread's report tells of lost ones.
+TYPED_TEST(WordFiles, LostChunksAreNotedWhereTheStatusIsFine) {
+    test::CreateWithPattern(this->object, 300, 140);
+    for (const SPixelRect& bad : {SPixelRect{40, 0, 0, 24}, SPixelRect{0, 24, 40, 0},
+                                  SPixelRect{0, 0, 200000, 24}, SPixelRect{0, 0, 40, 70000}}) {
+        const CTransferReport report;
+        EXPECT_EQ(this->object.ExportCoef(this->path.c_str(), bad, nullptr, nullptr), S_OK);
+        EXPECT_TRUE(report.HasWriteFailed());
+        EXPECT_EQ(ReadFile(this->path).size(), 168U);
+    }
+    {
+        const test::CBudgetLimit limit(CMemoryBudget::Process().Outstanding());
+        const CTransferReport report;
+        EXPECT_EQ(
+            this->object.ExportCoef(this->path.c_str(), Whole(this->object), nullptr, nullptr),
+            S_OK);
+        EXPECT_TRUE(report.HasWriteFailed());
+        const CTransferReport second;
+        EXPECT_EQ(this->object.ExportCoefDefault(this->path.c_str()), S_OK);
+        EXPECT_TRUE(second.HasWriteFailed());
+    }
+    const CTransferReport report;
+    EXPECT_EQ(this->object.ExportCoef(this->path.c_str(), Whole(this->object), nullptr, nullptr),
+              S_OK);
+    EXPECT_EQ(this->object.ExportCoefDefault(this->path.c_str()), S_OK);
+    EXPECT_FALSE(report.HasWriteFailed());
+}
+
 #ifndef _WIN32
 TYPED_TEST(WordFiles, AFullDiskIsNotedWhereTheStatusIsFine) {
     test::CreateWithPattern(this->object, 300, 140);
@@ -370,6 +406,18 @@ TYPED_TEST(WordFiles, AFullDiskIsNotedWhereTheStatusIsFine) {
     CTransferReport second;
     EXPECT_EQ(this->object.ExportCoefDefault(L"/dev/full"), S_OK);
     EXPECT_TRUE(second.HasWriteFailed());
+}
+
+TYPED_TEST(WordFiles, AFileThatIsGoneWhenItIsOpenedAgain) {
+    test::CreateWithPattern(this->object, 40, 24);
+    const std::wstring before = test::DigestOf(this->object);
+    const Bytes sample = ReadFile(test::CabinetSample<TypeParam>());
+    {
+        const test::CVanishingFile file(this->path, Bytes(sample.begin(), sample.begin() + 168));
+        EXPECT_EQ(this->object.LoadCoef(this->path.c_str()), E_HANDLE);
+    }
+    EXPECT_FALSE(test::FileExists(this->path));
+    EXPECT_EQ(test::DigestOf(this->object), before);
 }
 #endif
 
@@ -419,161 +467,6 @@ TEST(GreenFilesOfTheOtherKind, AreRefused) {
     EXPECT_EQ(object.GetVCCoefSize(Sample(L"cabinet/Cab_09.12wcoef").c_str(), width, height), S_OK);
     EXPECT_EQ(width, 40U);
     EXPECT_EQ(height, 24U);
-}
-
-// ---- extra words ----
-
-class ExtraWordFiles : public ::testing::Test {
-  protected:
-    static ::testing::AssertionResult SameExtraWords(const CCNewChromaCorrectCoef& a,
-                                                     const CCNewChromaCorrectCoef& b) {
-        for (std::uint32_t y = 0; y < a.GetHeight(); ++y)
-            for (std::uint32_t x = 0; x < a.GetWidth(); ++x)
-                if (a.FindExtraWord(x, y)->w != b.FindExtraWord(x, y)->w)
-                    return ::testing::AssertionFailure() << x << ", " << y;
-        return ::testing::AssertionSuccess();
-    }
-
-    test::CTemporaryFolder folder;
-    std::wstring path = folder.File(L"a.9wPCoef");
-    CCNewChromaCorrectCoef object;
-};
-
-TEST_F(ExtraWordFiles, RoundTrip) {
-    test::CreateWithPattern(object, 300, 140);
-    ASSERT_EQ(object.ExportCoef(path.c_str(), Whole(object), nullptr, nullptr), S_OK);
-    std::uint32_t width = 0;
-    std::uint32_t height = 0;
-    EXPECT_EQ(object.GetChromaCoefSize(path.c_str(), width, height), S_OK);
-    EXPECT_EQ(width, 300U);
-    EXPECT_EQ(height, 140U);
-    CCNewChromaCorrectCoef loaded;
-    ASSERT_EQ(loaded.Create(300, 140), S_OK);
-    EXPECT_EQ(loaded.LoadCoef(path.c_str()), S_OK);
-    EXPECT_TRUE(test::SamePixels(loaded, object));
-    EXPECT_TRUE(SameExtraWords(loaded, object));
-    const Bytes first = ReadFile(path);
-    ASSERT_EQ(loaded.ExportCoef(path.c_str(), Whole(loaded), nullptr, nullptr), S_OK);
-    EXPECT_EQ(ReadFile(path), first);
-    // Moved on loading, both parts move.
-    CCNewChromaCorrectCoef moved;
-    ASSERT_EQ(moved.Create(400, 300), S_OK);
-    EXPECT_EQ(moved.LoadCoefRect(path.c_str(), 100, 150), S_OK);
-    EXPECT_EQ(test::WordsAt(moved, 399, 289), test::WordsAt(object, 299, 139));
-    EXPECT_EQ(moved.FindExtraWord(399, 289)->w, object.FindExtraWord(299, 139)->w);
-}
-
-TEST_F(ExtraWordFiles, TheHeaderLeadsToTheExtraPart) {
-    test::CreateWithPattern(object, 300, 140);
-    ASSERT_EQ(object.ExportCoef(path.c_str(), Whole(object), nullptr, nullptr), S_OK);
-    const Bytes extended = ReadFile(path);
-    const std::wstring plainPath = folder.File(L"a.9wcoef");
-    ASSERT_EQ(object.ExportCoef(plainPath.c_str(), Whole(object), nullptr, nullptr), S_OK);
-    const Bytes plain = ReadFile(plainPath);
-    // The matrix part is that of the plain file; the extra part begins where that ends.
-    const SChunkHeader header = HeaderOf(extended);
-    EXPECT_EQ(header.formatId, kChromaChunkFormat2);
-    EXPECT_EQ(header.directoryOffset, plain.size());
-    EXPECT_EQ(Bytes(extended.begin() + 168, extended.begin() + static_cast<long>(plain.size())),
-              Bytes(plain.begin() + 168, plain.end()));
-    EXPECT_EQ(HeaderOf(plain).directoryOffset, 0U);
-    // Its directory has records of 24 bytes, the first for block 0.
-    const SChunkRecord record = DecodeChunkRecord(&extended[plain.size()], 1);
-    EXPECT_EQ(record.index, 0U);
-    EXPECT_EQ(record.width, 256);
-    EXPECT_EQ(record.height, 128);
-}
-
-TEST_F(ExtraWordFiles, OnlyTheExactExtensionChooses) {
-    test::CreateWithPattern(object, 4, 4);
-    for (const wchar_t* name :
-         {L"a.9wpcoef", L"a.9WPCOEF", L"a.9wcoef", L"9wPCoef", L"a.9wPCoef.x", L"a.9wPCoef "}) {
-        const std::wstring file = folder.File(name);
-        ASSERT_EQ(object.ExportCoef(file.c_str(), Whole(object), nullptr, nullptr), S_OK);
-        EXPECT_EQ(HeaderOf(ReadFile(file)).formatId, kChromaChunkFormat);
-    }
-    const std::wstring twice = folder.File(L"a.x.9wPCoef");
-    ASSERT_EQ(object.ExportCoef(twice.c_str(), Whole(object), nullptr, nullptr), S_OK);
-    EXPECT_EQ(HeaderOf(ReadFile(twice)).formatId, kChromaChunkFormat2);
-}
-
-TEST_F(ExtraWordFiles, Statuses) {
-    test::CreateWithPattern(object, 40, 24);
-    const std::wstring unopenable = folder.File(L"missing") + L"/a.9wPCoef";
-    EXPECT_EQ(object.ExportCoef(unopenable.c_str(), Whole(object), nullptr, nullptr),
-              E_COEF_OPENFAILED);
-    ASSERT_EQ(object.ExportCoef(path.c_str(), Whole(object), nullptr, nullptr), S_OK);
-    const Bytes file = ReadFile(path);
-    CCNewChromaCorrectCoef target;
-    ASSERT_EQ(target.Create(40, 24), S_OK);
-
-    // Damage in the matrix part: E_FAIL, and the extra words are not read.
-    Bytes damaged = file;
-    damaged[168 + 56 + 3] ^= std::byte{0xFF};
-    StoreLittle<std::uint32_t>(&damaged[168 + 16], 1);
-    WriteFile(path, damaged);
-    EXPECT_EQ(target.LoadCoef(path.c_str()), E_FAIL);
-    EXPECT_EQ(target.FindExtraWord(1, 1)->w[0], 0);
-
-    // An extra part that cannot be: inside the header, or past the end.
-    for (const std::uint32_t offset : {0U, 167U, 0xFFFFFFFFU}) {
-        damaged = file;
-        StoreLittle<std::uint32_t>(&damaged[86], offset);
-        WriteFile(path, damaged);
-        EXPECT_EQ(target.LoadCoef(path.c_str()), E_FAIL) << offset;
-        EXPECT_EQ(test::WordsAt(target, 1, 1), test::WordsAt(object, 1, 1)); // the matrix is read
-        EXPECT_EQ(target.FindExtraWord(1, 1)->w[0], 0);
-    }
-    WriteFile(path, file);
-    target.SetExtraStoreOwner(nullptr);
-    EXPECT_EQ(target.LoadCoef(path.c_str()), E_POINTER);
-    // Without the extra-word store the file has a matrix part alone.
-    ASSERT_EQ(target.ExportCoef(path.c_str(), Whole(target), nullptr, nullptr), S_OK);
-    EXPECT_EQ(HeaderOf(ReadFile(path)).directoryOffset, ReadFile(path).size());
-}
-
-TEST_F(ExtraWordFiles, WithoutColumns) {
-    test::CreateWithPattern(object, 40, 24);
-    ASSERT_EQ(object.ExportCoef(path.c_str(), {5, 0, 5, 24}, nullptr, nullptr), S_OK);
-    const Bytes file = ReadFile(path);
-    EXPECT_EQ(file.size(), 168U);
-    EXPECT_EQ(HeaderOf(file).directoryOffset, 168U);
-    EXPECT_EQ(HeaderOf(file).originX, 5U);
-}
-
-TEST_F(ExtraWordFiles, TheWholeStoreWhateverTheExtension) {
-    test::CreateWithPattern(object, 300, 140);
-    const std::wstring plainName = folder.File(L"whole.bin");
-    EXPECT_EQ(object.SaveWholeStoreC(nullptr), E_POINTER);
-    EXPECT_EQ(object.SaveWholeStoreC((folder.File(L"missing") + L"/a").c_str()), E_COEF_OPENFAILED);
-    ASSERT_EQ(object.SaveWholeStoreC(plainName.c_str()), S_OK);
-    CCNewChromaCorrectCoef loaded;
-    ASSERT_EQ(loaded.Create(300, 140), S_OK);
-    EXPECT_EQ(loaded.LoadCoef(plainName.c_str()), S_OK);
-    EXPECT_TRUE(test::SamePixels(loaded, object));
-    EXPECT_TRUE(SameExtraWords(loaded, object));
-    object.SetStoreOwner(nullptr);
-    EXPECT_EQ(object.SaveWholeStoreC(plainName.c_str()), E_POINTER);
-}
-
-TEST_F(ExtraWordFiles, AsAStream) {
-    test::CreateWithPattern(object, 40, 24);
-    std::array<std::byte, 16> name{std::byte{'x'}};
-    const std::uint8_t flag = 8;
-    std::stringstream stream;
-    ASSERT_EQ(object.WriteChunks2(stream, Whole(object), name.data(), &flag), S_OK);
-    ASSERT_EQ(object.ExportCoef(path.c_str(), Whole(object), name.data(), &flag), S_OK);
-    EXPECT_EQ(stream.str(), test::ReadText(path));
-    SChunkHeader header;
-    stream.seekg(0);
-    EXPECT_EQ(object.ReadChunkHeader2(stream, header), S_OK);
-    EXPECT_EQ(header, HeaderOf(ReadFile(path)));
-    EXPECT_EQ(header.ownerFlag, 8);
-    EXPECT_EQ(stream.tellg(), std::streampos(168));
-    std::stringstream shortStream(stream.str().substr(0, 167));
-    EXPECT_EQ(object.ReadChunkHeader2(shortStream, header), E_COEF_BADFORMAT);
-    std::stringstream other(test::ReadText(Sample(L"cabinet/Cab_06.9wcoef")));
-    EXPECT_EQ(object.ReadChunkHeader2(other, header), E_COEF_BADFORMAT);
 }
 
 // ---- bare chunk streams ----
