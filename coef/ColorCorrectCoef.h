@@ -577,6 +577,8 @@ class CColorCorrectCoef {
     void SetSaverMark(std::uint16_t value) { m_saverMark = value; }
 
   private:
+    friend struct SCoefFields; ///< the tests' view of the fields' order and values
+
     std::unique_ptr<CGamma> m_gamma;
     // The fields without an accessor are carried for the calibration library and read by nothing.
     [[maybe_unused]] std::uint64_t m_reserved[2] = {0, 0};

@@ -1,5 +1,6 @@
 // Single channels and pixels: which word a channel number means in each kind, wrapping beside
 // clamping, and the transfer table.
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -135,6 +136,27 @@ TEST(Channels, WithoutATransferTable) {
     EXPECT_EQ(greenBright.GetPixel4Word(0, 0).w, (std::array<std::uint16_t, 4>{10, 20, 30, 41}));
 }
 
+// A negative number whose remainder is 0 means word 0.
+TYPED_TEST(Channels, NegativeNumbersWithoutARemainder) {
+    constexpr std::size_t kWords = test::kWordsOf<TypeParam>;
+    constexpr std::int32_t kFill = kWords % 4 == 0 ? 4 : 3;
+    TypeParam object;
+    test::CreateWithPattern(object, 4, 4);
+    auto expected = test::WordsAt(object, 1, 2);
+    for (const std::int32_t times : {1, 2, 100}) {
+        EXPECT_TRUE(object.FillRectChannel(-kFill * times, 1, 2, 1, 1, 0.5F, 0));
+        expected[0] = 32768;
+        EXPECT_EQ(test::WordsAt(object, 1, 2), expected) << times;
+        EXPECT_FALSE(object.FillRectChannel(-kFill * times - 1, 1, 2, 1, 1, 0.25F, 0));
+        EXPECT_EQ(test::WordsAt(object, 1, 2), expected) << times;
+        // Virtual-green chroma takes the number itself here.
+        EXPECT_EQ(object.SetPixelChannel(-kFill * times, 1, 2, 1.5F, 0), kWords != 12);
+        if (kWords != 12)
+            expected[0] = 32767; // the low 16 bits of 98303
+        EXPECT_EQ(test::WordsAt(object, 1, 2), expected) << times;
+    }
+}
+
 TEST(Channels, NumbersOfTheBrightnessKind) {
     CCNewBrightCorrectCoef object;
     ASSERT_EQ(object.Create(1, 1), S_OK);
@@ -228,6 +250,71 @@ TEST(Channels, ThroughTheChromaTable) {
     EXPECT_EQ(object.TransferTable()->StepValue(), 0.1F);
 }
 
+// The virtual-green kinds through a caller's table, in every row.
+template <class Object>
+class GreenTables : public ::testing::Test {};
+TYPED_TEST_SUITE(GreenTables, test::GreenKinds);
+
+TYPED_TEST(GreenTables, FillsGoThroughTheCallersTable) {
+    CCaliOperationData table;
+    CCaliOperationData reference;
+    TypeParam object;
+    object.SetTransferTable(&table);
+    test::CreateWithPattern(object, 300, 2);
+    float stepOfTable = 0.0F;
+    for (std::uint32_t row = 1; row <= 56; ++row) {
+        const float step = 0.001F * static_cast<float>(row);
+        if (row >= 41) {
+            stepOfTable = step;
+            reference.SetStep(row, step);
+        }
+        const auto channel = static_cast<std::int32_t>(row); // modulo 4
+        const auto before = test::WordsAt(object, 299, 1);
+        auto expected = before;
+        const auto entry = static_cast<std::int32_t>(reference.Row(row)[before[row % 4]]);
+        expected[row % 4] = static_cast<std::uint16_t>(std::clamp(entry, 0, 65535));
+        const auto untouched = test::WordsAt(object, 9, 1);
+        ASSERT_TRUE(object.FillRectChannel(channel, 10, 0, 290, 2, step, row));
+        EXPECT_EQ(test::WordsAt(object, 299, 1), expected) << row;
+        EXPECT_EQ(test::WordsAt(object, 9, 1), untouched) << row;
+        EXPECT_EQ(table.StepValue(), stepOfTable) << row;
+    }
+    // Index 57 has no row: the value itself, clamped, and the table as it is.
+    ASSERT_TRUE(object.FillRectChannel(1, 0, 0, 1, 1, 1.5F, 57));
+    EXPECT_EQ(test::WordsAt(object, 0, 0)[1], 65535);
+    EXPECT_TRUE(object.SetPixelChannel(1, 0, 0, 1.5F, 57));
+    EXPECT_EQ(test::WordsAt(object, 0, 0)[1], 32767);
+    EXPECT_EQ(table.StepValue(), stepOfTable);
+}
+
+TYPED_TEST(GreenTables, PixelsGoThroughTheCallersTable) {
+    constexpr std::int32_t kLast = test::kWordsOf<TypeParam> == 12 ? 11 : 3;
+    constexpr std::size_t kWord = static_cast<std::size_t>(kLast);
+    CCaliOperationData table;
+    TypeParam object;
+    object.SetTransferTable(&table);
+    test::CreateWithPattern(object, 4, 4);
+    object.FindPixel(1, 2)->w[kWord] = 1000;
+    auto expected = test::WordsAt(object, 1, 2);
+    EXPECT_FALSE(object.SetPixelChannel(kLast, 1, 2, 0.0F, 35)); // plus 4369
+    expected[kWord] = 5369;
+    EXPECT_EQ(test::WordsAt(object, 1, 2), expected);
+    EXPECT_FALSE(object.SetPixelChannel(kLast, 1, 2, 0.5F, 41)); // sets no step
+    EXPECT_EQ(test::WordsAt(object, 1, 2), expected);
+    EXPECT_EQ(table.StepValue(), 0.0F);
+    object.FindPixel(1, 2)->w[kWord] = expected[kWord] = 65535;
+    EXPECT_FALSE(object.SetPixelChannel(kLast, 1, 2, 0.0F, 31));
+    EXPECT_EQ(test::WordsAt(object, 1, 2), expected);
+    EXPECT_FALSE(object.SetPixelChannel(-1, 1, 2, 0.0F, 31));
+    if (kLast == 11) {
+        EXPECT_FALSE(object.SetPixelChannel(12, 1, 2, 0.0F, 32));
+    }
+    EXPECT_EQ(test::WordsAt(object, 1, 2), expected);
+    object.SetTransferTable(nullptr);
+    EXPECT_FALSE(object.SetPixelChannel(kLast, 1, 2, 0.0F, 32));
+    EXPECT_EQ(test::WordsAt(object, 1, 2), expected);
+}
+
 TEST(ChromaCreate, LeavesTheExtraStoreWhenTheMatrixIsRefused) {
     CCNewChromaCorrectCoef object;
     object.Store()->SetSizeLimit(1000);
@@ -241,6 +328,29 @@ TEST(ChromaCreate, LeavesTheExtraStoreWhenTheMatrixIsRefused) {
     EXPECT_EQ(object.Create(10, 10), E_FAIL);
     EXPECT_EQ(object.SetPixel10Word(0, 0, {}, 1), E_FAIL);
     EXPECT_EQ(object.SetPixelExtraWord(0, 0, 1), E_FAIL);
+}
+
+TEST(ChromaCreate, GivesTheExtraStoresStatus) {
+    CCNewChromaCorrectCoef object;
+    object.ExtraStore()->SetSizeLimit(1000);
+    EXPECT_EQ(object.Create(10, 10), E_COEF_SIZELIMIT);
+    EXPECT_EQ(object.GetBlockListSize(), 1U); // the matrix store has its memory
+    EXPECT_EQ(object.ExtraStore()->UsedBlocks().size(), 0U);
+    EXPECT_EQ(object.SetPixel9Word(0, 0, {}), S_OK);
+    EXPECT_EQ(object.SetPixel10Word(0, 0, {}, 1), E_FAIL);
+}
+
+TEST(ChromaStores, BufferModeIsOfBoth) {
+    CCNewChromaCorrectCoef object;
+    for (const auto& [isUnlimited, limit] :
+         {std::pair{true, 0xFFFFFFFFFFFFFFFFU}, {false, 0x7FFFFFFFFFFFFFFFU}}) {
+        EXPECT_EQ(object.SetBufferMode(isUnlimited), S_OK);
+        EXPECT_EQ(object.Store()->SizeLimit(), limit);
+        EXPECT_EQ(object.ExtraStore()->SizeLimit(), limit);
+    }
+    object.SetExtraStoreOwner(nullptr);
+    EXPECT_EQ(object.SetBufferMode(true), S_OK);
+    EXPECT_EQ(object.Store()->SizeLimit(), 0xFFFFFFFFFFFFFFFFU);
 }
 
 TEST(ChromaPixels, TenWordsGoToBothStoresOrNone) {

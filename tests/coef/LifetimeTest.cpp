@@ -64,12 +64,24 @@ TYPED_TEST(Lifetimes, TenThousandLoadsDoNotGrowMemory) {
 }
 #endif
 
-TEST(Lifetimes, TablesAreComputedOnce) {
-    const CCaliOperationData first;
-    const CCaliOperationData second;
-    EXPECT_EQ(first.Row(7).data(), second.Row(7).data());
-    EXPECT_EQ(first.Row(41).data(), second.Row(0).data()); // with step 0 it is row 0
-    EXPECT_EQ(&DefaultLinearToGamma(), &DefaultLinearToGamma());
+// The rows are the process's: objects made one after the other look at the same ones, and one that
+// has changed a pair of its own leaves the others' as they were.
+TEST(Lifetimes, TransferTablesAreShared) {
+    std::array<const std::uint32_t*, CCaliOperationData::kRowCount> rows{};
+    {
+        const CCNewChromaCorrectCoef first;
+        for (std::uint32_t row = 0; row < rows.size(); ++row)
+            rows[row] = first.TransferTable()->Row(row).data();
+    }
+    CCNewChromaCorrectCoef changed;
+    ASSERT_EQ(changed.Create(1, 1), S_OK);
+    ASSERT_TRUE(changed.FillRectChannel(0, 0, 0, 1, 1, 0.1F, 41));
+    const CCNewChromaCorrectCoef second;
+    for (std::uint32_t row = 0; row < rows.size(); ++row) {
+        EXPECT_EQ(second.TransferTable()->Row(row).data(), rows[row]) << row;
+        const bool isOwn = row == 41 || row == 42;
+        EXPECT_EQ(changed.TransferTable()->Row(row).data() != rows[row], isOwn) << row;
+    }
 }
 
 } // namespace

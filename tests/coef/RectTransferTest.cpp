@@ -62,8 +62,10 @@ class CModel {
     Element& At(std::uint32_t x, std::uint32_t y) { return m_pixels[std::size_t{y} * kWidth + x]; }
 
     SRect AnyRect(Random& random) const {
+        // Mostly flat ones, so that a run is short; one in eight may span three rows of blocks.
+        const std::uint32_t highest = Below(random, 8) == 0 ? 300 : 40;
         return {Below(random, m_width + 2), Below(random, m_height + 2), Below(random, 300),
-                Below(random, 40)};
+                Below(random, highest)};
     }
 
     /// The rectangle cut to the store, nothing when it is refused.
@@ -534,10 +536,75 @@ TYPED_TEST(RectTransfer, RefusesWhatIsNoRectangle) {
     // A width that no 32-bit sum holds is cut like any other.
     EXPECT_EQ(object.SetRectChannelFloat(0, 38, 22, 0xFFFFFFFF, 0xFFFFFFFF, values.data()), S_OK);
     EXPECT_EQ(test::WordsAt(object, 39, 23)[0], 16384); // round(0.25 × 65535)
-    // Rows that overlap are refused.
-    EXPECT_EQ(object.GetRectChannelFloat98(0, 0, 0, 10, 2, values.data(), 9), E_COEF_INVALIDARG);
     SPixelRect region{-1, 0, 4, 4};
     EXPECT_EQ(object.GetRectFloatEx(0, region, values.data()), E_COEF_INVALIDARG);
+}
+
+/// The operations of a kind that take a pitch, each for 10 × 2 elements at (x, 0).
+template <class Object>
+auto PitchedOperations() {
+    using Call = std::function<Status(Object&, std::uint32_t x, std::uint32_t pitch)>;
+    static std::vector<std::uint16_t> words(12 * 12 * 3, 1);
+    static std::vector<float> floats(12 * 3, 0.5F);
+    std::vector<std::pair<int, Call>> calls{{98, [](Object& o, std::uint32_t x, std::uint32_t p) {
+                                                 return o.GetRectChannelFloat98(0, x, 0, 10, 2,
+                                                                                floats.data(), p);
+                                             }}};
+    const auto add = [&](int slot, Call call) { calls.emplace_back(slot, std::move(call)); };
+    const auto addViewOut = [&] {
+        add(123, [](Object& o, std::uint32_t x, std::uint32_t p) {
+            return o.CopyRectOut123(x, 0, {words.data(), 10, 2, p});
+        });
+    };
+    if constexpr (std::is_same_v<Object, CCNewBrightCorrectCoef>) {
+        add(28, [](Object& o, std::uint32_t x, std::uint32_t p) {
+            return o.SetRect3WordEx(x, 0, 10, 2, words.data(), p);
+        });
+        add(120, [](Object& o, std::uint32_t x, std::uint32_t p) {
+            return o.CopyRectFrom120({words.data(), 10, 2, p}, x, 0);
+        });
+        addViewOut();
+    } else if constexpr (std::is_same_v<Object, CCNewChromaCorrectCoef>) {
+        add(24, [](Object& o, std::uint32_t x, std::uint32_t p) {
+            return o.SetRect9WordEx(x, 0, 10, 2, words.data(), p);
+        });
+        for (const bool intoStore : {true, false})
+            add(30, [intoStore](Object& o, std::uint32_t x, std::uint32_t p) {
+                return o.TransferRect9WordEx(x, 0, 10, 2, words.data(), p, intoStore);
+            });
+        add(119, [](Object& o, std::uint32_t x, std::uint32_t p) {
+            return o.CopyRectFrom119({words.data(), 10, 2, p}, x, 0);
+        });
+        addViewOut();
+    } else if constexpr (std::is_same_v<Object, CVirtualGreenBrightCorrectCoef>) {
+        add(110, [](Object& o, std::uint32_t x, std::uint32_t p) {
+            return o.SetRect4WordVB(x, 0, 10, 2, words.data(), p);
+        });
+    } else {
+        add(11, [](Object& o, std::uint32_t x, std::uint32_t p) {
+            return o.SetRect12WordEx(x, 0, 10, 2, words.data(), p);
+        });
+        addViewOut();
+    }
+    return calls;
+}
+
+// Rows that overlap are refused; what counts is the width that is cut to the store.
+TYPED_TEST(RectTransfer, RefusesAPitchBelowTheCutWidth) {
+    TypeParam object;
+    test::CreateWithPattern(object, 40, 24);
+    const std::wstring before = test::DigestOf(object);
+    for (const auto& [slot, call] : PitchedOperations<TypeParam>()) {
+        for (const std::uint32_t pitch : {0U, 1U, 9U})
+            EXPECT_EQ(call(object, 0, pitch), E_COEF_INVALIDARG) << slot;
+        EXPECT_EQ(call(object, 33, 6), E_COEF_INVALIDARG) << slot; // seven columns are there
+    }
+    EXPECT_EQ(test::DigestOf(object), before);
+    for (const auto& [slot, call] : PitchedOperations<TypeParam>()) {
+        EXPECT_EQ(call(object, 0, 10), S_OK) << slot;
+        EXPECT_EQ(call(object, 33, 7), S_OK) << slot;
+        EXPECT_EQ(call(object, 40, 0), S_OK) << slot; // cut to nothing
+    }
 }
 
 TEST(UncutCopies, TellWhatIsMissing) {
@@ -601,6 +668,46 @@ TEST(SetRectFromBytes, RefusesADivisorOfZeroAndScalesExactly) {
     EXPECT_EQ(bright.GetPixel3Word(0, 0).w, (std::array<std::uint16_t, 3>{65535, 32767, 655}));
     EXPECT_EQ(bright.SetRectFromBytes(0, 0, 1, 1, values.data(), 50), S_OK); // 2.0 wraps
     EXPECT_EQ(bright.GetPixel3Word(0, 0).w[0], 65534);
+}
+
+TEST(UncutCopies, ExtraWordsNeedTheirStore) {
+    CCNewChromaCorrectCoef chroma;
+    ASSERT_EQ(chroma.Create(4, 4), S_OK);
+    const std::uint16_t word = 1;
+    chroma.SetExtraStoreOwner(nullptr);
+    EXPECT_EQ(chroma.SetRectExtraWord(0, 0, 1, 1, &word), E_COEF_NOBUFFER);
+}
+
+// Either store may miss a block that the other has.
+TEST(GetRect10Word, GivesDefaultsForTheStoreThatMissesThePixel) {
+    CCNewChromaCorrectCoef chroma;
+    test::CreateWithPattern(chroma, 700, 2); // blocks 0, 1 and 2
+    const auto keep = [](CCaliBuf& store, std::initializer_list<std::uint32_t> blocks) {
+        store.Clear();
+        for (const std::uint32_t index : blocks) {
+            ASSERT_EQ(store.AllocateBlock(index, index * 256, 0), S_OK);
+            ASSERT_EQ(store.FillBlockDefault(index), S_OK);
+        }
+    };
+    keep(*chroma.Store(), {0, 2});
+    keep(*chroma.ExtraStore(), {0, 1});
+    test::FillWithPattern(chroma);
+    std::vector<std::uint16_t> words(700 * 2 * 10, 77);
+    ASSERT_EQ(chroma.GetRect10Word(0, 0, 700, 2, words.data()), S_OK);
+    for (std::uint32_t y = 0; y < 2; ++y)
+        for (std::uint32_t x = 0; x < 700; ++x)
+            for (std::size_t k = 0; k < 10; ++k) {
+                const bool isThere = k == 9 ? x < 512 : x < 256 || x >= 512;
+                const std::uint16_t byDefault = k == 0 || k == 4 || k == 8 ? 65535 : 0;
+                ASSERT_EQ(words[(y * 700 + x) * 10 + k],
+                          isThere ? test::PatternWord(x, y, k) : byDefault)
+                    << x << ", " << y << " word " << k;
+            }
+    // Without the extra-word store every extra word is its default.
+    chroma.SetExtraStoreOwner(nullptr);
+    ASSERT_EQ(chroma.GetRect10Word(0, 0, 1, 1, words.data()), S_OK);
+    EXPECT_EQ(words[8], test::PatternWord(0, 0, 8));
+    EXPECT_EQ(words[9], 0);
 }
 
 TEST(GetRect10Word, GivesBothStores) {

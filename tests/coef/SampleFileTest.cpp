@@ -165,5 +165,37 @@ TEST(AwkwardSamples, AnOriginIsMovedToTheStoresCorner) {
     }
 }
 
+// Written again from where it was, a file with an origin has the same header and records.
+TEST(AwkwardSamples, AnOriginIsWrittenAgain) {
+    constexpr std::uint32_t kLeft = 1000;
+    constexpr std::uint32_t kTop = 777;
+    const std::wstring sample = Sample(L"awkward/origin_1000_777.9wcoef");
+    const test::CTemporaryFolder folder;
+    const std::wstring out = folder.File(L"again.9wcoef");
+    CCNewChromaCorrectCoef object;
+    ASSERT_EQ(object.Store()->Allocate(kLeft + 300, kTop + 140), S_OK);
+    ASSERT_EQ(object.LoadCoefRect(sample.c_str(), kLeft, kTop), S_OK);
+    ASSERT_EQ(object.ExportCoef(out.c_str(), {1000, 777, 1300, 917}, nullptr, nullptr), S_OK);
+    const Bytes before = ReadFile(sample);
+    const Bytes after = ReadFile(out);
+    EXPECT_EQ(HeaderBytes(after), HeaderBytes(before));
+    const auto records = Directory(after, 9);
+    EXPECT_EQ(records, Directory(before, 9));
+    std::vector<std::uint32_t> blocks;
+    for (const SChunkRecord& record : records)
+        blocks.push_back(record.index);
+    EXPECT_EQ(blocks, (std::vector<std::uint32_t>{3075, 3587, 3076, 3588, 3077, 3589}));
+    // The same words, each where the sample has it.
+    CCNewChromaCorrectCoef upright;
+    CCNewChromaCorrectCoef again;
+    ASSERT_NO_FATAL_FAILURE(LoadSized(upright, sample));
+    ASSERT_NO_FATAL_FAILURE(LoadSized(again, out));
+    EXPECT_TRUE(test::SamePixels(again, upright));
+    for (std::uint32_t y = 0; y < 140; ++y)
+        for (std::uint32_t x = 0; x < 300; ++x)
+            ASSERT_EQ(test::WordsAt(object, kLeft + x, kTop + y), test::WordsAt(upright, x, y));
+    EXPECT_EQ(test::WordsAt(object, kLeft - 1, kTop), S9WordCoef{}.w);
+}
+
 } // namespace
 } // namespace trevolt

@@ -136,7 +136,7 @@ TEST(TransferTable, StepRowsFollowTheStepInPairs) {
                           static_cast<std::int64_t>(std::roundf(f - offset)));
             }
             for (std::uint32_t other = 41; other < 57; ++other)
-                if (other / 2 * 2 != row / 2 * 2 && (other - 41) / 2 != pair) {
+                if ((other - 41) / 2 != pair) {
                     ASSERT_EQ(Entry(table, other, 1000), 1000U);
                 }
         }
@@ -178,7 +178,7 @@ TEST(TransferTable, PairsOfGoneTablesAreUsedAgain) {
     }
     const std::size_t spare = CCaliOperationData::SparePairCount();
     ASSERT_GE(spare, 1U);
-    for (int i = 0; i < 1000; ++i) {
+    for (int i = 0; i < 100; ++i) {
         CCaliOperationData table;
         table.SetStep(55, 0.1F);
         ASSERT_EQ(CCaliOperationData::SparePairCount(), spare - 1);
