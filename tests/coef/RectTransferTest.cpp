@@ -7,24 +7,16 @@
 
 #include "common/FixedPoint.h"
 #include "tests/coef/CoefObjects.h"
+#include "tests/coef/RandomStores.h"
 
 namespace trevolt {
 namespace {
 
-struct SRect {
-    std::uint32_t x = 0;
-    std::uint32_t y = 0;
-    std::uint32_t w = 0;
-    std::uint32_t h = 0;
-};
-
-using Random = std::mt19937;
-
-std::uint32_t Below(Random& random, std::uint32_t end) {
-    return std::uniform_int_distribution<std::uint32_t>(0, end - 1)(random);
-}
-
-std::uint16_t AnyWord(Random& random) { return static_cast<std::uint16_t>(Below(random, 65536)); }
+using test::AnyFloat;
+using test::AnyWord;
+using test::Below;
+using test::Random;
+using test::SRect;
 
 /// The model: every pixel of up to three by three blocks, and whether its block is there.
 template <class Object>
@@ -43,17 +35,9 @@ class CModel {
         EXPECT_EQ(object.Create(static_cast<std::uint16_t>(m_width),
                                 static_cast<std::uint16_t>(m_height)),
                   S_OK);
-        CCaliBuf& store = *object.Store();
-        const std::vector<std::uint32_t> all(store.UsedBlocks().begin(), store.UsedBlocks().end());
-        store.Clear();
-        for (const std::uint32_t index : all)
-            if (Below(random, 4) != 0) {
-                const std::uint32_t column = index % kGridColumns;
-                const std::uint32_t row = index / kGridColumns;
-                EXPECT_EQ(store.AllocateBlock(index, column * 256, row * 128), S_OK);
-                EXPECT_EQ(store.FillBlockDefault(index), S_OK);
-                m_isPresent[row][column] = true;
-            }
+        test::DropSomeBlocks(*object.Store(), random);
+        for (const std::uint32_t index : object.Store()->UsedBlocks())
+            m_isPresent[index / kGridColumns][index % kGridColumns] = true;
     }
 
     bool Has(std::uint32_t x, std::uint32_t y) const {
@@ -61,20 +45,11 @@ class CModel {
     }
     Element& At(std::uint32_t x, std::uint32_t y) { return m_pixels[std::size_t{y} * kWidth + x]; }
 
-    SRect AnyRect(Random& random) const {
-        // Mostly flat ones, so that a run is short; one in eight may span three rows of blocks.
-        const std::uint32_t highest = Below(random, 8) == 0 ? 300 : 40;
-        return {Below(random, m_width + 2), Below(random, m_height + 2), Below(random, 300),
-                Below(random, highest)};
-    }
+    SRect AnyRect(Random& random) const { return test::AnyRect(random, m_width, m_height); }
 
     /// The rectangle cut to the store, nothing when it is refused.
-    std::optional<SRect> Cut(SRect rect) const {
-        if (rect.w == 0 || rect.h == 0 || rect.x > m_width || rect.y > m_height)
-            return std::nullopt;
-        rect.w = std::min(rect.w, m_width - rect.x);
-        rect.h = std::min(rect.h, m_height - rect.y);
-        return rect;
+    std::optional<SRect> Cut(const SRect& rect) const {
+        return test::CutTo(rect, m_width, m_height);
     }
 
     /// Whether the object holds what the model does in and around the rectangle.
@@ -181,15 +156,6 @@ Operation<Object> RawOut(Call call, std::uint32_t extraPitch = 0) {
     };
 }
 
-SPixelRect Edges(const SRect& rect) {
-    return {static_cast<std::int32_t>(rect.x), static_cast<std::int32_t>(rect.y),
-            static_cast<std::int32_t>(rect.x + rect.w), static_cast<std::int32_t>(rect.y + rect.h)};
-}
-
-float AnyFloat(Random& random) {
-    return std::uniform_real_distribution<float>(-0.5F, 1.5F)(random);
-}
-
 /// The word of a channel as slot 37 has it.
 template <class Object>
 std::size_t ChannelWord(std::int32_t channel) {
@@ -229,7 +195,7 @@ std::vector<Operation<Object>> SharedOperations() {
         [=](STrial<Object> t) { // 15
             const std::int32_t channel = anyChannel(t.random);
             const auto cut = t.model.Cut(t.rect);
-            SPixelRect region = Edges(t.rect);
+            SPixelRect region = t.rect.Edges();
             TryOutOf<float>(
                 t, 1, 0,
                 [&](float* values, std::uint32_t) {
@@ -238,7 +204,7 @@ std::vector<Operation<Object>> SharedOperations() {
                 [&](const auto& element, float* value) {
                     *value = word(element.w[ChannelWord<Object>(channel)]);
                 });
-            ASSERT_EQ(region, Edges(cut.value_or(t.rect)));
+            ASSERT_EQ(region, cut.value_or(t.rect).Edges());
         },
         [=](STrial<Object> t) { // 29
             const std::int32_t channel = anyChannel(t.random);
@@ -453,7 +419,7 @@ std::vector<Operation<CVirtualGreenBrightCorrectCoef>> OwnOperations() {
             return o.GetRect4Word(r.x, r.y, r.w, r.h, words);
         }),
         RawIn<Object>([](Object& o, const SRect& r, const std::uint16_t* words, std::uint32_t) {
-            return o.SetRect4WordRaw(Edges(r), words);
+            return o.SetRect4WordRaw(r.Edges(), words);
         }),
         RawIn<Object>(
             [](Object& o, const SRect& r, const std::uint16_t* words, std::uint32_t pitch) {
@@ -476,7 +442,7 @@ std::vector<Operation<CVirtualGreenChromaCorrectCoef>> OwnOperations() {
             },
             2),
         RawIn<Object>([](Object& o, const SRect& r, const std::uint16_t* words, std::uint32_t) {
-            return o.SetRect12WordVC(Edges(r), words);
+            return o.SetRect12WordVC(r.Edges(), words);
         }),
         RawOut<Object>(
             [](Object& o, const SRect& r, std::uint16_t* words, std::uint32_t pitch) {
