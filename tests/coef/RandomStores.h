@@ -42,9 +42,10 @@ struct SRect {
 
 /// A rectangle that starts in a store of this size, or just past it, and may reach out of it.
 inline SRect AnyRect(Random& random, std::uint32_t width, std::uint32_t height) {
-    // Mostly flat ones, so that a run is short; one in eight may span three rows of blocks.
+    // Mostly small ones, so that a run is short; some may span three columns or rows of blocks.
+    const std::uint32_t widest = Below(random, 4) == 0 ? 700 : 200;
     const std::uint32_t highest = Below(random, 8) == 0 ? 300 : 40;
-    return {Below(random, width + 2), Below(random, height + 2), Below(random, 300),
+    return {Below(random, width + 2), Below(random, height + 2), Below(random, widest),
             Below(random, highest)};
 }
 
