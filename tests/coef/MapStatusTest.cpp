@@ -299,10 +299,8 @@ TYPED_TEST(MapStatuses, RegionWritersTakeWhatTheStoreIsAsLargeAs) {
 
 TYPED_TEST(MapStatuses, ATextOfAnEmptyStoreIsItsHeader) {
     const wchar_t* const out = this->files.out.c_str();
-    if constexpr (std::is_same_v<TypeParam, CCNewBrightCorrectCoef>)
-        EXPECT_EQ(this->object.SaveCoefKind77(out), S_OK);
-    else
-        EXPECT_EQ(this->object.SaveCoefKind76(out), S_OK);
+    constexpr bool isBright = std::is_same_v<TypeParam, CCNewBrightCorrectCoef>;
+    EXPECT_EQ(isBright ? this->object.SaveCoefKind77(out) : this->object.SaveCoefKind76(out), S_OK);
     EXPECT_EQ(test::ReadText(this->files.out), "[T9COEF20]\nwidth=0\nheight=0\n");
 }
 
