@@ -508,13 +508,13 @@ TYPED_TEST(MapModel, LoadedFiles) {
     AddBinaryLoads(operations);
     AddPlacedLoads(operations);
     AddOtherLoads(operations);
-    RunTrials(operations, 4, 1);
+    RunTrials(operations, 3, 1);
 }
 
 TYPED_TEST(MapModel, SavedFiles) {
     std::vector<Operation<TypeParam>> operations;
     AddSaves(operations);
-    RunTrials(operations, 4, 1);
+    RunTrials(operations, 3, 1);
 }
 
 // The pair that every kind has, and the map behind it.
@@ -551,7 +551,7 @@ TYPED_TEST(MapModelOfAll, LegacyPair) {
     AddSave<TypeParam>(
         operations, [](auto& o, auto* path, auto&, auto) { return o.SaveLegacy86(path); },
         [](auto& map, auto* path, auto&, auto) { return Write9fCoefFile(map, path, nullptr); });
-    RunTrials(operations, 6, 1);
+    RunTrials(operations, 4, 1);
 }
 
 } // namespace
