@@ -77,7 +77,7 @@ Status CCaliBuf::Allocate(std::uint32_t width, std::uint32_t height) {
     const std::uint64_t blockBytes = dataBytes + kBlockBookkeeping;
     // Blocks that memory cannot hold are refused before the machine is filled with defaults.
     const std::uint64_t blocks = std::min(std::uint64_t{rows} * columns, m_nSizeLimit / blockBytes);
-    if (!CMemoryBudget::Process().HasRoomFor(blocks * dataBytes)) {
+    if (blocks > 0 && !CMemoryBudget::Process().HasRoomFor(blocks * dataBytes)) {
         CTransferReport::NoteMemoryRefused();
         return E_FAIL;
     }

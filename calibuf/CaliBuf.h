@@ -189,7 +189,7 @@ class CCaliBuf {
 
     // Readers fill blocks that are allocated and allocate none: chunks on other blocks are skipped.
     // A chunk that does not fit its record, the stream or the store has failed with E_FAIL and the
-    // next ones are still read; the result is that of the last chunk that was not skipped. Damage
+    // next ones are still read; the result is that of the last chunk that was decoded. Damage
     // that the result hides stands in `LastRead` and in the thread's transfer report.
 
     /// Reads the chunk file that starts at the current position and moves it so that its origin

@@ -72,6 +72,10 @@ class CChunkPlacer {
             ++m_counts.read;
             m_result = S_OK;
             break;
+        case Outcome::DecodedOnly:
+            ++m_counts.skipped;
+            m_result = S_OK;
+            break;
         case Outcome::Skipped:
             ++m_counts.skipped;
             break;
@@ -86,7 +90,12 @@ class CChunkPlacer {
     const SChunkCounts& Counts() const { return m_counts; }
 
   private:
-    enum class Outcome { Read, Skipped, Failed };
+    enum class Outcome {
+        Read,
+        DecodedOnly, ///< whole, but none of its blocks is there
+        Skipped,     ///< not looked at: its only block is not there
+        Failed
+    };
 
     Outcome Place(const SChunkRecord& record, const std::byte* compressed,
                   const SPlacement& placement) {
@@ -108,7 +117,9 @@ class CChunkPlacer {
             return Outcome::Skipped;
         SPixelRect piece = CutToBlock(area, area.FirstColumn(), area.FirstRow());
         std::uint32_t decoded = 0;
-        if (piece.Width() == kBlockWidth && !placement.IsClipped()) {
+        const bool isAtItsPlace = BlockIndexOfPixel(block->nX, block->nY) == index &&
+                                  PlaceInBlock(block->nX, block->nY) == 0;
+        if (isAtItsPlace && piece.Width() == kBlockWidth && !placement.IsClipped()) {
             std::byte* const rows = m_store.FindElement(static_cast<std::uint32_t>(piece.left),
                                                         static_cast<std::uint32_t>(piece.top));
             return Failed(m_codec.Decompress(record, compressed, rows, decoded)) ? Outcome::Failed
@@ -126,7 +137,7 @@ class CChunkPlacer {
         std::uint32_t decoded = 0;
         if (Failed(m_codec.Decompress(record, compressed, m_elements.Data(), decoded)))
             return Outcome::Failed;
-        Outcome outcome = Outcome::Skipped;
+        Outcome outcome = Outcome::DecodedOnly;
         for (std::int64_t column = area.FirstColumn(); column <= area.LastColumn(); ++column) {
             for (std::int64_t row = area.FirstRow(); row <= area.LastRow(); ++row) {
                 const std::uint32_t index = BlockIndexAt(column, row);
@@ -323,13 +334,13 @@ Status ReadChunks(std::istream& stream, std::uint32_t recordCount, CCaliBuf& sto
 
 bool AllWanted(const SChunkRecord& /*record*/) { return true; }
 
-/// The top edge of the last chunk with this block index, 0 when there is none. Directory space that
-/// stayed empty, which reads as index 0, is no chunk.
+/// The top edge of the last record with this block index, 0 when there is none. Directory space
+/// that stayed empty, which reads as index 0, holds no record.
 std::uint32_t TopOfChunk(const SDirectory& directory, std::uint32_t index) {
     std::uint32_t top = 0;
     for (std::uint32_t i = 0; i < directory.count; ++i) {
         const SChunkRecord record = directory[i];
-        if (record.index == index && !IsUnused(record))
+        if (record.index == index && record != SChunkRecord{})
             top = record.y;
     }
     return top;

@@ -274,6 +274,7 @@ Status CCaliBuf::SaveToMemory(std::byte* destination, std::uint32_t originX, std
     const auto count = static_cast<std::uint32_t>(UsedBlocks().size());
     std::byte* const records = destination + kChunkHeaderBytes;
     std::byte* data = records + ChunkRecordBytes(m_nPlaneCount) * count;
+    std::fill(records, data, std::byte{0}); // for chunks that fail
     const Status status = chunks.AddAll([&](std::span<const std::byte> bytes) {
         data = std::copy(bytes.begin(), bytes.end(), data);
     });

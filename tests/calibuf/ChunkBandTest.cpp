@@ -140,6 +140,32 @@ TEST(ChunkBands, ShiftsAreAddedToTheRecords) {
     EXPECT_EQ(CountUnlikeDefault(target), 300 * 130);
 }
 
+// The index moves by whole blocks, towards zero; the position exactly.
+TEST(ChunkBands, ShiftsOffTheBlocksMoveIndexAndPositionApart) {
+    CCaliOperation<S3WordCoef> source;
+    ASSERT_EQ(source.Buffer().Allocate(600, 300), S_OK);
+    struct Row {
+        std::int32_t shiftX;
+        std::int32_t shiftY;
+        std::uint32_t index; ///< of block (1, 1), which starts at (256, 128)
+        std::uint32_t x;
+        std::uint32_t y;
+    };
+    for (const Row& row :
+         {Row{100, 50, 513, 356, 178}, Row{300, 130, 513 + 1 + 512, 556, 258},
+          Row{255, 127, 513, 511, 255}, Row{-100, -50, 513, 156, 78}, Row{-256, -128, 0, 0, 0}}) {
+        std::stringstream stream = StreamBehind({});
+        BandPositions at;
+        ASSERT_EQ(source.Buffer().WriteBandChunks(stream, {256, 128, 300, 150}, {0, 0, 100, 100},
+                                                  at.directory, at.data, row.shiftX, row.shiftY),
+                  S_OK);
+        const SChunkRecord record = RecordAt(BytesOf(stream), 9, 0);
+        EXPECT_EQ(record.index, row.index) << row.shiftX;
+        EXPECT_EQ(record.x, row.x);
+        EXPECT_EQ(record.y, row.y);
+    }
+}
+
 TEST(ChunkBands, ShiftsMayGoBack) {
     CCaliOperation<S3WordCoef> source;
     ASSERT_EQ(source.Buffer().Allocate(600, 300), S_OK);
@@ -262,6 +288,24 @@ TEST(ChunkBands, TheBaseIsNoUnusedRecords) {
     EXPECT_EQ(target.Buffer().ReadBandChunks(stream, 0, 0, 0, 1), S_OK);
     EXPECT_EQ(target.Buffer().LastRead(), (SChunkCounts{.read = 1}));
     EXPECT_EQ(CountUnlikePattern(target, 0, 0, 5, 11, 0, 0U - 9), 0);
+}
+
+TEST(ChunkBands, AreMovedRightByTheCaller) {
+    CCaliOperation<S3WordCoef> source;
+    ASSERT_EQ(source.Buffer().Allocate(20, 3), S_OK);
+    FillPattern(source);
+    const Bytes file = RectFile(source.Buffer(), {0, 0, 20, 3});
+    CCaliOperation<S3WordCoef> target;
+    ASSERT_EQ(target.Buffer().Allocate(300, 10), S_OK);
+    const auto readAt = [&](std::uint32_t x) {
+        std::stringstream stream = StreamOf(file);
+        return target.Buffer().ReadBandChunks(stream, x, 5, 0, 1);
+    };
+    EXPECT_EQ(readAt(250), S_OK); // over two blocks
+    EXPECT_EQ(CountUnlikePattern(target, 250, 5, 270, 8, 250, 5), 0);
+    EXPECT_EQ(CountUnlikeDefault(target), 20 * 3);
+    EXPECT_EQ(readAt(131072), S_OK); // past the grid
+    EXPECT_EQ(target.Buffer().LastRead(), (SChunkCounts{.skipped = 1}));
 }
 
 TEST(ChunkBands, DamageOutsideTheBandIsNotLookedAt) {

@@ -170,6 +170,40 @@ TEST(ChunkReader, ChunkOverTwoBlocksIsSplit) {
     EXPECT_EQ(target.Buffer().LastRead(), (SChunkCounts{.read = 1}));
 }
 
+TEST(ChunkReader, ARecordOverTwoBlocksIsSplitWhereItStands) {
+    CCaliOperation<S3WordCoef> source;
+    ASSERT_EQ(source.Buffer().Allocate(20, 3), S_OK);
+    FillPattern(source);
+    Bytes file = RectFile(source.Buffer(), {0, 0, 20, 3});
+    StoreLittle<std::uint32_t>(&file[chunk_header::kOriginX], 250);
+    StoreLittle<std::uint32_t>(&file[168 + chunk_record::kX], 250);
+    CCaliOperation<S3WordCoef> target;
+    ASSERT_EQ(target.Buffer().Allocate(300, 3), S_OK);
+    EXPECT_EQ(ReadAt(target.Buffer(), file, 250, 0), S_OK);
+    EXPECT_EQ(CountUnlikePattern(target, 250, 0, 270, 3, 250, 0), 0);
+    EXPECT_EQ(CountUnlikeDefault(target), 20 * 3);
+    const auto* const left = reinterpret_cast<const S3WordCoef*>(target.Buffer().Block(0)->pData);
+    const auto* const right = reinterpret_cast<const S3WordCoef*>(target.Buffer().Block(1)->pData);
+    EXPECT_EQ(left[249].w, S3WordCoef{}.w);
+    EXPECT_EQ(left[255].w, PatternElement<S3WordCoef>(5, 0).w); // the last of six columns
+    EXPECT_EQ(right[0].w, PatternElement<S3WordCoef>(6, 0).w);
+    EXPECT_EQ(right[13].w, PatternElement<S3WordCoef>(19, 0).w); // the last of fourteen
+    EXPECT_EQ(right[14].w, S3WordCoef{}.w);
+}
+
+// A block that does not stand at its index's corner takes nothing that its pixels are not.
+TEST(ChunkReader, BlocksThatStandElsewhereTakeNoChunkOfTheirIndex) {
+    CCaliOperation<S3WordCoef> source;
+    ASSERT_EQ(source.Buffer().Allocate(256, 128), S_OK);
+    FillPattern(source);
+    const Bytes file = RectFile(source.Buffer(), {0, 0, 256, 128});
+    CCaliOperation<S3WordCoef> target;
+    ASSERT_EQ(target.Buffer().AllocateBlock(0, 100, 50), S_OK);
+    ASSERT_EQ(target.Buffer().FillBlockDefault(0), S_OK);
+    EXPECT_EQ(ReadAt(target.Buffer(), file, 0, 0), E_FAIL);
+    EXPECT_EQ(CountUnlikeDefault(target), 0);
+}
+
 TEST(ChunkReader, AFileOfSeveralBlocksSkipsThoseThatAreNotThere) {
     CCaliOperation<S3WordCoef> source;
     ASSERT_EQ(source.Buffer().Allocate(600, 300), S_OK);
@@ -253,6 +287,15 @@ class ChunkReaderDamaged : public ::testing::Test {
         EncodeChunkRecord(record, 9, &m_file[RecordPlace(i)]);
     }
     Status Read() { return ReadAt(m_owner.Buffer(), m_file, 0, 127); }
+
+    /// Reads the same bytes as a memory image, to where its own origin says when that is (0, 0).
+    /// Just so many bytes: the sanitizers see any byte past them.
+    Status ReadImage() {
+        Bytes image(m_file.begin(), m_file.end());
+        StoreLittle<std::uint32_t>(&image[chunk_header::kOriginX], 0);
+        StoreLittle<std::uint32_t>(&image[chunk_header::kOriginY], 0);
+        return m_owner.Buffer().LoadFromMemory(image.data(), image.size());
+    }
     const SChunkCounts& Counts() const { return m_owner.Buffer().LastRead(); }
 
     Bytes m_file;
@@ -292,6 +335,14 @@ TEST_F(ChunkReaderDamaged, ASkippedLastChunkKeepsTheResult) {
     EXPECT_EQ(Counts(), (SChunkCounts{.read = 1, .skipped = 1, .failed = 1}));
 }
 
+// Over several blocks a chunk is decoded before they are looked for.
+TEST_F(ChunkReaderDamaged, ALastChunkThatWasDecodedForMissingBlocksIsTheResult) {
+    Spoil(0, [](SChunkRecord& record) { ++record.height; });
+    Spoil(2, [](SChunkRecord& record) { record.x = 1022; });
+    EXPECT_EQ(Read(), S_OK);
+    EXPECT_EQ(Counts(), (SChunkCounts{.read = 1, .skipped = 1, .failed = 1}));
+}
+
 TEST_F(ChunkReaderDamaged, ImpossibleRecordsFailAndTheNextAreRead) {
     const std::vector<std::function<void(SChunkRecord&)>> damages{
         [](SChunkRecord& record) { record.width = 0; },
@@ -319,6 +370,31 @@ TEST_F(ChunkReaderDamaged, ImpossibleRecordsFailAndTheNextAreRead) {
         EXPECT_EQ(CountUnlikePattern(m_owner, 0, 128, 5, 257), 0);
         EXPECT_EQ(CountUnlikeDefault(m_owner), 5 * 129);
     }
+}
+
+TEST_F(ChunkReaderDamaged, ImagesAreReadAroundDamageLikeStreams) {
+    EXPECT_EQ(ReadImage(), S_OK);
+    EXPECT_EQ(Counts(), (SChunkCounts{.read = 3}));
+    EXPECT_EQ(CountUnlikePattern(m_owner, 0, 127, 5, 257), 0);
+    const Bytes whole = m_file;
+    const std::vector<std::function<void(SChunkRecord&)>> damages{
+        [](SChunkRecord& record) { record.width = 0; },
+        [](SChunkRecord& record) { record.height = 129; },
+        [](SChunkRecord& record) { record.planeSizes[1] = 0xFFFFFFFF; },
+    };
+    for (const auto& damage : damages) {
+        m_file = whole;
+        ASSERT_EQ(m_owner.Buffer().Allocate(5, 300), S_OK);
+        Spoil(0, damage);
+        EXPECT_EQ(ReadImage(), S_OK); // the last chunk is sound
+        EXPECT_EQ(Counts(), (SChunkCounts{.read = 2, .failed = 1}));
+        EXPECT_EQ(CountUnlikePattern(m_owner, 0, 128, 5, 257), 0);
+        EXPECT_EQ(CountUnlikeDefault(m_owner), 5 * 129);
+    }
+    m_file = whole;
+    Spoil(1, [](SChunkRecord& record) { record.totalSize = 0xFFFFFFFF; });
+    EXPECT_EQ(ReadImage(), E_FAIL);
+    EXPECT_EQ(Counts(), (SChunkCounts{.read = 1, .failed = 2}));
 }
 
 TEST_F(ChunkReaderDamaged, ChunksShiftedAboveOrLeftOfTheGridFail) {
@@ -350,6 +426,8 @@ TEST_F(ChunkReaderDamaged, TooLargeAChunkIsPassedOver) {
     EXPECT_EQ(Read(), S_OK);
     EXPECT_EQ(Counts(), (SChunkCounts{.read = 2, .failed = 1}));
     EXPECT_EQ(CountUnlikePattern(m_owner, 0, 128, 5, 257), 0);
+    EXPECT_EQ(ReadImage(), S_OK);
+    EXPECT_EQ(Counts(), (SChunkCounts{.read = 2, .failed = 1}));
 }
 
 TEST_F(ChunkReaderDamaged, AChunkPastTheStreamsEndFailsWithAllThatFollow) {

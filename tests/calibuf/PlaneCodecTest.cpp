@@ -55,6 +55,30 @@ TEST(PlaneTranspose, MovesEveryWordAndNoOther) {
             CheckTransposition(wordCount, count);
 }
 
+// Planes anywhere, each in memory of exactly its size, so that the sanitizers see any byte around.
+TEST(PlaneTranspose, TakesPlanesAtOddAddresses) {
+    for (const std::size_t wordCount : {1U, 3U, 4U, 9U, 12U}) {
+        for (const std::size_t count : {1U, 7U, 8U, 9U, 17U, 260U}) {
+            std::vector<Bytes> memory;
+            std::vector<const std::byte*> planes;
+            for (std::size_t k = 0; k < wordCount; ++k) {
+                Bytes plane = RandomBytes(1 + count * 2 + k);
+                plane.resize(1 + count * 2);
+                plane.shrink_to_fit();
+                memory.push_back(std::move(plane));
+                planes.push_back(memory.back().data() + 1);
+            }
+            Bytes elements(count * wordCount * 2);
+            ScatterPlanes(planes, elements.data(), count, wordCount * 2);
+            for (std::size_t e = 0; e < count; ++e)
+                for (std::size_t k = 0; k < wordCount; ++k)
+                    ASSERT_EQ(LoadLittle<std::uint16_t>(&elements[(e * wordCount + k) * 2]),
+                              LoadLittle<std::uint16_t>(planes[k] + e * 2))
+                        << wordCount << " words, element " << e << " of " << count;
+        }
+    }
+}
+
 TEST(PlaneTranspose, LeavesBytesBehindTheWordsAlone) {
     std::vector<std::uint16_t> planes{1, 2, 3, 4, 5, 6};
     Bytes elements(2 * 7, std::byte{0x77});
@@ -217,6 +241,35 @@ Bytes LiteralRun(std::size_t count) {
     return block;
 }
 
+/// In memory of exactly that size, so that the sanitizers see any byte behind it.
+Bytes Resized(const Bytes& bytes, std::size_t size) {
+    Bytes resized(size);
+    std::copy_n(bytes.begin(), std::min(size, bytes.size()), resized.begin());
+    return resized;
+}
+
+/// Decodes the one plane of a single-word chunk: it must be what LZ4 itself makes of the block, or a
+/// failure where that is not as long as the plane.
+void CheckAgainstLz4(const CCaliBuf& store, std::uint16_t width, std::uint16_t height,
+                     const Bytes& block) {
+    const std::size_t planeBytes = std::size_t{2} * width * height;
+    Bytes expected(2 * planeBytes);
+    const int made = LZ4_decompress_safe(
+        reinterpret_cast<const char*>(block.data()), reinterpret_cast<char*>(expected.data()),
+        static_cast<int>(block.size()), static_cast<int>(expected.size()));
+    const bool isPlane = made == static_cast<int>(planeBytes);
+    const auto stored = static_cast<std::uint32_t>(block.size());
+    Bytes words(planeBytes, std::byte{0x77});
+    std::uint32_t total = 0;
+    ASSERT_EQ(store.DecompressPlanes(
+                  {.width = width, .height = height, .totalSize = stored, .planeSizes = {stored}},
+                  block.data(), words.data(), total),
+              isPlane ? S_OK : E_FAIL)
+        << planeBytes << " bytes in " << block.size();
+    expected.resize(planeBytes);
+    EXPECT_EQ(words, isPlane ? expected : Bytes(planeBytes, std::byte{0x77}));
+}
+
 /// Runs of every length up to a few length bytes, whole, and with one byte too few or too many
 /// behind a length that is right: what is taken from the block is what LZ4 would make of it.
 TEST(CaliPlanes, LiteralRunsAreTakenAsLz4Does) {
@@ -225,28 +278,12 @@ TEST(CaliPlanes, LiteralRunsAreTakenAsLz4Does) {
         for (std::uint16_t height = 1; height <= 3; ++height) {
             const std::size_t planeBytes = std::size_t{2} * width * height;
             const Bytes run = LiteralRun(planeBytes);
-            for (const std::size_t size : {run.size() - 1, run.size(), run.size() + 1}) {
+            for (const std::size_t size : {run.size() - 1, run.size(), run.size() + 1})
+                CheckAgainstLz4(owner.Buffer(), width, height, Resized(run, size));
+            for (int low = 1; low < 16; ++low) { // what would be the length of a match
                 Bytes block = run;
-                block.resize(size);
-                std::vector<char> expected(2 * planeBytes);
-                const int made = LZ4_decompress_safe(reinterpret_cast<const char*>(block.data()),
-                                                     expected.data(), static_cast<int>(size),
-                                                     static_cast<int>(expected.size()));
-                const bool isPlane = made == static_cast<int>(planeBytes);
-                EXPECT_EQ(isPlane, size == run.size());
-                const auto stored = static_cast<std::uint32_t>(size);
-                Bytes words(planeBytes);
-                std::uint32_t total = 0;
-                ASSERT_EQ(owner.Buffer().DecompressPlanes({.width = width,
-                                                           .height = height,
-                                                           .totalSize = stored,
-                                                           .planeSizes = {stored}},
-                                                          block.data(), words.data(), total),
-                          isPlane ? S_OK : E_FAIL)
-                    << planeBytes << " bytes in " << size;
-                if (isPlane) {
-                    EXPECT_EQ(std::memcmp(words.data(), expected.data(), planeBytes), 0);
-                }
+                block[0] |= static_cast<std::byte>(low);
+                CheckAgainstLz4(owner.Buffer(), width, height, block);
             }
         }
     }
@@ -264,6 +301,33 @@ TEST(CaliPlanes, LengthBytesUpToTheBlocksEndFail) {
                       {.width = 256, .height = 128, .totalSize = size, .planeSizes = {size}},
                       block.data(), words.data(), total),
                   E_FAIL);
+    }
+}
+
+TEST(CaliPlanes, MatchesOfForeignBlocksDecode) {
+    CCaliOperation<SWordCoef> owner;
+    // One literal, a match of 26 bytes one byte back, five literals: 32 bytes of 1.
+    const Bytes block = MakeBytes({0x1F, 1, 1, 0, 7, 0x50, 1, 1, 1, 1, 1});
+    Bytes words(32);
+    std::uint32_t total = 0;
+    EXPECT_EQ(owner.Buffer().DecompressPlanes(
+                  {.width = 4, .height = 4, .totalSize = 11, .planeSizes = {11}}, block.data(),
+                  words.data(), total),
+              S_OK);
+    EXPECT_EQ(words, Bytes(32, std::byte{1}));
+    EXPECT_EQ(total, 32U);
+}
+
+// The scratch memory of a plane takes twice its size, of the last plane of a whole block too; more
+// is refused by LZ4 itself.
+TEST(CaliPlanes, PlanesThatDecodeToTwiceTheirSizeOrMoreFail) {
+    CCaliOperation<SWordCoef> owner;
+    for (const int decoded : {65536, 65537, 131072, 131074}) {
+        const std::vector<char> plain(static_cast<std::size_t>(decoded), 'x');
+        Bytes block(static_cast<std::size_t>(LZ4_compressBound(decoded)));
+        const int size = LZ4_compress_default(plain.data(), reinterpret_cast<char*>(block.data()),
+                                              decoded, static_cast<int>(block.size()));
+        CheckAgainstLz4(owner.Buffer(), 256, 128, Resized(block, static_cast<std::size_t>(size)));
     }
 }
 
