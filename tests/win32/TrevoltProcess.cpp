@@ -69,6 +69,17 @@ class CInput {
         return m_reader.Get();
     }
 
+    /// Fails unless the program has closed its end of a pipe that the launcher holds open.
+    void ExpectClosedByProgram() {
+        if (m_input != SLaunch::Input::OpenPipe)
+            return;
+        m_reader.Close();
+        EXPECT_TRUE(WaitUntil([&] {
+            DWORD written = 0;
+            return ::WriteFile(m_writer.Get(), "x", 1, &written, nullptr) == 0;
+        })) << "the program keeps its standard input";
+    }
+
   private:
     void OpenPipe(const std::string& bytes) {
         EXPECT_TRUE(CreatePipe(m_reader.Out(), m_writer.Out(), &m_inherited, 65536));
@@ -139,7 +150,7 @@ std::wstring TextOf(HWND window) {
 }
 
 CTrevoltProcess::CTrevoltProcess(const std::wstring& program, const SLaunch& launch) {
-    const CInput input(launch);
+    CInput input(launch);
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
@@ -162,6 +173,7 @@ CTrevoltProcess::CTrevoltProcess(const std::wstring& program, const SLaunch& lau
     if (m_window == nullptr)
         throw std::runtime_error("the window did not come up");
     SetForegroundWindow(m_window);
+    input.ExpectClosedByProgram();
 }
 
 CTrevoltProcess::CChild::~CChild() {
