@@ -17,7 +17,7 @@ class CFailurePicture : public testing::EmptyTestEventListener {
     void OnTestPartResult(const testing::TestPartResult& result) override {
         if (!result.failed() || m_name.empty())
             return;
-        CPixels::OfScreen(ScreenArea())
+        CPixels::OfSteadyScreen(ScreenArea())
             .Save(PictureFolder() + Utf8ToWide(m_name).value() + L".png");
         m_name.clear();
     }
