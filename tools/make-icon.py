@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Draws the program's icon: four LEDs of a cabinet inside an arrow that turns clockwise.
 
-    tools/make-icon.py win32/Trevolt.ico
+    tools/make-icon.py win32/Trevolt.ico            writes the file
+    tools/make-icon.py --check win32/Trevolt.ico    fails when the file holds other pictures
 """
 import math
 import struct
@@ -93,7 +94,7 @@ def as_png(rows):
             + chunk(b"IDAT", zlib.compress(raw, 9)) + chunk(b"IEND", b""))
 
 
-def main():
+def make_icon():
     images = [(size, as_png(draw(size)) if size >= 256 else as_bitmap(draw(size)))
               for size in SIZES]
     directory = struct.pack("<HHH", 0, 1, len(images))
@@ -101,9 +102,34 @@ def main():
     for size, data in images:
         directory += struct.pack("<BBBBHHII", size % 256, size % 256, 0, 0, 1, 32, len(data), offset)
         offset += len(data)
-    with open(sys.argv[1], "wb") as file:
-        file.write(directory + b"".join(data for _, data in images))
+    return directory + b"".join(data for _, data in images)
+
+
+def pictures(icon):
+    """What an icon file shows, whatever its PNGs were compressed with."""
+    count = struct.unpack_from("<H", icon, 4)[0]
+    found = []
+    for index in range(count):
+        entry = struct.unpack_from("<BBBBHHII", icon, 6 + 16 * index)
+        data = icon[entry[7]:entry[7] + entry[6]]
+        if data.startswith(b"\x89PNG"):
+            data = data[:33] + zlib.decompress(data[41:-16])
+        found.append((entry[:6], data))
+    return found
+
+
+def main():
+    icon = make_icon()
+    if sys.argv[1] != "--check":
+        with open(sys.argv[1], "wb") as file:
+            file.write(icon)
+        return 0
+    with open(sys.argv[2], "rb") as file:
+        same = pictures(file.read()) == pictures(icon)
+    if not same:
+        print(f"make-icon: {sys.argv[2]} is not what this script draws", file=sys.stderr)
+    return 0 if same else 1
 
 
 if __name__ == "__main__":
-    main()
+    sys.exit(main())

@@ -45,13 +45,15 @@ set_value() { # key name type data
 }
 set_value 'HKCU\Software\Wine\X11 Driver' Managed REG_SZ N
 set_value 'HKCU\Control Panel\Desktop' LogPixels REG_DWORD "${TREVOLT_DPI:-96}"
-# On Windows the window's font has every script; here others stand in for it. Thai is shaped, which
-# only the font itself can be, so that one is a Thai font with Latin letters as wide as any.
-links='DejaVuSans.ttf,DejaVu Sans\0DroidSansFallbackFull.ttf,Droid Sans Fallback\0NanumGothic.ttf,NanumGothic'
-fonts='HKLM\Software\Microsoft\Windows NT\CurrentVersion\FontLink\SystemLink'
-set_value 'HKCU\Software\Wine\Fonts\Replacements' 'Segoe UI' REG_SZ Waree
-set_value 'HKCU\Software\Wine\Fonts\Replacements' Tahoma REG_SZ Waree
-for font in Waree 'Waree Bold'; do
-    set_value "$fonts" "$font" REG_MULTI_SZ "$links"
+# On Windows the window's font has every script; here others stand in for it.
+links='Waree.ttf,Waree\0DroidSansFallbackFull.ttf,Droid Sans Fallback\0NanumGothic.ttf,NanumGothic'
+fonts='HKLM\Software\Microsoft\Windows NT\CurrentVersion'
+for font in 'Segoe UI' Tahoma; do
+    set_value 'HKCU\Software\Wine\Fonts\Replacements' "$font" REG_SZ 'DejaVu Sans'
 done
+for font in 'DejaVu Sans' 'DejaVu Sans Bold'; do
+    set_value "$fonts\FontLink\SystemLink" "$font" REG_MULTI_SZ "$links"
+done
+# The signs on the title bar's buttons.
+set_value "$fonts\Fonts" 'Marlett (TrueType)' REG_SZ 'Z:\usr\share\wine\fonts\marlett.ttf'
 "$root/tools/wine.sh" "$@" 8>&-

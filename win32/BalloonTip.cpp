@@ -26,7 +26,10 @@ void CBalloonTip::Show(HWND edit, const std::wstring& title, const std::wstring&
         ShowTooltip(edit, title, text);
 }
 
+/// A tooltip lies over every window, so none comes up for a dialog that is not the active one.
 void CBalloonTip::ShowTooltip(HWND edit, const std::wstring& title, const std::wstring& text) {
+    if (GetActiveWindow() != GetAncestor(edit, GA_ROOT))
+        return;
     m_tooltip = CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr,
                                 WS_POPUP | TTS_BALLOON | TTS_NOPREFIX | TTS_ALWAYSTIP,
                                 CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, edit,

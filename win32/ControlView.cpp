@@ -52,6 +52,11 @@ void CControlView::Attach(HWND dialog) {
     m_heightEdit.Attach(Control(kIdHeight));
 }
 
+void CControlView::DetachEdits() {
+    m_widthEdit.Detach();
+    m_heightEdit.Detach();
+}
+
 void CControlView::SetUpWindow() {
     AddAboutEntry();
     LoadIcons();

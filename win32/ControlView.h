@@ -19,6 +19,9 @@ class CControlView : public CDialogView {
     /// Takes the dialog's window and its controls.
     void Attach(HWND dialog);
 
+    /// The number edits tell nothing from now on.
+    void DetachEdits();
+
     void SetUpWindow() override;
     void SetTitle(const std::wstring& text) override;
     std::wstring GetText(int id) const override;
@@ -48,6 +51,10 @@ class CControlView : public CDialogView {
 
     /// Takes a shown balloon down.
     void HideBalloon() { m_balloon.Hide(); }
+
+    const CNumberEdit& NumberEdit(int id) const {
+        return id == kIdWidth ? m_widthEdit : m_heightEdit;
+    }
 
     /// The number edit that has the focus, null when none has it.
     CNumberEdit* FocusedNumberEdit();

@@ -34,7 +34,7 @@ LRESULT CALLBACK CNumberEdit::EditProcedure(HWND edit, UINT message, WPARAM wPar
     if (message == WM_KILLFOCUS)
         numberEdit.Commit();
     if (message == WM_NCDESTROY)
-        numberEdit.m_edit = nullptr;
+        numberEdit.Detach();
     return result;
 }
 

@@ -36,8 +36,10 @@ class CNumberEdit {
     /// Tells the dialog that the value stands.
     void Commit();
 
-  private:
+    /// Leaves the control alone from now on.
     void Detach();
+
+  private:
     static LRESULT CALLBACK EditProcedure(HWND edit, UINT message, WPARAM wParam, LPARAM lParam,
                                           UINT_PTR id, DWORD_PTR self);
 

@@ -37,8 +37,9 @@ void CTrevoltWindow::RunModal() {
         return;
     ShowWindow(m_window, SW_SHOW);
     MSG message{};
-    while (m_window != nullptr && GetMessageW(&message, nullptr, 0, 0) > 0) {
-        if (PreTranslateMessage(message) || IsDialogMessageW(m_window, &message))
+    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+        if (m_window != nullptr &&
+            (PreTranslateMessage(message) || IsDialogMessageW(m_window, &message)))
             continue;
         TranslateMessage(&message);
         DispatchMessageW(&message);
@@ -92,7 +93,8 @@ INT_PTR CTrevoltWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_QUERYDRAGICON:
         return reinterpret_cast<INT_PTR>(m_view.Icon());
     case WM_COPYDATA:
-        OnCopyData(*reinterpret_cast<const COPYDATASTRUCT*>(lParam));
+        if (lParam != 0)
+            OnCopyData(*reinterpret_cast<const COPYDATASTRUCT*>(lParam));
         return FALSE; // the default handling follows
     case WM_DPICHANGED:
         m_view.LoadIcons();
@@ -100,9 +102,17 @@ INT_PTR CTrevoltWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_MOVE:
         m_view.HideBalloon();
         return FALSE;
+    case WM_ACTIVATE:
+        if (LOWORD(wParam) == WA_INACTIVE)
+            m_view.HideBalloon();
+        return FALSE;
     case WM_CLOSE:
         OnClose();
         return TRUE;
+    case WM_DESTROY:
+        m_window = nullptr;
+        PostQuitMessage(0); // wakes the message loop, also when the close was sent and not posted
+        return FALSE;
     default:
         return FALSE;
     }
@@ -157,8 +167,10 @@ bool CTrevoltWindow::OnPaint() const {
     const UINT dpi = GetDpiForWindow(m_window);
     RECT client{};
     GetClientRect(m_window, &client);
-    DrawIcon(context, (client.right - GetSystemMetricsForDpi(SM_CXICON, dpi) + 1) / 2,
-             (client.bottom - GetSystemMetricsForDpi(SM_CYICON, dpi) + 1) / 2, m_view.Icon());
+    const POINT place =
+        CentredIconPlace({client.right, client.bottom}, {GetSystemMetricsForDpi(SM_CXICON, dpi),
+                                                         GetSystemMetricsForDpi(SM_CYICON, dpi)});
+    DrawIcon(context, place.x, place.y, m_view.Icon());
     EndPaint(m_window, &paint);
     return true;
 }
@@ -168,11 +180,16 @@ void CTrevoltWindow::OnCopyData(const COPYDATASTRUCT& data) {
     m_dialog.OnCopyData(data.dwData, {bytes, bytes == nullptr ? 0 : data.cbData});
 }
 
+/// What is being typed was saved with every character, so nothing is committed on the way: the edits
+/// go one after the other, and a balloon would point at a window that is going.
 void CTrevoltWindow::OnClose() {
-    const HWND window = m_window;
+    m_view.DetachEdits();
     m_view.HideBalloon();
-    DestroyWindow(window);
-    m_window = nullptr;
+    DestroyWindow(m_window);
+}
+
+POINT CentredIconPlace(const SIZE& client, const SIZE& icon) {
+    return {(client.cx - icon.cx + 1) / 2, (client.cy - icon.cy + 1) / 2};
 }
 
 } // namespace trevolt

@@ -9,6 +9,9 @@
 
 namespace trevolt {
 
+/// Where an icon's top left corner lies when the icon stands in the middle of a window.
+POINT CentredIconPlace(const SIZE& client, const SIZE& icon);
+
 class CTrevoltWindow {
   public:
     CTrevoltWindow(CTranslate& translate, SDialogStart start)

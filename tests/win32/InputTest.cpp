@@ -3,6 +3,7 @@
 
 #include <commctrl.h>
 
+#include "common/TextConversion.h"
 #include "tests/win32/WindowFixture.h"
 
 namespace trevolt {
@@ -16,6 +17,24 @@ class TrevoltInput : public test::WindowFixture {
     bool IsWholeTextSelected(int id) const {
         const LRESULT range = m_trevolt->Send(id, EM_GETSEL);
         return LOWORD(range) == 0 && HIWORD(range) == m_trevolt->Text(id).size();
+    }
+
+    /// Fails unless the balloon's stem ends in the edit's middle: the balloon lies over or under it.
+    static void ExpectPointsAt(const RECT& balloon, HWND edit) {
+        RECT place{};
+        GetWindowRect(edit, &place);
+        const LONG x = (place.left + place.right) / 2;
+        const LONG y = (place.top + place.bottom) / 2;
+        EXPECT_LE(balloon.left, x);
+        EXPECT_GE(balloon.right, x);
+        EXPECT_TRUE(std::abs(balloon.top - y) <= 2 || std::abs(balloon.bottom - y) <= 2)
+            << balloon.top << " to " << balloon.bottom << ", edit at " << y;
+    }
+
+    /// The letter that a text's access key is: the small one of A to Z, others as they stand, since
+    /// Wine takes only those in either form.
+    static wchar_t AccessKey(const std::wstring& text) {
+        return ToLowerAscii(text.substr(text.find(L'&') + 1, 1)).at(0);
     }
 };
 
@@ -44,15 +63,34 @@ TEST_F(TrevoltInput, EveryFaultHasItsBalloonAtItsEdit) {
         trevolt.Type(kIdHeight, fault.height);
         trevolt.Press(kIdHeight, VK_RETURN);
         ASSERT_TRUE(test::WaitUntil([&] { return trevolt.FindBalloon() != nullptr; }));
-        EXPECT_TRUE(test::WaitUntil([&] { return trevolt.WaitForBalloon() == fault.text; }));
+        const test::SBalloon balloon = trevolt.ReadBalloon();
+        EXPECT_EQ(balloon.text, fault.text);
+        EXPECT_EQ(balloon.edit, trevolt.Control(fault.edit));
+        ExpectPointsAt(balloon.place, trevolt.Control(fault.edit));
         EXPECT_TRUE(IsWholeTextSelected(fault.edit));
-        RECT balloon{};
-        RECT edit{};
-        GetWindowRect(trevolt.FindBalloon(), &balloon);
-        GetWindowRect(trevolt.Control(fault.edit), &edit);
-        EXPECT_LE(balloon.left, edit.right);
-        EXPECT_GE(balloon.right, edit.left);
     }
+}
+
+TEST_F(TrevoltInput, BalloonGoesWhenAnotherWindowBecomesActive) {
+    const auto& trevolt = Start();
+    trevolt.Type(kIdWidth, L"12a");
+    trevolt.MoveFocus(kIdSource); // which has nothing to check when it loses the focus again
+    EXPECT_NE(trevolt.WaitForBalloon(), L"");
+    PostMessageW(trevolt.Window(), WM_SYSCOMMAND, 0x10, 0);
+    const HWND about = trevolt.WaitForPopup();
+    EXPECT_TRUE(test::WaitUntil([&] { return trevolt.FindBalloon() == nullptr; }));
+    test::ClosePopup(about);
+}
+
+TEST_F(TrevoltInput, NoBalloonComesUpWhenTheUserGoesToAnotherProgram) {
+    const auto& trevolt = Start();
+    trevolt.Type(kIdWidth, L"12a");
+    ASSERT_TRUE(trevolt.IsActive());
+    SetForegroundWindow(GetDesktopWindow());
+    EXPECT_TRUE(test::WaitUntil([&] { return IsWholeTextSelected(kIdWidth); })) << "checked";
+    EXPECT_FALSE(trevolt.IsActive());
+    EXPECT_EQ(trevolt.FindBalloon(), nullptr);
+    EXPECT_EQ(Saved(kKeyCabinetWidth), L"12");
 }
 
 TEST_F(TrevoltInput, LimitsPassWithoutABalloon) {
@@ -99,6 +137,70 @@ TEST_F(TrevoltInput, EnterNeitherStartsNorCloses) {
     EXPECT_FALSE(trevolt.HasEnded());
     EXPECT_TRUE(IsWindowEnabled(trevolt.Window()));
     EXPECT_EQ(Saved(kKeyCabinetWidth), L"12");
+}
+
+TEST_F(TrevoltInput, EnterPressesNothingFromOtherControls) {
+    SaveFolders(L"C:\\", L"C:\\");
+    const auto& trevolt = Start();
+    for (const int id : {kIdByCabinet, kIdByScreen, kIdAngle, kIdSource, kIdTarget}) {
+        trevolt.MoveFocus(kIdStart); // which would make it the button that Enter presses
+        trevolt.MoveFocus(id);
+        trevolt.Press(id, VK_RETURN);
+        trevolt.Focus(kIdHeight);
+        EXPECT_FALSE(trevolt.HasEnded()) << id;
+        EXPECT_TRUE(IsWindowEnabled(trevolt.Window())) << "Start was pressed from " << id;
+    }
+}
+
+TEST_F(TrevoltInput, AccessKeysReachTheirControlsInEveryLanguage) {
+    constexpr std::pair<const wchar_t*, int> kKeys[] = {
+        {L"Trevolt_1018", kIdByScreen},        {L"Trevolt_Screen_Width", kIdWidth},
+        {L"Trevolt_Screen_Height", kIdHeight}, {L"Trevolt_1017", kIdByCabinet},
+        {L"Trevolt_Cabinet_Width", kIdWidth},  {L"Trevolt_Cabinet_Height", kIdHeight},
+        {L"Trevolt_1000", kIdAngle},           {L"Trevolt_1003", kIdSource},
+        {L"Trevolt_1006", kIdTarget}};
+    for (const auto& [language, file] : test::kLanguageCases) {
+        const auto& trevolt = StartIn(language);
+        int from = kIdByCabinet;
+        for (const auto& [key, id] : kKeys) {
+            trevolt.PressAlt(from, AccessKey(TextIn(file, key)));
+            EXPECT_TRUE(trevolt.WaitForFocus(id))
+                << WideToShownUtf8(file) << " " << WideToShownUtf8(key);
+            from = id;
+        }
+        EXPECT_TRUE(trevolt.IsChecked(kIdByCabinet)) << WideToShownUtf8(file);
+    }
+}
+
+TEST_F(TrevoltInput, AccessKeysPressTheButtons) {
+    SaveFolders(L"C:\\", L"C:\\");
+    const auto& trevolt = Start();
+    for (const wchar_t* key : {L"Trevolt_1005", L"Trevolt_1013"}) {
+        trevolt.PressAlt(kIdByCabinet, AccessKey(English(key)));
+        test::ClosePopup(trevolt.WaitForPopup(), IDCANCEL);
+    }
+    trevolt.PressAlt(kIdByCabinet, AccessKey(English(L"Trevolt_1001")));
+    const HWND box = trevolt.WaitForPopup();
+    EXPECT_EQ(test::ReadMessageBox(box).text,
+              English(L"Trevolt_Please_Input_Correct_Cabinet_Size"));
+    test::ClosePopup(box);
+}
+
+TEST_F(TrevoltInput, ClosingWhileASizeIsTypedKeepsIt) {
+    for (const std::wstring typed : {L"64", L"64a"})
+        for (const bool byEscape : {false, true}) {
+            const auto& trevolt = Start();
+            trevolt.Type(kIdHeight, L"32");
+            trevolt.Type(kIdWidth, typed);
+            if (byEscape)
+                trevolt.Press(kIdWidth, VK_ESCAPE);
+            else
+                trevolt.SendClose();
+            EXPECT_EQ(trevolt.WaitForExitCode(), 0U);
+            EXPECT_EQ(Saved(kKeyCabinetWidth), L"64");
+            EXPECT_EQ(Saved(kKeyCabinetHeight), L"32");
+            ASSERT_TRUE(RemoveFile(m_tree.SettingsFile()));
+        }
 }
 
 TEST_F(TrevoltInput, NotificationOfAForeignAddressIsIgnored) {
@@ -207,17 +309,15 @@ class CFolderBrowser {
             TVITEMW item;
             wchar_t text[260];
         };
-        void* remote =
-            VirtualAllocEx(m_process, nullptr, sizeof(SRequest), MEM_COMMIT, PAGE_READWRITE);
+        const test::CRemoteMemory memory(m_process, sizeof(SRequest));
         SRequest request{};
         request.item.mask = TVIF_TEXT;
         request.item.hItem = reinterpret_cast<HTREEITEM>(treeItem);
-        request.item.pszText = static_cast<SRequest*>(remote)->text;
+        request.item.pszText = static_cast<SRequest*>(memory.Address())->text;
         request.item.cchTextMax = 260;
-        WriteProcessMemory(m_process, remote, &request, sizeof request, nullptr);
-        SendMessageW(m_tree, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(remote));
-        ReadProcessMemory(m_process, remote, &request, sizeof request, nullptr);
-        VirtualFreeEx(m_process, remote, 0, MEM_RELEASE);
+        memory.Write(request);
+        SendMessageW(m_tree, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(memory.Address()));
+        memory.Read(request);
         return request.text;
     }
 
@@ -291,7 +391,7 @@ TEST_F(TrevoltInput, ItemWithoutAPathIsRefused) {
     const test::SMessageBox seen = test::ReadMessageBox(box);
     EXPECT_EQ(seen.text, English(L"Trevolt_Invalid_Path_Select_Again"));
     EXPECT_EQ(seen.title, English(L"Trevolt_102"));
-    EXPECT_TRUE(seen.hasIcon);
+    EXPECT_EQ(seen.icon, test::EBoxIcon::Information);
     test::ClosePopup(box);
     EXPECT_EQ(trevolt.Text(kIdSource), kPlaceholder);
     EXPECT_EQ(Saved(kKeySourceFolder), L"");

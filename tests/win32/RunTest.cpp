@@ -11,6 +11,7 @@ namespace trevolt {
 namespace {
 
 using test::CTrevoltProcess;
+using test::EBoxIcon;
 using test::SMessageBox;
 
 constexpr SMapSize kCabinetSize{40, 24};
@@ -152,19 +153,33 @@ TEST_F(TrevoltRun, ControlsAreDisabledAndTheBarStandsAt95UnderTheLastMessage) {
     EXPECT_EQ(trevolt.Send(kIdProgress, PBM_GETPOS), 100);
 }
 
+TEST_F(TrevoltRun, ClosingUnderTheLastMessageEndsTheProgram) {
+    UseFolders();
+    AddSample(L"Cab_01.9fcoef");
+    const auto& trevolt = Start();
+    TypeSize(kCabinetSize);
+    trevolt.ClickModal(kIdStart);
+    trevolt.WaitForPopup();
+    trevolt.SendClose();
+    EXPECT_EQ(trevolt.WaitForExitCode(), 0U);
+    EXPECT_EQ(m_target.Names(), (std::vector<std::wstring>{L"Cab_01-90\u00B0.9fcoef"}));
+    EXPECT_EQ(Saved(kKeyCabinetWidth), L"40");
+    EXPECT_EQ(Saved(kKeyCabinetHeight), L"24");
+}
+
 TEST_F(TrevoltRun, MissingSizesAreToldByMode) {
     UseFolders();
     const auto& trevolt = Start();
     SMessageBox seen = StartAndRead();
     EXPECT_EQ(seen.text, English(L"Trevolt_Please_Input_Correct_Cabinet_Size"));
     EXPECT_EQ(seen.title, English(L"Trevolt_102"));
-    EXPECT_TRUE(seen.hasIcon);
+    EXPECT_EQ(seen.icon, EBoxIcon::Exclamation);
     trevolt.Type(kIdWidth, L"40");
     EXPECT_EQ(StartAndRead().text, English(L"Trevolt_Please_Input_Correct_Cabinet_Size"));
     trevolt.Click(kIdByScreen);
     seen = StartAndRead();
     EXPECT_EQ(seen.text, English(L"Trevolt_Please_Input_Correct_Screen_Size"));
-    EXPECT_TRUE(seen.hasIcon);
+    EXPECT_EQ(seen.icon, EBoxIcon::Exclamation);
     trevolt.Type(kIdHeight, L"24");
     EXPECT_EQ(StartAndRead().text, English(L"Trevolt_Please_Input_Correct_Screen_Size"));
     EXPECT_FALSE(trevolt.IsVisible(kIdProgress));
@@ -177,7 +192,7 @@ TEST_F(TrevoltRun, FolderWithoutCoefficientFilesIsTold) {
     TypeSize(kCabinetSize);
     SMessageBox seen = StartAndRead();
     EXPECT_EQ(seen.text, English(L"Trevolt_Coef_File_Not_Found"));
-    EXPECT_TRUE(seen.hasIcon);
+    EXPECT_EQ(seen.icon, EBoxIcon::Exclamation);
     SaveFolders(m_source.File(L"missing\\"), m_target.Path());
     Start();
     TypeSize(kCabinetSize);
@@ -193,7 +208,7 @@ TEST_F(TrevoltRun, WholeScreenTakesOneFileOnly) {
     TypeSize(kCabinetSize);
     const SMessageBox seen = StartAndRead();
     EXPECT_EQ(seen.text, English(L"Trevolt_Make_Sure_File_Is_Only_One"));
-    EXPECT_TRUE(seen.hasIcon);
+    EXPECT_EQ(seen.icon, EBoxIcon::Exclamation);
     EXPECT_TRUE(m_target.Names().empty());
 }
 
@@ -204,7 +219,7 @@ TEST_F(TrevoltRun, MissingTargetFolderIsTold) {
     TypeSize(kCabinetSize);
     const SMessageBox seen = StartAndRead();
     EXPECT_EQ(seen.text, English(L"Trevolt_Export_Path_Not_Exist"));
-    EXPECT_TRUE(seen.hasIcon);
+    EXPECT_EQ(seen.icon, EBoxIcon::Question);
     EXPECT_TRUE(m_target.Names().empty());
 }
 
@@ -216,7 +231,7 @@ TEST_F(TrevoltRun, NoAngleMeansNothingToExport) {
     trevolt.SelectAngle(-1);
     const SMessageBox seen = StartAndRead();
     EXPECT_EQ(seen.text, English(L"Trevolt_Export_Failed"));
-    EXPECT_FALSE(seen.hasIcon);
+    EXPECT_EQ(seen.icon, EBoxIcon::None);
     EXPECT_TRUE(m_target.Names().empty());
 }
 
@@ -228,7 +243,7 @@ TEST_F(TrevoltRun, MessagesAndTheirButtonFollowTheStartLanguage) {
     SMessageBox seen = StartAndRead();
     EXPECT_EQ(seen.text, TextIn(L"Multi_Spanish.ini", L"Trevolt_Export_Finished"));
     EXPECT_EQ(seen.button, L"Aceptar");
-    EXPECT_FALSE(seen.hasIcon);
+    EXPECT_EQ(seen.icon, EBoxIcon::None);
     // A later change reaches the messages; the library's own button keeps its language.
     trevolt.SendLanguage(0, 6);
     seen = StartAndRead();

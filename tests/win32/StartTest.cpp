@@ -57,6 +57,11 @@ TEST_F(TrevoltStart, OddStandardInputsAreDefined) {
     const std::pair<SLaunch, const wchar_t*> cases[] = {
         {{SLaunch::Input::None, ""}, L"Multi_eng.ini"},
         {{SLaunch::Input::Device, ""}, L"Multi_eng.ini"},
+        {{SLaunch::Input::InvalidValue, ""}, L"Multi_eng.ini"},
+        {{SLaunch::Input::ClosedHandle, ""}, L"Multi_eng.ini"},
+        {{SLaunch::Input::File, ""}, L"Multi_eng.ini"},
+        {{SLaunch::Input::File, LanguageBytes(4)}, L"Multi_French.ini"},
+        {{SLaunch::Input::OpenPipe, LanguageBytes(10)}, L"Multi_Polish.ini"},
         {{SLaunch::Input::Pipe, ""}, L"Multi_eng.ini"},
         {{SLaunch::Input::Pipe, "\x05\x00\x00"s}, L"Multi_Japanese.ini"},
         {{SLaunch::Input::Pipe, Padded(6, 10000)}, L"Multi_Korean.ini"},
@@ -83,6 +88,16 @@ TEST_F(TrevoltStart, ChangesItsLanguageWhileItRuns) {
     EXPECT_EQ(trevolt.Text(kIdWidthLabel), TextIn(L"Multi_Japanese.ini", L"Trevolt_Screen_Width"));
 }
 
+TEST_F(TrevoltStart, OddLanguageMessagesAreDefined) {
+    const auto& trevolt = Start();
+    for (const std::string& tooShort : {""s, "\x05\x00\x00"s}) {
+        trevolt.SendCopyData(0, tooShort);
+        ExpectTexts(L"Multi_eng.ini", static_cast<int>(tooShort.size()));
+    }
+    trevolt.SendCopyData(0, Padded(7, 5000));
+    ExpectTexts(L"Multi_Russian.ini", 5000);
+}
+
 TEST_F(TrevoltStart, EscapeCloses) {
     for (const int control : {kIdWidth, kIdBrowseSource, kIdByCabinet}) {
         const auto& trevolt = Start();
@@ -94,9 +109,29 @@ TEST_F(TrevoltStart, EscapeCloses) {
 TEST_F(TrevoltStart, CloseEndsWithZero) {
     auto& trevolt = Start();
     trevolt.Close();
-    DWORD code = 1;
-    EXPECT_TRUE(GetExitCodeProcess(trevolt.Process(), &code));
-    EXPECT_EQ(code, 0U);
+    EXPECT_EQ(trevolt.WaitForExitCode(), 0U);
+}
+
+TEST_F(TrevoltStart, SentCloseEndsTheProgram) {
+    const std::pair<UINT, WPARAM> requests[] = {{WM_CLOSE, 0}, {WM_SYSCOMMAND, SC_CLOSE}};
+    for (const auto& [message, wParam] : requests) {
+        const auto& trevolt = Start();
+        trevolt.SendClose(message, wParam);
+        EXPECT_EQ(trevolt.WaitForExitCode(), 0U) << message;
+    }
+}
+
+TEST_F(TrevoltStart, ClosingUnderAModalWindowEndsTheProgram) {
+    for (const int browseButton : {0, static_cast<int>(kIdBrowseSource)}) {
+        const auto& trevolt = Start();
+        if (browseButton == 0)
+            PostMessageW(trevolt.Window(), WM_SYSCOMMAND, 0x10, 0);
+        else
+            trevolt.ClickModal(browseButton);
+        trevolt.WaitForPopup();
+        trevolt.SendClose();
+        EXPECT_EQ(trevolt.WaitForExitCode(), 0U) << browseButton;
+    }
 }
 
 TEST_F(TrevoltStart, SystemMenuOpensTheAboutBox) {
@@ -106,8 +141,8 @@ TEST_F(TrevoltStart, SystemMenuOpensTheAboutBox) {
         PostMessageW(trevolt.Window(), WM_SYSCOMMAND, command, 0);
         const HWND about = trevolt.WaitForPopup();
         EXPECT_EQ(test::TextOf(about), L"About Trevolt");
-        EXPECT_EQ(test::ReadMessageBox(about).text, L"Trevolt, Version 1.0");
-        EXPECT_EQ(test::ReadMessageBox(about).button, L"OK");
+        EXPECT_EQ(test::ReadTexts(about).text, L"Trevolt, Version 1.0");
+        EXPECT_EQ(test::ReadTexts(about).button, L"OK");
         EXPECT_FALSE(IsWindowEnabled(trevolt.Window()));
         test::ClosePopup(about);
     }
@@ -136,6 +171,15 @@ TEST_F(TrevoltStart, LivesInAFolderWithAChineseName) {
     EXPECT_EQ(trevolt.Title(), L"Found");
     trevolt.Type(kIdWidth, L"77");
     EXPECT_EQ(CSettingsProfile(bin + L"Trevo.ini", L"coefInfo").ReadString(L"BoxWidth"), L"77");
+    trevolt.Close();
+}
+
+TEST_F(TrevoltStart, RunsFromTheTreeThatIsGivenOut) {
+    const std::wstring tree = GetModuleFolder() + L"..\\window-tree\\";
+    test::CTrevoltProcess trevolt(tree + L"Tools\\Trevolt\\bin\\Trevolt.exe",
+                                  {SLaunch::Input::Pipe, LanguageBytes(11)});
+    EXPECT_EQ(trevolt.Title(), TextIn(L"Multi_Swedish.ini", L"Trevolt_102"));
+    EXPECT_EQ(trevolt.Text(kIdStart), TextIn(L"Multi_Swedish.ini", L"Trevolt_1001"));
     trevolt.Close();
 }
 

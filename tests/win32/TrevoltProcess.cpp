@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include "app/DialogView.h"
+#include "tests/support/TestFiles.h"
+#include "tests/win32/Screenshot.h"
 
 namespace trevolt::test {
 namespace {
@@ -15,35 +17,89 @@ constexpr ULONGLONG kDeadlineMilliseconds = 20000;
 constexpr DWORD kPollMilliseconds = 5;
 constexpr const wchar_t* kDialogClass = L"#32770";
 
-/// The end of a pipe, or another standard input, that the program inherits.
-class CInput {
+class CHandle {
   public:
-    explicit CInput(const SLaunch& launch) {
-        SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
-        if (launch.input == SLaunch::Input::Device)
-            m_handle = CreateFileW(L"NUL", GENERIC_READ, 0, &inherited, OPEN_EXISTING, 0, nullptr);
-        if (launch.input != SLaunch::Input::Pipe)
-            return;
-        HANDLE writer = nullptr;
-        EXPECT_TRUE(CreatePipe(&m_handle, &writer, &inherited, 65536));
-        EXPECT_TRUE(SetHandleInformation(writer, HANDLE_FLAG_INHERIT, 0));
-        DWORD written = 0;
-        EXPECT_TRUE(launch.bytes.empty() ||
-                    WriteFile(writer, launch.bytes.data(), static_cast<DWORD>(launch.bytes.size()),
-                              &written, nullptr));
-        CloseHandle(writer);
-    }
-    ~CInput() {
-        if (m_handle != nullptr)
-            CloseHandle(m_handle);
-    }
-    CInput(const CInput&) = delete;
-    CInput& operator=(const CInput&) = delete;
+    CHandle() = default;
+    ~CHandle() { Close(); }
+    CHandle(const CHandle&) = delete;
+    CHandle& operator=(const CHandle&) = delete;
 
-    HANDLE Handle() const { return m_handle; }
+    HANDLE Get() const { return m_handle; }
+    HANDLE* Out() { return &m_handle; }
+    void Close() {
+        if (m_handle != nullptr && m_handle != INVALID_HANDLE_VALUE)
+            CloseHandle(m_handle);
+        m_handle = nullptr;
+    }
 
   private:
     HANDLE m_handle = nullptr;
+};
+
+/// The standard input that the program inherits.
+class CInput {
+  public:
+    explicit CInput(const SLaunch& launch) : m_input(launch.input) {
+        switch (launch.input) {
+        case SLaunch::Input::Pipe:
+            OpenPipe(launch.bytes);
+            m_writer.Close();
+            break;
+        case SLaunch::Input::OpenPipe:
+            OpenPipe(launch.bytes);
+            break;
+        case SLaunch::Input::File:
+            WriteText(m_folder.File(L"input"), launch.bytes);
+            OpenFile(m_folder.File(L"input"));
+            break;
+        case SLaunch::Input::Device:
+            OpenFile(L"NUL");
+            break;
+        default:
+            break;
+        }
+    }
+
+    HANDLE Handle() const {
+        constexpr std::uintptr_t kNoSuchHandle = 0x7778;
+        if (m_input == SLaunch::Input::InvalidValue)
+            return INVALID_HANDLE_VALUE;
+        if (m_input == SLaunch::Input::ClosedHandle)
+            return reinterpret_cast<HANDLE>(kNoSuchHandle);
+        return m_reader.Get();
+    }
+
+    /// Fails unless the program has closed its end of a pipe that the launcher holds open.
+    void ExpectClosedByProgram() {
+        if (m_input != SLaunch::Input::OpenPipe)
+            return;
+        m_reader.Close();
+        EXPECT_TRUE(WaitUntil([&] {
+            DWORD written = 0;
+            return ::WriteFile(m_writer.Get(), "x", 1, &written, nullptr) == 0;
+        })) << "the program keeps its standard input";
+    }
+
+  private:
+    void OpenPipe(const std::string& bytes) {
+        EXPECT_TRUE(CreatePipe(m_reader.Out(), m_writer.Out(), &m_inherited, 65536));
+        EXPECT_TRUE(SetHandleInformation(m_writer.Get(), HANDLE_FLAG_INHERIT, 0));
+        DWORD written = 0;
+        EXPECT_TRUE(bytes.empty() ||
+                    ::WriteFile(m_writer.Get(), bytes.data(), static_cast<DWORD>(bytes.size()),
+                                &written, nullptr));
+    }
+    void OpenFile(const std::wstring& path) {
+        *m_reader.Out() = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, &m_inherited,
+                                      OPEN_EXISTING, 0, nullptr);
+        EXPECT_NE(m_reader.Get(), INVALID_HANDLE_VALUE);
+    }
+
+    SECURITY_ATTRIBUTES m_inherited{sizeof m_inherited, nullptr, TRUE};
+    SLaunch::Input m_input;
+    CTemporaryFolder m_folder;
+    CHandle m_reader; ///< closed before its folder goes
+    CHandle m_writer;
 };
 
 /// Sends a message that must be answered within the deadline.
@@ -94,17 +150,18 @@ std::wstring TextOf(HWND window) {
 }
 
 CTrevoltProcess::CTrevoltProcess(const std::wstring& program, const SLaunch& launch) {
-    const CInput input(launch);
+    CInput input(launch);
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdInput = input.Handle();
     PROCESS_INFORMATION info{};
     std::wstring command = L"\"" + program + L"\"";
-    EXPECT_TRUE(CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, TRUE, 0, nullptr,
-                               nullptr, &startup, &info));
+    if (CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                       &startup, &info) == 0)
+        throw std::runtime_error("the program does not start");
     CloseHandle(info.hThread);
-    m_process = info.hProcess;
+    m_process.Take(info.hProcess);
     m_processId = info.dwProcessId;
     m_threadId = info.dwThreadId;
     WaitUntil([&] {
@@ -115,13 +172,17 @@ CTrevoltProcess::CTrevoltProcess(const std::wstring& program, const SLaunch& lau
     });
     if (m_window == nullptr)
         throw std::runtime_error("the window did not come up");
+    SetForegroundWindow(m_window);
+    input.ExpectClosedByProgram();
 }
 
-CTrevoltProcess::~CTrevoltProcess() {
+CTrevoltProcess::CChild::~CChild() {
+    if (m_handle == nullptr)
+        return;
     if (!HasEnded())
-        TerminateProcess(m_process, 1);
-    WaitForEnd();
-    CloseHandle(m_process);
+        TerminateProcess(m_handle, 1);
+    WaitForSingleObject(m_handle, kDeadlineMilliseconds);
+    CloseHandle(m_handle);
 }
 
 std::vector<HWND> CTrevoltProcess::Windows(const wchar_t* className) const {
@@ -147,15 +208,32 @@ LRESULT CTrevoltProcess::Send(int id, UINT message, WPARAM wParam, LPARAM lParam
 }
 
 void CTrevoltProcess::Focus(int id) const {
+    if (GuiState().hwndFocus == Control(id))
+        return; // a click that is still on its way would undo what is selected next
     PostMessageW(Control(id), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(3, 3));
     PostMessageW(Control(id), WM_LBUTTONUP, 0, MAKELPARAM(3, 3));
-    EXPECT_TRUE(WaitUntil([&] {
-        GUITHREADINFO info{};
-        info.cbSize = sizeof info;
-        return GetGUIThreadInfo(m_threadId, &info) != 0 && info.hwndFocus == Control(id) &&
-               info.hwndCapture == nullptr;
-    })) << "no focus on control "
-        << id;
+    EXPECT_TRUE(WaitForFocus(id));
+}
+
+void CTrevoltProcess::MoveFocus(int id) const {
+    SendTo(m_window, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Control(id)), TRUE);
+    EXPECT_TRUE(WaitForFocus(id));
+}
+
+bool CTrevoltProcess::WaitForFocus(int id) const {
+    const bool hasFocus = WaitUntil([&] {
+        const GUITHREADINFO info = GuiState();
+        return info.hwndFocus == Control(id) && info.hwndCapture == nullptr;
+    });
+    EXPECT_TRUE(hasFocus) << "no focus on control " << id;
+    return hasFocus;
+}
+
+GUITHREADINFO CTrevoltProcess::GuiState() const {
+    GUITHREADINFO info{};
+    info.cbSize = sizeof info;
+    GetGUIThreadInfo(m_threadId, &info);
+    return info;
 }
 
 void CTrevoltProcess::Type(int id, const std::wstring& text) const {
@@ -173,6 +251,11 @@ void CTrevoltProcess::Press(int id, WPARAM key) const {
     PostMessageW(Control(id), WM_KEYUP, key, 0);
 }
 
+void CTrevoltProcess::PressAlt(int id, wchar_t letter) const {
+    constexpr LPARAM kAltIsDown = 1 << 29;
+    PostMessageW(Control(id), WM_SYSCHAR, letter, kAltIsDown);
+}
+
 void CTrevoltProcess::Click(int id) const { Send(id, BM_CLICK); }
 
 void CTrevoltProcess::ClickModal(int id) const { PostMessageW(Control(id), BM_CLICK, 0, 0); }
@@ -182,10 +265,15 @@ void CTrevoltProcess::SelectAngle(int index) const {
 }
 
 void CTrevoltProcess::SendLanguage(ULONG_PTR tag, std::int32_t id) const {
+    SendCopyData(tag, LanguageBytes(id));
+}
+
+void CTrevoltProcess::SendCopyData(ULONG_PTR tag, const std::string& bytes) const {
+    std::string copy = bytes;
     COPYDATASTRUCT data{};
     data.dwData = tag;
-    data.cbData = sizeof id;
-    data.lpData = &id;
+    data.cbData = static_cast<DWORD>(copy.size());
+    data.lpData = copy.empty() ? nullptr : copy.data();
     SendTo(m_window, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data));
 }
 
@@ -216,30 +304,103 @@ std::wstring CTrevoltProcess::WaitForBalloon() const {
     return balloon == nullptr ? std::wstring() : TextOf(balloon);
 }
 
+SBalloon CTrevoltProcess::ReadBalloon() const {
+    SBalloon seen;
+    seen.text = WaitForBalloon();
+    const HWND window = FindBalloon();
+    GetWindowRect(window, &seen.place);
+
+    const CRemoteMemory toolMemory(Process(), sizeof(TTTOOLINFOW));
+    TTTOOLINFOW tool{};
+    tool.cbSize = sizeof tool;
+    toolMemory.Write(tool);
+    SendTo(window, TTM_ENUMTOOLSW, 0, reinterpret_cast<LPARAM>(toolMemory.Address()));
+    toolMemory.Read(tool);
+    seen.edit = reinterpret_cast<HWND>(tool.uId);
+    return seen;
+}
+
 void CTrevoltProcess::Close() {
     PostMessageW(m_window, WM_CLOSE, 0, 0);
     EXPECT_TRUE(WaitForEnd()) << "the program does not end";
 }
 
-bool CTrevoltProcess::WaitForEnd() const {
-    return WaitForSingleObject(m_process, kDeadlineMilliseconds) == WAIT_OBJECT_0;
+void CTrevoltProcess::SendClose(UINT message, WPARAM wParam) const {
+    SendTo(m_window, message, wParam);
 }
 
-SMessageBox ReadMessageBox(HWND box) {
+bool CTrevoltProcess::WaitForEnd() const {
+    return WaitForSingleObject(m_process.Handle(), kDeadlineMilliseconds) == WAIT_OBJECT_0;
+}
+
+std::optional<DWORD> CTrevoltProcess::WaitForExitCode() const {
+    DWORD code = 0;
+    if (!WaitForEnd() || GetExitCodeProcess(m_process.Handle(), &code) == 0)
+        return std::nullopt;
+    return code;
+}
+
+namespace {
+
+bool IsIconControl(HWND control) {
+    return IsOfClass(control, L"Static") &&
+           (GetWindowLongW(control, GWL_STYLE) & SS_TYPEMASK) == SS_ICON;
+}
+
+/// Which of the system's icons the screen shows at the control.
+EBoxIcon SeenIcon(HWND control) {
+    const std::pair<EBoxIcon, const wchar_t*> icons[] = {{EBoxIcon::Question, IDI_QUESTION},
+                                                         {EBoxIcon::Exclamation, IDI_WARNING},
+                                                         {EBoxIcon::Information, IDI_INFORMATION}};
+    RECT place{};
+    GetWindowRect(control, &place);
+    const SIZE size{place.right - place.left, place.bottom - place.top};
+    EBoxIcon found = EBoxIcon::Unknown;
+    WaitUntil([&] {
+        const CPixels seen = CPixels::OfScreen(place);
+        for (const auto& [icon, name] : icons) {
+            const HICON drawn = LoadIconW(nullptr, name);
+            const CPixels expected(size, [&](HDC context) {
+                const RECT all{0, 0, size.cx, size.cy};
+                FillRect(context, &all, GetSysColorBrush(COLOR_3DFACE));
+                DrawIconEx(context, 0, 0, drawn, 0, 0, 0, nullptr, DI_NORMAL);
+            });
+            if (seen == expected)
+                found = icon;
+        }
+        return found != EBoxIcon::Unknown;
+    });
+    return found;
+}
+
+} // namespace
+
+void Raise(HWND window) {
+    constexpr UINT kInPlace = SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE;
+    SetWindowPos(window, HWND_NOTOPMOST, 0, 0, 0, 0, kInPlace);
+    SetWindowPos(window, HWND_TOPMOST, 0, 0, 0, 0, kInPlace);
+}
+
+SMessageBox ReadTexts(HWND box) {
     SMessageBox seen;
     seen.title = TextOf(box);
     for (const HWND child : ChildrenOf(box)) {
-        if (IsWindowVisible(child) == 0)
+        if (IsWindowVisible(child) == 0 || IsIconControl(child))
             continue;
         if (IsOfClass(child, L"Button"))
             seen.button = TextOf(child);
-        else if (!IsOfClass(child, L"Static"))
-            continue;
-        else if ((GetWindowLongW(child, GWL_STYLE) & SS_TYPEMASK) == SS_ICON)
-            seen.hasIcon = SendTo(child, STM_GETICON) != 0;
-        else
+        else if (IsOfClass(child, L"Static"))
             seen.text = TextOf(child);
     }
+    return seen;
+}
+
+SMessageBox ReadMessageBox(HWND box) {
+    SMessageBox seen = ReadTexts(box);
+    Raise(box);
+    for (const HWND child : ChildrenOf(box))
+        if (IsIconControl(child) && SendTo(child, STM_GETICON) != 0)
+            seen.icon = SeenIcon(child);
     return seen;
 }
 
@@ -250,5 +411,11 @@ void ClosePopup(HWND popup, int buttonId) {
     PostMessageW(button, BM_CLICK, 0, 0);
     EXPECT_TRUE(WaitUntil([&] { return IsWindow(popup) == 0; })) << "the modal window stays";
 }
+
+CRemoteMemory::CRemoteMemory(HANDLE process, std::size_t size)
+    : m_process(process),
+      m_address(VirtualAllocEx(process, nullptr, size, MEM_COMMIT, PAGE_READWRITE)) {}
+
+CRemoteMemory::~CRemoteMemory() { VirtualFreeEx(m_process, m_address, 0, MEM_RELEASE); }
 
 } // namespace trevolt::test

@@ -1,8 +1,7 @@
-// A test on the real program: installed in a tree of its own with the project's language files, and
-// with a picture of the screen when it fails.
+// A test on the real program, installed in a tree of its own with the project's language files. A
+// failure leaves a picture of the screen among the others (FailurePicture.cpp).
 #pragma once
 
-#include <algorithm>
 #include <memory>
 
 #include "app/StartConstants.h"
@@ -25,34 +24,38 @@ class WindowFixture : public testing::Test {
   protected:
     static constexpr const wchar_t* kPlaceholder = L"Select Path Please";
 
-    static void SetUpTestSuite() {
-        SetProcessDpiAwarenessContext(DPI_AWARENESS_CONTEXT_PER_MONITOR_AWARE_V2);
-    }
-
     WindowFixture() {
         EXPECT_TRUE(
             CopyFileW((GetModuleFolder() + L"Trevolt.exe").c_str(), Program().c_str(), FALSE));
     }
 
-    /// To be called while the window still stands, at the end of each test.
-    ~WindowFixture() override {
-        if (!HasFailure())
-            return;
-        const auto* info = testing::UnitTest::GetInstance()->current_test_info();
-        std::string name = std::string("failed-") + info->test_suite_name() + "-" + info->name();
-        std::replace(name.begin(), name.end(), '/', '-');
-        SaveScreen(ScreenArea(), PictureFolder() + Utf8ToWide(name).value() + L".bmp");
-    }
-
     std::wstring Program() const { return m_tree.ModuleFolder() + L"Trevolt.exe"; }
 
-    CTrevoltProcess& Start(const SLaunch& launch = {}) {
+    CTrevoltProcess& Start(const SLaunch& launch = {}, std::int32_t shownLanguage = 0) {
         m_trevolt.reset();
+        UseWindowFont(FontFor(shownLanguage));
         m_trevolt = std::make_unique<CTrevoltProcess>(Program(), launch);
         return *m_trevolt;
     }
+    /// As Start, with fonts that have the language's letters.
     CTrevoltProcess& StartIn(std::int32_t language) {
-        return Start({SLaunch::Input::Pipe, LanguageBytes(language)});
+        return Start({SLaunch::Input::Pipe, LanguageBytes(language)}, language);
+    }
+
+    /// The font of a language's windows. Thai is shaped, which here only the window's own font can
+    /// be; it is too tall for the others.
+    static std::wstring FontFor(std::int32_t language) {
+        constexpr std::int32_t kThai = 8;
+        return language == kThai ? L"Waree" : L"DejaVu Sans";
+    }
+
+    /// What stands in for the system's fonts in the programs started from now on.
+    static void UseWindowFont(const std::wstring& font) {
+        for (const wchar_t* replaced : {L"Segoe UI", L"Tahoma"})
+            EXPECT_EQ(RegSetKeyValueW(HKEY_CURRENT_USER, L"Software\\Wine\\Fonts\\Replacements",
+                                      replaced, REG_SZ, font.c_str(),
+                                      static_cast<DWORD>((font.size() + 1) * sizeof(wchar_t))),
+                      ERROR_SUCCESS);
     }
 
     static std::wstring TextIn(const std::wstring& file, const std::wstring& key) {

@@ -1,0 +1,299 @@
+// The window's classes in the test's own process: what another process cannot see of a window.
+#include <functional>
+#include <future>
+#include <thread>
+
+#include <windows.h>
+
+#include <commctrl.h>
+
+#include "app/StartConstants.h"
+#include "tests/app/DialogFixture.h"
+#include "tests/win32/Screenshot.h"
+#include "tests/win32/TrevoltProcess.h"
+#include "win32/MsgBox.h"
+#include "win32/Resource.h"
+#include "win32/TrevoltWindow.h"
+
+namespace trevolt {
+namespace {
+
+/// The visible dialog of a thread, null when it shows none in time.
+HWND WaitForDialogOf(DWORD threadId) {
+    HWND found = nullptr;
+    test::WaitUntil([&] {
+        EnumThreadWindows(
+            threadId,
+            [](HWND window, LPARAM out) {
+                wchar_t name[16]{};
+                GetClassNameW(window, name, 16);
+                if (IsWindowVisible(window) != 0 && std::wstring(name) == L"#32770")
+                    *reinterpret_cast<HWND*>(out) = window;
+                return TRUE;
+            },
+            reinterpret_cast<LPARAM>(&found));
+        return found != nullptr;
+    });
+    EXPECT_NE(found, nullptr);
+    return found;
+}
+
+test::CPixels Drawn(HICON icon, int size) {
+    return test::CPixels({size, size}, [&](HDC context) {
+        DrawIconEx(context, 0, 0, icon, size, size, 0, nullptr, DI_NORMAL);
+    });
+}
+
+test::CPixels ProgramIcon(int size) {
+    const auto icon = static_cast<HICON>(LoadImageW(
+        GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDI_TREVOLT), IMAGE_ICON, size, size, 0));
+    test::CPixels pixels = Drawn(icon, size);
+    DestroyIcon(icon);
+    return pixels;
+}
+
+/// A thread of its own that shows a dialog until that is closed.
+class CDialogThread {
+  public:
+    explicit CDialogThread(const std::function<void()>& show)
+        : m_thread([this, show] {
+              m_id.set_value(GetCurrentThreadId());
+              show();
+          }),
+          m_window(WaitForDialogOf(m_id.get_future().get())) {}
+    /// To be called when the dialog was asked to close.
+    ~CDialogThread() { m_thread.join(); }
+    CDialogThread(const CDialogThread&) = delete;
+    CDialogThread& operator=(const CDialogThread&) = delete;
+
+    HWND Window() const { return m_window; }
+
+  private:
+    std::promise<DWORD> m_id;
+    std::thread m_thread;
+    HWND m_window;
+};
+
+/// The main dialog on a thread of its own, closed with this object.
+class CShownWindow {
+  public:
+    CShownWindow() = default;
+    ~CShownWindow() { SendMessageW(Get(), WM_CLOSE, 0, 0); }
+    CShownWindow(const CShownWindow&) = delete;
+    CShownWindow& operator=(const CShownWindow&) = delete;
+
+    HWND Get() const { return m_dialog.Window(); }
+
+  private:
+    void Run() const {
+        SetStdHandle(STD_INPUT_HANDLE, nullptr); // the window would read it, and close it
+        CTranslate translate;
+        CTrevoltWindow window(translate, {m_tree.ModuleFolder(), L"placeholder"});
+        window.RunModal();
+    }
+
+    test::CInstalledTree m_tree;
+    CDialogThread m_dialog{[this] { Run(); }};
+};
+
+TEST(TrevoltWindow, SystemMenuEndsWithTheAboutEntry) {
+    const CShownWindow window;
+    const HMENU menu = GetSystemMenu(window.Get(), FALSE);
+    const int count = GetMenuItemCount(menu);
+    ASSERT_GE(count, 2);
+    EXPECT_EQ(GetMenuItemID(menu, count - 1), 16U);
+    wchar_t text[64]{};
+    GetMenuStringW(menu, static_cast<UINT>(count - 1), text, 64, MF_BYPOSITION);
+    EXPECT_STREQ(text, L"&About Trevolt...");
+    EXPECT_NE(GetMenuState(menu, static_cast<UINT>(count - 2), MF_BYPOSITION) & MF_SEPARATOR, 0U);
+}
+
+TEST(TrevoltWindow, HasItsIconInBothSizesAndWhileItIsDragged) {
+    const CShownWindow window;
+    const UINT dpi = GetDpiForWindow(window.Get());
+    const int big = GetSystemMetricsForDpi(SM_CXICON, dpi);
+    const int small = GetSystemMetricsForDpi(SM_CXSMICON, dpi);
+    const auto icon = [&](WPARAM which) {
+        return reinterpret_cast<HICON>(SendMessageW(window.Get(), WM_GETICON, which, 0));
+    };
+    EXPECT_TRUE(Drawn(icon(ICON_BIG), big) == ProgramIcon(big));
+    EXPECT_TRUE(Drawn(icon(ICON_SMALL), small) == ProgramIcon(small));
+    EXPECT_EQ(SendMessageW(window.Get(), WM_QUERYDRAGICON, 0, 0),
+              reinterpret_cast<LRESULT>(icon(ICON_BIG)));
+}
+
+TEST(TrevoltWindow, CopyDataWithoutABlockIsIgnored) {
+    const CShownWindow window;
+    EXPECT_EQ(SendMessageW(window.Get(), WM_COPYDATA, 0, 0), 0);
+    EXPECT_TRUE(IsWindow(window.Get()));
+}
+
+TEST(TrevoltWindow, PaintsWhileItIsMinimised) {
+    const CShownWindow window;
+    SendMessageW(window.Get(), WM_SYSCOMMAND, SC_MINIMIZE, 0);
+    ASSERT_TRUE(IsIconic(window.Get()));
+    InvalidateRect(window.Get(), nullptr, FALSE);
+    SendMessageW(window.Get(), WM_PAINT, 0, 0);
+    EXPECT_FALSE(GetUpdateRect(window.Get(), nullptr, FALSE)) << "nothing is left to be painted";
+}
+
+TEST(CentredIconPlace, HalvesWhatIsLeftRoundedUp) {
+    const auto place = [](SIZE client, SIZE icon) {
+        const POINT at = CentredIconPlace(client, icon);
+        return std::pair(at.x, at.y);
+    };
+    EXPECT_EQ(place({36, 36}, {32, 32}), std::pair(2L, 2L));
+    EXPECT_EQ(place({37, 40}, {32, 32}), std::pair(3L, 4L));
+    EXPECT_EQ(place({32, 33}, {32, 32}), std::pair(0L, 1L));
+    EXPECT_EQ(place({160, 24}, {32, 32}), std::pair(64L, -3L));
+}
+
+/// A view on a dialog that does nothing by itself.
+class ControlView : public testing::Test {
+  protected:
+    ControlView()
+        : m_window(CreateDialogParamW(
+              GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_TREVOLT), nullptr,
+              [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return FALSE; }, 0)) {
+        EXPECT_NE(m_window, nullptr);
+        m_view.Attach(m_window);
+    }
+    ~ControlView() override { DestroyWindow(m_window); }
+
+    HWND m_window;
+    CControlView m_view;
+};
+
+TEST_F(ControlView, BoxAnswersForItsSelectedEntry) {
+    m_view.AddEntry(kIdAngle, L"90\u00B0", 1);
+    m_view.AddEntry(kIdAngle, L"180\u00B0", 2);
+    EXPECT_EQ(m_view.SelectedData(kIdAngle), -1);
+    EXPECT_EQ(m_view.SelectedText(kIdAngle), L"");
+    m_view.SelectEntry(kIdAngle, 1);
+    EXPECT_EQ(m_view.SelectedData(kIdAngle), 2);
+    EXPECT_EQ(m_view.SelectedText(kIdAngle), L"180\u00B0");
+    m_view.ClearEntries(kIdAngle);
+    EXPECT_EQ(m_view.SelectedData(kIdAngle), -1);
+}
+
+TEST_F(ControlView, RadioButtonsExcludeEachOther) {
+    m_view.Check(kIdByScreen);
+    EXPECT_TRUE(m_view.IsChecked(kIdByScreen));
+    EXPECT_FALSE(m_view.IsChecked(kIdByCabinet));
+    m_view.Check(kIdByCabinet);
+    EXPECT_TRUE(m_view.IsChecked(kIdByCabinet));
+    EXPECT_FALSE(m_view.IsChecked(kIdByScreen));
+}
+
+TEST_F(ControlView, NumberEditsKeepTheirLimitsAndAreKnownByTheirAddresses) {
+    m_view.SetNumberLimits(kIdWidth, 1, 0, 65535);
+    m_view.SetNumberLimits(kIdHeight, 1, 0, 32768);
+    for (const auto& [id, highest] : {std::pair(kIdWidth, 65535), std::pair(kIdHeight, 32768)}) {
+        const CNumberEdit& edit = m_view.NumberEdit(id);
+        EXPECT_EQ(edit.Type(), 1);
+        EXPECT_EQ(edit.MinValue(), 0);
+        EXPECT_EQ(edit.MaxValue(), highest);
+        EXPECT_EQ(m_view.FindNumberEdit(reinterpret_cast<LPARAM>(&edit)), id);
+    }
+    EXPECT_EQ(m_view.FindNumberEdit(0), 0);
+}
+
+TEST_F(ControlView, ProgressStandsWhereItIsSetAndTheRangeStays) {
+    m_view.SetProgressRange(kIdProgress, 0, 100);
+    for (const int position : {5, 10, 0, 80, 95, 100}) {
+        m_view.SetProgress(kIdProgress, position);
+        EXPECT_EQ(SendDlgItemMessageW(m_window, kIdProgress, PBM_GETPOS, 0, 0), position);
+        EXPECT_EQ(SendDlgItemMessageW(m_window, kIdProgress, PBM_GETRANGE, FALSE, 0), 100);
+    }
+}
+
+TEST_F(ControlView, WholeTextIsSelected) {
+    m_view.SetText(kIdWidth, L"65536");
+    m_view.SelectWholeText(kIdWidth);
+    EXPECT_EQ(SendDlgItemMessageW(m_window, kIdWidth, EM_GETSEL, 0, 0), MAKELONG(0, 5));
+}
+
+/// Listens to the messages that this thread's windows are sent, for what a balloon is shown with.
+class CBalloonMessages {
+  public:
+    CBalloonMessages() {
+        g_texts.clear();
+        m_hook = SetWindowsHookExW(WH_CALLWNDPROC, Listen, nullptr, GetCurrentThreadId());
+    }
+    ~CBalloonMessages() { UnhookWindowsHookEx(m_hook); }
+    CBalloonMessages(const CBalloonMessages&) = delete;
+    CBalloonMessages& operator=(const CBalloonMessages&) = delete;
+
+    /// Title and text of each request, in order, with the icon between them.
+    static const std::vector<std::wstring>& Texts() { return g_texts; }
+
+  private:
+    static LRESULT CALLBACK Listen(int code, WPARAM wParam, LPARAM lParam) {
+        const auto& sent = *reinterpret_cast<const CWPSTRUCT*>(lParam);
+        if (code == HC_ACTION && sent.message == EM_SHOWBALLOONTIP) {
+            const auto& balloon = *reinterpret_cast<const EDITBALLOONTIP*>(sent.lParam);
+            g_texts.insert(g_texts.end(), {L"edit", balloon.pszTitle,
+                                           std::to_wstring(balloon.ttiIcon), balloon.pszText});
+        }
+        if (code == HC_ACTION && sent.message == TTM_SETTITLEW)
+            g_texts.insert(g_texts.end(),
+                           {L"tooltip", reinterpret_cast<const wchar_t*>(sent.lParam),
+                            std::to_wstring(sent.wParam)});
+        if (code == HC_ACTION && sent.message == TTM_ADDTOOLW)
+            g_texts.push_back(reinterpret_cast<const TTTOOLINFOW*>(sent.lParam)->lpszText);
+        return CallNextHookEx(nullptr, code, wParam, lParam);
+    }
+
+    static inline std::vector<std::wstring> g_texts;
+    HHOOK m_hook;
+};
+
+TEST_F(ControlView, BalloonHasItsTitleAndTheInformationIcon) {
+    ShowWindow(m_window, SW_SHOW);
+    ASSERT_EQ(GetActiveWindow(), m_window);
+    const CBalloonMessages messages;
+    m_view.ShowBalloon(kIdHeight, L"a title", L"a text");
+    // The edit itself is asked first; where it shows none, the tooltip stands in.
+    const std::vector<std::wstring> expected{L"edit",   L"a title", L"1",       L"a text",
+                                             L"a text", L"tooltip", L"a title", L"1"};
+    static_assert(TTI_INFO == 1);
+    EXPECT_EQ(messages.Texts(), expected);
+}
+
+/// A message box on a thread of its own, closed with this object.
+class CShownBox {
+  public:
+    explicit CShownBox(std::uint32_t style)
+        : m_dialog([style] { MsgBox(nullptr, L"text & more", style); }) {}
+    ~CShownBox() { test::ClosePopup(Get()); }
+    CShownBox(const CShownBox&) = delete;
+    CShownBox& operator=(const CShownBox&) = delete;
+
+    HWND Get() const { return m_dialog.Window(); }
+    HICON Icon() const {
+        for (HWND child = GetWindow(Get(), GW_CHILD); child != nullptr;
+             child = GetWindow(child, GW_HWNDNEXT))
+            if (const LRESULT icon = SendMessageW(child, STM_GETICON, 0, 0); icon != 0)
+                return reinterpret_cast<HICON>(icon);
+        return nullptr;
+    }
+
+  private:
+    CDialogThread m_dialog;
+};
+
+TEST(MsgBox, StyleBitsPickTheSystemsIcon) {
+    const std::pair<std::uint32_t, const wchar_t*> styles[] = {
+        {0x20, IDI_QUESTION}, {0x30, IDI_WARNING}, {0x40, IDI_INFORMATION}};
+    for (const auto& [style, icon] : styles) {
+        const CShownBox box(style);
+        ASSERT_NE(box.Icon(), nullptr) << style;
+        EXPECT_TRUE(Drawn(box.Icon(), 32) == Drawn(LoadIconW(nullptr, icon), 32)) << style;
+    }
+    const CShownBox plain(0);
+    EXPECT_EQ(plain.Icon(), nullptr);
+    EXPECT_EQ(test::ReadMessageBox(plain.Get()).text, L"text & more");
+}
+
+} // namespace
+} // namespace trevolt
