@@ -182,21 +182,33 @@ TEST(ChunkWriter, ExampleOfTheFormatPage) {
     owner.Find(255, 3)->w = {0xE000, 0xE001, 0xE002};
     owner.Find(256, 3)->w = {0xD000, 0xD001, 0xD002};
     const SPixelRect rect{255, 3, 258, 4};
-    std::stringstream stream = StreamBehind({});
+    std::stringstream stream = StreamBehind({.formatId = kBrightChunkFormat,
+                                             .originX = 255,
+                                             .originY = 3,
+                                             .width = 3,
+                                             .height = 1,
+                                             .recordCount = 2});
     ASSERT_EQ(owner.Buffer().WriteRectChunks(stream, rect), S_OK);
     const Bytes file = BytesOf(stream);
-    Bytes expected = MakeBytes({0, 0, 0, 0, 0xFF, 0, 0, 0, 3, 0, 0, 0, // block 0, at (255, 3)
+    Bytes expected =
+        MakeBytes({0x7F, 0x5D, 0x55, 0x81, 0x30, 0x5A, 0x58, 0x49,             // identifier
+                   0xB7, 0x65, 0x9E, 0x3D, 0x63, 0xB7, 0x28, 0xE8, 1, 0, 0, 0, // version
+                   0xFF, 0,    0,    0,    3,    0,    0,    0,                // origin
+                   3,    0,    0,    0,    1,    0,    0,    0,                // size
+                   2,    0,    0,    0});                                      // records
+    expected.resize(168);
+    Append(expected, MakeBytes({0, 0, 0, 0, 0xFF, 0, 0, 0, 3, 0, 0, 0, // block 0, at (255, 3)
                                 1, 0, 1, 0, 9,    0, 0, 0,             // 1 × 1, 9 bytes
-                                3, 0, 0, 0, 3,    0, 0, 0, 3, 0, 0, 0});
-    expected.resize(56);
+                                3, 0, 0, 0, 3,    0, 0, 0, 3, 0, 0, 0}));
+    expected.resize(168 + 56);
     Append(expected, MakeBytes({1, 0, 0, 0, 0,  1, 0, 0, 3, 0, 0, 0, // block 1, at (256, 3)
                                 2, 0, 1, 0, 15, 0, 0, 0,             // 2 × 1, 15 bytes
                                 5, 0, 0, 0, 5,  0, 0, 0, 5, 0, 0, 0}));
-    expected.resize(112);
+    expected.resize(168 + 112);
     Append(expected, MakeBytes({0x20, 0x00, 0xE0, 0x20, 0x01, 0xE0, 0x20, 0x02, 0xE0}));
     Append(expected, MakeBytes({0x40, 0x00, 0xD0, 0xFF, 0xFF, 0x40, 0x01, 0xD0, 0xFF, 0xFF, 0x40,
                                 0x02, 0xD0, 0xFF, 0xFF}));
-    EXPECT_EQ(Bytes(file.begin() + 168, file.end()), expected);
+    EXPECT_EQ(file, expected);
 }
 
 TEST(ChunkWriter, RectanglesThatCannotBe) {
