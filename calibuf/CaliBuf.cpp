@@ -42,8 +42,7 @@ std::wstring ToUpperHex(const std::array<std::uint8_t, 16>& digest) {
 
 // Thousands of stores are made and dropped while folders are turned, most of them with a few
 // blocks: their tables come as zero pages, and only the entries in use are ever touched. The
-// constructor, which must leave the table as it comes, stays in this source: no caller's optimizer
-// sees a table that nobody has written.
+// constructor must leave the table as it comes.
 void* CCaliBuf::operator new(std::size_t bytes) {
     void* memory = AllocateZeroPages(bytes);
     if (memory == nullptr)
@@ -53,7 +52,9 @@ void* CCaliBuf::operator new(std::size_t bytes) {
 
 void CCaliBuf::operator delete(void* memory, std::size_t bytes) { FreeZeroPages(memory, bytes); }
 
-CCaliBuf::CCaliBuf() : m_pUsedBlocks(new (std::nothrow) std::vector<std::uint32_t>()) {}
+CCaliBuf::CCaliBuf() : m_pUsedBlocks(new (std::nothrow) std::vector<std::uint32_t>()) {
+    asm("" : "+m"(m_apBlocks)); // for the compiler, the table has a value from here on
+}
 
 CCaliBuf::~CCaliBuf() { Clear(); }
 

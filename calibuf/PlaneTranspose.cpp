@@ -130,7 +130,8 @@ void PrefetchGroupAhead(const std::byte* to) {
     constexpr int kForWriting = 1;
     const std::uintptr_t ahead = reinterpret_cast<std::uintptr_t>(to) + kAhead;
     for (std::size_t at = 0; at < kGroup * Tiles<W>::kBytes; at += kLine)
-        __builtin_prefetch(reinterpret_cast<const void*>(ahead + at), kForWriting);
+        __builtin_prefetch(reinterpret_cast<const void*>(ahead + at), // NOLINT(*-no-int-to-ptr)
+                           kForWriting);
 }
 
 template <std::size_t W>
