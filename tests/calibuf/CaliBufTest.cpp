@@ -2,6 +2,7 @@
 
 #include "common/TransferReport.h"
 #include "tests/calibuf/StoreSupport.h"
+#include "tests/support/BudgetLimit.h"
 
 namespace trevolt {
 namespace {
@@ -20,19 +21,8 @@ std::vector<std::uint32_t> Used(const CCaliBuf& store) {
     return {store.UsedBlocks().begin(), store.UsedBlocks().end()};
 }
 
-/// Sets the process's budget to what is outstanding and so much more, for a test's time.
-class CBudgetLeft {
-  public:
-    explicit CBudgetLeft(std::uint64_t bytes) {
-        CMemoryBudget::Process().SetLimit(CMemoryBudget::Process().Outstanding() + bytes);
-    }
-    ~CBudgetLeft() { CMemoryBudget::Process().SetLimit(m_before); }
-    CBudgetLeft(const CBudgetLeft&) = delete;
-    CBudgetLeft& operator=(const CBudgetLeft&) = delete;
-
-  private:
-    std::uint64_t m_before = CMemoryBudget::Process().Limit();
-};
+/// For `CBudgetLimit`: so many bytes more than what is outstanding.
+std::uint64_t Left(std::uint64_t bytes) { return CMemoryBudget::Process().Outstanding() + bytes; }
 
 TEST(CaliBuf, StartsAsAnEmptyMatrixStore) {
     const auto store = CCaliBuf::Create();
@@ -149,7 +139,7 @@ TEST(CaliBuf, SizeLimitStopsWithTheBlocksBefore) {
 TEST(CaliBuf, RefusedMemoryIsAStatusAndIsNoted) {
     CCaliOperation<S9WordCoef> owner;
     CCaliBuf& store = owner.Buffer();
-    const CBudgetLeft left(2 * 18 * 32768 + 100);
+    const CBudgetLimit left(Left(2 * 18 * 32768 + 100));
     const CTransferReport report;
     EXPECT_EQ(store.Allocate(131072, 65536), E_FAIL);
     EXPECT_TRUE(report.WasMemoryRefused());

@@ -4,6 +4,7 @@
 #include "common/TransferReport.h"
 #include "platform/FileStream.h"
 #include "tests/calibuf/StoreSupport.h"
+#include "tests/support/BudgetLimit.h"
 
 namespace trevolt {
 namespace {
@@ -485,15 +486,15 @@ TEST_F(ChunkReaderDamaged, RecordCountsBeyondTheFileAreRefused) {
 
 TEST_F(ChunkReaderDamaged, RefusedScratchMemoryIsTold) {
     std::stringstream stream = StreamOf(m_file);
-    CMemoryBudget& budget = CMemoryBudget::Process();
-    const std::uint64_t limit = budget.Limit();
-    budget.SetLimit(budget.Outstanding() + 3 * 56); // the directory, but no chunk
-    EXPECT_EQ(m_owner.Buffer().ReadRectChunks(stream, 0, 0, 0, 0), E_COEF_NOBUFFER);
-    budget.SetLimit(budget.Outstanding());
+    const std::uint64_t held = CMemoryBudget::Process().Outstanding();
+    {
+        const CBudgetLimit directoryOnly(held + 3 * 56);
+        EXPECT_EQ(m_owner.Buffer().ReadRectChunks(stream, 0, 0, 0, 0), E_COEF_NOBUFFER);
+    }
+    const CBudgetLimit none(held);
     stream.seekg(0);
     EXPECT_EQ(m_owner.Buffer().ReadRectChunks(stream, 0, 0, 0, 0), E_COEF_NOBUFFER);
     EXPECT_EQ(m_owner.Buffer().LoadFromMemory(m_file.data(), m_file.size()), E_FAIL);
-    budget.SetLimit(limit);
 }
 
 TEST(ChunkReader, NullImagesFail) {

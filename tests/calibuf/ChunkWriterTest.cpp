@@ -1,4 +1,5 @@
 #include "tests/calibuf/StoreSupport.h"
+#include "tests/support/BudgetLimit.h"
 
 namespace trevolt {
 namespace {
@@ -279,16 +280,13 @@ TEST(ChunkWriter, RefusedScratchMemoryWritesNothing) {
     std::stringstream stream;
     std::uint64_t directoryAt = 0;
     std::uint64_t dataAt = 0;
-    CMemoryBudget& budget = CMemoryBudget::Process();
-    const std::uint64_t limit = budget.Limit();
-    budget.SetLimit(budget.Outstanding() + 100);
+    const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + 100);
     EXPECT_EQ(store.WriteAllChunks(stream), E_COEF_NOBUFFER);
     EXPECT_EQ(store.WriteRectChunks(stream, {0, 0, 10, 10}), E_COEF_NOBUFFER);
     EXPECT_EQ(
         store.WriteBandChunks(stream, {0, 0, 10, 10}, {0, 0, 10, 10}, directoryAt, dataAt, 0, 0),
         E_COEF_NOBUFFER);
     EXPECT_EQ(store.SaveToMemory(image.data(), 0, 0), E_FAIL);
-    budget.SetLimit(limit);
     EXPECT_EQ(stream.str().size(), 0U);
     EXPECT_EQ(directoryAt, 0U);
     EXPECT_EQ(dataAt, 0U);

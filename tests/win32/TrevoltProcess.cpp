@@ -157,9 +157,14 @@ CTrevoltProcess::CTrevoltProcess(const std::wstring& program, const SLaunch& lau
     startup.hStdInput = input.Handle();
     PROCESS_INFORMATION info{};
     std::wstring command = L"\"" + program + L"\"";
-    if (CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
-                       &startup, &info) == 0)
-        throw std::runtime_error("the program does not start");
+    const auto start = [&] {
+        return CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                              nullptr, &startup, &info) != 0;
+    };
+    // Wine on a busy machine was seen to refuse two of some thousand starts.
+    if (!WaitUntil(start))
+        throw std::runtime_error("the program does not start: error " +
+                                 std::to_string(GetLastError()));
     CloseHandle(info.hThread);
     m_process.Take(info.hProcess);
     m_processId = info.dwProcessId;
