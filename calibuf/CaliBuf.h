@@ -189,8 +189,8 @@ class CCaliBuf {
 
     // Readers fill blocks that are allocated and allocate none: chunks on other blocks are skipped.
     // A chunk that does not fit its record, the stream or the store has failed with E_FAIL and the
-    // next ones are still read; the result is that of the last chunk that was decoded. Damage
-    // that the result hides stands in `LastRead` and in the thread's transfer report.
+    // next ones are still read; the result is that of the last chunk that was decoded or failed.
+    // Damage that the result hides stands in `LastRead` and in the thread's transfer report.
 
     /// Reads the chunk file that starts at the current position and moves it so that its origin
     /// comes to (x, y). With both clip sizes non-zero a chunk is cut to so many columns and rows.
