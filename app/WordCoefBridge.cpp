@@ -118,16 +118,21 @@ void CopyFromMap(const CChromaCorrectCoef& map, Object& object) {
                 ElementToWords<Object>(*map.FindElement(x, y), *words);
 }
 
+/// Sizes a store to what a file's header says, which may be a lie.
+Status SizeStore(CCaliBuf& store, std::uint32_t width, std::uint32_t height) {
+    return store.HasRoomFor(width, height) ? store.Allocate(width, height) : E_FAIL;
+}
+
 /// Sizes what a loaded file goes into. The matrix kind's extra words follow only when the matrix
 /// store got its memory.
 Status SizeStores(CCNewChromaCorrectCoef& object, std::uint32_t width, std::uint32_t height) {
-    const Status status = object.Store()->Allocate(width, height);
-    return Failed(status) ? status : object.ExtraStore()->Allocate(width, height);
+    const Status status = SizeStore(*object.Store(), width, height);
+    return Failed(status) ? status : SizeStore(*object.ExtraStore(), width, height);
 }
 
 template <class Object>
 Status SizeStores(Object& object, std::uint32_t width, std::uint32_t height) {
-    return object.Store()->Allocate(width, height);
+    return SizeStore(*object.Store(), width, height);
 }
 
 bool HasOwner(const SChunkHeader& header) {

@@ -66,6 +66,14 @@ void CCaliBuf::SetElement(std::uint16_t elemSize, std::uint32_t planeCount) {
     m_nPlaneCount = std::min<std::uint32_t>(planeCount, kMaxWords);
 }
 
+bool CCaliBuf::HasRoomFor(std::uint32_t width, std::uint32_t height) const {
+    if (width > kGridWidth || height > kGridHeight)
+        return false;
+    const SBlockSpan covering{0, 0, BlocksCovering(width, kBlockWidth),
+                              BlocksCovering(height, kBlockHeight)};
+    return CMemoryBudget::Process().HasRoomFor(covering.Count() * BlockBytes());
+}
+
 Status CCaliBuf::Allocate(std::uint32_t width, std::uint32_t height) {
     if (width > kGridWidth || height > kGridHeight)
         return E_COEF_INVALIDARG;
@@ -74,14 +82,7 @@ Status CCaliBuf::Allocate(std::uint32_t width, std::uint32_t height) {
     m_nHeight = height;
     const auto rows = static_cast<std::uint32_t>(BlocksCovering(height, kBlockHeight));
     const auto columns = static_cast<std::uint32_t>(BlocksCovering(width, kBlockWidth));
-    const std::uint64_t dataBytes = std::uint64_t{m_nElemSize} * kBlockElements;
-    const std::uint64_t blockBytes = dataBytes + kBlockBookkeeping;
-    // Blocks that memory cannot hold are refused before the machine is filled with defaults.
-    const std::uint64_t blocks = std::min(std::uint64_t{rows} * columns, m_nSizeLimit / blockBytes);
-    if (blocks > 0 && !CMemoryBudget::Process().HasRoomFor(blocks * dataBytes)) {
-        CTransferReport::NoteMemoryRefused();
-        return E_FAIL;
-    }
+    const std::uint64_t blockBytes = BlockBytes() + kBlockBookkeeping;
     for (std::uint32_t row = 0; row < rows; ++row) {
         for (std::uint32_t column = 0; column < columns; ++column) {
             if (m_nBytesInUse + blockBytes > m_nSizeLimit)
@@ -117,7 +118,7 @@ Status CCaliBuf::AllocateBlock(std::uint32_t index, std::uint32_t x, std::uint32
     std::unique_ptr<BlockRecord> block(new (std::nothrow) BlockRecord());
     if (!block)
         return S_OK; // callers see a missing block
-    const std::size_t bytes = std::size_t{m_nElemSize} * kBlockElements;
+    const std::size_t bytes = BlockBytes();
     block->memory = CBudgetBlock(bytes);
     if (!block->memory)
         return E_FAIL;

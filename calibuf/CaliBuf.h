@@ -63,9 +63,13 @@ class CCaliBuf {
     /// Drops all blocks, records the size and allocates the covering blocks row by row, each filled
     /// with the kind's default element. An empty size leaves no block and succeeds.
     /// E_COEF_INVALIDARG, nothing changed, for a size past the grid; E_COEF_SIZELIMIT when the next
-    /// block would pass the size limit, the blocks before it stay; E_FAIL when memory is refused
-    /// (at once, without a block, when the budget cannot hold all of them).
+    /// block would pass the size limit, E_FAIL when memory is refused: the blocks before it stay.
     Status Allocate(std::uint32_t width, std::uint32_t height);
+
+    /// Whether the memory budget holds all blocks of such an area beside what is outstanding. To be
+    /// asked before a size that only a file claims is allocated: a lie would fill memory with
+    /// defaults up to the budget. False for a size past the grid.
+    bool HasRoomFor(std::uint32_t width, std::uint32_t height) const;
 
     /// Frees every block. Width and height are left as they were.
     void Clear();
@@ -104,6 +108,8 @@ class CCaliBuf {
     std::uint32_t PlaneCount() const { return m_nPlaneCount; }
     /// Bytes of the allocated blocks, 24 bytes of bookkeeping each included; wraps at 2^32.
     std::uint32_t BytesInUse() const { return m_nBytesInUse; }
+    /// Bytes of one block's data.
+    std::size_t BlockBytes() const { return std::size_t{m_nElemSize} * kBlockElements; }
     std::uint64_t SizeLimit() const { return m_nSizeLimit; }
     /// The ceiling on the bytes in use, looked at before each block of an `Allocate`.
     void SetSizeLimit(std::uint64_t bytes) { m_nSizeLimit = bytes; }
@@ -137,7 +143,7 @@ class CCaliBuf {
     // ---- planes ----
 
     /// Bytes that `CompressPlanes` may need at its destination: twice a raw block.
-    std::size_t CompressedBound() const { return std::size_t{m_nElemSize} * kBlockElements * 2; }
+    std::size_t CompressedBound() const { return BlockBytes() * 2; }
 
     /// Splits width × height packed elements into word planes and compresses each as a raw LZ4
     /// block, back to back at `destination` (`CompressedBound()` bytes). Sets one size for each

@@ -23,8 +23,9 @@ Status CopyTurned(const CCaliBuf& store, const SPixelRect& rect, std::uint32_t m
         return E_COEF_INVALIDARG;
     const CQuarterTurn turn(mode, rect.Width(), rect.Height());
     const PixelSize size = turn.TurnedSize();
-    if (Failed(target.Allocate(static_cast<std::uint32_t>(size.width),
-                               static_cast<std::uint32_t>(size.height))))
+    const auto width = static_cast<std::uint32_t>(size.width);
+    const auto height = static_cast<std::uint32_t>(size.height);
+    if (!target.HasRoomFor(width, height) || Failed(target.Allocate(width, height)))
         return E_FAIL;
     const SStoreRect source{
         static_cast<std::uint64_t>(rect.left), static_cast<std::uint64_t>(rect.top),

@@ -64,12 +64,12 @@ inline CCaliBuf& StoreFor(std::span<const std::byte> input, const SChoice& choic
     SChunkHeader header;
     if (input.size() >= kChunkHeaderBytes)
         header = DecodeChunkHeader(input.data());
-    const bool fits = store->ElemSize() == choice.kind->elemSize &&
-                      store->Width() == header.width && store->Height() == header.height;
-    if (!fits) {
+    const bool isSized = store->ElemSize() == choice.kind->elemSize &&
+                         store->Width() == header.width && store->Height() == header.height;
+    if (!isSized) {
         store->SetElement(choice.kind->elemSize, choice.kind->planeCount);
-        if (store->Allocate(header.width, header.height) == E_COEF_INVALIDARG)
-            store->Allocate(0, 0);
+        const bool fits = store->HasRoomFor(header.width, header.height);
+        store->Allocate(fits ? header.width : 0, fits ? header.height : 0);
     }
     return *store;
 }

@@ -11,11 +11,13 @@
 #include "common/LittleEndian.h"
 #include "common/MemoryBudget.h"
 #include "common/TransferReport.h"
+#include "tests/support/BudgetLimit.h"
 #include "tests/support/TestFiles.h"
 
 namespace trevolt {
 namespace {
 
+using test::CBudgetLimit;
 using test::CTemporaryFolder;
 
 /// One kind as the typed tests need it.
@@ -158,26 +160,29 @@ TYPED_TEST(WordCoefBridge, ARefusedStoreIsNotedThoughTheStatusSaysNothing) {
     WriteCounting<TypeParam>(this->m_file, 40, 20);
     CChromaCorrectCoef map;
     map.Resize(40, 20);
-    CMemoryBudget& budget = CMemoryBudget::Process();
-    const std::uint64_t limit = budget.Limit();
-    budget.SetLimit(budget.Outstanding());
+    const CBudgetLimit none(CMemoryBudget::Process().Outstanding());
     const CTransferReport report;
     LoadWordCoefFile(TypeParam::kKind, map, this->m_file.c_str());
-    budget.SetLimit(limit);
     EXPECT_TRUE(report.WasMemoryRefused());
     EXPECT_EQ(map.FindElement(0, 0)->m, SMatrixCoef{}.m);
 }
 
-TYPED_TEST(WordCoefBridge, AHeaderThatLiesAboutItsSizeIsNoted) {
+TYPED_TEST(WordCoefBridge, AHeaderThatLiesAboutItsSizeIsNotedAndTakesNoMemory) {
     WriteCounting<TypeParam>(this->m_file, 40, 20);
     test::Bytes bytes = test::ReadFile(this->m_file);
-    StoreLittle<std::uint32_t>(&bytes[28], 200000);
-    test::WriteFile(this->m_file, bytes);
     CChromaCorrectCoef map;
     map.Resize(40, 20);
-    const CTransferReport report;
-    LoadWordCoefFile(TypeParam::kKind, map, this->m_file.c_str());
-    EXPECT_TRUE(report.WasMemoryRefused());
+    constexpr std::uint64_t kManyBlocks = std::uint64_t{1} << 26;
+    const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + kManyBlocks);
+    for (const std::uint32_t width : {131072U, 200000U}) { // the grid's whole width, and past it
+        StoreLittle<std::uint32_t>(&bytes[28], width);
+        StoreLittle<std::uint32_t>(&bytes[32], 65536);
+        test::WriteFile(this->m_file, bytes);
+        const CTransferReport report;
+        LoadWordCoefFile(TypeParam::kKind, map, this->m_file.c_str());
+        EXPECT_TRUE(report.WasMemoryRefused());
+        EXPECT_EQ(map.FindElement(0, 0)->m, SMatrixCoef{}.m); // no block was there to load into
+    }
 }
 
 TYPED_TEST(WordCoefBridge, AFailedChunkIsNotedThoughALaterOneIsGood) {

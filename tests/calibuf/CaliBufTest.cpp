@@ -141,16 +141,39 @@ TEST(CaliBuf, RefusedMemoryIsAStatusAndIsNoted) {
     CCaliBuf& store = owner.Buffer();
     const CBudgetLimit left(Left(2 * 18 * 32768 + 100));
     const CTransferReport report;
-    EXPECT_EQ(store.Allocate(131072, 65536), E_FAIL);
-    EXPECT_TRUE(report.WasMemoryRefused());
-    EXPECT_TRUE(store.UsedBlocks().empty());
-    EXPECT_EQ(store.Width(), 131072U);
     EXPECT_EQ(store.AllocateBlock(0, 0, 0), S_OK);
     EXPECT_EQ(store.AllocateBlock(7, 7 * 256, 0), S_OK);
+    EXPECT_FALSE(report.WasMemoryRefused());
     EXPECT_EQ(store.AllocateBlock(3, 3 * 256, 0), E_FAIL);
+    EXPECT_TRUE(report.WasMemoryRefused());
     EXPECT_EQ(Used(store), (std::vector<std::uint32_t>{0, 7}));
     EXPECT_EQ(store.BytesInUse(), 2U * (24 + 18 * 32768));
     EXPECT_EQ(store.Block(3), nullptr);
+}
+
+TEST(CaliBuf, RefusedMemoryLeavesTheBlocksBefore) {
+    CCaliOperation<S9WordCoef> owner;
+    CCaliBuf& store = owner.Buffer();
+    const CBudgetLimit left(Left(2 * 18 * 32768 + 100));
+    EXPECT_EQ(store.Allocate(131072, 65536), E_FAIL);
+    EXPECT_EQ(Used(store), (std::vector<std::uint32_t>{0, 1}));
+    EXPECT_EQ(store.BytesInUse(), 2U * (24 + 18 * 32768));
+    EXPECT_EQ(store.Width(), 131072U);
+    EXPECT_EQ(store.Height(), 65536U);
+    EXPECT_EQ(CountUnlikeDefault(owner), 0);
+}
+
+TEST(CaliBuf, TellsWhetherTheBudgetHoldsAnArea) {
+    CCaliOperation<S9WordCoef> owner;
+    const CBudgetLimit left(Left(2 * 18 * 32768));
+    EXPECT_TRUE(owner.Buffer().HasRoomFor(0, 65536));
+    EXPECT_TRUE(owner.Buffer().HasRoomFor(512, 128));
+    EXPECT_FALSE(owner.Buffer().HasRoomFor(513, 128));
+    EXPECT_FALSE(owner.Buffer().HasRoomFor(512, 129));
+    EXPECT_FALSE(owner.Buffer().HasRoomFor(131072, 65536));
+    EXPECT_FALSE(owner.Buffer().HasRoomFor(131073, 0));
+    EXPECT_FALSE(owner.Buffer().HasRoomFor(0, 65537));
+    EXPECT_TRUE(owner.Buffer().UsedBlocks().empty());
 }
 
 TEST(CaliBuf, BlocksAreGivenBackToTheBudget) {
