@@ -335,12 +335,12 @@ Status ReadChunks(std::istream& stream, std::uint32_t recordCount, CCaliBuf& sto
 bool AllWanted(const SChunkRecord& /*record*/) { return true; }
 
 /// The top edge of the last record with this block index, 0 when there is none. Directory space
-/// that stayed empty, which reads as index 0, holds no record.
+/// that stayed empty reads as a record of block 0 at the top.
 std::uint32_t TopOfChunk(const SDirectory& directory, std::uint32_t index) {
     std::uint32_t top = 0;
     for (std::uint32_t i = 0; i < directory.count; ++i) {
         const SChunkRecord record = directory[i];
-        if (record.index == index && record != SChunkRecord{})
+        if (record.index == index)
             top = record.y;
     }
     return top;

@@ -277,7 +277,7 @@ TEST(ChunkBands, TheBaseIsThatOfTheLastChunkWithTheFirstIndex) {
 }
 
 // Directory space that stayed empty reads as records of index 0.
-TEST(ChunkBands, TheBaseIsNoUnusedRecords) {
+TEST(ChunkBands, UnusedDirectorySpaceIsTheFirstBlocksBase) {
     CCaliOperation<S3WordCoef> source;
     ASSERT_EQ(source.Buffer().Allocate(5, 20), S_OK); // one block, of four that are touched
     FillPattern(source);
@@ -287,7 +287,8 @@ TEST(ChunkBands, TheBaseIsNoUnusedRecords) {
     std::stringstream stream = StreamOf(file);
     EXPECT_EQ(target.Buffer().ReadBandChunks(stream, 0, 0, 0, 1), S_OK);
     EXPECT_EQ(target.Buffer().LastRead(), (SChunkCounts{.read = 1}));
-    EXPECT_EQ(CountUnlikePattern(target, 0, 0, 5, 11, 0, 0U - 9), 0);
+    EXPECT_EQ(CountUnlikePattern(target, 0, 9, 5, 20, 0, 0), 0); // the base is 0, not its row 9
+    EXPECT_EQ(CountUnlikeDefault(target), 5 * 11);
 }
 
 TEST(ChunkBands, AreMovedRightByTheCaller) {
