@@ -3,6 +3,9 @@
 #include <array>
 #include <cstring>
 
+#include "calibuf/PlanePrefetch.h"
+#include "calibuf/PlaneTransposeWide.h"
+
 namespace trevolt {
 namespace {
 
@@ -121,24 +124,10 @@ void GatherGroup(const std::byte* from, std::uint16_t* planes, std::size_t strid
     }
 }
 
-/// Asks for the cache lines that the groups after the next ones will write. Many short stores a line
-/// wait for each line otherwise.
-template <std::size_t W>
-void PrefetchGroupAhead(const std::byte* to) {
-    constexpr std::size_t kAhead = 512; // may lie behind the last element: nothing is touched
-    constexpr std::size_t kLine = 64;
-    constexpr int kForWriting = 1;
-    const std::uintptr_t ahead = reinterpret_cast<std::uintptr_t>(to) + kAhead;
-    for (std::size_t at = 0; at < kGroup * Tiles<W>::kBytes; at += kLine)
-        __builtin_prefetch(reinterpret_cast<const void*>(ahead + at), // NOLINT(*-no-int-to-ptr)
-                           kForWriting);
-}
-
 template <std::size_t W>
 void ScatterGroup(Planes planes, std::size_t at, std::byte* to) {
     using T = Tiles<W>;
     if constexpr (T::kHasOctet) {
-        PrefetchGroupAhead<W>(to);
         Octet rows;
         for (std::size_t k = 0; k < kGroup; ++k)
             rows[k] = Load8(planes[k] + at);
@@ -177,27 +166,46 @@ void ScatterSingly(Planes planes, std::byte* elements, std::size_t first, std::s
                         kWordBytes);
 }
 
+#ifdef TREVOLT_WIDE_KERNELS
+constexpr bool kHasWideKernels = true;
+bool HasWideVectors() { return __builtin_cpu_supports("avx2") != 0; }
+#else
+constexpr bool kHasWideKernels = false;
+bool HasWideVectors() { return false; }
+#endif
+
 template <std::size_t W>
 void Gather(const std::byte* elements, std::size_t count, std::uint16_t* planes,
-            const SPlaneLayout& layout) {
-    const std::size_t grouped = Tiles<W>::GroupedElements(count);
-    for (std::size_t e = 0; e < grouped; e += kGroup)
+            const SPlaneLayout& layout, EVectors vectors) {
+    std::size_t e = 0;
+    if constexpr (kHasWideKernels)
+        if (vectors == EVectors::Widest && HasWideVectors())
+            e = GatherPlanesWide(elements, count, planes, layout);
+    for (; e < Tiles<W>::GroupedElements(count); e += kGroup) {
+        PrefetchPlanes(planes, e, layout);
         GatherGroup<W>(elements + e * Tiles<W>::kBytes, planes + e, layout.stride);
-    GatherSingly(elements, grouped, count, planes, layout);
+    }
+    GatherSingly(elements, e, count, planes, layout);
 }
 
 template <std::size_t W>
-void Scatter(Planes planes, std::byte* elements, std::size_t count) {
-    const std::size_t grouped = Tiles<W>::GroupedElements(count);
-    for (std::size_t e = 0; e < grouped; e += kGroup)
-        ScatterGroup<W>(planes, e * kWordBytes, elements + e * Tiles<W>::kBytes);
-    ScatterSingly(planes, elements, grouped, count, Tiles<W>::kBytes);
+void Scatter(Planes planes, std::byte* elements, std::size_t count, EVectors vectors) {
+    std::size_t e = 0;
+    if constexpr (kHasWideKernels)
+        if (vectors == EVectors::Widest && HasWideVectors())
+            e = ScatterPlanesWide(planes.data(), W, elements, count);
+    for (; e < Tiles<W>::GroupedElements(count); e += kGroup) {
+        std::byte* const to = elements + e * Tiles<W>::kBytes;
+        PrefetchElements(to, kGroup * Tiles<W>::kBytes);
+        ScatterGroup<W>(planes, e * kWordBytes, to);
+    }
+    ScatterSingly(planes, elements, e, count, Tiles<W>::kBytes);
 }
 
 } // namespace
 
 void GatherPlanes(const std::byte* elements, std::size_t count, std::uint16_t* planes,
-                  const SPlaneLayout& layout) {
+                  const SPlaneLayout& layout, EVectors vectors) {
     if (count == 0)
         return;
     switch (layout.wordCount) {
@@ -205,17 +213,18 @@ void GatherPlanes(const std::byte* elements, std::size_t count, std::uint16_t* p
         std::memcpy(planes, elements, count * kWordBytes);
         return;
     case 3:
-        return Gather<3>(elements, count, planes, layout);
+        return Gather<3>(elements, count, planes, layout, vectors);
     case 4:
-        return Gather<4>(elements, count, planes, layout);
+        return Gather<4>(elements, count, planes, layout, vectors);
     case 9:
-        return Gather<9>(elements, count, planes, layout);
+        return Gather<9>(elements, count, planes, layout, vectors);
     default:
-        return Gather<12>(elements, count, planes, layout);
+        return Gather<12>(elements, count, planes, layout, vectors);
     }
 }
 
-void ScatterPlanes(Planes planes, std::byte* elements, std::size_t count, std::size_t elemSize) {
+void ScatterPlanes(Planes planes, std::byte* elements, std::size_t count, std::size_t elemSize,
+                   EVectors vectors) {
     if (count == 0)
         return;
     if (elemSize != planes.size() * kWordBytes)
@@ -225,13 +234,13 @@ void ScatterPlanes(Planes planes, std::byte* elements, std::size_t count, std::s
         std::memcpy(elements, planes[0], count * kWordBytes);
         return;
     case 3:
-        return Scatter<3>(planes, elements, count);
+        return Scatter<3>(planes, elements, count, vectors);
     case 4:
-        return Scatter<4>(planes, elements, count);
+        return Scatter<4>(planes, elements, count, vectors);
     case 9:
-        return Scatter<9>(planes, elements, count);
+        return Scatter<9>(planes, elements, count, vectors);
     default:
-        return Scatter<12>(planes, elements, count);
+        return Scatter<12>(planes, elements, count, vectors);
     }
 }
 

@@ -14,14 +14,20 @@ struct SPlaneLayout {
     std::size_t stride;    ///< words, at least as many as there are elements
 };
 
+/// What planes are moved in.
+enum class EVectors {
+    Narrow, ///< vectors of 16 bytes, which every x86-64 processor has
+    Widest  ///< vectors of 32 bytes where the processor has them
+};
+
 /// Splits `count` packed elements of `layout.wordCount` words at `elements` into planes.
 void GatherPlanes(const std::byte* elements, std::size_t count, std::uint16_t* planes,
-                  const SPlaneLayout& layout);
+                  const SPlaneLayout& layout, EVectors vectors = EVectors::Widest);
 
 /// Puts `count` elements of `elemSize` bytes (at least as many as the words of the planes need)
 /// together from their planes, one for each word, which may lie anywhere and need no alignment.
 /// Bytes of an element behind its last plane's word are left alone.
 void ScatterPlanes(std::span<const std::byte* const> planes, std::byte* elements, std::size_t count,
-                   std::size_t elemSize);
+                   std::size_t elemSize, EVectors vectors = EVectors::Widest);
 
 } // namespace trevolt
