@@ -80,14 +80,26 @@ Octet Transpose(Octet octet) {
     return octet;
 }
 
+constexpr int kNone = -1;
+
+/// The two bytes of a word's place, as a byte shuffle takes them.
+constexpr short BytesOfWord(int word) {
+    return static_cast<short>(word == kNone ? -1 : (2 * word + 1) << 8 | 2 * word);
+}
+
+/// In both lanes, the lane's words in the order that `From` tells, zero for `kNone`.
+template <int... From>
+__m256i PickWords(__m256i words) {
+    return _mm256_shuffle_epi8(words,
+                               _mm256_broadcastsi128_si256(_mm_setr_epi16(BytesOfWord(From)...)));
+}
+
 /// Four vectors of two 4-word elements a lane to four planes.
 Quartet PairsToPlanes(const Quartet& pairs) {
     // Words of the two elements side by side, then of four, then of eight.
-    const __m256i zip = _mm256_broadcastsi128_si256(
-        _mm_setr_epi8(0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15));
     Quartet zipped;
     for (std::size_t i = 0; i < 4; ++i)
-        zipped.rows[i] = _mm256_shuffle_epi8(pairs.rows[i], zip);
+        zipped.rows[i] = PickWords<0, 4, 1, 5, 2, 6, 3, 7>(pairs.rows[i]);
     const __m256i low01 = _mm256_unpacklo_epi32(zipped.rows[0], zipped.rows[1]);
     const __m256i low23 = _mm256_unpacklo_epi32(zipped.rows[2], zipped.rows[3]);
     const __m256i high01 = _mm256_unpackhi_epi32(zipped.rows[0], zipped.rows[1]);
@@ -104,12 +116,6 @@ Quartet PlanesToPairs(const Quartet& planes) {
     const __m256i high23 = _mm256_unpackhi_epi16(planes.rows[2], planes.rows[3]);
     return {{_mm256_unpacklo_epi32(low01, low23), _mm256_unpackhi_epi32(low01, low23),
              _mm256_unpacklo_epi32(high01, high23), _mm256_unpackhi_epi32(high01, high23)}};
-}
-
-/// Moves the second of two packed 3-word elements to where the second of 4-word ones begins.
-__m256i SpreadTriples(__m256i triples) {
-    return _mm256_shuffle_epi8(triples, _mm256_broadcastsi128_si256(_mm_setr_epi8(
-                                            0, 1, 2, 3, 4, 5, -1, -1, 6, 7, 8, 9, 10, 11, -1, -1)));
 }
 
 // ---- to planes ----
@@ -133,7 +139,7 @@ __m256i LoadPair(const std::byte* from, std::size_t i) {
     using S = Shape<W>;
     const std::byte* const pair = from + 2 * i * S::kBytes;
     if constexpr (W == 3)
-        return SpreadTriples(LoadLanes(pair, S::kLaneStep));
+        return PickWords<0, 1, 2, kNone, 3, 4, 5, kNone>(LoadLanes(pair, S::kLaneStep));
     else if constexpr (W == 4)
         return LoadLanes(pair, S::kLaneStep);
     else // the lower half of the second vector and the upper half of the third one
@@ -223,30 +229,19 @@ void StoreFours(std::byte* to, const Quartet& pairs) {
         StoreLanes(to + i * kLaneBytes, Shape<4>::kLaneStep, pairs.rows[i]);
 }
 
-/// Bytes of `words` in the places that `from` gives for a lane, zero where that is negative.
-__m256i Pick(__m256i words, __m128i from) {
-    return _mm256_shuffle_epi8(words, _mm256_broadcastsi128_si256(from));
-}
-
-/// Eight elements of three words fill three vectors; a pair's elements begin at bytes 0 and 8.
+/// Eight elements of three words fill three vectors.
 void StoreThrees(std::byte* to, const Quartet& pairs) {
     constexpr std::size_t kStep = Shape<3>::kLaneStep;
     const auto& [pair0, pair1, pair2, pair3] = pairs.rows;
     StoreLanes(to, kStep,
-               _mm256_or_si256(Pick(pair0, _mm_setr_epi8(0, 1, 2, 3, 4, 5, 8, 9, 10, 11, 12, 13, -1,
-                                                         -1, -1, -1)),
-                               Pick(pair1, _mm_setr_epi8(-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1,
-                                                         -1, 0, 1, 2, 3))));
-    StoreLanes(
-        to + kLaneBytes, kStep,
-        _mm256_or_si256(
-            Pick(pair1, _mm_setr_epi8(4, 5, 8, 9, 10, 11, 12, 13, -1, -1, -1, -1, -1, -1, -1, -1)),
-            Pick(pair2, _mm_setr_epi8(-1, -1, -1, -1, -1, -1, -1, -1, 0, 1, 2, 3, 4, 5, 8, 9))));
+               _mm256_or_si256(PickWords<0, 1, 2, 4, 5, 6, kNone, kNone>(pair0),
+                               PickWords<kNone, kNone, kNone, kNone, kNone, kNone, 0, 1>(pair1)));
+    StoreLanes(to + kLaneBytes, kStep,
+               _mm256_or_si256(PickWords<2, 4, 5, 6, kNone, kNone, kNone, kNone>(pair1),
+                               PickWords<kNone, kNone, kNone, kNone, 0, 1, 2, 4>(pair2)));
     StoreLanes(to + 2 * kLaneBytes, kStep,
-               _mm256_or_si256(Pick(pair2, _mm_setr_epi8(10, 11, 12, 13, -1, -1, -1, -1, -1, -1, -1,
-                                                         -1, -1, -1, -1, -1)),
-                               Pick(pair3, _mm_setr_epi8(-1, -1, -1, -1, 0, 1, 2, 3, 4, 5, 8, 9, 10,
-                                                         11, 12, 13))));
+               _mm256_or_si256(PickWords<5, 6, kNone, kNone, kNone, kNone, kNone, kNone>(pair2),
+                               PickWords<kNone, kNone, 0, 1, 2, 4, 5, 6>(pair3)));
 }
 
 template <std::size_t W>

@@ -86,13 +86,13 @@ inline void Check(bool holds) {
 }
 
 /// What must hold after any read: the counts never exceed the records that the input has room for,
-/// and the last chunk's failure is counted.
+/// and a failure that no later chunk hides is told.
 inline void CheckAccount(const CCaliBuf& store, Status status, std::size_t inputBytes) {
     const SChunkCounts& counts = store.LastRead();
     const std::uint64_t chunks = std::uint64_t{counts.read} + counts.skipped + counts.failed;
     Check(chunks * ChunkRecordBytes(store.PlaneCount()) <= inputBytes);
     Check(status == S_OK || status == E_FAIL || status == E_COEF_NOBUFFER);
-    Check(counts.failed == 0 || counts.read > 0 || status == E_FAIL);
+    Check(counts.failed == 0 || counts.read + counts.skipped > 0 || status == E_FAIL);
     Check(counts.read == 0 || !store.UsedBlocks().empty());
 }
 
