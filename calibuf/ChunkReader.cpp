@@ -138,6 +138,10 @@ class CChunkPlacer {
         if (Failed(m_codec.Decompress(record, compressed, m_elements.Data(), decoded)))
             return Outcome::Failed;
         Outcome outcome = Outcome::DecodedOnly;
+        const auto note = [&outcome](Outcome piece) {
+            if (outcome != Outcome::Failed)
+                outcome = piece;
+        };
         for (std::int64_t column = area.FirstColumn(); column <= area.LastColumn(); ++column) {
             for (std::int64_t row = area.FirstRow(); row <= area.LastRow(); ++row) {
                 const std::uint32_t index = BlockIndexAt(column, row);
@@ -145,7 +149,7 @@ class CChunkPlacer {
                     continue;
                 SPixelRect piece = CutToBlock(area, column, row);
                 if (Clip(piece, area, placement))
-                    outcome = CopyPiece(index, piece, area, record.width);
+                    note(CopyPiece(index, piece, area, record.width));
             }
         }
         return outcome;

@@ -176,6 +176,18 @@ TEST(CaliBuf, TellsWhetherTheBudgetHoldsAnArea) {
     EXPECT_TRUE(owner.Buffer().UsedBlocks().empty());
 }
 
+TEST(CaliBuf, AnotherElementDropsTheBlocksAndListsTwelveSizesAtMost) {
+    CCaliOperation<SWordCoef> owner;
+    CCaliBuf& store = owner.Buffer();
+    ASSERT_EQ(store.Allocate(300, 1), S_OK);
+    store.SetElement(24, 99);
+    EXPECT_TRUE(store.UsedBlocks().empty());
+    EXPECT_EQ(store.Block(0), nullptr);
+    EXPECT_EQ(store.BytesInUse(), 0U);
+    EXPECT_EQ(store.ElemSize(), 24);
+    EXPECT_EQ(store.PlaneCount(), 12U);
+}
+
 TEST(CaliBuf, BlocksAreGivenBackToTheBudget) {
     const std::uint64_t before = CMemoryBudget::Process().Outstanding();
     {

@@ -219,6 +219,29 @@ TEST(ChunkBands, RefusedBeforeAnythingIsWritten) {
     ExpectRefused(store, band, kWhole, {}, 2147483647, 2147483647, E_COEF_INVALIDARG);
 }
 
+// Data position 0 says that no data is there yet; the directory position says where records go.
+TEST(ChunkBands, TheFirstDataStartsBehindTheDirectoryWhereverItsRecordGoes) {
+    CCaliOperation<S3WordCoef> source;
+    ASSERT_EQ(source.Buffer().Allocate(600, 500), S_OK);
+    FillPattern(source);
+    std::stringstream stream = StreamBehind({.width = 600, .height = 500, .recordCount = 12});
+    const SChunkRecord before{.index = 4711, .width = 1};
+    Bytes record(56);
+    EncodeChunkRecord(before, 9, record.data());
+    stream.write(reinterpret_cast<const char*>(record.data()), 56);
+    BandPositions at{.directory = 168 + 56};
+    ASSERT_EQ(source.Buffer().WriteBandChunks(stream, {0, 0, 256, 128}, kWhole, at.directory,
+                                              at.data, 0, 0),
+              S_OK);
+    const Bytes file = BytesOf(stream);
+    EXPECT_EQ(RecordAt(file, 9, 0), before);
+    EXPECT_EQ(RecordAt(file, 9, 1).index, 0U);
+    EXPECT_EQ(RecordAt(file, 9, 1).width, 256U);
+    EXPECT_EQ(at.directory, 168U + 2 * 56);
+    EXPECT_EQ(at.data, 168U + 12 * 56 + RecordAt(file, 9, 1).totalSize);
+    EXPECT_EQ(at.data, file.size());
+}
+
 TEST(ChunkBands, FillAFileOverSeveralOpenings) {
     const CTemporaryFolder folder;
     const std::wstring path = folder.File(L"bands.9wcoef");

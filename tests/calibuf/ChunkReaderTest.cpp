@@ -198,11 +198,32 @@ TEST(ChunkReader, BlocksThatStandElsewhereTakeNoChunkOfTheirIndex) {
     ASSERT_EQ(source.Buffer().Allocate(256, 128), S_OK);
     FillPattern(source);
     const Bytes file = RectFile(source.Buffer(), {0, 0, 256, 128});
-    CCaliOperation<S3WordCoef> target;
-    ASSERT_EQ(target.Buffer().AllocateBlock(0, 100, 50), S_OK);
-    ASSERT_EQ(target.Buffer().FillBlockDefault(0), S_OK);
-    EXPECT_EQ(ReadAt(target.Buffer(), file, 0, 0), E_FAIL);
-    EXPECT_EQ(CountUnlikeDefault(target), 0);
+    for (const auto& [x, y] : {std::pair{100U, 50U}, std::pair{256U, 0U}, std::pair{0U, 1U}}) {
+        CCaliOperation<S3WordCoef> target;
+        ASSERT_EQ(target.Buffer().AllocateBlock(0, x, y), S_OK);
+        ASSERT_EQ(target.Buffer().FillBlockDefault(0), S_OK);
+        EXPECT_EQ(ReadAt(target.Buffer(), file, 0, 0), E_FAIL);
+        EXPECT_EQ(target.Buffer().LastRead(), (SChunkCounts{.failed = 1}));
+        EXPECT_EQ(CountUnlikeDefault(target), 0);
+    }
+}
+
+TEST(ChunkReader, AChunkThatLosesAPieceHasFailed) {
+    CCaliOperation<S3WordCoef> source;
+    ASSERT_EQ(source.Buffer().Allocate(20, 10), S_OK);
+    FillPattern(source);
+    const Bytes file = RectFile(source.Buffer(), {0, 0, 20, 10});
+    // The block of the first piece stands elsewhere, then that of the second piece.
+    for (const std::uint32_t moved : {0U, 1U}) {
+        CCaliOperation<S3WordCoef> target;
+        for (const std::uint32_t index : {0U, 1U}) {
+            const std::uint32_t top = index == moved ? 50 : 0;
+            ASSERT_EQ(target.Buffer().AllocateBlock(index, index * 256, top), S_OK);
+            ASSERT_EQ(target.Buffer().FillBlockDefault(index), S_OK);
+        }
+        EXPECT_EQ(ReadAt(target.Buffer(), file, 250, 0), E_FAIL);
+        EXPECT_EQ(target.Buffer().LastRead(), (SChunkCounts{.failed = 1}));
+    }
 }
 
 TEST(ChunkReader, AFileOfSeveralBlocksSkipsThoseThatAreNotThere) {
@@ -251,6 +272,7 @@ TEST(ChunkReader, ClippingTakesTheChunksCorner) {
     // Over four blocks: the clip counts from the chunk's corner, not from each piece's.
     EXPECT_EQ(ClippedExtent(rect, 240, 120, 50, 30), (Extent{50, 30}));
     EXPECT_EQ(ClippedExtent(rect, 240, 120, 16, 30), (Extent{16, 30})); // right pieces outside
+    EXPECT_EQ(ClippedExtent(rect, 240, 120, 5, 30), (Extent{5, 30}));
     EXPECT_EQ(ClippedExtent(rect, 240, 120, 5, 2), (Extent{5, 2}));
 }
 
@@ -338,7 +360,7 @@ TEST_F(ChunkReaderDamaged, ASkippedLastChunkKeepsTheResult) {
 
 // Over several blocks a chunk is decoded before they are looked for.
 TEST_F(ChunkReaderDamaged, ALastChunkThatWasDecodedForMissingBlocksIsTheResult) {
-    Spoil(0, [](SChunkRecord& record) { ++record.height; });
+    Spoil(1, [](SChunkRecord& record) { ++record.height; });
     Spoil(2, [](SChunkRecord& record) { record.x = 1022; });
     EXPECT_EQ(Read(), S_OK);
     EXPECT_EQ(Counts(), (SChunkCounts{.read = 1, .skipped = 1, .failed = 1}));
@@ -394,8 +416,29 @@ TEST_F(ChunkReaderDamaged, ImagesAreReadAroundDamageLikeStreams) {
     }
     m_file = whole;
     Spoil(1, [](SChunkRecord& record) { record.totalSize = 0xFFFFFFFF; });
+    const CTransferReport report;
     EXPECT_EQ(ReadImage(), E_FAIL);
     EXPECT_EQ(Counts(), (SChunkCounts{.read = 1, .failed = 2}));
+    EXPECT_EQ(report.FailedChunks(), 2U);
+}
+
+TEST_F(ChunkReaderDamaged, ARefusedReadHasNoCounts) {
+    CCaliBuf& store = m_owner.Buffer();
+    const Bytes oneByte{std::byte{1}};
+    const std::vector<std::function<Status()>> refusedReads{
+        [&] { return ReadAt(store, oneByte, 0, 127); },
+        [&] {
+            std::stringstream stream = StreamOf(oneByte);
+            return store.ReadBandChunks(stream, 0, 0, 0, kGridBlocks);
+        },
+        [&] { return store.LoadFromMemory(oneByte.data(), oneByte.size()); },
+    };
+    for (const auto& refusedRead : refusedReads) {
+        EXPECT_EQ(Read(), S_OK);
+        EXPECT_EQ(Counts(), (SChunkCounts{.read = 3}));
+        EXPECT_EQ(refusedRead(), E_FAIL);
+        EXPECT_EQ(Counts(), SChunkCounts{});
+    }
 }
 
 TEST_F(ChunkReaderDamaged, ChunksShiftedAboveOrLeftOfTheGridFail) {

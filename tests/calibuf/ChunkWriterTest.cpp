@@ -292,6 +292,18 @@ TEST(ChunkWriter, RefusedScratchMemoryWritesNothing) {
     EXPECT_EQ(dataAt, 0U);
 }
 
+TEST(ChunkWriter, AnImagesRecordsOfFailedChunksAreZero) {
+    const auto store = CCaliBuf::Create();
+    store->SetElement(10, 9);
+    ASSERT_EQ(store->AllocateBlock(0, 0, 0), S_OK);
+    Bytes image(static_cast<std::size_t>(store->MaxMemoryImageBytes()), std::byte{0x77});
+    std::uint64_t size = 0;
+    EXPECT_EQ(store->SaveToMemory(image.data(), 0, 0, &size), E_FAIL);
+    EXPECT_EQ(size, 168U + 56);
+    EXPECT_EQ(RecordAt(image, 9, 0), SChunkRecord{});
+    EXPECT_EQ(image[168 + 56], std::byte{0x77});
+}
+
 TEST(ChunkWriter, ElementsOfNoKindAreNotWritten) {
     const auto store = CCaliBuf::Create();
     store->SetElement(10, 9);
