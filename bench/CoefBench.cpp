@@ -225,6 +225,8 @@ void MedianOfMany(benchmark::internal::Benchmark* benchmark) {
 
 WORK_BENCHMARKS(CCNewChromaCorrectCoef);
 WORK_BENCHMARKS(CCNewBrightCorrectCoef);
+WORK_BENCHMARKS(CVirtualGreenBrightCorrectCoef);
+WORK_BENCHMARKS(CVirtualGreenChromaCorrectCoef);
 BENCHMARK_TEMPLATE(BuildAndDestroy, CCNewBrightCorrectCoef)->Apply(MedianOfMany);
 BENCHMARK_TEMPLATE(BuildAndDestroy, CCNewChromaCorrectCoef)->Apply(MedianOfMany);
 BENCHMARK_TEMPLATE(BuildAndDestroy, CVirtualGreenBrightCorrectCoef)->Apply(MedianOfMany);
@@ -233,7 +235,9 @@ BENCHMARK_TEMPLATE(BuildAndDestroy, CVirtualGreenChromaCorrectCoef)->Apply(Media
 /// The work of each kind and content to the bare calls, without and with the file.
 std::vector<SRatio> WorkRatios() {
     std::vector<SRatio> ratios;
-    for (const std::string kind : {"CCNewChromaCorrectCoef", "CCNewBrightCorrectCoef"}) {
+    for (const std::string kind :
+         {"CCNewChromaCorrectCoef", "CCNewBrightCorrectCoef", "CVirtualGreenBrightCorrectCoef",
+          "CVirtualGreenChromaCorrectCoef"}) {
         for (const Content content : {Coarse, Noisy}) {
             const std::string run = "<" + kind + ">/" + std::to_string(content);
             const std::string what =

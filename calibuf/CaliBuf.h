@@ -173,11 +173,15 @@ class CCaliBuf {
     /// nothing written, when scratch memory is refused.
     Status WriteAllChunks(std::ostream& stream) const;
 
+    /// What the writers of rectangles and bands answer to `rect`: E_FAIL without rows (one without
+    /// columns is taken), E_COEF_INVALIDARG when it is turned over or larger than the grid, else
+    /// S_OK.
+    static Status CheckWrittenRect(const SPixelRect& rect);
+
     /// Writes a directory at the current position and behind it what `rect` covers of the allocated
     /// blocks, cut to it, column by column. The directory has room for every block that the
-    /// rectangle touches; what no chunk fills is zero. E_FAIL for a rectangle without rows (one
-    /// without columns goes on), E_COEF_INVALIDARG for one that is turned over or larger than the
-    /// grid, E_COEF_NOBUFFER when scratch memory is refused, each with nothing written; else S_OK,
+    /// rectangle touches; what no chunk fills is zero. The status of `CheckWrittenRect`, or
+    /// E_COEF_NOBUFFER when scratch memory is refused, each with nothing written; else S_OK,
     /// whatever became of single chunks.
     Status WriteRectChunks(std::ostream& stream, const SPixelRect& rect) const;
 

@@ -211,11 +211,15 @@ Status CCaliBuf::WriteAllChunks(std::ostream& stream) const {
     return status;
 }
 
-Status CCaliBuf::WriteRectChunks(std::ostream& stream, const SPixelRect& rect) const {
+Status CCaliBuf::CheckWrittenRect(const SPixelRect& rect) {
     if (rect.top == rect.bottom)
         return E_FAIL;
-    if (IsBadRect(rect))
-        return E_COEF_INVALIDARG;
+    return IsBadRect(rect) ? E_COEF_INVALIDARG : S_OK;
+}
+
+Status CCaliBuf::WriteRectChunks(std::ostream& stream, const SPixelRect& rect) const {
+    if (const Status status = CheckWrittenRect(rect); Failed(status))
+        return status;
     const std::vector<SPiece> pieces = PiecesOf(*this, rect);
     CChunkCollector chunks(*this, LargestOf(pieces));
     if (!chunks.IsReady())
@@ -231,9 +235,9 @@ Status CCaliBuf::WriteBandChunks(std::ostream& stream, const SPixelRect& band,
                                  const SPixelRect& whole, std::uint64_t& directoryPosition,
                                  std::uint64_t& dataPosition, std::int32_t shiftX,
                                  std::int32_t shiftY) const {
-    if (band.top == band.bottom)
-        return E_FAIL;
-    if (IsBadRect(band) || IsBadRect(whole))
+    if (const Status status = CheckWrittenRect(band); Failed(status))
+        return status;
+    if (IsBadRect(whole))
         return E_COEF_INVALIDARG;
     const std::uint64_t recordBytes = ChunkRecordBytes(m_nPlaneCount);
     const SBandSpace space{

@@ -1,6 +1,6 @@
 // CCNewBrightCorrectCoef: the brightness kind of coefficient object. A pixel has three gains, red,
 // green and blue. Its own file is the brightness word file (docs/formats/3wcoef.md); it also loads
-// `.3fcoef` files and map images. It has no transfer table: channel writes pass table index 0.
+// `.3fcoef` files. It has no transfer table: channel writes pass table index 0.
 //
 // An object is used by one thread at a time; different objects by any threads.
 #pragma once

@@ -1,7 +1,6 @@
 // CCNewChromaCorrectCoef: the chroma kind of coefficient object. A pixel has a 3×3 colour matrix of
 // nine words and, in a second store, one extra word. Its own files are the plain chroma word file
-// and the one with extra words (docs/formats/9wcoef.md); it also loads `.9fcoef` files and map
-// images.
+// and the one with extra words (docs/formats/9wcoef.md); it also loads `.9fcoef` files.
 //
 // An object is used by one thread at a time; different objects by any threads.
 #pragma once

@@ -111,6 +111,8 @@ Status WriteRectStream(const SWordKind& kind, const CCaliBuf* store, std::ostrea
                        const SPixelRect& rect, const SOwnerFields& owner) {
     if (store == nullptr)
         return E_POINTER;
+    if (const Status status = CCaliBuf::CheckWrittenRect(rect); Failed(status))
+        return status;
     WriteHeader(stream, MakeChunkHeader(kind.formatId, rect, owner));
     const Status status = store->WriteRectChunks(stream, rect);
     return Failed(status) ? status : StatusOf(stream);

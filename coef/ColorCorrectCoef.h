@@ -219,7 +219,8 @@ class CColorCorrectCoef {
     /// again. Both positions start at 0 and carry the state from band to band. E_POINTER for a null
     /// path or without a store; E_COEF_INVALIDARG for an offset above 2^31 − 1; E_HANDLE (chroma:
     /// E_COEF_OPENFAILED) when the file does not open; S_OK for a band without rows; else the
-    /// status of the store's band writer, which refuses bands that do not fit the whole.
+    /// status of the store's band writer, which refuses bands that do not fit the whole: of a
+    /// refused first band the file has the header only.
     virtual Status ExportCoefEx(const wchar_t* path, const SPixelRect& band,
                                 const SPixelRect& whole, std::uint64_t& directoryPosition,
                                 std::uint64_t& dataPosition, std::uint32_t bandOffset,
@@ -290,6 +291,7 @@ class CColorCorrectCoef {
     /// [59] Brightness: turns a rectangle of the store by `mode` (1 a quarter turn clockwise, 2 a
     /// half turn, 3 a quarter turn counter-clockwise) and writes the copy as one band of a word
     /// file, as slot 44: `whole` is the turned area, `bandOffset` the copy's first row in it.
+    /// Pixels that are missing, or that the store's size does not hold, are the default element.
     /// E_COEF_INVALIDARG for a null path, a store without a size, an empty rectangle or one with
     /// negative edges, or another mode; E_FAIL when the copy gets no memory; else as slot 44.
     virtual Status SaveTurnedBandB(const wchar_t* path, const SPixelRect& rect, std::uint32_t mode,
@@ -347,17 +349,18 @@ class CColorCorrectCoef {
     /// [70] As slot 69 at the rectangle's left top; the rectangle comes back with right and bottom
     /// where file or store end, also when the file was taken and its reading failed.
     /// E_COEF_INVALIDARG also for negative left or top; the statuses of the kind's size query (87,
-    /// 88, 114, 115).
+    /// 88, 114, 115), which refuses map images with E_COEF_BADFORMAT.
     virtual Status LoadCoefEx(const wchar_t* path, SPixelRect& rect) = 0;
     /// [71] Loads a file, recognised by its first 16 bytes, to the store's left top.
     /// All: the kind's own word files. Brightness also `.3fcoef`, chroma `.9fcoef` and word files
-    /// with extra words, both the raw map image. E_COEF_INVALIDARG for a null path,
+    /// with extra words. Both know the raw map image: S_OK always, and the store stays as it was,
+    /// for reading one gives a map without a size. E_COEF_INVALIDARG for a null path,
     /// E_COEF_OPENFAILED, E_COEF_BADFORMAT; for word files E_POINTER without a store, E_HANDLE
     /// (extra words: E_COEF_OPENFAILED) when the file does not open again, else the chunk reader's
     /// status (extra words: E_FAIL when the matrix part failed). `.3fcoef` and `.9fcoef` give the
     /// conversion's status and not the reader's: after a failed read the store takes defaults; but
-    /// E_FAIL, the store unchanged, when the map or the file's content gets no memory. A map image
-    /// gives S_OK always. Chroma: the conversion writes as slots 47 to 58 do.
+    /// E_FAIL, the store unchanged, when the map or the file's content gets no memory.
+    /// Chroma: the conversion writes as slots 47 to 58 do.
     virtual Status LoadCoef(const wchar_t* path) = 0;
 
     // ---- other files out, through a coefficient map ----
@@ -490,8 +493,9 @@ class CColorCorrectCoef {
     /// [105] Writes every allocated block whole, with origin (0, 0) and the store's size. E_FAIL
     /// when the stream fails.
     virtual Status SaveBlocks105(std::ostream& stream) = 0;
-    /// [106] Writes the rectangle, with its left top as origin. E_FAIL for a rectangle without rows
-    /// or when the stream fails, E_COEF_INVALIDARG for a bad one.
+    /// [106] Writes the rectangle, with its left top as origin. E_FAIL for a rectangle without
+    /// rows, E_COEF_INVALIDARG for a bad one, both with nothing written; E_FAIL when the stream
+    /// fails.
     virtual Status SaveBlocks106(std::ostream& stream, const SPixelRect& rect) = 0;
     /// [107] Reads a stream so that its left top comes to (x, y); the chunk reader's status.
     virtual Status LoadBlocks107(std::istream& stream, std::uint32_t x, std::uint32_t y) = 0;

@@ -26,6 +26,13 @@ std::uint32_t WithLowWord(std::uint32_t value, std::uint32_t lowWord) {
     return (value & 0xFFFF0000U) | (lowWord & 0xFFFFU);
 }
 
+/// The columns or rows of a text file that a store can take. Size lines may be negative: of such a
+/// file there are none.
+std::uint32_t TextExtentIn(std::uint32_t storeExtent, std::uint32_t fileExtent) {
+    constexpr std::uint32_t kLargest = std::numeric_limits<std::int32_t>::max();
+    return fileExtent > kLargest ? 0 : std::min(fileExtent, storeExtent);
+}
+
 } // namespace
 
 constinit const SBinaryFileKind k9fFile{S9fCoefKind::kMagic, Read9fCoefSize, Read9fCoefFile};
@@ -153,8 +160,8 @@ Status CMapCorrectCoef<Element>::LoadText(const wchar_t* path, std::int32_t x, s
     std::uint32_t fileHeight = 0;
     if (const Status status = ProbeTextCoefFileSize(path, fileWidth, fileHeight); Failed(status))
         return status;
-    if (const Status status = SizeMap(*m_pMap, std::min(fileWidth, this->GetWidth()),
-                                      std::min(fileHeight, this->GetHeight()));
+    if (const Status status = SizeMap(*m_pMap, TextExtentIn(this->GetWidth(), fileWidth),
+                                      TextExtentIn(this->GetHeight(), fileHeight));
         Failed(status))
         return status;
     fileWidth = width;

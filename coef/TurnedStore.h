@@ -12,7 +12,8 @@
 namespace trevolt {
 
 /// Sizes `target` to the turned rectangle and copies the rectangle's pixels into it, each where
-/// `mode` puts it; missing pixels become the default. E_COEF_INVALIDARG for a store without a size,
+/// `mode` puts it; pixels that the store's size does
+/// not hold, or that are missing, become the default. E_COEF_INVALIDARG for a store without a size,
 /// an empty rectangle or one with negative edges, or a mode that is no turn; E_FAIL when the target
 /// gets no memory.
 template <class Element>
@@ -27,9 +28,11 @@ Status CopyTurned(const CCaliBuf& store, const SPixelRect& rect, std::uint32_t m
     const auto height = static_cast<std::uint32_t>(size.height);
     if (!target.HasRoomFor(width, height) || Failed(target.Allocate(width, height)))
         return E_FAIL;
-    const SStoreRect source{
-        static_cast<std::uint64_t>(rect.left), static_cast<std::uint64_t>(rect.top),
-        static_cast<std::uint64_t>(rect.Width()), static_cast<std::uint64_t>(rect.Height())};
+    SStoreRect source{static_cast<std::uint64_t>(rect.left), static_cast<std::uint64_t>(rect.top),
+                      static_cast<std::uint64_t>(rect.Width()),
+                      static_cast<std::uint64_t>(rect.Height())};
+    if (Failed(CutToStore(&store, &target, source)))
+        return S_OK; // all of it lies outside
     ForEachElementRun<Element>(
         store, source,
         [&](const Element* run, std::uint32_t count, std::uint64_t left, std::uint64_t y) {

@@ -54,9 +54,9 @@ inline constexpr SChannelRule kModulo4{true, 4};
 inline constexpr SChannelRule kNineWords{false, 9};
 inline constexpr SChannelRule kTwelveWords{false, 12};
 
-/// The row of an element's kind.
+/// The row of an element's kind; an element without one does not build.
 template <class Element>
-inline constexpr SWordKind kWordKind{};
+extern const SWordKind kWordKind;
 
 template <>
 inline constexpr SWordKind kWordKind<S3WordCoef>{.formatId = kBrightChunkFormat,

@@ -73,6 +73,13 @@ TEST(ChunkLayout, FormatIdentifiersAreThoseOfTheSampleFiles) {
     EXPECT_EQ(idOf(L"cabinet/Cab_09.12wcoef"), kVirtualGreenChromaChunkFormat);
 }
 
+TEST(ChunkLayout, FormatIdentifiersOfSecondLayouts) {
+    EXPECT_EQ(kBrightChunkFormat2, (ChunkFormatId{0xAE, 0x34, 0x30, 0xA2, 0x59, 0x23, 0x3B, 0x41,
+                                                  0x96, 0xB9, 0x6F, 0x93, 0x73, 0x7C, 0xA3, 0x68}));
+    EXPECT_EQ(kChromaChunkFormat2, (ChunkFormatId{0x0C, 0x14, 0xED, 0xF4, 0x3A, 0xFC, 0xD3, 0x4E,
+                                                  0x97, 0xCB, 0x78, 0x6E, 0x63, 0xDE, 0xAF, 0x99}));
+}
+
 TEST(ChunkLayout, BlocksTouchedByARectangle) {
     EXPECT_EQ(BlocksTouchedBy({0, 0, 300, 10}).Count(), 2U);
     EXPECT_EQ(BlocksTouchedBy({0, 0, 256, 128}).Count(), 1U);

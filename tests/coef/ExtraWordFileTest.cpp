@@ -1,5 +1,6 @@
 // Chroma word files with extra words, and the same as streams.
 #include <cstring>
+#include <filesystem>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -21,6 +22,21 @@ using test::ReadFile;
 using test::Sample;
 using test::Whole;
 using test::WriteFile;
+
+/// Makes a folder the process's own, until the holder goes.
+class CWorkingFolder {
+  public:
+    explicit CWorkingFolder(const std::wstring& folder)
+        : m_before(std::filesystem::current_path()) {
+        std::filesystem::current_path(folder);
+    }
+    ~CWorkingFolder() { std::filesystem::current_path(m_before); }
+    CWorkingFolder(const CWorkingFolder&) = delete;
+    CWorkingFolder& operator=(const CWorkingFolder&) = delete;
+
+  private:
+    std::filesystem::path m_before;
+};
 
 class ExtraWordFiles : public ::testing::Test {
   protected:
@@ -91,6 +107,12 @@ TEST_F(ExtraWordFiles, OnlyTheExactExtensionChooses) {
         ASSERT_EQ(object.ExportCoef(file.c_str(), Whole(object), nullptr, nullptr), S_OK);
         EXPECT_EQ(HeaderOf(ReadFile(file)).formatId, kChromaChunkFormat);
     }
+    {
+        // A path without a point has no extension, were it the very word.
+        const CWorkingFolder here(folder.Path());
+        ASSERT_EQ(object.ExportCoef(L"9wPCoef", Whole(object), nullptr, nullptr), S_OK);
+        EXPECT_EQ(HeaderOf(ReadFile(L"9wPCoef")).formatId, kChromaChunkFormat);
+    }
     const std::wstring twice = folder.File(L"a.x.9wPCoef");
     ASSERT_EQ(object.ExportCoef(twice.c_str(), Whole(object), nullptr, nullptr), S_OK);
     EXPECT_EQ(HeaderOf(ReadFile(twice)).formatId, kChromaChunkFormat2);
@@ -129,6 +151,17 @@ TEST_F(ExtraWordFiles, Statuses) {
     // Without the extra-word store the file has a matrix part alone.
     ASSERT_EQ(target.ExportCoef(path.c_str(), Whole(target), nullptr, nullptr), S_OK);
     EXPECT_EQ(HeaderOf(ReadFile(path)).directoryOffset, ReadFile(path).size());
+}
+
+// Of the matrix part any failure is E_FAIL; of a plain file it is what the store's reader says.
+TEST_F(ExtraWordFiles, ScarceMemoryFailsThePartAsAnyFailure) {
+    test::CreateWithPattern(object, 40, 24);
+    const std::wstring plainPath = folder.File(L"a.9wcoef");
+    ASSERT_EQ(object.ExportCoef(path.c_str(), Whole(object), nullptr, nullptr), S_OK);
+    ASSERT_EQ(object.ExportCoef(plainPath.c_str(), Whole(object), nullptr, nullptr), S_OK);
+    const test::CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + 1000);
+    EXPECT_EQ(object.LoadCoef(plainPath.c_str()), E_COEF_NOBUFFER);
+    EXPECT_EQ(object.LoadCoef(path.c_str()), E_FAIL);
 }
 
 TEST_F(ExtraWordFiles, WithoutColumns) {
@@ -184,7 +217,9 @@ TEST_F(ExtraWordFiles, OwnerDataByValue) {
     ASSERT_EQ(object.ExportCoef(path.c_str(), {10, 20, 290, 140}, name.data(), &flag), S_OK);
     const Bytes file = ReadFile(path);
     Bytes expected(168);
-    std::memcpy(expected.data(), kChromaChunkFormat2.data(), 16);
+    constexpr std::uint8_t kFormat[] = {0x0C, 0x14, 0xED, 0xF4, 0x3A, 0xFC, 0xD3, 0x4E,
+                                        0x97, 0xCB, 0x78, 0x6E, 0x63, 0xDE, 0xAF, 0x99};
+    std::memcpy(expected.data(), kFormat, 16);
     StoreLittle<std::uint32_t>(&expected[16], 1);
     StoreLittle<std::uint32_t>(&expected[20], 10);
     StoreLittle<std::uint32_t>(&expected[24], 20);

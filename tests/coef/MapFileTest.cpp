@@ -385,6 +385,24 @@ TYPED_TEST(MapFiles, Texts) {
     EXPECT_EQ(test::WordsAt(this->object, 59, 39), test::ElementOf<TypeParam>{}.w);
 }
 
+// A negative side leaves a map without pixels, and so nothing to take.
+TYPED_TEST(MapFiles, TextsWithoutPixelsLeaveTheStore) {
+    const std::wstring before = test::DigestOf(this->object);
+    for (const char* const sides : {"width=-5\nheight=-7\n", "width=-5\nheight=3\n",
+                                    "width=5\nheight=-3\n", "width=0\nheight=0\n"}) {
+        test::WriteText(this->path, std::string("[T9COEF20]\n") + sides);
+        for (const auto load :
+             {&CColorCorrectCoef::LoadFromTextA, &CColorCorrectCoef::LoadFromTextB}) {
+            std::uint32_t width = 4711;
+            std::uint32_t height = 4711;
+            EXPECT_EQ((this->object.*load)(this->path.c_str(), 0, 0, width, height), E_FAIL);
+            EXPECT_EQ(width, 4711U);
+            EXPECT_EQ(height, 4711U);
+            EXPECT_EQ(test::DigestOf(this->object), before);
+        }
+    }
+}
+
 TYPED_TEST(MapFiles, ViewsAndWords) {
     CBlockModel<TypeParam> model(this->object);
     CChromaCorrectCoef view;

@@ -142,6 +142,17 @@ TEST(TransferTable, StepRowsFollowTheStepInPairs) {
         }
 }
 
+// Steps at which another order of the operations, or double, rounds to the level beside.
+TEST(TransferTable, StepsAreFloatsInTheirOrder) {
+    CCaliOperationData table;
+    table.SetStep(41, 7.6286e-6F);
+    EXPECT_EQ(Entry(table, 41, 60000), 60001U); // the sum in double: 60000
+    table.SetStep(43, 2.071F);
+    EXPECT_EQ(Entry(table, 43, 0), 9695U); // multiplied before it is divided: 9694
+    table.SetStep(45, 1.785F);
+    EXPECT_EQ(Entry(table, 45, 5268), 8192U); // multiplied before it is divided: 8193
+}
+
 TEST(TransferTable, AStepIsTheTablesOwn) {
     CCaliOperationData changed;
     const CCaliOperationData untouched;

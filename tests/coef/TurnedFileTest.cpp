@@ -137,6 +137,35 @@ TYPED_TEST(TurnedFiles, WhatTheStoreDoesNotHaveIsDefault) {
     EXPECT_EQ(test::WordsAt(loaded, 0, 0), test::ElementOf<TypeParam>{}.w);
 }
 
+// What a block holds past the store's size belongs to no pixel.
+TYPED_TEST(TurnedFiles, PaddingIsDefault) {
+    TypeParam small;
+    small.SetFileKind(2);
+    test::CreateWithPattern(small, 40, 24);
+    const auto marked = *small.FindPixel(5, 5);
+    *small.FindPixel(40, 3) = marked;
+    *small.FindPixel(3, 24) = marked;
+    ASSERT_EQ((small.*TestFixture::Facts::kTurnedFile)(this->path.c_str(), {0, 0, 42, 26}, 2,
+                                                       nullptr, nullptr),
+              S_OK);
+    TypeParam loaded;
+    loaded.SetFileKind(2);
+    ASSERT_EQ(loaded.Create(42, 26), S_OK);
+    ASSERT_EQ(loaded.LoadCoef(this->path.c_str()), S_OK);
+    for (std::uint32_t y = 0; y < 26; ++y)
+        for (std::uint32_t x = 0; x < 42; ++x)
+            ASSERT_EQ(test::WordsAt(loaded, 41 - x, 25 - y), x < 40 && y < 24
+                                                                 ? test::WordsAt(small, x, y)
+                                                                 : test::ElementOf<TypeParam>{}.w)
+                << x << ", " << y;
+    // All of it outside.
+    ASSERT_EQ((small.*TestFixture::Facts::kTurnedFile)(this->path.c_str(), {41, 0, 50, 9}, 1,
+                                                       nullptr, nullptr),
+              S_OK);
+    ASSERT_EQ(loaded.LoadCoef(this->path.c_str()), S_OK);
+    EXPECT_EQ(test::WordsAt(loaded, 0, 0), test::ElementOf<TypeParam>{}.w);
+}
+
 TYPED_TEST(TurnedFiles, Statuses) {
     const SPixelRect rect{0, 0, 40, 24};
     std::uint64_t directory = 0;

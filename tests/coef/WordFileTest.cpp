@@ -187,6 +187,9 @@ TYPED_TEST(WordFiles, LoadsAtAPlace) {
     rect = {-1, 0, 7, 7};
     EXPECT_EQ(edged->LoadCoefEx(this->path.c_str(), rect), E_COEF_INVALIDARG);
     EXPECT_EQ(rect, (SPixelRect{-1, 0, 7, 7}));
+    rect = {0, -1, 7, 7};
+    EXPECT_EQ(edged->LoadCoefEx(this->path.c_str(), rect), E_COEF_INVALIDARG);
+    EXPECT_EQ(rect, (SPixelRect{0, -1, 7, 7}));
     // A file that is refused leaves the rectangle; one that is damaged behind its header does not.
     rect = {1, 2, 3, 4};
     EXPECT_EQ(edged->LoadCoefEx(nullptr, rect), E_COEF_INVALIDARG);
@@ -326,6 +329,20 @@ TYPED_TEST(WordFiles, BandsMakeTheSamePixelsAsOneFile) {
                                         nullptr, nullptr),
               E_COEF_INVALIDARG);
     EXPECT_EQ(ReadFile(this->path), before);
+    // Only the rows decide: a band without columns has a record of its block, and no data.
+    std::uint64_t narrowDirectory = 0;
+    std::uint64_t narrowData = 0;
+    EXPECT_EQ(this->object.ExportCoefEx(this->path.c_str(), {10, 0, 10, 128}, whole,
+                                        narrowDirectory, narrowData, 0, nullptr, nullptr),
+              S_OK);
+    EXPECT_EQ(narrowDirectory, 168 + TestFixture::Facts::kRecordBytes);
+    EXPECT_EQ(narrowData, 168 + 8 * TestFixture::Facts::kRecordBytes);
+    // A first band that is refused has made the file anew, with its header.
+    std::uint64_t refused = 0;
+    EXPECT_EQ(this->object.ExportCoefEx(this->path.c_str(), whole, {0, 0, 300, 128}, refused,
+                                        refused, 0, nullptr, nullptr),
+              E_COEF_INVALIDARG);
+    EXPECT_EQ(ReadFile(this->path).size(), 168U);
 }
 
 TYPED_TEST(WordFiles, EmptyRectangles) {
@@ -488,6 +505,8 @@ TYPED_TEST(ChunkStreams, HoldWhatAFileHolds) {
     EXPECT_EQ(part.str(), test::ReadText(this->path));
     std::stringstream bad;
     EXPECT_EQ(this->object.SaveBlocks106(bad, {10, 20, 110, 20}), E_FAIL);
+    EXPECT_EQ(this->object.SaveBlocks106(bad, {110, 20, 10, 70}), E_COEF_INVALIDARG);
+    EXPECT_EQ(bad.str(), "");
     bad.setstate(std::ios::failbit);
     EXPECT_EQ(this->object.SaveBlocks105(bad), E_FAIL);
 }
@@ -518,6 +537,13 @@ TYPED_TEST(ChunkStreams, AreReadAtAPlaceClippedAndInBands) {
     EXPECT_EQ(test::WordsAt(*band, 299, 128), test::WordsAt(this->object, 299, 128));
     EXPECT_EQ(test::WordsAt(*band, 299, 127), test::ElementOf<TypeParam>{}.w);
     EXPECT_EQ(test::WordsAt(*band, 299, 256), test::ElementOf<TypeParam>{}.w);
+    whole.clear();
+    whole.seekg(0);
+    auto right = this->Blank(400, 300);
+    EXPECT_EQ(right->LoadBlocks109(whole, 90, 128, 512, 1024), S_OK);
+    EXPECT_EQ(test::WordsAt(*right, 389, 128), test::WordsAt(this->object, 299, 128));
+    EXPECT_EQ(test::WordsAt(*right, 90, 255), test::WordsAt(this->object, 0, 255));
+    EXPECT_EQ(test::WordsAt(*right, 89, 128), test::ElementOf<TypeParam>{}.w);
 }
 
 TYPED_TEST(ChunkStreams, StoreInfo) {
