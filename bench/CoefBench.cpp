@@ -126,6 +126,28 @@ struct SScreen {
     std::vector<char> fileBytes;
 };
 
+/// The screen that was made last, of whatever kind.
+std::shared_ptr<void>& LastScreen() {
+    static std::shared_ptr<void> screen;
+    return screen;
+}
+
+/// The screen of a kind and a content. The last one is kept, for the runs of one benchmark follow
+/// each other, and making a screen takes longer than they do.
+template <class Object>
+SScreen<Object>& ScreenOf(const benchmark::State& state) {
+    static std::int64_t content = -1;
+    std::shared_ptr<void>& last = LastScreen();
+    static std::weak_ptr<void> own;
+    if (own.expired() || content != state.range(0)) {
+        content = state.range(0);
+        last.reset(); // before the next one takes memory
+        last = std::make_shared<SScreen<Object>>(static_cast<Content>(content));
+        own = last;
+    }
+    return *static_cast<SScreen<Object>*>(last.get());
+}
+
 template <class Object>
 void CountBytes(benchmark::State& state) {
     state.SetBytesProcessed(state.iterations() *
@@ -135,7 +157,7 @@ void CountBytes(benchmark::State& state) {
 
 template <class Object>
 void BareCompress(benchmark::State& state) {
-    SScreen<Object> screen(static_cast<Content>(state.range(0)));
+    SScreen<Object>& screen = ScreenOf<Object>(state);
     for (auto _ : state)
         screen.Compress();
     CountBytes<Object>(state);
@@ -143,7 +165,7 @@ void BareCompress(benchmark::State& state) {
 
 template <class Object>
 void ExportCoef(benchmark::State& state) {
-    SScreen<Object> screen(static_cast<Content>(state.range(0)));
+    SScreen<Object>& screen = ScreenOf<Object>(state);
     for (auto _ : state)
         benchmark::DoNotOptimize(
             screen.object.ExportCoef(screen.file.Path().c_str(), kScreen, nullptr, nullptr));
@@ -153,7 +175,7 @@ void ExportCoef(benchmark::State& state) {
 /// The bare calls, and their bytes written to a file.
 template <class Object>
 void BareCompressAndWrite(benchmark::State& state) {
-    SScreen<Object> screen(static_cast<Content>(state.range(0)));
+    SScreen<Object>& screen = ScreenOf<Object>(state);
     for (auto _ : state) {
         screen.Compress();
         std::fstream stream;
@@ -167,7 +189,7 @@ void BareCompressAndWrite(benchmark::State& state) {
 
 template <class Object>
 void BareDecompress(benchmark::State& state) {
-    const SScreen<Object> screen(static_cast<Content>(state.range(0)));
+    const SScreen<Object>& screen = ScreenOf<Object>(state);
     std::vector<char> out(std::size_t{kBlockElements} * 2);
     for (auto _ : state)
         screen.Decompress(out);
@@ -178,7 +200,7 @@ void BareDecompress(benchmark::State& state) {
 /// calls.
 template <class Object>
 void BareReadAndDecompress(benchmark::State& state) {
-    SScreen<Object> screen(static_cast<Content>(state.range(0)));
+    SScreen<Object>& screen = ScreenOf<Object>(state);
     std::vector<char> out(std::size_t{kBlockElements} * 2);
     for (auto _ : state) {
         std::fstream stream;
@@ -192,7 +214,7 @@ void BareReadAndDecompress(benchmark::State& state) {
 
 template <class Object>
 void LoadCoef(benchmark::State& state) {
-    SScreen<Object> screen(static_cast<Content>(state.range(0)));
+    SScreen<Object>& screen = ScreenOf<Object>(state);
     for (auto _ : state)
         benchmark::DoNotOptimize(screen.object.LoadCoef(screen.file.Path().c_str()));
     CountBytes<Object>(state);

@@ -1,6 +1,8 @@
 #include "coef/MapCorrectCoef.h"
 
+#include <algorithm>
 #include <array>
+#include <limits>
 
 #include "common/FixedPoint.h"
 #include "formats/BinaryCoefFile.h"
