@@ -218,8 +218,10 @@ void GatherPlanes(const std::byte* elements, std::size_t count, std::uint16_t* p
         return Gather<4>(elements, count, planes, layout, vectors);
     case 9:
         return Gather<9>(elements, count, planes, layout, vectors);
-    default:
+    case 12:
         return Gather<12>(elements, count, planes, layout, vectors);
+    default:
+        return GatherSingly(elements, 0, count, planes, layout);
     }
 }
 
@@ -239,8 +241,10 @@ void ScatterPlanes(Planes planes, std::byte* elements, std::size_t count, std::s
         return Scatter<4>(planes, elements, count, vectors);
     case 9:
         return Scatter<9>(planes, elements, count, vectors);
-    default:
+    case 12:
         return Scatter<12>(planes, elements, count, vectors);
+    default:
+        return ScatterSingly(planes, elements, 0, count, elemSize);
     }
 }
 

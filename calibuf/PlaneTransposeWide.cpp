@@ -288,8 +288,10 @@ std::size_t GatherPlanesWide(const std::byte* elements, std::size_t count, std::
         return Gather<4>(elements, count, planes, layout);
     case 9:
         return Gather<9>(elements, count, planes, layout);
-    default:
+    case 12:
         return Gather<12>(elements, count, planes, layout);
+    default:
+        return 0;
     }
 }
 
@@ -302,8 +304,10 @@ std::size_t ScatterPlanesWide(const std::byte* const* planes, std::size_t wordCo
         return Scatter<4>(planes, elements, count);
     case 9:
         return Scatter<9>(planes, elements, count);
-    default:
+    case 12:
         return Scatter<12>(planes, elements, count);
+    default:
+        return 0;
     }
 }
 

@@ -9,13 +9,13 @@
 
 namespace trevolt {
 
-/// As `GatherPlanes` for elements of 3, 4, 9 or 12 words. Returns how many of the `count` elements,
-/// from the first on, it has moved.
+/// As `GatherPlanes`. Returns how many of the `count` elements, from the first on, it has moved:
+/// none unless they have 3, 4, 9 or 12 words.
 std::size_t GatherPlanesWide(const std::byte* elements, std::size_t count, std::uint16_t* planes,
                              const SPlaneLayout& layout);
 
-/// As `ScatterPlanes` for packed elements of `wordCount` words: 3, 4, 9 or 12. Returns how many of
-/// the `count` elements, from the first on, it has moved.
+/// As `ScatterPlanes` for packed elements of `wordCount` words. Returns how many of the `count`
+/// elements, from the first on, it has moved: none unless they have 3, 4, 9 or 12 words.
 std::size_t ScatterPlanesWide(const std::byte* const* planes, std::size_t wordCount,
                               std::byte* elements, std::size_t count);
 

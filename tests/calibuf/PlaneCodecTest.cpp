@@ -54,7 +54,7 @@ INSTANTIATE_TEST_SUITE_P(Vectors, PlaneTranspose,
                          ::testing::Values(EVectors::Narrow, EVectors::Widest));
 
 TEST_P(PlaneTranspose, MovesEveryWordAndNoOther) {
-    for (const std::size_t wordCount : {1U, 3U, 4U, 9U, 12U})
+    for (const std::size_t wordCount : {1U, 2U, 3U, 4U, 5U, 9U, 12U})
         for (const std::size_t count :
              {0U, 1U, 2U, 7U, 8U, 9U, 15U, 16U, 17U, 25U, 32U, 33U, 260U, 32768U})
             CheckTransposition(wordCount, count, GetParam());
