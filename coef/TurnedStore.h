@@ -12,10 +12,9 @@
 namespace trevolt {
 
 /// Sizes `target` to the turned rectangle and copies the rectangle's pixels into it, each where
-/// `mode` puts it; pixels that the store's size does
-/// not hold, or that are missing, become the default. E_COEF_INVALIDARG for a store without a size,
-/// an empty rectangle or one with negative edges, or a mode that is no turn; E_FAIL when the target
-/// gets no memory.
+/// `mode` puts it; pixels that the store's size does not hold, or that are missing, become the
+/// default. E_COEF_INVALIDARG for a store without a size, an empty rectangle or one with negative
+/// edges, or a mode that is no turn; E_FAIL when the target gets no memory.
 template <class Element>
 Status CopyTurned(const CCaliBuf& store, const SPixelRect& rect, std::uint32_t mode,
                   CCaliBuf& target) {
