@@ -111,7 +111,8 @@ Status CTrevoltDlg::LoadFolder(const std::wstring& path, SMapSize size, CCoefMap
             continue;
         auto loaded = std::make_unique<CChromaCorrectCoef>();
         loaded->Resize(size.width, size.height);
-        kind->load(*loaded, (kReadersGetLoweredPath ? lowered : fullPath).c_str());
+        // A file that does not load is turned and exported from what its map holds.
+        DropStatus(kind->load(*loaded, (kReadersGetLoweredPath ? lowered : fullPath).c_str()));
         map[entry.name] = std::move(loaded);
     }
     return S_OK;
@@ -164,7 +165,7 @@ void CTrevoltDlg::ExportOne(const std::wstring& name, const CChromaCorrectCoef& 
     if (kind == nullptr)
         return;
     const std::wstring path = m_fields.targetFolder + ExportName(name, angle);
-    kind->save(map, path.c_str());
+    DropStatus(kind->save(map, path.c_str())); // the run's end is told alike, whatever was written
 }
 
 void CTrevoltDlg::ClearMaps() {

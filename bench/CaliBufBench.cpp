@@ -34,7 +34,8 @@ template <class T>
 class CBlock {
   public:
     explicit CBlock(Content content) {
-        m_owner.Buffer().Allocate(kBlockWidth, kBlockHeight);
+        if (Failed(m_owner.Buffer().Allocate(kBlockWidth, kBlockHeight)))
+            throw std::bad_alloc();
         std::mt19937 random(4711);
         for (std::uint32_t y = 0; content != kFresh && y < kBlockHeight; ++y)
             for (std::uint32_t x = 0; x < kBlockWidth; ++x)

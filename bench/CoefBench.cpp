@@ -72,9 +72,11 @@ struct SScreen {
     static constexpr std::size_t kWords = ElementOf<Object>{}.w.size();
 
     explicit SScreen(Content content) {
-        object.Create(kWidth, kHeight);
+        if (Failed(object.Create(kWidth, kHeight)))
+            throw std::bad_alloc();
         Fill(object, content);
-        object.ExportCoef(file.Path().c_str(), kScreen, nullptr, nullptr);
+        if (Failed(object.ExportCoef(file.Path().c_str(), kScreen, nullptr, nullptr)))
+            throw std::runtime_error("the screen cannot be written");
         GatherPlanes();
         Compress();
         fileBytes.resize(compressed.size());

@@ -58,7 +58,8 @@ class CTextSample {
                 m_map.SetElement(x, y, element);
             }
         }
-        WriteTextCoefFile(m_map, m_path.c_str(), nullptr);
+        if (Failed(WriteTextCoefFile(m_map, m_path.c_str(), nullptr)))
+            throw std::runtime_error("the text file cannot be written");
     }
     ~CTextSample() { std::filesystem::remove(m_path); }
 

@@ -101,7 +101,7 @@ class CChunkCollector {
     template <class Emit>
     void AddPieces(const std::vector<SPiece>& pieces, const Emit& emit) {
         for (const SPiece& piece : pieces)
-            Add(*piece.block, piece.rect, emit);
+            DropStatus(Add(*piece.block, piece.rect, emit)); // a lost chunk leaves the others whole
     }
 
     std::vector<SChunkRecord>& Records() { return m_records; }

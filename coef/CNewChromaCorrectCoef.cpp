@@ -50,7 +50,7 @@ Status CCNewChromaCorrectCoef::SetPixel10Word(std::uint32_t x, std::uint32_t y,
                                               const S9WordCoef& matrix, std::uint16_t extraWord) {
     if (FindPixel(x, y) == nullptr || FindExtraWord(x, y) == nullptr)
         return E_FAIL;
-    SetPixel(x, y, matrix);
+    DropStatus(SetPixel(x, y, matrix)); // the pixel was found above
     return SetPixelExtraWord(x, y, extraWord);
 }
 

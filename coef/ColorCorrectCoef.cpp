@@ -6,7 +6,7 @@ CColorCorrectCoef::CColorCorrectCoef()
     : m_gamma(std::make_unique<CGamma>()),
       m_gammaToLinear(std::make_unique<GammaToLinearTable>(DefaultGammaToLinear())),
       m_linearToGamma(std::make_unique<LinearToGammaTable>(DefaultLinearToGamma())) {
-    m_gamma->InitWithGamma(kDefaultGamma);
+    DropStatus(m_gamma->InitWithGamma(kDefaultGamma)); // only an exponent that is none is refused
 }
 
 CColorCorrectCoef::~CColorCorrectCoef() = default;

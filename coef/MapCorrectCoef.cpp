@@ -87,7 +87,8 @@ Status CMapCorrectCoef<Element>::SizeMapFor(const SBinaryFileKind& kind, const w
                                             SStoreRect& file) {
     std::uint32_t width = 1;
     std::uint32_t height = 1;
-    kind.readSize(path, width, height); // a failure leaves 1 × 1, and the reader meets it again
+    // A failure leaves 1 × 1, and the reader meets it again.
+    DropStatus(kind.readSize(path, width, height));
     file.width = width;
     file.height = height;
     return SizeMap(*m_pMap, std::min(width, this->GetWidth()), std::min(height, this->GetHeight()));
@@ -123,10 +124,10 @@ Status CMapCorrectCoef<Element>::LoadOwnBinary(const wchar_t* path, std::uint32_
 
 template <class Element>
 void CMapCorrectCoef<Element>::LoadMapImage(const wchar_t* path, std::uint32_t x, std::uint32_t y) {
-    ReadRawMapFile(*m_pMap, path);
+    DropStatus(ReadRawMapFile(*m_pMap, path)); // the load of an image is S_OK whatever it held
     const auto width = std::min<std::uint32_t>(m_pMap->Width(), this->GetWidth());
     const auto height = std::min<std::uint32_t>(m_pMap->Height(), this->GetHeight());
-    TakeFromMap({x, y, width, height});
+    DropStatus(TakeFromMap({x, y, width, height}));
     m_pMap->Reset();
 }
 

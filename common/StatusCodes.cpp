@@ -30,7 +30,7 @@ constexpr std::array kStatusTexts{
 };
 
 constexpr StatusText kSuccess{S_OK, "S_OK", "success"};
-constexpr StatusText kUnknown{-1, "unknown status", "unknown failure"};
+constexpr StatusText kUnknown{MakeStatus(0xFFFFFFFF), "unknown status", "unknown failure"};
 
 const StatusText& FindText(Status status) {
     if (!Failed(status))

@@ -14,12 +14,16 @@
 
 namespace trevolt {
 
-using Status = std::int32_t;
+/// Any 32-bit value: a few readers answer another non-negative one than 0 on success. The compiler
+/// notices a status that nobody looks at; what is dropped on purpose goes to `DropStatus`.
+enum [[nodiscard]] Status : std::int32_t{};
 
 constexpr Status MakeStatus(std::uint32_t bits) { return static_cast<Status>(bits); }
 constexpr bool Failed(Status status) { return status < 0; }
+/// Takes a status that is dropped on purpose; the caller says why.
+constexpr void DropStatus(Status /*unused*/) {}
 
-inline constexpr Status S_OK = 0;
+inline constexpr Status S_OK = MakeStatus(0);
 /// General failure; an operation that a kind does not offer; sizes that do not match.
 inline constexpr Status E_FAIL = MakeStatus(0x80004005);
 /// A coefficient object has no store.

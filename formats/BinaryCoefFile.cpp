@@ -79,7 +79,7 @@ Status Read9fCoefFile(CChromaCorrectCoef& map, const wchar_t* path) {
                 });
     // The result of copying a whole grid over the map's, a truth value, is the status.
     const bool sameShape = body.Width() == map.Width() && body.Height() == map.Height();
-    return sameShape && !map.IsEmpty() ? 1 : S_OK;
+    return sameShape && !map.IsEmpty() ? MakeStatus(1) : S_OK;
 }
 
 Status Read3fCoefFile(CChromaCorrectCoef& map, const wchar_t* path) {

@@ -21,8 +21,9 @@ Status ReadRawMapFile(CChromaCorrectCoef& map, const wchar_t* path) {
     // The stored size never outlives the reset that follows it, so it is not even looked at.
     stream.ignore(kUnusedFields);
     map.Reset();
-    map.ColourGrid().ReadFromFile(stream);
-    map.GainGrid().ReadFromFile(stream);
+    // A grid that cannot be read stays empty; the magic alone decides the result.
+    DropStatus(map.ColourGrid().ReadFromFile(stream));
+    DropStatus(map.GainGrid().ReadFromFile(stream));
     return S_OK;
 }
 

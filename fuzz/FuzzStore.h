@@ -69,7 +69,8 @@ inline CCaliBuf& StoreFor(std::span<const std::byte> input, const SChoice& choic
     if (!isSized) {
         store->SetElement(choice.kind->elemSize, choice.kind->planeCount);
         const bool fits = store->HasRoomFor(header.width, header.height);
-        store->Allocate(fits ? header.width : 0, fits ? header.height : 0);
+        // Without memory for the last blocks the rest is read into those that are there.
+        DropStatus(store->Allocate(fits ? header.width : 0, fits ? header.height : 0));
     }
     return *store;
 }

@@ -220,7 +220,7 @@ TEST(Channels, ThroughTheChromaTable) {
     CCNewChromaCorrectCoef object;
     ASSERT_EQ(object.Create(2, 1), S_OK);
     const auto set = [&](std::uint16_t word) {
-        object.SetPixel9Word(0, 0, {{word, 9, 9, 9, 9, 9, 9, 9, 9}});
+        ASSERT_EQ(object.SetPixel9Word(0, 0, {{word, 9, 9, 9, 9, 9, 9, 9, 9}}), S_OK);
     };
     set(65535);
     EXPECT_FALSE(object.SetPixelChannel(0, 0, 0, 0.0F, 31)); // 65536 clamps

@@ -264,7 +264,7 @@ TEST_F(ExtraWordFiles, WithoutTheMatrixStore) {
     test::CreateWithPattern(object, 40, 24);
     ASSERT_EQ(object.ExportCoef(path.c_str(), Whole(object), nullptr, nullptr), S_OK);
     const SWordCoef before = *object.FindExtraWord(3, 3);
-    object.ExtraStore()->Allocate(40, 24);
+    ASSERT_EQ(object.ExtraStore()->Allocate(40, 24), S_OK);
     object.SetStoreOwner(nullptr);
     EXPECT_EQ(object.LoadCoef(path.c_str()), E_POINTER);
     EXPECT_NE(before.w[0], 0);

@@ -310,7 +310,7 @@ class CCountingSink final : public CProgressSink {
     bool IsCancelled(SOperationId) override { return reports >= m_stopAfter; }
 
     int reports = 0;
-    Status ended = 1;
+    Status ended = E_HANDLE;
 
   private:
     int m_stopAfter;

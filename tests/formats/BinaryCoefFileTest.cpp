@@ -462,11 +462,13 @@ TEST(BinaryCoefFile9f, TrailingValuesAreTheNextStoredPixelsFirstThree) {
         std::int32_t width, height, mapWidth, mapHeight;
         Status status;
     };
+    constexpr Status kGridCopied = MakeStatus(1);
     // The block of 2^18 pixels ends inside the last three; maps differ from the file in the others.
     for (const Sizes& sizes :
-         {Sizes{1, 1, 1, 1, 1}, Sizes{3, 2, 3, 2, 1}, Sizes{3, 2, 4, 4, 0}, Sizes{3, 2, 2, 1, 0},
-          Sizes{3, 2, 2, 4, 0}, Sizes{512, 512, 512, 512, 1}, Sizes{5, 52429, 5, 52429, 1},
-          Sizes{700, 400, 640, 480, 0}, Sizes{65535, 5, 65535, 5, 1}}) {
+         {Sizes{1, 1, 1, 1, kGridCopied}, Sizes{3, 2, 3, 2, kGridCopied}, Sizes{3, 2, 4, 4, S_OK},
+          Sizes{3, 2, 2, 1, S_OK}, Sizes{3, 2, 2, 4, S_OK}, Sizes{512, 512, 512, 512, kGridCopied},
+          Sizes{5, 52429, 5, 52429, kGridCopied}, Sizes{700, 400, 640, 480, S_OK},
+          Sizes{65535, 5, 65535, 5, kGridCopied}}) {
         CChromaCorrectCoef file;
         file.Resize(sizes.width, sizes.height);
         PaintMap(file, [&](std::int32_t x, std::int32_t y) {

@@ -35,7 +35,7 @@ inline const std::array kBinaryKinds{
                36,
                false,
                true,
-               1},
+               MakeStatus(1)},
     BinaryKind{"3fcoef",
                Read3fCoefFile,
                Write3fCoefFile,
@@ -45,7 +45,7 @@ inline const std::array kBinaryKinds{
                12,
                true,
                true,
-               0},
+               S_OK},
     BinaryKind{"9bcoef",
                Read9bCoefFile,
                Write9bCoefFile,
@@ -55,7 +55,7 @@ inline const std::array kBinaryKinds{
                9,
                false,
                false,
-               0},
+               S_OK},
     BinaryKind{"3bcoef",
                Read3bCoefFile,
                Write3bCoefFile,
@@ -65,7 +65,7 @@ inline const std::array kBinaryKinds{
                3,
                true,
                false,
-               0},
+               S_OK},
 };
 constexpr std::size_t k9f = 0;
 constexpr std::size_t k3f = 1;
