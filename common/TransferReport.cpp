@@ -26,6 +26,17 @@ void CTransferReport::NoteFailedChunks(std::uint32_t count) {
         report->m_failedChunks += count;
 }
 
+void CTransferReport::NoteMissingPixels(std::uint64_t count) {
+    for (CTransferReport* report = t_innermost; report != nullptr; report = report->m_outer)
+        report->m_missingPixels += count;
+}
+
+void CTransferReport::NoteFailedRead(Status status) {
+    for (CTransferReport* report = t_innermost; report != nullptr; report = report->m_outer)
+        if (report->m_failedRead == S_OK)
+            report->m_failedRead = status;
+}
+
 void CloseWritten(std::fstream& stream) {
     stream.close();
     if (!stream)

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <fstream>
 
+#include "common/StatusCodes.h"
+
 namespace trevolt {
 
 /// Collects, while it lives, what the operations of this thread note. Reports nest: a note reaches
@@ -23,16 +25,24 @@ class CTransferReport {
     bool WasMemoryRefused() const { return m_memoryRefused; }
     /// Chunks of word files that could not be read.
     std::uint32_t FailedChunks() const { return m_failedChunks; }
+    /// Pixels of a word file's stated size that none of its chunks holds.
+    std::uint64_t MissingPixels() const { return m_missingPixels; }
+    /// The status of the first read that failed behind a success, S_OK when there was none.
+    Status FailedRead() const { return m_failedRead; }
 
     static void NoteWriteFailed();
     static void NoteMemoryRefused();
     static void NoteFailedChunks(std::uint32_t count);
+    static void NoteMissingPixels(std::uint64_t count);
+    static void NoteFailedRead(Status status);
 
   private:
     CTransferReport* m_outer;
     bool m_writeFailed = false;
     bool m_memoryRefused = false;
     std::uint32_t m_failedChunks = 0;
+    std::uint64_t m_missingPixels = 0;
+    Status m_failedRead = S_OK;
 };
 
 /// Closes a stream that was written to, and notes when it failed now or before.

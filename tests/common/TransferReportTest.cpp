@@ -15,6 +15,8 @@ TEST(TransferReport, StartsClean) {
     EXPECT_FALSE(report.HasWriteFailed());
     EXPECT_FALSE(report.WasMemoryRefused());
     EXPECT_EQ(report.FailedChunks(), 0U);
+    EXPECT_EQ(report.MissingPixels(), 0U);
+    EXPECT_EQ(report.FailedRead(), S_OK);
 }
 
 TEST(TransferReport, NotesReachTheInnermostReportAndThoseAroundIt) {
@@ -32,6 +34,21 @@ TEST(TransferReport, NotesReachTheInnermostReportAndThoseAroundIt) {
     EXPECT_EQ(outer.FailedChunks(), 3U);
     EXPECT_TRUE(outer.HasWriteFailed());
     EXPECT_TRUE(outer.WasMemoryRefused());
+}
+
+TEST(TransferReport, AddsMissingPixelsAndKeepsTheFirstFailedRead) {
+    const CTransferReport outer;
+    CTransferReport::NoteMissingPixels(40000);
+    CTransferReport::NoteFailedRead(E_COEF_BADFORMAT);
+    {
+        const CTransferReport inner;
+        CTransferReport::NoteMissingPixels(8589934592);
+        CTransferReport::NoteFailedRead(E_FAIL);
+        EXPECT_EQ(inner.MissingPixels(), 8589934592U);
+        EXPECT_EQ(inner.FailedRead(), E_FAIL);
+    }
+    EXPECT_EQ(outer.MissingPixels(), 8589974592U);
+    EXPECT_EQ(outer.FailedRead(), E_COEF_BADFORMAT);
 }
 
 TEST(TransferReport, IsOfItsThreadOnly) {
