@@ -201,6 +201,13 @@ class CCaliBuf {
     // A chunk that does not fit its record, the stream or the store has failed with E_FAIL and the
     // next ones are still read; the result is that of the last chunk that was decoded or failed.
     // Damage that the result hides stands in `LastRead` and in the thread's transfer report.
+    //
+    // Whole files and images also note there how many pixels of the size in their header no record
+    // of the directory holds (one whose chunk fails has failed and is not missing). It is the file
+    // that is measured: neither clip nor blocks of the store count. A band read takes a part, which
+    // may leave out anything, and notes nothing; nor does a single-word store, whose words stand
+    // beside a matrix store's. Without memory for counting the read goes on, and the report tells
+    // of the refusal.
 
     /// Reads the chunk file that starts at the current position and moves it so that its origin
     /// comes to (x, y). With both clip sizes non-zero a chunk is cut to so many columns and rows.

@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "calibuf/CaliBuf.h"
+#include "calibuf/ChunkCoverage.h"
+#include "calibuf/ChunkDirectory.h"
 #include "calibuf/PlaneCodec.h"
 #include "common/TransferReport.h"
 #include "platform/FileStream.h"
@@ -245,24 +247,13 @@ class CMemoryBytes {
     std::uint64_t m_at = 0;
 };
 
-/// The records of a directory that lies in memory.
-struct SDirectory {
-    const std::byte* bytes;
-    std::uint32_t count;
-    std::uint32_t planeCount;
-
-    SChunkRecord operator[](std::uint32_t i) const {
-        return DecodeChunkRecord(bytes + std::size_t{i} * ChunkRecordBytes(planeCount), planeCount);
-    }
-};
-
 /// The largest of a directory's possible chunks: what scratch memory must hold. A file of one
 /// small cabinet needs little.
 struct SLargestChunk {
     std::size_t elements = 0;
     std::size_t compressedBytes = 0;
 
-    SLargestChunk(const SDirectory& directory, std::size_t elemSize) {
+    SLargestChunk(const SChunkDirectory& directory, std::size_t elemSize) {
         for (std::uint32_t i = 0; i < directory.count; ++i) {
             const SChunkRecord record = directory[i];
             if (!IsPossibleChunk(record, elemSize))
@@ -275,7 +266,7 @@ struct SLargestChunk {
 
 /// Takes the chunks of a directory from `source` in order, those whose record `isWanted`.
 template <class Source, class Wanted>
-void PlaceChunks(const SDirectory& directory, Source& source, CChunkPlacer& placer,
+void PlaceChunks(const SChunkDirectory& directory, Source& source, CChunkPlacer& placer,
                  std::size_t elemSize, const SPlacement& placement, const Wanted& isWanted) {
     for (std::uint32_t i = 0; i < directory.count; ++i) {
         const SChunkRecord record = directory[i];
@@ -315,32 +306,38 @@ Status ReadDirectory(std::istream& stream, std::uint32_t count, std::uint32_t pl
     return stream ? S_OK : E_FAIL;
 }
 
-/// Reads directory and chunks from the stream's position. `place` gives the placement once the
-/// directory is known.
-template <class Placing, class Wanted>
-Status ReadChunks(std::istream& stream, std::uint32_t recordCount, CCaliBuf& store,
-                  SChunkCounts& counts, const Placing& place, const Wanted& isWanted) {
-    CBudgetBlock directoryBytes;
-    const Status status = ReadDirectory(stream, recordCount, store.PlaneCount(), directoryBytes);
-    if (Failed(status))
-        return status;
-    const SDirectory directory{directoryBytes.Data(), recordCount, store.PlaneCount()};
+/// Reads the chunks of a directory, behind which the stream stands.
+template <class Wanted>
+Status ReadChunks(std::istream& stream, const SChunkDirectory& directory, CCaliBuf& store,
+                  SChunkCounts& counts, const SPlacement& placement, const Wanted& isWanted) {
     const SLargestChunk largest(directory, store.ElemSize());
     CStreamBytes source(stream, largest.compressedBytes);
     CChunkPlacer placer(store, largest.elements);
     if (!source.IsReady() || !placer.IsReady())
         return E_COEF_NOBUFFER;
-    PlaceChunks(directory, source, placer, store.ElemSize(), place(directory), isWanted);
+    PlaceChunks(directory, source, placer, store.ElemSize(), placement, isWanted);
     counts = placer.Counts();
     CTransferReport::NoteFailedChunks(counts.failed);
     return placer.Result();
+}
+
+/// Notes what a directory leaves out of the area whose left top is (x, y), in the records' own
+/// coordinates, and whose size the header states. Not that of a single-word store: extra words go
+/// beside a matrix store, whose part of the file is the one that counts.
+void NoteMissingPixels(const SChunkDirectory& directory, const SChunkHeader& header,
+                       std::uint64_t x, std::uint64_t y, std::size_t elemSize) {
+    if (elemSize == sizeof(SWordCoef))
+        return;
+    const SStatedArea area{x, y, x + header.width, y + header.height};
+    if (const auto missing = CountMissingPixels(directory, area))
+        CTransferReport::NoteMissingPixels(*missing);
 }
 
 bool AllWanted(const SChunkRecord& /*record*/) { return true; }
 
 /// The top edge of the last record with this block index, 0 when there is none. Directory space
 /// that stayed empty reads as a record of block 0 at the top.
-std::uint32_t TopOfChunk(const SDirectory& directory, std::uint32_t index) {
+std::uint32_t TopOfChunk(const SChunkDirectory& directory, std::uint32_t index) {
     std::uint32_t top = 0;
     for (std::uint32_t i = 0; i < directory.count; ++i) {
         const SChunkRecord record = directory[i];
@@ -363,11 +360,15 @@ Status CCaliBuf::ReadRectChunks(std::istream& stream, std::uint32_t x, std::uint
             return E_FAIL;
         stream.seekg(static_cast<std::streamoff>(header.directoryOffset));
     }
-    const auto placement = [&](const SDirectory&) {
-        return SPlacement{std::int64_t{x} - header.originX, std::int64_t{y} - header.originY,
-                          clipWidth, clipHeight};
-    };
-    return ReadChunks(stream, header.recordCount, *this, m_lastRead, placement, AllWanted);
+    CBudgetBlock directoryBytes;
+    const Status status = ReadDirectory(stream, header.recordCount, m_nPlaneCount, directoryBytes);
+    if (Failed(status))
+        return status;
+    const SChunkDirectory directory{directoryBytes.Data(), header.recordCount, m_nPlaneCount};
+    NoteMissingPixels(directory, header, header.originX, header.originY, m_nElemSize);
+    const SPlacement placement{std::int64_t{x} - header.originX, std::int64_t{y} - header.originY,
+                               clipWidth, clipHeight};
+    return ReadChunks(stream, directory, *this, m_lastRead, placement, AllWanted);
 }
 
 Status CCaliBuf::ReadBandChunks(std::istream& stream, std::uint32_t x, std::uint32_t y,
@@ -379,13 +380,16 @@ Status CCaliBuf::ReadBandChunks(std::istream& stream, std::uint32_t x, std::uint
     // Counted from the end of the header, unlike above.
     if (m_nElemSize == sizeof(SWordCoef))
         stream.seekg(static_cast<std::streamoff>(header.directoryOffset), std::ios::cur);
-    const auto placement = [&](const SDirectory& directory) {
-        return SPlacement{x, std::int64_t{y} - TopOfChunk(directory, firstIndex)};
-    };
+    CBudgetBlock directoryBytes;
+    const Status status = ReadDirectory(stream, header.recordCount, m_nPlaneCount, directoryBytes);
+    if (Failed(status))
+        return status;
+    const SChunkDirectory directory{directoryBytes.Data(), header.recordCount, m_nPlaneCount};
+    const SPlacement placement{x, std::int64_t{y} - TopOfChunk(directory, firstIndex)};
     const auto isInBand = [&](const SChunkRecord& record) {
         return record.index >= firstIndex && record.index < endIndex;
     };
-    return ReadChunks(stream, header.recordCount, *this, m_lastRead, placement, isInBand);
+    return ReadChunks(stream, directory, *this, m_lastRead, placement, isInBand);
 }
 
 Status CCaliBuf::LoadFromMemory(const std::byte* source, std::size_t length) {
@@ -397,7 +401,8 @@ Status CCaliBuf::LoadFromMemory(const std::byte* source, std::size_t length) {
         std::uint64_t{header.recordCount} * ChunkRecordBytes(m_nPlaneCount);
     if (directoryBytes > length - kChunkHeaderBytes)
         return E_FAIL;
-    const SDirectory directory{source + kChunkHeaderBytes, header.recordCount, m_nPlaneCount};
+    const SChunkDirectory directory{source + kChunkHeaderBytes, header.recordCount, m_nPlaneCount};
+    NoteMissingPixels(directory, header, 0, 0, m_nElemSize);
     CChunkPlacer placer(*this, SLargestChunk(directory, m_nElemSize).elements);
     if (!placer.IsReady())
         return E_FAIL;

@@ -707,8 +707,10 @@ void LoadSample(CCaliOperation<T>& owner, std::wstring_view name) {
     const SChunkHeader header = DecodeChunkHeader(bytes.data());
     ASSERT_EQ(owner.Buffer().Allocate(header.width, header.height), S_OK);
     stream.seekg(0);
+    const CTransferReport report;
     EXPECT_EQ(owner.Buffer().ReadRectChunks(stream, 0, 0, 0, 0), S_OK);
     EXPECT_EQ(owner.Buffer().LastRead(), (SChunkCounts{.read = header.recordCount}));
+    EXPECT_EQ(report.MissingPixels(), 0U);
 }
 
 const WordPlaces kPlacesOf9{0, 1, 2, 3, 4, 5, 6, 7, 8};
