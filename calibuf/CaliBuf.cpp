@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::uint32_t kBlockBookkeeping = 24; // bytes counted for a block besides its data
 
-/// `rect` relative to the block's corner; false when it does not lie inside the block.
+/// Whether `rect`, in pixels of the grid, lies inside the block.
 bool IsInsideBlock(const BlockRecord& block, const SPixelRect& rect) {
     const std::int64_t left = std::int64_t{rect.left} - block.nX;
     const std::int64_t top = std::int64_t{rect.top} - block.nY;
@@ -134,8 +134,8 @@ Status CCaliBuf::AllocateBlock(std::uint32_t index, std::uint32_t x, std::uint32
 }
 
 Status CCaliBuf::FillBlockDefault(std::uint32_t index) {
-    BlockRecord* const block = Block(index);
-    if (block == nullptr || block->pData == nullptr)
+    const BlockRecord* const block = BlockWithData(index);
+    if (block == nullptr)
         return E_COEF_NOBUFFER;
     const WordElementKind* const kind = FindWordElementKind(m_nElemSize);
     if (kind == nullptr)
@@ -150,8 +150,8 @@ Status CCaliBuf::FillBlockDefault(std::uint32_t index) {
 
 Status CCaliBuf::CopyRectIn(std::uint32_t index, const std::byte* source, const SPixelRect& piece,
                             std::uint32_t sourceStart, std::uint32_t sourceStride) {
-    BlockRecord* const block = Block(index);
-    if (source == nullptr || block == nullptr || block->pData == nullptr)
+    const BlockRecord* const block = BlockWithData(index);
+    if (source == nullptr || block == nullptr)
         return E_COEF_NOBUFFER;
     if (piece.Height() <= 0)
         return S_OK;
@@ -170,8 +170,8 @@ Status CCaliBuf::CopyRectIn(std::uint32_t index, const std::byte* source, const 
 
 void CCaliBuf::CopyRectOut(std::uint32_t index, const SPixelRect& rect,
                            std::byte* destination) const {
-    const BlockRecord* const block = Block(index);
-    if (destination == nullptr || block == nullptr || block->pData == nullptr)
+    const BlockRecord* const block = BlockWithData(index);
+    if (destination == nullptr || block == nullptr)
         return;
     if (rect.Width() <= 0 || rect.Height() <= 0 || !IsInsideBlock(*block, rect))
         return;
@@ -209,13 +209,15 @@ Status CCaliBuf::DecompressPlanes(const SChunkRecord& record, const std::byte* c
     CPlaneCodec codec(m_nElemSize, record.Elements());
     if (!codec.IsReady())
         return E_COEF_NOBUFFER;
-    return codec.Decompress(record, compressed, destination, total);
+    const Status status = codec.Decode(record, compressed);
+    total = codec.Scatter(destination);
+    return status;
 }
 
 bool CCaliBuf::ComputeMD5(std::wstring& text) const {
     CMd5 md5;
     for (const std::uint32_t index : UsedBlocks()) {
-        const BlockRecord* const block = Block(index);
+        const BlockRecord* const block = BlockWithData(index);
         if (block == nullptr || !md5.Add(block->pData, block->nBytes))
             return false;
     }

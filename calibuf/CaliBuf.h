@@ -27,10 +27,11 @@ namespace trevolt {
 /// One allocated block.
 struct BlockRecord {
     std::uint32_t nIndex = 0;
-    std::uint32_t nX = 0;       ///< pixel column of the left edge
-    std::uint32_t nY = 0;       ///< pixel row of the top edge
-    std::uint32_t nBytes = 0;   ///< size of the data
-    std::byte* pData = nullptr; ///< 32768 elements, row-major, 256 a row; in `memory`
+    std::uint32_t nX = 0;     ///< pixel column of the left edge
+    std::uint32_t nY = 0;     ///< pixel row of the top edge
+    std::uint32_t nBytes = 0; ///< size of the data
+    /// 32768 elements, row-major, 256 a row; in `memory`. A block without data counts as missing.
+    std::byte* pData = nullptr;
     CBudgetBlock memory;
 };
 
@@ -62,8 +63,9 @@ class CCaliBuf {
 
     /// Drops all blocks, records the size and allocates the covering blocks row by row, each filled
     /// with the kind's default element. An empty size leaves no block and succeeds.
-    /// E_COEF_INVALIDARG, nothing changed, for a size past the grid; E_COEF_SIZELIMIT when the next
-    /// block would pass the size limit, E_FAIL when memory is refused: the blocks before it stay.
+    /// E_COEF_INVALIDARG, nothing changed, for a size past the grid. E_COEF_SIZELIMIT when the next
+    /// block would pass the size limit, E_FAIL when its data is refused, E_COEF_NOBUFFER when its
+    /// record is: the blocks before it stay.
     Status Allocate(std::uint32_t width, std::uint32_t height);
 
     /// Whether the memory budget holds all blocks of such an area beside what is outstanding. To be
@@ -128,14 +130,20 @@ class CCaliBuf {
         return index < kGridBlocks ? m_apBlocks[index] : nullptr;
     }
 
+    /// Block `index` as above, null also when it has no data.
+    const BlockRecord* BlockWithData(std::uint32_t index) const {
+        const BlockRecord* block = Block(index);
+        return block == nullptr || block->pData == nullptr ? nullptr : block;
+    }
+
     /// The element of pixel (x, y), `ElemSize()` bytes, null when its block is missing. Elements
     /// are aligned to 2 bytes; those of one block row follow each other.
     std::byte* FindElement(std::uint32_t x, std::uint32_t y) {
         return const_cast<std::byte*>(std::as_const(*this).FindElement(x, y));
     }
     const std::byte* FindElement(std::uint32_t x, std::uint32_t y) const {
-        const BlockRecord* block = Block(BlockIndexOfPixel(x, y));
-        if (block == nullptr || block->pData == nullptr)
+        const BlockRecord* block = BlockWithData(BlockIndexOfPixel(x, y));
+        if (block == nullptr)
             return nullptr;
         return block->pData + std::size_t{PlaceInBlock(x, y)} * m_nElemSize;
     }
@@ -155,11 +163,12 @@ class CCaliBuf {
                           std::uint32_t* planeSizes, std::uint16_t width,
                           std::uint16_t height) const;
 
-    /// Decodes a chunk: the record's planes at `compressed` (`totalSize` bytes) become
-    /// width × height packed elements at `destination`; `total` becomes the decoded bytes.
-    /// E_COEF_NOBUFFER for a null pointer or refused scratch memory. E_FAIL for a record that no
-    /// chunk of this store can have, sizes that contradict each other, or a plane that does not
-    /// decode to exactly its words; the destination is as it was then.
+    /// Decodes a chunk: the record's planes at `compressed` (`totalSize` bytes, which may be more
+    /// than theirs) become width × height packed elements at `destination`; `total` becomes the
+    /// decoded bytes. E_COEF_NOBUFFER for a null pointer or refused scratch memory; E_FAIL for a
+    /// record that no chunk of this store can have, and at the first plane that lies past
+    /// `totalSize` or does not decode to exactly its words. The planes before it are kept and count
+    /// in `total`; everything else at the destination is as it was.
     Status DecompressPlanes(const SChunkRecord& record, const std::byte* compressed,
                             std::byte* destination, std::uint32_t& total) const;
 
@@ -198,8 +207,11 @@ class CCaliBuf {
                            std::int32_t shiftX, std::int32_t shiftY) const;
 
     // Readers fill blocks that are allocated and allocate none: chunks on other blocks are skipped.
-    // A chunk that does not fit its record, the stream or the store has failed with E_FAIL and the
-    // next ones are still read; the result is that of the last chunk that was decoded or failed.
+    // A chunk that does not fit its record, the stream or the store has failed with E_FAIL, and the
+    // next ones are still read; the result is that of the last chunk that was decoded or failed. No
+    // block takes a part of a chunk that does not decode whole. One whose data is missing where no block would take it has
+    // failed, too, but leaves the result alone. A stream that ends too early, in the directory or
+    // in the data, has its fail bit set; any other stands behind the data of the last record.
     // Damage that the result hides stands in `LastRead` and in the thread's transfer report.
     //
     // Whole files and images also note there how many pixels of the size in their header no record

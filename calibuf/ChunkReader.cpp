@@ -67,8 +67,25 @@ class CChunkPlacer {
     /// Takes the next chunk; `compressed` is null when its bytes are not there.
     void Take(const SChunkRecord& record, const std::byte* compressed,
               const SPlacement& placement) {
-        const Outcome outcome =
-            compressed == nullptr ? Outcome::Failed : Place(record, compressed, placement);
+        Count(Place(record, compressed, placement));
+    }
+
+    /// Counts a chunk that no store of the kind can have.
+    void CountImpossible() { Count(Outcome::Failed); }
+
+    Status Result() const { return m_result; }
+    const SChunkCounts& Counts() const { return m_counts; }
+
+  private:
+    enum class Outcome {
+        Read,
+        DecodedOnly, ///< whole, but none of its blocks is there
+        Skipped,     ///< not looked at: its only block is not there
+        NotMissed,   ///< its bytes are not there, and neither is a block for it
+        Failed
+    };
+
+    void Count(Outcome outcome) {
         switch (outcome) {
         case Outcome::Read:
             ++m_counts.read;
@@ -81,23 +98,15 @@ class CChunkPlacer {
         case Outcome::Skipped:
             ++m_counts.skipped;
             break;
+        case Outcome::NotMissed:
+            ++m_counts.failed;
+            break;
         case Outcome::Failed:
             ++m_counts.failed;
             m_result = E_FAIL;
             break;
         }
     }
-
-    Status Result() const { return m_result; }
-    const SChunkCounts& Counts() const { return m_counts; }
-
-  private:
-    enum class Outcome {
-        Read,
-        DecodedOnly, ///< whole, but none of its blocks is there
-        Skipped,     ///< not looked at: its only block is not there
-        Failed
-    };
 
     Outcome Place(const SChunkRecord& record, const std::byte* compressed,
                   const SPlacement& placement) {
@@ -106,29 +115,38 @@ class CChunkPlacer {
         if (left < 0 || top < 0)
             return Outcome::Failed;
         const SChunkArea area{left, top, left + record.width, top + record.height};
+        if (compressed == nullptr)
+            return FallsOnABlock(area) ? Outcome::Failed : Outcome::NotMissed;
         return area.IsInOneBlock() ? PlaceWhole(record, compressed, area, placement)
                                    : PlacePieces(record, compressed, area, placement);
+    }
+
+    bool FallsOnABlock(const SChunkArea& area) const {
+        for (std::int64_t column = area.FirstColumn(); column <= area.LastColumn(); ++column)
+            for (std::int64_t row = area.FirstRow(); row <= area.LastRow(); ++row)
+                if (m_store.BlockWithData(BlockIndexAt(column, row)) != nullptr)
+                    return true;
+        return false;
     }
 
     /// A chunk inside one block: nothing is decoded for a missing block.
     Outcome PlaceWhole(const SChunkRecord& record, const std::byte* compressed,
                        const SChunkArea& area, const SPlacement& placement) {
         const std::uint32_t index = BlockIndexAt(area.FirstColumn(), area.FirstRow());
-        BlockRecord* const block = m_store.Block(index);
+        const BlockRecord* const block = m_store.BlockWithData(index);
         if (block == nullptr)
             return Outcome::Skipped;
+        if (Failed(m_codec.Decode(record, compressed)))
+            return Outcome::Failed;
         SPixelRect piece = CutToBlock(area, area.FirstColumn(), area.FirstRow());
-        std::uint32_t decoded = 0;
         const bool isAtItsPlace = BlockIndexOfPixel(block->nX, block->nY) == index &&
                                   PlaceInBlock(block->nX, block->nY) == 0;
         if (isAtItsPlace && piece.Width() == kBlockWidth && !placement.IsClipped()) {
-            std::byte* const rows = m_store.FindElement(static_cast<std::uint32_t>(piece.left),
-                                                        static_cast<std::uint32_t>(piece.top));
-            return Failed(m_codec.Decompress(record, compressed, rows, decoded)) ? Outcome::Failed
-                                                                                 : Outcome::Read;
+            m_codec.Scatter(m_store.FindElement(static_cast<std::uint32_t>(piece.left),
+                                                static_cast<std::uint32_t>(piece.top)));
+            return Outcome::Read;
         }
-        if (Failed(m_codec.Decompress(record, compressed, m_elements.Data(), decoded)))
-            return Outcome::Failed;
+        m_codec.Scatter(m_elements.Data());
         Clip(piece, area, placement);
         return CopyPiece(index, piece, area, record.width);
     }
@@ -136,9 +154,9 @@ class CChunkPlacer {
     /// A chunk over several blocks: decoded once, then copied to those that are there.
     Outcome PlacePieces(const SChunkRecord& record, const std::byte* compressed,
                         const SChunkArea& area, const SPlacement& placement) {
-        std::uint32_t decoded = 0;
-        if (Failed(m_codec.Decompress(record, compressed, m_elements.Data(), decoded)))
+        if (Failed(m_codec.Decode(record, compressed)))
             return Outcome::Failed;
+        m_codec.Scatter(m_elements.Data());
         Outcome outcome = Outcome::DecodedOnly;
         const auto note = [&outcome](Outcome piece) {
             if (outcome != Outcome::Failed)
@@ -147,7 +165,7 @@ class CChunkPlacer {
         for (std::int64_t column = area.FirstColumn(); column <= area.LastColumn(); ++column) {
             for (std::int64_t row = area.FirstRow(); row <= area.LastRow(); ++row) {
                 const std::uint32_t index = BlockIndexAt(column, row);
-                if (m_store.Block(index) == nullptr)
+                if (m_store.BlockWithData(index) == nullptr)
                     continue;
                 SPixelRect piece = CutToBlock(area, column, row);
                 if (Clip(piece, area, placement))
@@ -197,12 +215,9 @@ class CStreamBytes {
     bool IsReady() const { return static_cast<bool>(m_scratch); }
 
     const std::byte* Take(std::uint32_t count) {
-        const std::uint64_t from = m_at;
+        Settle();
         if (!Advance(count))
             return nullptr;
-        if (m_mustSeek)
-            m_stream.seekg(static_cast<std::streamoff>(from));
-        m_mustSeek = false;
         m_stream.read(reinterpret_cast<char*>(m_scratch.Data()), count);
         return m_stream ? m_scratch.Data() : nullptr;
     }
@@ -210,6 +225,13 @@ class CStreamBytes {
     void Skip(std::uint32_t count) {
         Advance(count);
         m_mustSeek = true;
+    }
+
+    /// Goes behind what was taken and skipped; a stream that has failed stays where it is.
+    void Settle() {
+        if (m_mustSeek)
+            m_stream.seekg(static_cast<std::streamoff>(m_at));
+        m_mustSeek = false;
     }
 
   private:
@@ -278,7 +300,7 @@ void PlaceChunks(const SChunkDirectory& directory, Source& source, CChunkPlacer&
             placer.Take(record, source.Take(record.totalSize), placement);
         } else {
             source.Skip(record.totalSize);
-            placer.Take(record, nullptr, placement);
+            placer.CountImpossible();
         }
     }
 }
@@ -291,14 +313,16 @@ bool ReadHeader(std::istream& stream, SChunkHeader& header) {
     return true;
 }
 
-/// Reads `count` records at the stream's position. E_FAIL when the stream is too short for them,
-/// E_COEF_NOBUFFER when there is no memory.
+/// Reads `count` records at the stream's position. E_FAIL, and the stream has failed, when it is too
+/// short for them; E_COEF_NOBUFFER when there is no memory.
 Status ReadDirectory(std::istream& stream, std::uint32_t count, std::uint32_t planeCount,
                      CBudgetBlock& bytes) {
     const std::uint64_t size = std::uint64_t{count} * ChunkRecordBytes(planeCount);
     const auto stored = BytesToEnd(stream);
-    if (!stored || size > *stored)
+    if (!stored || size > *stored) {
+        stream.setstate(std::ios::failbit);
         return E_FAIL;
+    }
     bytes = CBudgetBlock(static_cast<std::size_t>(size));
     if (!bytes)
         return E_COEF_NOBUFFER;
@@ -316,6 +340,7 @@ Status ReadChunks(std::istream& stream, const SChunkDirectory& directory, CCaliB
     if (!source.IsReady() || !placer.IsReady())
         return E_COEF_NOBUFFER;
     PlaceChunks(directory, source, placer, store.ElemSize(), placement, isWanted);
+    source.Settle();
     counts = placer.Counts();
     CTransferReport::NoteFailedChunks(counts.failed);
     return placer.Result();

@@ -34,7 +34,7 @@ std::vector<SPiece> PiecesOf(const CCaliBuf& store, const SPixelRect& rect) {
     const SBlockSpan span = BlocksTouchedBy(rect);
     for (std::int64_t column = span.column0; column < span.column1; ++column) {
         for (std::int64_t row = span.row0; row < span.row1; ++row) {
-            const BlockRecord* const block = store.Block(BlockIndexAt(column, row));
+            const BlockRecord* const block = store.BlockWithData(BlockIndexAt(column, row));
             if (block == nullptr)
                 continue;
             const SPixelRect piece = Intersect(BlockRect(*block), rect);
@@ -91,7 +91,7 @@ class CChunkCollector {
     Status AddAll(const Emit& emit) {
         Status status = S_OK;
         for (const std::uint32_t index : m_store.UsedBlocks()) {
-            const BlockRecord* const block = m_store.Block(index);
+            const BlockRecord* const block = m_store.BlockWithData(index);
             status = block == nullptr ? E_COEF_NOBUFFER : Add(*block, BlockRect(*block), emit);
         }
         return status;

@@ -73,29 +73,30 @@ Status CPlaneCodec::Compress(std::byte* destination, std::uint32_t& total, const
     return S_OK;
 }
 
-Status CPlaneCodec::Decompress(const SChunkRecord& record, const std::byte* compressed,
-                               std::byte* destination, std::uint32_t& total) {
-    total = 0;
-    const std::size_t count = record.Elements();
+Status CPlaneCodec::Decode(const SChunkRecord& record, const std::byte* compressed) {
+    m_decoded = 0;
+    m_count = record.Elements();
     if (!IsPossibleChunk(record, m_elemSize) || m_elemSize < m_layout.wordCount * kWordBytes)
         return E_FAIL;
-    std::array<const std::byte*, kMaxWords> planes{};
     std::uint32_t left = record.totalSize;
-    for (std::size_t k = 0; k < m_layout.wordCount; ++k) {
-        const std::uint32_t size = record.planeSizes[k];
+    for (; m_decoded < m_layout.wordCount; ++m_decoded) {
+        const std::uint32_t size = record.planeSizes[m_decoded];
         if (size > left)
             return E_FAIL;
-        planes[k] = DecodePlane(k, {compressed, size}, count);
-        if (planes[k] == nullptr)
+        m_planes[m_decoded] = DecodePlane(m_decoded, {compressed, size}, m_count);
+        if (m_planes[m_decoded] == nullptr)
             return E_FAIL;
         compressed += size;
         left -= size;
     }
-    if (left != 0)
-        return E_FAIL;
-    ScatterPlanes(std::span(planes).first(m_layout.wordCount), destination, count, m_elemSize);
-    total = static_cast<std::uint32_t>(m_layout.wordCount * count * kWordBytes);
     return S_OK;
+}
+
+std::uint32_t CPlaneCodec::Scatter(std::byte* destination) const {
+    if (m_decoded == 0)
+        return 0;
+    ScatterPlanes(std::span(m_planes).first(m_decoded), destination, m_count, m_elemSize);
+    return static_cast<std::uint32_t>(m_decoded * m_count * kWordBytes);
 }
 
 const std::byte* CPlaneCodec::DecodePlane(std::size_t k, std::span<const std::byte> block,

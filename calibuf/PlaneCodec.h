@@ -2,6 +2,7 @@
 // memory. Used by one thread.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -26,9 +27,14 @@ class CPlaneCodec {
     Status Compress(std::byte* destination, std::uint32_t& total, const std::byte* source,
                     std::uint32_t* planeSizes, std::size_t count);
 
-    /// Decodes a chunk of at most `maxElements` elements; see `CCaliBuf::DecompressPlanes`.
-    Status Decompress(const SChunkRecord& record, const std::byte* compressed,
-                      std::byte* destination, std::uint32_t& total);
+    /// Decodes the planes of a chunk of at most `maxElements` elements, up to the first that does
+    /// not decode to exactly its words; E_FAIL then, and for a record that no chunk can have. What
+    /// was decoded stays, in part in `compressed` itself, for `Scatter`.
+    Status Decode(const SChunkRecord& record, const std::byte* compressed);
+
+    /// Puts the words of the decoded planes into the chunk's packed elements at `destination` and
+    /// leaves everything else there alone. Returns the decoded bytes.
+    std::uint32_t Scatter(std::byte* destination) const;
 
   private:
     std::uint16_t* Plane(std::size_t k);
@@ -42,6 +48,9 @@ class CPlaneCodec {
     bool m_isKnownKind;
     SPlaneLayout m_layout;
     CBudgetBlock m_scratch;
+    std::array<const std::byte*, kMaxWords> m_planes{}; ///< of the last `Decode`
+    std::size_t m_decoded = 0;                          ///< how many of them there are
+    std::size_t m_count = 0;                            ///< words of each
 };
 
 /// Whether a store of `elemSize`-byte elements can have such a chunk: its width and height those of

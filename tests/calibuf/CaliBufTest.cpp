@@ -274,6 +274,80 @@ TEST(CaliBuf, CopiesRefuseWhatIsNotThere) {
     EXPECT_EQ(bytes, before);
 }
 
+/// 300 × 10 pixels, where the data of block 1 is not there.
+class CaliBufWithoutData : public ::testing::Test {
+  protected:
+    CaliBufWithoutData() {
+        EXPECT_EQ(m_store.Allocate(300, 10), S_OK);
+        FillPattern(m_owner);
+        m_file = RectFile(m_store, {0, 0, 300, 10});
+        m_store.Block(1)->pData = nullptr;
+    }
+
+    CCaliOperation<S3WordCoef> m_owner;
+    CCaliBuf& m_store = m_owner.Buffer();
+    Bytes m_file; ///< of the whole area, from before
+};
+
+TEST_F(CaliBufWithoutData, IsTakenAsWithoutTheBlock) {
+    std::vector<std::byte> bytes(64, std::byte{0x5A});
+    const std::vector<std::byte> before = bytes;
+    EXPECT_EQ(m_store.FindElement(256, 0), nullptr);
+    EXPECT_EQ(m_store.FillBlockDefault(1), E_COEF_NOBUFFER);
+    EXPECT_EQ(m_store.CopyRectIn(1, bytes.data(), {256, 0, 258, 2}, 0, 2), E_COEF_NOBUFFER);
+    m_store.CopyRectOut(1, {256, 0, 258, 2}, bytes.data());
+    EXPECT_EQ(bytes, before);
+}
+
+TEST_F(CaliBufWithoutData, HasNoDigest) {
+    std::wstring text = L"old";
+    EXPECT_FALSE(m_store.ComputeMD5(text));
+    EXPECT_EQ(text, L"old");
+}
+
+TEST_F(CaliBufWithoutData, IsWrittenAsWithoutTheBlock) {
+    const Bytes rect = RectFile(m_store, {0, 0, 300, 10});
+    EXPECT_EQ(RecordAt(rect, 9, 0), RecordAt(m_file, 9, 0));
+    EXPECT_EQ(RecordAt(rect, 9, 1), SChunkRecord{});
+    EXPECT_EQ(rect.size(), 168U + 2 * 56 + RecordAt(m_file, 9, 0).totalSize);
+    std::stringstream band = StreamBehind({.width = 300, .height = 10, .recordCount = 2});
+    std::uint64_t directoryAt = 0;
+    std::uint64_t dataAt = 0;
+    EXPECT_EQ(
+        m_store.WriteBandChunks(band, {0, 0, 300, 10}, {0, 0, 300, 10}, directoryAt, dataAt, 0, 0),
+        S_OK);
+    EXPECT_EQ(BytesOf(band), rect);
+    // As the last block of the whole store it gives the result, and its record stays zero.
+    std::stringstream all = StreamBehind({});
+    EXPECT_EQ(m_store.WriteAllChunks(all), E_COEF_NOBUFFER);
+    const Bytes file = BytesOf(all);
+    EXPECT_EQ(RecordAt(file, 9, 0).width, 256U);
+    EXPECT_EQ(RecordAt(file, 9, 1), SChunkRecord{});
+    EXPECT_EQ(file.size(), 168U + 2 * 56 + RecordAt(file, 9, 0).totalSize);
+    Bytes image(static_cast<std::size_t>(m_store.MaxMemoryImageBytes()));
+    std::uint64_t size = 0;
+    EXPECT_EQ(m_store.SaveToMemory(image.data(), 0, 0, &size), E_COEF_NOBUFFER);
+    EXPECT_EQ(size, file.size());
+}
+
+TEST_F(CaliBufWithoutData, ChunksOnItAreSkipped) {
+    EXPECT_EQ(ReadAt(m_store, m_file, 0, 0), S_OK);
+    EXPECT_EQ(m_store.LastRead(), (SChunkCounts{.read = 1, .skipped = 1}));
+    // A chunk as wide as a block, which would be decoded in its place.
+    CCaliOperation<S3WordCoef> source;
+    ASSERT_EQ(source.Buffer().Allocate(256, 128), S_OK);
+    const Bytes whole = RectFile(source.Buffer(), {0, 0, 256, 128});
+    EXPECT_EQ(ReadAt(m_store, whole, 256, 0), S_OK);
+    EXPECT_EQ(m_store.LastRead(), (SChunkCounts{.skipped = 1}));
+    // A chunk over both blocks, then one over this one and others that are not there.
+    EXPECT_EQ(ReadAt(m_store, whole, 10, 0), S_OK);
+    EXPECT_EQ(m_store.LastRead(), (SChunkCounts{.read = 1}));
+    EXPECT_EQ(CountUnlikePattern(m_owner, 0, 0, 10, 10), 0);
+    EXPECT_EQ(m_owner.Find(10, 0)->w, S3WordCoef{}.w);
+    EXPECT_EQ(ReadAt(m_store, whole, 300, 0), S_OK);
+    EXPECT_EQ(m_store.LastRead(), (SChunkCounts{.skipped = 1}));
+}
+
 std::wstring Digest(const CCaliBuf& store) {
     std::wstring text = L"old";
     EXPECT_TRUE(store.ComputeMD5(text));

@@ -346,6 +346,37 @@ TEST(ChunkBands, DamageOutsideTheBandIsNotLookedAt) {
     EXPECT_EQ(CountUnlikePattern(target, 0, 128, 5, 300), 0);
 }
 
+TEST(ChunkBands, TheStreamIsLeftBehindTheDataOfEveryRecord) {
+    CCaliOperation<S3WordCoef> source;
+    ASSERT_EQ(source.Buffer().Allocate(5, 300), S_OK);
+    FillPattern(source);
+    Bytes file = RectFile(source.Buffer(), {0, 0, 5, 300});
+    const auto dataEnd = static_cast<std::streamoff>(file.size());
+    file.resize(file.size() + 7);
+    CCaliOperation<S3WordCoef> target;
+    ASSERT_EQ(target.Buffer().Allocate(5, 300), S_OK);
+    // Bands with the first, the second, the last, every and no chunk.
+    for (const auto& [first, end] : std::vector<std::pair<std::uint32_t, std::uint32_t>>{
+             {0, 1}, {512, 513}, {1024, 1025}, {0, kGridBlocks}, {5, 6}}) {
+        std::stringstream stream = StreamOf(file);
+        EXPECT_EQ(target.Buffer().ReadBandChunks(stream, 0, 0, first, end), S_OK);
+        EXPECT_TRUE(stream.good());
+        EXPECT_EQ(std::streamoff{stream.tellg()}, dataEnd) << first;
+    }
+    // The last chunk is one that nothing is decoded of.
+    StoreLittle<std::uint16_t>(&file[168 + 2 * 56 + chunk_record::kWidth], 999);
+    std::stringstream stream = StreamOf(file);
+    EXPECT_EQ(target.Buffer().ReadRectChunks(stream, 0, 0, 0, 0), E_FAIL);
+    EXPECT_TRUE(stream.good());
+    EXPECT_EQ(std::streamoff{stream.tellg()}, dataEnd);
+    // Records without data to the very end of the stream.
+    file.resize(static_cast<std::size_t>(dataEnd));
+    stream = StreamOf(file);
+    EXPECT_EQ(target.Buffer().ReadBandChunks(stream, 0, 0, 0, 1), S_OK);
+    EXPECT_FALSE(stream.fail());
+    EXPECT_EQ(std::streamoff{stream.tellg()}, dataEnd);
+}
+
 TEST(ChunkBands, ShortFilesFail) {
     CCaliOperation<S3WordCoef> store;
     for (const std::size_t length : {0U, 100U, 167U}) {

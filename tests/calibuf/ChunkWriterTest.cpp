@@ -108,7 +108,6 @@ TEST(ChunkWriter, WholeBlocksInOrderOfAllocation) {
     EXPECT_EQ(file.size(), dataAt);
     // The stream is left behind the directory, where the first data byte lies.
     EXPECT_EQ(stream.tellp(), std::streamoff{168 + 224});
-    std::vector<std::uint16_t> plane(32768);
     const SChunkRecord first = RecordAt(file, 9, 0);
     Bytes elements(18 * 32768);
     std::uint32_t total = 0;

@@ -199,18 +199,23 @@ SChunkRecord TwoElementsRecord() {
 
 class CaliPlanesDamaged : public ::testing::Test {
   protected:
-    /// The status, after checking that a failure left the destination alone.
     Status Decode(const SChunkRecord& record, const Bytes& compressed) {
-        Bytes elements(2 * 32768 * 3, std::byte{0x77});
-        const Status status =
-            m_owner.Buffer().DecompressPlanes(record, compressed.data(), elements.data(), m_total);
-        if (Failed(status)) {
-            EXPECT_EQ(m_total, 0U);
-            EXPECT_EQ(elements, Bytes(elements.size(), std::byte{0x77}));
-        } else {
-            m_elements = Bytes(elements.begin(), elements.begin() + m_total);
-        }
-        return status;
+        m_elements.assign(2 * 32768 * 3, std::byte{0x77});
+        return m_owner.Buffer().DecompressPlanes(record, compressed.data(), m_elements.data(),
+                                                 m_total);
+    }
+
+    /// Decodes and expects a failure that keeps the first `kept` planes of `kTwoElements`, and
+    /// leaves everything else of the destination alone.
+    void ExpectFailure(const SChunkRecord& record, const Bytes& compressed, std::size_t kept) {
+        EXPECT_EQ(Decode(record, compressed), E_FAIL);
+        EXPECT_EQ(m_total, kept * 2 * sizeof(std::uint16_t));
+        Bytes expected(m_elements.size(), std::byte{0x77});
+        for (std::size_t i = 0; i < 2; ++i)
+            for (std::size_t k = 0; k < kept; ++k)
+                StoreLittle<std::uint16_t>(&expected[i * 6 + k * 2],
+                                           static_cast<std::uint16_t>(i * 3 + k + 1));
+        EXPECT_EQ(m_elements, expected);
     }
 
     CCaliOperation<S3WordCoef> m_owner;
@@ -220,6 +225,8 @@ class CaliPlanesDamaged : public ::testing::Test {
 
 TEST_F(CaliPlanesDamaged, TheUndamagedChunkDecodes) {
     EXPECT_EQ(Decode(TwoElementsRecord(), kTwoElements), S_OK);
+    EXPECT_EQ(m_total, 12U);
+    m_elements.resize(m_total);
     EXPECT_EQ(m_elements, MakeBytes({1, 0, 2, 0, 3, 0, 4, 0, 5, 0, 6, 0}));
 }
 
@@ -227,11 +234,25 @@ TEST_F(CaliPlanesDamaged, PlanesOfAnotherLengthFail) {
     SChunkRecord record = TwoElementsRecord();
     Bytes compressed = kTwoElements;
     compressed[0] = std::byte{0x30}; // three literals, and one byte too many
-    EXPECT_EQ(Decode(record, compressed), E_FAIL);
+    ExpectFailure(record, compressed, 0);
     record.width = 1; // the planes hold one word more than that
-    EXPECT_EQ(Decode(record, kTwoElements), E_FAIL);
+    ExpectFailure(record, kTwoElements, 0);
     record.width = 3;
-    EXPECT_EQ(Decode(record, kTwoElements), E_FAIL);
+    ExpectFailure(record, kTwoElements, 0);
+}
+
+TEST_F(CaliPlanesDamaged, ThePlanesBeforeAFailedOneAreKept) {
+    for (const std::size_t damaged : {0U, 1U, 2U}) {
+        Bytes compressed = kTwoElements;
+        compressed[damaged * 5] = std::byte{0x30};
+        ExpectFailure(TwoElementsRecord(), compressed, damaged);
+    }
+    // A plane that decodes to twice its length, in scratch memory where the next one would go.
+    const Bytes longer = MakeBytes({0x40, 1, 0, 4, 0, 0x80, 9, 9, 9, 9, 9, 9, 9, 9});
+    SChunkRecord record = TwoElementsRecord();
+    record.planeSizes = {5, 9, 0};
+    record.totalSize = 14;
+    ExpectFailure(record, longer, 1);
 }
 
 /// `count` bytes as one run of literals: the length starts in the first byte's upper half.
@@ -336,20 +357,30 @@ TEST(CaliPlanes, PlanesThatDecodeToTwiceTheirSizeOrMoreFail) {
     }
 }
 
-TEST_F(CaliPlanesDamaged, SizesThatContradictEachOtherFail) {
+TEST_F(CaliPlanesDamaged, PlanesThatReachPastTheRecordsTotalFail) {
     SChunkRecord record = TwoElementsRecord();
     record.totalSize = 14;
-    EXPECT_EQ(Decode(record, kTwoElements), E_FAIL);
-    record.totalSize = 16;
-    EXPECT_EQ(Decode(record, kTwoElements), E_FAIL);
+    ExpectFailure(record, kTwoElements, 2);
+    record.totalSize = 5;
+    ExpectFailure(record, kTwoElements, 1);
     record = TwoElementsRecord();
     record.planeSizes[2] = 0xFFFFFFFF;
-    EXPECT_EQ(Decode(record, kTwoElements), E_FAIL);
+    ExpectFailure(record, kTwoElements, 2);
     record.planeSizes[2] = 0;
-    EXPECT_EQ(Decode(record, kTwoElements), E_FAIL);
+    ExpectFailure(record, kTwoElements, 2);
     record = TwoElementsRecord();
     record.totalSize = static_cast<std::uint32_t>(m_owner.Buffer().CompressedBound()) + 1;
-    EXPECT_EQ(Decode(record, kTwoElements), E_FAIL);
+    ExpectFailure(record, kTwoElements, 0);
+}
+
+TEST_F(CaliPlanesDamaged, ATotalLargerThanThePlanesIsNoFailure) {
+    SChunkRecord record = TwoElementsRecord();
+    record.totalSize = 16;
+    EXPECT_EQ(Decode(record, kTwoElements), S_OK);
+    EXPECT_EQ(m_total, 12U);
+    record.totalSize = static_cast<std::uint32_t>(m_owner.Buffer().CompressedBound());
+    EXPECT_EQ(Decode(record, kTwoElements), S_OK);
+    EXPECT_EQ(m_total, 12U);
 }
 
 TEST_F(CaliPlanesDamaged, ImpossibleSizesFail) {
@@ -358,7 +389,8 @@ TEST_F(CaliPlanesDamaged, ImpossibleSizesFail) {
         SChunkRecord record = TwoElementsRecord();
         record.width = width;
         record.height = height;
-        EXPECT_EQ(Decode(record, kTwoElements), E_FAIL) << width << " x " << height;
+        SCOPED_TRACE(testing::Message() << width << " x " << height);
+        ExpectFailure(record, kTwoElements, 0);
     }
 }
 
@@ -381,7 +413,7 @@ TEST_F(CaliPlanesDamaged, ElementsOfNoKindDecodeAsThreePlanes) {
     EXPECT_EQ(m_total, 12U);
     EXPECT_EQ(elements, MakeBytes({1, 0, 2, 0, 3, 0, 0x77, 4, 0, 5, 0, 6, 0, 0x77}));
     m_owner.Buffer().SetElement(4, 9); // too small for three words
-    EXPECT_EQ(Decode(TwoElementsRecord(), kTwoElements), E_FAIL);
+    ExpectFailure(TwoElementsRecord(), kTwoElements, 0);
 }
 
 } // namespace
