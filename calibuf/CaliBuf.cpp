@@ -5,7 +5,6 @@
 #include <new>
 
 #include "calibuf/PlaneCodec.h"
-#include "common/TransferReport.h"
 #include "platform/Md5.h"
 #include "platform/PhysicalMemory.h"
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <utility>
 
 #include "calibuf/CaliBuf.h"
 #include "calibuf/WordElements.h"

@@ -1,8 +1,6 @@
 // The writers of chunk files and memory images.
 
 #include <algorithm>
-#include <cstring>
-#include <optional>
 
 #include "calibuf/CaliBuf.h"
 #include "calibuf/PlaneCodec.h"

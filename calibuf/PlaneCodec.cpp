@@ -1,7 +1,5 @@
 #include "calibuf/PlaneCodec.h"
 
-#include <algorithm>
-
 #include <lz4.h>
 
 #include "calibuf/BlockGrid.h"

@@ -9,7 +9,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     CCaliBuf& store = fuzz::StoreFor(input, fuzz::ChoiceOf(input));
     // In a buffer of its own, so that the sanitizer sees every byte past the image.
     const std::vector<std::byte> image(input.begin(), input.end());
+    const CTransferReport report;
     const Status status = store.LoadFromMemory(image.data(), image.size());
-    fuzz::CheckAccount(store, status, size);
+    const SChunkHeader header = fuzz::HeaderOf(input);
+    const fuzz::SReading reading{.shiftX = header.originX, .shiftY = header.originY};
+    fuzz::CheckAccount(store, status, fuzz::CReckoner(store, reading).Reckon(input), report);
+    fuzz::CheckMissingPixels(input, store, report, 0, 0);
     return 0;
 }

@@ -3,21 +3,26 @@
 // over, so that sample files are inputs as they are.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <istream>
 #include <memory>
 #include <span>
 #include <sstream>
 #include <string>
 
 #include "calibuf/CaliBuf.h"
+#include "coef/WordKind.h"
 #include "common/LittleEndian.h"
+#include "common/TransferReport.h"
+#include "fuzz/ExpectedRead.h"
 
 namespace trevolt::fuzz {
 
-/// So little that every large claim of a header meets a refused allocation.
-inline constexpr std::uint64_t kBudget = std::uint64_t{8} << 20;
+/// For a store: so little that every large claim of a header meets a refused allocation.
+inline constexpr std::uint64_t kStoreBudget = std::uint64_t{8} << 20;
+/// For a read: more than the scratch memory of any input, whose chunks then have one right outcome.
+inline constexpr std::uint64_t kReadBudget = std::uint64_t{256} << 20;
 
 /// What a caller would choose. All zero, as in a sample file, is the whole file at (0, 0).
 struct SChoice {
@@ -28,19 +33,27 @@ struct SChoice {
     std::uint32_t second = 0; ///< clip height, or how many block indices
 };
 
+/// Sets `kind` to that of `Element` when its files carry the identifier.
+template <class Element>
+bool FindKind(const ChunkFormatId& formatId, const WordElementKind*& kind) {
+    if (kWordKind<Element>.formatId != formatId)
+        return false;
+    kind = &kWordElementKind<Element>;
+    return true;
+}
+
 inline const WordElementKind& KindOf(const SChunkHeader& header, std::uint8_t choice) {
-    struct Row {
-        ChunkFormatId formatId;
-        std::size_t elemSize;
-    };
-    static constexpr std::array<Row, 4> kRows{{{kChromaChunkFormat, 18},
-                                               {kBrightChunkFormat, 6},
-                                               {kVirtualGreenBrightChunkFormat, 8},
-                                               {kVirtualGreenChromaChunkFormat, 24}}};
-    for (const Row& row : kRows)
-        if (row.formatId == header.formatId)
-            return *FindWordElementKind(row.elemSize);
-    return kWordElementKinds[choice % kWordElementKinds.size()];
+    const WordElementKind* kind = &kWordElementKinds[choice % kWordElementKinds.size()];
+    static_cast<void>(FindKind<S3WordCoef>(header.formatId, kind) ||
+                      FindKind<S4WordCoef>(header.formatId, kind) ||
+                      FindKind<S9WordCoef>(header.formatId, kind) ||
+                      FindKind<S12WordCoef>(header.formatId, kind));
+    return *kind;
+}
+
+/// The header of an input, all zero for one that is too short.
+inline SChunkHeader HeaderOf(std::span<const std::byte> input) {
+    return input.size() < kChunkHeaderBytes ? SChunkHeader{} : DecodeChunkHeader(input.data());
 }
 
 /// The choice in header bytes 40 to 56, behind the record count.
@@ -60,10 +73,8 @@ inline SChoice ChoiceOf(std::span<const std::byte> input) {
 /// blocks is most of what a run costs.
 inline CCaliBuf& StoreFor(std::span<const std::byte> input, const SChoice& choice) {
     static const std::unique_ptr<CCaliBuf> store = CCaliBuf::Create();
-    CMemoryBudget::Process().SetLimit(kBudget);
-    SChunkHeader header;
-    if (input.size() >= kChunkHeaderBytes)
-        header = DecodeChunkHeader(input.data());
+    CMemoryBudget::Process().SetLimit(kStoreBudget);
+    const SChunkHeader header = HeaderOf(input);
     const bool isSized = store->ElemSize() == choice.kind->elemSize &&
                          store->Width() == header.width && store->Height() == header.height;
     if (!isSized) {
@@ -72,6 +83,7 @@ inline CCaliBuf& StoreFor(std::span<const std::byte> input, const SChoice& choic
         // Without memory for the last blocks the rest is read into those that are there.
         DropStatus(store->Allocate(fits ? header.width : 0, fits ? header.height : 0));
     }
+    CMemoryBudget::Process().SetLimit(kReadBudget);
     return *store;
 }
 
@@ -86,15 +98,33 @@ inline void Check(bool holds) {
         __builtin_trap();
 }
 
-/// What must hold after any read: the counts never exceed the records that the input has room for,
-/// and a failure that no later chunk hides is told.
-inline void CheckAccount(const CCaliBuf& store, Status status, std::size_t inputBytes) {
-    const SChunkCounts& counts = store.LastRead();
-    const std::uint64_t chunks = std::uint64_t{counts.read} + counts.skipped + counts.failed;
-    Check(chunks * ChunkRecordBytes(store.PlaneCount()) <= inputBytes);
-    Check(status == S_OK || status == E_FAIL || status == E_COEF_NOBUFFER);
-    Check(counts.failed == 0 || counts.read + counts.skipped > 0 || status == E_FAIL);
-    Check(counts.read == 0 || !store.UsedBlocks().empty());
+/// Checks what a reader says of its read: status, counts and what the report tells.
+inline void CheckAccount(const CCaliBuf& store, Status status, const SExpectedRead& expected,
+                         const CTransferReport& report) {
+    Check(status == expected.status);
+    Check(store.LastRead() == expected.counts);
+    Check(report.FailedChunks() == expected.counts.failed);
+    Check(!report.WasMemoryRefused());
+}
+
+/// Checks that the stream tells of an early end, and else stands behind the data of every record.
+inline void CheckStream(std::istream& stream, const SExpectedRead& expected) {
+    Check(stream.fail() == expected.endsTooEarly);
+    if (!expected.endsTooEarly)
+        Check(static_cast<std::uint64_t>(std::streamoff{stream.tellg()}) == expected.dataEnd);
+}
+
+/// Checks the pixels that the report misses of an area whose corner is (x, y), in the coordinates
+/// of the records. Without a directory, and of single words, none are noted.
+inline void CheckMissingPixels(std::span<const std::byte> input, const CCaliBuf& store,
+                               const CTransferReport& report, std::uint64_t x, std::uint64_t y) {
+    const auto directory = DirectoryOf(input, store, {});
+    if (!directory || store.ElemSize() == sizeof(SWordCoef))
+        return Check(report.MissingPixels() == 0);
+    const SChunkHeader header = DecodeChunkHeader(input.data());
+    const auto painted = PaintMissingPixels(*directory, header, x, y);
+    Check(report.MissingPixels() <= std::uint64_t{header.width} * header.height);
+    Check(!painted || report.MissingPixels() == *painted);
 }
 
 } // namespace trevolt::fuzz
