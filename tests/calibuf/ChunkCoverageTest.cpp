@@ -94,6 +94,11 @@ TEST(ChunkCoverage, OverlappingChunksCountOnce) {
               300U * 200 - 128 - 256);
     EXPECT_EQ(MissingIn(kSmall, {Chunk(246, 118, 20, 20), Chunk(256, 128, 20, 20), block}),
               300U * 200 - (256 * 128 + 2 * 10 * 10 + 400));
+    // Far from each other nothing overlaps, whatever the blocks' numbers have in common.
+    EXPECT_EQ(MissingIn({.width = 16777217, .height = 129},
+                        {Chunk(0, 128, 1, 1), Chunk(65536, 0, 1, 1), Chunk(131072, 0, 1, 1),
+                         Chunk(16777216, 0, 1, 1)}),
+              std::uint64_t{16777217} * 129 - 4);
     // The same blocks in another order, with others between them.
     EXPECT_EQ(MissingIn(kSmall, {block, Chunk(256, 128, 1, 1), block, Chunk(256, 0, 1, 1), block}),
               300U * 200 - 256 * 128 - 2);
