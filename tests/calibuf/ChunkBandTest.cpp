@@ -242,6 +242,29 @@ TEST(ChunkBands, TheFirstDataStartsBehindTheDirectoryWhereverItsRecordGoes) {
     EXPECT_EQ(at.data, file.size());
 }
 
+// A band of missing blocks leaves the data position right behind the directory, where the next goes.
+TEST(ChunkBands, ABandWithoutBlocksIsFollowedByOthers) {
+    CCaliOperation<S3WordCoef> source;
+    ASSERT_EQ(source.Buffer().AllocateBlock(512, 0, 128), S_OK);
+    ASSERT_EQ(source.Buffer().FillBlockDefault(512), S_OK);
+    const SPixelRect whole{0, 0, 10, 138};
+    std::stringstream stream = StreamBehind({.width = 10, .height = 138, .recordCount = 2});
+    BandPositions at;
+    ASSERT_EQ(source.Buffer().WriteBandChunks(stream, {0, 0, 10, 128}, whole, at.directory, at.data,
+                                              0, 0),
+              S_OK);
+    EXPECT_EQ(at.directory, 168U);
+    EXPECT_EQ(at.data, 168U + 2 * 56);
+    ASSERT_EQ(source.Buffer().WriteBandChunks(stream, {0, 128, 10, 138}, whole, at.directory,
+                                              at.data, 0, 0),
+              S_OK);
+    const Bytes file = BytesOf(stream);
+    EXPECT_EQ(RecordAt(file, 9, 0).index, 512U);
+    EXPECT_EQ(RecordAt(file, 9, 0).y, 128U);
+    EXPECT_EQ(RecordAt(file, 9, 1), SChunkRecord{});
+    EXPECT_EQ(file.size(), 168U + 2 * 56 + RecordAt(file, 9, 0).totalSize);
+}
+
 TEST(ChunkBands, FillAFileOverSeveralOpenings) {
     const CTemporaryFolder folder;
     const std::wstring path = folder.File(L"bands.9wcoef");
