@@ -242,6 +242,21 @@ TEST(ChunkWriter, RectangleWithoutColumnsWritesRecordsWithoutData) {
     EXPECT_EQ(back.Buffer().LastRead(), SChunkCounts{});
 }
 
+// A column less than a block's is not the block's own run of elements.
+TEST(ChunkWriter, RectanglesOfNearlyABlocksWidthHoldTheirRows) {
+    CCaliOperation<S3WordCoef> owner;
+    ASSERT_EQ(owner.Buffer().Allocate(256, 3), S_OK);
+    FillPattern(owner);
+    for (const std::uint32_t left : {0U, 1U}) {
+        const Bytes file = RectFile(owner.Buffer(), {static_cast<std::int32_t>(left), 0,
+                                                     static_cast<std::int32_t>(left) + 255, 3});
+        CCaliOperation<S3WordCoef> back;
+        ASSERT_EQ(back.Buffer().Allocate(256, 3), S_OK);
+        EXPECT_EQ(ReadAt(back.Buffer(), file, left, 0), S_OK);
+        EXPECT_EQ(CountUnlikePattern(back, left, 0, left + 255, 3), 0);
+    }
+}
+
 TEST(ChunkWriter, BlocksAreWrittenWhereTheirRecordsSay) {
     CCaliOperation<S3WordCoef> owner;
     CCaliBuf& store = owner.Buffer();
