@@ -11,11 +11,9 @@
 
 #include "app/CoefRotation.h"
 #include "common/QuarterTurn.h"
+#include "formats/ChromaCorrectCoef.h"
 
 namespace trevolt {
-
-/// The largest width and height that a coefficient map can have.
-inline constexpr std::int64_t kLargestMapSide = 65535;
 
 struct SRotationRequest {
     std::wstring sourceFolder;
@@ -25,7 +23,8 @@ struct SRotationRequest {
     std::optional<PixelSize> size;
     /// Exactly one known file is expected, else nothing is written.
     bool wholeScreen = false;
-    /// A file that does not load is still written from what its map holds, as the dialog does it.
+    /// A file that does not load whole is still written from what its map holds, as the dialog does
+    /// it.
     bool lenient = false;
     /// Files in work at once, at least 1.
     std::size_t jobs = 1;

@@ -111,7 +111,7 @@ class CTrevoltDlg {
     };
     static constexpr std::uint32_t kSourceSet = 1;
     static constexpr std::uint32_t kTargetSet = 2;
-    static constexpr std::int32_t kHighestWidth = 65535;
+    static constexpr std::int32_t kHighestWidth = kLargestMapSide;
     static constexpr std::int32_t kHighestHeight = 32768;
 
     SFields& Fields() { return m_fields; }

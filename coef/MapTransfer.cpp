@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <limits>
 
 #include "coef/WordKind.h"
 #include "common/FixedPoint.h"
@@ -39,9 +38,8 @@ void PutElement(const Element& element, SMatrixCoef& target) {
 } // namespace
 
 Status SizeMap(CChromaCorrectCoef& map, std::uint64_t width, std::uint64_t height) {
-    constexpr std::uint64_t kLargest = std::numeric_limits<std::uint16_t>::max();
     map.Reset();
-    if (width > kLargest || height > kLargest)
+    if (std::max(width, height) > kLargestMapSide)
         return E_FAIL;
     map.Resize(static_cast<std::int32_t>(width), static_cast<std::int32_t>(height));
     if (map.IsEmpty() || map.HasStorage())

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <utility>
 
@@ -19,6 +20,9 @@ class CMapAttachment {
   public:
     virtual ~CMapAttachment() = default;
 };
+
+/// The largest width and height that a map can have.
+inline constexpr std::int32_t kLargestMapSide = std::numeric_limits<std::uint16_t>::max();
 
 class CChromaCorrectCoef {
   public:
