@@ -64,8 +64,8 @@ Status WriteRectFile(const SWordKind& kind, const CCaliBuf* store, const wchar_t
                      const SPixelRect& rect, const SOwnerFields& owner) {
     if (path == nullptr || store == nullptr)
         return E_POINTER;
-    std::fstream stream;
-    if (!OpenFileStream(stream, path, kCreate))
+    COutputFile stream;
+    if (!OpenWritten(stream, path, kCreate))
         return kind.outputOpenFailed;
     WriteHeader(stream, MakeChunkHeader(kind.formatId, rect, owner));
     if ((rect.*kind.writtenExtent)() != 0)
@@ -81,8 +81,8 @@ Status WriteBandFile(const SWordKind& kind, const CCaliBuf* store, const wchar_t
     if (place.offset > static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max()))
         return E_COEF_INVALIDARG;
     const bool isFirst = place.offset == 0;
-    std::fstream stream;
-    if (!OpenFileStream(stream, path, isFirst ? kCreate : kReopen))
+    COutputFile stream;
+    if (!OpenWritten(stream, path, isFirst ? kCreate : kReopen))
         return kind.outputOpenFailed;
     if (isFirst)
         WriteHeader(stream, MakeChunkHeader(kind.formatId, place.whole, owner));
@@ -99,8 +99,8 @@ Status WriteWholeFile(const SWordKind& kind, const CCaliBuf* store, const wchar_
                       const SOwnerFields& owner) {
     if (path == nullptr || store == nullptr)
         return E_POINTER;
-    std::fstream stream;
-    if (!OpenFileStream(stream, path, kCreate))
+    COutputFile stream;
+    if (!OpenWritten(stream, path, kCreate))
         return E_COEF_OPENFAILED;
     NoteUntold(WriteWholeStream(kind, store, stream, owner));
     CloseWritten(stream);
@@ -157,8 +157,8 @@ Status WriteExtraWordFile(const CCaliBuf* matrix, const CCaliBuf* extra, const w
                           const SPixelRect& rect, const SOwnerFields& owner) {
     if (path == nullptr || matrix == nullptr)
         return E_POINTER;
-    std::fstream stream;
-    if (!OpenFileStream(stream, path, kCreate))
+    COutputFile stream;
+    if (!OpenWritten(stream, path, kCreate))
         return E_COEF_OPENFAILED;
     NoteUntold(WriteExtraWordStream(matrix, extra, stream, rect, owner));
     CloseWritten(stream);

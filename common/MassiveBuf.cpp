@@ -47,7 +47,7 @@ std::size_t OutputBound(std::uint64_t byteCount, const LZ4F_preferences_t& prefe
 /// Writes one frame piece by piece; any failure makes every further step do nothing.
 class CFrameWriter {
   public:
-    CFrameWriter(std::fstream& stream, std::uint64_t byteCount)
+    CFrameWriter(std::ostream& stream, std::uint64_t byteCount)
         : m_stream(stream),
           m_preferences(FramePreferences(byteCount)),
           m_out(OutputBound(byteCount, m_preferences)) {
@@ -76,7 +76,7 @@ class CFrameWriter {
                m_stream.write(m_out.data(), static_cast<std::streamsize>(produced));
     }
 
-    std::fstream& m_stream;
+    std::ostream& m_stream;
     LZ4F_preferences_t m_preferences;
     std::vector<char> m_out;
     std::unique_ptr<LZ4F_cctx, CompressionFree> m_context;
@@ -272,7 +272,7 @@ bool CMassiveBuf::CopyFrom(const CMassiveBuf& other) {
     return true;
 }
 
-Status CMassiveBuf::CompressToFile(std::fstream& stream) const {
+Status CMassiveBuf::CompressToFile(std::ostream& stream) const {
     CFrameWriter writer(stream, m_byteCount);
     std::uint64_t left = m_byteCount;
     for (const CBudgetBlock& block : m_blocks) {

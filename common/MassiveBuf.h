@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <fstream>
+#include <ostream>
 #include <vector>
 
 #include "common/MemoryBudget.h"
@@ -46,7 +47,7 @@ class CMassiveBuf {
     /// Writes the content at the stream's position as one LZ4 frame with content size and content
     /// checksum (an empty buffer as an empty frame), and leaves the position behind it. E_FAIL when
     /// the stream fails.
-    Status CompressToFile(std::fstream& stream) const;
+    Status CompressToFile(std::ostream& stream) const;
 
     /// Reads exactly `byteCount` bytes, which must be one LZ4 frame, and replaces the content with
     /// what they hold. E_FAIL when they are not a whole frame or hold more than one, when the frame

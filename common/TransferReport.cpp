@@ -16,6 +16,12 @@ void CTransferReport::NoteWriteFailed() {
         report->m_writeFailed = true;
 }
 
+void CTransferReport::NoteSystemError(int error) {
+    for (CTransferReport* report = t_innermost; report != nullptr; report = report->m_outer)
+        if (report->m_systemError == 0)
+            report->m_systemError = error;
+}
+
 void CTransferReport::NoteMemoryRefused() {
     for (CTransferReport* report = t_innermost; report != nullptr; report = report->m_outer)
         report->m_memoryRefused = true;
@@ -37,10 +43,18 @@ void CTransferReport::NoteFailedRead(Status status) {
             report->m_failedRead = status;
 }
 
-void CloseWritten(std::fstream& stream) {
-    stream.close();
-    if (!stream)
-        CTransferReport::NoteWriteFailed();
+bool OpenWritten(COutputFile& file, const wchar_t* path, std::ios::openmode mode) {
+    if (file.Open(path, mode))
+        return true;
+    CTransferReport::NoteSystemError(file.SystemError());
+    return false;
+}
+
+void CloseWritten(COutputFile& file) {
+    if (file.Close())
+        return;
+    CTransferReport::NoteWriteFailed();
+    CTransferReport::NoteSystemError(file.SystemError());
 }
 
 } // namespace trevolt

@@ -4,9 +4,9 @@
 #pragma once
 
 #include <cstdint>
-#include <fstream>
 
 #include "common/StatusCodes.h"
+#include "platform/FileStream.h"
 
 namespace trevolt {
 
@@ -21,6 +21,9 @@ class CTransferReport {
 
     /// An output stream had failed when it was closed: the file is not whole.
     bool HasWriteFailed() const { return m_writeFailed; }
+    /// The system's reason (an `errno` value) for the first output file that did not open or take
+    /// its bytes, 0 when there was none or the system gave none.
+    int SystemError() const { return m_systemError; }
     /// The memory budget or the system refused a block.
     bool WasMemoryRefused() const { return m_memoryRefused; }
     /// Chunks of word files that could not be read.
@@ -31,6 +34,7 @@ class CTransferReport {
     Status FailedRead() const { return m_failedRead; }
 
     static void NoteWriteFailed();
+    static void NoteSystemError(int error);
     static void NoteMemoryRefused();
     static void NoteFailedChunks(std::uint32_t count);
     static void NoteMissingPixels(std::uint64_t count);
@@ -39,13 +43,17 @@ class CTransferReport {
   private:
     CTransferReport* m_outer;
     bool m_writeFailed = false;
+    int m_systemError = 0;
     bool m_memoryRefused = false;
     std::uint32_t m_failedChunks = 0;
     std::uint64_t m_missingPixels = 0;
     Status m_failedRead = S_OK;
 };
 
-/// Closes a stream that was written to, and notes when it failed now or before.
-void CloseWritten(std::fstream& stream);
+/// Opens a file for writing; false, and the system's reason is noted, when it does not open.
+bool OpenWritten(COutputFile& file, const wchar_t* path, std::ios::openmode mode);
+
+/// Closes a file that was written to, and notes when it failed now or before, and why.
+void CloseWritten(COutputFile& file);
 
 } // namespace trevolt

@@ -84,8 +84,8 @@ Status ReadCoefFileSize(const wchar_t* path, const CoefFileMagic& magic, std::ui
 
 Status WriteCoefBody(const wchar_t* path, const CoefFileMagic& magic, std::uint32_t width,
                      std::uint32_t height, const CMassiveBuf& body) {
-    std::fstream stream;
-    if (!OpenFileStream(stream, path, std::ios::out | std::ios::trunc))
+    COutputFile stream;
+    if (!OpenWritten(stream, path, std::ios::out | std::ios::trunc))
         return E_COEF_OPENFAILED;
     const HeaderBytes header = MakeHeader(magic, width, height);
     stream.write(reinterpret_cast<const char*>(header.data()), header.size());

@@ -131,7 +131,7 @@ std::string HeaderLines(const CChromaCorrectCoef& map) {
 /// Formats data lines and hands them to a stream in large pieces.
 class CDataLineWriter {
   public:
-    explicit CDataLineWriter(std::fstream& stream)
+    explicit CDataLineWriter(std::ostream& stream)
         : m_stream(stream), m_buffer(kFlushChars + kLongestLine) {}
 
     void Write(std::uint32_t x, std::uint32_t y, const SMatrixCoef& element) {
@@ -161,13 +161,13 @@ class CDataLineWriter {
         return out;
     }
 
-    std::fstream& m_stream;
+    std::ostream& m_stream;
     std::vector<char> m_buffer;
     std::size_t m_filled = 0;
 };
 
 /// The map's pixels, whose sizes have 16 bits; a grid without storage has none.
-void WriteDataLines(std::fstream& stream, const CChromaCorrectCoef& map, const CMassiveGrid& grid) {
+void WriteDataLines(std::ostream& stream, const CChromaCorrectCoef& map, const CMassiveGrid& grid) {
     CDataLineWriter writer(stream);
     const SMatrixCoef& defaultElement = map.DefaultElement();
     const auto* defaultBytes = reinterpret_cast<const std::byte*>(&defaultElement);
@@ -189,8 +189,8 @@ Status WriteTextCoefFile(const CChromaCorrectCoef& map, const wchar_t* path,
                          const CMassiveGrid* preparedGrid) {
     if (path == nullptr || (preparedGrid != nullptr && !HasShapeOf(*preparedGrid, map)))
         return E_COEF_INVALIDARG;
-    std::fstream stream;
-    if (!OpenFileStream(stream, path, std::ios::out | std::ios::trunc))
+    COutputFile stream;
+    if (!OpenWritten(stream, path, std::ios::out | std::ios::trunc))
         return E_COEF_OPENFAILED;
     const std::string header = HeaderLines(map);
     stream.write(header.data(), static_cast<std::streamsize>(header.size()));

@@ -1,18 +1,78 @@
 #include "platform/FileStream.h"
 
+#include <cerrno>
+
 #include "platform/FileSystem.h"
 
 namespace trevolt {
+namespace {
 
-bool OpenFileStream(std::fstream& stream, const wchar_t* path, std::ios::openmode mode) {
+/// Opens a stream or a stream buffer; false, and `errno` tells why where the system does.
+template <class File>
+bool OpenBinary(File& file, const wchar_t* path, std::ios::openmode mode) {
+    errno = 0;
     if (path == nullptr)
         return false;
     const auto native = ToNativePath(path);
-    // On POSIX a folder opens for reading, and only its first read fails.
-    if (!native || IsFolder(path))
+    if (!native)
         return false;
-    stream.open(native->c_str(), mode | std::ios::binary);
-    return stream.is_open();
+    // On POSIX a folder opens for reading, and only its first read fails.
+    if (IsFolder(path)) {
+        errno = EISDIR;
+        return false;
+    }
+    errno = 0;
+    file.open(native->c_str(), mode | std::ios::binary);
+    return file.is_open();
+}
+
+} // namespace
+
+bool OpenFileStream(std::fstream& stream, const wchar_t* path, std::ios::openmode mode) {
+    return OpenBinary(stream, path, mode);
+}
+
+COutputFile::COutputFile() : std::ostream(nullptr) { rdbuf(&m_buffer); }
+
+bool COutputFile::Open(const wchar_t* path, std::ios::openmode mode) {
+    if (!m_buffer.Open(path, mode | std::ios::out))
+        setstate(std::ios::failbit);
+    return good();
+}
+
+bool COutputFile::Close() {
+    if (!m_buffer.Close())
+        setstate(std::ios::failbit);
+    return good();
+}
+
+template <class Call, class Refused>
+auto COutputFile::CBuffer::KeepingReason(Call call, Refused isRefused) {
+    errno = 0;
+    const auto result = call();
+    if (isRefused(result) && m_systemError == 0)
+        m_systemError = errno;
+    return result;
+}
+
+bool COutputFile::CBuffer::Open(const wchar_t* path, std::ios::openmode mode) {
+    return KeepingReason([&] { return OpenBinary<std::filebuf>(*this, path, mode); },
+                         [](bool opened) { return !opened; });
+}
+
+bool COutputFile::CBuffer::Close() {
+    return KeepingReason([&] { return close() != nullptr; }, [](bool closed) { return !closed; });
+}
+
+COutputFile::CBuffer::int_type COutputFile::CBuffer::overflow(int_type byte) {
+    return KeepingReason(
+        [&] { return std::filebuf::overflow(byte); },
+        [](int_type put) { return traits_type::eq_int_type(put, traits_type::eof()); });
+}
+
+std::streamsize COutputFile::CBuffer::xsputn(const char* bytes, std::streamsize count) {
+    return KeepingReason([&] { return std::filebuf::xsputn(bytes, count); },
+                         [&](std::streamsize put) { return put != count; });
 }
 
 std::optional<std::uint64_t> BytesToEnd(std::istream& stream) {

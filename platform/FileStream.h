@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <fstream>
 #include <optional>
+#include <ostream>
 #include <string>
 
 namespace trevolt {
@@ -11,6 +12,46 @@ namespace trevolt {
 /// Opens `stream` in binary mode, with `mode` added, on `path`. False when the path is null, is a
 /// folder, or does not open. Offsets and sizes are 64-bit on every system.
 bool OpenFileStream(std::fstream& stream, const wchar_t* path, std::ios::openmode mode);
+
+/// A binary file that is written to, which remembers why the system refused it.
+class COutputFile : public std::ostream {
+  public:
+    COutputFile();
+    ~COutputFile() override = default;
+    COutputFile(const COutputFile&) = delete;
+    COutputFile& operator=(const COutputFile&) = delete;
+
+    /// Opens as `OpenFileStream` does.
+    bool Open(const wchar_t* path, std::ios::openmode mode);
+
+    /// Writes what is still held back and closes. False when that failed or anything before it.
+    bool Close();
+
+    /// The `errno` value of the first open, write or close that the system refused; 0 when it
+    /// refused none or gave no reason.
+    int SystemError() const { return m_buffer.SystemError(); }
+
+  private:
+    /// Asks for the reason where the refused call returns: later calls may overwrite it.
+    class CBuffer : public std::filebuf {
+      public:
+        bool Open(const wchar_t* path, std::ios::openmode mode);
+        bool Close();
+        int SystemError() const { return m_systemError; }
+
+      protected:
+        int_type overflow(int_type byte) override;
+        std::streamsize xsputn(const char* bytes, std::streamsize count) override;
+
+      private:
+        template <class Call, class Refused>
+        auto KeepingReason(Call call, Refused isRefused);
+
+        int m_systemError = 0;
+    };
+
+    CBuffer m_buffer;
+};
 
 /// Bytes from the current position to the end of the stream, which keeps its position; nothing when
 /// the stream cannot tell.

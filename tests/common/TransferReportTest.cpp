@@ -1,5 +1,6 @@
 #include "common/TransferReport.h"
 
+#include <cerrno>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -17,6 +18,7 @@ TEST(TransferReport, StartsClean) {
     EXPECT_EQ(report.FailedChunks(), 0U);
     EXPECT_EQ(report.MissingPixels(), 0U);
     EXPECT_EQ(report.FailedRead(), S_OK);
+    EXPECT_EQ(report.SystemError(), 0);
 }
 
 TEST(TransferReport, NotesReachTheInnermostReportAndThoseAroundIt) {
@@ -51,6 +53,19 @@ TEST(TransferReport, AddsMissingPixelsAndKeepsTheFirstFailedRead) {
     EXPECT_EQ(outer.FailedRead(), E_COEF_BADFORMAT);
 }
 
+TEST(TransferReport, KeepsTheFirstReasonOfTheSystem) {
+    const CTransferReport outer;
+    CTransferReport::NoteSystemError(0); // a failure without one
+    CTransferReport::NoteSystemError(ENOSPC);
+    {
+        const CTransferReport inner;
+        CTransferReport::NoteSystemError(EIO);
+        EXPECT_EQ(inner.SystemError(), EIO);
+    }
+    EXPECT_EQ(outer.SystemError(), ENOSPC);
+    EXPECT_FALSE(outer.HasWriteFailed());
+}
+
 TEST(TransferReport, IsOfItsThreadOnly) {
     const CTransferReport report;
     std::jthread([] {
@@ -66,18 +81,40 @@ TEST(TransferReport, IsOfItsThreadOnly) {
 TEST(TransferReport, CloseNotesOnlyAStreamThatFailed) {
     const test::CTemporaryFolder folder;
     const CTransferReport report;
-    std::fstream stream;
-    ASSERT_TRUE(OpenFileStream(stream, folder.File(L"f").c_str(), std::ios::out));
-    stream << "text";
-    CloseWritten(stream);
+    COutputFile file;
+    ASSERT_TRUE(OpenWritten(file, folder.File(L"f").c_str(), std::ios::trunc));
+    file << "text";
+    CloseWritten(file);
     EXPECT_FALSE(report.HasWriteFailed());
     EXPECT_EQ(test::ReadText(folder.File(L"f")), "text");
 
-    ASSERT_TRUE(OpenFileStream(stream, folder.File(L"f").c_str(), std::ios::out));
-    stream.setstate(std::ios::badbit); // as after a write that the disk refused
-    CloseWritten(stream);
+    ASSERT_TRUE(OpenWritten(file, folder.File(L"f").c_str(), std::ios::trunc));
+    file.setstate(std::ios::badbit); // as after a write that the disk refused
+    CloseWritten(file);
     EXPECT_TRUE(report.HasWriteFailed());
+    EXPECT_EQ(report.SystemError(), 0);
 }
+
+TEST(TransferReport, OpenNotesWhyAFileDoesNotOpen) {
+    const test::CTemporaryFolder folder;
+    const CTransferReport report;
+    COutputFile file;
+    EXPECT_FALSE(OpenWritten(file, (folder.File(L"missing") + L"/f").c_str(), std::ios::trunc));
+    EXPECT_EQ(report.SystemError(), ENOENT);
+    EXPECT_FALSE(report.HasWriteFailed()); // the status tells of it
+}
+
+#ifndef _WIN32
+TEST(TransferReport, CloseNotesWhyAFileIsNotWhole) {
+    const CTransferReport report;
+    COutputFile file;
+    ASSERT_TRUE(OpenWritten(file, L"/dev/full", std::ios::trunc));
+    file << "text";
+    CloseWritten(file);
+    EXPECT_TRUE(report.HasWriteFailed());
+    EXPECT_EQ(report.SystemError(), ENOSPC);
+}
+#endif
 
 } // namespace
 } // namespace trevolt

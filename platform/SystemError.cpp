@@ -1,0 +1,48 @@
+#include "platform/SystemError.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+
+namespace trevolt {
+namespace {
+
+struct ErrorText {
+    int error;
+    const char* text;
+};
+
+// What opening and writing a file meets. The systems' own texts follow the locale.
+constexpr std::array kErrorTexts{
+    ErrorText{EACCES, "Permission denied"},
+    ErrorText{EBUSY, "Device or resource busy"},
+#ifdef EDQUOT
+    ErrorText{EDQUOT, "Disk quota exceeded"},
+#endif
+    ErrorText{EFBIG, "File too large"},
+    ErrorText{EINVAL, "Invalid argument"},
+    ErrorText{EIO, "Input/output error"},
+    ErrorText{EISDIR, "Is a directory"},
+    ErrorText{EMFILE, "Too many open files"},
+    ErrorText{ENAMETOOLONG, "File name too long"},
+    ErrorText{ENFILE, "Too many open files in system"},
+    ErrorText{ENODEV, "No such device"},
+    ErrorText{ENOENT, "No such file or directory"},
+    ErrorText{ENOSPC, "No space left on device"},
+    ErrorText{ENOTDIR, "Not a directory"},
+    ErrorText{ENXIO, "No such device or address"},
+    ErrorText{EPERM, "Operation not permitted"},
+    ErrorText{EROFS, "Read-only file system"},
+};
+
+} // namespace
+
+std::string SystemErrorText(int error) {
+    if (error == 0)
+        return {};
+    const auto found = std::find_if(kErrorTexts.begin(), kErrorTexts.end(),
+                                    [&](const ErrorText& text) { return text.error == error; });
+    return found == kErrorTexts.end() ? "system error " + std::to_string(error) : found->text;
+}
+
+} // namespace trevolt

@@ -1,0 +1,102 @@
+#include "platform/FileStream.h"
+
+#include <cerrno>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/TestFiles.h"
+
+namespace trevolt {
+namespace {
+
+using test::CTemporaryFolder;
+
+constexpr std::size_t kPastTheBuffer = std::size_t{1} << 20;
+
+TEST(OutputFile, TakesBytesAndCloses) {
+    const CTemporaryFolder folder;
+    const std::wstring path = folder.File(L"f");
+    test::WriteText(path, "something longer before");
+    COutputFile file;
+    ASSERT_TRUE(file.Open(path.c_str(), std::ios::trunc));
+    file << "text\n";
+    file.seekp(2);
+    file << 'X';
+    EXPECT_TRUE(file.Close());
+    EXPECT_EQ(file.SystemError(), 0);
+    EXPECT_EQ(test::ReadText(path), "teXt\n");
+
+    COutputFile again;
+    ASSERT_TRUE(again.Open(path.c_str(), std::ios::in)); // opened for reading too, it stays
+    again.seekp(0, std::ios::end);
+    EXPECT_EQ(again.tellp(), std::streampos(5));
+    again << "more";
+    EXPECT_TRUE(again.Close());
+    EXPECT_EQ(test::ReadText(path), "teXt\nmore");
+}
+
+TEST(OutputFile, TellsWhyItDoesNotOpen) {
+    const CTemporaryFolder folder;
+    COutputFile missing;
+    EXPECT_FALSE(missing.Open((folder.File(L"missing") + L"/f").c_str(), std::ios::trunc));
+    EXPECT_EQ(missing.SystemError(), ENOENT);
+    EXPECT_FALSE(missing.Close());
+    EXPECT_EQ(missing.SystemError(), ENOENT);
+
+    COutputFile isFolder;
+    EXPECT_FALSE(isFolder.Open(folder.Path().c_str(), std::ios::trunc));
+    EXPECT_EQ(isFolder.SystemError(), EISDIR);
+
+    errno = EIO; // of an earlier call
+    COutputFile nowhere;
+    EXPECT_FALSE(nowhere.Open(nullptr, std::ios::trunc));
+    EXPECT_EQ(nowhere.SystemError(), 0);
+    EXPECT_FALSE(nowhere.good());
+}
+
+TEST(OutputFile, AFailureThatIsNotTheSystemsHasNoReason) {
+    const CTemporaryFolder folder;
+    COutputFile file;
+    ASSERT_TRUE(file.Open(folder.File(L"f").c_str(), std::ios::trunc));
+    file.setstate(std::ios::badbit);
+    errno = EIO;
+    EXPECT_FALSE(file.Close());
+    EXPECT_EQ(file.SystemError(), 0);
+}
+
+#ifndef _WIN32
+TEST(OutputFile, TellsOfAFullDiskAtTheClose) {
+    COutputFile file;
+    ASSERT_TRUE(file.Open(L"/dev/full", std::ios::openmode{}));
+    file << "it lies in the buffer";
+    EXPECT_TRUE(file.good());
+    errno = EIO;
+    EXPECT_FALSE(file.Close());
+    EXPECT_EQ(file.SystemError(), ENOSPC);
+}
+
+TEST(OutputFile, TellsOfAFullDiskMidway) {
+    const std::string bytes(kPastTheBuffer, 'x');
+    COutputFile atOnce;
+    ASSERT_TRUE(atOnce.Open(L"/dev/full", std::ios::openmode{}));
+    atOnce.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    EXPECT_FALSE(atOnce.good());
+    EXPECT_EQ(atOnce.SystemError(), ENOSPC);
+
+    COutputFile oneByOne;
+    ASSERT_TRUE(oneByOne.Open(L"/dev/full", std::ios::openmode{}));
+    for (const char byte : bytes)
+        oneByOne.put(byte);
+    EXPECT_FALSE(oneByOne.good());
+    EXPECT_EQ(oneByOne.SystemError(), ENOSPC);
+
+    // Later calls that the system refuses for other reasons change nothing.
+    errno = EIO;
+    EXPECT_FALSE(oneByOne.Open(L"/missing/file", std::ios::trunc));
+    EXPECT_FALSE(oneByOne.Close());
+    EXPECT_EQ(oneByOne.SystemError(), ENOSPC);
+}
+#endif
+
+} // namespace
+} // namespace trevolt
