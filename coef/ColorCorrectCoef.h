@@ -354,12 +354,13 @@ class CColorCorrectCoef {
     /// [71] Loads a file, recognised by its first 16 bytes, to the store's left top.
     /// All: the kind's own word files. Brightness also `.3fcoef`, chroma `.9fcoef` and word files
     /// with extra words. Both know the raw map image: S_OK always, and the store stays as it was,
-    /// for reading one gives a map without a size. E_COEF_INVALIDARG for a null path,
-    /// E_COEF_OPENFAILED, E_COEF_BADFORMAT; for word files E_POINTER without a store, E_HANDLE
-    /// (extra words: E_COEF_OPENFAILED) when the file does not open again, else the chunk reader's
-    /// status (extra words: E_FAIL when the matrix part failed). `.3fcoef` and `.9fcoef` give the
-    /// conversion's status and not the reader's: after a failed read the store takes defaults; but
-    /// E_FAIL, the store unchanged, when the map or the file's content gets no memory.
+    /// for reading one gives a map without a size; all of the store's pixels are noted as missing.
+    /// E_COEF_INVALIDARG for a null path, E_COEF_OPENFAILED, E_COEF_BADFORMAT; for word files
+    /// E_POINTER without a store, E_HANDLE (extra words: E_COEF_OPENFAILED) when the file does not
+    /// open again, else the chunk reader's status (extra words: E_FAIL when the matrix part failed).
+    /// `.3fcoef` and `.9fcoef` give the conversion's status and not the reader's: after a failed
+    /// read the store takes defaults, which the transfer report tells; but E_FAIL, the store
+    /// unchanged, when the map or the file's content gets no memory.
     /// Chroma: the conversion writes as slots 47 to 58 do.
     virtual Status LoadCoef(const wchar_t* path) = 0;
 

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "common/FixedPoint.h"
+#include "common/TransferReport.h"
 #include "formats/BinaryCoefFile.h"
 #include "formats/PlacedCoefFile.h"
 #include "formats/RawMapFile.h"
@@ -114,6 +115,8 @@ Status CMapCorrectCoef<Element>::LoadOwnBinary(const wchar_t* path, std::uint32_
     if (const Status status = SizeMapFor(m_ownBinary, path, file); Failed(status))
         return status;
     const Status read = m_ownBinary.read(*m_pMap, path);
+    if (Failed(read))
+        CTransferReport::NoteFailedRead(read);
     // Scarce memory says nothing of the file, and must not cost what the store holds.
     if (read == E_OUTOFMEMORY)
         return E_FAIL;
@@ -124,7 +127,11 @@ Status CMapCorrectCoef<Element>::LoadOwnBinary(const wchar_t* path, std::uint32_
 
 template <class Element>
 void CMapCorrectCoef<Element>::LoadMapImage(const wchar_t* path, std::uint32_t x, std::uint32_t y) {
-    DropStatus(ReadRawMapFile(*m_pMap, path)); // the load of an image is S_OK whatever it held
+    // The load of an image is S_OK whatever it held. The map has no size then, so that no pixel of
+    // the store gets data.
+    if (const Status read = ReadRawMapFile(*m_pMap, path); Failed(read))
+        CTransferReport::NoteFailedRead(read);
+    CTransferReport::NoteMissingPixels(std::uint64_t{this->GetWidth()} * this->GetHeight());
     const auto width = std::min<std::uint32_t>(m_pMap->Width(), this->GetWidth());
     const auto height = std::min<std::uint32_t>(m_pMap->Height(), this->GetHeight());
     DropStatus(TakeFromMap({x, y, width, height}));

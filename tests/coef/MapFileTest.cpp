@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "common/LittleEndian.h"
+#include "common/TransferReport.h"
 #include "formats/BinaryCoefFile.h"
 #include "formats/PlacedCoefFile.h"
 #include "formats/RawMapFile.h"
@@ -519,13 +520,16 @@ TEST_F(BrightLoad, BeforeCreateNothingIsConverted) {
     EXPECT_EQ(object.LoadCoef(Sample(L"cabinet/Cab_07.3wcoef").c_str()), E_POINTER);
 }
 
-// The result is the conversion's: a damaged file gives defaults and S_OK.
+// The result is the conversion's: a damaged file gives defaults and S_OK. The report tells.
 TEST_F(BrightLoad, AFailedReadIsNotReported) {
     Bytes file = ReadFile(Sample(L"cabinet/Cab_02.3fcoef"));
     file.resize(file.size() - 10);
     WriteFile(path, file);
     test::CreateWithPattern(object, 60, 40);
+    const CTransferReport cut;
     EXPECT_EQ(object.LoadCoef(path.c_str()), S_OK);
+    EXPECT_EQ(cut.FailedRead(), E_FAIL);
+    EXPECT_FALSE(cut.WasMemoryRefused());
     EXPECT_EQ(object.GetPixel3Word(39, 23).w, S3WordCoef{}.w);
     EXPECT_EQ(object.GetPixel3Word(40, 23).w, test::PatternElement<S3WordCoef>(40, 23).w);
     // The size is what the header claims, not cut to the store; the iteration cuts it.
@@ -538,7 +542,9 @@ TEST_F(BrightLoad, AFailedReadIsNotReported) {
     file[16] = std::byte{2};
     WriteFile(path, file);
     test::FillWithPattern(object);
+    const CTransferReport newer;
     EXPECT_EQ(object.LoadCoef(path.c_str()), S_OK);
+    EXPECT_EQ(newer.FailedRead(), E_COEF_BADFORMAT);
     EXPECT_EQ(object.GetPixel3Word(0, 0).w, S3WordCoef{}.w);
     EXPECT_EQ(object.GetPixel3Word(1, 0).w, test::PatternElement<S3WordCoef>(1, 0).w);
     // On an empty store the unclamped size of a failed read is cut to nothing, and fine.
@@ -613,7 +619,10 @@ TYPED_TEST(MapImages, GiveSuccessAndChangeNothing) {
     test::CreateWithPattern(object, 40, 24);
     const std::wstring before = test::DigestOf(object);
     WriteFile(path, file);
+    const CTransferReport report;
     EXPECT_EQ(object.LoadCoef(path.c_str()), S_OK);
+    EXPECT_EQ(report.MissingPixels(), 40U * 24U); // none got data
+    EXPECT_EQ(report.FailedRead(), S_OK);
     file.resize(24 + 8 + 48 + 8 + 4);
     StoreLittle<std::uint16_t>(&file[20], 1);
     StoreLittle<std::uint16_t>(&file[22], 1);
@@ -626,7 +635,9 @@ TYPED_TEST(MapImages, GiveSuccessAndChangeNothing) {
     std::uint32_t height = 0;
     EXPECT_EQ(object.GetBrightCoefSize(path.c_str(), width, height), E_COEF_BADFORMAT);
     object.SetStoreOwner(nullptr);
+    const CTransferReport storeless;
     EXPECT_EQ(object.LoadCoef(path.c_str()), S_OK);
+    EXPECT_EQ(storeless.MissingPixels(), 0U);
 }
 
 class ChromaLoad : public ::testing::Test {
@@ -719,7 +730,11 @@ TEST_F(ChromaLoad, BeforeCreateAndWithoutAStore) {
 
 TEST_F(ChromaLoad, AFailedReadIsNotReported) {
     test::CreateWithPattern(object, 60, 40);
+    const CTransferReport report;
+    EXPECT_EQ(object.LoadCoef(Sample(L"cabinet/Cab_01.9fcoef").c_str()), S_OK);
+    EXPECT_EQ(report.FailedRead(), S_OK);
     EXPECT_EQ(object.LoadCoef(Sample(L"awkward/cut_short.9fcoef").c_str()), S_OK);
+    EXPECT_EQ(report.FailedRead(), E_FAIL);
     EXPECT_EQ(object.GetPixel9Word(0, 0).w, S9WordCoef{}.w);
     test::FillWithPattern(object);
     EXPECT_EQ(object.LoadCoef(Sample(L"awkward/version_2.9fcoef").c_str()), S_OK);

@@ -156,7 +156,10 @@ TYPED_TEST(MapStatuses, WithoutMemoryForTheBodyTheStoreStays) {
     test::CreateWithPattern(this->object, kWidth, kHeight);
     const std::wstring before = test::DigestOf(this->object);
     const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + kMapBytes + 1000);
+    const CTransferReport report;
     EXPECT_EQ(this->object.LoadCoef(this->OwnFile().c_str()), E_FAIL);
+    EXPECT_TRUE(report.WasMemoryRefused());
+    EXPECT_EQ(report.FailedRead(), E_OUTOFMEMORY);
     EXPECT_EQ(this->object.ImportTable53(this->files.k9f.c_str(), 0, 0), E_OUTOFMEMORY);
     EXPECT_EQ(this->object.LoadLegacy(this->files.k3f.c_str()), E_OUTOFMEMORY);
     EXPECT_EQ(test::DigestOf(this->object), before);
