@@ -7,9 +7,9 @@
 
 namespace trevolt {
 
-/// Writes a few small cabinets of every file kind into an existing folder; E_COEF_OPENFAILED or
-/// another writer's status when one cannot be written. The values are the same at every call:
-/// gains that drift over a cabinet, with pixel noise.
+/// Writes one small cabinet of every file kind into an existing folder. The status of the first
+/// writer that fails, those before it written; what that status hides is in the thread's transfer
+/// report. The values are the same at every call: gains that drift over a cabinet, with pixel noise.
 Status WriteDemoWall(const std::wstring& folder);
 
 } // namespace trevolt

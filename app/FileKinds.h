@@ -1,6 +1,8 @@
 // The one table of coefficient file kinds: how a file's kind is told from its name, and what reads,
 // writes and sizes it. Two search orders exist, one for loading and one for exporting; a name that
-// holds several extensions may therefore be read as one kind and written as another.
+// holds several extensions may therefore be read as one kind and written as another. The command
+// line asks with a file's name alone. So does the dialog for an export, but what it loads it tells by
+// the whole path, in which a folder's name counts too.
 #pragma once
 
 #include <cstdint>

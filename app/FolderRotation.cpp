@@ -8,8 +8,8 @@
 
 #include "app/FileKinds.h"
 #include "app/OrderedJobs.h"
+#include "app/TransferProblems.h"
 #include "common/TextConversion.h"
-#include "common/TransferReport.h"
 #include "platform/FileSystem.h"
 #include "platform/Process.h"
 #include "platform/Utf8.h"
@@ -86,9 +86,7 @@ class CFileRotation {
         if (m_interrupted || !FindSize())
             return;
         CChromaCorrectCoef source;
-        if (!Load(source) && !m_request.lenient)
-            return;
-        if (m_interrupted)
+        if (!Size(source) || (!Load(source) && !m_request.lenient) || m_interrupted)
             return;
         CChromaCorrectCoef turned;
         const auto width = static_cast<std::int32_t>(m_outcome.size.width);
@@ -121,23 +119,22 @@ class CFileRotation {
         return true;
     }
 
-    bool Load(CChromaCorrectCoef& source) {
+    /// Gives the map its memory; without any there is nothing that even a lenient run could write.
+    bool Size(CChromaCorrectCoef& source) {
         source.Resize(static_cast<std::int32_t>(m_outcome.size.width),
                       static_cast<std::int32_t>(m_outcome.size.height));
-        if (!source.IsEmpty() && !source.HasStorage()) {
-            Fail(fmt::format("not enough memory for {} x {} pixels", m_outcome.size.width,
-                             m_outcome.size.height));
-            return false;
-        }
+        if (source.IsEmpty() || source.HasStorage())
+            return true;
+        Fail(fmt::format("not enough memory for {} x {} pixels", m_outcome.size.width,
+                         m_outcome.size.height));
+        return false;
+    }
+
+    bool Load(CChromaCorrectCoef& source) {
         const CTransferReport report;
         const Status status = m_loadKind.load(source, m_path.c_str());
-        if (Failed(status))
-            Fail(fmt::format("cannot be read: {}", DescribeStatus(status)));
-        else if (report.WasMemoryRefused())
-            Fail("not enough memory to read it whole");
-        else if (report.FailedChunks() != 0)
-            Fail(fmt::format("is damaged: {} of its chunks could not be read",
-                             report.FailedChunks()));
+        for (std::string& problem : DescribeReadProblems(status, report))
+            Fail(std::move(problem));
         return !m_outcome.HasFailed();
     }
 
@@ -146,12 +143,8 @@ class CFileRotation {
         CTemporaryOutput output(WithSeparator(m_request.targetFolder), outputName, m_number);
         const CTransferReport report;
         const Status status = FindExportKind(m_lowered)->save(turned, output.Path().c_str());
-        if (Failed(status))
-            Fail(fmt::format("cannot be written: {}", DescribeStatus(status)));
-        else if (report.HasWriteFailed())
-            Fail("cannot be written: the target refused some of the bytes (is the disk full?)");
-        else if (report.WasMemoryRefused())
-            Fail("not enough memory to write it whole");
+        if (std::string problem = DescribeWriteProblem(status, report); !problem.empty())
+            Fail(std::move(problem));
         else if (m_interrupted) // asked once: what has its final name is also told of
             return;
         else if (!output.Keep())

@@ -135,6 +135,14 @@ Status SizeStores(Object& object, std::uint32_t width, std::uint32_t height) {
     return SizeStore(*object.Store(), width, height);
 }
 
+/// Whether a word file starts so; a float file may carry a word kind's name.
+bool IsWordFile(const SChunkHeader& header) {
+    constexpr std::array kFormats{kWordKind<S9WordCoef>.formatId, kChromaChunkFormat2,
+                                  kWordKind<S3WordCoef>.formatId, kWordKind<S4WordCoef>.formatId,
+                                  kWordKind<S12WordCoef>.formatId};
+    return std::find(kFormats.begin(), kFormats.end(), header.formatId) != kFormats.end();
+}
+
 bool HasOwner(const SChunkHeader& header) {
     return header.ownerFlag != 0 || std::any_of(header.ownerData.begin(), header.ownerData.end(),
                                                 [](std::uint8_t byte) { return byte != 0; });
@@ -225,6 +233,8 @@ std::vector<std::string> DescribeWordFileLosses(const wchar_t* path) {
         !stream.read(reinterpret_cast<char*>(bytes.data()), bytes.size()))
         return losses;
     const SChunkHeader header = DecodeChunkHeader(bytes.data());
+    if (!IsWordFile(header))
+        return losses;
     if (header.formatId == kChromaChunkFormat2)
         losses.emplace_back("its extra words");
     if (HasOwner(header))

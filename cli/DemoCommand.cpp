@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "app/DemoWall.h"
+#include "app/TransferProblems.h"
 #include "cli/Commands.h"
 #include "platform/FileSystem.h"
 #include "platform/Utf8.h"
@@ -16,8 +17,10 @@ int WriteDemo(const std::string& folder) {
         fmt::print(stderr, "trevolt-cli: the folder {} cannot be made\n", folder);
         return kExitUsage;
     }
-    if (const Status status = WriteDemoWall(*wide); Failed(status)) {
-        fmt::print(stderr, "trevolt-cli: {}: {}\n", folder, DescribeStatus(status));
+    const CTransferReport report;
+    const std::string problem = DescribeWriteProblem(WriteDemoWall(*wide), report);
+    if (!problem.empty()) {
+        fmt::print(stderr, "trevolt-cli: {}: {}\n", folder, problem);
         return kExitSomeFailed;
     }
     fmt::print("demo wall written to {}\n", folder);

@@ -71,10 +71,19 @@ class FolderRotation : public testing::Test {
         return m_listener.outcomes.front();
     }
 
-    void ExpectProblem(const std::string& words) const {
-        ASSERT_FALSE(Only().problems.empty());
-        EXPECT_NE(Only().problems.front().find(words), std::string::npos)
-            << Only().problems.front();
+    void ExpectProblem(const std::string& line) const {
+        EXPECT_EQ(Only().problems, std::vector<std::string>{line});
+    }
+
+    /// Writes the file and takes its last byte.
+    void AddCutShort(const std::wstring& name, const SFileKind& kind) const {
+        CChromaCorrectCoef map;
+        map.Resize(4, 3);
+        PaintMap(map, BytePixel);
+        ASSERT_EQ(kind.save(map, m_source.File(name).c_str()), S_OK);
+        Bytes file = ReadFile(m_source.File(name));
+        file.pop_back();
+        WriteFile(m_source.File(name), file);
     }
 
     CTemporaryFolder m_source;
@@ -285,7 +294,9 @@ TEST_F(FolderRotation, AFileWithoutPixelsIsNotWritten) {
     file.insert(file.end(), emptyFrame.begin(), emptyFrame.end());
     WriteFile(m_source.File(L"a.3bcoef"), file);
     EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
-    ExpectProblem("E_COEF_INVALIDARG (0xE0830000)");
+    ExpectProblem(
+        "cannot be written: E_COEF_INVALIDARG (0xE0830000): missing path, empty map or bad "
+        "rectangle");
     EXPECT_TRUE(m_target.Names().empty());
 }
 
@@ -309,6 +320,91 @@ TEST_F(FolderRotation, ATurnedMapBeyondTheMemoryEndsCleanly) {
     EXPECT_TRUE(m_target.Names().empty());
 }
 
+TEST_F(FolderRotation, AFileThatTheMemoryDoesNotReadWholeIsNamed) {
+    AddFile(L"a.3bcoef", 100, 100);
+    const std::uint64_t map = 100 * 100 * (48 + 4);
+    const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + map + 20000); // no body
+    EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
+    ExpectProblem("not enough memory to read it whole");
+    EXPECT_TRUE(m_target.Names().empty());
+}
+
+// Read as one kind and written as another, whose block does not fit, or whose scratch does not.
+TEST_F(FolderRotation, AFileThatTheMemoryDoesNotWriteWholeIsNamed) {
+    AddFile(L"a.3bcoef", 10, 10);
+    ASSERT_TRUE(ReplaceWith(m_source.File(L"a.3bcoef"), m_source.File(L"a.3bcoef.12wcoef")));
+    const std::uint64_t block = 256 * 128 * 24;
+    for (const std::uint64_t room : {block - 1, block + 15000}) {
+        const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + room);
+        EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
+        ExpectProblem("not enough memory to write it whole");
+        EXPECT_TRUE(m_target.Names().empty());
+    }
+    EXPECT_EQ(Run().end, ERotationEnd::AllDone);
+    EXPECT_EQ(m_target.Names(), Names{L"a-90\u00B0.3bcoef.12wcoef"});
+}
+
+// The load's status is fine: the word kinds' objects hide what a float file could not give.
+TEST_F(FolderRotation, ADamagedFloatFileUnderAWordKindsNameIsNamed) {
+    AddCutShort(L"a.9wcoef", *FindExportKind(L".9fcoef"));
+    AddCutShort(L"b.3wcoef", *FindExportKind(L".3fcoef"));
+    for (const bool lenient : {false, true}) {
+        m_request.lenient = lenient;
+        const SRotationOutcome outcome = Run();
+        EXPECT_EQ(outcome.end, ERotationEnd::SomeFailed);
+        EXPECT_EQ(outcome.failed, 2U);
+        EXPECT_EQ(outcome.written, lenient ? 2U : 0U);
+        ASSERT_EQ(m_listener.outcomes.size(), 2U);
+        for (const SFileOutcome& file : m_listener.outcomes)
+            EXPECT_EQ(file.problems, (std::vector<std::string>{
+                                         "cannot be read: E_FAIL (0x80004005): the content is "
+                                         "damaged or does not match its header"}));
+        EXPECT_EQ(m_target.Names().size(), outcome.written);
+    }
+}
+
+TEST_F(FolderRotation, AFloatFileUnderAWordKindsNameLosesNothing) {
+    AddFile(L"a.9fcoef", 5, 3);
+    ASSERT_TRUE(ReplaceWith(m_source.File(L"a.9fcoef"), m_source.File(L"a.9wcoef")));
+    EXPECT_EQ(Run().end, ERotationEnd::AllDone);
+    EXPECT_TRUE(Only().losses.empty());
+}
+
+TEST_F(FolderRotation, PixelsWithoutDataAreCounted) {
+    for (const std::wstring name : {L"a.9wcoef", L"b.3wcoef", L"c.4wcoef", L"d.12wcoef"}) {
+        AddFile(name, 300, 20); // two chunks
+        Bytes file = ReadFile(m_source.File(name));
+        ASSERT_EQ(file[36], std::byte{2});
+        file[32] = std::byte{21}; // one row more
+        WriteFile(m_source.File(name), file);
+    }
+    for (const bool lenient : {false, true}) {
+        m_request.lenient = lenient;
+        const SRotationOutcome outcome = Run();
+        EXPECT_EQ(outcome.failed, 4U);
+        EXPECT_EQ(outcome.written, lenient ? 4U : 0U);
+        ASSERT_EQ(m_listener.outcomes.size(), 4U);
+        for (const SFileOutcome& file : m_listener.outcomes)
+            EXPECT_EQ(file.problems,
+                      (std::vector<std::string>{"is incomplete: 300 pixels have no data"}))
+                << file.name;
+        EXPECT_EQ(m_target.Names().size(), outcome.written);
+    }
+}
+
+TEST_F(FolderRotation, TellsKindsByTheNameAlone) {
+    AddFile(L"a.3bcoef", 2, 3);
+    const std::wstring folder = m_source.File(L"wall.9fcoef");
+    ASSERT_TRUE(CreateFolders(folder));
+    m_request.sourceFolder = folder;
+    ExpectNothingToDo("there is no coefficient file in");
+    WriteText(WithSeparator(folder) + L"notes.txt", "x");
+    ExpectNothingToDo("there is no coefficient file in");
+    ASSERT_TRUE(ReplaceWith(m_source.File(L"a.3bcoef"), WithSeparator(folder) + L"a.3bcoef"));
+    EXPECT_EQ(Run().end, ERotationEnd::AllDone);
+    EXPECT_EQ(m_target.Names(), Names{L"a-90\u00B0.3bcoef"});
+}
+
 TEST_F(FolderRotation, ReplacesAnEarlierOutput) {
     AddFile(L"a.3bcoef", 2, 3);
     WriteText(m_target.File(L"a-90\u00B0.3bcoef"), "old");
@@ -329,7 +425,7 @@ TEST_F(FolderRotation, AFolderInTheOutputsPlaceIsReported) {
     AddFile(L"a.3bcoef", 2, 3);
     ASSERT_TRUE(CreateFolders(m_target.File(L"a-90\u00B0.3bcoef/inside")));
     EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
-    ExpectProblem("cannot be given its final name");
+    ExpectProblem("cannot be given its final name in the target folder");
     EXPECT_EQ(m_target.Names(), Names{L"a-90\u00B0.3bcoef"});
 }
 

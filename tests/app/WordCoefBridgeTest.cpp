@@ -167,6 +167,30 @@ TYPED_TEST(WordCoefBridge, ARefusedStoreIsNotedThoughTheStatusSaysNothing) {
     EXPECT_EQ(map.FindElement(0, 0)->m, SMatrixCoef{}.m);
 }
 
+// The file's own memory is there, the store's is not.
+TYPED_TEST(WordCoefBridge, ARefusedStoreLeavesTheLoadsStatus) {
+    WriteCounting<TypeParam>(this->m_file, 40, 20);
+    CChromaCorrectCoef map;
+    map.Resize(40, 20);
+    const std::uint64_t block = 256 * 128 * sizeof(typename TypeParam::Element);
+    const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + block - 1);
+    const CTransferReport report;
+    EXPECT_EQ(LoadWordCoefFile(TypeParam::kKind, map, this->m_file.c_str()), S_OK);
+    EXPECT_TRUE(report.WasMemoryRefused());
+    EXPECT_EQ(map.FindElement(0, 0)->m, SMatrixCoef{}.m);
+}
+
+TYPED_TEST(WordCoefBridge, SavingWithoutMemoryGivesTheStoresStatusAndNoFile) {
+    CChromaCorrectCoef map;
+    map.Resize(40, 20);
+    const std::uint64_t block = 256 * 128 * sizeof(typename TypeParam::Element);
+    const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + block - 1);
+    const CTransferReport report;
+    EXPECT_EQ(SaveWordCoefFile(TypeParam::kKind, map, this->m_file.c_str()), E_FAIL);
+    EXPECT_TRUE(report.WasMemoryRefused());
+    EXPECT_FALSE(test::FileExists(this->m_file));
+}
+
 TYPED_TEST(WordCoefBridge, AHeaderThatLiesAboutItsSizeIsNotedAndTakesNoMemory) {
     WriteCounting<TypeParam>(this->m_file, 40, 20);
     test::Bytes bytes = test::ReadFile(this->m_file);
@@ -197,6 +221,21 @@ TYPED_TEST(WordCoefBridge, AFailedChunkIsNotedThoughALaterOneIsGood) {
     const CTransferReport report;
     EXPECT_EQ(LoadWordCoefFile(TypeParam::kKind, map, this->m_file.c_str()), S_OK);
     EXPECT_EQ(report.FailedChunks(), 1U);
+}
+
+TEST(WordCoefExtraWords, TheirMemoryIsNotNeededForTheMatrix) {
+    const CTemporaryFolder folder;
+    const std::wstring file = folder.File(L"a.9wcoef");
+    WriteCounting<ChromaKind>(file, 2, 1);
+    CChromaCorrectCoef map;
+    map.Resize(2, 1);
+    const std::uint64_t blocks = 256 * 128 * (sizeof(S9WordCoef) + sizeof(SWordCoef));
+    const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + blocks - 1);
+    const CTransferReport report;
+    EXPECT_EQ(LoadWordCoefFile(EWordKind::Chroma, map, file.c_str()), S_OK);
+    EXPECT_TRUE(report.WasMemoryRefused());
+    EXPECT_EQ(map.FindElement(1, 0)->m[0], 1.0F / 65535.0F);
+    EXPECT_EQ(SaveWordCoefFile(EWordKind::Chroma, map, file.c_str()), E_FAIL);
 }
 
 TEST(WordCoefMapping, BrightnessTakesTheDiagonal) {
@@ -297,6 +336,7 @@ TEST(WordFileLosses, NamesWhatAMapCannotHold) {
     const CTemporaryFolder folder;
     EXPECT_TRUE(DescribeWordFileLosses(test::Sample(L"cabinet/Cab_06.9wcoef").c_str()).empty());
     EXPECT_TRUE(DescribeWordFileLosses(folder.File(L"missing").c_str()).empty());
+    EXPECT_TRUE(DescribeWordFileLosses(test::Sample(L"cabinet/Cab_01.9fcoef").c_str()).empty());
     EXPECT_EQ(DescribeWordFileLosses(test::Sample(L"awkward/origin_1000_777.9wcoef").c_str()),
               (std::vector<std::string>{"its origin (1000, 777)"}));
 

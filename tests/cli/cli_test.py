@@ -425,7 +425,9 @@ class Names(CliTest):
         self.add('a.3bcoef')
         self.target.chmod(0o500)
         self.addCleanup(self.target.chmod, 0o700)
-        self.expect_words(self.rotate(), 1, 'cannot be written: E_COEF_OPENFAILED (0xE0830011)')
+        self.expect(self.rotate(), 1, ['0 files turned by 90°, 1 failed'],
+                    ['a.3bcoef: cannot be written: E_COEF_OPENFAILED (0xE0830011): '
+                     'the file could not be opened: Permission denied'])
 
 
 class Damage(CliTest):
@@ -491,6 +493,60 @@ class Damage(CliTest):
         self.expect(result, 1, ['0 files turned by 90°, 1 failed'])
         self.assertEqual(self.targets(), [])
 
+    def damaged(self, kind):
+        raw = raw_elements(4, 3, STORED_BYTES[kind])
+        return coef_file(kind, 4, 3, raw, content_checksum=True)[:-1]
+
+    def test_a_damaged_float_file_under_a_word_kinds_name_is_named(self):
+        (self.source / 'a.9wcoef').write_bytes(self.damaged('.9fcoef'))
+        (self.source / 'b.3wcoef').write_bytes(self.damaged('.3fcoef'))
+        problems = [f'a.9wcoef: {self.BAD_CONTENT}', f'b.3wcoef: {self.BAD_CONTENT}']
+        self.expect(self.rotate(), 1, ['0 files turned by 90°, 2 failed'], problems)
+        self.assertEqual(self.targets(), [])
+        self.expect(self.rotate('--lenient'), 1,
+                    ['a.9wcoef -> a-90°.9wcoef  (4 x 3 -> 3 x 4)',
+                     'b.3wcoef -> b-90°.3wcoef  (4 x 3 -> 3 x 4)',
+                     '2 files turned by 90°, 2 failed'], problems)
+        self.assertEqual(self.targets(), ['a-90°.9wcoef', 'b-90°.3wcoef'])
+
+    def test_a_float_file_under_a_word_kinds_name_is_turned(self):
+        self.add('a.9wcoef', kind='.9fcoef')
+        self.add('b.3wcoef', kind='.3fcoef')
+        self.expect(self.rotate(), 0, ['a.9wcoef -> a-90°.9wcoef  (4 x 3 -> 3 x 4)',
+                                       'b.3wcoef -> b-90°.3wcoef  (4 x 3 -> 3 x 4)',
+                                       '2 files turned by 90°, 0 failed'], [])
+
+    def test_pixels_without_data_are_counted(self):
+        whole = (SAMPLES / 'cabinet' / 'Cab_06.9wcoef').read_bytes()  # 40 x 24 in one chunk
+        self.assertEqual(struct.unpack_from('<III', whole, 28), (40, 24, 1))
+        resized = lambda width, height: whole[:28] + struct.pack('<II', width, height) + whole[36:]
+        (self.source / 'a.9wcoef').write_bytes(whole[:36] + bytes(4) + whole[40:168])
+        (self.source / 'b.9wcoef').write_bytes(resized(41, 30))
+        (self.source / 'c.9wcoef').write_bytes(resized(1, 25))
+        (self.source / 'd.9wcoef').write_bytes(resized(30, 20))
+        problems = ['a.9wcoef: is incomplete: 960 pixels have no data',
+                    'b.9wcoef: is incomplete: 270 pixels have no data',
+                    'c.9wcoef: is incomplete: 1 pixel has no data']
+        self.expect(self.rotate(), 1, ['d.9wcoef -> d-90°.9wcoef  (30 x 20 -> 20 x 30)',
+                                       '1 file turned by 90°, 3 failed'], problems)
+        self.assertEqual(self.targets(), ['d-90°.9wcoef'])
+        self.expect(self.rotate('--lenient'), 1,
+                    ['a.9wcoef -> a-90°.9wcoef  (40 x 24 -> 24 x 40)',
+                     'b.9wcoef -> b-90°.9wcoef  (41 x 30 -> 30 x 41)',
+                     'c.9wcoef -> c-90°.9wcoef  (1 x 25 -> 25 x 1)',
+                     'd.9wcoef -> d-90°.9wcoef  (30 x 20 -> 20 x 30)',
+                     '4 files turned by 90°, 3 failed'], problems)
+        self.assertEqual(len(self.targets()), 4)
+
+    def test_pixels_without_data_are_counted_once_in_a_file_with_extra_words(self):
+        shutil.copy(SAMPLES / 'cabinet' / 'Cab_06.9wcoef', self.source / 'x.9wcoef.9wPCoef')
+        self.expect(self.rotate(angle=180), 0)
+        (self.source / 'x.9wcoef.9wPCoef').unlink()
+        whole = (self.target / 'x-180°.9wcoef.9wPCoef').read_bytes()
+        (self.source / 'y.9wcoef').write_bytes(whole[:32] + struct.pack('<I', 30) + whole[36:])
+        self.expect(self.rotate(), 1, ['0 files turned by 90°, 1 failed'],
+                    ['y.9wcoef: is incomplete: 240 pixels have no data'])
+
 
 class Trouble(CliTest):
     """A disk that fills up, and a user who does not wait."""
@@ -500,17 +556,65 @@ class Trouble(CliTest):
         noise = bytes((i * i * 2654435761 >> 15) & 0xFF for i in range(400 * 300 * 9))
         (self.source / 'large.9bcoef').write_bytes(coef_file('.9bcoef', 400, 300, noise))
         self.add('small.3bcoef', 2, 2)
-        for limit in (20, 5000, 300000):
+        refusal = 'large.9bcoef: cannot be written: File too large'
+        for limit in (0, 20, 5000, 300000):
             def refuse_long_files():
                 signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
                 resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit))
             result = self.rotate(preexec_fn=refuse_long_files, restore_signals=False)
-            self.expect_words(result, 1, 'large.9bcoef: cannot be written: ')
-            small_fits = limit > 100
-            if not small_fits:  # all of it lies in the stream's buffer until the file is closed
-                self.assertIn('small.3bcoef: cannot be written: the target refused some of the '
-                              'bytes (is the disk full?)', result.stderr.decode())
-            self.assertEqual(self.targets(), ['small-90°.3bcoef'] if small_fits else [])
+            if limit > 100:
+                self.expect(result, 1, ['small.3bcoef -> small-90°.3bcoef  (2 x 2 -> 2 x 2)',
+                                        '1 file turned by 90°, 1 failed'], [refusal])
+                self.assertEqual(self.targets(), ['small-90°.3bcoef'])
+            else:  # all of the small one lies in the stream's buffer until the file is closed
+                self.expect(result, 1, ['0 files turned by 90°, 2 failed'],
+                            [refusal, 'small.3bcoef: cannot be written: File too large'])
+                self.assertEqual(self.targets(), [])
+
+    @posix_only
+    def test_a_full_disk_is_named_for_every_kind(self):
+        wall = self.folder / 'wall'
+        self.expect(self.run_cli('demo', wall), 0)
+        names = sorted(p.name for p in wall.iterdir())
+        self.assertEqual(len(names), 9)
+        for limit in (0, 100, 4000):
+            def refuse_long_files():
+                signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+                resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit))
+            for locale in ('C', 'C.UTF-8', 'de_DE.UTF-8'):
+                self.expect(self.run_cli('rotate', '--angle', 90, wall, self.target, locale=locale,
+                                         preexec_fn=refuse_long_files, restore_signals=False),
+                            1, ['0 files turned by 90°, 9 failed'],
+                            [f'{name}: cannot be written: File too large' for name in names])
+            self.assertEqual(self.targets(), [])
+
+    @posix_only
+    def test_a_disk_without_room_is_named_in_the_systems_words(self):
+        disk = self.folder / 'disk'
+        disk.mkdir()
+        mount = ['mount', '-t', 'tmpfs', '-o', 'size=64k,nr_inodes=2', 'none', disk]
+        if subprocess.run(mount, capture_output=True).returncode != 0:
+            self.skipTest('no disk can be mounted here')
+        self.addCleanup(subprocess.run, ['umount', disk], check=True)
+        self.target = disk
+        noise = bytes((i * i * 2654435761 >> 15) & 0xFF for i in range(400 * 300 * 9))
+        (self.source / 'a.9bcoef').write_bytes(coef_file('.9bcoef', 400, 300, noise))
+        self.expect(self.rotate(), 1, ['0 files turned by 90°, 1 failed'],
+                    ['a.9bcoef: cannot be written: No space left on device'])
+        self.assertEqual(self.targets(), [])
+        (disk / 'last inode').touch()
+        self.expect(self.rotate(), 1, ['0 files turned by 90°, 1 failed'],
+                    ['a.9bcoef: cannot be written: E_COEF_OPENFAILED (0xE0830011): '
+                     'the file could not be opened: No space left on device'])
+
+    @posix_only
+    def test_a_demo_wall_that_the_disk_refuses_is_no_success(self):
+        wall = self.folder / 'wall'
+        def refuse_long_files():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (0, 0))
+        self.expect(self.run_cli('demo', wall, preexec_fn=refuse_long_files, restore_signals=False),
+                    1, [], [f'trevolt-cli: {wall}: cannot be written: File too large'])
 
     @posix_only
     def test_an_interrupted_run_leaves_whole_files_only(self):
