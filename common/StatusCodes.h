@@ -24,11 +24,12 @@ constexpr bool Failed(Status status) { return status < 0; }
 constexpr void DropStatus(Status /*unused*/) {}
 
 inline constexpr Status S_OK = MakeStatus(0);
-/// General failure; an operation that a kind does not offer; sizes that do not match.
+/// General failure: damaged content, sizes that do not match, memory refused to a store or a map, an
+/// operation that a kind does not offer.
 inline constexpr Status E_FAIL = MakeStatus(0x80004005);
-/// A coefficient object has no store.
+/// A coefficient object has no store, or its writer no path.
 inline constexpr Status E_POINTER = MakeStatus(0x80004003);
-/// An output or second input file could not be opened (some operations).
+/// A file could not be opened (some operations: outputs, and inputs that are opened again).
 inline constexpr Status E_HANDLE = MakeStatus(0x80070006);
 /// A file's body needs more memory than the budget or the system gives.
 inline constexpr Status E_OUTOFMEMORY = MakeStatus(0x8007000E);
