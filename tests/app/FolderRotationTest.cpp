@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "app/FileKinds.h"
+#include "common/LittleEndian.h"
 #include "common/TextConversion.h"
 #include "formats/BinaryCoefFile.h"
 #include "platform/FileSystem.h"
@@ -310,6 +311,35 @@ TEST_F(FolderRotation, ASizeBeyondTheMemoryEndsCleanly) {
         ExpectProblem("not enough memory for 65535 x 32768 pixels");
         EXPECT_TRUE(m_target.Names().empty());
     }
+}
+
+// A word file's header can state sizes that no map has.
+TEST_F(FolderRotation, AMapSideEndsAt65535) {
+    struct SCase {
+        std::uint32_t width;
+        std::uint32_t height;
+        const char* problem;
+    };
+    for (const SCase& size :
+         {SCase{65535, 1, "is incomplete: 65531 pixels have no data"},
+          SCase{1, 65535, "is incomplete: 65532 pixels have no data"},
+          SCase{65536, 1, "its size 65536 x 1 is above 65535 in one direction"},
+          SCase{1, 65536, "its size 1 x 65536 is above 65535 in one direction"}}) {
+        AddFile(L"a.3wcoef", 4, 3);
+        Bytes file = ReadFile(m_source.File(L"a.3wcoef"));
+        StoreLittle<std::uint32_t>(&file[28], size.width);
+        StoreLittle<std::uint32_t>(&file[32], size.height);
+        WriteFile(m_source.File(L"a.3wcoef"), file);
+        EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
+        ExpectProblem(size.problem);
+    }
+}
+
+TEST_F(FolderRotation, TheSourceIsGoneWhenTheOutputIsWritten) {
+    AddFile(L"a.3bcoef", 100, 100);
+    const std::uint64_t twoMaps = 2 * 100 * 100 * (48 + 4); // and no body beside them
+    const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + twoMaps);
+    EXPECT_EQ(Run().end, ERotationEnd::AllDone);
 }
 
 TEST_F(FolderRotation, ATurnedMapBeyondTheMemoryEndsCleanly) {

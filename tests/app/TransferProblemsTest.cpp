@@ -50,7 +50,11 @@ TEST(ReadProblems, ChunksAndPixelsAreCounted) {
         EXPECT_EQ(DescribeReadProblems(S_OK, inner),
                   Problems{"is incomplete: 1 pixel has no data"});
     }
-    CTransferReport::NoteMissingPixels(8589934591);
+    CTransferReport::NoteMissingPixels(1);
+    EXPECT_EQ(DescribeReadProblems(S_OK, report),
+              (Problems{"is damaged: 3 of its chunks could not be read",
+                        "is incomplete: 2 pixels have no data"}));
+    CTransferReport::NoteMissingPixels(8589934590);
     EXPECT_EQ(DescribeReadProblems(S_OK, report),
               (Problems{"is damaged: 3 of its chunks could not be read",
                         "is incomplete: 8589934592 pixels have no data"}));

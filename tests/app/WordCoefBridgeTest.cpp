@@ -340,12 +340,23 @@ TEST(WordFileLosses, NamesWhatAMapCannotHold) {
     EXPECT_EQ(DescribeWordFileLosses(test::Sample(L"awkward/origin_1000_777.9wcoef").c_str()),
               (std::vector<std::string>{"its origin (1000, 777)"}));
 
+    const std::wstring moved = folder.File(L"moved");
+    test::Bytes bytes = test::ReadFile(test::Sample(L"cabinet/Cab_06.9wcoef"));
+    StoreLittle<std::uint32_t>(&bytes[24], 777);
+    test::WriteFile(moved, bytes);
+    EXPECT_EQ(DescribeWordFileLosses(moved.c_str()),
+              (std::vector<std::string>{"its origin (0, 777)"}));
+
     const std::wstring file = folder.File(L"a.9wPCoef");
     CCNewChromaCorrectCoef object;
     ASSERT_EQ(object.Create(2, 1), S_OK);
     const std::array<std::byte, 16> name{std::byte{'x'}};
     const std::uint8_t flag = 3;
     ASSERT_EQ(object.ExportCoef(file.c_str(), {0, 0, 2, 1}, name.data(), &flag), S_OK);
+    EXPECT_EQ(DescribeWordFileLosses(file.c_str()),
+              (std::vector<std::string>{"its extra words", "its owner name and flag"}));
+    const std::array<std::byte, 16> noName{};
+    ASSERT_EQ(object.ExportCoef(file.c_str(), {0, 0, 2, 1}, noName.data(), &flag), S_OK);
     EXPECT_EQ(DescribeWordFileLosses(file.c_str()),
               (std::vector<std::string>{"its extra words", "its owner name and flag"}));
 }

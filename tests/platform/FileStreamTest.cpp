@@ -6,6 +6,12 @@
 
 #include "tests/support/TestFiles.h"
 
+#ifndef _WIN32
+#include <csignal>
+
+#include <sys/resource.h>
+#endif
+
 namespace trevolt {
 namespace {
 
@@ -33,6 +39,12 @@ TEST(OutputFile, TakesBytesAndCloses) {
     again << "more";
     EXPECT_TRUE(again.Close());
     EXPECT_EQ(test::ReadText(path), "teXt\nmore");
+
+    COutputFile anew;
+    ASSERT_TRUE(anew.Open(path.c_str(), std::ios::openmode{}));
+    anew << 'x';
+    EXPECT_TRUE(anew.Close());
+    EXPECT_EQ(test::ReadText(path), "x");
 }
 
 TEST(OutputFile, TellsWhyItDoesNotOpen) {
@@ -62,9 +74,50 @@ TEST(OutputFile, AFailureThatIsNotTheSystemsHasNoReason) {
     errno = EIO;
     EXPECT_FALSE(file.Close());
     EXPECT_EQ(file.SystemError(), 0);
+
+    COutputFile unopened;
+    errno = EIO;
+    unopened << "nowhere to go";
+    EXPECT_FALSE(unopened.good());
+    EXPECT_EQ(unopened.SystemError(), 0);
 }
 
 #ifndef _WIN32
+/// No file grows past `bytes`, until the holder goes.
+class CFileSizeLimit {
+  public:
+    explicit CFileSizeLimit(rlim_t bytes) : m_handler(std::signal(SIGXFSZ, SIG_IGN)) {
+        EXPECT_EQ(getrlimit(RLIMIT_FSIZE, &m_before), 0);
+        const rlimit limit{bytes, m_before.rlim_max};
+        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    }
+    ~CFileSizeLimit() {
+        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &m_before), 0);
+        EXPECT_NE(std::signal(SIGXFSZ, m_handler), SIG_ERR);
+    }
+    CFileSizeLimit(const CFileSizeLimit&) = delete;
+    CFileSizeLimit& operator=(const CFileSizeLimit&) = delete;
+
+  private:
+    void (*m_handler)(int);
+    rlimit m_before{};
+};
+
+TEST(OutputFile, TellsOfAFileThatTakesAPartOnly) {
+    const CTemporaryFolder folder;
+    const std::string bytes(kPastTheBuffer, 'x');
+    COutputFile file;
+    ASSERT_TRUE(file.Open(folder.File(L"f").c_str(), std::ios::trunc));
+    {
+        const CFileSizeLimit limit(1000);
+        file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    }
+    EXPECT_FALSE(file.good());
+    EXPECT_EQ(file.SystemError(), EFBIG);
+    EXPECT_FALSE(file.Close());
+    EXPECT_EQ(test::ReadText(folder.File(L"f")), std::string(1000, 'x'));
+}
+
 TEST(OutputFile, TellsOfAFullDiskAtTheClose) {
     COutputFile file;
     ASSERT_TRUE(file.Open(L"/dev/full", std::ios::openmode{}));
