@@ -53,16 +53,21 @@ void FillBodyFromPrepared(const CMassiveGrid& prepared, CMassiveGrid& body) {
 
 SPixelRect WholeMap(const CChromaCorrectCoef& map) { return {0, 0, map.Width(), map.Height()}; }
 
+/// Sizes the body of the map's own file, not filled; the status of the writers where there is none.
+Status SizeBody(const CChromaCorrectCoef& map, const wchar_t* path, CMassiveGrid& body) {
+    if (path == nullptr || map.IsEmpty())
+        return E_COEF_INVALIDARG;
+    return body.Resize(map.Width(), map.Height()) ? S_OK : E_FAIL;
+}
+
 template <class Kind>
 Status WriteFrom(const CChromaCorrectCoef& map, const wchar_t* path,
                  const CMassiveGrid* preparedGrid) {
     if (preparedGrid == nullptr)
         return WriteMapRegion<Kind>(map, path, WholeMap(map));
-    if (path == nullptr || map.IsEmpty())
-        return E_COEF_INVALIDARG;
     CMassiveGrid body(Kind::kStoredBytes);
-    if (!body.Resize(map.Width(), map.Height()))
-        return E_FAIL;
+    if (const Status status = SizeBody(map, path, body); Failed(status))
+        return status;
     FillBodyFromPrepared<Kind>(*preparedGrid, body);
     return WriteCoefBody(path, Kind::kMagic, map.Width(), map.Height(), body);
 }
@@ -98,8 +103,10 @@ Status Write9fCoefFile(const CChromaCorrectCoef& map, const wchar_t* path,
                        const CMassiveGrid* preparedGrid) {
     if (preparedGrid == nullptr)
         return WriteFrom<S9fCoefKind>(map, path, nullptr);
-    if (path == nullptr || map.IsEmpty())
-        return E_COEF_INVALIDARG;
+    // The map's own body is asked for, though nothing of it would be written.
+    CMassiveGrid body(S9fCoefKind::kStoredBytes);
+    if (const Status status = SizeBody(map, path, body); Failed(status))
+        return status;
     const Status status =
         WriteCoefBody(path, S9fCoefKind::kMagic, map.Width(), map.Height(), *preparedGrid);
     return status == E_COEF_OPENFAILED ? status : S_OK;

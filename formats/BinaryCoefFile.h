@@ -34,7 +34,8 @@ Status Read9bCoefFile(CChromaCorrectCoef& map, const wchar_t* path);
 Status Read3bCoefFile(CChromaCorrectCoef& map, const wchar_t* path);
 
 /// Writes m[0..8] bit for bit. `preparedGrid` may be null; else it holds 9-float elements in the
-/// map's shape and is the body as it stands, and the result is 0 whatever became of it.
+/// map's shape and is the body as it stands, and the result is 0 whatever became of it. The map's own
+/// body is asked for all the same: E_FAIL when that gets no memory.
 Status Write9fCoefFile(const CChromaCorrectCoef& map, const wchar_t* path,
                        const CMassiveGrid* preparedGrid);
 

@@ -310,6 +310,27 @@ TEST_P(BinaryCoefFile, ReportsWhenTheBodyGetsNoMemory) {
     ExpectPixels(map, PatternPixel);
 }
 
+// The body grid of the map's own size is asked for even where a prepared one is written.
+TEST_P(BinaryCoefFile, ReportsWhenTheBodyGetsNoMemoryBesideAPreparedGrid) {
+    CChromaCorrectCoef map;
+    map.Resize(8, 8);
+    CMassiveGrid prepared(36);
+    ASSERT_TRUE(prepared.Resize(8, 8));
+    std::memset(prepared.Block(0), 0, prepared.BlockSize(0));
+    const std::uint64_t outstanding = CMemoryBudget::Process().Outstanding();
+    const std::uint64_t bodyBytes = 64 * Kind().storedBytes;
+    {
+        const CBudgetLimit oneShort(outstanding + bodyBytes - 1);
+        const CTransferReport report;
+        EXPECT_EQ(Kind().write(map, Path(), &prepared), E_FAIL);
+        EXPECT_TRUE(report.WasMemoryRefused());
+        EXPECT_FALSE(FileExists(File()));
+    }
+    const CBudgetLimit enough(outstanding + bodyBytes);
+    EXPECT_EQ(Kind().write(map, Path(), &prepared), S_OK);
+    EXPECT_EQ(CMemoryBudget::Process().Outstanding(), outstanding);
+}
+
 TEST_P(BinaryCoefFile, GivesAllMemoryBack) {
     const std::uint64_t before = CMemoryBudget::Process().Outstanding();
     {
