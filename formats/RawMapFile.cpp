@@ -22,7 +22,8 @@ Status ReadRawMapFile(CChromaCorrectCoef& map, const wchar_t* path) {
     stream.ignore(kUnusedFields);
     map.Reset();
     // A grid that cannot be read stays empty; the magic alone decides the result.
-    DropStatus(map.ColourGrid().ReadFromFile(stream));
+    if (Failed(map.ColourGrid().ReadFromFile(stream)))
+        return S_OK; // nothing tells where the gain grid's image begins
     DropStatus(map.GainGrid().ReadFromFile(stream));
     return S_OK;
 }

@@ -102,6 +102,32 @@ TEST_F(RawMapFile, ALyingCountGivesAnEmptyGrid) {
     EXPECT_FALSE(m_map.ColourGrid().HasStorage());
 }
 
+// Where the gain grid's image begins is told by the colour grid's alone: what lies inside that one
+// must not be taken for gains.
+TEST_F(RawMapFile, AnUnreadColourGridLeavesTheGainGridEmpty) {
+    // The colours' own bytes are a raw image: a count of 4 and four bytes.
+    const Bytes trap = RawImage(Bytes(4, std::byte{7})) + Bytes(84);
+    Bytes lying = RawImage(trap);
+    lying[7] = std::byte{0x7F};
+    EXPECT_EQ(Read(kMagic + kFields + lying + RawImage(m_gains)), S_OK);
+    EXPECT_FALSE(m_map.ColourGrid().HasStorage());
+    EXPECT_FALSE(m_map.GainGrid().HasStorage());
+
+    m_map.Resize(5, 4);
+    WriteFile(Path(), kMagic + kFields + RawImage(trap) + RawImage(m_gains));
+    const CBudgetLimit few(50); // too few for the colours
+    EXPECT_EQ(ReadRawMapFile(m_map, Path().c_str()), S_OK);
+    EXPECT_FALSE(m_map.ColourGrid().HasStorage());
+    EXPECT_FALSE(m_map.GainGrid().HasStorage());
+    EXPECT_EQ(m_map.GainGrid().ByteCount(), 0U);
+}
+
+TEST_F(RawMapFile, AnEmptyColourImageIsReadAndTheGainsBehindIt) {
+    EXPECT_EQ(Read(kMagic + kFields + RawImage({}) + RawImage(m_gains)), S_OK);
+    EXPECT_FALSE(m_map.ColourGrid().HasStorage());
+    EXPECT_EQ(ContentOf(m_map.GainGrid()), m_gains);
+}
+
 TEST_F(RawMapFile, AnOddCountOfBytesIsHeldAndHarmless) {
     const Bytes odd(101, std::byte{9});
     EXPECT_EQ(Read(kMagic + kFields + RawImage(odd) + RawImage(odd)), S_OK);
