@@ -3,22 +3,14 @@
 #pragma once
 
 #include <concepts>
-#include <limits>
 #include <optional>
 
 namespace trevolt {
 
-template <std::integral T>
-constexpr std::optional<T> CheckedAdd(T a, T b) {
-    T sum{};
-    if (__builtin_add_overflow(a, b, &sum))
-        return std::nullopt;
-    return sum;
-}
-
-template <std::integral T>
-constexpr std::optional<T> CheckedMultiply(T a, T b) {
-    T product{};
+/// a × b where `Result` holds it, whatever types the factors have.
+template <std::integral Result, std::integral A, std::integral B>
+constexpr std::optional<Result> CheckedProduct(A a, B b) {
+    Result product{};
     if (__builtin_mul_overflow(a, b, &product))
         return std::nullopt;
     return product;

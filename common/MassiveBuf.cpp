@@ -4,9 +4,11 @@
 #include <array>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 #include <lz4frame.h>
 
+#include "common/CheckedArithmetic.h"
 #include "common/LittleEndian.h"
 #include "common/TransferReport.h"
 #include "platform/FileStream.h"
@@ -109,7 +111,7 @@ class CFrameReader {
         if (LZ4F_isError(LZ4F_createDecompressionContext(&context, LZ4F_VERSION)) != 0U)
             return false;
         m_context.reset(context);
-        m_bound = m_left > UINT64_MAX / kLargestRatio ? UINT64_MAX : m_left * kLargestRatio;
+        m_bound = CheckedProduct<std::uint64_t>(m_left, kLargestRatio).value_or(UINT64_MAX);
         if (!Refill())
             return false;
         std::size_t taken = m_inSize;
@@ -208,6 +210,20 @@ class CFrameReader {
 };
 
 CMassiveBuf::CMassiveBuf(std::uint32_t blockBytes) : m_blockBytes(blockBytes) {}
+
+CMassiveBuf::CMassiveBuf(CMassiveBuf&& other) noexcept
+    : m_blockBytes(other.m_blockBytes),
+      m_byteCount(std::exchange(other.m_byteCount, 0)),
+      m_blocks(std::exchange(other.m_blocks, {})) {}
+
+CMassiveBuf& CMassiveBuf::operator=(CMassiveBuf&& other) noexcept {
+    if (this == &other)
+        return *this;
+    m_blockBytes = other.m_blockBytes;
+    m_byteCount = std::exchange(other.m_byteCount, 0);
+    m_blocks = std::exchange(other.m_blocks, {});
+    return *this;
+}
 
 bool CMassiveBuf::Allocate(std::uint64_t byteCount) {
     Release();

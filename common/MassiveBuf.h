@@ -20,13 +20,18 @@ class CMassiveBuf {
   public:
     /// An empty buffer whose blocks hold `blockBytes` (at least 1).
     explicit CMassiveBuf(std::uint32_t blockBytes);
+    virtual ~CMassiveBuf() = default;
+    /// A buffer that was moved from is empty.
+    CMassiveBuf(CMassiveBuf&& other) noexcept;
+    CMassiveBuf& operator=(CMassiveBuf&& other) noexcept;
 
     /// Releases the content and allocates `byteCount` bytes, not initialised; the last block only
     /// as large as it must be. False, and empty, when memory is refused. 0 bytes succeed.
     bool Allocate(std::uint64_t byteCount);
 
-    /// Frees every block; the buffer is empty afterwards.
-    void Release();
+    /// Frees every block; the buffer is empty afterwards. Whatever replaces the content comes here
+    /// first, so that a derived class forgets what it knew of the old one.
+    virtual void Release();
 
     /// Repeats the pattern over the whole content. Blocks begin with the pattern's first byte, so
     /// the block size must be a multiple of `patternBytes`.

@@ -4,6 +4,28 @@ namespace trevolt {
 
 CChromaCorrectCoef::CChromaCorrectCoef() : m_colour(sizeof(SMatrixCoef)), m_gain(sizeof(float)) {}
 
+CChromaCorrectCoef::CChromaCorrectCoef(CChromaCorrectCoef&& other) noexcept
+    : m_kindWord(other.m_kindWord),
+      m_width(std::exchange(other.m_width, std::uint16_t{0})),
+      m_height(std::exchange(other.m_height, std::uint16_t{0})),
+      m_colour(std::move(other.m_colour)),
+      m_gain(std::move(other.m_gain)),
+      m_defaultElement(other.m_defaultElement),
+      m_attachment(std::move(other.m_attachment)) {}
+
+CChromaCorrectCoef& CChromaCorrectCoef::operator=(CChromaCorrectCoef&& other) noexcept {
+    if (this == &other)
+        return *this;
+    m_kindWord = other.m_kindWord;
+    m_width = std::exchange(other.m_width, std::uint16_t{0});
+    m_height = std::exchange(other.m_height, std::uint16_t{0});
+    m_colour = std::move(other.m_colour);
+    m_gain = std::move(other.m_gain);
+    m_defaultElement = other.m_defaultElement;
+    m_attachment = std::move(other.m_attachment);
+    return *this;
+}
+
 void CChromaCorrectCoef::Reset() {
     m_colour.Release();
     m_gain.Release();

@@ -27,6 +27,10 @@ inline constexpr std::int32_t kLargestMapSide = std::numeric_limits<std::uint16_
 class CChromaCorrectCoef {
   public:
     CChromaCorrectCoef();
+    ~CChromaCorrectCoef() = default;
+    /// A map that was moved from is empty.
+    CChromaCorrectCoef(CChromaCorrectCoef&& other) noexcept;
+    CChromaCorrectCoef& operator=(CChromaCorrectCoef&& other) noexcept;
 
     /// Releases the storage of both grids and sets width and height to 0.
     void Reset();
@@ -44,14 +48,14 @@ class CChromaCorrectCoef {
     /// storage and the width is above 0.
     void FillDefaults();
 
-    /// Copies `element` into pixel (x, y); does nothing outside the map or without storage.
+    /// Copies `element` into pixel (x, y); does nothing outside the map or its colour grid.
     /// Coordinates are 64-bit, so that a caller may add offsets to them without a check.
     void SetElement(std::int64_t x, std::int64_t y, const SMatrixCoef& element) {
         if (IsInside(x, y))
             std::memcpy(m_colour.Element(IndexOf(x, y)), &element, sizeof element);
     }
 
-    /// The element at pixel (x, y), null outside the map or without storage.
+    /// The element at pixel (x, y), null outside the map or its colour grid.
     const SMatrixCoef* FindElement(std::int64_t x, std::int64_t y) const {
         return IsInside(x, y)
                    ? reinterpret_cast<const SMatrixCoef*>(m_colour.Element(IndexOf(x, y)))
@@ -89,8 +93,10 @@ class CChromaCorrectCoef {
   private:
     void AllocateGrids(std::int32_t width, std::int32_t height);
     void FillGain();
+    /// The colour grid may be smaller than the map: without storage it has no size at all.
     bool IsInside(std::int64_t x, std::int64_t y) const {
-        return x >= 0 && y >= 0 && x < m_width && y < m_height && m_colour.HasStorage();
+        return x >= 0 && y >= 0 && x < m_width && y < m_height && x < m_colour.Width() &&
+               y < m_colour.Height();
     }
     std::uint32_t IndexOf(std::int64_t x, std::int64_t y) const {
         return m_colour.Width() * static_cast<std::uint32_t>(y) + static_cast<std::uint32_t>(x);

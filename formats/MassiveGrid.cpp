@@ -2,21 +2,41 @@
 
 #include <algorithm>
 #include <cstring>
-#include <limits>
+#include <utility>
+
+#include "common/CheckedArithmetic.h"
 
 namespace trevolt {
 
 CMassiveGrid::CMassiveGrid(std::uint32_t elementBytes)
     : CMassiveBuf(elementBytes << kBlockShift), m_elementBytes(elementBytes) {}
 
+CMassiveGrid::CMassiveGrid(CMassiveGrid&& other) noexcept
+    : CMassiveBuf(std::move(other)),
+      m_blockCursor(std::exchange(other.m_blockCursor, -1)),
+      m_offsetCursor(std::exchange(other.m_offsetCursor, -1)),
+      m_width(std::exchange(other.m_width, 0)),
+      m_height(std::exchange(other.m_height, 0)),
+      m_elementBytes(other.m_elementBytes) {}
+
+CMassiveGrid& CMassiveGrid::operator=(CMassiveGrid&& other) noexcept {
+    if (this == &other)
+        return *this;
+    CMassiveBuf::operator=(std::move(other));
+    m_blockCursor = std::exchange(other.m_blockCursor, -1);
+    m_offsetCursor = std::exchange(other.m_offsetCursor, -1);
+    m_width = std::exchange(other.m_width, 0);
+    m_height = std::exchange(other.m_height, 0);
+    m_elementBytes = other.m_elementBytes;
+    return *this;
+}
+
 bool CMassiveGrid::Resize(std::int32_t width, std::int32_t height) {
     Release();
     if (width < 0 || height < 0)
         return false;
-    const std::int64_t elements = std::int64_t{width} * height;
-    if (elements > std::numeric_limits<std::int32_t>::max())
-        return false;
-    if (!Allocate(static_cast<std::uint64_t>(elements) * m_elementBytes))
+    const auto elements = CheckedProduct<std::int32_t>(width, height);
+    if (!elements || !Allocate(static_cast<std::uint64_t>(*elements) * m_elementBytes))
         return false;
     m_width = static_cast<std::uint32_t>(width);
     m_height = static_cast<std::uint32_t>(height);
@@ -31,9 +51,8 @@ void CMassiveGrid::Release() {
 }
 
 bool CMassiveGrid::SetShape(std::uint32_t width, std::uint32_t height) {
-    const std::uint64_t elements = std::uint64_t{width} * height;
-    if (elements > std::numeric_limits<std::int32_t>::max() ||
-        elements * m_elementBytes != ByteCount())
+    const auto elements = CheckedProduct<std::int32_t>(width, height);
+    if (!elements || static_cast<std::uint64_t>(*elements) * m_elementBytes != ByteCount())
         return false;
     m_width = width;
     m_height = height;
@@ -47,7 +66,8 @@ bool CMassiveGrid::CopyRegionFrom(const CMassiveGrid* source, std::int32_t width
     const auto sourceWidth = static_cast<std::uint32_t>(width);
     const auto sourceHeight = static_cast<std::uint32_t>(height);
     if (m_width == sourceWidth && m_height == sourceHeight)
-        return source->ByteCount() == ByteCount() && CopyFrom(*source);
+        return source->ByteCount() == ByteCount() && CopyFrom(*source) &&
+               SetShape(sourceWidth, sourceHeight);
     const bool copied = CopyOverlap(*source, sourceWidth, sourceHeight);
     ResetCursors();
     return copied;

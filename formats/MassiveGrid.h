@@ -1,5 +1,8 @@
 // CMassiveGrid: a two-dimensional array of fixed-size elements on a segmented buffer. Every block
 // holds 2^18 elements, so that an element is found by shift and mask.
+//
+// The storage always holds the width × height elements that the grid says: what the buffer's own
+// operations put there, or fail to, has no shape until `SetShape` gives it one.
 #pragma once
 
 #include <cstdint>
@@ -16,6 +19,10 @@ class CMassiveGrid : public CMassiveBuf {
 
     /// An empty grid of elements of `elementBytes`.
     explicit CMassiveGrid(std::uint32_t elementBytes);
+    ~CMassiveGrid() override = default;
+    /// A grid that was moved from is empty.
+    CMassiveGrid(CMassiveGrid&& other) noexcept;
+    CMassiveGrid& operator=(CMassiveGrid&& other) noexcept;
 
     /// Releases the content and allocates width × height elements, not initialised. False, and
     /// empty, when memory is refused, a size is negative, or there were more than 2^31 − 1
@@ -23,7 +30,7 @@ class CMassiveGrid : public CMassiveBuf {
     bool Resize(std::int32_t width, std::int32_t height);
 
     /// Frees the storage, forgets the cursors, and sets width and height to 0.
-    void Release();
+    void Release() override;
 
     /// Takes what lies in this grid's storage as width × height elements; false, and nothing
     /// changes, when it holds another number of them.
@@ -32,7 +39,7 @@ class CMassiveGrid : public CMassiveBuf {
     /// Copies `source`, a grid of width × height elements of this grid's element size. When this
     /// grid has that shape the whole storage is copied; else the part that both have. False when
     /// `source` is null or has other elements, a size is below 1, memory is refused, or the source
-    /// does not hold as many elements.
+    /// does not hold as many elements; when it is the memory, this grid is empty afterwards.
     bool CopyRegionFrom(const CMassiveGrid* source, std::int32_t width, std::int32_t height);
 
     std::uint32_t Width() const { return m_width; }   ///< row pitch in elements

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -130,6 +131,34 @@ TEST(MassiveBuf, CopiesBetweenBlockSizes) {
     const CBudgetLimit limit(0);
     EXPECT_FALSE(copy.CopyFrom(source));
     EXPECT_EQ(copy.ByteCount(), 0U);
+}
+
+TEST(MassiveBuf, IsEmptyWhenMovedFrom) {
+    const auto expectNothing = [](CMassiveBuf& from) {
+        EXPECT_EQ(from.ByteCount(), 0U);
+        EXPECT_EQ(from.BlockCount(), 0U);
+        CMassiveBuf copy(64);
+        ASSERT_TRUE(copy.Allocate(5));
+        ASSERT_TRUE(copy.CopyFrom(from));
+        EXPECT_EQ(copy.ByteCount(), 0U);
+    };
+    CMassiveBuf buffer(100);
+    ASSERT_TRUE(buffer.Allocate(250));
+    FillCounting(buffer);
+    const Bytes content = Content(buffer);
+    CMassiveBuf moved(std::move(buffer));
+    expectNothing(buffer); // NOLINT(bugprone-use-after-move)
+    EXPECT_EQ(Content(moved), content);
+    CMassiveBuf other(64);
+    ASSERT_TRUE(other.Allocate(10));
+    other = std::move(moved);
+    expectNothing(moved); // NOLINT(bugprone-use-after-move)
+    EXPECT_EQ(other.BlockBytes(), 100U);
+    EXPECT_EQ(Content(other), content);
+    CMassiveBuf& same = other;
+    other = std::move(same);
+    EXPECT_EQ(Content(other), content);
+    EXPECT_TRUE(moved.Allocate(10)); // and of use
 }
 
 TEST_F(MassiveBufFrame, WritesExactlyTheseBytes) {

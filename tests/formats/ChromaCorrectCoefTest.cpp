@@ -117,6 +117,90 @@ TEST(ChromaCorrectCoef, HasItsSizeAndNoStorageWhenMemoryIsRefused) {
     EXPECT_TRUE(SamePixel(map.ElementOrDefault(0, 0), SMatrixCoef{}));
 }
 
+TEST(ChromaCorrectCoef, HasNoColoursEitherWhenTheGainsAreRefused) {
+    CChromaCorrectCoef map;
+    {
+        const CBudgetLimit colourOnly(CMemoryBudget::Process().Outstanding() + 4 * 48);
+        map.Resize(2, 2);
+    }
+    EXPECT_EQ(map.Width(), 2);
+    EXPECT_FALSE(map.HasStorage());
+    EXPECT_FALSE(map.ColourGrid().HasStorage());
+    EXPECT_EQ(map.ColourGrid().Width(), 0U);
+    EXPECT_FALSE(map.GainGrid().HasStorage());
+    EXPECT_EQ(map.FindElement(0, 0), nullptr);
+}
+
+// The colour grid is in the caller's hands, so a lookup asks it and not the map's size alone.
+TEST(ChromaCorrectCoef, FindsNothingThatItsColourGridDoesNotHold) {
+    CChromaCorrectCoef map;
+    map.Resize(4, 3);
+    ASSERT_TRUE(map.ColourGrid().Resize(2, 2));
+    map.FillDefaults();
+    map.SetElement(1, 1, PatternPixel(1, 1));
+    EXPECT_TRUE(SamePixel(*map.FindElement(1, 1), PatternPixel(1, 1)));
+    for (const auto& [x, y] : {std::pair{2, 0}, std::pair{0, 2}, std::pair{3, 2}}) {
+        map.SetElement(x, y, PatternPixel(9, 9));
+        EXPECT_EQ(map.FindElement(x, y), nullptr);
+        EXPECT_TRUE(SamePixel(map.ElementOrDefault(x, y), SMatrixCoef{}));
+    }
+    EXPECT_TRUE(SamePixel(*map.FindElement(0, 1), SMatrixCoef{}));
+    map.ColourGrid().Release();
+    map.SetElement(0, 0, PatternPixel(9, 9));
+    EXPECT_EQ(map.FindElement(0, 0), nullptr);
+}
+
+TEST(ChromaCorrectCoef, FindsNothingBehindARefusedCopyOverItsColours) {
+    CMassiveGrid other(sizeof(SMatrixCoef));
+    ASSERT_TRUE(other.Resize(4, 3));
+    CChromaCorrectCoef map;
+    map.Resize(4, 3);
+    const CBudgetLimit none(0);
+    ASSERT_FALSE(map.ColourGrid().CopyRegionFrom(&other, 4, 3));
+    map.SetElement(3, 2, PatternPixel(9, 9));
+    EXPECT_EQ(map.FindElement(3, 2), nullptr);
+    EXPECT_FALSE(map.HasStorage());
+}
+
+TEST(ChromaCorrectCoef, IsEmptyWhenMovedFrom) {
+    CChromaCorrectCoef map;
+    map.Resize(4, 3);
+    map.SetElement(3, 2, PatternPixel(3, 2));
+    map.Attach(std::make_unique<CMapAttachment>());
+    const CMapAttachment* attachment = map.Attachment();
+    const auto expectNothing = [](CChromaCorrectCoef& from) {
+        EXPECT_TRUE(from.IsEmpty());
+        EXPECT_EQ(from.Width(), 0);
+        EXPECT_EQ(from.Height(), 0);
+        EXPECT_FALSE(from.HasStorage());
+        EXPECT_EQ(from.Attachment(), nullptr);
+        from.FillDefaults();
+        from.SetElement(0, 0, PatternPixel(9, 9));
+        EXPECT_EQ(from.FindElement(0, 0), nullptr);
+    };
+    const auto expectWhole = [&](const CChromaCorrectCoef& to) {
+        EXPECT_EQ(to.Width(), 4);
+        EXPECT_EQ(to.Height(), 3);
+        EXPECT_TRUE(SamePixel(to.ElementOrDefault(3, 2), PatternPixel(3, 2)));
+        ExpectGainsOne(to);
+        EXPECT_EQ(to.Attachment(), attachment);
+        EXPECT_EQ(to.KindWord(), 1U);
+    };
+    CChromaCorrectCoef moved(std::move(map));
+    expectNothing(map); // NOLINT(bugprone-use-after-move)
+    expectWhole(moved);
+    CChromaCorrectCoef assigned;
+    assigned.Resize(9, 9);
+    assigned = std::move(moved);
+    expectNothing(moved); // NOLINT(bugprone-use-after-move)
+    expectWhole(assigned);
+    CChromaCorrectCoef& same = assigned;
+    assigned = std::move(same);
+    expectWhole(assigned);
+    moved.Resize(2, 2); // and of use
+    ExpectPixels(moved, [](int, int) { return SMatrixCoef{}; });
+}
+
 TEST(ChromaCorrectCoef, TheProcessesOwnBudgetRefusesTheLargestScreen) {
     constexpr std::uint64_t kBytes = std::uint64_t{65535} * 32768 * 48;
     if (CMemoryBudget::Process().Limit() >= kBytes)

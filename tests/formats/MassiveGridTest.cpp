@@ -2,15 +2,19 @@
 
 #include <cstring>
 #include <limits>
+#include <utility>
 
 #include <gtest/gtest.h>
 
+#include "platform/FileStream.h"
 #include "tests/support/CoefMaps.h"
 
 namespace trevolt {
 namespace {
 
+using test::Bytes;
 using test::CBudgetLimit;
+using test::CTemporaryFolder;
 
 void Number(CMassiveGrid& grid, std::uint32_t first) {
     for (std::uint32_t i = 0; i < grid.ElementCount(); ++i) {
@@ -121,6 +125,114 @@ TEST(MassiveGrid, CopiesTheOverlapOfOtherShapes) {
         EXPECT_EQ(ValueAt(grid, i), expected[i]) << i;
     EXPECT_EQ(grid.BlockCursor(), -1);
     EXPECT_EQ(grid.OffsetCursor(), -1);
+}
+
+// The source's rows are as long as the caller says, whatever its own shape is.
+TEST(MassiveGrid, CopyTakesTheSourcesPitchFromTheCaller) {
+    const CMassiveGrid source = NumberedGrid(6, 2, 100);
+    CMassiveGrid grid = NumberedGrid(2, 3, 0);
+    ASSERT_TRUE(grid.CopyRegionFrom(&source, 3, 4));
+    const std::array<std::uint32_t, 6> expected{100, 101, 103, 104, 106, 107};
+    for (std::uint32_t i = 0; i < expected.size(); ++i)
+        EXPECT_EQ(ValueAt(grid, i), expected[i]) << i;
+}
+
+TEST(MassiveGrid, KeepsItsShapeWhenTheWholeStorageIsCopied) {
+    const CMassiveGrid source = NumberedGrid(2, 6, 100);
+    CMassiveGrid grid = NumberedGrid(3, 4, 0);
+    ASSERT_TRUE(grid.CopyRegionFrom(&source, 3, 4));
+    EXPECT_EQ(grid.Width(), 3U);
+    EXPECT_EQ(grid.Height(), 4U);
+    EXPECT_EQ(ValueAt(grid, 11), 111U);
+    ASSERT_TRUE(grid.CopyRegionFrom(&grid, 3, 4));
+    EXPECT_EQ(grid.Height(), 4U);
+    EXPECT_EQ(ValueAt(grid, 11), 111U);
+}
+
+void ExpectNothing(const CMassiveGrid& grid) {
+    EXPECT_EQ(grid.Width(), 0U);
+    EXPECT_EQ(grid.Height(), 0U);
+    EXPECT_EQ(grid.ByteCount(), 0U);
+    EXPECT_EQ(grid.BlockCount(), 0U);
+    EXPECT_FALSE(grid.HasStorage());
+}
+
+TEST(MassiveGrid, HasNoShapeWhenACopyIsRefused) {
+    const CMassiveGrid source = NumberedGrid(3, 2, 100);
+    CMassiveGrid grid = NumberedGrid(3, 2, 0);
+    const CBudgetLimit none(0);
+    EXPECT_FALSE(grid.CopyRegionFrom(&source, 3, 2));
+    ExpectNothing(grid);
+}
+
+TEST(MassiveGrid, HasNoShapeWhenItsBufferIsReplacedOrFreed) {
+    const CMassiveGrid source = NumberedGrid(2, 2, 100);
+    CMassiveGrid grid = NumberedGrid(3, 2, 0);
+    CMassiveBuf& buffer = grid;
+    ASSERT_TRUE(buffer.CopyFrom(source));
+    EXPECT_EQ(grid.Width(), 0U);
+    EXPECT_EQ(grid.ElementCount(), 4U);
+    ASSERT_TRUE(grid.SetShape(4, 1));
+    ASSERT_TRUE(buffer.Allocate(24));
+    EXPECT_EQ(grid.Width(), 0U);
+    ASSERT_TRUE(grid.SetShape(3, 2));
+    buffer.Release();
+    ExpectNothing(grid);
+}
+
+TEST(MassiveGrid, HasNoShapeBehindADecompressionOrARawImage) {
+    const CTemporaryFolder folder;
+    const std::wstring path = folder.File(L"grid");
+    std::fstream stream;
+    ASSERT_TRUE(OpenFileStream(stream, path.c_str(), std::ios::out | std::ios::trunc));
+    ASSERT_EQ(NumberedGrid(3, 2, 7).CompressToFile(stream), S_OK);
+    stream.close();
+
+    CMassiveGrid grid = NumberedGrid(5, 5, 0);
+    ASSERT_TRUE(OpenFileStream(stream, path.c_str(), std::ios::in));
+    const std::uint64_t whole = BytesToEnd(stream).value();
+    ASSERT_EQ(grid.UncompressFromFile(stream, whole), S_OK);
+    EXPECT_EQ(grid.Width(), 0U);
+    EXPECT_EQ(grid.Height(), 0U);
+    ASSERT_TRUE(grid.SetShape(3, 2));
+    EXPECT_EQ(ValueAt(grid, 5), 12U);
+
+    stream.seekg(0);
+    EXPECT_EQ(grid.UncompressFromFile(stream, whole - 1), E_FAIL);
+    ExpectNothing(grid);
+
+    ASSERT_TRUE(grid.Resize(3, 2));
+    stream.seekg(0); // the frame's first bytes are no byte count
+    EXPECT_EQ(grid.ReadFromFile(stream), E_FAIL);
+    ExpectNothing(grid);
+}
+
+TEST(MassiveGrid, IsEmptyWhenMovedFrom) {
+    CMassiveGrid grid = NumberedGrid(3, 2, 100);
+    CMassiveGrid moved(std::move(grid));
+    ExpectNothing(grid); // NOLINT(bugprone-use-after-move)
+    EXPECT_EQ(moved.Width(), 3U);
+    EXPECT_EQ(moved.Height(), 2U);
+    EXPECT_EQ(ValueAt(moved, 5), 105U);
+
+    CMassiveGrid other = NumberedGrid(1, 1, 0);
+    other = std::move(moved);
+    ExpectNothing(moved); // NOLINT(bugprone-use-after-move)
+    EXPECT_EQ(other.Width(), 3U);
+    EXPECT_EQ(other.Height(), 2U);
+    EXPECT_EQ(ValueAt(other, 5), 105U);
+    EXPECT_FALSE(moved.CopyRegionFrom(&other, 0, 0));
+    EXPECT_TRUE(moved.Resize(2, 2)); // and of use
+    EXPECT_EQ(moved.ElementBytes(), 4U);
+
+    CMassiveGrid wide(48);
+    wide = std::move(other);
+    EXPECT_EQ(wide.ElementBytes(), 4U);
+    EXPECT_EQ(wide.BlockBytes(), 0x100000U);
+    CMassiveGrid& same = wide;
+    wide = std::move(same);
+    EXPECT_EQ(wide.Width(), 3U);
+    EXPECT_EQ(ValueAt(wide, 5), 105U);
 }
 
 TEST(MassiveGrid, CopyStopsWhereTheSourceEnds) {
