@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -18,23 +19,31 @@ inline std::wstring ToLowerAscii(std::wstring_view text) {
     return lowered;
 }
 
+/// Takes the decimal integer that stands at `at`, with an optional sign, and moves `at` behind it:
+/// the integer, kept inside int32. Nothing without a digit; a sign is taken then all the same.
+template <class Iterator, class Sentinel>
+std::optional<std::int32_t> TakeSaturatedInteger(Iterator& at, Sentinel end) {
+    constexpr std::int64_t kBeyondInt32 = std::int64_t{1} << 32;
+    const bool isNegative = at != end && *at == '-';
+    if (isNegative || (at != end && *at == '+'))
+        ++at;
+    const Iterator firstDigit = at;
+    std::int64_t magnitude = 0;
+    for (; at != end && *at >= '0' && *at <= '9'; ++at)
+        magnitude = std::min(magnitude * 10 + (*at - '0'), kBeyondInt32);
+    if (at == firstDigit)
+        return std::nullopt;
+    using Limits = std::numeric_limits<std::int32_t>;
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(isNegative ? -magnitude : magnitude,
+                                                              Limits::min(), Limits::max()));
+}
+
 /// The decimal integer that `text` begins with, after blanks and with an optional sign, kept inside
 /// int32; 0 when it begins with none.
 inline std::int32_t LeadingInteger(std::wstring_view text) {
-    constexpr std::int64_t kBeyondInt32 = std::int64_t{1} << 32;
     text.remove_prefix(std::min(text.find_first_not_of(L" \t"), text.size()));
-    const bool isNegative = text.starts_with(L'-');
-    if (isNegative || text.starts_with(L'+'))
-        text.remove_prefix(1);
-    std::int64_t value = 0;
-    for (const wchar_t c : text) {
-        if (c < L'0' || c > L'9')
-            break;
-        value = std::min(value * 10 + (c - L'0'), kBeyondInt32);
-    }
-    using Limits = std::numeric_limits<std::int32_t>;
-    return static_cast<std::int32_t>(
-        std::clamp<std::int64_t>(isNegative ? -value : value, Limits::min(), Limits::max()));
+    auto at = text.begin();
+    return TakeSaturatedInteger(at, text.end()).value_or(0);
 }
 
 } // namespace trevolt

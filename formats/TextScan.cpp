@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <charconv>
+#include <iterator>
 #include <limits>
+
+#include "common/TextConversion.h"
 
 namespace trevolt {
 namespace {
@@ -36,20 +39,10 @@ float ToFloat(std::string_view number, std::string_view mantissa, std::int32_t e
 } // namespace
 
 bool CTextScan::TakeInteger(std::int32_t& value) {
-    constexpr std::int64_t kSaturated = std::int64_t{1} << 32;
     SkipBlanks();
-    const bool negative = *m_at == '-';
-    if (negative || *m_at == '+')
-        ++m_at;
-    if (!IsDigit(*m_at))
-        return false;
-    std::int64_t magnitude = 0;
-    for (; IsDigit(*m_at); ++m_at)
-        magnitude = std::min(magnitude * 10 + (*m_at - '0'), kSaturated);
-    using Limits = std::numeric_limits<std::int32_t>;
-    value = static_cast<std::int32_t>(
-        std::clamp<std::int64_t>(negative ? -magnitude : magnitude, Limits::min(), Limits::max()));
-    return true;
+    const auto taken = TakeSaturatedInteger(m_at, std::unreachable_sentinel); // the NUL is no digit
+    value = taken.value_or(value);
+    return taken.has_value();
 }
 
 bool CTextScan::TakeAnyReal(float& value) {
