@@ -9,7 +9,7 @@ set -eu
 packages_for() {
     case "$1" in
         build) echo g++ cmake ninja-build pkg-config liblz4-dev libcli11-dev libfmt-dev libssl-dev ;;
-        test) packages_for build; echo libgtest-dev lz4 python3 python3-lz4 ;;
+        test) packages_for build; echo libgtest-dev locales lz4 python3 python3-lz4 ;;
         lint) packages_for test; echo clang-format clang-tidy ;;
         bench) packages_for build; echo libbenchmark-dev ;;
         asan | fuzz) packages_for test; echo clang libclang-rt-14-dev ;;

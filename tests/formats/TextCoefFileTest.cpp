@@ -3,9 +3,11 @@
 #include <bit>
 #include <clocale>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <locale>
+#include <optional>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -394,6 +396,27 @@ TEST(TextCoefFileData, TheCleanedValuesAreWhatTheNextLineKeeps) {
     EXPECT_EQ(MatrixAt(read.map, 1, 0), (Matrix{1, 0, 0, 0, 0, 0, 0, 0, 0}));
 }
 
+TEST(TextCoefFileData, AColumnThatTheNextLineKeepsIsTheDividedOne) {
+    // 1 and 1 are divided to a half each; with 0.25 in the first the column needs no division.
+    const ReadMap read(2, 1, "[VU30]\n0,0,1,0,0,1,0,0,0,0,0\n1,0,0.25\n");
+    EXPECT_EQ(MatrixAt(read.map, 0, 0), (Matrix{0.5F, 0, 0, 0.5F, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(MatrixAt(read.map, 1, 0), (Matrix{0.25F, 0, 0, 0.5F, 0, 0, 0, 0, 0}));
+}
+
+TEST(TextCoefFileData, ABlankBeforeACommaEndsTheLine) {
+    const std::string first = "[VU30]\n0,0,.5,.1,.1,.1,.5,.1,.1,.1,.5\n";
+    const float m1 = 0.1F;
+    for (const std::string blank : {" ", "\t", "\r"}) {
+        const ReadMap reals(2, 1, first + "1,0,.25" + blank + ",.3,.3\n");
+        EXPECT_EQ(MatrixAt(reals.map, 1, 0), (Matrix{.25F, m1, m1, m1, .5F, m1, m1, m1, .5F}));
+        const ReadMap last(2, 1, first + "1,0,.25,.1,.1,.1,.5,.1,.1,.1" + blank + ",.75\n");
+        EXPECT_EQ(MatrixAt(last.map, 1, 0), (Matrix{.25F, m1, m1, m1, .5F, m1, m1, m1, .5F}));
+        const ReadMap coordinates(2, 1, first + "1,0" + blank + ",.3\n");
+        EXPECT_EQ(MatrixAt(coordinates.map, 1, 0), MatrixAt(coordinates.map, 0, 0));
+        EXPECT_EQ(MatrixAt(coordinates.map, 0, 0)[0], 0.5F);
+    }
+}
+
 TEST(TextCoefFileData, TheReadAtTheEndCleansTheRepeatedPixelAgain) {
     // The division takes the smallest coefficient below itself, the next cleaning makes it 0.
     const std::string line = "[VU30]\n0,0,0.00001,0,0,1,0,0,1,0,0";
@@ -497,6 +520,8 @@ TEST(TextCoefFileData, TakesExponentsSignsBlanksAndNames) {
 TEST(TextCoefFileData, ADecimalCommaSeparatesFields) {
     const ReadMap read(1, 1, "[VU30]\n0,0,0,5,0,25,0,75,0,1,0\n");
     EXPECT_EQ(MatrixAt(read.map, 0, 0), (Matrix{0, 0.5F, 0, 1, 0, 1, 0, 0.5F, 0}));
+    const ReadMap cut(1, 1, "[VU30]\n0,0,0,5,0,25\n");
+    EXPECT_EQ(MatrixAt(cut.map, 0, 0), (Matrix{0, 0.5F, 0, 1, 0.5F, 0, 0, 0, 1}));
 }
 
 TEST(TextCoefFileData, SurvivesOverflowInEveryField) {
@@ -730,23 +755,45 @@ struct CommaNumbers : std::numpunct<char> {
     std::string do_grouping() const override { return "\3"; }
 };
 
+#ifdef TREVOLT_LOCALES_FOLDER
+/// Makes such a locale the C library's own, from the folder that the build has put it into; fails
+/// when it cannot be set.
+class CCommaLibrary {
+  public:
+    CCommaLibrary() : m_before(std::setlocale(LC_ALL, nullptr)) {
+        if (const char* path = std::getenv("LOCPATH"))
+            m_pathBefore = path;
+        setenv("LOCPATH", TREVOLT_LOCALES_FOLDER, 1);
+        EXPECT_NE(std::setlocale(LC_ALL, "de_DE.UTF-8"), nullptr);
+        EXPECT_STREQ(std::localeconv()->decimal_point, ",");
+        EXPECT_FLOAT_EQ(std::strtof("0,5", nullptr), 0.5F);
+    }
+    ~CCommaLibrary() {
+        std::setlocale(LC_ALL, m_before.c_str());
+        if (m_pathBefore)
+            setenv("LOCPATH", m_pathBefore->c_str(), 1);
+        else
+            unsetenv("LOCPATH");
+    }
+    CCommaLibrary(const CCommaLibrary&) = delete;
+    CCommaLibrary& operator=(const CCommaLibrary&) = delete;
+
+  private:
+    std::string m_before;
+    std::optional<std::string> m_pathBefore;
+};
+#endif
+
 class CommaLocale : public ::testing::Test {
   protected:
-    CommaLocale()
-        : m_before(std::locale::global(std::locale(std::locale(), new CommaNumbers))),
-          m_cBefore(std::setlocale(LC_ALL, nullptr)) {
-        for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "German_Germany.1252"})
-            if (std::setlocale(LC_ALL, name) != nullptr)
-                break;
-    }
-    ~CommaLocale() override {
-        std::locale::global(m_before);
-        std::setlocale(LC_ALL, m_cBefore.c_str());
-    }
+    CommaLocale() : m_before(std::locale::global(std::locale(std::locale(), new CommaNumbers))) {}
+    ~CommaLocale() override { std::locale::global(m_before); }
 
   private:
     std::locale m_before;
-    std::string m_cBefore;
+#ifdef TREVOLT_LOCALES_FOLDER
+    CCommaLibrary m_library;
+#endif
 };
 
 TEST_F(CommaLocale, ChangesNeitherWhatIsReadNorWhatIsWritten) {
@@ -760,6 +807,22 @@ TEST_F(CommaLocale, ChangesNeitherWhatIsReadNorWhatIsWritten) {
     EXPECT_EQ(MatrixAt(read.map, 1000, 0)[0], 0.8163F);
     EXPECT_EQ(WriteTextCoefFile(read.map, path.c_str(), nullptr), S_OK);
     EXPECT_EQ(test::ReadText(path), text);
+}
+
+TEST_F(CommaLocale, ChangesNoLongOrLargeNumberEither) {
+    // More digits than a float32 holds, an exponent, a hexadecimal one: none is a short decimal.
+    const ReadMap read(1, 1, "[VU30]\n0,0,0.5000000000000000000001,0,0,0,2.5e-1,0,0,0,0x.8p0\n");
+    EXPECT_EQ(MatrixAt(read.map, 0, 0), (Matrix{0.5F, 0, 0, 0, 0.25F, 0, 0, 0, 0.5F}));
+
+    const CTemporaryFolder folder;
+    const std::wstring path = folder.File(L"map.cccoef");
+    CChromaCorrectCoef map;
+    map.Resize(1, 1);
+    map.SetElement(0, 0, ElementOf({12345.5F, -1234567.5F, 0, 0, 0, 0, 0, 0, 1e20F}));
+    EXPECT_EQ(WriteTextCoefFile(map, path.c_str(), nullptr), S_OK);
+    EXPECT_EQ(test::ReadText(path),
+              "[T9COEF20]\nwidth=1\nheight=1\n    0,     0, 12345.50000, -1234567.50000, 0.00000, "
+              "0.00000, 0.00000, 0.00000, 0.00000, 0.00000, 100000002004087734272.00000\n");
 }
 
 } // namespace

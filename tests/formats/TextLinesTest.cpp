@@ -63,6 +63,22 @@ TEST(TextLines, ALongerLineIsCutAndTheLast) {
     EXPECT_EQ(LinesOf("a\n" + std::string(10000000, 'x')), (Lines{"a", longest}));
 }
 
+// The longest line with CR LF, begun so that a read of 2^18 bytes ends at each of its last bytes.
+TEST(TextLines, TheLongestLineIsWholeWhereverAReadEndsInIt) {
+    constexpr std::size_t kReadEnd = std::size_t{1} << 18;
+    const std::string longest(CTextLines::kLongestLine, 'x');
+    for (std::size_t before = 2040; before <= 2055; ++before) {
+        std::string text(kReadEnd - before, 'f');
+        for (std::size_t at = 999; at < text.size(); at += 1000)
+            text[at] = '\n';
+        text.back() = '\n';
+        const Lines lines = LinesOf(text + longest + "\r\nb");
+        ASSERT_GE(lines.size(), 2U) << before;
+        EXPECT_EQ(lines[lines.size() - 2], longest) << before;
+        EXPECT_EQ(lines.back(), "b") << before;
+    }
+}
+
 TEST(TextLines, IsTheSameWhereverItsReadsEnd) {
     // Lines of every length around the buffer's end, so that a read ends at each of their bytes.
     std::string text;
