@@ -56,10 +56,8 @@ void CChromaCorrectCoef::AllocateGrids(std::int32_t width, std::int32_t height) 
         return;
     m_width = static_cast<std::uint16_t>(width);
     m_height = static_cast<std::uint16_t>(height);
-    if (m_colour.Resize(width, height) && m_gain.Resize(width, height))
-        return;
-    m_colour.Release();
-    m_gain.Release();
+    if (!m_colour.Resize(width, height) || !m_gain.Resize(width, height))
+        m_colour.Release();
 }
 
 void CChromaCorrectCoef::FillGain() {

@@ -324,6 +324,18 @@ TEST_F(MassiveBufFrame, AsksForNoMemoryThatTheBytesCannotJustify) {
     EXPECT_EQ(buffer.ByteCount(), 0U);
 }
 
+TEST_F(MassiveBufFrame, AsksForNoMoreThanThatWithoutADeclaredSizeEither) {
+    const std::uint64_t most = 255 * kPlainFrame.size();
+    CMassiveBuf buffer(1U << 20);
+    {
+        const CBudgetLimit limit(most);
+        EXPECT_EQ(Read(kPlainFrame, buffer), S_OK);
+        EXPECT_EQ(buffer.ByteCount(), 8U);
+    }
+    const CBudgetLimit limit(most - 1);
+    EXPECT_EQ(Read(kPlainFrame, buffer), E_OUTOFMEMORY);
+}
+
 TEST_F(MassiveBufFrame, EndsInAStatusWhenMemoryRunsOutWithoutADeclaredSize) {
     const CBudgetLimit limit(7);
     CMassiveBuf buffer(4);

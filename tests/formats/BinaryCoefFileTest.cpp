@@ -625,6 +625,13 @@ TEST(BinaryCoefFile9f, TruncatesAPreparedGridsConversionToIdentityWhereItHoldsNo
     EXPECT_EQ(RawBody(path), MakeBytes({0, 0, 0, 255, 255, 255}));
     ASSERT_EQ(Write3fCoefFile(map, path.c_str(), &shorter), S_OK);
     EXPECT_EQ(RawBody(path), FloatBytes({0, 0, 0, 1, 1, 1}));
+
+    // Elements of another size are none that can be converted.
+    CMassiveGrid bytes(9);
+    ASSERT_TRUE(bytes.Resize(2, 1));
+    std::memset(bytes.Element(0), 0, 18);
+    ASSERT_EQ(Write3bCoefFile(map, path.c_str(), &bytes), S_OK);
+    EXPECT_EQ(RawBody(path), Bytes(6, std::byte{255}));
 }
 
 TEST(BinaryCoefFileSamples, ReadToTheirDecodedPixels) {

@@ -257,6 +257,7 @@ TEST(MassiveGrid, CopyRefusesNullAndEmptyRegionsAndOtherElements) {
     CMassiveGrid bytes(1);
     ASSERT_TRUE(bytes.Resize(2, 2));
     EXPECT_FALSE(grid.CopyRegionFrom(&bytes, 2, 2));
+    EXPECT_FALSE(grid.CopyRegionFrom(&bytes, 1, 2)); // of another shape too
     EXPECT_EQ(ValueAt(grid, 0), 50U);
 }
 

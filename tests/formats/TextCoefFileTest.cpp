@@ -163,6 +163,27 @@ TEST_F(TextCoefFile, ValuesThatAreNotFiniteAndHugeOnesHaveTheirRoom) {
                                 huge + huge + huge + "inf, -inf, nan\n");
 }
 
+// Lines of all lengths up to the longest, in more than one piece of output.
+TEST_F(TextCoefFile, TheLongestLinesAreWrittenWhole) {
+    constexpr float kMax = std::numeric_limits<float>::max();
+    CChromaCorrectCoef map;
+    map.Resize(400, 1);
+    std::string expected = "[T9COEF20]\nwidth=400\nheight=1\n";
+    for (std::int32_t x = 0; x < map.Width(); ++x) {
+        Matrix matrix{};
+        std::string line = std::to_string(x);
+        line = std::string(5 - line.size(), ' ') + line + ",     0";
+        for (std::size_t k = 0; k < matrix.size(); ++k) {
+            const bool isLong = x % 10 != static_cast<std::int32_t>(k);
+            matrix[k] = isLong ? -kMax : 0.0F;
+            line += isLong ? ", -340282346638528859811704183484516925440.00000" : ", 0.00000";
+        }
+        map.SetElement(x, 0, ElementOf(matrix));
+        expected += line + "\n";
+    }
+    EXPECT_EQ(Written(map), expected);
+}
+
 TEST_F(TextCoefFile, PixelsComeFromAPreparedGridAndSizesFromTheMap) {
     CChromaCorrectCoef map;
     map.Resize(2, 1);
@@ -183,7 +204,10 @@ TEST_F(TextCoefFile, APreparedGridOfAnotherShapeIsRefusedBeforeTheFileIsTouched)
     turned.Resize(3, 2);
     CMassiveGrid narrow(36);
     narrow.Resize(2, 3);
+    CMassiveGrid higher(sizeof(SMatrixCoef));
+    higher.Resize(2, 4);
     EXPECT_EQ(WriteTextCoefFile(map, Path().c_str(), &turned), E_COEF_INVALIDARG);
+    EXPECT_EQ(WriteTextCoefFile(map, Path().c_str(), &higher), E_COEF_INVALIDARG);
     EXPECT_EQ(WriteTextCoefFile(map, Path().c_str(), &narrow), E_COEF_INVALIDARG);
     EXPECT_FALSE(test::FileExists(Path()));
 }
