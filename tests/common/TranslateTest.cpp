@@ -53,6 +53,8 @@ TEST_F(Translate, ReadsByteOrderMarkCarriageReturnsCommentsAndBlanks) {
          "Trevolt_Last=end");
     EXPECT_EQ(m_translate.TranslateString(L"Trevolt_A"), L"\u7BB1\u4F53");
     EXPECT_EQ(m_translate.TranslateString(L"Trevolt_B"), L"two = three ; four");
+    EXPECT_EQ(m_translate.Find(L";Trevolt_B"), std::nullopt);
+    EXPECT_EQ(m_translate.Find(L"; Trevolt_B"), std::nullopt);
     EXPECT_EQ(m_translate.TranslateString(L"Trevolt_Last"), L"end");
     EXPECT_EQ(m_translate.Find(L"trevolt_last"), std::nullopt);
 }
@@ -63,6 +65,13 @@ TEST_F(Translate, ResolvesEscapes) {
     EXPECT_EQ(m_translate.TranslateString(L"B"), L"C:\\new");
     EXPECT_EQ(m_translate.TranslateString(L"C"), L"\\t \\");
     EXPECT_EQ(m_translate.TranslateString(L"D"), L"\\n");
+}
+
+TEST_F(Translate, ResolvesAnEscapeAtATextsEnd) {
+    Load("Trevolt_A=end\\n\nTrevolt_B=end\\\\\nTrevolt_C=end\\\n");
+    EXPECT_EQ(m_translate.TranslateString(L"Trevolt_A"), L"end\n");
+    EXPECT_EQ(m_translate.TranslateString(L"Trevolt_B"), L"end\\");
+    EXPECT_EQ(m_translate.TranslateString(L"Trevolt_C"), L"end\\");
 }
 
 TEST_F(Translate, PassesOverLinesThatAreNotUtf8) {
