@@ -346,10 +346,11 @@ class CColorCorrectCoef {
 
     /// [69] As slot 71, with the file's left top at (x, y).
     virtual Status LoadCoefRect(const wchar_t* path, std::uint32_t x, std::uint32_t y) = 0;
-    /// [70] As slot 69 at the rectangle's left top; the rectangle comes back with right and bottom
-    /// where file or store end, also when the file was taken and its reading failed.
+    /// [70] As slot 69 at the rectangle's left top. Before the file is read, right and bottom are
+    /// set to where file or store end (without a store to 0); they stay so when the read fails.
     /// E_COEF_INVALIDARG also for negative left or top; the statuses of the kind's size query (87,
-    /// 88, 114, 115), which refuses map images with E_COEF_BADFORMAT.
+    /// 88, 114, 115), which refuses map images with E_COEF_BADFORMAT; the rectangle is unchanged
+    /// then, and for a file that is sized but not of a kind that slot 71 loads.
     virtual Status LoadCoefEx(const wchar_t* path, SPixelRect& rect) = 0;
     /// [71] Loads a file, recognised by its first 16 bytes, to the store's left top.
     /// All: the kind's own word files. Brightness also `.3fcoef`, chroma `.9fcoef` and word files
@@ -537,9 +538,10 @@ class CColorCorrectCoef {
     /// [116] The store's digest as 32 upper-case hexadecimal characters (chroma: of the matrix
     /// store). E_FAIL without a store or when hashing fails.
     virtual Status GetStoreDigest(std::wstring& text) const = 0;
-    /// [117] Reads a memory image of `length` bytes into the store. E_FAIL for a null image or
-    /// without a store, else the chunk reader's status.
-    virtual Status LoadStoreImage(const std::byte* image, std::size_t length) = 0;
+    /// [117] Reads a memory image into the store. The image must be whole, for its own fields say
+    /// where it ends; `LoadBoundedStoreImage` of the kinds takes one that may not be. E_FAIL for a
+    /// null image or without a store, else the chunk reader's status.
+    virtual Status LoadStoreImage(const std::byte* image) = 0;
     /// [118] Reads the header of a chroma word file with extra words at the stream's position.
     /// E_COEF_BADFORMAT for any other; the position is then undefined.
     virtual Status ReadChunkHeader2(std::istream& stream, SChunkHeader& header) = 0;
@@ -551,10 +553,10 @@ class CColorCorrectCoef {
     /// [121] What the store is made of. E_FAIL without a store.
     virtual Status GetStoreInfo(SStoreInfo& info) const = 0;
     /// [122] Writes header, directory and all blocks to `destination`, which must have room for
-    /// the worst case (the store's MaxMemoryImageBytes). `imageBytes` may be null; else it becomes
-    /// the image's size. E_FAIL for a null destination or without a store.
+    /// the worst case (`MaxStoreImageBytes` of the kinds). E_FAIL for a null destination or without
+    /// a store.
     virtual Status SaveStoreImage(std::byte* destination, std::uint32_t originX,
-                                  std::uint32_t originY, std::uint64_t* imageBytes) const = 0;
+                                  std::uint32_t originY) const = 0;
     /// [123] Copies the store's rectangle at (x, y) of the target's size out; missing pixels leave
     /// the target as it was. Statuses of a rectangle transfer.
     virtual Status CopyRectOut123(std::uint32_t x, std::uint32_t y,

@@ -15,12 +15,6 @@ namespace {
 constexpr std::uint64_t kDefaultSizeLimit = 0x7FFFFFFFFFFFFFFF;
 constexpr std::uint64_t kNoSizeLimit = std::numeric_limits<std::uint64_t>::max();
 
-/// Whether slot 71 has ended with `status` before anything of the file came near the store.
-bool IsRefusedFile(Status status) {
-    return status == E_COEF_INVALIDARG || status == E_COEF_OPENFAILED ||
-           status == E_COEF_BADFORMAT || status == E_POINTER || status == E_HANDLE;
-}
-
 } // namespace
 
 template <class Element>
@@ -206,12 +200,13 @@ Status CWordCorrectCoef<Element>::LoadCoefEx(const wchar_t* path, SPixelRect& re
     std::uint32_t height = 0;
     if (const Status status = (this->*Kind().querySize)(path, width, height); Failed(status))
         return status;
+    const SPixelRect given = rect;
+    rect.right = EdgeInStore(rect.left, width, GetWidth());
+    rect.bottom = EdgeInStore(rect.top, height, GetHeight());
     const Status status = LoadCoefRect(path, static_cast<std::uint32_t>(rect.left),
                                        static_cast<std::uint32_t>(rect.top));
-    if (!IsRefusedFile(status)) {
-        rect.right = EdgeInStore(rect.left, width, GetWidth());
-        rect.bottom = EdgeInStore(rect.top, height, GetHeight());
-    }
+    if (status == E_COEF_BADFORMAT) // of a kind that is sized and not loaded
+        rect = given;
     return status;
 }
 
@@ -275,15 +270,25 @@ Status CWordCorrectCoef<Element>::GetStoreDigest(std::wstring& text) const {
 }
 
 template <class Element>
-Status CWordCorrectCoef<Element>::LoadStoreImage(const std::byte* image, std::size_t length) {
+Status CWordCorrectCoef<Element>::LoadStoreImage(const std::byte* image) {
+    return m_pStore ? Store()->LoadFromMemory(image) : E_FAIL;
+}
+
+template <class Element>
+Status CWordCorrectCoef<Element>::LoadBoundedStoreImage(const std::byte* image,
+                                                        std::size_t length) {
     return m_pStore ? Store()->LoadFromMemory(image, length) : E_FAIL;
 }
 
 template <class Element>
 Status CWordCorrectCoef<Element>::SaveStoreImage(std::byte* destination, std::uint32_t originX,
-                                                 std::uint32_t originY,
-                                                 std::uint64_t* imageBytes) const {
-    return m_pStore ? Store()->SaveToMemory(destination, originX, originY, imageBytes) : E_FAIL;
+                                                 std::uint32_t originY) const {
+    return m_pStore ? Store()->SaveToMemory(destination, originX, originY) : E_FAIL;
+}
+
+template <class Element>
+std::uint64_t CWordCorrectCoef<Element>::MaxStoreImageBytes() const {
+    return m_pStore ? Store()->MaxMemoryImageBytes() : 0;
 }
 
 template class CWordCorrectCoef<S3WordCoef>;

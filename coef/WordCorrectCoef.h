@@ -86,9 +86,18 @@ class CWordCorrectCoef : public CDefaultAnswers {
     Status SaveLegacy86(const wchar_t* path) override;
 
     Status GetStoreDigest(std::wstring& text) const override;
-    Status LoadStoreImage(const std::byte* image, std::size_t length) override;
-    Status SaveStoreImage(std::byte* destination, std::uint32_t originX, std::uint32_t originY,
-                          std::uint64_t* imageBytes) const override;
+    Status LoadStoreImage(const std::byte* image) override;
+    Status SaveStoreImage(std::byte* destination, std::uint32_t originX,
+                          std::uint32_t originY) const override;
+
+    // ---- operations that are no slots ----
+
+    /// As slot 117 for an image that is not trusted: nothing past its `length` bytes is read.
+    /// Statuses of slot 117; E_FAIL also for an image shorter than its header and directory.
+    Status LoadBoundedStoreImage(const std::byte* image, std::size_t length);
+
+    /// Bytes that slot 122 writes at most; 0 without a store.
+    std::uint64_t MaxStoreImageBytes() const;
 
     /// Writes the rectangle as a word file with the kind's identifier (slot 45 without its choice
     /// by extension). E_POINTER for a null path or without a store; the kind's answer when the file

@@ -257,7 +257,7 @@ TEST_F(ExtraWordFiles, ExtendedLoad) {
     rect = {1, 2, 3, 4};
     target.SetExtraStoreOwner(nullptr);
     EXPECT_EQ(target.LoadCoefEx(path.c_str(), rect), E_POINTER);
-    EXPECT_EQ(rect, (SPixelRect{1, 2, 3, 4}));
+    EXPECT_EQ(rect, (SPixelRect{1, 2, 101, 52}));
 }
 
 TEST_F(ExtraWordFiles, WithoutTheMatrixStore) {

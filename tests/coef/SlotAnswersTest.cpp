@@ -391,8 +391,10 @@ TYPED_TEST(SlotAnswers, SlotsWithoutAStoreFail) {
     EXPECT_EQ(object.SaveLegacy86(s.out.c_str()), E_FAIL);
     EXPECT_EQ(object.GetStoreDigest(text), E_FAIL);
     EXPECT_EQ(text, L"as it was");
-    EXPECT_EQ(object.LoadStoreImage(s.name.data(), s.name.size()), E_FAIL);
-    EXPECT_EQ(object.SaveStoreImage(s.name.data(), 0, 0, nullptr), E_FAIL);
+    EXPECT_EQ(object.LoadStoreImage(s.name.data()), E_FAIL);
+    EXPECT_EQ(object.LoadBoundedStoreImage(s.name.data(), s.name.size()), E_FAIL);
+    EXPECT_EQ(object.SaveStoreImage(s.name.data(), 0, 0), E_FAIL);
+    EXPECT_EQ(object.MaxStoreImageBytes(), 0U);
     EXPECT_TRUE(s.folder.Names().empty());
 
     const auto calls = Calls();

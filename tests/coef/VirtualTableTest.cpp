@@ -2,6 +2,7 @@
 // g++ follows on both systems, a pointer to a virtual member function holds 1 + the byte offset of
 // its entry, and the destructor takes two entries: slot n is entry n + 1.
 #include <cstring>
+#include <type_traits>
 
 #include <gtest/gtest.h>
 
@@ -79,6 +80,28 @@ TEST(VirtualTable, EntriesAnswerWhenCalledByNumber) {
     using SetMode = void (*)(CColorCorrectCoef*, std::uint32_t);
     reinterpret_cast<SetMode>(TableOf(chroma)[126 + 1])(&chroma, 7);
     EXPECT_EQ(chroma.ChromaMode(), 7U);
+}
+
+// A caller by number hands over just these: what more an operation took would be read from wherever
+// the caller left something else.
+static_assert(std::is_same_v<decltype(&CColorCorrectCoef::LoadStoreImage),
+                             Status (CColorCorrectCoef::*)(const std::byte*)>);
+static_assert(
+    std::is_same_v<decltype(&CColorCorrectCoef::SaveStoreImage),
+                   Status (CColorCorrectCoef::*)(std::byte*, std::uint32_t, std::uint32_t) const>);
+
+TEST(VirtualTable, ImagesGoThroughTheirEntries) {
+    using Load = Status (*)(CColorCorrectCoef*, const std::byte*);
+    using Save = Status (*)(const CColorCorrectCoef*, std::byte*, std::uint32_t, std::uint32_t);
+    CVirtualGreenBrightCorrectCoef object;
+    ASSERT_EQ(object.Create(3, 2), S_OK);
+    ASSERT_EQ(object.SetPixel4Word(2, 1, {{1, 2, 3, 4}}), S_OK);
+    std::vector<std::byte> image(object.MaxStoreImageBytes());
+    EXPECT_EQ(reinterpret_cast<Save>(TableOf(object)[122 + 1])(&object, image.data(), 0, 0), S_OK);
+    CVirtualGreenBrightCorrectCoef loaded;
+    ASSERT_EQ(loaded.Create(3, 2), S_OK);
+    EXPECT_EQ(reinterpret_cast<Load>(TableOf(loaded)[117 + 1])(&loaded, image.data()), S_OK);
+    EXPECT_EQ(loaded.GetPixel4Word(2, 1).w, (std::array<std::uint16_t, 4>{1, 2, 3, 4}));
 }
 
 // Slot 0, the destructor, is the deleting form behind the complete one.

@@ -190,16 +190,18 @@ TYPED_TEST(WordFiles, LoadsAtAPlace) {
     rect = {0, -1, 7, 7};
     EXPECT_EQ(edged->LoadCoefEx(this->path.c_str(), rect), E_COEF_INVALIDARG);
     EXPECT_EQ(rect, (SPixelRect{0, -1, 7, 7}));
-    // A file that is refused leaves the rectangle; one that is damaged behind its header does not.
+    // A file that is refused leaves the rectangle; where only its reading fails, the rectangle has
+    // been set.
     rect = {1, 2, 3, 4};
     EXPECT_EQ(edged->LoadCoefEx(nullptr, rect), E_COEF_INVALIDARG);
     EXPECT_EQ(edged->LoadCoefEx(this->unopenable.c_str(), rect), E_COEF_OPENFAILED);
     EXPECT_EQ(edged->LoadCoefEx(Sample(L"cabinet/Cab_05.cccoef").c_str(), rect), E_COEF_BADFORMAT);
+    EXPECT_EQ(rect, (SPixelRect{1, 2, 3, 4}));
     TypeParam storeless;
     storeless.SetFileKind(2);
     storeless.SetStoreOwner(nullptr);
     EXPECT_EQ(storeless.LoadCoefEx(this->path.c_str(), rect), E_POINTER);
-    EXPECT_EQ(rect, (SPixelRect{1, 2, 3, 4}));
+    EXPECT_EQ(rect, (SPixelRect{1, 2, 0, 0}));
     const Bytes file = ReadFile(this->path);
     WriteFile(this->path, Bytes(file.begin(), file.begin() + 200));
     EXPECT_EQ(edged->LoadCoefEx(this->path.c_str(), rect), E_FAIL);
@@ -366,16 +368,30 @@ TYPED_TEST(WordFiles, EmptyRectangles) {
 
 TYPED_TEST(WordFiles, MemoryImages) {
     test::CreateWithPattern(this->object, 300, 140);
-    std::vector<std::byte> image(this->object.Store()->MaxMemoryImageBytes());
-    std::uint64_t length = 0;
-    EXPECT_EQ(this->object.SaveStoreImage(nullptr, 0, 0, &length), E_FAIL);
-    ASSERT_EQ(this->object.SaveStoreImage(image.data(), 0, 0, &length), S_OK);
-    ASSERT_LE(length, image.size());
+    ASSERT_EQ(this->object.MaxStoreImageBytes(),
+              168 + 4 * (TestFixture::Facts::kRecordBytes +
+                         std::uint64_t{sizeof(test::ElementOf<TypeParam>)} * 65536));
+    std::vector<std::byte> image(this->object.MaxStoreImageBytes());
+    EXPECT_EQ(this->object.SaveStoreImage(nullptr, 0, 0), E_FAIL);
+    ASSERT_EQ(this->object.SaveStoreImage(image.data(), 10, 20), S_OK);
+    EXPECT_EQ(LoadLittle<std::uint32_t>(&image[20]), 10U);
+    EXPECT_EQ(LoadLittle<std::uint32_t>(&image[24]), 20U);
+    ASSERT_EQ(this->object.SaveStoreImage(image.data(), 0, 0), S_OK);
     auto loaded = this->Blank(300, 140);
-    EXPECT_EQ(loaded->LoadStoreImage(nullptr, 0), E_FAIL);
-    EXPECT_EQ(loaded->LoadStoreImage(image.data(), length), S_OK);
+    EXPECT_EQ(loaded->LoadStoreImage(nullptr), E_FAIL);
+    EXPECT_EQ(loaded->LoadStoreImage(image.data()), S_OK);
     EXPECT_EQ(test::DigestOf(*loaded), test::DigestOf(this->object));
-    EXPECT_EQ(loaded->LoadStoreImage(image.data(), 100), E_FAIL);
+
+    // With a length nothing past it is read.
+    auto bounded = this->Blank(300, 140);
+    EXPECT_EQ(bounded->LoadBoundedStoreImage(image.data(), image.size()), S_OK);
+    EXPECT_EQ(test::DigestOf(*bounded), test::DigestOf(this->object));
+    auto cut = this->Blank(300, 140);
+    const std::wstring blank = test::DigestOf(*cut);
+    EXPECT_EQ(cut->LoadBoundedStoreImage(nullptr, 0), E_FAIL);
+    const Bytes header(image.begin(), image.begin() + 168);
+    EXPECT_EQ(cut->LoadBoundedStoreImage(header.data(), header.size()), E_FAIL);
+    EXPECT_EQ(test::DigestOf(*cut), blank);
 }
 
 TYPED_TEST(WordFiles, DigestIsThirtyTwoCharacters) {
@@ -434,6 +450,15 @@ TYPED_TEST(WordFiles, AFileThatIsGoneWhenItIsOpenedAgain) {
         EXPECT_EQ(this->object.LoadCoef(this->path.c_str()), E_HANDLE);
     }
     EXPECT_FALSE(test::FileExists(this->path));
+    // Gone after its size was asked: the rectangle has been set.
+    {
+        const test::CVanishingFile file(this->path, Bytes(sample.begin(), sample.begin() + 168));
+        SPixelRect rect{1, 2, 3, 4};
+        EXPECT_EQ(this->object.LoadCoefEx(this->path.c_str(), rect), E_COEF_OPENFAILED);
+        // The kinds with several formats look at the first bytes before they read the size.
+        EXPECT_EQ(rect,
+                  kIsGreen<TypeParam> ? (SPixelRect{1, 2, 40, 24}) : (SPixelRect{1, 2, 3, 4}));
+    }
     EXPECT_EQ(test::DigestOf(this->object), before);
 }
 #endif
