@@ -6,9 +6,9 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace trevolt {
+#include "common/FixedPoint.h"
 
-inline constexpr std::uint16_t kFullScale = 0xFFFF;
+namespace trevolt {
 
 /// The extra word of a pixel. Unlike every other kind it starts at 0.
 struct SWordCoef {

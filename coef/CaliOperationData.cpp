@@ -12,8 +12,7 @@ namespace trevolt {
 namespace {
 
 constexpr std::uint32_t kLength = CCaliOperationData::kRowLength;
-constexpr double kFullScale = kLength - 1;
-constexpr auto kFullScaleFloat = static_cast<float>(kFullScale);
+constexpr double kTopLevel = kFullScale;
 constexpr float kOneSixtyThird = 0.015873017F;
 constexpr float kOneTwoHundredFiftyFifth = 0.003921569F;
 
@@ -35,9 +34,9 @@ constexpr RowRule AddFloat(float value) { return {RowRule::kAddFloat, value}; }
 constexpr std::array<RowRule, CCaliOperationData::kFirstStepRow> kFixedRules{
     Add(0.0),
     // 1 to 3
-    Add(0.02 * kFullScale),
-    Add(0.01 * kFullScale),
-    Add(0.005 * kFullScale),
+    Add(0.02 * kTopLevel),
+    Add(0.01 * kTopLevel),
+    Add(0.005 * kTopLevel),
     // 4 to 6
     Multiply(1.05),
     Multiply(1.02),
@@ -46,9 +45,9 @@ constexpr std::array<RowRule, CCaliOperationData::kFirstStepRow> kFixedRules{
     AddFloat(kFullScaleFloat* kOneSixtyThird),
     AddFloat(kFullScaleFloat* kOneTwoHundredFiftyFifth),
     // 9 to 11
-    Add(-(0.02 * kFullScale)),
-    Add(-(0.01 * kFullScale)),
-    Add(-(0.005 * kFullScale)),
+    Add(-(0.02 * kTopLevel)),
+    Add(-(0.01 * kTopLevel)),
+    Add(-(0.005 * kTopLevel)),
     // 12 to 14
     Multiply(0.95),
     Multiply(0.98),
@@ -57,37 +56,37 @@ constexpr std::array<RowRule, CCaliOperationData::kFirstStepRow> kFixedRules{
     AddFloat(-(kFullScaleFloat* kOneSixtyThird)),
     AddFloat(-(kFullScaleFloat* kOneTwoHundredFiftyFifth)),
     // 17 to 22
-    Add(kFullScale / 28),
-    Add(kFullScale / 70),
-    Add(kFullScale / 140),
-    Add(kFullScale / 280),
-    Add(kFullScale / 700),
-    Add(kFullScale / 1400),
+    Add(kTopLevel / 28),
+    Add(kTopLevel / 70),
+    Add(kTopLevel / 140),
+    Add(kTopLevel / 280),
+    Add(kTopLevel / 700),
+    Add(kTopLevel / 1400),
     // 23 to 28
-    Add(-(kFullScale / 28)),
-    Add(-(kFullScale / 70)),
-    Add(-(kFullScale / 140)),
-    Add(-(kFullScale / 280)),
-    Add(-(kFullScale / 700)),
-    Add(-(kFullScale / 1400)),
+    Add(-(kTopLevel / 28)),
+    Add(-(kTopLevel / 70)),
+    Add(-(kTopLevel / 140)),
+    Add(-(kTopLevel / 280)),
+    Add(-(kTopLevel / 700)),
+    Add(-(kTopLevel / 1400)),
     // 29, 30
-    Add(0.025 * kFullScale),
-    Add(-(0.025 * kFullScale)),
+    Add(0.025 * kTopLevel),
+    Add(-(0.025 * kTopLevel)),
     // 31, 32
     Add(1),
     Add(-1),
     // 33, 34
-    Add(kFullScale*(1.0 / 63.0)),
-    Add(-(kFullScale*(1.0 / 63.0))),
+    Add(kTopLevel*(1.0 / 63.0)),
+    Add(-(kTopLevel*(1.0 / 63.0))),
     // 35, 36
-    Add(kFullScale / 15),
-    Add(-(kFullScale / 15)),
+    Add(kTopLevel / 15),
+    Add(-(kTopLevel / 15)),
     // 37, 38
-    Add(kFullScale / 240),
-    Add(-(kFullScale / 240)),
+    Add(kTopLevel / 240),
+    Add(-(kTopLevel / 240)),
     // 39, 40
-    Add(kFullScale*(1.0 / 255.0)),
-    Add(-(kFullScale*(1.0 / 255.0))),
+    Add(kTopLevel*(1.0 / 255.0)),
+    Add(-(kTopLevel*(1.0 / 255.0))),
 };
 
 double Unrounded(const RowRule& rule, std::uint32_t level) {
@@ -177,7 +176,8 @@ CCaliOperationData::Row(std::uint32_t row) const {
 }
 
 std::uint16_t CCaliOperationData::ClampedEntry(std::uint32_t entry) {
-    return static_cast<std::uint16_t>(std::clamp(static_cast<std::int32_t>(entry), 0, 65535));
+    return static_cast<std::uint16_t>(
+        std::clamp<std::int32_t>(static_cast<std::int32_t>(entry), 0, kFullScale));
 }
 
 void CCaliOperationData::SetStep(std::uint32_t row, float step) {

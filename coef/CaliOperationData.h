@@ -15,12 +15,14 @@
 #include <memory>
 #include <span>
 
+#include "common/FixedPoint.h"
+
 namespace trevolt {
 
 class CCaliOperationData {
   public:
     static constexpr std::uint32_t kRowCount = 57;
-    static constexpr std::uint32_t kRowLength = 0x10000;
+    static constexpr std::uint32_t kRowLength = std::uint32_t{kFullScale} + 1;
     static constexpr std::uint32_t kFirstStepRow = 41;
     static constexpr std::uint32_t kStepPairCount = (kRowCount - kFirstStepRow) / 2;
     static_assert(std::uint64_t{kRowCount} * kRowLength * sizeof(std::uint32_t) == 14'942'208);
@@ -31,8 +33,6 @@ class CCaliOperationData {
     ~CCaliOperationData();
     CCaliOperationData(const CCaliOperationData&) = delete;
     CCaliOperationData& operator=(const CCaliOperationData&) = delete;
-
-    static constexpr std::uint32_t RowLength() { return kRowLength; }
 
     /// Whether channel writes with this index go through a row.
     static constexpr bool IsRowIndex(std::uint32_t index) {

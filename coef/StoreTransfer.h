@@ -2,8 +2,6 @@
 // bytes, and one channel. Statuses are those of the rectangle iteration (coef/StoreRect.h).
 #pragma once
 
-#include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <optional>
@@ -113,19 +111,6 @@ Status CopyChannelIn(CCaliBuf* store, const SStoreRect& rect, std::optional<std:
                                      for (std::uint32_t i = 0; i < count; ++i)
                                          run[i].w[*word] = RoundToWord(values[place + i]);
                                  });
-}
-
-/// The low 16 bits of (int)(value × 65535), in float32 arithmetic, truncated.
-inline std::uint16_t CutToWord(float value) {
-    return static_cast<std::uint16_t>(TruncateToInt32(static_cast<double>(value * 65535.0F)));
-}
-
-/// round(value × 65535) clamped to a word; NaN becomes 0.
-inline std::uint16_t RoundToClampedWord(float value) {
-    const float scaled = std::roundf(value * 65535.0F);
-    if (!(scaled > 0.0F))
-        return 0;
-    return scaled < 65535.0F ? static_cast<std::uint16_t>(scaled) : kFullScale;
 }
 
 /// Gives word `word` of every allocated element of the rectangle, which is not cut, the same value

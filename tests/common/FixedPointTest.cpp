@@ -21,6 +21,35 @@ TEST(FixedPoint, RoundsToBytesHalfAwayFromZeroAndWraps) {
     EXPECT_EQ(RoundToByte(2.0F), 254);  // of 510
 }
 
+TEST(FixedPoint, RoundsToIntegersPastAWord) {
+    EXPECT_EQ(RoundToWide(1.0F), 65535);
+    EXPECT_EQ(RoundToWide(1.5F), 98303); // 98302.5
+    EXPECT_EQ(RoundToWide(-0.5F), -32768);
+    EXPECT_EQ(RoundToWide(1e9F), static_cast<std::int64_t>(1e9F * 65535.0F));
+    EXPECT_EQ(RoundToWide(kNaN), 0);
+    EXPECT_EQ(RoundToWide(kInfinity), 0);
+}
+
+TEST(FixedPoint, RoundsAndClampsToWords) {
+    EXPECT_EQ(RoundToClampedWord(0.5F), 32768); // 32767.5
+    EXPECT_EQ(RoundToClampedWord(65534.0F / 65535.0F), 65534);
+    EXPECT_EQ(RoundToClampedWord(1.0F), 65535);
+    EXPECT_EQ(RoundToClampedWord(1.5F), 65535);
+    EXPECT_EQ(RoundToClampedWord(-1.0F), 0);
+    EXPECT_EQ(RoundToClampedWord(kInfinity), 65535);
+    EXPECT_EQ(RoundToClampedWord(-kInfinity), 0);
+    EXPECT_EQ(RoundToClampedWord(kNaN), 0);
+}
+
+TEST(FixedPoint, CutsToWordsAndWraps) {
+    EXPECT_EQ(CutToWord(1.0F), 65535);
+    EXPECT_EQ(CutToWord(0.5F), 32767);  // 32767.5
+    EXPECT_EQ(CutToWord(-0.5F), 32769); // −32767.5 is cut to −32767
+    EXPECT_EQ(CutToWord(1.5F), 32766);  // 98302.5
+    EXPECT_EQ(CutToWord(40000.0F), 0);  // beyond an int32
+    EXPECT_EQ(CutToWord(kNaN), 0);
+}
+
 TEST(FixedPoint, RoundsToWordsAndWraps) {
     EXPECT_EQ(RoundToWord(1.0F), 65535);
     EXPECT_EQ(RoundToWord(0.0F), 0);
