@@ -108,4 +108,24 @@ inline constexpr SWordKind kWordKind<S12WordCoef>{
     .mapValues = {0, 1, 9, 2, 3, 4, 10, 5, 6, 7, 11, 8},
     .convertedWords = 12};
 
+/// What files of one word format have of each pixel.
+struct SWordFormat {
+    ChunkFormatId formatId;
+    const WordElementKind* element;
+};
+
+template <class Element>
+inline constexpr SWordFormat kWordFormat{kWordKind<Element>.formatId, &kWordElementKind<Element>};
+
+inline constexpr std::array kWordFormats{kWordFormat<S3WordCoef>, kWordFormat<S9WordCoef>,
+                                         kWordFormat<S4WordCoef>, kWordFormat<S12WordCoef>};
+
+/// The element that word files of this format have; null for the format of no kind.
+constexpr const WordElementKind* FindElementOfFormat(const ChunkFormatId& formatId) {
+    for (const SWordFormat& format : kWordFormats)
+        if (format.formatId == formatId)
+            return format.element;
+    return nullptr;
+}
+
 } // namespace trevolt

@@ -497,6 +497,44 @@ TYPED_TEST(GreenFiles, WithoutAStore) {
               S_OK);
     this->object.SetStoreOwner(nullptr);
     EXPECT_EQ(this->object.LoadCoef(this->path.c_str()), E_POINTER);
+    EXPECT_EQ(this->object.LoadCoefRect(this->path.c_str(), 0, 0), E_POINTER);
+    // A path that is none is met first by loads and turned copies, and gives the same in writers.
+    std::uint64_t position = 0;
+    std::uint32_t width = 7;
+    std::uint32_t height = 7;
+    std::uint8_t flag = 7;
+    SPixelRect rect{1, 2, 3, 4};
+    EXPECT_EQ(this->object.LoadCoef(nullptr), E_COEF_INVALIDARG);
+    EXPECT_EQ(this->object.LoadCoefRect(nullptr, 0, 0), E_COEF_INVALIDARG);
+    EXPECT_EQ(this->object.LoadCoefEx(nullptr, rect), E_COEF_INVALIDARG);
+    EXPECT_EQ(rect, (SPixelRect{1, 2, 3, 4}));
+    EXPECT_EQ((this->object.*TestFixture::Facts::kSize)(nullptr, width, height), E_COEF_INVALIDARG);
+    EXPECT_EQ(width, 7U);
+    EXPECT_EQ(this->Info(nullptr, nullptr, 0, flag), E_COEF_INVALIDARG);
+    EXPECT_EQ(flag, 7);
+    EXPECT_EQ(this->object.ExportCoef(nullptr, rect, nullptr, nullptr), E_POINTER);
+    EXPECT_EQ(this->object.ExportCoefDefault(nullptr), E_POINTER);
+    EXPECT_EQ(
+        this->object.ExportCoefEx(nullptr, rect, rect, position, position, 0, nullptr, nullptr),
+        E_POINTER);
+    EXPECT_EQ((this->object.*TestFixture::Facts::kTurnedFile)(nullptr, rect, 1, nullptr, nullptr),
+              E_COEF_INVALIDARG);
+    EXPECT_EQ((this->object.*TestFixture::Facts::kTurnedBand)(nullptr, rect, 1, rect, position,
+                                                              position, 0, nullptr, nullptr),
+              E_COEF_INVALIDARG);
+    // Without a path, with a store.
+    auto whole = this->Blank(4, 4);
+    EXPECT_EQ(((*whole).*TestFixture::Facts::kTurnedFile)(nullptr, rect, 1, nullptr, nullptr),
+              E_COEF_INVALIDARG);
+}
+
+TEST(WordFormats, HaveTheElementsOfTheirKinds) {
+    EXPECT_EQ(FindElementOfFormat(kBrightChunkFormat)->elemSize, 6);
+    EXPECT_EQ(FindElementOfFormat(kChromaChunkFormat)->elemSize, 18);
+    EXPECT_EQ(FindElementOfFormat(kVirtualGreenBrightChunkFormat)->elemSize, 8);
+    EXPECT_EQ(FindElementOfFormat(kVirtualGreenChromaChunkFormat)->elemSize, 24);
+    EXPECT_EQ(FindElementOfFormat(kChromaChunkFormat2), nullptr); // of two stores
+    EXPECT_EQ(FindElementOfFormat(ChunkFormatId{}), nullptr);
 }
 
 TEST(GreenFilesOfTheOtherKind, AreRefused) {
