@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <fstream>
 #include <istream>
 #include <optional>
 #include <ostream>
@@ -33,7 +32,7 @@ struct SBandPlace {
     std::uint32_t offset; ///< the band's first row in the whole
 };
 
-/// Blocks of the grid that a rectangle touches, allocated or not; 0 for one that is turned over.
+/// Blocks of the grid that a rectangle touches, allocated or not, as slot 4 counts them.
 std::uint32_t RectBlockCount(const SPixelRect& rect);
 
 /// The header of a file of `rect`.

@@ -61,7 +61,10 @@ class CColorCorrectCoef {
     virtual std::uint32_t GetWidth() const = 0;
     /// [3] The store's height in pixels, 0 without a store.
     virtual std::uint32_t GetHeight() const = 0;
-    /// [4] How many blocks of the grid the rectangle touches, allocated or not; 0 without a store.
+    /// [4] How many blocks of the grid the rectangle touches, allocated or not: block columns from
+    /// left ÷ 256 to below ceil(right ÷ 256), times block rows from top ÷ 128 to below
+    /// ceil(bottom ÷ 128). So one without columns counts the block column that it lies in, and none
+    /// when it lies on the edge of two; rows likewise. 0 without a store.
     virtual std::uint32_t GetRectBlockCount(const SPixelRect& rect) const = 0;
     /// [5] How many blocks are allocated, 0 without a store.
     virtual std::uint32_t GetBlockListSize() const = 0;
@@ -584,7 +587,8 @@ class CColorCorrectCoef {
     void SetSaverMark(std::uint16_t value) { m_saverMark = value; }
 
   private:
-    friend struct SCoefFields; ///< the tests' view of the fields' order and values
+    friend struct
+        SCoefFields; ///< the tests' view of the fields' order and values, here and in the kinds
 
     std::unique_ptr<CGamma> m_gamma;
     // The fields without an accessor are carried for the calibration library and read by nothing.

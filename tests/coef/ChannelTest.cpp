@@ -40,8 +40,17 @@ TYPED_TEST(Channels, RectBlockCount) {
     EXPECT_EQ(object.GetRectBlockCount({0, 0, 257, 128}), 2U);
     EXPECT_EQ(object.GetRectBlockCount({255, 127, 257, 129}), 4U);
     EXPECT_EQ(object.GetRectBlockCount({0, 0, 0, 0}), 0U);
-    EXPECT_EQ(object.GetRectBlockCount({10, 0, 10, 128}), 1U); // by the formula
+    // Without columns or rows it is the block that counts, but on an edge none.
+    EXPECT_EQ(object.GetRectBlockCount({10, 0, 10, 128}), 1U);
+    EXPECT_EQ(object.GetRectBlockCount({10, 0, 10, 129}), 2U);
+    EXPECT_EQ(object.GetRectBlockCount({256, 0, 256, 128}), 0U);
+    EXPECT_EQ(object.GetRectBlockCount({0, 5, 257, 5}), 2U);
+    EXPECT_EQ(object.GetRectBlockCount({0, 128, 257, 128}), 0U);
+    EXPECT_EQ(object.GetRectBlockCount({10, 5, 10, 5}), 1U);
+    // Turned over: inside one block that block, else none.
+    EXPECT_EQ(object.GetRectBlockCount({20, 0, 10, 128}), 1U);
     EXPECT_EQ(object.GetRectBlockCount({600, 0, 10, 128}), 0U);
+    EXPECT_EQ(object.GetRectBlockCount({600, 300, 10, 12}), 0U);
 }
 
 TYPED_TEST(Channels, BufferModeSetsTheSizeLimit) {
@@ -325,7 +334,10 @@ TEST(ChromaCreate, LeavesTheExtraStoreWhenTheMatrixIsRefused) {
     EXPECT_EQ(object.Create(10, 10), S_OK);
     EXPECT_EQ(object.ExtraStore()->UsedBlocks().size(), 1U);
     object.SetExtraStoreOwner(nullptr);
-    EXPECT_EQ(object.Create(10, 10), E_FAIL);
+    EXPECT_EQ(object.Create(20, 5), E_FAIL);
+    EXPECT_EQ(object.GetWidth(), 10U); // the matrix store stays as it was
+    EXPECT_EQ(object.GetHeight(), 10U);
+    EXPECT_EQ(object.GetBlockListSize(), 1U);
     EXPECT_EQ(object.SetPixel10Word(0, 0, {}, 1), E_FAIL);
     EXPECT_EQ(object.SetPixelExtraWord(0, 0, 1), E_FAIL);
 }
