@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "common/LittleEndian.h"
+#include "common/MemoryBudget.h"
 #include "common/TransferReport.h"
 #include "formats/BinaryCoefFile.h"
 #include "formats/PlacedCoefFile.h"
@@ -629,7 +630,9 @@ TYPED_TEST(MapImages, GiveSuccessAndChangeNothing) {
     StoreLittle<std::uint64_t>(&file[24], 48);
     StoreLittle<std::uint64_t>(&file[80], 4);
     WriteFile(path, file);
+    const std::uint64_t memory = CMemoryBudget::Process().Outstanding();
     EXPECT_EQ(object.LoadCoef(path.c_str()), S_OK);
+    EXPECT_EQ(CMemoryBudget::Process().Outstanding(), memory); // what the map held is gone
     EXPECT_EQ(test::DigestOf(object), before);
     std::uint32_t width = 0;
     std::uint32_t height = 0;
