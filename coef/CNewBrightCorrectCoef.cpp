@@ -13,7 +13,16 @@ constexpr std::array<ChunkFormatId, 1> kFormats{kBrightChunkFormat};
 
 } // namespace
 
-CCNewBrightCorrectCoef::CCNewBrightCorrectCoef() : CMapCorrectCoef(k3fFile) {}
+bool CCNewBrightCorrectCoef::FillRectChannel(std::int32_t channel, std::uint32_t x, std::uint32_t y,
+                                             std::uint32_t width, std::uint32_t height, float value,
+                                             std::uint32_t tableIndex) {
+    return FillThrough(m_pTransferTable, channel, {x, y, width, height}, value, tableIndex);
+}
+
+bool CCNewBrightCorrectCoef::SetPixelChannel(std::int32_t channel, std::uint32_t x, std::uint32_t y,
+                                             float value, std::uint32_t tableIndex) {
+    return SetThrough(m_pTransferTable, channel, x, y, value, tableIndex);
+}
 
 Status CCNewBrightCorrectCoef::SetPixel3Word(std::uint32_t x, std::uint32_t y,
                                              const S3WordCoef& words) {

@@ -11,8 +11,11 @@ namespace trevolt {
 
 class CCNewBrightCorrectCoef final : public CMapCorrectCoef<S3WordCoef> {
   public:
-    CCNewBrightCorrectCoef();
-
+    bool FillRectChannel(std::int32_t channel, std::uint32_t x, std::uint32_t y,
+                         std::uint32_t width, std::uint32_t height, float value,
+                         std::uint32_t tableIndex) override;
+    bool SetPixelChannel(std::int32_t channel, std::uint32_t x, std::uint32_t y, float value,
+                         std::uint32_t tableIndex) override;
     Status SetPixel3Word(std::uint32_t x, std::uint32_t y, const S3WordCoef& words) override;
     S3WordCoef GetPixel3Word(std::uint32_t x, std::uint32_t y) const override;
     Status SetRectFromFloat3(std::uint32_t x, std::uint32_t y, std::uint32_t width,
@@ -43,6 +46,11 @@ class CCNewBrightCorrectCoef final : public CMapCorrectCoef<S3WordCoef> {
     Status GetBrightCoefInfo(const wchar_t* path, std::byte* name, std::uint32_t capacity,
                              std::uint8_t& flag) override;
     Status CopyRectFrom120(const SWordView& view, std::uint32_t x, std::uint32_t y) override;
+
+  private:
+    friend struct SCoefFields;
+
+    CCaliOperationData* m_pTransferTable = nullptr; ///< the kind has none
 };
 
 } // namespace trevolt

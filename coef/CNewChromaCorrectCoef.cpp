@@ -1,8 +1,7 @@
 #include "coef/CNewChromaCorrectCoef.h"
 
+#include <algorithm>
 #include <array>
-#include <istream>
-#include <ostream>
 #include <string_view>
 
 #include "formats/PlacedCoefFile.h"
@@ -25,9 +24,8 @@ std::wstring_view ExtensionOf(std::wstring_view path) {
 
 } // namespace
 
-CCNewChromaCorrectCoef::CCNewChromaCorrectCoef()
-    : CMapCorrectCoef(k9fFile), m_pExtra(std::make_unique<CCaliOperation<SWordCoef>>()) {
-    UseTransferTable(&m_transferTable);
+CCNewChromaCorrectCoef::CCNewChromaCorrectCoef() {
+    m_second.owner = std::make_unique<CCaliOperation<SWordCoef>>();
 }
 
 // ---- both stores ----
@@ -44,6 +42,17 @@ Status CCNewChromaCorrectCoef::SetBufferMode(bool unlimited) {
     if (!Failed(status) && ExtraStore() != nullptr)
         ExtraStore()->SetSizeLimit(Store()->SizeLimit());
     return status;
+}
+
+bool CCNewChromaCorrectCoef::FillRectChannel(std::int32_t channel, std::uint32_t x, std::uint32_t y,
+                                             std::uint32_t width, std::uint32_t height, float value,
+                                             std::uint32_t tableIndex) {
+    return FillThrough(&m_transferTable, channel, {x, y, width, height}, value, tableIndex);
+}
+
+bool CCNewChromaCorrectCoef::SetPixelChannel(std::int32_t channel, std::uint32_t x, std::uint32_t y,
+                                             float value, std::uint32_t tableIndex) {
+    return SetThrough(&m_transferTable, channel, x, y, value, tableIndex);
 }
 
 Status CCNewChromaCorrectCoef::SetPixel10Word(std::uint32_t x, std::uint32_t y,

@@ -14,24 +14,34 @@ class CCNewChromaCorrectCoef final : public CMapCorrectCoef<S9WordCoef> {
     CCNewChromaCorrectCoef();
 
     /// The extra-word store, null without one; owned by the object.
-    CCaliBuf* ExtraStore() { return m_pExtra ? &m_pExtra->Buffer() : nullptr; }
-    const CCaliBuf* ExtraStore() const { return m_pExtra ? &m_pExtra->Buffer() : nullptr; }
+    CCaliBuf* ExtraStore() { return m_second.owner ? &m_second.owner->Buffer() : nullptr; }
+    const CCaliBuf* ExtraStore() const {
+        return m_second.owner ? &m_second.owner->Buffer() : nullptr;
+    }
     /// Replaces the extra-word store; null leaves the object without one.
     void SetExtraStoreOwner(std::unique_ptr<CCaliOperation<SWordCoef>> owner) {
-        m_pExtra = std::move(owner);
+        m_second.owner = std::move(owner);
     }
     /// A pixel's extra word, null when it is missing.
     SWordCoef* FindExtraWord(std::uint32_t x, std::uint32_t y) {
-        return m_pExtra ? m_pExtra->Find(x, y) : nullptr;
+        return m_second.owner ? m_second.owner->Find(x, y) : nullptr;
     }
     const SWordCoef* FindExtraWord(std::uint32_t x, std::uint32_t y) const {
-        return m_pExtra ? std::as_const(*m_pExtra).Find(x, y) : nullptr;
+        return m_second.owner ? std::as_const(*m_second.owner).Find(x, y) : nullptr;
     }
+
+    /// The object's own table, which channel writes with an index from 1 to 56 read.
+    const CCaliOperationData* TransferTable() const { return &m_transferTable; }
 
     std::uint32_t ChromaMode() const { return m_mode; }
 
     Status Create(std::uint16_t width, std::uint16_t height) override;
     Status SetBufferMode(bool unlimited) override;
+    bool FillRectChannel(std::int32_t channel, std::uint32_t x, std::uint32_t y,
+                         std::uint32_t width, std::uint32_t height, float value,
+                         std::uint32_t tableIndex) override;
+    bool SetPixelChannel(std::int32_t channel, std::uint32_t x, std::uint32_t y, float value,
+                         std::uint32_t tableIndex) override;
 
     Status SetPixel10Word(std::uint32_t x, std::uint32_t y, const S9WordCoef& matrix,
                           std::uint16_t extraWord) override;
@@ -92,9 +102,10 @@ class CCNewChromaCorrectCoef final : public CMapCorrectCoef<S9WordCoef> {
     virtual void SetChromaMode(std::uint32_t mode);
 
   private:
+    friend struct SCoefFields;
+
     CCaliOperationData m_transferTable;
     std::uint32_t m_mode = 0;
-    std::unique_ptr<CCaliOperation<SWordCoef>> m_pExtra;
 };
 
 } // namespace trevolt

@@ -43,9 +43,14 @@ constinit const SBinaryFileKind k3fFile{S3fCoefKind::kMagic, Read3fCoefSize, Rea
 constinit const SBinaryFileKind k9bFile{S9bCoefKind::kMagic, Read9bCoefSize, Read9bCoefFile};
 constinit const SBinaryFileKind k3bFile{S3bCoefKind::kMagic, Read3bCoefSize, Read3bCoefFile};
 
+/// The float kind that an object loads as its own.
 template <class Element>
-CMapCorrectCoef<Element>::CMapCorrectCoef(const SBinaryFileKind& ownBinary)
-    : m_pMap(std::make_unique<CChromaCorrectCoef>()), m_ownBinary(ownBinary) {}
+constexpr const SBinaryFileKind& kOwnBinary = k9fFile;
+template <>
+constexpr const SBinaryFileKind& kOwnBinary<S3WordCoef> = k3fFile;
+
+template <class Element>
+CMapCorrectCoef<Element>::CMapCorrectCoef() : m_pMap(std::make_unique<CChromaCorrectCoef>()) {}
 
 // ---- converting transfers ----
 
@@ -112,9 +117,9 @@ Status CMapCorrectCoef<Element>::LoadOwnBinary(const wchar_t* path, std::uint32_
     if (Store() == nullptr)
         return E_POINTER;
     SStoreRect file{x, y};
-    if (const Status status = SizeMapFor(m_ownBinary, path, file); Failed(status))
+    if (const Status status = SizeMapFor(kOwnBinary<Element>, path, file); Failed(status))
         return status;
-    const Status read = m_ownBinary.read(*m_pMap, path);
+    const Status read = kOwnBinary<Element>.read(*m_pMap, path);
     if (Failed(read))
         CTransferReport::NoteFailedRead(read);
     // Scarce memory says nothing of the file, and must not cost what the store holds.
@@ -145,7 +150,7 @@ Status CMapCorrectCoef<Element>::LoadRecognised(const ChunkFormatId& magic, cons
         LoadMapImage(path, x, y);
         return S_OK;
     }
-    if (magic == m_ownBinary.magic)
+    if (magic == kOwnBinary<Element>.magic)
         return LoadOwnBinary(path, x, y);
     if (magic == this->Kind().formatId)
         return LoadChunkFile(Store(), path, x, y);

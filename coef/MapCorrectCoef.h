@@ -25,6 +25,14 @@ extern const SBinaryFileKind k3fFile;
 extern const SBinaryFileKind k9bFile;
 extern const SBinaryFileKind k3bFile;
 
+/// The owner of a second store, behind the first one's: of the chroma kind's extra words.
+template <class Element>
+struct SSecondStore {};
+template <>
+struct SSecondStore<S9WordCoef> {
+    std::unique_ptr<CCaliOperation<SWordCoef>> owner;
+};
+
 template <class Element>
 class CMapCorrectCoef : public CWordCorrectCoef<Element> {
   public:
@@ -87,8 +95,7 @@ class CMapCorrectCoef : public CWordCorrectCoef<Element> {
                           const SWordTarget& target) const override;
 
   protected:
-    /// `ownBinary` is the float kind that the object loads as its own.
-    explicit CMapCorrectCoef(const SBinaryFileKind& ownBinary);
+    CMapCorrectCoef();
 
     /// Loads the file that opens with `magic`: a word file of the kind, its own float kind, or a
     /// map image. E_COEF_BADFORMAT for any other.
@@ -140,7 +147,11 @@ class CMapCorrectCoef : public CWordCorrectCoef<Element> {
         });
     }
 
+    [[no_unique_address]] SSecondStore<Element> m_second;
+
   private:
+    friend struct SCoefFields;
+
     Status LoadText(const wchar_t* path, std::int32_t x, std::int32_t y, std::uint32_t& width,
                     std::uint32_t& height, bool diagonalOnly);
     template <class Read>
@@ -158,7 +169,6 @@ class CMapCorrectCoef : public CWordCorrectCoef<Element> {
     Status TakeFromMap(const SStoreRect& target);
 
     std::unique_ptr<CChromaCorrectCoef> m_pMap;
-    const SBinaryFileKind& m_ownBinary;
 };
 
 extern template class CMapCorrectCoef<S3WordCoef>;

@@ -12,8 +12,13 @@ class CVirtualGreenCorrectCoef : public CWordCorrectCoef<Element> {
   public:
     /// The table for channel writes with an index from 1 to 56; it stays the caller's and must
     /// outlive its use. Null for none.
-    void SetTransferTable(CCaliOperationData* table) { this->UseTransferTable(table); }
+    void SetTransferTable(CCaliOperationData* table) { m_pTransferTable = table; }
 
+    bool FillRectChannel(std::int32_t channel, std::uint32_t x, std::uint32_t y,
+                         std::uint32_t width, std::uint32_t height, float value,
+                         std::uint32_t tableIndex) override;
+    bool SetPixelChannel(std::int32_t channel, std::uint32_t x, std::uint32_t y, float value,
+                         std::uint32_t tableIndex) override;
     Status LoadCoefRect(const wchar_t* path, std::uint32_t x, std::uint32_t y) override;
 
   protected:
@@ -22,6 +27,11 @@ class CVirtualGreenCorrectCoef : public CWordCorrectCoef<Element> {
     /// Owner data of a word file of the kind, whatever its file-kind value.
     static Status ReadOwnInfo(const wchar_t* path, std::byte* name, std::uint32_t capacity,
                               std::uint8_t& flag);
+
+  private:
+    friend struct SCoefFields;
+
+    CCaliOperationData* m_pTransferTable = nullptr; ///< not owned
 };
 
 extern template class CVirtualGreenCorrectCoef<S4WordCoef>;

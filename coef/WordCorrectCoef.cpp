@@ -1,7 +1,6 @@
 #include "coef/WordCorrectCoef.h"
 
 #include <algorithm>
-#include <array>
 #include <limits>
 
 #include "coef/MapTransfer.h"
@@ -62,34 +61,32 @@ Status CWordCorrectCoef<Element>::SetBufferMode(bool unlimited) {
 // ---- channels ----
 
 template <class Element>
-bool CWordCorrectCoef<Element>::FillRectChannel(std::int32_t channel, std::uint32_t x,
-                                                std::uint32_t y, std::uint32_t width,
-                                                std::uint32_t height, float value,
-                                                std::uint32_t tableIndex) {
+bool CWordCorrectCoef<Element>::FillThrough(CCaliOperationData* table, std::int32_t channel,
+                                            const SStoreRect& rect, float value,
+                                            std::uint32_t tableIndex) {
     const auto word = Kind().fillChannel.WordOf(channel);
     const std::uint32_t row = CCaliOperationData::IsRowIndex(tableIndex) ? tableIndex : 0;
-    if (!m_pStore || width == 0 || height == 0 || !word ||
-        (row != 0 && m_pTransferTable == nullptr))
+    if (!m_pStore || rect.IsEmpty() || !word || (row != 0 && table == nullptr))
         return false;
-    FillChannel<Element>(*Store(), {x, y, width, height}, *word, value, m_pTransferTable, row);
+    FillChannel<Element>(*Store(), rect, *word, value, table, row);
     return true;
 }
 
 template <class Element>
-bool CWordCorrectCoef<Element>::SetPixelChannel(std::int32_t channel, std::uint32_t x,
-                                                std::uint32_t y, float value,
-                                                std::uint32_t tableIndex) {
+bool CWordCorrectCoef<Element>::SetThrough(const CCaliOperationData* table, std::int32_t channel,
+                                           std::uint32_t x, std::uint32_t y, float value,
+                                           std::uint32_t tableIndex) {
     const auto word = Kind().setChannel.WordOf(channel);
     Element* const pixel = FindPixel(x, y);
     if (!word || pixel == nullptr)
         return false;
     std::uint16_t& target = pixel->w[*word];
     if (CCaliOperationData::IsRowIndex(tableIndex)) {
-        if (m_pTransferTable != nullptr)
-            target = m_pTransferTable->Candidate(tableIndex, target);
+        if (table != nullptr)
+            target = table->Candidate(tableIndex, target);
         return false;
     }
-    const std::int64_t scaled = RoundScaled(value, 65535.0F);
+    const std::int64_t scaled = RoundToWide(value);
     target = static_cast<std::uint16_t>(scaled);
     return scaled > kFullScale;
 }

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <memory>
-#include <type_traits>
 #include <utility>
 
 #include "calibuf/CaliOperation.h"
@@ -26,9 +25,6 @@ class CWordCorrectCoef : public CDefaultAnswers {
     /// The store, null without one; owned by the object.
     CCaliBuf* Store() { return m_pStore ? &m_pStore->Buffer() : nullptr; }
     const CCaliBuf* Store() const { return m_pStore ? &m_pStore->Buffer() : nullptr; }
-    /// The store's owner, null without one; owned by the object.
-    CCaliOperation<Element>* StoreOwner() { return m_pStore.get(); }
-    const CCaliOperation<Element>* StoreOwner() const { return m_pStore.get(); }
     /// Replaces the store; null leaves the object without one.
     void SetStoreOwner(std::unique_ptr<CCaliOperation<Element>> owner) {
         m_pStore = std::move(owner);
@@ -42,9 +38,6 @@ class CWordCorrectCoef : public CDefaultAnswers {
         return m_pStore ? std::as_const(*m_pStore).Find(x, y) : nullptr;
     }
 
-    /// The table that channel writes with an index from 1 to 56 read, null without one.
-    const CCaliOperationData* TransferTable() const { return m_pTransferTable; }
-
     // ---- operations of the interface ----
 
     Status Create(std::uint16_t width, std::uint16_t height) override;
@@ -54,11 +47,6 @@ class CWordCorrectCoef : public CDefaultAnswers {
     std::uint32_t GetBlockListSize() const override;
     Status SetBufferMode(bool unlimited) override;
 
-    bool FillRectChannel(std::int32_t channel, std::uint32_t x, std::uint32_t y,
-                         std::uint32_t width, std::uint32_t height, float value,
-                         std::uint32_t tableIndex) override;
-    bool SetPixelChannel(std::int32_t channel, std::uint32_t x, std::uint32_t y, float value,
-                         std::uint32_t tableIndex) override;
     Status GetRectFloatEx(std::int32_t channel, SPixelRect& region, float* values) const override;
     Status SetRectChannelFloat(std::int32_t channel, std::uint32_t x, std::uint32_t y,
                                std::uint32_t width, std::uint32_t height,
@@ -108,8 +96,6 @@ class CWordCorrectCoef : public CDefaultAnswers {
   protected:
     static constexpr const SWordKind& Kind() { return kWordKind<Element>; }
 
-    void UseTransferTable(CCaliOperationData* table) { m_pTransferTable = table; }
-
     SOwnerFields OwnerFields(const std::byte* name, const std::uint8_t* flag) const {
         return {Kind().hasFileKind ? static_cast<std::uint8_t>(FileKind()) : std::uint8_t{0}, name,
                 flag};
@@ -128,6 +114,12 @@ class CWordCorrectCoef : public CDefaultAnswers {
         return S_OK;
     }
 
+    // The channel writes of slots 7 and 8, through the kind's transfer table; null without one.
+    bool FillThrough(CCaliOperationData* table, std::int32_t channel, const SStoreRect& rect,
+                     float value, std::uint32_t tableIndex);
+    bool SetThrough(const CCaliOperationData* table, std::int32_t channel, std::uint32_t x,
+                    std::uint32_t y, float value, std::uint32_t tableIndex);
+
     /// Words given by the rectangle's edges. E_COEF_INVALIDARG when left or top is negative.
     Status SetEdgedRect(const SPixelRect& rect, const std::uint16_t* words);
 
@@ -142,12 +134,13 @@ class CWordCorrectCoef : public CDefaultAnswers {
                           const SOwnerFields& owner) const;
 
   private:
+    friend struct SCoefFields;
+
     /// Makes the turned copy; the statuses of slot 59 before the file is touched.
     Status MakeTurnedCopy(const wchar_t* path, const SPixelRect& rect, std::uint32_t mode,
                           CCaliOperation<Element>& copy) const;
 
     std::unique_ptr<CCaliOperation<Element>> m_pStore;
-    CCaliOperationData* m_pTransferTable = nullptr; ///< not owned
 };
 
 extern template class CWordCorrectCoef<S3WordCoef>;
