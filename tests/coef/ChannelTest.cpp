@@ -220,6 +220,8 @@ TEST(Channels, NumbersOfTheVirtualGreenKinds) {
     EXPECT_EQ(chroma.SetPixel12Word(0, 0, {{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}}), S_OK);
     EXPECT_EQ(chroma.GetPixel9Word(0, 0).w,
               (std::array<std::uint16_t, 9>{1, 2, 4, 5, 6, 8, 9, 10, 12}));
+    for (std::int32_t word = 0; word < 12; ++word)
+        EXPECT_EQ(chroma.GetPixelChannelFloat(word, 0, 0), static_cast<float>(word + 1) / 65535.0F);
     EXPECT_TRUE(chroma.FillRectChannel(7, 0, 0, 1, 1, 0.0F, 0)); // modulo 4: word 3
     EXPECT_EQ(chroma.GetPixel12Word(0, 0).w[3], 0);
     EXPECT_EQ(chroma.GetPixel12Word(0, 0).w[7], 8);

@@ -242,6 +242,9 @@ TYPED_TEST(WordFiles, Statuses) {
     EXPECT_EQ(
         tested.ExportCoefEx(this->path.c_str(), rect, rect, directory, data, 128, nullptr, nullptr),
         TestFixture::Facts::kOutputOpenFailed);
+    EXPECT_EQ(tested.ExportCoefEx(this->path.c_str(), rect, rect, directory, data, 0x7FFFFFFFU,
+                                  nullptr, nullptr),
+              TestFixture::Facts::kOutputOpenFailed);
     EXPECT_EQ(tested.ExportCoefEx(this->path.c_str(), rect, rect, directory, data, 0x80000000U,
                                   nullptr, nullptr),
               E_COEF_INVALIDARG);
