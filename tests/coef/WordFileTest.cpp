@@ -575,6 +575,7 @@ TYPED_TEST(ChunkStreams, HoldWhatAFileHolds) {
     EXPECT_EQ(bad.str(), "");
     bad.setstate(std::ios::failbit);
     EXPECT_EQ(this->object.SaveBlocks105(bad), E_FAIL);
+    EXPECT_EQ(this->object.SaveBlocks106(bad, {10, 20, 110, 70}), E_FAIL);
 }
 
 TYPED_TEST(ChunkStreams, AreReadAtAPlaceClippedAndInBands) {
