@@ -369,6 +369,7 @@ TYPED_TEST(MapFiles, Texts) {
         EXPECT_TRUE(model.Agrees(this->object));
         EXPECT_EQ((this->object.*load)(nullptr, 0, 0, width, height), E_COEF_INVALIDARG);
         EXPECT_EQ((this->object.*load)(sample.c_str(), -1, 0, width, height), E_COEF_INVALIDARG);
+        EXPECT_EQ((this->object.*load)(sample.c_str(), 0, -1, width, height), E_COEF_INVALIDARG);
         EXPECT_EQ((this->object.*load)((sample + L"x").c_str(), 0, 0, width, height),
                   E_COEF_OPENFAILED);
         EXPECT_EQ(
