@@ -84,6 +84,9 @@ class CDialogView {
     /// Moves the progress bar and redraws the window before it returns.
     virtual void SetProgress(int id, int position) = 0;
 
+    /// Shows or takes back the wait cursor. While a message box is open the cursor is the usual one.
+    virtual void ShowWaitCursor(bool shown) = 0;
+
     /// Shows a modal message box and returns when it is closed.
     virtual void ShowMessage(const std::wstring& text, std::uint32_t style) = 0;
 

@@ -1,10 +1,13 @@
 #include "app/TrevoltDlg.h"
 
+#include <new>
+
 #include "app/CoefRotation.h"
 #include "app/FileKinds.h"
 #include "app/StartConstants.h"
 #include "common/QuarterTurn.h"
 #include "common/TextConversion.h"
+#include "common/TransferReport.h"
 #include "platform/FileSystem.h"
 
 namespace trevolt {
@@ -16,13 +19,23 @@ constexpr int kProgressTurned = 95;
 constexpr int kProgressDone = 100;
 constexpr int kProgressPerFile = 80;
 
-/// The path is given to the readers in lower case where names are case-insensitive; elsewhere only
-/// the kind test looks at the lower-cased one.
-#ifdef _WIN32
-constexpr bool kReadersGetLoweredPath = true;
-#else
-constexpr bool kReadersGetLoweredPath = false;
-#endif
+/// The wait cursor, as long as this lives.
+class CWaitCursor {
+  public:
+    explicit CWaitCursor(CDialogView& view) : m_view(view) { m_view.ShowWaitCursor(true); }
+    ~CWaitCursor() { m_view.ShowWaitCursor(false); }
+    CWaitCursor(const CWaitCursor&) = delete;
+    CWaitCursor& operator=(const CWaitCursor&) = delete;
+
+  private:
+    CDialogView& m_view;
+};
+
+/// A map of a size that got no memory must not pass for one of defaults.
+void RequireStorage(const CChromaCorrectCoef& map, SMapSize size) {
+    if (size.width > 0 && size.height > 0 && !map.HasStorage())
+        throw std::bad_alloc();
+}
 
 } // namespace
 
@@ -33,6 +46,15 @@ CTrevoltDlg::CTrevoltDlg(CDialogView& view, CTranslate& translate, SDialogStart 
       m_settings(m_start.moduleFolder + kSettingsFile, kSettingsSection) {}
 
 void CTrevoltDlg::OnStart() {
+    const CWaitCursor cursor(m_view);
+    try {
+        Run();
+    } catch (const std::bad_alloc&) {
+        EndWithoutMemory();
+    }
+}
+
+void CTrevoltDlg::Run() {
     UpdateControls();
     if (!IsSizeGiven())
         return;
@@ -47,6 +69,13 @@ void CTrevoltDlg::OnStart() {
         ExportAll();
     m_view.SetProgress(kIdProgress, kProgressDone);
     SetBusy(false);
+}
+
+/// The maps go first: the message needs memory too.
+void CTrevoltDlg::EndWithoutMemory() {
+    ClearMaps();
+    SetBusy(false);
+    ShowTranslated(L"Trevolt_Not_Enough_Memory", kMessageExclamation);
 }
 
 /// The two modes test different fields: cabinet mode the current pair, screen mode the remembered
@@ -111,8 +140,10 @@ Status CTrevoltDlg::LoadFolder(const std::wstring& path, SMapSize size, CCoefMap
             continue;
         auto loaded = std::make_unique<CChromaCorrectCoef>();
         loaded->Resize(size.width, size.height);
-        // A file that does not load is turned and exported from what its map holds.
-        DropStatus(kind->load(*loaded, (kReadersGetLoweredPath ? lowered : fullPath).c_str()));
+        RequireStorage(*loaded, size);
+        // A file that does not load is turned and exported from what its map holds. Memory that it
+        // asks for itself and does not get is no other case: its header may lie.
+        DropStatus(kind->load(*loaded, (kNamesIgnoreCase ? lowered : fullPath).c_str()));
         map[entry.name] = std::move(loaded);
     }
     return S_OK;
@@ -141,6 +172,7 @@ void CTrevoltDlg::RotateOne(const std::wstring& name, const CChromaCorrectCoef& 
         return;
     auto turned = std::make_unique<CChromaCorrectCoef>();
     TurnMap(source, m_fields.current.width, m_fields.current.height, code, *turned);
+    RequireStorage(*turned, m_fields.current);
     m_outputMap[name] = std::move(turned);
 }
 
@@ -153,19 +185,22 @@ void CTrevoltDlg::ExportAll() {
         ShowTranslated(L"Trevolt_Export_Path_Not_Exist", kMessageQuestion);
         return;
     }
-    const std::wstring angle = m_view.SelectedText(kIdAngle);
     for (const auto& [name, map] : m_outputMap)
-        ExportOne(name, *map, angle);
+        ExportOne(name, *map);
     ShowTranslated(L"Trevolt_Export_Finished", kMessagePlain);
 }
 
-void CTrevoltDlg::ExportOne(const std::wstring& name, const CChromaCorrectCoef& map,
-                            const std::wstring& angle) const {
+void CTrevoltDlg::ExportOne(const std::wstring& name, const CChromaCorrectCoef& map) const {
     const SFileKind* kind = FindExportKind(ToLowerAscii(name));
     if (kind == nullptr)
         return;
-    const std::wstring path = m_fields.targetFolder + ExportName(name, angle);
-    DropStatus(kind->save(map, path.c_str())); // the run's end is told alike, whatever was written
+    const std::wstring path =
+        m_fields.targetFolder + ExportName(name, m_view.SelectedText(kIdAngle));
+    const CTransferReport report;
+    const Status status = kind->save(map, path.c_str());
+    // Else the run's end is told alike, whatever was written.
+    if (status == E_OUTOFMEMORY || report.WasMemoryRefused())
+        throw std::bad_alloc();
 }
 
 void CTrevoltDlg::ClearMaps() {

@@ -79,6 +79,8 @@ class CTrevoltDlg {
 
     /// The Start button: checks the size, loads the source folder, turns every map by the angle and
     /// exports the turned maps into the target folder. Every outcome is told in a message box.
+    /// Memory exhaustion (std::bad_alloc) ends the run where it is: nothing more is written, both
+    /// maps are emptied, the controls come back, and a message tells it.
     void OnStart();
 
     /// Relabels and enables the controls from the fields.
@@ -86,13 +88,16 @@ class CTrevoltDlg {
 
     /// Loads every file of a known kind below `path` (which ends with its separator) into `map`,
     /// each into a map of the given size, whatever its reader answers. E_FAIL when the search finds
-    /// no entry at all, else 0.
+    /// no entry at all, else 0. Throws std::bad_alloc when a map of the given size gets no memory;
+    /// what a file's own header asks for and does not get is only a file that does not load.
     static Status LoadFolder(const std::wstring& path, SMapSize size, CCoefMapTable& map);
 
-    /// Turns every input map by the selected angle into the output map. 1 when done.
+    /// Turns every input map by the selected angle into the output map. 1 when done. Throws
+    /// std::bad_alloc when a turned map gets no memory.
     std::int32_t RotateAll();
 
-    /// Writes every output map into the target folder under its angle-marked name.
+    /// Writes every output map into the target folder under its name, marked with the text that the
+    /// angle box then shows. Throws std::bad_alloc when a writer gets no memory for what it writes.
     void ExportAll();
 
     /// Destroys every loaded and every turned map.
@@ -132,12 +137,13 @@ class CTrevoltDlg {
     void Browse(std::wstring& folder, std::uint32_t setFlag);
     std::wstring SavedFolder(const std::wstring& folder) const;
     void ShowSizeTip(int id, const std::wstring& text);
+    void Run();
+    void EndWithoutMemory();
     bool IsSizeGiven();
     bool LoadInput();
     void SetBusy(bool busy);
     void RotateOne(const std::wstring& name, const CChromaCorrectCoef& source);
-    void ExportOne(const std::wstring& name, const CChromaCorrectCoef& map,
-                   const std::wstring& angle) const;
+    void ExportOne(const std::wstring& name, const CChromaCorrectCoef& map) const;
     void ShowTranslated(const wchar_t* key, std::uint32_t style);
 
     CDialogView& m_view;

@@ -8,12 +8,15 @@
 
 namespace trevolt {
 
+// kNamesIgnoreCase: a path opens its file in whatever case its letters A to Z stand.
 #ifdef _WIN32
 using NativePath = std::wstring;
 inline constexpr wchar_t kPathSeparator = L'\\';
+inline constexpr bool kNamesIgnoreCase = true;
 #else
 using NativePath = std::string;
 inline constexpr wchar_t kPathSeparator = L'/';
+inline constexpr bool kNamesIgnoreCase = false;
 #endif
 
 /// `path` as the system's own calls take it; nothing when it has no such form.

@@ -178,8 +178,16 @@ void CControlView::SetProgress(int id, int position) {
     RedrawWindow(m_dialog, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
 }
 
+void CControlView::ShowWaitCursor(bool shown) {
+    m_isWaitCursorShown = shown;
+    SetCursor(LoadCursorW(nullptr, shown ? IDC_WAIT : IDC_ARROW));
+}
+
 void CControlView::ShowMessage(const std::wstring& text, std::uint32_t style) {
+    const bool isWaiting = m_isWaitCursorShown;
+    ShowWaitCursor(false);
     MsgBox(m_dialog, text, style);
+    ShowWaitCursor(isWaiting);
 }
 
 SBrowsedFolder CControlView::BrowseForFolder() {

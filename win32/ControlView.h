@@ -41,6 +41,7 @@ class CControlView : public CDialogView {
     void SelectWholeText(int id) override;
     void SetProgressRange(int id, int lowest, int highest) override;
     void SetProgress(int id, int position) override;
+    void ShowWaitCursor(bool shown) override;
     void ShowMessage(const std::wstring& text, std::uint32_t style) override;
     SBrowsedFolder BrowseForFolder() override;
     void LanguageChanged(std::int32_t langId) override;
@@ -75,6 +76,7 @@ class CControlView : public CDialogView {
     HWND m_dialog = nullptr;
     HICON m_icon = nullptr;
     HICON m_smallIcon = nullptr;
+    bool m_isWaitCursorShown = false;
     CNumberEdit m_widthEdit;
     CNumberEdit m_heightEdit;
     CBalloonTip m_balloon;

@@ -43,6 +43,10 @@ class CMemoryView : public CDialogView {
 
     /// Called when an edit's text was set, as a real edit tells its dialog.
     std::function<void(int id)> onTextSet = [](int) {};
+    /// Called while a message box is open.
+    std::function<void()> onMessage = [] {};
+    /// Called when the angle box is asked for its text, before it answers.
+    std::function<void()> onAngleAsked = [] {};
     /// What the folder browser answers.
     SBrowsedFolder browsed;
 
@@ -79,7 +83,10 @@ class CMemoryView : public CDialogView {
         SelectAngle(entry.data, entry.text);
     }
     std::int32_t SelectedData(int) const override { return m_angleCode; }
-    std::wstring SelectedText(int) const override { return m_angleText; }
+    std::wstring SelectedText(int) const override {
+        onAngleAsked();
+        return m_angleText;
+    }
     void SetNumberLimits(int id, std::int32_t type, std::int32_t lowest,
                          std::int32_t highest) override {
         m_limits[id] = {type, lowest, highest};
@@ -100,7 +107,9 @@ class CMemoryView : public CDialogView {
     void ShowMessage(const std::wstring& text, std::uint32_t style) override {
         m_messages.push_back({text, style});
         Record(L"message", static_cast<int>(style), text);
+        onMessage();
     }
+    void ShowWaitCursor(bool shown) override { Record(L"wait", 0, shown ? L"1" : L"0"); }
 
     SBrowsedFolder BrowseForFolder() override {
         Record(L"browse", 0, L"");
