@@ -116,13 +116,68 @@ TEST_F(SettingsProfile, RewritesUtf8AsUtf16WithTheSameContent) {
     }
 }
 
-TEST_F(SettingsProfile, KeepsTheAsciiOfAFileInACodePage) {
-    Fill("[coefInfo]\r\nOriCoefPath=D:\\\xCF\xE4\\\r\nBoxWidth=12\r\n");
-    EXPECT_EQ(m_profile.ReadString(L"BoxWidth"), L"12");
-    ASSERT_TRUE(m_profile.WriteString(L"BoxHeight", L"3"));
-    EXPECT_EQ(Bytes().substr(0, 2), "\xFF\xFE");
-    EXPECT_EQ(m_profile.ReadString(L"BoxWidth"), L"12");
-    EXPECT_EQ(m_profile.ReadString(L"OriCoefPath").substr(0, 3), L"D:\\");
+TEST_F(SettingsProfile, ReadsAnotherEncodingAsItIsAndRewritesItBeforeTheFirstWrite) {
+    for (const std::string bytes :
+         {"[coefInfo]\nOriCoefPath=D:\\\xC3\xBC\\\nBoxWidth=1\n",
+          "\xEF\xBB\xBF[coefInfo]\r\nOriCoefPath=D:\\\xC3\xBC\\\r\nBoxWidth=1",
+          "[coefInfo]\r\nOriCoefPath=D:\\\xFC\\\r\nBoxWidth=1\r\n"}) {
+        Fill(bytes);
+        const CSettingsProfile profile(m_path, L"coefInfo", 1252);
+        EXPECT_EQ(profile.ReadString(L"OriCoefPath"), L"D:\\\u00FC\\");
+        EXPECT_EQ(profile.ReadString(L"BoxWidth"), L"1");
+        EXPECT_EQ(Bytes(), bytes) << "reading changes nothing";
+        ASSERT_TRUE(profile.WriteString(L"BoxWidth", L"2"));
+        EXPECT_EQ(Bytes(), Utf16(u"[coefInfo]\r\nOriCoefPath=D:\\\u00FC\\\r\nBoxWidth=2\r\n"));
+        EXPECT_EQ(profile.ReadString(L"OriCoefPath"), L"D:\\\u00FC\\");
+    }
+}
+
+TEST_F(SettingsProfile, AnotherEncodingIsReadByTheSameRules) {
+    Fill("; mine\n[other]\na=0\n[COEFINFO]\n;b=1\n a = \"1 2\" \nA=3\nc=\n[last]\nd=4\n");
+    EXPECT_EQ(m_profile.ReadString(L"A"), L"1 2");
+    EXPECT_EQ(m_profile.ReadString(L"b"), L"");
+    EXPECT_EQ(m_profile.ReadString(L"c"), L"");
+    EXPECT_EQ(m_profile.ReadString(L"d"), L"");
+    EXPECT_EQ((CSettingsProfile{m_path, L"none"}.ReadString(L"a")), L"");
+    Fill("[coefInfo]\na=" + std::string(1200, 'x') + "\n");
+    EXPECT_EQ(m_profile.ReadString(L"a"), std::wstring(999, L'x'));
+}
+
+TEST_F(SettingsProfile, AFileInACodePageKeepsItsLetters) {
+#ifdef _WIN32
+    const std::wstring western = L"D:\\M\u00FCller\\Caf\u00E9 \u20AC\\";
+    const std::wstring chinese = L"D:\\\u7BB1\u4F53\\\u65CB\u8F6C 1\\";
+#else // which knows no code page: every byte is kept as the character of its number
+    const std::wstring western = L"D:\\M\u00FCller\\Caf\u00E9 \u0080\\";
+    const std::wstring chinese = L"D:\\\u00CF\u00E4\u00CC\u00E5\\\u00D0\u00FD\u00D7\u00AA 1\\";
+#endif
+    struct SPage {
+        unsigned number;
+        std::string path;
+        std::wstring text;
+    };
+    const SPage pages[] = {
+        {1252, "D:\\M\xFCller\\Caf\xE9 \x80\\", western},
+        {936, "D:\\\xCF\xE4\xCC\xE5\\\xD0\xFD\xD7\xAA 1\\", chinese},
+        {54321, "D:\\M\xFCller\\", L"D:\\M\u00FCller\\"},
+    };
+    for (const SPage& page : pages) {
+        Fill("[coefInfo]\r\nOriCoefPath=" + page.path + "\r\nBoxWidth=12\r\n");
+        const CSettingsProfile profile(m_path, L"coefInfo", page.number);
+        EXPECT_EQ(profile.ReadString(L"OriCoefPath"), page.text);
+        EXPECT_EQ(profile.ReadString(L"BoxWidth"), L"12");
+        ASSERT_TRUE(profile.WriteString(L"BoxHeight", L"3"));
+        EXPECT_EQ(Bytes().substr(0, 2), "\xFF\xFE");
+        EXPECT_EQ(profile.ReadString(L"OriCoefPath"), page.text);
+        EXPECT_EQ(profile.ReadString(L"BoxWidth"), L"12");
+    }
+}
+
+TEST_F(SettingsProfile, AFileTooLargeForSettingsIsLeftAlone) {
+    const std::string large = "[coefInfo]\nBoxWidth=1\n" + std::string(5U << 20U, ';');
+    Fill(large);
+    EXPECT_FALSE(m_profile.WriteString(L"BoxWidth", L"2"));
+    EXPECT_TRUE(Bytes() == large);
 }
 
 TEST_F(SettingsProfile, WritingToAPlaceThatIsNoneFails) {
