@@ -15,15 +15,21 @@ int Scaled(HWND window, LPARAM length) {
 
 } // namespace
 
+bool IsOwnBalloonFit(HWND edit, HWND focused) { return edit == focused; }
+
 void CBalloonTip::Show(HWND edit, const std::wstring& title, const std::wstring& text) {
     Hide();
+    if (!IsOwnBalloonFit(edit, GetFocus()) || !ShowOwn(edit, title, text))
+        ShowTooltip(edit, title, text);
+}
+
+bool CBalloonTip::ShowOwn(HWND edit, const std::wstring& title, const std::wstring& text) {
     EDITBALLOONTIP balloon{};
     balloon.cbStruct = sizeof balloon;
     balloon.pszTitle = title.c_str();
     balloon.pszText = text.c_str();
     balloon.ttiIcon = TTI_INFO;
-    if (SendMessageW(edit, EM_SHOWBALLOONTIP, 0, reinterpret_cast<LPARAM>(&balloon)) == 0)
-        ShowTooltip(edit, title, text);
+    return SendMessageW(edit, EM_SHOWBALLOONTIP, 0, reinterpret_cast<LPARAM>(&balloon)) != 0;
 }
 
 /// A tooltip lies over every window, so none comes up for a dialog that is not the active one.

@@ -110,6 +110,7 @@ TEST_F(TrevoltInput, LosingTheFocusCommits) {
     EXPECT_EQ(trevolt.FindBalloon(), nullptr);
     trevolt.Focus(kIdHeight);
     EXPECT_EQ(trevolt.WaitForBalloon(), LimitText(65535));
+    EXPECT_TRUE(trevolt.WaitForFocus(kIdHeight)) << "the user is not pulled back";
     EXPECT_EQ(Saved(kKeyCabinetWidth), L"65536");
 }
 
@@ -232,6 +233,26 @@ TEST_F(TrevoltInput, ModesRememberTheirSizesAndSettingsAreReadAgain) {
     again.Click(kIdByScreen);
     EXPECT_EQ(again.Text(kIdWidth), L"1920");
     EXPECT_EQ(again.Text(kIdHeight), L"1080");
+}
+
+TEST_F(TrevoltInput, SettingsInTheOldCodePageKeepTheirLetters) {
+    // The tests run on a system in English.
+    const std::string old = "[coefInfo]\r\nOriCoefPath=C:\\M\xFCller\\Caf\xE9 \x80\\\r\n"
+                            "TargetCoefPath=C:\\\xC5ngstr\xF6m\\\r\nBoxHeight=7\r\n";
+    test::WriteText(m_tree.SettingsFile(), old);
+    const auto& trevolt = Start();
+    const std::wstring source = L"C:\\M\u00FCller\\Caf\u00E9 \u20AC\\";
+    const std::wstring target = L"C:\\\u00C5ngstr\u00F6m\\";
+    EXPECT_EQ(trevolt.Text(kIdSource), source);
+    EXPECT_EQ(trevolt.Text(kIdTarget), target);
+    EXPECT_EQ(trevolt.Text(kIdHeight), L"7");
+    EXPECT_EQ(test::ReadText(m_tree.SettingsFile()), old) << "opening the window changes nothing";
+    trevolt.Type(kIdWidth, L"5");
+    EXPECT_EQ(test::ReadText(m_tree.SettingsFile()).substr(0, 2), "\xFF\xFE");
+    EXPECT_EQ(Saved(kKeySourceFolder), source);
+    EXPECT_EQ(Saved(kKeyTargetFolder), target);
+    EXPECT_EQ(Saved(kKeyCabinetWidth), L"5");
+    EXPECT_EQ(Saved(kKeyCabinetHeight), L"7");
 }
 
 TEST_F(TrevoltInput, NegativeSizesAreShownAndSavedAsZero) {

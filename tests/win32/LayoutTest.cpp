@@ -254,7 +254,7 @@ TEST_F(TrevoltLayout, PicturesOfARunAndItsLastMessage) {
 
 TEST_F(TrevoltLayout, PicturesOfMessages) {
     SaveFolders(m_source.Path(), m_target.File(L"missing\\"));
-    for (const std::int32_t language : {0, 2, 4, 8}) {
+    for (const std::int32_t language : {0, 2, 4, 5, 8}) {
         Save(kKeyCabinetWidth, L"0");
         const auto& trevolt = StartIn(language);
         const auto takePicture = [&](const std::wstring& name) {
@@ -269,6 +269,10 @@ TEST_F(TrevoltLayout, PicturesOfMessages) {
         takePicture(L"no-file");
         test::WriteText(m_source.File(L"a.9fcoef"), "");
         takePicture(L"no-target");
+        trevolt.Type(kIdWidth, L"65535");
+        trevolt.Type(kIdHeight, L"40000");
+        takePicture(L"no-memory");
+        SavePicture(L"after-no-memory-" + std::to_wstring(language));
         ASSERT_TRUE(RemoveFile(m_source.File(L"a.9fcoef")));
     }
 }

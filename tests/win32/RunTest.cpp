@@ -223,6 +223,27 @@ TEST_F(TrevoltRun, MissingTargetFolderIsTold) {
     EXPECT_TRUE(m_target.Names().empty());
 }
 
+TEST_F(TrevoltRun, MemoryThatDoesNotSufficeIsToldAndTheWindowIsThereAgain) {
+    UseFolders();
+    AddSample(L"Cab_01.9fcoef");
+    const auto& trevolt = Start();
+    TypeSize({65535, 40000}); // more pixels than any map may have
+    const SMessageBox seen = StartAndRead();
+    EXPECT_EQ(seen.text, English(L"Trevolt_Not_Enough_Memory"));
+    EXPECT_EQ(seen.title, English(L"Trevolt_102"));
+    EXPECT_EQ(seen.icon, EBoxIcon::Exclamation);
+    EXPECT_TRUE(m_target.Names().empty());
+    ASSERT_TRUE(test::WaitUntil([&] { return IsWindowEnabled(trevolt.Window()) != 0; }));
+    for (const int id : {kIdAngle, kIdBrowseSource, kIdBrowseTarget, kIdByCabinet, kIdByScreen,
+                         kIdWidth, kIdHeight, kIdStart})
+        EXPECT_TRUE(trevolt.IsEnabled(id)) << id;
+    EXPECT_FALSE(trevolt.IsVisible(kIdProgress));
+
+    TypeSize(kCabinetSize);
+    EXPECT_EQ(StartAndRead().text, English(L"Trevolt_Export_Finished"));
+    ExpectTurned(L"Cab_01.9fcoef", kAngles[0]);
+}
+
 TEST_F(TrevoltRun, NoAngleMeansNothingToExport) {
     UseFolders();
     AddSample(L"Cab_01.9fcoef");

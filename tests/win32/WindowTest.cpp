@@ -77,7 +77,10 @@ class CDialogThread {
 /// The main dialog on a thread of its own, closed with this object.
 class CShownWindow {
   public:
-    CShownWindow() = default;
+    /// `prepare` writes settings before the window reads them.
+    explicit CShownWindow(const std::function<void(const CSettingsProfile&)>& prepare =
+                              [](const auto&) {})
+        : m_isPrepared(Prepare(prepare)) {}
     ~CShownWindow() { SendMessageW(Get(), WM_CLOSE, 0, 0); }
     CShownWindow(const CShownWindow&) = delete;
     CShownWindow& operator=(const CShownWindow&) = delete;
@@ -92,7 +95,13 @@ class CShownWindow {
         window.RunModal();
     }
 
+    bool Prepare(const std::function<void(const CSettingsProfile&)>& prepare) const {
+        prepare(CSettingsProfile(m_tree.SettingsFile(), kSettingsSection));
+        return true;
+    }
+
     test::CInstalledTree m_tree;
+    bool m_isPrepared;
     CDialogThread m_dialog{[this] { Run(); }};
 };
 
@@ -248,16 +257,117 @@ class CBalloonMessages {
     HHOOK m_hook;
 };
 
+TEST(BalloonTip, AnEditsOwnBalloonNeedsItsFocus) {
+    const HWND edit = GetDesktopWindow();
+    const HWND other = GetShellWindow();
+    ASSERT_NE(edit, other);
+    EXPECT_TRUE(IsOwnBalloonFit(edit, edit));
+    EXPECT_FALSE(IsOwnBalloonFit(edit, other));
+    EXPECT_FALSE(IsOwnBalloonFit(edit, nullptr));
+}
+
 TEST_F(ControlView, BalloonHasItsTitleAndTheInformationIcon) {
     ShowWindow(m_window, SW_SHOW);
     ASSERT_EQ(GetActiveWindow(), m_window);
-    const CBalloonMessages messages;
-    m_view.ShowBalloon(kIdHeight, L"a title", L"a text");
-    // The edit itself is asked first; where it shows none, the tooltip stands in.
-    const std::vector<std::wstring> expected{L"edit",   L"a title", L"1",       L"a text",
-                                             L"a text", L"tooltip", L"a title", L"1"};
     static_assert(TTI_INFO == 1);
-    EXPECT_EQ(messages.Texts(), expected);
+    const std::vector<std::wstring> asked{L"edit", L"a title", L"1", L"a text"};
+    const std::vector<std::wstring> standIn{L"a text", L"tooltip", L"a title", L"1"};
+    const HWND height = GetDlgItem(m_window, kIdHeight);
+
+    // The edit that has the focus is asked first; where it shows none, the tooltip stands in.
+    SetFocus(height);
+    {
+        const CBalloonMessages messages;
+        m_view.ShowBalloon(kIdHeight, L"a title", L"a text");
+        std::vector<std::wstring> both = asked;
+        both.insert(both.end(), standIn.begin(), standIn.end());
+        EXPECT_EQ(messages.Texts(), both);
+        EXPECT_EQ(GetFocus(), height);
+    }
+    for (const int id : {kIdWidth, kIdBrowseSource}) {
+        const HWND focused = SetFocus(GetDlgItem(m_window, id));
+        EXPECT_NE(focused, nullptr);
+        const CBalloonMessages messages;
+        m_view.ShowBalloon(kIdHeight, L"a title", L"a text");
+        EXPECT_EQ(messages.Texts(), standIn) << id;
+        EXPECT_EQ(GetFocus(), GetDlgItem(m_window, id));
+    }
+}
+
+/// The cursor that this thread's windows show as each message of a kind comes to one of them.
+class CCursorAtMessage {
+  public:
+    /// Listens to the windows of a thread of this process.
+    CCursorAtMessage(UINT message, DWORD threadId) {
+        g_message = message;
+        g_cursors.clear();
+        m_hook = SetWindowsHookExW(WH_CALLWNDPROC, Listen, nullptr, threadId);
+    }
+    ~CCursorAtMessage() { UnhookWindowsHookEx(m_hook); }
+    CCursorAtMessage(const CCursorAtMessage&) = delete;
+    CCursorAtMessage& operator=(const CCursorAtMessage&) = delete;
+
+    static const std::vector<HCURSOR>& Cursors() { return g_cursors; }
+
+  private:
+    static LRESULT CALLBACK Listen(int code, WPARAM wParam, LPARAM lParam) {
+        if (code == HC_ACTION && reinterpret_cast<const CWPSTRUCT*>(lParam)->message == g_message)
+            g_cursors.push_back(GetCursor());
+        return CallNextHookEx(nullptr, code, wParam, lParam);
+    }
+
+    static inline UINT g_message = 0;
+    static inline std::vector<HCURSOR> g_cursors;
+    HHOOK m_hook;
+};
+
+const HCURSOR kArrow = LoadCursorW(nullptr, IDC_ARROW);
+const HCURSOR kWait = LoadCursorW(nullptr, IDC_WAIT);
+
+TEST_F(ControlView, WaitCursorStandsButUnderAMessageBox) {
+    ASSERT_NE(kArrow, kWait);
+    m_view.ShowWaitCursor(true);
+    EXPECT_EQ(GetCursor(), kWait);
+    {
+        const CCursorAtMessage opened(WM_INITDIALOG, GetCurrentThreadId());
+        const DWORD thisThread = GetCurrentThreadId();
+        std::thread closer([thisThread] { test::ClosePopup(WaitForDialogOf(thisThread)); });
+        m_view.ShowMessage(L"text", 0);
+        closer.join();
+        ASSERT_FALSE(opened.Cursors().empty());
+        EXPECT_EQ(opened.Cursors().front(), kArrow);
+    }
+    EXPECT_EQ(GetCursor(), kWait);
+    m_view.ShowWaitCursor(false);
+    EXPECT_EQ(GetCursor(), kArrow);
+}
+
+TEST(TrevoltWindow, ShowsTheWaitCursorDuringARun) {
+    const test::CTemporaryFolder source;
+    const test::CTemporaryFolder target;
+    test::WriteFile(source.File(L"Cab_01.9fcoef"),
+                    test::ReadFile(test::Sample(L"cabinet/Cab_01.9fcoef")));
+    CShownWindow window([&](const CSettingsProfile& settings) {
+        EXPECT_TRUE(settings.WriteString(kKeySourceFolder, source.Path()));
+        EXPECT_TRUE(settings.WriteString(kKeyTargetFolder, target.Path()));
+        EXPECT_TRUE(settings.WriteString(kKeyCabinetWidth, L"40"));
+        EXPECT_TRUE(settings.WriteString(kKeyCabinetHeight, L"24"));
+    });
+    const DWORD thread = GetWindowThreadProcessId(window.Get(), nullptr);
+    const CCursorAtMessage moved(PBM_SETPOS, thread);
+    PostMessageW(GetDlgItem(window.Get(), kIdStart), BM_CLICK, 0, 0);
+    HWND box = nullptr;
+    ASSERT_TRUE(test::WaitUntil([&] {
+        box = GetLastActivePopup(window.Get());
+        return box != window.Get() && IsWindowVisible(box) != 0;
+    }));
+    EXPECT_EQ(target.Names().size(), 1U);
+    test::ClosePopup(box);
+    ASSERT_TRUE(
+        test::WaitUntil([&] { return IsWindowEnabled(GetDlgItem(window.Get(), kIdHeight)) != 0; }));
+    EXPECT_GE(moved.Cursors().size(), 5U);
+    for (const HCURSOR cursor : moved.Cursors())
+        EXPECT_EQ(cursor, kWait);
 }
 
 /// A message box on a thread of its own, closed with this object.
