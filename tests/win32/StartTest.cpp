@@ -1,4 +1,8 @@
 // Start, language and end of the real program.
+#include <windows.h>
+
+#include <commctrl.h>
+
 #include "tests/win32/WindowFixture.h"
 
 namespace trevolt {
@@ -36,11 +40,19 @@ TEST_F(TrevoltStart, OpensByCabinetAndIdle) {
     EXPECT_EQ(trevolt.Text(kIdTarget), kPlaceholder);
     EXPECT_EQ(trevolt.Text(kIdAngle), L"90\u00B0");
     EXPECT_EQ(trevolt.Send(kIdAngle, CB_GETCOUNT), 3);
+    EXPECT_EQ(trevolt.Send(kIdAngle, CB_GETCURSEL), 0);
     EXPECT_FALSE(trevolt.IsEnabled(kIdStart));
     EXPECT_FALSE(trevolt.IsVisible(kIdProgress));
-    EXPECT_TRUE(trevolt.Send(kIdSource, WM_GETDLGCODE) != 0);
-    for (const int edit : {kIdSource, kIdTarget})
-        EXPECT_NE(GetWindowLongW(trevolt.Control(edit), GWL_STYLE) & ES_READONLY, 0);
+    EXPECT_EQ(trevolt.Send(kIdProgress, PBM_GETPOS), 0);
+    for (const int id : {kIdAngle, kIdBrowseSource, kIdBrowseTarget, kIdByCabinet, kIdByScreen,
+                         kIdWidth, kIdHeight})
+        EXPECT_TRUE(trevolt.IsEnabled(id) && trevolt.IsVisible(id)) << id;
+    // The folders are shown and not typed.
+    for (const int edit : {kIdSource, kIdTarget}) {
+        trevolt.MoveFocus(edit);
+        trevolt.Send(edit, WM_CHAR, L'x');
+        EXPECT_EQ(trevolt.Text(edit), kPlaceholder);
+    }
 }
 
 TEST_F(TrevoltStart, TakesEveryLanguageFromItsLauncher) {
@@ -151,12 +163,26 @@ TEST_F(TrevoltStart, SystemMenuOpensTheAboutBox) {
 
 TEST_F(TrevoltStart, MinimisesAndComesBack) {
     const auto& trevolt = Start();
+    trevolt.Type(kIdWidth, L"77");
+    trevolt.MoveFocus(kIdByCabinet); // no caret blinks, and it is where Wine puts the focus again
+    const auto clientArea = [&] {
+        RECT area{};
+        GetClientRect(trevolt.Window(), &area);
+        MapWindowPoints(trevolt.Window(), nullptr, reinterpret_cast<POINT*>(&area), 2);
+        return area;
+    };
+    const RECT place = clientArea();
+    const auto before = test::CPixels::OfSteadyScreen(place);
     PostMessageW(trevolt.Window(), WM_SYSCOMMAND, SC_MINIMIZE, 0);
-    EXPECT_TRUE(test::WaitUntil([&] { return IsIconic(trevolt.Window()) != 0; }));
-    SendMessageW(trevolt.Window(), WM_PAINT, 0, 0);
+    ASSERT_TRUE(test::WaitUntil([&] { return IsIconic(trevolt.Window()) != 0; }));
+    EXPECT_FALSE(test::CPixels::OfSteadyScreen(place) == before) << "the window is still there";
     PostMessageW(trevolt.Window(), WM_SYSCOMMAND, SC_RESTORE, 0);
-    EXPECT_TRUE(test::WaitUntil([&] { return IsIconic(trevolt.Window()) == 0; }));
-    EXPECT_EQ(trevolt.Text(kIdWidth), L"0");
+    ASSERT_TRUE(test::WaitUntil([&] { return IsIconic(trevolt.Window()) == 0; }));
+    EXPECT_TRUE(test::WaitUntil([&] { return trevolt.IsActive(); }));
+    EXPECT_EQ(trevolt.Text(kIdWidth), L"77");
+    const RECT after = clientArea();
+    EXPECT_TRUE(EqualRect(&after, &place));
+    EXPECT_EQ(test::CPixels::OfSteadyScreen(place).Differing(before), 0U);
 }
 
 TEST_F(TrevoltStart, LivesInAFolderWithAChineseName) {
