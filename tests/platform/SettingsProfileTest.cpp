@@ -139,6 +139,8 @@ TEST_F(SettingsProfile, AnotherEncodingIsReadByTheSameRules) {
     EXPECT_EQ(m_profile.ReadString(L"c"), L"");
     EXPECT_EQ(m_profile.ReadString(L"d"), L"");
     EXPECT_EQ((CSettingsProfile{m_path, L"none"}.ReadString(L"a")), L"");
+    Fill("[coefInfo]\na=\"\n");
+    EXPECT_EQ(m_profile.ReadString(L"a"), L"\"");
     Fill("[coefInfo]\na=" + std::string(1200, 'x') + "\n");
     EXPECT_EQ(m_profile.ReadString(L"a"), std::wstring(999, L'x'));
 }
@@ -171,6 +173,11 @@ TEST_F(SettingsProfile, AFileInACodePageKeepsItsLetters) {
         EXPECT_EQ(profile.ReadString(L"OriCoefPath"), page.text);
         EXPECT_EQ(profile.ReadString(L"BoxWidth"), L"12");
     }
+}
+
+TEST_F(SettingsProfile, TheLastLineNeedsNoEnd) {
+    Fill(Utf16(u"[coefInfo]\r\nBoxWidth=12"));
+    EXPECT_EQ(m_profile.ReadString(L"BoxWidth"), L"12");
 }
 
 TEST_F(SettingsProfile, AFileTooLargeForSettingsIsLeftAlone) {
