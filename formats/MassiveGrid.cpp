@@ -22,12 +22,12 @@ CMassiveGrid::CMassiveGrid(CMassiveGrid&& other) noexcept
 CMassiveGrid& CMassiveGrid::operator=(CMassiveGrid&& other) noexcept {
     if (this == &other)
         return *this;
-    CMassiveBuf::operator=(std::move(other));
     m_blockCursor = std::exchange(other.m_blockCursor, -1);
     m_offsetCursor = std::exchange(other.m_offsetCursor, -1);
     m_width = std::exchange(other.m_width, 0);
     m_height = std::exchange(other.m_height, 0);
     m_elementBytes = other.m_elementBytes;
+    CMassiveBuf::operator=(std::move(other));
     return *this;
 }
 

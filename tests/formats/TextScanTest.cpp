@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <limits>
 #include <random>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -66,6 +67,17 @@ TEST(TextScan, TakesRealsAsScanfDoes) {
         EXPECT_EQ(taken, c.value != 7.0F) << c.text;
         EXPECT_EQ(value, c.value) << c.text;
         EXPECT_EQ(scan.TakeLiteral(","), c.commaFollows) << c.text;
+    }
+}
+
+// More digits than a short decimal has: 2^32 × 10 + 5 and the like are no 5.
+TEST(TextScan, TakesDigitsBeyondThirtyTwoBits) {
+    for (const auto& [text, wanted] :
+         {std::pair{"42949672965", 42949672965.0F}, std::pair{"4294967297.5", 4294967297.5F},
+          std::pair{"0.42949672965", 0.42949672965F}}) {
+        float value = 0.0F;
+        EXPECT_TRUE(CTextScan(text).TakeReal(value)) << text;
+        EXPECT_EQ(value, wanted) << text;
     }
 }
 
