@@ -155,7 +155,7 @@ class Usage(CliTest):
         for size in ('65536x1', '1x65536', '99999999999999999999x1', '70000x70000'):
             self.expect_words(self.rotate('--size', size), 2,
                               f'{size} is above 65535 in one direction')
-        for size in ('0x5', '5x0', '-5x5', '+5x5', '5', 'x', '5x', 'x5', '5x5x5', '5 x5', '5.0x5', 'ax5'):
+        for size in ('0x5', '5x0', '-5x5', '-99999999999999999999x5', '+5x5', '5', 'x', '5x', 'x5', '5x5x5', '5 x5', '5.0x5', 'ax5'):
             self.expect_words(self.rotate(f'--size={size}'), 2,
                               f'{size} is not a size: give WIDTHxHEIGHT in pixels')
         self.assertEqual(self.targets(), [])
