@@ -17,8 +17,12 @@ function(trevolt_header_library name)
 endfunction()
 
 trevolt_header_library(cli11 CLI)
-trevolt_header_library(fmt fmt)
-target_compile_definitions(fmt INTERFACE FMT_HEADER_ONLY)
+trevolt_header_library(fmt_headers fmt)
+
+# {fmt}'s own functions are compiled once, from its headers, and not in every source that prints.
+add_library(fmt STATIC ${PROJECT_SOURCE_DIR}/cmake/FmtLibrary.cpp)
+target_compile_options(fmt PRIVATE -w)
+target_link_libraries(fmt PUBLIC fmt_headers)
 
 add_library(lz4 INTERFACE)
 if(CMAKE_CROSSCOMPILING)
@@ -44,7 +48,7 @@ if(TREVOLT_BUILD_TESTS)
     add_library(gtest STATIC ${GTEST_SOURCE}/src/gtest-all.cc)
     target_include_directories(gtest SYSTEM PUBLIC ${GTEST_SOURCE}/include)
     target_include_directories(gtest PRIVATE ${GTEST_SOURCE})
-    target_compile_options(gtest PRIVATE -w)
+    target_compile_options(gtest PRIVATE -w -O1)
     target_link_libraries(gtest PUBLIC Threads::Threads)
 endif()
 
