@@ -127,7 +127,9 @@ class Usage(CliTest):
     def test_version_and_help(self):
         result = self.run_cli('--version')
         self.expect(result, 0)
-        self.assertRegex(self.lines(result.stdout)[0], r'^trevolt-cli \d+\.\d+\.\d+$')
+        project = (ROOT / 'CMakeLists.txt').read_text(encoding='utf-8')
+        version = re.search(r'^project\(.* VERSION (\S+) ', project, re.MULTILINE).group(1)
+        self.assertEqual(self.lines(result.stdout), [f'trevolt-cli {version}'])
         result = self.run_cli('rotate', '--help')
         self.expect(result, 0)
         for word in ('--angle', '--size', '--screen', '--lenient', '--jobs', 'SOURCE', 'TARGET'):

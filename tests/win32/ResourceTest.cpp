@@ -3,6 +3,7 @@
 
 #include "tests/win32/WindowFixture.h"
 #include "win32/Resource.h"
+#include "win32/Version.h"
 
 namespace trevolt {
 namespace {
@@ -128,7 +129,7 @@ TEST_F(TrevoltResources, DialogHoldsItsControlsWithTheirDefaultTexts) {
         {1013, L"\u9009\u62E9\u8DEF\u5F84"},
         {1001, L"\u5F00\u59CB"},
         {1008, L""},
-        {0xFFFFFFFF, L"Trevolt 1.0"},
+        {0xFFFFFFFF, L"" TREVOLT_TITLE_TEXT},
     };
     const std::vector<CTemplate::SItem> items = dialog.Items();
     ASSERT_EQ(items.size(), std::size(expected));
@@ -146,7 +147,7 @@ TEST_F(TrevoltResources, AboutBoxHasItsTexts) {
     EXPECT_EQ(about.Title(), L"About Trevolt");
     const std::vector<CTemplate::SItem> items = about.Items();
     ASSERT_EQ(items.size(), 3U);
-    EXPECT_EQ(items[1].text, L"Trevolt, Version 1.0");
+    EXPECT_EQ(items[1].text, L"" TREVOLT_ABOUT_TEXT);
     EXPECT_EQ(items[2].text, L"OK");
     EXPECT_EQ(items[2].id, static_cast<std::uint32_t>(IDOK));
 }
@@ -183,8 +184,28 @@ TEST_F(TrevoltResources, ManifestAsksForWhatTheWindowNeeds) {
     const std::string manifest(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     for (const char* part : {"name=\"Microsoft.Windows.Common-Controls\" version=\"6.0.0.0\"",
                              ">PerMonitorV2, PerMonitor</dpiAwareness>", ">true</longPathAware>",
-                             ">UTF-8</activeCodePage>", "level=\"asInvoker\""})
+                             ">UTF-8</activeCodePage>", "level=\"asInvoker\"",
+                             "name=\"Trevolt\" version=\"" TREVOLT_VERSION_TEXT "\""})
         EXPECT_NE(manifest.find(part), std::string::npos) << part;
+}
+
+TEST_F(TrevoltResources, VersionIsTheProjects) {
+    test::Bytes bytes = Find(RT_VERSION, VS_VERSION_INFO);
+    VS_FIXEDFILEINFO* numbers = nullptr;
+    UINT size = 0;
+    ASSERT_TRUE(VerQueryValueW(bytes.data(), L"\\", reinterpret_cast<void**>(&numbers), &size));
+    constexpr DWORD kFields[] = {TREVOLT_VERSION_FIELDS};
+    EXPECT_EQ(numbers->dwFileVersionMS, kFields[0] << 16U | kFields[1]);
+    EXPECT_EQ(numbers->dwFileVersionLS, kFields[2] << 16U | kFields[3]);
+    EXPECT_EQ(numbers->dwProductVersionMS, numbers->dwFileVersionMS);
+    EXPECT_EQ(numbers->dwProductVersionLS, numbers->dwFileVersionLS);
+    for (const wchar_t* name : {L"FileVersion", L"ProductVersion"}) {
+        wchar_t* text = nullptr;
+        const std::wstring path = std::wstring(L"\\StringFileInfo\\040904B0\\") + name;
+        ASSERT_TRUE(
+            VerQueryValueW(bytes.data(), path.c_str(), reinterpret_cast<void**>(&text), &size));
+        EXPECT_EQ(std::wstring(text), L"" TREVOLT_VERSION_TEXT) << name;
+    }
 }
 
 } // namespace

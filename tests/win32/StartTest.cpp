@@ -4,6 +4,7 @@
 #include <commctrl.h>
 
 #include "tests/win32/WindowFixture.h"
+#include "win32/Version.h"
 
 namespace trevolt {
 namespace {
@@ -153,7 +154,7 @@ TEST_F(TrevoltStart, SystemMenuOpensTheAboutBox) {
         PostMessageW(trevolt.Window(), WM_SYSCOMMAND, command, 0);
         const HWND about = trevolt.WaitForPopup();
         EXPECT_EQ(test::TextOf(about), L"About Trevolt");
-        EXPECT_EQ(test::ReadTexts(about).text, L"Trevolt, Version 1.0");
+        EXPECT_EQ(test::ReadTexts(about).text, L"" TREVOLT_ABOUT_TEXT);
         EXPECT_EQ(test::ReadTexts(about).button, L"OK");
         EXPECT_FALSE(IsWindowEnabled(trevolt.Window()));
         test::ClosePopup(about);
