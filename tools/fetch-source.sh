@@ -18,7 +18,8 @@ for list in /etc/apt/sources.list /etc/apt/sources.list.d/*.list; do
     sed -n 's/^deb /deb-src /p' "$list" | grep -i debian >>"$work/sources/source.list" || true
 done
 for list in /etc/apt/sources.list.d/*.sources; do
-    [ -f "$list" ] && grep -qi debian "$list" || continue
+    [ -f "$list" ] || continue
+    grep -qi debian "$list" || continue
     sed 's/^Types:.*/Types: deb-src/' "$list" >"$work/sources/$(basename "$list")"
 done
 

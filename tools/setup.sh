@@ -1,7 +1,7 @@
 #!/bin/sh
 # Installs the Debian packages that the named jobs need and that are missing.
 #
-#   tools/setup.sh build|test|asan|lint|bench|fuzz|windows ...
+#   tools/setup.sh build|test|format|lint|asan|bench|fuzz|windows|bare ...
 #
 # Nothing else is changed on the machine. Runs as root, or through sudo.
 set -eu
@@ -10,11 +10,13 @@ packages_for() {
     case "$1" in
         build) echo g++ cmake ninja-build pkg-config liblz4-dev libcli11-dev libfmt-dev libssl-dev ;;
         test) packages_for build; echo libgtest-dev locales lz4 python3 python3-lz4 ;;
-        lint) packages_for test; echo clang-format clang-tidy ;;
+        format) echo clang-format ;;
+        lint) packages_for test; echo clang-tidy ;;
         bench) packages_for build; echo libbenchmark-dev ;;
         asan | fuzz) packages_for test; echo clang libclang-rt-14-dev ;;
         windows) packages_for test; echo g++-mingw-w64-x86-64-posix dpkg-dev wine wine64 xvfb \
             fonts-wine fonts-dejavu-core fonts-droid-fallback fonts-nanum fonts-tlwg-waree-ttf ;;
+        bare) echo debootstrap ;;
         *) echo "setup: unknown job '$1'" >&2; exit 2 ;;
     esac
 }

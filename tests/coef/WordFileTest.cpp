@@ -625,7 +625,7 @@ TYPED_TEST(ChunkStreams, StoreInfo) {
                               .blockCount = 4,
                               .bytesInUse = 4 * (24 + elementBytes * 32768),
                               .sizeLimit = 0x7FFFFFFFFFFFFFFF,
-                              .maxImageBytes = 168 + 4 * 56 + 4 * elementBytes * 65536ULL};
+                              .maxImageBytes = 168 + 4 * 56 + 4ULL * elementBytes * 65536};
     EXPECT_EQ(info, expected);
 }
 
