@@ -20,7 +20,7 @@ class CDialogFont {
     /// Pixels that a label's line takes, its access key's mark not counted.
     SIZE Measure(const std::wstring& text) const {
         RECT box{};
-        test::CPixels({1, 1}, [&](HDC context) {
+        const test::CPixels canvas({1, 1}, [&](HDC context) {
             const HGDIOBJ former = SelectObject(context, m_font);
             DrawTextW(context, text.c_str(), -1, &box, DT_CALCRECT | DT_SINGLELINE);
             SelectObject(context, former);
