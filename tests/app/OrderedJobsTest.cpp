@@ -1,7 +1,9 @@
 #include "app/OrderedJobs.h"
 
+#include <cerrno>
 #include <chrono>
 #include <string>
+#include <system_error>
 
 #include <gtest/gtest.h>
 
@@ -76,6 +78,47 @@ TEST(OrderedJobs, DeliversEachAsSoonAsItIsThere) {
         },
         [&](int result) { firstDelivered = firstDelivered || result == 0; });
     EXPECT_TRUE(secondSawIt);
+}
+
+/// A thread of a system that gives only some.
+class CScarceThread {
+  public:
+    static inline int left = 0;
+
+    template <class Body>
+    explicit CScarceThread(Body body) {
+        if (left == 0)
+            throw std::system_error(EAGAIN, std::generic_category());
+        --left;
+        m_thread = std::jthread(body);
+    }
+
+  private:
+    std::jthread m_thread;
+};
+
+TEST(OrderedJobs, GoesOnWithTheThreadsThatTheSystemGives) {
+    const auto caller = std::this_thread::get_id();
+    for (const int given : {0, 1, 2}) {
+        CScarceThread::left = given;
+        std::atomic<int> byCaller{0};
+        std::vector<std::size_t> delivered;
+        RunOrdered<std::size_t, CScarceThread>(
+            20, 8,
+            [&](std::size_t i) {
+                byCaller += std::this_thread::get_id() == caller ? 1 : 0;
+                return i;
+            },
+            [&](std::size_t result) {
+                delivered.push_back(result);
+                EXPECT_TRUE(given > 0 || byCaller == static_cast<int>(delivered.size()))
+                    << "told at once";
+            });
+        EXPECT_EQ(byCaller, given == 0 ? 20 : 0);
+        ASSERT_EQ(delivered.size(), 20U);
+        for (std::size_t i = 0; i < delivered.size(); ++i)
+            EXPECT_EQ(delivered[i], i);
+    }
 }
 
 } // namespace

@@ -350,6 +350,21 @@ class Turn(CliTest):
         self.assertEqual(len(self.targets()), 25)
 
 
+    @posix_only
+    def test_the_threads_that_the_system_gives_do_the_work(self):
+        for i in range(20):
+            self.add(f'cab{i:02}.3bcoef', 4, 3)
+
+        def leave_room_for_two_stacks():
+            resource.setrlimit(resource.RLIMIT_STACK, (100 << 30, 100 << 30))
+            resource.setrlimit(resource.RLIMIT_AS, (250 << 30, 250 << 30))
+        if self.run_cli('--version', preexec_fn=leave_room_for_two_stacks).returncode != 0:
+            self.skipTest('the program itself reserves more than that')
+        self.expect(self.rotate('--jobs', 256, preexec_fn=leave_room_for_two_stacks), 0,
+                    [f'cab{i:02}.3bcoef -> cab{i:02}-90°.3bcoef  (4 x 3 -> 3 x 4)'
+                     for i in range(20)] + ['20 files turned by 90°, 0 failed'], [])
+
+
 class Names(CliTest):
     def test_names_of_all_sorts_under_every_locale(self):
         names = ['A.9FCOEF', 'a.b.3bcoef', '箱体-屏幕.9bcoef', 'wall 90°.3fcoef', '.3bcoef',
