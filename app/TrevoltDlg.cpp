@@ -197,9 +197,10 @@ void CTrevoltDlg::ExportOne(const std::wstring& name, const CChromaCorrectCoef& 
     const std::wstring path =
         m_fields.targetFolder + ExportName(name, m_view.SelectedText(kIdAngle));
     const CTransferReport report;
-    const Status status = kind->save(map, path.c_str());
-    // Else the run's end is told alike, whatever was written.
-    if (status == E_OUTOFMEMORY || report.WasMemoryRefused())
+    // The run's end is told alike, whatever was written; refused memory alone, which every writer
+    // notes, ends it.
+    DropStatus(kind->save(map, path.c_str()));
+    if (report.WasMemoryRefused())
         throw std::bad_alloc();
 }
 
