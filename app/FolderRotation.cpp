@@ -1,6 +1,7 @@
 #include "app/FolderRotation.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <new>
 #include <random>
 
@@ -32,6 +33,7 @@ class CTemporaryOutput {
     CTemporaryOutput& operator=(const CTemporaryOutput&) = delete;
 
     const std::wstring& Path() const { return m_path; }
+    /// False when the output cannot be given its name; `errno` then tells as after `ReplaceWith`.
     bool Keep() {
         m_kept = ReplaceWith(m_path, m_final);
         return m_kept;
@@ -148,7 +150,7 @@ class CFileRotation {
         else if (m_interrupted) // asked once: what has its final name is also told of
             return;
         else if (!output.Keep())
-            Fail("cannot be given its final name in the target folder");
+            Fail(DescribeRenameProblem(errno));
         else
             NoteWritten(outputName);
     }

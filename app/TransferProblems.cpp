@@ -37,4 +37,10 @@ std::string DescribeWriteProblem(Status status, const CTransferReport& report) {
                        reason.empty() ? "" : ": ", reason);
 }
 
+std::string DescribeRenameProblem(int error) {
+    const std::string reason = SystemErrorText(error);
+    return fmt::format("cannot be given its final name in the target folder{}{}",
+                       reason.empty() ? "" : ": ", reason);
+}
+
 } // namespace trevolt

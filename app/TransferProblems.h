@@ -16,4 +16,7 @@ std::vector<std::string> DescribeReadProblems(Status status, const CTransferRepo
 /// Why an output is not whole; empty when it is.
 std::string DescribeWriteProblem(Status status, const CTransferReport& report);
 
+/// Why a whole output lacks its final name, by the `errno` value of the refused renaming.
+std::string DescribeRenameProblem(int error);
+
 } // namespace trevolt

@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <memory>
 
 #include <fmt/format.h>
@@ -6,6 +7,7 @@
 #include "app/TransferProblems.h"
 #include "cli/Commands.h"
 #include "platform/FileSystem.h"
+#include "platform/SystemError.h"
 #include "platform/Utf8.h"
 
 namespace trevolt {
@@ -14,7 +16,9 @@ namespace {
 int WriteDemo(const std::string& folder) {
     const auto wide = Utf8ToWide(folder);
     if (!wide || !CreateFolders(*wide)) {
-        fmt::print(stderr, "trevolt-cli: the folder {} cannot be made\n", folder);
+        const std::string reason = wide ? SystemErrorText(errno) : "its name is not valid UTF-8";
+        fmt::print(stderr, "trevolt-cli: the folder {} cannot be made{}{}\n", folder,
+                   reason.empty() ? "" : ": ", reason);
         return kExitUsage;
     }
     const CTransferReport report;

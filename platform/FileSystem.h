@@ -52,10 +52,12 @@ bool IsFolder(const std::wstring& path);
 /// Whether both paths exist and name the same entry.
 bool IsSameEntry(const std::wstring& a, const std::wstring& b);
 
-/// Makes the folder and those above it. False when it does not stand afterwards.
+/// Makes the folder and those above it. False when it does not stand afterwards, and `errno` then
+/// tells why the first that is missing could not be made, where the system does.
 bool CreateFolders(const std::wstring& path);
 
-/// Renames `from` to `to` in one step; a file at `to` is replaced. False leaves both as they were.
+/// Renames `from` to `to` in one step; a file at `to` is replaced. False leaves both as they were,
+/// and `errno` tells why where the system does, else it is 0.
 bool ReplaceWith(const std::wstring& from, const std::wstring& to);
 
 /// Removes a file. False when it stays.

@@ -84,18 +84,29 @@ bool IsSameEntry(const std::wstring& a, const std::wstring& b) {
 }
 
 bool CreateFolders(const std::wstring& path) {
+    errno = 0;
     const auto native = ToNativePath(path);
     if (!native)
         return false;
+    bool stands = false;
+    int reason = 0;
+    const auto make = [&](const std::string& folder) {
+        const int error = mkdir(folder.c_str(), 0777) == 0 ? 0 : errno;
+        stands = error == 0 || KindOf(folder) == EntryKind::Folder;
+        if (stands || reason == 0)
+            reason = stands ? 0 : error;
+    };
     for (std::size_t i = native->find('/', 1); i != std::string::npos; i = native->find('/', i + 1))
-        mkdir(native->substr(0, i).c_str(), 0777); // one that stands already is as good
-    mkdir(native->c_str(), 0777);
-    return IsFolder(path);
+        make(native->substr(0, i));
+    make(*native);
+    errno = reason;
+    return stands;
 }
 
 bool ReplaceWith(const std::wstring& from, const std::wstring& to) {
     const auto nativeFrom = ToNativePath(from);
     const auto nativeTo = ToNativePath(to);
+    errno = 0;
     return nativeFrom && nativeTo && std::rename(nativeFrom->c_str(), nativeTo->c_str()) == 0;
 }
 

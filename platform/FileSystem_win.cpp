@@ -1,5 +1,8 @@
 #include "platform/FileSystem.h"
 
+#include <cerrno>
+#include <system_error>
+
 #include <windows.h>
 
 namespace trevolt {
@@ -34,6 +37,13 @@ class CEntryHandle {
   private:
     HANDLE m_handle;
 };
+
+/// The `errno` value of a system call's error, 0 for one that has none.
+int ErrnoOf(DWORD error) {
+    const std::error_condition condition =
+        std::error_code(static_cast<int>(error), std::system_category()).default_error_condition();
+    return condition.category() == std::generic_category() ? condition.value() : 0;
+}
 
 } // namespace
 
@@ -77,15 +87,29 @@ bool IsSameEntry(const std::wstring& a, const std::wstring& b) {
 }
 
 bool CreateFolders(const std::wstring& path) {
+    bool stands = false;
+    int reason = 0;
+    const auto make = [&](const std::wstring& folder) {
+        const bool isMade = CreateDirectoryW(folder.c_str(), nullptr) != 0;
+        const int error = isMade ? 0 : ErrnoOf(GetLastError());
+        stands = isMade || IsFolder(folder);
+        if (stands || reason == 0)
+            reason = stands ? 0 : error;
+    };
     for (std::size_t i = 1; i < path.size(); ++i)
         if (IsSeparator(path[i]))
-            CreateDirectoryW(path.substr(0, i).c_str(), nullptr); // one that stands is as good
-    CreateDirectoryW(path.c_str(), nullptr);
-    return IsFolder(path);
+            make(path.substr(0, i));
+    make(path);
+    errno = reason;
+    return stands;
 }
 
 bool ReplaceWith(const std::wstring& from, const std::wstring& to) {
-    return MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
+    errno = 0;
+    if (MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING) != 0)
+        return true;
+    errno = ErrnoOf(GetLastError());
+    return false;
 }
 
 bool RemoveFile(const std::wstring& path) { return DeleteFileW(path.c_str()) != 0; }

@@ -19,6 +19,7 @@ constexpr std::array kErrorTexts{
 #ifdef EDQUOT
     ErrorText{EDQUOT, "Disk quota exceeded"},
 #endif
+    ErrorText{EEXIST, "File exists"},
     ErrorText{EFBIG, "File too large"},
     ErrorText{EINVAL, "Invalid argument"},
     ErrorText{EIO, "Input/output error"},

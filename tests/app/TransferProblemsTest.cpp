@@ -111,5 +111,11 @@ TEST(WriteProblem, RefusedMemoryComesFirst) {
     EXPECT_EQ(DescribeWriteProblem(E_FAIL, report), "not enough memory to write it whole");
 }
 
+TEST(RenameProblem, IsToldByTheSystemsReason) {
+    EXPECT_EQ(DescribeRenameProblem(0), "cannot be given its final name in the target folder");
+    EXPECT_EQ(DescribeRenameProblem(ENAMETOOLONG),
+              "cannot be given its final name in the target folder: File name too long");
+}
+
 } // namespace
 } // namespace trevolt

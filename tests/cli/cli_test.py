@@ -422,7 +422,7 @@ class Names(CliTest):
         name = 'n' * 247 + '.3bcoef'
         self.add(name)
         self.expect(self.rotate(), 1, err=[
-            f'{name}: cannot be given its final name in the target folder'])
+            f'{name}: cannot be given its final name in the target folder: File name too long'])
         self.assertEqual(self.targets(), [])
 
     @posix_only
@@ -761,7 +761,8 @@ class Demo(CliTest):
     def test_a_folder_that_cannot_be_made_is_named(self):
         (self.folder / 'file').write_text('x')
         folder = self.folder / 'file' / 'wall'
-        self.expect_words(self.run_cli('demo', folder), 2, f'the folder {folder} cannot be made')
+        self.expect(self.run_cli('demo', folder), 2, [],
+                    [f'trevolt-cli: the folder {folder} cannot be made: File exists'])
 
 
 if __name__ == '__main__':

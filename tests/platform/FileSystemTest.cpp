@@ -1,6 +1,7 @@
 #include "platform/FileSystem.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <fstream>
 
 #include <gtest/gtest.h>
@@ -64,6 +65,35 @@ TEST(FileSystem, ReplacesRemovesAndCompares) {
     EXPECT_TRUE(RemoveFile(folder.File(L"b")));
     EXPECT_FALSE(RemoveFile(folder.File(L"b")));
     EXPECT_FALSE(IsSameEntry(folder.File(L"b"), folder.File(L"b")));
+}
+
+TEST(FileSystem, FoldersThatCannotBeMadeTellWhy) {
+    const CTemporaryFolder folder;
+    EXPECT_TRUE(CreateFolders(folder.Path() + L"a/b"));
+    EXPECT_TRUE(CreateFolders(folder.Path() + L"a/b/"));
+    EXPECT_EQ(errno, 0);
+    test::WriteText(folder.File(L"file"), "x");
+    EXPECT_FALSE(CreateFolders(folder.File(L"file")));
+    EXPECT_EQ(errno, EEXIST);
+    EXPECT_FALSE(CreateFolders(folder.File(L"file") + L"/a/b"));
+    EXPECT_EQ(errno, EEXIST) << "not that of what would stand in it";
+}
+
+TEST(FileSystem, ARefusedReplacementTellsWhy) {
+    const CTemporaryFolder folder;
+    test::WriteText(folder.File(L"a"), "new");
+    ASSERT_TRUE(CreateFolders(folder.File(L"b")));
+    EXPECT_FALSE(ReplaceWith(folder.File(L"missing"), folder.File(L"a")));
+    EXPECT_EQ(errno, ENOENT);
+    EXPECT_FALSE(ReplaceWith(folder.File(L"a"), folder.File(L"b")));
+#ifdef _WIN32
+    EXPECT_EQ(errno, EACCES);
+#else
+    EXPECT_EQ(errno, EISDIR);
+    EXPECT_FALSE(ReplaceWith(folder.File(L"a"), std::wstring(L"n\0ul", 4)));
+    EXPECT_EQ(errno, 0) << "the system was not asked";
+#endif
+    EXPECT_EQ(test::ReadText(folder.File(L"a")), "new");
 }
 
 #ifndef _WIN32
