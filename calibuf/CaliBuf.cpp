@@ -5,6 +5,7 @@
 #include <new>
 
 #include "calibuf/PlaneCodec.h"
+#include "common/TransferReport.h"
 #include "platform/Md5.h"
 #include "platform/PhysicalMemory.h"
 
@@ -112,11 +113,15 @@ Status CCaliBuf::AllocateBlock(std::uint32_t index, std::uint32_t x, std::uint32
         return E_COEF_INVALIDARG;
     if (x > kGridWidth - kBlockWidth || y > kGridHeight - kBlockHeight)
         return E_COEF_INVALIDARG;
-    if (!m_pUsedBlocks)
+    if (!m_pUsedBlocks) {
+        CTransferReport::NoteMemoryRefused();
         return E_FAIL;
+    }
     std::unique_ptr<BlockRecord> block(new (std::nothrow) BlockRecord());
-    if (!block)
+    if (!block) {
+        CTransferReport::NoteMemoryRefused();
         return S_OK; // callers see a missing block
+    }
     const std::size_t bytes = BlockBytes();
     block->memory = CBudgetBlock(bytes);
     if (!block->memory)

@@ -79,7 +79,7 @@ class CCaliBuf {
     /// Allocates block `index`, its data not initialised, as the block whose left top pixel is
     /// (x, y). E_COEF_INVALIDARG for an index past the table, a corner whose block would leave the
     /// grid, or a block that stands already; E_FAIL when the data is refused. When the record is
-    /// refused: S_OK without a block.
+    /// refused: S_OK without a block. The transfer report hears of all memory refused here.
     Status AllocateBlock(std::uint32_t index, std::uint32_t x, std::uint32_t y);
 
     /// Writes the kind's default element into all places of the block. E_COEF_NOBUFFER for a

@@ -1,6 +1,7 @@
 // What a store does when its small allocations are refused, the ones that ask not to throw.
 #include <new>
 
+#include "common/TransferReport.h"
 #include "tests/calibuf/StoreSupport.h"
 
 namespace {
@@ -41,8 +42,10 @@ TEST(RefusedAllocation, OfARecordIsASuccessWithoutABlock) {
     CCaliOperation<S3WordCoef> owner;
     CCaliBuf& store = owner.Buffer();
     {
+        const CTransferReport report;
         const CRefusal refusal(0);
         EXPECT_EQ(store.AllocateBlock(5, 5 * 256, 0), S_OK);
+        EXPECT_TRUE(report.WasMemoryRefused()) << "the status does not tell it";
     }
     EXPECT_EQ(store.Block(5), nullptr);
     EXPECT_TRUE(store.UsedBlocks().empty());
@@ -70,8 +73,10 @@ TEST(RefusedAllocation, OfTheBlockListLeavesAnEmptyStore) {
         const CRefusal refusal(0);
         store = CCaliBuf::Create();
     }
+    const CTransferReport report;
     EXPECT_TRUE(store->UsedBlocks().empty());
     EXPECT_EQ(store->AllocateBlock(0, 0, 0), E_FAIL);
+    EXPECT_TRUE(report.WasMemoryRefused());
     EXPECT_EQ(store->Allocate(300, 200), E_FAIL);
     EXPECT_EQ(store->Block(0), nullptr);
     EXPECT_EQ(store->BytesInUse(), 0U);
