@@ -1,6 +1,10 @@
 #include "app/FolderRotation.h"
 
+#include <atomic>
+#include <cstdint>
+#include <cstdlib>
 #include <functional>
+#include <new>
 
 #include <gtest/gtest.h>
 
@@ -15,6 +19,22 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #endif
+
+namespace {
+
+/// What is at least so large is refused.
+std::atomic<std::size_t> g_refusedBytes{SIZE_MAX};
+
+} // namespace
+
+void* operator new(std::size_t bytes) {
+    void* memory = bytes < g_refusedBytes ? std::malloc(bytes == 0 ? 1 : bytes) : nullptr;
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return memory;
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace trevolt {
 namespace {
@@ -348,6 +368,20 @@ TEST_F(FolderRotation, ATurnedMapBeyondTheMemoryEndsCleanly) {
     EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
     ExpectProblem("not enough memory for the turned map");
     EXPECT_TRUE(m_target.Names().empty());
+}
+
+TEST_F(FolderRotation, AFileWhoseSmallMemoryIsRefusedIsNamedAndTheOthersGoOn) {
+    AddFile(L"a.3bcoef", 4, 3);
+    Bytes large = ReadFile(m_source.File(L"a.3bcoef"));
+    large.resize(20000); // all of which is read at once
+    WriteFile(m_source.File(L"b.3bcoef"), large);
+    g_refusedBytes = 19000;
+    const SRotationOutcome outcome = Run();
+    g_refusedBytes = SIZE_MAX;
+    EXPECT_EQ(outcome.end, ERotationEnd::SomeFailed);
+    EXPECT_EQ(outcome.written, 1U);
+    ASSERT_EQ(m_listener.outcomes.size(), 2U);
+    EXPECT_EQ(m_listener.outcomes[1].problems, std::vector<std::string>{"not enough memory"});
 }
 
 TEST_F(FolderRotation, AFileThatTheMemoryDoesNotReadWholeIsNamed) {
