@@ -115,7 +115,7 @@ void CopyFromMap(const CChromaCorrectCoef& map, Object& object) {
         for (std::int32_t x = 0; x < map.Width(); ++x)
             if (auto* words =
                     object.FindPixel(static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y)))
-                ElementToWords<Object>(*map.FindElement(x, y), *words);
+                ElementToWords<Object>(map.ElementOrDefault(x, y), *words);
 }
 
 /// Sizes a store to what a file's header says, which may be a lie.
@@ -137,10 +137,8 @@ Status SizeStores(Object& object, std::uint32_t width, std::uint32_t height) {
 
 /// Whether a word file starts so; a float file may carry a word kind's name.
 bool IsWordFile(const SChunkHeader& header) {
-    constexpr std::array kFormats{kWordKind<S9WordCoef>.formatId, kChromaChunkFormat2,
-                                  kWordKind<S3WordCoef>.formatId, kWordKind<S4WordCoef>.formatId,
-                                  kWordKind<S12WordCoef>.formatId};
-    return std::find(kFormats.begin(), kFormats.end(), header.formatId) != kFormats.end();
+    return header.formatId == kChromaChunkFormat2 ||
+           FindElementOfFormat(header.formatId) != nullptr;
 }
 
 bool HasOwner(const SChunkHeader& header) {

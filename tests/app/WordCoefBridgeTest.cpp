@@ -143,6 +143,19 @@ TYPED_TEST(WordCoefBridge, SavingChecksPathMapAndStorage) {
     EXPECT_FALSE(test::FileExists(this->m_file));
 }
 
+// The colour grid is in the caller's hands and may hold less than the map's size.
+TYPED_TEST(WordCoefBridge, SavingWritesTheDefaultWhereTheColourGridEnds) {
+    CChromaCorrectCoef map;
+    map.Resize(3, 2);
+    ASSERT_TRUE(map.ColourGrid().Resize(2, 2));
+    map.FillDefaults();
+    ASSERT_EQ(SaveWordCoefFile(TypeParam::kKind, map, this->m_file.c_str()), S_OK);
+    const test::Bytes cut = test::ReadFile(this->m_file);
+    map.Resize(3, 2);
+    ASSERT_EQ(SaveWordCoefFile(TypeParam::kKind, map, this->m_file.c_str()), S_OK);
+    EXPECT_EQ(cut, test::ReadFile(this->m_file));
+}
+
 TYPED_TEST(WordCoefBridge, LoadingTellsWhyItCannot) {
     CChromaCorrectCoef map;
     map.Resize(2, 2);
