@@ -1,5 +1,8 @@
 #include "common/TransferReport.h"
 
+#include <algorithm>
+#include <limits>
+
 namespace trevolt {
 namespace {
 
@@ -33,8 +36,9 @@ void CTransferReport::NoteFailedChunks(std::uint32_t count) {
 }
 
 void CTransferReport::NoteMissingPixels(std::uint64_t count) {
+    constexpr std::uint64_t kMostPixels = std::numeric_limits<std::uint64_t>::max();
     for (CTransferReport* report = t_innermost; report != nullptr; report = report->m_outer)
-        report->m_missingPixels += count;
+        report->m_missingPixels += std::min(count, kMostPixels - report->m_missingPixels);
 }
 
 void CTransferReport::NoteFailedRead(Status status) {

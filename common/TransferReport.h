@@ -28,7 +28,8 @@ class CTransferReport {
     bool WasMemoryRefused() const { return m_memoryRefused; }
     /// Chunks of word files that could not be read.
     std::uint32_t FailedChunks() const { return m_failedChunks; }
-    /// Pixels of a word file's stated size that none of its chunks holds.
+    /// Pixels of word files' stated sizes that none of their chunks holds; 2^64 − 1 stands for
+    /// more.
     std::uint64_t MissingPixels() const { return m_missingPixels; }
     /// The status of the first read that failed behind a success, S_OK when there was none.
     Status FailedRead() const { return m_failedRead; }

@@ -1,6 +1,7 @@
 #include "common/TransferReport.h"
 
 #include <cerrno>
+#include <limits>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -51,6 +52,18 @@ TEST(TransferReport, AddsMissingPixelsAndKeepsTheFirstFailedRead) {
     }
     EXPECT_EQ(outer.MissingPixels(), 8589974592U);
     EXPECT_EQ(outer.FailedRead(), E_COEF_BADFORMAT);
+}
+
+TEST(TransferReport, NeverCountsMissingPixelsBackToNone) {
+    constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
+    const CTransferReport report;
+    CTransferReport::NoteMissingPixels(2);
+    CTransferReport::NoteMissingPixels(kMost - 3);
+    EXPECT_EQ(report.MissingPixels(), kMost - 1);
+    CTransferReport::NoteMissingPixels(2);
+    EXPECT_EQ(report.MissingPixels(), kMost);
+    CTransferReport::NoteMissingPixels(kMost);
+    EXPECT_EQ(report.MissingPixels(), kMost);
 }
 
 TEST(TransferReport, KeepsTheFirstReasonOfTheSystem) {
