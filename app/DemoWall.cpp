@@ -5,6 +5,7 @@
 #include <fmt/xchar.h>
 
 #include "app/FileKinds.h"
+#include "common/FixedPoint.h"
 #include "platform/FileSystem.h"
 
 namespace trevolt {
@@ -17,7 +18,7 @@ constexpr std::int32_t kHeight = 90;
 float Noise(std::uint32_t x, std::uint32_t y, std::uint32_t value, std::uint32_t cabinet) {
     std::uint32_t hash = x * 73856093U ^ y * 19349663U ^ value * 83492791U ^ cabinet * 2654435761U;
     hash = (hash ^ (hash >> 15)) * 2246822519U;
-    return static_cast<float>((hash >> 8) & 0xFFFFU) / 65535.0F;
+    return WordToFloat(static_cast<std::uint16_t>(hash >> 8));
 }
 
 SMatrixCoef DemoPixel(std::int32_t x, std::int32_t y, std::uint32_t cabinet) {

@@ -209,9 +209,10 @@ class CCaliBuf {
     // Readers fill blocks that are allocated and allocate none: chunks on other blocks are skipped.
     // A chunk that does not fit its record, the stream or the store has failed with E_FAIL, and the
     // next ones are still read; the result is that of the last chunk that was decoded or failed. No
-    // block takes a part of a chunk that does not decode whole. One whose data is missing where no block would take it has
-    // failed, too, but leaves the result alone. A stream that ends too early, in the directory or
-    // in the data, has its fail bit set; any other stands behind the data of the last record.
+    // block takes a part of a chunk that does not decode whole. A chunk whose data is missing where
+    // no block would take it has failed, too, but leaves the result alone. A stream that ends too
+    // early, in the directory or in the data, has its fail bit set; any other stands behind the
+    // data of the last record, unless there was no memory to read with.
     // Damage that the result hides stands in `LastRead` and in the thread's transfer report.
     //
     // Whole files and images also note there how many pixels of the size in their header no record

@@ -98,12 +98,12 @@ void ForEachBlockPiece(const SStoreRect& rect, Visit&& visit) {
 /// The elements of a block, null when it is missing.
 template <class Element>
 Element* BlockElements(CCaliBuf& store, std::uint32_t block) {
-    BlockRecord* record = store.Block(block);
+    const BlockRecord* record = store.BlockWithData(block);
     return record == nullptr ? nullptr : reinterpret_cast<Element*>(record->pData);
 }
 template <class Element>
 const Element* BlockElements(const CCaliBuf& store, std::uint32_t block) {
-    const BlockRecord* record = store.Block(block);
+    const BlockRecord* record = store.BlockWithData(block);
     return record == nullptr ? nullptr : reinterpret_cast<const Element*>(record->pData);
 }
 

@@ -114,7 +114,8 @@ class CReckoner {
             for (std::int64_t y = top; y < top + record.height;
                  y = (y / kBlockHeight + 1) * kBlockHeight) {
                 ++m_blocks;
-                if (m_store.Block(BlockIndexAt(x / kBlockWidth, y / kBlockHeight)) == nullptr)
+                if (m_store.BlockWithData(BlockIndexAt(x / kBlockWidth, y / kBlockHeight)) ==
+                    nullptr)
                     continue;
                 ++m_found;
                 if (!isClipped ||

@@ -33,22 +33,10 @@ struct SChoice {
     std::uint32_t second = 0; ///< clip height, or how many block indices
 };
 
-/// Sets `kind` to that of `Element` when its files carry the identifier.
-template <class Element>
-bool FindKind(const ChunkFormatId& formatId, const WordElementKind*& kind) {
-    if (kWordKind<Element>.formatId != formatId)
-        return false;
-    kind = &kWordElementKind<Element>;
-    return true;
-}
-
+/// The element of the header's format; of a format of no kind the chosen one.
 inline const WordElementKind& KindOf(const SChunkHeader& header, std::uint8_t choice) {
-    const WordElementKind* kind = &kWordElementKinds[choice % kWordElementKinds.size()];
-    static_cast<void>(FindKind<S3WordCoef>(header.formatId, kind) ||
-                      FindKind<S4WordCoef>(header.formatId, kind) ||
-                      FindKind<S9WordCoef>(header.formatId, kind) ||
-                      FindKind<S12WordCoef>(header.formatId, kind));
-    return *kind;
+    const WordElementKind* const kind = FindElementOfFormat(header.formatId);
+    return kind == nullptr ? kWordElementKinds[choice % kWordElementKinds.size()] : *kind;
 }
 
 /// The header of an input, all zero for one that is too short.
