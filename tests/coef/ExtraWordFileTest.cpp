@@ -358,21 +358,24 @@ TEST_F(ExtraWordFiles, AsAStreamBehindOtherContent) {
     EXPECT_TRUE(SameExtraWords(loaded, object));
 }
 
-/// A stream of characters whose positions start past what 32 bits hold.
+/// A stream of characters whose positions start far behind 0.
 class CFarBuffer : public std::stringbuf {
   public:
-    static constexpr off_type kStart = off_type{5} << 30;
+    explicit CFarBuffer(off_type start) : m_start(start) {}
 
   protected:
     pos_type seekoff(off_type offset, std::ios::seekdir from, std::ios::openmode which) override {
         if (from == std::ios::beg)
-            offset -= kStart;
+            offset -= m_start;
         const pos_type position = std::stringbuf::seekoff(offset, from, which);
-        return position == pos_type(off_type(-1)) ? position : position + kStart;
+        return position == pos_type(off_type(-1)) ? position : position + m_start;
     }
     pos_type seekpos(pos_type position, std::ios::openmode which) override {
         return seekoff(off_type(position), std::ios::beg, which);
     }
+
+  private:
+    off_type m_start;
 };
 
 // No header leads past 4 GiB: the extra words stay out, and the matrix still loads.
@@ -384,19 +387,66 @@ TEST_F(ExtraWordFiles, AsAStreamPastWhatAHeaderHolds) {
     const std::uint32_t matrixEnd = expected.directoryOffset;
     expected.directoryOffset = 0;
 
-    CFarBuffer buffer;
+    constexpr std::streamoff kStart = std::streamoff{5} << 30;
+    CFarBuffer buffer(kStart);
     std::iostream stream(&buffer);
     EXPECT_EQ(object.WriteChunks2(stream, Whole(object), nullptr, nullptr), E_FAIL);
     EXPECT_EQ(buffer.str().substr(168), file.substr(168, matrixEnd - 168));
     SChunkHeader header;
-    stream.seekg(CFarBuffer::kStart);
+    stream.seekg(kStart);
     ASSERT_EQ(object.ReadChunkHeader2(stream, header), S_OK);
     EXPECT_EQ(header, expected);
     CCNewChromaCorrectCoef loaded;
     ASSERT_EQ(loaded.Create(300, 140), S_OK);
-    stream.seekg(CFarBuffer::kStart);
+    stream.seekg(kStart);
     EXPECT_EQ(loaded.LoadBlocks107(stream, 0, 0), S_OK);
     EXPECT_TRUE(test::SamePixels(loaded, object));
+}
+
+// The last position that a header holds is one byte short of 4 GiB.
+TEST_F(ExtraWordFiles, AsAStreamToTheLastPositionThatAHeaderHolds) {
+    constexpr std::streamoff kLastPosition = 0xFFFFFFFF;
+    test::CreateWithPattern(object, 300, 140);
+    ASSERT_EQ(object.ExportCoef(path.c_str(), Whole(object), nullptr, nullptr), S_OK);
+    const std::string file = test::ReadText(path);
+    const std::streamoff matrixEnd = HeaderOf(ReadFile(path)).directoryOffset;
+
+    CFarBuffer last(kLastPosition - matrixEnd);
+    std::iostream reachable(&last);
+    EXPECT_EQ(object.WriteChunks2(reachable, Whole(object), nullptr, nullptr), S_OK);
+    EXPECT_EQ(last.str().substr(168), file.substr(168));
+    SChunkHeader header;
+    reachable.seekg(kLastPosition - matrixEnd);
+    ASSERT_EQ(object.ReadChunkHeader2(reachable, header), S_OK);
+    EXPECT_EQ(header.directoryOffset, 0xFFFFFFFFU);
+
+    CFarBuffer past(kLastPosition - matrixEnd + 1);
+    std::iostream unreachable(&past);
+    EXPECT_EQ(object.WriteChunks2(unreachable, Whole(object), nullptr, nullptr), E_FAIL);
+    EXPECT_EQ(past.str().size(), static_cast<std::size_t>(matrixEnd));
+    unreachable.seekg(kLastPosition - matrixEnd + 1);
+    ASSERT_EQ(object.ReadChunkHeader2(unreachable, header), S_OK);
+    EXPECT_EQ(header.directoryOffset, 0U);
+}
+
+// A matrix part may be read to its end with a success and leave the stream failed: its last chunk
+// claims more than the file has, and no block would take it.
+TEST_F(ExtraWordFiles, AreReadBehindAMatrixPartThatPassesTheFilesEnd) {
+    test::CreateWithPattern(object, 300, 24);
+    ASSERT_EQ(object.ExportCoef(path.c_str(), Whole(object), nullptr, nullptr), S_OK);
+    Bytes file = ReadFile(path);
+    StoreLittle<std::uint32_t>(&file[168 + 56 + chunk_record::kTotalSize], 500000);
+    WriteFile(path, file);
+    CCNewChromaCorrectCoef loaded;
+    ASSERT_EQ(loaded.Create(256, 24), S_OK);
+    const CTransferReport report;
+    EXPECT_EQ(loaded.LoadCoef(path.c_str()), S_OK);
+    EXPECT_EQ(report.FailedChunks(), 1U);
+    for (std::uint32_t y = 0; y < 24; ++y)
+        for (std::uint32_t x = 0; x < 256; ++x) {
+            ASSERT_EQ(test::WordsAt(loaded, x, y), test::WordsAt(object, x, y));
+            ASSERT_EQ(loaded.FindExtraWord(x, y)->w, object.FindExtraWord(x, y)->w);
+        }
 }
 
 } // namespace
