@@ -1,7 +1,6 @@
 // All nine kinds from folder to folder, against what an independent program made of them.
 #include <algorithm>
 #include <array>
-#include <cstring>
 
 #include <gtest/gtest.h>
 
@@ -14,6 +13,7 @@
 #include "platform/FileSystem.h"
 #include "platform/Utf8.h"
 #include "tests/app/MemoryView.h"
+#include "tests/support/CoefMaps.h"
 #include "tests/support/TestFiles.h"
 
 namespace trevolt {
@@ -104,24 +104,7 @@ void ExpectDecoded(const std::wstring& sample, std::int32_t width, std::int32_t 
     CChromaCorrectCoef map;
     map.Resize(width, height);
     ASSERT_GE(FindLoadKind(sample)->load(map, test::Sample(sample).c_str()), 0);
-    const std::string csv = test::ReadText(test::Sample(sample + L".csv"));
-    std::size_t lines = 0;
-    for (std::size_t at = csv.find('\n') + 1; at < csv.size(); at = csv.find('\n', at) + 1) {
-        std::array<double, 11> fields{};
-        const char* cursor = &csv[at];
-        for (double& field : fields) {
-            char* end = nullptr;
-            field = std::strtod(cursor, &end);
-            cursor = end + 1;
-        }
-        const SMatrixCoef* pixel =
-            map.FindElement(static_cast<int>(fields[0]), static_cast<int>(fields[1]));
-        ASSERT_NE(pixel, nullptr);
-        for (std::size_t k = 0; k < 9; ++k)
-            ASSERT_EQ(pixel->m[k], static_cast<float>(fields[2 + k])) << "line " << lines;
-        ++lines;
-    }
-    EXPECT_GT(lines, 20U);
+    test::ExpectSamplePixels(map, sample + L".csv");
 }
 
 TEST(NineKinds, CabinetsLoadToTheirDecodedPixels) {

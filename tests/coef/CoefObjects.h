@@ -2,7 +2,9 @@
 // and the words of a pixel whatever the kind.
 #pragma once
 
+#include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <type_traits>
 
@@ -88,6 +90,24 @@ using ElementOf = typename KindOf<Object>::Element;
 
 template <class Object>
 constexpr std::size_t kWordsOf = ElementOf<Object>{}.w.size();
+
+/// The map value behind word k; none for the virtual-green words, which no file of a map holds.
+template <class Object>
+constexpr std::optional<std::size_t> MapValueOf(std::size_t k) {
+    using Value = std::optional<std::size_t>;
+    constexpr std::array<Value, 12> kGreenChromaValues{0, 1, {}, 2, 3, 4, {}, 5, 6, 7, {}, 8};
+    constexpr std::array<Value, 4> kGreenBrightValues{0, 4, {}, 8};
+    switch (kWordsOf<Object>) {
+    case 3:
+        return 4 * k;
+    case 4:
+        return kGreenBrightValues[k];
+    case 12:
+        return kGreenChromaValues[k];
+    default:
+        return k;
+    }
+}
 
 /// The word that pixel (x, y) gets from `FillWithPattern`.
 constexpr std::uint16_t PatternWord(std::uint32_t x, std::uint32_t y, std::size_t k) {

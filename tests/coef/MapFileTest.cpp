@@ -25,12 +25,6 @@ using test::ReadFile;
 using test::Sample;
 using test::WriteFile;
 
-/// The map value behind word k.
-template <class Object>
-constexpr std::size_t MapValueOf(std::size_t k) {
-    return test::kWordsOf<Object> == 3 ? 4 * k : k;
-}
-
 /// The map that an object's pixels make.
 template <class Object>
 void MakeMap(const Object& object, CChromaCorrectCoef& map) {
@@ -42,7 +36,7 @@ void MakeMap(const Object& object, CChromaCorrectCoef& map) {
             const auto words =
                 test::WordsAt(object, static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y));
             for (std::size_t k = 0; k < words.size(); ++k)
-                element.m[MapValueOf<Object>(k)] = static_cast<float>(words[k]) / 65535.0F;
+                element.m[*test::MapValueOf<Object>(k)] = static_cast<float>(words[k]) / 65535.0F;
             map.SetElement(x, y, element);
         }
 }
@@ -68,8 +62,8 @@ class CBlockModel {
                 std::size_t at = static_cast<std::size_t>(y * 256 + x) * kWords;
                 for (std::size_t k = 0; k < (kWords == 9 ? 12 : kWords); ++k, ++at)
                     if (at < m_words.size())
-                        m_words[at] = static_cast<std::uint16_t>(
-                            static_cast<std::int32_t>(m[MapValueOf<Object>(k)] * 65535.0F + 0.5F));
+                        m_words[at] = static_cast<std::uint16_t>(static_cast<std::int32_t>(
+                            m[*test::MapValueOf<Object>(k)] * 65535.0F + 0.5F));
             }
     }
 

@@ -29,23 +29,6 @@ using test::SRect;
 constexpr std::uint32_t kBlockColumns = 256;
 constexpr std::uint32_t kBlockRows = 128;
 
-/// The map value behind word k, −1 for the virtual-green words, which no file of a map holds.
-template <class Object>
-constexpr int MapValueOf(std::size_t k) {
-    constexpr std::array<int, 12> kGreenChromaValues{0, 1, -1, 2, 3, 4, -1, 5, 6, 7, -1, 8};
-    constexpr std::array<int, 4> kGreenBrightValues{0, 4, -1, 8};
-    switch (test::kWordsOf<Object>) {
-    case 3:
-        return static_cast<int>(4 * k);
-    case 4:
-        return kGreenBrightValues[k];
-    case 12:
-        return kGreenChromaValues[k];
-    default:
-        return static_cast<int>(k);
-    }
-}
-
 /// Quick numbers by chance, for millions of words.
 class CNumbers {
   public:
@@ -99,8 +82,8 @@ class CBlocks {
                     continue;
                 SMatrixCoef element;
                 for (std::size_t k = 0; k < kWords; ++k)
-                    if (const int value = MapValueOf<Object>(k); value >= 0)
-                        element.m[static_cast<std::size_t>(value)] =
+                    if (const auto value = test::MapValueOf<Object>(k))
+                        element.m[*value] =
                             static_cast<float>(block->second[PlaceOf(x, y) + k]) / 65535.0F;
                 map.SetElement(x, y, element);
             }
@@ -122,10 +105,10 @@ class CBlocks {
                     map.ElementOrDefault(std::int64_t{mapX} + i, std::int64_t{mapY} + j).m;
                 std::size_t at = PlaceOf(cut->x + i, cut->y + j);
                 for (std::size_t k = 0; k < (kWords == 9 ? 12 : kWords); ++k, ++at)
-                    if (const int value = MapValueOf<Object>(k);
-                        value >= 0 && at < block->second.size())
-                        block->second[at] = static_cast<std::uint16_t>(static_cast<std::int32_t>(
-                            m[static_cast<std::size_t>(value)] * 65535.0F + 0.5F));
+                    if (const auto value = test::MapValueOf<Object>(k);
+                        value && at < block->second.size())
+                        block->second[at] = static_cast<std::uint16_t>(
+                            static_cast<std::int32_t>(m[*value] * 65535.0F + 0.5F));
             }
         return S_OK;
     }

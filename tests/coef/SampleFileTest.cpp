@@ -1,12 +1,10 @@
 // The word files of the samples: sized, loaded to the values beside them, and written again with
 // the same header, directory and words.
-#include <cstring>
-#include <sstream>
-
 #include <gtest/gtest.h>
 
 #include "common/FixedPoint.h"
 #include "tests/coef/CoefObjects.h"
+#include "tests/support/CoefMaps.h"
 #include "tests/support/TestFiles.h"
 
 namespace trevolt {
@@ -94,34 +92,6 @@ TYPED_TEST(SampleFiles, TurnedCabinetsAreTheSamples) {
     }
 }
 
-/// The pixels of a table of decoded values: x, y and the nine matrix values.
-struct SDecoded {
-    std::uint32_t x = 0;
-    std::uint32_t y = 0;
-    std::array<float, 9> m{};
-};
-
-std::vector<SDecoded> ReadDecoded(const std::wstring& path) {
-    std::istringstream text(test::ReadText(path));
-    text.imbue(std::locale::classic());
-    std::vector<SDecoded> pixels;
-    for (std::string line; std::getline(text, line);) {
-        if (line.empty() || line.find_first_not_of("0123456789.,- e\r") != std::string::npos)
-            continue;
-        std::replace(line.begin(), line.end(), ',', ' ');
-        std::istringstream fields(line);
-        fields.imbue(std::locale::classic());
-        SDecoded pixel;
-        fields >> pixel.x >> pixel.y;
-        for (float& value : pixel.m)
-            fields >> value;
-        EXPECT_FALSE(fields.fail()) << line;
-        pixels.push_back(pixel);
-    }
-    EXPECT_GT(pixels.size(), 3U);
-    return pixels;
-}
-
 /// The element of a pixel as the matrix that it stands for.
 std::array<std::uint16_t, 9> MatrixOf(const S3WordCoef& e) {
     return {e.w[0], 0, 0, 0, e.w[1], 0, 0, 0, e.w[2]};
@@ -137,9 +107,11 @@ std::array<std::uint16_t, 9> MatrixOf(const S12WordCoef& e) {
 
 template <class Object>
 void ExpectDecoded(const Object& object, const std::wstring& table) {
-    for (const SDecoded& pixel : ReadDecoded(table)) {
-        ASSERT_NE(object.FindPixel(pixel.x, pixel.y), nullptr);
-        const auto words = MatrixOf(*object.FindPixel(pixel.x, pixel.y));
+    for (const test::SSamplePixel& pixel : test::ReadSamplePixels(table)) {
+        const auto* element = object.FindPixel(static_cast<std::uint32_t>(pixel.x),
+                                               static_cast<std::uint32_t>(pixel.y));
+        ASSERT_NE(element, nullptr);
+        const auto words = MatrixOf(*element);
         for (std::size_t k = 0; k < 9; ++k)
             EXPECT_NEAR(WordToFloat(words[k]), pixel.m[k], 1e-6)
                 << pixel.x << ", " << pixel.y << " value " << k;

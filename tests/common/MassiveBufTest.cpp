@@ -9,6 +9,7 @@
 
 #include "platform/FileStream.h"
 #include "tests/support/BudgetLimit.h"
+#include "tests/support/BufferContent.h"
 #include "tests/support/TestFiles.h"
 
 namespace trevolt {
@@ -16,6 +17,7 @@ namespace {
 
 using test::Bytes;
 using test::CBudgetLimit;
+using test::Content;
 using test::CTemporaryFolder;
 using test::MakeBytes;
 
@@ -24,14 +26,6 @@ void FillCounting(CMassiveBuf& buffer) {
     for (std::size_t i = 0; i < buffer.BlockCount(); ++i)
         for (std::size_t k = 0; k < buffer.BlockSize(i); ++k)
             buffer.Block(i)[k] = static_cast<std::byte>(n++ * 2654435761U >> 13);
-}
-
-Bytes Content(const CMassiveBuf& buffer) {
-    Bytes all;
-    for (std::uint64_t i = 0; i < buffer.ByteCount(); ++i)
-        all.push_back(buffer.Block(
-            static_cast<std::size_t>(i / buffer.BlockBytes()))[i % buffer.BlockBytes()]);
-    return all;
 }
 
 Bytes TextBytes(std::string_view text) {

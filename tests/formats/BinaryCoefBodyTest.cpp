@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/formats/BinaryKinds.h"
+#include "tests/support/BufferContent.h"
 #include "tests/support/CoefMaps.h"
 
 namespace trevolt {
@@ -20,13 +21,6 @@ CChromaCorrectCoef BytePixelMap(std::int32_t width, std::int32_t height) {
     map.Resize(width, height);
     PaintMap(map, BytePixel);
     return map;
-}
-
-Bytes Content(const CMassiveGrid& grid) {
-    Bytes bytes;
-    for (std::uint32_t i = 0; i < grid.ElementCount(); ++i)
-        bytes.insert(bytes.end(), grid.Element(i), grid.Element(i) + grid.ElementBytes());
-    return bytes;
 }
 
 TEST(BinaryCoefBody, FillsFromARegionOfTheMap) {

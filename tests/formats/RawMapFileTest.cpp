@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/BufferContent.h"
 #include "tests/support/CoefMaps.h"
 
 namespace trevolt {
@@ -34,13 +35,6 @@ Bytes BytesOf(const std::vector<T>& values) {
     return bytes;
 }
 
-Bytes ContentOf(const CMassiveGrid& grid) {
-    Bytes bytes;
-    for (std::size_t k = 0; k < grid.BlockCount(); ++k)
-        bytes = bytes + Bytes(grid.Block(k), grid.Block(k) + grid.BlockSize(k));
-    return bytes;
-}
-
 class RawMapFile : public ::testing::Test {
   protected:
     RawMapFile() { m_map.Resize(5, 4); }
@@ -63,15 +57,15 @@ TEST_F(RawMapFile, TheGridsTakeTheImagesAndTheSizeIsZero) {
     EXPECT_EQ(m_map.Height(), 0);
     EXPECT_EQ(m_map.ColourGrid().Width(), 0U);
     EXPECT_EQ(m_map.GainGrid().Height(), 0U);
-    EXPECT_EQ(ContentOf(m_map.ColourGrid()), m_colours);
-    EXPECT_EQ(ContentOf(m_map.GainGrid()), m_gains);
+    EXPECT_EQ(Content(m_map.ColourGrid()), m_colours);
+    EXPECT_EQ(Content(m_map.GainGrid()), m_gains);
     EXPECT_EQ(m_map.FindElement(0, 0), nullptr);
 }
 
 TEST_F(RawMapFile, TheMapIsUsableAfterwards) {
     ASSERT_EQ(Read(kMagic + kFields + RawImage(m_colours) + RawImage(m_gains)), S_OK);
     m_map.FillDefaults();
-    EXPECT_EQ(ContentOf(m_map.ColourGrid()), m_colours);
+    EXPECT_EQ(Content(m_map.ColourGrid()), m_colours);
     m_map.Resize(3, 2);
     ExpectPixels(m_map, [](std::int32_t, std::int32_t) { return SMatrixCoef{}; });
 }
@@ -125,14 +119,14 @@ TEST_F(RawMapFile, AnUnreadColourGridLeavesTheGainGridEmpty) {
 TEST_F(RawMapFile, AnEmptyColourImageIsReadAndTheGainsBehindIt) {
     EXPECT_EQ(Read(kMagic + kFields + RawImage({}) + RawImage(m_gains)), S_OK);
     EXPECT_FALSE(m_map.ColourGrid().HasStorage());
-    EXPECT_EQ(ContentOf(m_map.GainGrid()), m_gains);
+    EXPECT_EQ(Content(m_map.GainGrid()), m_gains);
 }
 
 TEST_F(RawMapFile, AnOddCountOfBytesIsHeldAndHarmless) {
     const Bytes odd(101, std::byte{9});
     EXPECT_EQ(Read(kMagic + kFields + RawImage(odd) + RawImage(odd)), S_OK);
-    EXPECT_EQ(ContentOf(m_map.ColourGrid()), odd);
-    EXPECT_EQ(ContentOf(m_map.GainGrid()), odd);
+    EXPECT_EQ(Content(m_map.ColourGrid()), odd);
+    EXPECT_EQ(Content(m_map.GainGrid()), odd);
 }
 
 TEST_F(RawMapFile, AnotherMagicIsRefusedAndTheMapKept) {

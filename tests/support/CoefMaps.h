@@ -1,11 +1,14 @@
 // Coefficient maps for tests: painted, compared bit for bit, and set beside decoded sample pixels.
 #pragma once
 
+#include <array>
 #include <bit>
 #include <charconv>
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <system_error>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -78,32 +81,46 @@ inline void ExpectGainsOne(const CChromaCorrectCoef& map) {
     }
 }
 
-/// The map's pixels are those of a sample's `.csv`: x, y and the nine matrix values a line.
+/// A pixel as decoded beside a sample.
+struct SSamplePixel {
+    std::int32_t x = 0;
+    std::int32_t y = 0;
+    std::array<float, 9> m{};
+};
+
+/// The pixels of a sample's `.csv`: behind a line of names x, y and the nine matrix values a line.
+inline std::vector<SSamplePixel> ReadSamplePixels(const std::wstring& csvPath) {
+    const std::string text = ReadText(csvPath);
+    std::vector<SSamplePixel> pixels;
+    for (std::size_t at = text.find('\n') + 1; at < text.size(); at = text.find('\n', at) + 1) {
+        const char* cursor = &text[at];
+        const auto take = [&](auto& value) {
+            const auto [next, error] = std::from_chars(cursor, text.data() + text.size(), value);
+            EXPECT_EQ(error, std::errc{}) << "line of pixel " << pixels.size();
+            cursor = next + 1;
+        };
+        SSamplePixel pixel;
+        take(pixel.x);
+        take(pixel.y);
+        for (float& value : pixel.m)
+            take(value);
+        pixels.push_back(pixel);
+    }
+    EXPECT_GT(pixels.size(), 20U);
+    return pixels;
+}
+
+/// The map's pixels are those of a sample's `.csv`.
 inline void ExpectSamplePixels(const CChromaCorrectCoef& map, std::wstring_view csvName) {
-    const std::string text = ReadText(Sample(csvName));
-    std::string_view rest = text;
-    rest.remove_prefix(std::min(rest.find('\n') + 1, rest.size()));
-    std::size_t lines = 0;
-    while (!rest.empty()) {
-        const std::size_t end = std::min(rest.find('\n'), rest.size());
-        const char* at = rest.data();
-        std::array<float, 11> fields{};
-        for (float& field : fields) {
-            const auto [next, error] = std::from_chars(at, rest.data() + end, field);
-            ASSERT_EQ(error, std::errc{}) << rest.substr(0, end);
-            at = next + 1;
-        }
-        const SMatrixCoef* pixel = map.FindElement(static_cast<std::int32_t>(fields[0]),
-                                                   static_cast<std::int32_t>(fields[1]));
-        ASSERT_NE(pixel, nullptr) << rest.substr(0, end);
+    for (const SSamplePixel& expected : ReadSamplePixels(Sample(csvName))) {
+        SCOPED_TRACE(::testing::Message() << expected.x << ", " << expected.y);
+        const SMatrixCoef* pixel = map.FindElement(expected.x, expected.y);
+        ASSERT_NE(pixel, nullptr);
         for (std::size_t k = 0; k < 9; ++k)
             ASSERT_EQ(std::bit_cast<std::uint32_t>(pixel->m[k]),
-                      std::bit_cast<std::uint32_t>(fields[k + 2]))
-                << "value " << k << " of " << rest.substr(0, end);
-        rest.remove_prefix(std::min(end + 1, rest.size()));
-        ++lines;
+                      std::bit_cast<std::uint32_t>(expected.m[k]))
+                << "value " << k;
     }
-    EXPECT_GT(lines, 10U);
 }
 
 } // namespace trevolt::test
