@@ -3,31 +3,17 @@
 // the other by turns, so that a busy machine disturbs it little.
 #include <algorithm>
 #include <chrono>
-#include <cmath>
 #include <random>
 
 #include <benchmark/benchmark.h>
 #include <lz4.h>
 
+#include "bench/WordContent.h"
 #include "calibuf/CaliOperation.h"
 #include "calibuf/PlaneTranspose.h"
 
 namespace trevolt {
 namespace {
-
-/// What the words of a block look like.
-enum Content : std::int64_t {
-    kNoisy,  ///< gains with a slow drift and pixel noise in every bit: LZ4 finds no match
-    kCoarse, ///< the same in steps of 1/256: LZ4 works on matches
-    kFresh   ///< the default element everywhere: one match a plane
-};
-
-std::uint16_t WordOf(Content content, std::uint32_t x, std::uint32_t y, std::mt19937& random) {
-    const double drift = 0.86 + 0.03 * std::sin(x / 90.0) * std::cos(y / 70.0);
-    const double noise = std::normal_distribution<double>(0.0, 0.008)(random);
-    const auto word = static_cast<std::uint16_t>((drift + noise) * 65535);
-    return content == kNoisy ? word : static_cast<std::uint16_t>(word & 0xFF00);
-}
 
 /// One block of elements of T, its planes, and the planes compressed.
 template <class T>
@@ -37,10 +23,11 @@ class CBlock {
         if (Failed(m_owner.Buffer().Allocate(kBlockWidth, kBlockHeight)))
             throw std::bad_alloc();
         std::mt19937 random(4711);
+        const auto noise = [&] { return std::normal_distribution<double>(0.0, 0.008)(random); };
         for (std::uint32_t y = 0; content != kFresh && y < kBlockHeight; ++y)
             for (std::uint32_t x = 0; x < kBlockWidth; ++x)
                 for (std::uint16_t& word : m_owner.Find(x, y)->w)
-                    word = WordOf(content, x, y, random);
+                    word = GainWord(content, GainDrift(x, y) + noise());
         GatherPlanes(Elements(), kBlockElements, m_planes.data(), {kWords, kBlockElements});
         Compress();
     }

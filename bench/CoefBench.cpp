@@ -1,7 +1,6 @@
 // Coefficient objects at work on a screen of 3840 × 2160: loading and exporting a word file beside
 // the bare LZ4 calls on the same planes, with and without the file, and what an object costs to build
 // and destroy. Content that does not compress makes LZ4 a copy; then the file itself costs most.
-#include <cmath>
 #include <filesystem>
 #include <memory>
 #include <numeric>
@@ -12,6 +11,7 @@
 #include <lz4.h>
 
 #include "bench/RatioReporter.h"
+#include "bench/WordContent.h"
 #include "coef/CNewBrightCorrectCoef.h"
 #include "coef/CNewChromaCorrectCoef.h"
 #include "coef/VirtualGreenBrightCorrectCoef.h"
@@ -26,12 +26,6 @@ constexpr std::uint16_t kWidth = 3840;
 constexpr std::uint16_t kHeight = 2160;
 constexpr SPixelRect kScreen{0, 0, kWidth, kHeight};
 
-/// What the words of the screen look like.
-enum Content : std::int64_t {
-    Noisy,  ///< gains with a slow drift and pixel noise: does not compress
-    Coarse, ///< the same in steps of 1/256: compresses by matches
-};
-
 template <class Object>
 using ElementOf = std::remove_pointer_t<decltype(std::declval<Object&>().FindPixel(0, 0))>;
 
@@ -40,13 +34,9 @@ void Fill(Object& object, Content content) {
     std::minstd_rand random(4711);
     for (std::uint32_t y = 0; y < kHeight; ++y)
         for (std::uint32_t x = 0; x < kWidth; ++x) {
-            const double drift = 0.86 + 0.03 * std::sin(x / 90.0) * std::cos(y / 70.0);
-            for (std::uint16_t& word : object.FindPixel(x, y)->w) {
-                const double noise = static_cast<double>(random() % 2048) / 65535.0;
-                word = static_cast<std::uint16_t>((drift + noise) * 65535);
-                if (content == Coarse)
-                    word &= 0xFF00;
-            }
+            const double drift = GainDrift(x, y);
+            for (std::uint16_t& word : object.FindPixel(x, y)->w)
+                word = GainWord(content, drift + static_cast<double>(random() % 2048) / kFullScale);
         }
 }
 
@@ -232,7 +222,7 @@ void BuildAndDestroy(benchmark::State& state) {
 }
 
 void EveryContent(benchmark::internal::Benchmark* benchmark) {
-    benchmark->Arg(Noisy)->Arg(Coarse)->Unit(benchmark::kMillisecond)->Repetitions(3);
+    benchmark->Arg(kNoisy)->Arg(kCoarse)->Unit(benchmark::kMillisecond)->Repetitions(3);
 }
 
 void MedianOfMany(benchmark::internal::Benchmark* benchmark) {
@@ -262,10 +252,10 @@ std::vector<SRatio> WorkRatios() {
     for (const std::string kind :
          {"CCNewChromaCorrectCoef", "CCNewBrightCorrectCoef", "CVirtualGreenBrightCorrectCoef",
           "CVirtualGreenChromaCorrectCoef"}) {
-        for (const Content content : {Coarse, Noisy}) {
+        for (const Content content : {kCoarse, kNoisy}) {
             const std::string run = "<" + kind + ">/" + std::to_string(content);
             const std::string what =
-                kind + (content == Coarse ? ", content that compresses: " : ", noise: ");
+                kind + (content == kCoarse ? ", content that compresses: " : ", noise: ");
             ratios.insert(ratios.end(),
                           {{what + "export to LZ4", "ExportCoef" + run, "BareCompress" + run},
                            {what + "export to LZ4 and the file", "ExportCoef" + run,
