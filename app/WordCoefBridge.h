@@ -32,9 +32,9 @@ struct SMapRegion {
 Status LoadWordCoefFile(EWordKind kind, CChromaCorrectCoef& map, const wchar_t* path,
                         const SMapRegion& region = {});
 
-/// Writes `map` as a word file. E_COEF_INVALIDARG for a null path or an empty map, E_FAIL for a map
-/// whose colour grid has no storage, the store's status when it cannot get the map's size, else the
-/// export's.
+/// Writes `map` as a word file, the default element where the colour grid ends before the map.
+/// E_COEF_INVALIDARG for a null path or an empty map, E_FAIL for a map whose colour grid has no
+/// storage, the store's status when it cannot get the map's size, else the export's.
 Status SaveWordCoefFile(EWordKind kind, const CChromaCorrectCoef& map, const wchar_t* path);
 
 /// A word file's size in pixels, by the query of the kind's object; its statuses.

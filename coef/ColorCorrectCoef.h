@@ -587,8 +587,7 @@ class CColorCorrectCoef {
     void SetSaverMark(std::uint16_t value) { m_saverMark = value; }
 
   private:
-    friend struct
-        SCoefFields; ///< the tests' view of the fields' order and values, here and in the kinds
+    friend struct SCoefFields; ///< the tests' view of the fields, here and in the kinds
 
     std::unique_ptr<CGamma> m_gamma;
     // The fields without an accessor are carried for the calibration library and read by nothing.
