@@ -60,9 +60,9 @@ std::int64_t BlocksCovering(T pixels, std::uint32_t blockPixels) {
 
 /// The blocks that `rect` touches. Starts are divided as integers, towards zero.
 inline SBlockSpan BlocksTouchedBy(const SPixelRect& rect) {
-    constexpr auto width = static_cast<std::int32_t>(kBlockWidth);
-    constexpr auto height = static_cast<std::int32_t>(kBlockHeight);
-    return {rect.left / width, rect.top / height, BlocksCovering(rect.right, kBlockWidth),
+    constexpr auto kWidth = static_cast<std::int32_t>(kBlockWidth);
+    constexpr auto kHeight = static_cast<std::int32_t>(kBlockHeight);
+    return {rect.left / kWidth, rect.top / kHeight, BlocksCovering(rect.right, kBlockWidth),
             BlocksCovering(rect.bottom, kBlockHeight)};
 }
 

@@ -167,10 +167,10 @@ struct SShift {
     }
 
     void Apply(SChunkRecord& record) const {
-        constexpr auto width = static_cast<std::int32_t>(kBlockWidth);
-        constexpr auto height = static_cast<std::int32_t>(kBlockHeight);
-        constexpr auto columns = static_cast<std::int32_t>(kGridColumns);
-        record.index += static_cast<std::uint32_t>(x / width + y / height * columns);
+        constexpr auto kWidth = static_cast<std::int32_t>(kBlockWidth);
+        constexpr auto kHeight = static_cast<std::int32_t>(kBlockHeight);
+        constexpr auto kColumns = static_cast<std::int32_t>(kGridColumns);
+        record.index += static_cast<std::uint32_t>(x / kWidth + y / kHeight * kColumns);
         record.x += static_cast<std::uint32_t>(x);
         record.y += static_cast<std::uint32_t>(y);
     }

@@ -49,11 +49,11 @@ struct WordElementKind {
 
 template <class T>
 constexpr WordElementKind MakeWordElementKind(std::uint32_t planeCount) {
-    constexpr T neutral{};
-    static_assert(sizeof(T) == sizeof neutral.w, "elements lie in files as they lie in memory");
-    WordElementKind kind{sizeof(T), neutral.w.size(), planeCount, {}};
-    for (std::size_t i = 0; i < neutral.w.size(); ++i)
-        kind.defaultWords[i] = neutral.w[i];
+    constexpr T kNeutral{};
+    static_assert(sizeof(T) == sizeof kNeutral.w, "elements lie in files as they lie in memory");
+    WordElementKind kind{sizeof(T), kNeutral.w.size(), planeCount, {}};
+    for (std::size_t i = 0; i < kNeutral.w.size(); ++i)
+        kind.defaultWords[i] = kNeutral.w[i];
     return kind;
 }
 

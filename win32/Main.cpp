@@ -15,7 +15,7 @@ namespace {
 // key's words in every language; saving the settings compares with it.
 trevolt::CTrevoltApp g_app;
 trevolt::CTranslate g_translate;
-const std::wstring g_placeholder = g_translate.TranslateString(trevolt::kKeyPlaceholder);
+const std::wstring kPlaceholder = g_translate.TranslateString(trevolt::kKeyPlaceholder);
 
 void InitControlClasses() {
     constexpr DWORD kAllClasses = 0xFF;
@@ -33,7 +33,7 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int) {
     const bool hasShell = SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
     const std::wstring moduleFolder = GetModuleFolder();
     g_app.InitInstance(g_translate, moduleFolder, [&] {
-        CTrevoltWindow window(g_translate, {moduleFolder, g_placeholder});
+        CTrevoltWindow window(g_translate, {moduleFolder, kPlaceholder});
         window.RunModal();
     });
     if (hasShell)

@@ -93,9 +93,9 @@ void ExpectTurnedAs(const std::wstring& file, const SAngle& angle, const std::ws
 class CQuietListener : public CRotationListener {
   public:
     void OnFile(const SFileOutcome& outcome, std::size_t, std::size_t) override {
-        m_outcomes.push_back(outcome);
+        outcomes.push_back(outcome);
     }
-    std::vector<SFileOutcome> m_outcomes;
+    std::vector<SFileOutcome> outcomes;
 };
 
 /// Loads a sample into a map of the size and compares it with the pixels decoded beside it.
@@ -170,14 +170,14 @@ TEST(NineKinds, AwkwardFilesAreNamedWithTheirStatus) {
     EXPECT_EQ(outcome.end, ERotationEnd::SomeFailed);
     EXPECT_EQ(outcome.written, 3U);
     EXPECT_EQ(outcome.failed, 2U);
-    ASSERT_EQ(listener.m_outcomes.size(), 5U);
-    EXPECT_EQ(listener.m_outcomes[2].problems,
+    ASSERT_EQ(listener.outcomes.size(), 5U);
+    EXPECT_EQ(listener.outcomes[2].problems,
               (std::vector<std::string>{"cannot be read: E_FAIL (0x80004005): the content is "
                                         "damaged or does not match its header"}));
-    EXPECT_EQ(listener.m_outcomes[4].problems,
+    EXPECT_EQ(listener.outcomes[4].problems,
               (std::vector<std::string>{"cannot be read: E_COEF_BADFORMAT (0xE0830010): not a "
                                         "file of this kind, or of a newer version"}));
-    EXPECT_EQ(listener.m_outcomes[3].losses, (std::vector<std::string>{"its origin (1000, 777)"}));
+    EXPECT_EQ(listener.outcomes[3].losses, (std::vector<std::string>{"its origin (1000, 777)"}));
 }
 
 TEST(NineKinds, DamagedChunksAreReportedAndNotWritten) {
@@ -191,8 +191,8 @@ TEST(NineKinds, DamagedChunksAreReportedAndNotWritten) {
     request.sourceFolder = source.Path();
     request.targetFolder = target.Path();
     RotateFolder(request, false, listener);
-    ASSERT_EQ(listener.m_outcomes.size(), 1U);
-    EXPECT_EQ(listener.m_outcomes[0].problems,
+    ASSERT_EQ(listener.outcomes.size(), 1U);
+    EXPECT_EQ(listener.outcomes[0].problems,
               (std::vector<std::string>{"is damaged: 1 of its chunks could not be read"}));
     EXPECT_TRUE(target.Names().empty());
 
@@ -224,9 +224,9 @@ TEST(NineKinds, ManySmallFilesGiveTheSameOutputsWithTwoJobs) {
     ASSERT_EQ(one.Names(), two.Names());
     for (const std::wstring& name : one.Names())
         ASSERT_EQ(test::ReadFile(one.File(name)), test::ReadFile(two.File(name)));
-    ASSERT_EQ(first.m_outcomes.size(), second.m_outcomes.size());
-    for (std::size_t i = 0; i < first.m_outcomes.size(); ++i)
-        EXPECT_EQ(first.m_outcomes[i].name, second.m_outcomes[i].name);
+    ASSERT_EQ(first.outcomes.size(), second.outcomes.size());
+    for (std::size_t i = 0; i < first.outcomes.size(); ++i)
+        EXPECT_EQ(first.outcomes[i].name, second.outcomes[i].name);
 }
 
 } // namespace

@@ -83,13 +83,13 @@ TEST(OrderedJobs, DeliversEachAsSoonAsItIsThere) {
 /// A thread of a system that gives only some.
 class CScarceThread {
   public:
-    static inline int left = 0;
+    static inline int g_left = 0;
 
     template <class Body>
     explicit CScarceThread(Body body) {
-        if (left == 0)
+        if (g_left == 0)
             throw std::system_error(EAGAIN, std::generic_category());
-        --left;
+        --g_left;
         m_thread = std::jthread(body);
     }
 
@@ -100,7 +100,7 @@ class CScarceThread {
 TEST(OrderedJobs, GoesOnWithTheThreadsThatTheSystemGives) {
     const auto caller = std::this_thread::get_id();
     for (const int given : {0, 1, 2}) {
-        CScarceThread::left = given;
+        CScarceThread::g_left = given;
         std::atomic<int> byCaller{0};
         std::vector<std::size_t> delivered;
         RunOrdered<std::size_t, CScarceThread>(

@@ -28,10 +28,10 @@ TEST(GammaTables, LinearToGamma) {
     EXPECT_EQ(table.back(), 255U);
     EXPECT_EQ(table[1], 5U);       // (1 ÷ 65536)^0.357 × 255 = 4.86
     EXPECT_EQ(table[32768], 199U); // 0.5^0.357 × 255 = 199.08
-    constexpr double exponent = static_cast<double>(0.35714287F); // 1 ÷ 2.8 in float32
+    constexpr double kExponent = static_cast<double>(0.35714287F); // 1 ÷ 2.8 in float32
     for (std::size_t i = 0; i < table.size(); ++i) {
         const auto level = static_cast<float>(
-            std::pow(static_cast<double>(i) * (1.0 / 65536.0), exponent) * 255.0);
+            std::pow(static_cast<double>(i) * (1.0 / 65536.0), kExponent) * 255.0);
         ASSERT_EQ(table[i], static_cast<std::uint32_t>(level >= 0 ? level + 0.5F : level - 0.5F))
             << i;
     }

@@ -47,7 +47,7 @@ std::size_t ResidentBytes() {
 // Ten thousand objects of each kind, and one in four loads a file.
 TYPED_TEST(Lifetimes, TenThousandObjectsDoNotGrowMemory) {
     constexpr int kObjects = 10000;
-    constexpr bool isChroma = test::KindOf<TypeParam>::kKind == kChroma;
+    constexpr bool kIsChroma = test::KindOf<TypeParam>::kKind == kChroma;
     const std::wstring sample = test::CabinetSample<TypeParam>();
     const auto use = [&](int round) {
         TypeParam object;
@@ -56,7 +56,7 @@ TYPED_TEST(Lifetimes, TenThousandObjectsDoNotGrowMemory) {
         object.SetFileKind(2);
         EXPECT_EQ(object.Create(40, 24), S_OK);
         EXPECT_EQ(object.LoadCoef(sample.c_str()), S_OK);
-        if (isChroma && round % 100 == 0) {
+        if (kIsChroma && round % 100 == 0) {
             EXPECT_TRUE(object.FillRectChannel(0, 0, 0, 1, 1, 0.1F, 41)); // a pair of its own
         }
     };

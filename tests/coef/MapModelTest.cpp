@@ -250,8 +250,8 @@ void AddBinaryLoads(std::vector<Operation<Object>>& operations) {
     }
     operations.push_back([](STrial<Object>& t) { // the object's own float kind
         CChromaCorrectCoef map;
-        const bool isBright = std::is_same_v<Object, CCNewBrightCorrectCoef>;
-        const std::wstring path = WriteAnyFile(t, kBinaryKinds[isBright ? 1 : 0], map);
+        const bool kIsBright = std::is_same_v<Object, CCNewBrightCorrectCoef>;
+        const std::wstring path = WriteAnyFile(t, kBinaryKinds[kIsBright ? 1 : 0], map);
         ASSERT_EQ(t.object.LoadCoefRect(path.c_str(), t.rect.x, t.rect.y),
                   t.model.Convert(map, 0, 0, PlaceOf(t, map)));
     });
@@ -293,14 +293,14 @@ void AddPlacedLoads(std::vector<Operation<Object>>& operations) {
     AddPlacedLoad<Object, S3bCoefKind>(operations, kBinaryKinds[3],
                                        &CColorCorrectCoef::ImportTable52, Place3bCoefFile);
     operations.push_back([](STrial<Object>& t) { // 96 and 97
-        constexpr bool isBright = std::is_same_v<Object, CCNewBrightCorrectCoef>;
+        constexpr bool kIsBright = std::is_same_v<Object, CCNewBrightCorrectCoef>;
         CChromaCorrectCoef map;
-        const std::wstring path = WriteAnyFile(t, kBinaryKinds[isBright ? 1 : 0], map);
+        const std::wstring path = WriteAnyFile(t, kBinaryKinds[kIsBright ? 1 : 0], map);
         t.model.ToMap(map);
         SPixelRect rect = t.rect.Edges();
         const auto x = rect.left;
         const auto y = rect.top;
-        if constexpr (isBright) {
+        if constexpr (kIsBright) {
             ASSERT_EQ(Place3fCoefFile(map, path.c_str(), rect, false, {true, false, true}), S_OK);
             const bool mask[] = {true, false, true};
             ASSERT_EQ(t.object.LoadLegacy96(path.c_str(), x, y, mask),
@@ -400,13 +400,13 @@ void AddSaves(std::vector<Operation<Object>>& operations) {
     using Turned = Status (CColorCorrectCoef::*)(const wchar_t*, const SPixelRect&, std::uint32_t);
     using WriteTurned =
         Status (*)(const CChromaCorrectCoef&, const wchar_t*, const SPixelRect&, std::uint32_t);
-    constexpr bool isBright = std::is_same_v<Object, CCNewBrightCorrectCoef>;
+    constexpr bool kIsBright = std::is_same_v<Object, CCNewBrightCorrectCoef>;
     const std::pair<Turned, WriteTurned> turned[] = {
         {&CColorCorrectCoef::SaveLegacy81, WriteTurned9fCoefFile},
-        isBright ? std::pair<Turned, WriteTurned>{&CColorCorrectCoef::SaveLegacy83,
-                                                  WriteTurned3bCoefFile}
-                 : std::pair<Turned, WriteTurned>{&CColorCorrectCoef::SaveLegacy82,
-                                                  WriteTurned9bCoefFile},
+        kIsBright ? std::pair<Turned, WriteTurned>{&CColorCorrectCoef::SaveLegacy83,
+                                                   WriteTurned3bCoefFile}
+                  : std::pair<Turned, WriteTurned>{&CColorCorrectCoef::SaveLegacy82,
+                                                   WriteTurned9bCoefFile},
         {&CColorCorrectCoef::SaveLegacy84, WriteTurned3fCoefFile}};
     for (const auto& [save, write] : turned)
         AddSave<Object>(
@@ -421,7 +421,7 @@ void AddSaves(std::vector<Operation<Object>>& operations) {
     AddSave<Object>(
         operations,
         [](Object& o, auto* path, auto&, auto) {
-            return isBright ? o.SaveCoefKind77(path) : o.SaveCoefKind76(path);
+            return kIsBright ? o.SaveCoefKind77(path) : o.SaveCoefKind76(path);
         },
         [](auto& map, auto* path, auto&, auto) { return WriteTextCoefFile(map, path, nullptr); });
 }

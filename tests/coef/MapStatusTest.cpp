@@ -248,8 +248,8 @@ TYPED_TEST(MapStatuses, ATextPastTheStoreLeavesTheCallersSize) {
 
 TYPED_TEST(MapStatuses, AFileThatIsSizedAndNotLoadedLeavesTheRectangle) {
     ASSERT_EQ(this->object.Create(kWidth, kHeight), S_OK);
-    constexpr bool isBright = std::is_same_v<TypeParam, CCNewBrightCorrectCoef>;
-    const wchar_t* const other = (isBright ? this->files.k9f : this->files.k3f).c_str();
+    constexpr bool kIsBright = std::is_same_v<TypeParam, CCNewBrightCorrectCoef>;
+    const wchar_t* const other = (kIsBright ? this->files.k9f : this->files.k3f).c_str();
     std::uint32_t width = 0;
     std::uint32_t height = 0;
     ASSERT_EQ((this->object.*test::KindOf<TypeParam>::kSize)(other, width, height), S_OK);
@@ -274,12 +274,12 @@ auto TurnedWriters() {
         Status (*write)(const CChromaCorrectCoef&, const wchar_t*, const SPixelRect&,
                         std::uint32_t);
     };
-    constexpr bool isBright = std::is_same_v<Object, CCNewBrightCorrectCoef>;
+    constexpr bool kIsBright = std::is_same_v<Object, CCNewBrightCorrectCoef>;
     return std::vector<SWriter>{
         {&CColorCorrectCoef::SaveLegacy81, WriteTurned9fCoefFile},
         {&CColorCorrectCoef::SaveLegacy84, WriteTurned3fCoefFile},
-        isBright ? SWriter{&CColorCorrectCoef::SaveLegacy83, WriteTurned3bCoefFile}
-                 : SWriter{&CColorCorrectCoef::SaveLegacy82, WriteTurned9bCoefFile}};
+        kIsBright ? SWriter{&CColorCorrectCoef::SaveLegacy83, WriteTurned3bCoefFile}
+                  : SWriter{&CColorCorrectCoef::SaveLegacy82, WriteTurned9bCoefFile}};
 }
 
 TYPED_TEST(MapStatuses, TurnedWritersTakeAnyModeAndAnyRectangle) {
@@ -323,8 +323,9 @@ TYPED_TEST(MapStatuses, RegionWritersTakeWhatTheStoreIsAsLargeAs) {
 
 TYPED_TEST(MapStatuses, ATextOfAnEmptyStoreIsItsHeader) {
     const wchar_t* const out = this->files.out.c_str();
-    constexpr bool isBright = std::is_same_v<TypeParam, CCNewBrightCorrectCoef>;
-    EXPECT_EQ(isBright ? this->object.SaveCoefKind77(out) : this->object.SaveCoefKind76(out), S_OK);
+    constexpr bool kIsBright = std::is_same_v<TypeParam, CCNewBrightCorrectCoef>;
+    EXPECT_EQ(kIsBright ? this->object.SaveCoefKind77(out) : this->object.SaveCoefKind76(out),
+              S_OK);
     EXPECT_EQ(test::ReadText(this->files.out), "[T9COEF20]\nwidth=0\nheight=0\n");
 }
 

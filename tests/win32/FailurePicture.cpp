@@ -25,7 +25,7 @@ class CFailurePicture : public testing::EmptyTestEventListener {
     std::string m_name;
 };
 
-const bool g_isListening = [] {
+const bool kIsListening = [] {
     testing::UnitTest::GetInstance()->listeners().Append(new CFailurePicture);
     return true;
 }();

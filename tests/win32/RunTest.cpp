@@ -10,7 +10,6 @@
 namespace trevolt {
 namespace {
 
-using test::CTrevoltProcess;
 using test::EBoxIcon;
 using test::SMessageBox;
 
