@@ -26,7 +26,13 @@ fi
 mkdir -p build
 machine=$(mktemp -d "$root/build/bare-machine.XXXXXX")
 chmod 755 "$machine" # apt downloads as a user of its own
-trap 'rm -rf --one-file-system "$machine"' EXIT
+inside=
+clean_up() {
+    # unshare heeds no other signal; all that it started ends with it.
+    [ -z "$inside" ] || kill -KILL "$inside" 2>/dev/null || true
+    rm -rf --one-file-system "$machine"
+}
+trap clean_up EXIT
 trap 'exit 130' INT TERM
 
 echo "bare-machine: $release from $mirror"
@@ -52,5 +58,8 @@ for words in "$@"; do
         mount -t devpts devpts "$1/dev/pts"
         exec env -i PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin \
             chroot "$1" sh -euc "cd /trevolt && ./dev $2" </dev/null
-    ' sh "$machine" "$words"
+    ' sh "$machine" "$words" &
+    inside=$!
+    wait "$inside"
+    inside=
 done
