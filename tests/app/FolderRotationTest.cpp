@@ -27,8 +27,11 @@ std::atomic<std::size_t> g_refusedBytes{SIZE_MAX};
 
 } // namespace
 
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+    return bytes < g_refusedBytes ? std::malloc(bytes == 0 ? 1 : bytes) : nullptr;
+}
 void* operator new(std::size_t bytes) {
-    void* memory = bytes < g_refusedBytes ? std::malloc(bytes == 0 ? 1 : bytes) : nullptr;
+    void* const memory = ::operator new(bytes, std::nothrow);
     if (memory == nullptr)
         throw std::bad_alloc();
     return memory;
