@@ -13,8 +13,8 @@ struct SMember {
 
 template <class T>
 SMember Member(const T& member) {
-    const auto begin = reinterpret_cast<std::uintptr_t>(&member);
-    return {begin, begin + sizeof member};
+    return {reinterpret_cast<std::uintptr_t>(&member),
+            reinterpret_cast<std::uintptr_t>(&member + 1)};
 }
 
 struct SCoefFields {
