@@ -11,14 +11,14 @@
 
 #include <lz4.h>
 
-#include "app/DemoWall.h"
-#include "app/FileKinds.h"
-#include "app/FolderRotation.h"
+#include "app/rotation/DemoWall.h"
 #include "bench/RatioReporter.h"
 #include "coef/CNewBrightCorrectCoef.h"
 #include "coef/CNewChromaCorrectCoef.h"
 #include "coef/VirtualGreenBrightCorrectCoef.h"
 #include "coef/VirtualGreenChromaCorrectCoef.h"
+#include "trevolt/FileKinds.h"
+#include "trevolt/FolderRotation.h"
 
 namespace trevolt {
 namespace {

@@ -11,9 +11,9 @@
 #include <benchmark/benchmark.h>
 #include <lz4frame.h>
 
-#include "app/CoefRotation.h"
 #include "bench/RatioReporter.h"
-#include "formats/BinaryCoefFile.h"
+#include "trevolt/BinaryCoefFile.h"
+#include "trevolt/CoefRotation.h"
 
 namespace trevolt {
 namespace {

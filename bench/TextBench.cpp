@@ -13,7 +13,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "formats/TextCoefFile.h"
+#include "trevolt/TextCoefFile.h"
 
 namespace trevolt {
 namespace {

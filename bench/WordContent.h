@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstdint>
 
-#include "common/FixedPoint.h"
+#include "trevolt/FixedPoint.h"
 
 namespace trevolt {
 

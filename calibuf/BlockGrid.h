@@ -6,7 +6,7 @@
 #include <cmath>
 #include <cstdint>
 
-#include "common/PixelRect.h"
+#include "trevolt/PixelRect.h"
 
 namespace trevolt {
 

@@ -5,9 +5,10 @@
 #include <new>
 
 #include "calibuf/PlaneCodec.h"
-#include "common/TransferReport.h"
+#include "calibuf/WordElementKind.h"
 #include "platform/Md5.h"
 #include "platform/PhysicalMemory.h"
+#include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {

@@ -19,8 +19,8 @@
 
 #include "calibuf/BlockGrid.h"
 #include "calibuf/ChunkLayout.h"
-#include "common/MemoryBudget.h"
-#include "common/StatusCodes.h"
+#include "trevolt/MemoryBudget.h"
+#include "trevolt/StatusCodes.h"
 
 namespace trevolt {
 

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "calibuf/CaliBuf.h"
-#include "calibuf/WordElements.h"
+#include "calibuf/WordElementKind.h"
 
 namespace trevolt {
 

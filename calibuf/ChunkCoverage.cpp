@@ -6,7 +6,7 @@
 #include <span>
 
 #include "calibuf/BlockGrid.h"
-#include "common/MemoryBudget.h"
+#include "trevolt/MemoryBudget.h"
 
 namespace trevolt {
 namespace {

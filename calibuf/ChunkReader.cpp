@@ -6,8 +6,8 @@
 #include "calibuf/ChunkCoverage.h"
 #include "calibuf/ChunkDirectory.h"
 #include "calibuf/PlaneCodec.h"
-#include "common/TransferReport.h"
 #include "platform/FileStream.h"
+#include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {

@@ -3,7 +3,7 @@
 #include <lz4.h>
 
 #include "calibuf/BlockGrid.h"
-#include "calibuf/WordElements.h"
+#include "calibuf/WordElementKind.h"
 
 namespace trevolt {
 namespace {

@@ -9,8 +9,9 @@
 
 #include "calibuf/ChunkLayout.h"
 #include "calibuf/PlaneTranspose.h"
-#include "common/MemoryBudget.h"
-#include "common/StatusCodes.h"
+#include "calibuf/WordElementKind.h"
+#include "trevolt/MemoryBudget.h"
+#include "trevolt/StatusCodes.h"
 
 namespace trevolt {
 

@@ -3,12 +3,12 @@
 
 #include <fmt/format.h>
 
-#include "app/DemoWall.h"
-#include "app/TransferProblems.h"
+#include "app/rotation/DemoWall.h"
 #include "cli/Commands.h"
 #include "platform/FileSystem.h"
 #include "platform/SystemError.h"
 #include "platform/Utf8.h"
+#include "trevolt/TransferProblems.h"
 
 namespace trevolt {
 namespace {

@@ -5,10 +5,10 @@
 
 #include <fmt/format.h>
 
-#include "app/FolderRotation.h"
 #include "cli/Commands.h"
 #include "platform/Process.h"
 #include "platform/Utf8.h"
+#include "trevolt/FolderRotation.h"
 
 namespace trevolt {
 namespace {

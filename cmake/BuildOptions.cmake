@@ -33,7 +33,7 @@ function(trevolt_own_code target)
         target_compile_options(${target} PRIVATE -Wno-array-bounds
                                -Wno-stringop-overread)
     endif()
-    target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR})
+    target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
 endfunction()
 
 # trevolt_folder(<folder> SOURCES <file>... [USES <target>...])

@@ -2,9 +2,9 @@
 
 #include <array>
 
-#include "formats/PlacedCoefFile.h"
-#include "formats/TextCoefFile.h"
-#include "formats/TurnedCoefFile.h"
+#include "trevolt/PlacedCoefFile.h"
+#include "trevolt/TextCoefFile.h"
+#include "trevolt/TurnedCoefFile.h"
 
 namespace trevolt {
 namespace {

@@ -1,4 +1,4 @@
-#include "coef/CaliOperationData.h"
+#include "trevolt/CaliOperationData.h"
 
 #include <algorithm>
 #include <cmath>
@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "common/FixedPoint.h"
+#include "trevolt/FixedPoint.h"
 
 namespace trevolt {
 namespace {

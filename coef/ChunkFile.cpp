@@ -5,8 +5,9 @@
 #include <fstream>
 #include <limits>
 
-#include "common/TransferReport.h"
+#include "common/WrittenFile.h"
 #include "platform/FileStream.h"
+#include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {

@@ -12,8 +12,8 @@
 #include "calibuf/CaliBuf.h"
 #include "calibuf/ChunkLayout.h"
 #include "coef/WordKind.h"
-#include "common/PixelRect.h"
-#include "common/StatusCodes.h"
+#include "trevolt/PixelRect.h"
+#include "trevolt/StatusCodes.h"
 
 namespace trevolt {
 

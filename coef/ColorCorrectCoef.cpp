@@ -1,4 +1,4 @@
-#include "coef/ColorCorrectCoef.h"
+#include "trevolt/ColorCorrectCoef.h"
 
 namespace trevolt {
 

@@ -3,7 +3,7 @@
 // kind overrides what it does offer.
 #pragma once
 
-#include "coef/ColorCorrectCoef.h"
+#include "trevolt/ColorCorrectCoef.h"
 
 namespace trevolt {
 

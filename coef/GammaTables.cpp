@@ -1,4 +1,4 @@
-#include "coef/GammaTables.h"
+#include "trevolt/GammaTables.h"
 
 #include <cmath>
 

@@ -4,14 +4,15 @@
 #include <array>
 #include <limits>
 
-#include "common/FixedPoint.h"
-#include "common/TransferReport.h"
-#include "formats/BinaryCoefFile.h"
-#include "formats/PlacedCoefFile.h"
-#include "formats/RawMapFile.h"
-#include "formats/RegionCoefFile.h"
-#include "formats/TextCoefFile.h"
-#include "formats/TurnedCoefFile.h"
+#include "formats/BinaryCoefKind.h"
+#include "trevolt/BinaryCoefFile.h"
+#include "trevolt/FixedPoint.h"
+#include "trevolt/PlacedCoefFile.h"
+#include "trevolt/RawMapFile.h"
+#include "trevolt/RegionCoefFile.h"
+#include "trevolt/TextCoefFile.h"
+#include "trevolt/TransferReport.h"
+#include "trevolt/TurnedCoefFile.h"
 
 namespace trevolt {
 namespace {

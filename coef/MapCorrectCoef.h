@@ -9,7 +9,7 @@
 #include "coef/MapTransfer.h"
 #include "coef/WordCorrectCoef.h"
 #include "formats/BinaryCoefKind.h"
-#include "formats/ChromaCorrectCoef.h"
+#include "trevolt/ChromaCorrectCoef.h"
 
 namespace trevolt {
 

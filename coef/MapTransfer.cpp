@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "coef/WordKind.h"
-#include "common/FixedPoint.h"
+#include "trevolt/FixedPoint.h"
 
 namespace trevolt {
 namespace {

@@ -5,8 +5,8 @@
 
 #include "calibuf/CaliBuf.h"
 #include "coef/StoreRect.h"
-#include "common/StatusCodes.h"
-#include "formats/ChromaCorrectCoef.h"
+#include "trevolt/ChromaCorrectCoef.h"
+#include "trevolt/StatusCodes.h"
 
 namespace trevolt {
 

@@ -9,8 +9,8 @@
 #include <optional>
 
 #include "calibuf/CaliBuf.h"
-#include "common/PixelRect.h"
-#include "common/StatusCodes.h"
+#include "trevolt/PixelRect.h"
+#include "trevolt/StatusCodes.h"
 
 namespace trevolt {
 

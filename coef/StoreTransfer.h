@@ -6,9 +6,9 @@
 #include <cstring>
 #include <optional>
 
-#include "coef/CaliOperationData.h"
 #include "coef/StoreRect.h"
-#include "common/FixedPoint.h"
+#include "trevolt/CaliOperationData.h"
+#include "trevolt/FixedPoint.h"
 
 namespace trevolt {
 

@@ -5,9 +5,9 @@
 
 #include "calibuf/CaliOperation.h"
 #include "coef/StoreRect.h"
-#include "common/PixelRect.h"
-#include "common/QuarterTurn.h"
-#include "common/StatusCodes.h"
+#include "trevolt/PixelRect.h"
+#include "trevolt/QuarterTurn.h"
+#include "trevolt/StatusCodes.h"
 
 namespace trevolt {
 

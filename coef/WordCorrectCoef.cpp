@@ -5,8 +5,9 @@
 
 #include "coef/MapTransfer.h"
 #include "coef/TurnedStore.h"
-#include "formats/BinaryCoefFile.h"
-#include "formats/PlacedCoefFile.h"
+#include "formats/BinaryCoefKind.h"
+#include "trevolt/BinaryCoefFile.h"
+#include "trevolt/PlacedCoefFile.h"
 
 namespace trevolt {
 namespace {

@@ -6,11 +6,11 @@
 #include <utility>
 
 #include "calibuf/CaliOperation.h"
-#include "coef/CaliOperationData.h"
 #include "coef/ChunkFile.h"
 #include "coef/DefaultAnswers.h"
 #include "coef/StoreTransfer.h"
 #include "coef/WordKind.h"
+#include "trevolt/CaliOperationData.h"
 
 namespace trevolt {
 

@@ -7,10 +7,10 @@
 #include <optional>
 
 #include "calibuf/ChunkLayout.h"
-#include "calibuf/WordElements.h"
-#include "coef/ColorCorrectCoef.h"
-#include "common/PixelRect.h"
-#include "common/StatusCodes.h"
+#include "calibuf/WordElementKind.h"
+#include "trevolt/ColorCorrectCoef.h"
+#include "trevolt/PixelRect.h"
+#include "trevolt/StatusCodes.h"
 
 namespace trevolt {
 

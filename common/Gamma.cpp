@@ -1,4 +1,4 @@
-#include "common/Gamma.h"
+#include "trevolt/Gamma.h"
 
 #include <algorithm>
 #include <cmath>

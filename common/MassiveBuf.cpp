@@ -1,4 +1,4 @@
-#include "common/MassiveBuf.h"
+#include "trevolt/MassiveBuf.h"
 
 #include <algorithm>
 #include <array>
@@ -10,8 +10,8 @@
 
 #include "common/CheckedArithmetic.h"
 #include "common/LittleEndian.h"
-#include "common/TransferReport.h"
 #include "platform/FileStream.h"
+#include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {
@@ -90,7 +90,7 @@ class CFrameWriter {
 /// Reads one frame of a known stored size into a buffer's blocks.
 class CFrameReader {
   public:
-    CFrameReader(std::fstream& stream, std::uint64_t byteCount, CMassiveBuf& target)
+    CFrameReader(std::istream& stream, std::uint64_t byteCount, CMassiveBuf& target)
         : m_stream(stream),
           m_left(byteCount),
           m_target(target),
@@ -195,7 +195,7 @@ class CFrameReader {
         return m_inSize > 0 && m_stream.read(m_in.data(), static_cast<std::streamsize>(m_inSize));
     }
 
-    std::fstream& m_stream;
+    std::istream& m_stream;
     std::uint64_t m_left; ///< stored bytes not yet taken from the stream
     CMassiveBuf& m_target;
     std::vector<char> m_in;
@@ -299,7 +299,7 @@ Status CMassiveBuf::CompressToFile(std::ostream& stream) const {
     return writer.Finish() ? S_OK : E_FAIL;
 }
 
-Status CMassiveBuf::UncompressFromFile(std::fstream& stream, std::uint64_t byteCount) {
+Status CMassiveBuf::UncompressFromFile(std::istream& stream, std::uint64_t byteCount) {
     Release();
     const Status status = CFrameReader(stream, byteCount, *this).Read();
     if (Failed(status))
@@ -307,7 +307,7 @@ Status CMassiveBuf::UncompressFromFile(std::fstream& stream, std::uint64_t byteC
     return status;
 }
 
-Status CMassiveBuf::ReadFromFile(std::fstream& stream) {
+Status CMassiveBuf::ReadFromFile(std::istream& stream) {
     Release();
     std::array<std::byte, 8> field{};
     if (!stream.read(reinterpret_cast<char*>(field.data()), field.size()))

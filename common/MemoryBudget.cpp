@@ -1,9 +1,9 @@
-#include "common/MemoryBudget.h"
+#include "trevolt/MemoryBudget.h"
 
 #include <utility>
 
-#include "common/TransferReport.h"
 #include "platform/PhysicalMemory.h"
+#include "trevolt/TransferReport.h"
 
 namespace trevolt {
 

@@ -1,4 +1,4 @@
-#include "common/TransferReport.h"
+#include "trevolt/TransferReport.h"
 
 #include <algorithm>
 #include <limits>
@@ -45,20 +45,6 @@ void CTransferReport::NoteFailedRead(Status status) {
     for (CTransferReport* report = t_innermost; report != nullptr; report = report->m_outer)
         if (report->m_failedRead == S_OK)
             report->m_failedRead = status;
-}
-
-bool OpenWritten(COutputFile& file, const wchar_t* path, std::ios::openmode mode) {
-    if (file.Open(path, mode))
-        return true;
-    CTransferReport::NoteSystemError(file.SystemError());
-    return false;
-}
-
-void CloseWritten(COutputFile& file) {
-    if (file.Close())
-        return;
-    CTransferReport::NoteWriteFailed();
-    CTransferReport::NoteSystemError(file.SystemError());
 }
 
 } // namespace trevolt

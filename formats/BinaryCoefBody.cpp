@@ -6,8 +6,10 @@
 #include <limits>
 
 #include "common/LittleEndian.h"
-#include "common/TransferReport.h"
+#include "common/WrittenFile.h"
+#include "formats/BinaryCoefKind.h"
 #include "platform/FileStream.h"
+#include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {

@@ -8,10 +8,10 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "common/PixelRect.h"
-#include "common/StatusCodes.h"
 #include "formats/BinaryCoefKind.h"
-#include "formats/ChromaCorrectCoef.h"
+#include "trevolt/ChromaCorrectCoef.h"
+#include "trevolt/PixelRect.h"
+#include "trevolt/StatusCodes.h"
 
 namespace trevolt {
 

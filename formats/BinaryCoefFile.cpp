@@ -1,8 +1,9 @@
-#include "formats/BinaryCoefFile.h"
+#include "trevolt/BinaryCoefFile.h"
 
 #include <algorithm>
 
 #include "formats/BinaryCoefBody.h"
+#include "formats/BinaryCoefKind.h"
 
 namespace trevolt {
 namespace {

@@ -6,9 +6,9 @@
 #include <cstdint>
 #include <cstring>
 
-#include "common/FixedPoint.h"
-#include "formats/MassiveGrid.h"
-#include "formats/MatrixCoef.h"
+#include "trevolt/FixedPoint.h"
+#include "trevolt/MassiveGrid.h"
+#include "trevolt/MatrixCoef.h"
 
 namespace trevolt {
 
@@ -115,5 +115,9 @@ struct S3bCoefKind : DiagonalCoefKind<SByteValue> {
     static constexpr CoefFileMagic kMagic{0xCC, 0x88, 0x57, 0x02, 0xE6, 0x46, 0xC1, 0x49,
                                           0x94, 0xE1, 0x82, 0x32, 0xD6, 0x15, 0xFA, 0xA2};
 };
+
+/// The raw map file, which has no stored elements but whole grids (formats/RawMapFile.cpp).
+inline constexpr CoefFileMagic kRawMapMagic{0x20, 0xBA, 0xCA, 0x2D, 0xED, 0x0B, 0xB9, 0x44,
+                                            0xA4, 0xC1, 0xC9, 0xD0, 0x19, 0x16, 0x81, 0x2C};
 
 } // namespace trevolt

@@ -1,4 +1,4 @@
-#include "formats/ChromaCorrectCoef.h"
+#include "trevolt/ChromaCorrectCoef.h"
 
 namespace trevolt {
 

@@ -1,8 +1,9 @@
-#include "formats/PlacedCoefFile.h"
+#include "trevolt/PlacedCoefFile.h"
 
 #include <algorithm>
 
 #include "formats/BinaryCoefBody.h"
+#include "formats/BinaryCoefKind.h"
 
 namespace trevolt {
 namespace {

@@ -1,5 +1,6 @@
-#include "formats/RawMapFile.h"
+#include "trevolt/RawMapFile.h"
 
+#include "formats/BinaryCoefKind.h"
 #include "platform/FileStream.h"
 
 namespace trevolt {

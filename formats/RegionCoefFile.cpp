@@ -1,4 +1,4 @@
-#include "formats/RegionCoefFile.h"
+#include "trevolt/RegionCoefFile.h"
 
 #include "formats/BinaryCoefBody.h"
 

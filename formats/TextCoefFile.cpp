@@ -1,4 +1,4 @@
-#include "formats/TextCoefFile.h"
+#include "trevolt/TextCoefFile.h"
 
 #include <algorithm>
 #include <array>
@@ -7,12 +7,13 @@
 #include <string_view>
 #include <vector>
 
-#include "common/TransferReport.h"
+#include "common/WrittenFile.h"
 #include "formats/SanitizeMatrix.h"
 #include "formats/TextLines.h"
 #include "formats/TextNumber.h"
 #include "formats/TextScan.h"
 #include "platform/FileStream.h"
+#include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {

@@ -1,10 +1,11 @@
-#include "formats/TurnedCoefFile.h"
+#include "trevolt/TurnedCoefFile.h"
 
 #include <algorithm>
 #include <type_traits>
 
-#include "common/QuarterTurn.h"
 #include "formats/BinaryCoefBody.h"
+#include "formats/BinaryCoefKind.h"
+#include "trevolt/QuarterTurn.h"
 
 namespace trevolt {
 namespace {

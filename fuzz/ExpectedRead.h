@@ -14,6 +14,7 @@
 #include "calibuf/CaliBuf.h"
 #include "calibuf/ChunkDirectory.h"
 #include "calibuf/PlaneCodec.h"
+#include "calibuf/WordElementKind.h"
 
 namespace trevolt::fuzz {
 

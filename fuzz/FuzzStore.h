@@ -12,10 +12,11 @@
 #include <string>
 
 #include "calibuf/CaliBuf.h"
+#include "calibuf/WordElementKind.h"
 #include "coef/WordKind.h"
 #include "common/LittleEndian.h"
-#include "common/TransferReport.h"
 #include "fuzz/ExpectedRead.h"
+#include "trevolt/TransferReport.h"
 
 namespace trevolt::fuzz {
 

@@ -1,39 +1,14 @@
 #!/bin/sh
-# Makes docs/coefficient-objects.md from the comments of the coefficient object's headers and from
-# the list of slots. With --check nothing is written: the page must be what would be made.
+# Puts the list of a coefficient object's slots, made from the comments of its headers and from
+# coef/ColorCorrectCoefSlots.h, into docs/coefficient-objects.md between its two marks. With --check
+# nothing is written: the page must be as it would be made.
 set -eu
 cd "$(dirname "$0")/.."
 page=docs/coefficient-objects.md
+begin='<!-- Made by tools/slot-docs.sh; edit the comments of the headers. -->'
+end='<!-- What follows is written by hand again. -->'
 
-make_page() {
-    cat <<'TEXT'
-# The coefficient objects, slot by slot
-
-Made by `tools/slot-docs.sh` from the comments in `coef/ColorCorrectCoef.h` and
-`coef/CNewChromaCorrectCoef.h` and from the list in `coef/ColorCorrectCoefSlots.h`; edit those.
-
-A coefficient object is reached through `CColorCorrectCoef`, and its operations by their position.
-Under the Itanium C++ ABI, which g++ follows on Linux and Windows, the destructor (slot 0) takes two
-entries of the virtual table, so slot n is entry n + 1.
-
-| kind | class | a pixel has | word file |
-|---|---|---|---|
-| brightness | `CCNewBrightCorrectCoef` | three gains | [`.3wcoef`](formats/3wcoef.md) |
-| chroma | `CCNewChromaCorrectCoef` | a 3×3 matrix, an extra word | [`.9wcoef`](formats/9wcoef.md) |
-| virtual-green brightness | `CVirtualGreenBrightCorrectCoef` | four gains | [`.4wcoef`](formats/4wcoef.md) |
-| virtual-green chroma | `CVirtualGreenChromaCorrectCoef` | a 3×4 matrix | [`.12wcoef`](formats/12wcoef.md) |
-
-A kind that does not offer a slot answers `E_FAIL`, `E_COEF_NOTIMPL` for slots 118 to 124, and the
-default element for the pixel getters 33, 35, 111 and 113; it changes nothing.
-
-The transfer table of slots 7 and 8 has 57 rows of 65536 entries (`coef/CaliOperationData.h`). The
-chroma kind has one of its own; the virtual-green kinds use a caller's, which `SetTransferTable`
-hands them; the brightness kind has none.
-
-The transformations and the processing of the calibration library (38 to 43, 99 to 104) are offered
-by no kind. Chroma answers 15, 89 to 91 and 122, which work with any element, as brightness does.
-
-TEXT
+make_slots() {
     awk '
         # The list of slots: X(number, name, kinds)
         FNR == NR {
@@ -94,15 +69,30 @@ TEXT
                 declaration, text
             slot = declaration = ""
         }
-    ' coef/ColorCorrectCoefSlots.h coef/ColorCorrectCoef.h coef/CNewChromaCorrectCoef.h |
+    ' coef/ColorCorrectCoefSlots.h include/trevolt/ColorCorrectCoef.h coef/CNewChromaCorrectCoef.h |
         sed -e '$d'
 }
 
-if [ "${1:-}" = --check ]; then
-    make_page | diff -u "$page" - || {
-        echo "$page is not what tools/slot-docs.sh makes: run it and commit the page" >&2
-        exit 1
-    }
-else
-    make_page >"$page"
+make_page() {
+    for mark in "$begin" "$end"; do
+        if ! grep -qxF -e "$mark" "$page"; then
+            echo "$page lacks the line $mark" >&2
+            return 1
+        fi
+    done
+    sed "\|^$begin\$|q" "$page"
+    echo
+    make_slots
+    echo
+    sed -n "/^$end\$/,\$p" "$page"
+}
+
+made=$(mktemp)
+trap 'rm -f "$made"' EXIT
+make_page >"$made"
+if [ "${1:-}" != --check ]; then
+    cp "$made" "$page"
+elif ! diff -u "$page" "$made"; then
+    echo "$page is not what tools/slot-docs.sh makes: run it and commit the page" >&2
+    exit 1
 fi

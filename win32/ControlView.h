@@ -3,7 +3,7 @@
 // Belongs to the thread of its window.
 #pragma once
 
-#include "app/DialogView.h"
+#include "app/dialog/DialogView.h"
 #include "win32/BalloonTip.h"
 #include "win32/NumberEdit.h"
 

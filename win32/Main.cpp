@@ -4,8 +4,8 @@
 #include <commctrl.h>
 #include <objbase.h>
 
-#include "app/StartConstants.h"
-#include "app/TrevoltApp.h"
+#include "app/dialog/StartConstants.h"
+#include "app/dialog/TrevoltApp.h"
 #include "platform/ProgramFolder.h"
 #include "win32/TrevoltWindow.h"
 

@@ -1,7 +1,7 @@
 #include "win32/MsgBox.h"
 
-#include "app/Languages.h"
-#include "common/Translate.h"
+#include "app/dialog/Languages.h"
+#include "app/dialog/Translate.h"
 #include "platform/ProgramFolder.h"
 #include "win32/WindowText.h"
 

@@ -4,7 +4,7 @@
 // Belongs to the thread that runs it.
 #pragma once
 
-#include "app/TrevoltDlg.h"
+#include "app/dialog/TrevoltDlg.h"
 #include "win32/ControlView.h"
 
 namespace trevolt {

@@ -1,8 +1,9 @@
 #include "calibuf/CaliBuf.h"
 
-#include "common/TransferReport.h"
+#include "calibuf/WordElementKind.h"
 #include "tests/calibuf/StoreSupport.h"
 #include "tests/support/BudgetLimit.h"
+#include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {

@@ -1,5 +1,6 @@
 #include <map>
 
+#include "calibuf/WordElementKind.h"
 #include "platform/FileStream.h"
 #include "tests/calibuf/StoreSupport.h"
 

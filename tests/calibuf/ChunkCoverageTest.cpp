@@ -1,9 +1,9 @@
 #include <limits>
 #include <vector>
 
-#include "common/TransferReport.h"
 #include "tests/calibuf/StoreSupport.h"
 #include "tests/support/BudgetLimit.h"
+#include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {

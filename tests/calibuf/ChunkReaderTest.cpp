@@ -1,10 +1,10 @@
 #include <cmath>
 #include <functional>
 
-#include "common/TransferReport.h"
 #include "platform/FileStream.h"
 #include "tests/calibuf/StoreSupport.h"
 #include "tests/support/BudgetLimit.h"
+#include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {

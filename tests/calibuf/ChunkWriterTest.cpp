@@ -1,3 +1,4 @@
+#include "calibuf/WordElementKind.h"
 #include "tests/calibuf/StoreSupport.h"
 #include "tests/support/BudgetLimit.h"
 

@@ -5,6 +5,7 @@
 #include <lz4.h>
 
 #include "calibuf/PlaneTranspose.h"
+#include "calibuf/WordElementKind.h"
 #include "tests/calibuf/StoreSupport.h"
 
 namespace trevolt {

@@ -1,8 +1,8 @@
 // What a store does when its small allocations are refused, the ones that ask not to throw.
 #include <new>
 
-#include "common/TransferReport.h"
 #include "tests/calibuf/StoreSupport.h"
+#include "trevolt/TransferReport.h"
 
 namespace {
 

@@ -7,11 +7,11 @@
 
 #include "calibuf/ChunkLayout.h"
 #include "common/LittleEndian.h"
-#include "common/TransferReport.h"
 #include "tests/coef/CoefObjects.h"
 #include "tests/coef/VanishingFile.h"
 #include "tests/support/BudgetLimit.h"
 #include "tests/support/TestFiles.h"
+#include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {

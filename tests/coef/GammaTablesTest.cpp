@@ -1,5 +1,5 @@
 // The gamma tables and the gamma curve of an object.
-#include "coef/GammaTables.h"
+#include "trevolt/GammaTables.h"
 
 #include <cmath>
 #include <limits>
@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "coef/CNewBrightCorrectCoef.h"
-#include "common/Gamma.h"
+#include "trevolt/Gamma.h"
 
 namespace trevolt {
 namespace {

@@ -1,9 +1,9 @@
 // Many objects one after the other: the tables are computed once, and memory does not grow.
 #include <gtest/gtest.h>
 
-#include "common/MemoryBudget.h"
 #include "tests/coef/CoefObjects.h"
 #include "tests/support/TestFiles.h"
+#include "trevolt/MemoryBudget.h"
 
 #ifndef _WIN32
 #include <fstream>

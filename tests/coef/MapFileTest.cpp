@@ -6,16 +6,17 @@
 #include <gtest/gtest.h>
 
 #include "common/LittleEndian.h"
-#include "common/MemoryBudget.h"
-#include "common/TransferReport.h"
-#include "formats/BinaryCoefFile.h"
-#include "formats/PlacedCoefFile.h"
-#include "formats/RawMapFile.h"
-#include "formats/RegionCoefFile.h"
-#include "formats/TextCoefFile.h"
-#include "formats/TurnedCoefFile.h"
+#include "formats/BinaryCoefKind.h"
 #include "tests/coef/CoefObjects.h"
 #include "tests/support/TestFiles.h"
+#include "trevolt/BinaryCoefFile.h"
+#include "trevolt/MemoryBudget.h"
+#include "trevolt/PlacedCoefFile.h"
+#include "trevolt/RawMapFile.h"
+#include "trevolt/RegionCoefFile.h"
+#include "trevolt/TextCoefFile.h"
+#include "trevolt/TransferReport.h"
+#include "trevolt/TurnedCoefFile.h"
 
 namespace trevolt {
 namespace {

@@ -9,14 +9,15 @@
 #include <gtest/gtest.h>
 
 #include "coef/MapTransfer.h"
-#include "formats/BinaryCoefFile.h"
-#include "formats/PlacedCoefFile.h"
-#include "formats/RegionCoefFile.h"
-#include "formats/TextCoefFile.h"
-#include "formats/TurnedCoefFile.h"
+#include "formats/BinaryCoefKind.h"
 #include "tests/coef/CoefObjects.h"
 #include "tests/coef/RandomStores.h"
 #include "tests/support/TestFiles.h"
+#include "trevolt/BinaryCoefFile.h"
+#include "trevolt/PlacedCoefFile.h"
+#include "trevolt/RegionCoefFile.h"
+#include "trevolt/TextCoefFile.h"
+#include "trevolt/TurnedCoefFile.h"
 
 namespace trevolt {
 namespace {

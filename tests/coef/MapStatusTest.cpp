@@ -6,13 +6,13 @@
 #include <gtest/gtest.h>
 
 #include "common/LittleEndian.h"
-#include "common/TransferReport.h"
-#include "formats/BinaryCoefFile.h"
-#include "formats/TextCoefFile.h"
-#include "formats/TurnedCoefFile.h"
 #include "tests/coef/CoefObjects.h"
 #include "tests/support/BudgetLimit.h"
 #include "tests/support/TestFiles.h"
+#include "trevolt/BinaryCoefFile.h"
+#include "trevolt/TextCoefFile.h"
+#include "trevolt/TransferReport.h"
+#include "trevolt/TurnedCoefFile.h"
 
 namespace trevolt {
 namespace {

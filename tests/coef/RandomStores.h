@@ -10,7 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "calibuf/CaliBuf.h"
-#include "common/PixelRect.h"
+#include "trevolt/PixelRect.h"
 
 namespace trevolt::test {
 

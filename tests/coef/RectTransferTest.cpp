@@ -5,9 +5,9 @@
 
 #include <gtest/gtest.h>
 
-#include "common/FixedPoint.h"
 #include "tests/coef/CoefObjects.h"
 #include "tests/coef/RandomStores.h"
+#include "trevolt/FixedPoint.h"
 
 namespace trevolt {
 namespace {

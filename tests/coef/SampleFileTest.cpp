@@ -2,10 +2,10 @@
 // the same header, directory and words.
 #include <gtest/gtest.h>
 
-#include "common/FixedPoint.h"
 #include "tests/coef/CoefObjects.h"
 #include "tests/support/CoefMaps.h"
 #include "tests/support/TestFiles.h"
+#include "trevolt/FixedPoint.h"
 
 namespace trevolt {
 namespace {

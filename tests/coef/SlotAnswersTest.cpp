@@ -9,9 +9,9 @@
 #include <gtest/gtest.h>
 
 #include "calibuf/ChunkLayout.h"
-#include "formats/ChromaCorrectCoef.h"
 #include "tests/coef/CoefObjects.h"
 #include "tests/support/TestFiles.h"
+#include "trevolt/ChromaCorrectCoef.h"
 
 namespace trevolt {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "coef/CaliOperationData.h"
+#include "trevolt/CaliOperationData.h"
 
 namespace trevolt {
 namespace {

@@ -1,4 +1,4 @@
-#include "common/FixedPoint.h"
+#include "trevolt/FixedPoint.h"
 
 #include <limits>
 

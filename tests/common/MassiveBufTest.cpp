@@ -1,4 +1,4 @@
-#include "common/MassiveBuf.h"
+#include "trevolt/MassiveBuf.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "common/MemoryBudget.h"
+#include "trevolt/MemoryBudget.h"
 
 #include <cstring>
 #include <thread>
@@ -6,9 +6,9 @@
 
 #include <gtest/gtest.h>
 
-#include "common/TransferReport.h"
 #include "platform/PhysicalMemory.h"
 #include "tests/support/BudgetLimit.h"
+#include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {

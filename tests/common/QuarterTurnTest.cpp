@@ -1,8 +1,8 @@
-#include "common/QuarterTurn.h"
+#include "trevolt/QuarterTurn.h"
 
 #include <gtest/gtest.h>
 
-#include "common/PixelRect.h"
+#include "trevolt/PixelRect.h"
 
 namespace trevolt {
 namespace {

@@ -1,4 +1,4 @@
-#include "common/StatusCodes.h"
+#include "trevolt/StatusCodes.h"
 
 #include <set>
 

@@ -1,4 +1,4 @@
-#include "common/TransferReport.h"
+#include "trevolt/TransferReport.h"
 
 #include <cerrno>
 #include <limits>
@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "common/WrittenFile.h"
 #include "platform/FileStream.h"
 #include "tests/support/TestFiles.h"
 

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "formats/BinaryCoefKind.h"
 #include "tests/formats/BinaryKinds.h"
 #include "tests/support/BufferContent.h"
 #include "tests/support/CoefMaps.h"

@@ -3,9 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include "formats/BinaryCoefFile.h"
 #include "tests/formats/BinaryKinds.h"
 #include "tests/support/CoefMaps.h"
+#include "trevolt/BinaryCoefFile.h"
 
 namespace trevolt {
 namespace {

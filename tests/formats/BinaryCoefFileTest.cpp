@@ -1,4 +1,4 @@
-#include "formats/BinaryCoefFile.h"
+#include "trevolt/BinaryCoefFile.h"
 
 #include <bit>
 #include <cmath>
@@ -6,10 +6,10 @@
 
 #include <gtest/gtest.h>
 
-#include "common/TransferReport.h"
 #include "platform/FileSystem.h"
 #include "tests/formats/BinaryKinds.h"
 #include "tests/support/CoefMaps.h"
+#include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {

@@ -6,10 +6,10 @@
 #include <cstdint>
 #include <cstring>
 
-#include "common/MassiveBuf.h"
-#include "formats/BinaryCoefFile.h"
 #include "platform/FileStream.h"
 #include "tests/support/CoefMaps.h"
+#include "trevolt/BinaryCoefFile.h"
+#include "trevolt/MassiveBuf.h"
 
 namespace trevolt::test {
 

@@ -1,4 +1,4 @@
-#include "formats/MassiveGrid.h"
+#include "trevolt/MassiveGrid.h"
 
 #include <cstring>
 #include <limits>

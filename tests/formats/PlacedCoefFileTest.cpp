@@ -1,4 +1,4 @@
-#include "formats/PlacedCoefFile.h"
+#include "trevolt/PlacedCoefFile.h"
 
 #include <functional>
 #include <limits>

@@ -1,4 +1,4 @@
-#include "formats/RawMapFile.h"
+#include "trevolt/RawMapFile.h"
 
 #include <gtest/gtest.h>
 

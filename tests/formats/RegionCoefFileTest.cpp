@@ -1,13 +1,14 @@
-#include "formats/RegionCoefFile.h"
+#include "trevolt/RegionCoefFile.h"
 
 #include <limits>
 #include <random>
 
 #include <gtest/gtest.h>
 
-#include "formats/PlacedCoefFile.h"
+#include "formats/BinaryCoefKind.h"
 #include "tests/formats/BinaryKinds.h"
 #include "tests/support/CoefMaps.h"
+#include "trevolt/PlacedCoefFile.h"
 
 namespace trevolt {
 namespace {

@@ -1,4 +1,4 @@
-#include "formats/TextCoefFile.h"
+#include "trevolt/TextCoefFile.h"
 
 #include <bit>
 #include <clocale>
@@ -12,9 +12,9 @@
 
 #include <gtest/gtest.h>
 
-#include "common/QuarterTurn.h"
-#include "common/TransferReport.h"
 #include "tests/support/CoefMaps.h"
+#include "trevolt/QuarterTurn.h"
+#include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {

@@ -1,4 +1,4 @@
-#include "formats/TurnedCoefFile.h"
+#include "trevolt/TurnedCoefFile.h"
 
 #include <limits>
 #include <random>

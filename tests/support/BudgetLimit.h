@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "common/MemoryBudget.h"
+#include "trevolt/MemoryBudget.h"
 
 namespace trevolt::test {
 

@@ -1,8 +1,8 @@
 // What a buffer holds, as one run of bytes.
 #pragma once
 
-#include "common/MassiveBuf.h"
 #include "tests/support/TestFiles.h"
+#include "trevolt/MassiveBuf.h"
 
 namespace trevolt::test {
 

@@ -12,9 +12,9 @@
 
 #include <gtest/gtest.h>
 
-#include "formats/ChromaCorrectCoef.h"
 #include "tests/support/BudgetLimit.h"
 #include "tests/support/TestFiles.h"
+#include "trevolt/ChromaCorrectCoef.h"
 
 namespace trevolt::test {
 

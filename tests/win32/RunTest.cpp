@@ -3,9 +3,9 @@
 
 #include <commctrl.h>
 
-#include "app/CoefRotation.h"
-#include "app/FileKinds.h"
 #include "tests/win32/WindowFixture.h"
+#include "trevolt/CoefRotation.h"
+#include "trevolt/FileKinds.h"
 
 namespace trevolt {
 namespace {

@@ -6,7 +6,7 @@
 #include <commctrl.h>
 #include <gtest/gtest.h>
 
-#include "app/DialogView.h"
+#include "app/dialog/DialogView.h"
 #include "tests/support/TestFiles.h"
 #include "tests/win32/Screenshot.h"
 

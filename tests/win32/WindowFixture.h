@@ -4,10 +4,10 @@
 
 #include <memory>
 
-#include "app/StartConstants.h"
+#include "app/dialog/StartConstants.h"
 #include "platform/ProgramFolder.h"
 #include "platform/Utf8.h"
-#include "tests/app/DialogFixture.h"
+#include "tests/dialog/DialogFixture.h"
 #include "tests/win32/Screenshot.h"
 #include "tests/win32/TrevoltProcess.h"
 

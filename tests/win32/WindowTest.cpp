@@ -7,8 +7,8 @@
 
 #include <commctrl.h>
 
-#include "app/StartConstants.h"
-#include "tests/app/DialogFixture.h"
+#include "app/dialog/StartConstants.h"
+#include "tests/dialog/DialogFixture.h"
 #include "tests/win32/Screenshot.h"
 #include "tests/win32/TrevoltProcess.h"
 #include "win32/MsgBox.h"

@@ -1,0 +1,54 @@
+#include "app/rotation/DemoWall.h"
+
+#include <array>
+
+#include <fmt/xchar.h>
+
+#include "platform/FileSystem.h"
+#include "trevolt/FileKinds.h"
+#include "trevolt/FixedPoint.h"
+
+namespace trevolt {
+namespace {
+
+constexpr std::int32_t kWidth = 160;
+constexpr std::int32_t kHeight = 90;
+
+/// Noise in 0..1 that depends on the pixel, the value and the cabinet only.
+float Noise(std::uint32_t x, std::uint32_t y, std::uint32_t value, std::uint32_t cabinet) {
+    std::uint32_t hash = x * 73856093U ^ y * 19349663U ^ value * 83492791U ^ cabinet * 2654435761U;
+    hash = (hash ^ (hash >> 15)) * 2246822519U;
+    return WordToFloat(static_cast<std::uint16_t>(hash >> 8));
+}
+
+SMatrixCoef DemoPixel(std::int32_t x, std::int32_t y, std::uint32_t cabinet) {
+    SMatrixCoef pixel;
+    for (std::uint32_t k = 0; k < 9; ++k) {
+        const float noise =
+            Noise(static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y), k, cabinet);
+        const float drift = 0.1F * static_cast<float>(x) / kWidth;
+        pixel.m[k] = k % 4 == 0 ? 0.8F + drift + 0.05F * noise : 0.01F + 0.01F * noise;
+    }
+    return pixel;
+}
+
+} // namespace
+
+Status WriteDemoWall(const std::wstring& folder) {
+    std::uint32_t cabinet = 0;
+    for (const SFileKind& kind : FileKinds()) {
+        ++cabinet;
+        CChromaCorrectCoef map;
+        map.Resize(kWidth, kHeight);
+        for (std::int32_t y = 0; y < kHeight; ++y)
+            for (std::int32_t x = 0; x < kWidth; ++x)
+                map.SetElement(x, y, DemoPixel(x, y, cabinet));
+        const std::wstring name = fmt::format(L"Cab_{:02}{}", cabinet, kind.extension);
+        const Status status = kind.save(map, (WithSeparator(folder) + name).c_str());
+        if (Failed(status))
+            return status;
+    }
+    return S_OK;
+}
+
+} // namespace trevolt

@@ -1,0 +1,104 @@
+#include "trevolt/FileKinds.h"
+
+#include <algorithm>
+#include <array>
+
+#include "trevolt/BinaryCoefFile.h"
+#include "trevolt/TextCoefFile.h"
+#include "trevolt/WordCoefFile.h"
+
+namespace trevolt {
+namespace {
+
+template <Status (*Write)(const CChromaCorrectCoef&, const wchar_t*, const CMassiveGrid*)>
+Status WriteWithoutPreparedGrid(const CChromaCorrectCoef& map, const wchar_t* path) {
+    return Write(map, path, nullptr);
+}
+
+/// Takes every pixel that the file names, at its own place; the sizes that it tells are not needed.
+Status LoadText(CChromaCorrectCoef& map, const wchar_t* path) {
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    return ReadTextCoefFile(map, path, 0, 0, width, height, false);
+}
+
+Status ReadTextSize(const wchar_t* path, std::uint32_t& width, std::uint32_t& height) {
+    width = 0;
+    height = 0;
+    return ProbeTextCoefFileSize(path, width, height);
+}
+
+template <EWordKind Kind>
+Status LoadWord(CChromaCorrectCoef& map, const wchar_t* path) {
+    return LoadWordCoefFile(Kind, map, path);
+}
+
+/// The virtual-green kinds are placed in the map's own region, which begins at its left top.
+template <EWordKind Kind>
+Status LoadWordInRegion(CChromaCorrectCoef& map, const wchar_t* path) {
+    return LoadWordCoefFile(Kind, map, path, {0, 0, map.Width(), map.Height()});
+}
+
+template <EWordKind Kind>
+Status SaveWord(const CChromaCorrectCoef& map, const wchar_t* path) {
+    return SaveWordCoefFile(Kind, map, path);
+}
+
+template <EWordKind Kind>
+Status ReadWordSize(const wchar_t* path, std::uint32_t& width, std::uint32_t& height) {
+    return ReadWordCoefSize(Kind, path, width, height);
+}
+
+constexpr std::array kFileKinds{
+    SFileKind{L".9fcoef", 1, Read9fCoefFile, WriteWithoutPreparedGrid<Write9fCoefFile>,
+              Read9fCoefSize, nullptr},
+    SFileKind{L".9bcoef", 2, Read9bCoefFile, WriteWithoutPreparedGrid<Write9bCoefFile>,
+              Read9bCoefSize, nullptr},
+    SFileKind{L".9wcoef", 3, LoadWord<EWordKind::Chroma>, SaveWord<EWordKind::Chroma>,
+              ReadWordSize<EWordKind::Chroma>, DescribeWordFileLosses},
+    SFileKind{L".3wcoef", 5, LoadWord<EWordKind::Brightness>, SaveWord<EWordKind::Brightness>,
+              ReadWordSize<EWordKind::Brightness>, DescribeWordFileLosses},
+    SFileKind{L".3fcoef", 7, Read3fCoefFile, WriteWithoutPreparedGrid<Write3fCoefFile>,
+              Read3fCoefSize, nullptr},
+    SFileKind{L".3bcoef", 8, Read3bCoefFile, WriteWithoutPreparedGrid<Write3bCoefFile>,
+              Read3bCoefSize, nullptr},
+    SFileKind{L".cccoef", 9, LoadText, WriteWithoutPreparedGrid<WriteTextCoefFile>, ReadTextSize,
+              nullptr},
+    SFileKind{L".4wcoef", 6, LoadWordInRegion<EWordKind::VirtualGreenBrightness>,
+              SaveWord<EWordKind::VirtualGreenBrightness>,
+              ReadWordSize<EWordKind::VirtualGreenBrightness>, DescribeWordFileLosses},
+    SFileKind{L".12wcoef", 4, LoadWordInRegion<EWordKind::VirtualGreenChroma>,
+              SaveWord<EWordKind::VirtualGreenChroma>, ReadWordSize<EWordKind::VirtualGreenChroma>,
+              DescribeWordFileLosses},
+};
+
+bool Occurs(const SFileKind& kind, std::wstring_view lowered) {
+    return lowered.find(kind.extension) != std::wstring_view::npos;
+}
+
+} // namespace
+
+std::span<const SFileKind> FileKinds() { return kFileKinds; }
+
+const SFileKind* FindLoadKind(std::wstring_view lowered) {
+    const auto found = std::find_if(kFileKinds.begin(), kFileKinds.end(),
+                                    [&](const SFileKind& kind) { return Occurs(kind, lowered); });
+    return found == kFileKinds.end() ? nullptr : &*found;
+}
+
+const SFileKind* FindExportKind(std::wstring_view lowered) {
+    const SFileKind* first = nullptr;
+    for (const SFileKind& kind : kFileKinds)
+        if (Occurs(kind, lowered) && (first == nullptr || kind.exportOrder < first->exportOrder))
+            first = &kind;
+    return first;
+}
+
+std::wstring ExportName(std::wstring_view name, std::wstring_view angle) {
+    const std::size_t dot = std::min(name.find(L'.'), name.size());
+    std::wstring exported(name.substr(0, dot));
+    exported.append(L"-").append(angle).append(name.substr(dot));
+    return exported;
+}
+
+} // namespace trevolt

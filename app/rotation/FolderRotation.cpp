@@ -1,0 +1,273 @@
+#include "trevolt/FolderRotation.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <new>
+#include <random>
+
+#include <fmt/format.h>
+
+#include "app/rotation/OrderedJobs.h"
+#include "common/TextConversion.h"
+#include "platform/FileSystem.h"
+#include "platform/Process.h"
+#include "platform/Utf8.h"
+#include "trevolt/FileKinds.h"
+#include "trevolt/TransferProblems.h"
+
+namespace trevolt {
+namespace {
+
+/// A file under work in the target folder, removed unless it became the output.
+class CTemporaryOutput {
+  public:
+    CTemporaryOutput(const std::wstring& folder, const std::wstring& outputName, std::size_t number)
+        : m_final(folder + outputName),
+          m_path(folder + L".trevolt-" + std::to_wstring(ProcessId()) + L"-" + RunMark() + L"-" +
+                 std::to_wstring(number) + LastExtension(outputName)) {}
+    ~CTemporaryOutput() {
+        if (!m_kept)
+            RemoveFile(m_path);
+    }
+    CTemporaryOutput(const CTemporaryOutput&) = delete;
+    CTemporaryOutput& operator=(const CTemporaryOutput&) = delete;
+
+    const std::wstring& Path() const { return m_path; }
+    /// False when the output cannot be given its name; `errno` then tells as after `ReplaceWith`.
+    bool Keep() {
+        m_kept = ReplaceWith(m_path, m_final);
+        return m_kept;
+    }
+
+  private:
+    /// Keeps runs apart that share a target folder but not a list of processes.
+    static const std::wstring& RunMark() {
+        static const std::wstring mark = std::to_wstring(std::random_device{}());
+        return mark;
+    }
+    static std::wstring LastExtension(const std::wstring& name) {
+        const std::size_t dot = name.rfind(L'.');
+        return dot == std::wstring::npos ? L"" : name.substr(dot);
+    }
+
+    std::wstring m_final;
+    std::wstring m_path;
+    bool m_kept = false;
+};
+
+bool IsMapSize(const PixelSize& size) {
+    return size.width <= kLargestMapSide && size.height <= kLargestMapSide;
+}
+
+/// One file's way from the source folder to the target folder.
+class CFileRotation {
+  public:
+    CFileRotation(const SRotationRequest& request, const std::atomic<bool>& interrupted,
+                  const std::wstring& name, std::size_t number)
+        : m_request(request),
+          m_interrupted(interrupted),
+          m_name(name),
+          m_number(number),
+          m_path(WithSeparator(request.sourceFolder) + name),
+          m_lowered(ToLowerAscii(name)),
+          m_loadKind(*FindLoadKind(m_lowered)) {}
+
+    SFileOutcome Run() {
+        m_outcome.name = WideToShownUtf8(m_name);
+        try {
+            Turn();
+        } catch (const std::bad_alloc&) {
+            Fail("not enough memory");
+        }
+        m_outcome.interrupted = m_interrupted && m_outcome.outputName.empty();
+        return m_outcome;
+    }
+
+  private:
+    void Turn() {
+        if (m_interrupted || !FindSize())
+            return;
+        CChromaCorrectCoef source;
+        if (!Size(source) || (!Load(source) && !m_request.lenient) || m_interrupted)
+            return;
+        CChromaCorrectCoef turned;
+        const auto width = static_cast<std::int32_t>(m_outcome.size.width);
+        const auto height = static_cast<std::int32_t>(m_outcome.size.height);
+        TurnMap(source, width, height, m_request.angle.code, turned);
+        source.Reset();
+        if (!turned.IsEmpty() && !turned.HasStorage()) {
+            Fail("not enough memory for the turned map");
+            return;
+        }
+        m_outcome.turnedSize = {turned.Width(), turned.Height()};
+        if (!m_interrupted)
+            Save(turned);
+    }
+
+    bool FindSize() {
+        std::uint32_t width = 0;
+        std::uint32_t height = 0;
+        const Status status = m_loadKind.readSize(m_path.c_str(), width, height);
+        if (!Failed(status) && !IsMapSize({width, height})) {
+            Fail(fmt::format("its size {} x {} is above {} in one direction", width, height,
+                             kLargestMapSide));
+            return false;
+        }
+        if (!m_request.size && Failed(status)) {
+            Fail(fmt::format("cannot be read: {}", DescribeStatus(status)));
+            return false;
+        }
+        m_outcome.size = m_request.size.value_or(PixelSize{width, height});
+        return true;
+    }
+
+    /// Gives the map its memory; without any there is nothing that even a lenient run could write.
+    bool Size(CChromaCorrectCoef& source) {
+        source.Resize(static_cast<std::int32_t>(m_outcome.size.width),
+                      static_cast<std::int32_t>(m_outcome.size.height));
+        if (source.IsEmpty() || source.HasStorage())
+            return true;
+        Fail(fmt::format("not enough memory for {} x {} pixels", m_outcome.size.width,
+                         m_outcome.size.height));
+        return false;
+    }
+
+    bool Load(CChromaCorrectCoef& source) {
+        const CTransferReport report;
+        const Status status = m_loadKind.load(source, m_path.c_str());
+        for (std::string& problem : DescribeReadProblems(status, report))
+            Fail(std::move(problem));
+        return !m_outcome.HasFailed();
+    }
+
+    void Save(const CChromaCorrectCoef& turned) {
+        const std::wstring outputName = ExportName(m_name, m_request.angle.text);
+        CTemporaryOutput output(WithSeparator(m_request.targetFolder), outputName, m_number);
+        const CTransferReport report;
+        const Status status = FindExportKind(m_lowered)->save(turned, output.Path().c_str());
+        if (std::string problem = DescribeWriteProblem(status, report); !problem.empty())
+            Fail(std::move(problem));
+        else if (m_interrupted) // asked once: what has its final name is also told of
+            return;
+        else if (!output.Keep())
+            Fail(DescribeRenameProblem(errno));
+        else
+            NoteWritten(outputName);
+    }
+
+    void NoteWritten(const std::wstring& outputName) {
+        m_outcome.outputName = WideToShownUtf8(outputName);
+        if (m_loadKind.describeLosses != nullptr)
+            m_outcome.losses = m_loadKind.describeLosses(m_path.c_str());
+    }
+
+    void Fail(std::string problem) { m_outcome.problems.push_back(std::move(problem)); }
+
+    const SRotationRequest& m_request;
+    const std::atomic<bool>& m_interrupted;
+    const std::wstring& m_name;
+    std::size_t m_number;
+    std::wstring m_path;
+    std::wstring m_lowered;
+    const SFileKind& m_loadKind;
+    SFileOutcome m_outcome;
+};
+
+struct KnownFiles {
+    bool denied = false;                ///< the folder may not be read
+    std::vector<std::wstring> names;    ///< sorted
+    std::vector<std::string> unnamable; ///< of a known kind, but not valid UTF-8
+};
+
+KnownFiles FindKnownFiles(const std::wstring& folder) {
+    KnownFiles known;
+    const FolderListing listing = ListEntries(folder);
+    known.denied = listing.denied;
+    for (const FolderEntry& entry : listing.entries)
+        if (entry.kind == EntryKind::File && FindLoadKind(ToLowerAscii(entry.name)) != nullptr)
+            known.names.push_back(entry.name);
+    std::sort(known.names.begin(), known.names.end());
+    for (const std::string& raw : listing.unnamedByUtf8)
+        if (FindLoadKind(ToLowerAscii(std::wstring(raw.begin(), raw.end()))) != nullptr)
+            known.unnamable.push_back(raw);
+    std::sort(known.unnamable.begin(), known.unnamable.end());
+    return known;
+}
+
+/// Why nothing can be done; empty when the run can begin.
+std::string FindObstacle(const SRotationRequest& request) {
+    const std::string source = WideToShownUtf8(request.sourceFolder);
+    const std::string target = WideToShownUtf8(request.targetFolder);
+    if (!PathExists(request.sourceFolder))
+        return fmt::format("the source folder {} does not exist", source);
+    if (!IsFolder(request.sourceFolder))
+        return fmt::format("the source {} is not a folder", source);
+    if (!PathExists(request.targetFolder))
+        return fmt::format("the target folder {} does not exist", target);
+    if (!IsFolder(request.targetFolder))
+        return fmt::format("the target {} is not a folder", target);
+    if (IsSameEntry(request.sourceFolder, request.targetFolder))
+        return "source and target are the same folder: choose another target, so that the source "
+               "stays as it is";
+    return {};
+}
+
+std::string FindObstacle(const SRotationRequest& request, const KnownFiles& known) {
+    const std::size_t count = known.names.size() + known.unnamable.size();
+    const std::string source = WideToShownUtf8(request.sourceFolder);
+    if (known.denied)
+        return fmt::format("the source folder {} may not be read", source);
+    if (count == 0)
+        return fmt::format("there is no coefficient file in {}", source);
+    if (request.wholeScreen && count != 1)
+        return fmt::format("a whole screen is exactly one coefficient file, but {} holds {}",
+                           source, count);
+    return {};
+}
+
+SFileOutcome UnnamableOutcome(const std::string& raw) {
+    SFileOutcome outcome;
+    for (const char c : raw)
+        outcome.name += static_cast<unsigned char>(c) < 0x80
+                            ? std::string(1, c)
+                            : fmt::format("\\x{:02X}", static_cast<unsigned char>(c));
+    outcome.problems.emplace_back("passed over: its name is not valid UTF-8");
+    return outcome;
+}
+
+} // namespace
+
+SRotationOutcome RotateFolder(const SRotationRequest& request, const std::atomic<bool>& interrupted,
+                              CRotationListener& listener) {
+    SRotationOutcome total;
+    total.end = ERotationEnd::NothingToDo;
+    total.error = FindObstacle(request);
+    if (!total.error.empty())
+        return total;
+    const KnownFiles known = FindKnownFiles(WithSeparator(request.sourceFolder));
+    total.error = FindObstacle(request, known);
+    if (!total.error.empty())
+        return total;
+
+    const std::size_t count = known.names.size() + known.unnamable.size();
+    std::size_t done = 0;
+    const auto deliver = [&](const SFileOutcome& outcome) {
+        total.written += outcome.outputName.empty() ? 0 : 1;
+        total.failed += outcome.HasFailed() ? 1 : 0;
+        if (!outcome.interrupted || outcome.HasFailed())
+            listener.OnFile(outcome, ++done, count);
+    };
+    for (const std::string& raw : known.unnamable)
+        deliver(UnnamableOutcome(raw));
+    RunOrdered<SFileOutcome>(
+        known.names.size(), request.jobs,
+        [&](std::size_t i) { return CFileRotation(request, interrupted, known.names[i], i).Run(); },
+        deliver);
+    if (interrupted)
+        total.end = ERotationEnd::Interrupted;
+    else
+        total.end = total.failed == 0 ? ERotationEnd::AllDone : ERotationEnd::SomeFailed;
+    return total;
+}
+
+} // namespace trevolt

@@ -1,0 +1,69 @@
+// The turn of a folder file by file, as the command line does it: with the same table of kinds,
+// readers, turn and writers as the dialog, but with memory for the files in work only, with every
+// failure named, and without a half-written file under a final name.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "trevolt/ChromaCorrectCoef.h"
+#include "trevolt/CoefRotation.h"
+#include "trevolt/QuarterTurn.h"
+
+namespace trevolt {
+
+struct SRotationRequest {
+    std::wstring sourceFolder;
+    std::wstring targetFolder;
+    SAngle angle = kAngles[0];
+    /// The size of every map; without it each file is turned at its own.
+    std::optional<PixelSize> size;
+    /// Exactly one known file is expected, else nothing is written.
+    bool wholeScreen = false;
+    /// A file that does not load whole is still written from what its map holds, as the dialog does
+    /// it.
+    bool lenient = false;
+    /// Files in work at once, at least 1.
+    std::size_t jobs = 1;
+};
+
+/// What became of one file.
+struct SFileOutcome {
+    std::string name;                  ///< as found, UTF-8
+    std::string outputName;            ///< empty when nothing was written
+    PixelSize size;                    ///< before the turn, 0 × 0 when not known
+    PixelSize turnedSize;              ///< after it
+    std::vector<std::string> problems; ///< what went wrong, in plain words; none: all went well
+    std::vector<std::string> losses; ///< what the written file lacks of the source, in plain words
+    bool interrupted = false;        ///< given up because the run was interrupted
+
+    bool HasFailed() const { return !problems.empty(); }
+};
+
+enum class ERotationEnd { AllDone, SomeFailed, NothingToDo, Interrupted };
+
+struct SRotationOutcome {
+    ERotationEnd end = ERotationEnd::AllDone;
+    std::string error; ///< with NothingToDo: why, in plain words
+    std::size_t written = 0;
+    std::size_t failed = 0;
+};
+
+/// Hears of the run on the thread that started it.
+class CRotationListener {
+  public:
+    virtual ~CRotationListener() = default;
+    /// The next file in sorted order is finished.
+    virtual void OnFile(const SFileOutcome& outcome, std::size_t done, std::size_t count) = 0;
+};
+
+/// Turns every known file of the source folder into the target folder, in sorted order. The source
+/// is never written to: both folders must exist and differ. When `interrupted` becomes true the
+/// files in work are given up and their temporary files removed.
+SRotationOutcome RotateFolder(const SRotationRequest& request, const std::atomic<bool>& interrupted,
+                              CRotationListener& listener);
+
+} // namespace trevolt

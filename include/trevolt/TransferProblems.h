@@ -1,0 +1,22 @@
+// What went wrong while a file was read or written, in plain words: from the status of the call and
+// from the transfer report that was held during it. The report is asked first where it knows the
+// cause, since a status may name another one or none.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "trevolt/TransferReport.h"
+
+namespace trevolt {
+
+/// What a load lacks, one entry each; none when the file is whole in the map.
+std::vector<std::string> DescribeReadProblems(Status status, const CTransferReport& report);
+
+/// Why an output is not whole; empty when it is.
+std::string DescribeWriteProblem(Status status, const CTransferReport& report);
+
+/// Why a whole output lacks its final name, by the `errno` value of the refused renaming.
+std::string DescribeRenameProblem(int error);
+
+} // namespace trevolt

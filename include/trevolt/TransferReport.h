@@ -1,0 +1,53 @@
+// What happened during a load or a save that its status does not tell. Some statuses are fixed by
+// the file kinds' own rules (a writer answers 0 though the disk was full; a reader gives the result
+// of its last chunk only); whoever needs the truth holds a report while the call runs.
+#pragma once
+
+#include <cstdint>
+
+#include "trevolt/StatusCodes.h"
+
+namespace trevolt {
+
+/// Collects, while it lives, what the operations of this thread note. Reports nest: a note reaches
+/// the innermost one and those around it. Used by the thread that made it only.
+class CTransferReport {
+  public:
+    CTransferReport();
+    ~CTransferReport();
+    CTransferReport(const CTransferReport&) = delete;
+    CTransferReport& operator=(const CTransferReport&) = delete;
+
+    /// An output stream had failed when it was closed: the file is not whole.
+    bool HasWriteFailed() const { return m_writeFailed; }
+    /// The system's reason (an `errno` value) for the first output file that did not open or take
+    /// its bytes, 0 when there was none or the system gave none.
+    int SystemError() const { return m_systemError; }
+    /// The memory budget or the system refused a block.
+    bool WasMemoryRefused() const { return m_memoryRefused; }
+    /// Chunks of word files that could not be read.
+    std::uint32_t FailedChunks() const { return m_failedChunks; }
+    /// Pixels of word files' stated sizes that none of their chunks holds; 2^64 − 1 stands for
+    /// more.
+    std::uint64_t MissingPixels() const { return m_missingPixels; }
+    /// The status of the first read that failed behind a success, S_OK when there was none.
+    Status FailedRead() const { return m_failedRead; }
+
+    static void NoteWriteFailed();
+    static void NoteSystemError(int error);
+    static void NoteMemoryRefused();
+    static void NoteFailedChunks(std::uint32_t count);
+    static void NoteMissingPixels(std::uint64_t count);
+    static void NoteFailedRead(Status status);
+
+  private:
+    CTransferReport* m_outer;
+    bool m_writeFailed = false;
+    int m_systemError = 0;
+    bool m_memoryRefused = false;
+    std::uint32_t m_failedChunks = 0;
+    std::uint64_t m_missingPixels = 0;
+    Status m_failedRead{};
+};
+
+} // namespace trevolt

@@ -1,0 +1,63 @@
+#include "app/rotation/DemoWall.h"
+
+#include <algorithm>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/CoefMaps.h"
+#include "trevolt/FileKinds.h"
+
+namespace trevolt {
+namespace {
+
+using namespace test;
+
+std::size_t KindsThatAreOffered() {
+    return static_cast<std::size_t>(
+        std::count_if(FileKinds().begin(), FileKinds().end(), [](const SFileKind& kind) {
+            return kind.save(CChromaCorrectCoef{}, nullptr) != E_COEF_NOTIMPL;
+        }));
+}
+
+TEST(DemoWall, WritesACabinetOfEveryKindThatLoads) {
+    const CTemporaryFolder folder;
+    ASSERT_EQ(WriteDemoWall(folder.Path()), S_OK);
+    const std::vector<std::wstring> names = folder.Names();
+    ASSERT_EQ(names.size(), KindsThatAreOffered());
+    EXPECT_EQ(names.front(), L"Cab_01.9fcoef");
+    EXPECT_EQ(names.back(), L"Cab_09.12wcoef");
+    for (const std::wstring& name : names) {
+        SCOPED_TRACE(testing::PrintToString(name));
+        const SFileKind* kind = FindLoadKind(name);
+        ASSERT_NE(kind, nullptr);
+        std::uint32_t width = 0;
+        std::uint32_t height = 0;
+        ASSERT_EQ(kind->readSize(folder.File(name).c_str(), width, height), S_OK);
+        EXPECT_EQ(width, 160U);
+        EXPECT_EQ(height, 90U);
+        CChromaCorrectCoef map;
+        map.Resize(160, 90);
+        ASSERT_GE(kind->load(map, folder.File(name).c_str()), 0);
+        const SMatrixCoef& first = *map.FindElement(0, 0);
+        EXPECT_GT(first.m[0], 0.79F);
+        EXPECT_LT(first.m[0], 0.96F);
+        EXPECT_FALSE(SamePixel(first, *map.FindElement(159, 89)));
+    }
+}
+
+TEST(DemoWall, IsTheSameAtEveryCall) {
+    const CTemporaryFolder folder;
+    const CTemporaryFolder again;
+    ASSERT_EQ(WriteDemoWall(folder.Path()), S_OK);
+    ASSERT_EQ(WriteDemoWall(again.Path()), S_OK);
+    for (const std::wstring& name : folder.Names())
+        EXPECT_EQ(ReadFile(folder.File(name)), ReadFile(again.File(name)));
+}
+
+TEST(DemoWall, ReportsAFolderThatIsNotThere) {
+    const CTemporaryFolder folder;
+    EXPECT_EQ(WriteDemoWall(folder.File(L"missing")), E_COEF_OPENFAILED);
+}
+
+} // namespace
+} // namespace trevolt

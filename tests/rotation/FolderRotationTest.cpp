@@ -1,0 +1,623 @@
+#include "trevolt/FolderRotation.h"
+
+#include <atomic>
+#include <cstdint>
+#include <cstdlib>
+#include <functional>
+#include <new>
+
+#include <gtest/gtest.h>
+
+#include "common/LittleEndian.h"
+#include "common/TextConversion.h"
+#include "platform/FileSystem.h"
+#include "tests/support/CoefMaps.h"
+#include "trevolt/BinaryCoefFile.h"
+#include "trevolt/FileKinds.h"
+
+#ifndef _WIN32
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
+namespace {
+
+/// What is at least so large is refused.
+std::atomic<std::size_t> g_refusedBytes{SIZE_MAX};
+
+} // namespace
+
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+    return bytes < g_refusedBytes ? std::malloc(bytes == 0 ? 1 : bytes) : nullptr;
+}
+void* operator new(std::size_t bytes) {
+    void* const memory = ::operator new(bytes, std::nothrow);
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return memory;
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+
+namespace trevolt {
+namespace {
+
+using namespace test;
+
+using Names = std::vector<std::wstring>;
+
+class CCollectingListener : public CRotationListener {
+  public:
+    void OnFile(const SFileOutcome& outcome, std::size_t done, std::size_t count) override {
+        EXPECT_EQ(done, outcomes.size() + 1);
+        EXPECT_LE(done, count);
+        outcomes.push_back(outcome);
+        if (afterFile)
+            afterFile();
+    }
+
+    std::vector<SFileOutcome> outcomes;
+    std::function<void()> afterFile;
+};
+
+class FolderRotation : public testing::Test {
+  protected:
+    FolderRotation() {
+        m_request.sourceFolder = m_source.Path();
+        m_request.targetFolder = m_target.Path();
+    }
+
+    /// Writes a file of the kind that its name tells, painted in whole 255ths.
+    void AddFile(const std::wstring& name, std::int32_t width, std::int32_t height) const {
+        CChromaCorrectCoef map;
+        map.Resize(width, height);
+        PaintMap(map, BytePixel);
+        const SFileKind* kind = FindExportKind(ToLowerAscii(name));
+        ASSERT_NE(kind, nullptr);
+        ASSERT_EQ(kind->save(map, m_source.File(name).c_str()), S_OK);
+    }
+
+    SRotationOutcome Run() {
+        m_listener.outcomes.clear();
+        return RotateFolder(m_request, m_interrupted, m_listener);
+    }
+
+    void ExpectNothingToDo(const std::string& error) {
+        const SRotationOutcome outcome = Run();
+        EXPECT_EQ(outcome.end, ERotationEnd::NothingToDo);
+        EXPECT_NE(outcome.error.find(error), std::string::npos) << outcome.error;
+        EXPECT_TRUE(m_listener.outcomes.empty());
+        EXPECT_TRUE(m_target.Names().empty());
+    }
+
+    const SFileOutcome& Only() const {
+        EXPECT_EQ(m_listener.outcomes.size(), 1U);
+        return m_listener.outcomes.front();
+    }
+
+    void ExpectProblem(const std::string& line) const {
+        EXPECT_EQ(Only().problems, std::vector<std::string>{line});
+    }
+
+    /// Writes the file and takes its last byte.
+    void AddCutShort(const std::wstring& name, const SFileKind& kind) const {
+        CChromaCorrectCoef map;
+        map.Resize(4, 3);
+        PaintMap(map, BytePixel);
+        ASSERT_EQ(kind.save(map, m_source.File(name).c_str()), S_OK);
+        Bytes file = ReadFile(m_source.File(name));
+        file.pop_back();
+        WriteFile(m_source.File(name), file);
+    }
+
+    CTemporaryFolder m_source;
+    CTemporaryFolder m_target;
+    SRotationRequest m_request;
+    std::atomic<bool> m_interrupted{false};
+    CCollectingListener m_listener;
+};
+
+TEST_F(FolderRotation, TurnsEveryKnownFileInSortedOrder) {
+    AddFile(L"b.9bcoef", 5, 3);
+    AddFile(L"A.9FCOEF", 4, 2);
+    AddFile(L"c.d.3fcoef", 3, 3);
+    AddFile(L"a.3bcoef", 1, 7);
+    WriteText(m_source.File(L"notes.txt"), "not one of them");
+    ASSERT_TRUE(CreateFolders(m_source.File(L"folder.9fcoef")));
+    ASSERT_TRUE(CreateFolders(m_source.File(L"deeper")));
+
+    const SRotationOutcome outcome = Run();
+    EXPECT_EQ(outcome.end, ERotationEnd::AllDone);
+    EXPECT_EQ(outcome.written, 4U);
+    EXPECT_EQ(outcome.failed, 0U);
+    EXPECT_TRUE(outcome.error.empty());
+    EXPECT_EQ(m_target.Names(), (Names{L"A-90\u00B0.9FCOEF", L"a-90\u00B0.3bcoef",
+                                       L"b-90\u00B0.9bcoef", L"c-90\u00B0.d.3fcoef"}));
+    ASSERT_EQ(m_listener.outcomes.size(), 4U);
+    EXPECT_EQ(m_listener.outcomes[0].name, "A.9FCOEF");
+    EXPECT_EQ(m_listener.outcomes[0].outputName, "A-90\xC2\xB0.9FCOEF");
+    EXPECT_EQ(m_listener.outcomes[0].size, (PixelSize{4, 2}));
+    EXPECT_EQ(m_listener.outcomes[0].turnedSize, (PixelSize{2, 4}));
+    EXPECT_EQ(m_listener.outcomes[1].name, "a.3bcoef");
+    EXPECT_EQ(m_listener.outcomes[2].name, "b.9bcoef");
+    EXPECT_EQ(m_listener.outcomes[3].name, "c.d.3fcoef");
+
+    CChromaCorrectCoef turned;
+    turned.Resize(3, 5);
+    ASSERT_EQ(Read9bCoefFile(turned, m_target.File(L"b-90\u00B0.9bcoef").c_str()), S_OK);
+    ExpectPixels(turned, [](std::int32_t x, std::int32_t y) { return BytePixel(y, 2 - x); });
+}
+
+TEST_F(FolderRotation, TurnsByEachAngle) {
+    AddFile(L"a.9bcoef", 5, 3);
+    m_request.angle = kAngles[1];
+    EXPECT_EQ(Run().end, ERotationEnd::AllDone);
+    m_request.angle = kAngles[2];
+    EXPECT_EQ(Run().end, ERotationEnd::AllDone);
+    EXPECT_EQ(m_target.Names(), (Names{L"a-180\u00B0.9bcoef", L"a-270\u00B0.9bcoef"}));
+    CChromaCorrectCoef turned;
+    turned.Resize(5, 3);
+    ASSERT_EQ(Read9bCoefFile(turned, m_target.File(L"a-180\u00B0.9bcoef").c_str()), S_OK);
+    ExpectPixels(turned, [](std::int32_t x, std::int32_t y) { return BytePixel(4 - x, 2 - y); });
+    turned.Resize(3, 5);
+    ASSERT_EQ(Read9bCoefFile(turned, m_target.File(L"a-270\u00B0.9bcoef").c_str()), S_OK);
+    ExpectPixels(turned, [](std::int32_t x, std::int32_t y) { return BytePixel(4 - y, x); });
+}
+
+TEST_F(FolderRotation, TurnsTheSamplesToTheGivenOnes) {
+    for (const std::wstring name :
+         {L"Cab_01.9fcoef", L"Cab_02.3fcoef", L"Cab_03.9bcoef", L"Cab_04.3bcoef"})
+        WriteFile(m_source.File(name), ReadFile(Sample(L"cabinet/" + name)));
+    for (const SAngle& angle : kAngles) {
+        m_request.angle = angle;
+        const SRotationOutcome outcome = Run();
+        EXPECT_EQ(outcome.end, ERotationEnd::AllDone);
+        EXPECT_EQ(outcome.written, 4U);
+        const std::wstring folder =
+            L"turned-" + std::wstring(angle.text.substr(0, angle.text.size() - 1)) + L"/";
+        for (const SFileOutcome& file : m_listener.outcomes) {
+            const std::wstring source(file.name.begin(), file.name.end());
+            const std::wstring name = ExportName(source, angle.text);
+            CChromaCorrectCoef written;
+            CChromaCorrectCoef expected;
+            written.Resize(static_cast<std::int32_t>(file.turnedSize.width),
+                           static_cast<std::int32_t>(file.turnedSize.height));
+            expected.Resize(written.Width(), written.Height());
+            const SFileKind* kind = FindLoadKind(source);
+            ASSERT_GE(kind->load(written, m_target.File(name).c_str()), 0);
+            ASSERT_GE(kind->load(expected, Sample(folder + name).c_str()), 0);
+            ExpectPixels(written, [&](std::int32_t x, std::int32_t y) {
+                return *expected.FindElement(x, y);
+            });
+        }
+    }
+}
+
+TEST_F(FolderRotation, CutsAndFillsToAGivenSize) {
+    AddFile(L"large.9bcoef", 10, 10);
+    AddFile(L"small.9bcoef", 2, 9);
+    m_request.size = PixelSize{8, 6};
+    const SRotationOutcome outcome = Run();
+    EXPECT_EQ(outcome.end, ERotationEnd::AllDone);
+    CChromaCorrectCoef turned;
+    turned.Resize(6, 8);
+    ASSERT_EQ(Read9bCoefFile(turned, m_target.File(L"large-90\u00B0.9bcoef").c_str()), S_OK);
+    ExpectPixels(turned, [](std::int32_t x, std::int32_t y) { return BytePixel(y, 5 - x); });
+    ASSERT_EQ(Read9bCoefFile(turned, m_target.File(L"small-90\u00B0.9bcoef").c_str()), S_OK);
+    ExpectPixels(turned, [](std::int32_t x, std::int32_t y) {
+        return y < 2 ? BytePixel(y, 5 - x) : SMatrixCoef{};
+    });
+}
+
+TEST_F(FolderRotation, NamesWhatIsMissing) {
+    ExpectNothingToDo("there is no coefficient file in");
+    WriteText(m_source.File(L"notes.txt"), "x");
+    ASSERT_TRUE(CreateFolders(m_source.File(L"x.9fcoef")));
+    ExpectNothingToDo("there is no coefficient file in");
+    AddFile(L"a.3bcoef", 2, 2);
+
+    m_request.sourceFolder = m_source.File(L"missing");
+    ExpectNothingToDo("the source folder ");
+    ExpectNothingToDo("does not exist");
+    m_request.sourceFolder = m_source.File(L"notes.txt");
+    ExpectNothingToDo("is not a folder");
+    m_request.sourceFolder.clear();
+    ExpectNothingToDo("does not exist");
+    m_request.sourceFolder = m_source.Path();
+    m_request.targetFolder = m_target.File(L"missing");
+    ExpectNothingToDo("the target folder ");
+    m_request.targetFolder = m_source.File(L"notes.txt");
+    ExpectNothingToDo("is not a folder");
+}
+
+TEST_F(FolderRotation, RefusesTheSameFolderUnderAnyName) {
+    AddFile(L"a.3bcoef", 2, 2);
+    ASSERT_TRUE(CreateFolders(m_source.File(L"sub")));
+    const Names before = m_source.Names();
+    for (const std::wstring& same :
+         {m_source.Path(), m_source.File(L"."), m_source.File(L"sub/..")}) {
+        m_request.targetFolder = same;
+        const SRotationOutcome outcome = Run();
+        EXPECT_EQ(outcome.end, ERotationEnd::NothingToDo);
+        EXPECT_NE(outcome.error.find("same folder"), std::string::npos) << outcome.error;
+    }
+    EXPECT_EQ(m_source.Names(), before);
+}
+
+TEST_F(FolderRotation, AScreenIsExactlyOneFile) {
+    m_request.wholeScreen = true;
+    AddFile(L"a.3bcoef", 2, 2);
+    EXPECT_EQ(Run().end, ERotationEnd::AllDone);
+    EXPECT_EQ(m_target.Names(), Names{L"a-90\u00B0.3bcoef"});
+    ASSERT_TRUE(RemoveFile(m_target.File(L"a-90\u00B0.3bcoef")));
+    AddFile(L"b.3bcoef", 2, 2);
+    ExpectNothingToDo("a whole screen is exactly one coefficient file");
+}
+
+TEST_F(FolderRotation, NamesDamagedFilesAndTurnsTheOthers) {
+    AddFile(L"a.9fcoef", 3, 3);
+    WriteFile(m_source.File(L"b.9fcoef"), ReadFile(Sample(L"awkward/cut_short.9fcoef")));
+    WriteFile(m_source.File(L"c.9fcoef"), ReadFile(Sample(L"awkward/version_2.9fcoef")));
+    WriteText(m_source.File(L"d.3bcoef"), "");
+    AddFile(L"e.9fcoef", 3, 3);
+
+    const SRotationOutcome outcome = Run();
+    EXPECT_EQ(outcome.end, ERotationEnd::SomeFailed);
+    EXPECT_EQ(outcome.written, 2U);
+    EXPECT_EQ(outcome.failed, 3U);
+    EXPECT_EQ(m_target.Names(), (Names{L"a-90\u00B0.9fcoef", L"e-90\u00B0.9fcoef"}));
+    ASSERT_EQ(m_listener.outcomes.size(), 5U);
+    EXPECT_EQ(m_listener.outcomes[1].problems,
+              (std::vector<std::string>{"cannot be read: E_FAIL (0x80004005): the content is "
+                                        "damaged or does not match its header"}));
+    for (const std::size_t i : {2U, 3U})
+        EXPECT_EQ(m_listener.outcomes[i].problems,
+                  (std::vector<std::string>{"cannot be read: E_COEF_BADFORMAT (0xE0830010): not a "
+                                            "file of this kind, or of a newer version"}));
+}
+
+TEST_F(FolderRotation, LenientWritesWhatTheMapHolds) {
+    AddFile(L"a.9fcoef", 3, 3);
+    WriteFile(m_source.File(L"b.9fcoef"), ReadFile(Sample(L"awkward/cut_short.9fcoef")));
+    m_request.lenient = true;
+    const SRotationOutcome outcome = Run();
+    EXPECT_EQ(outcome.end, ERotationEnd::SomeFailed);
+    EXPECT_EQ(outcome.written, 2U);
+    EXPECT_EQ(outcome.failed, 1U);
+    CChromaCorrectCoef turned;
+    turned.Resize(24, 40);
+    PaintMap(turned, BytePixel);
+    ASSERT_EQ(Read9fCoefFile(turned, m_target.File(L"b-90\u00B0.9fcoef").c_str()), 1);
+    EXPECT_EQ(turned.FindElement(5, 5)->m[0], 1.0F);
+    EXPECT_EQ(turned.FindElement(5, 5)->m[1], 0.0F);
+}
+
+TEST_F(FolderRotation, LenientStandsOnDefaultsWhereOnlyTheSizeIsKnown) {
+    WriteText(m_source.File(L"a.9bcoef"), "not one");
+    m_request.lenient = true;
+    EXPECT_EQ(Run().written, 0U); // without a size there is no map
+    EXPECT_TRUE(Only().HasFailed());
+    m_request.size = PixelSize{4, 2};
+    const SRotationOutcome outcome = Run();
+    EXPECT_EQ(outcome.written, 1U);
+    EXPECT_EQ(outcome.failed, 1U);
+    CChromaCorrectCoef turned;
+    turned.Resize(2, 4);
+    PaintMap(turned, PatternPixel);
+    ASSERT_EQ(Read9bCoefFile(turned, m_target.File(L"a-90\u00B0.9bcoef").c_str()), S_OK);
+    EXPECT_EQ(turned.FindElement(1, 3)->m[0], 1.0F);
+}
+
+TEST_F(FolderRotation, AFileWithoutPixelsIsNotWritten) {
+    AddFile(L"a.3bcoef", 1, 1);
+    Bytes file = ReadFile(m_source.File(L"a.3bcoef"));
+    file.resize(24);
+    file[20] = file[22] = std::byte{0};
+    const Bytes emptyFrame =
+        MakeBytes({0x04, 0x22, 0x4D, 0x18, 0x64, 0x70, 0xB9, 0, 0, 0, 0, 0x05, 0x5D, 0xCC, 0x02});
+    file.insert(file.end(), emptyFrame.begin(), emptyFrame.end());
+    WriteFile(m_source.File(L"a.3bcoef"), file);
+    EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
+    ExpectProblem(
+        "cannot be written: E_COEF_INVALIDARG (0xE0830000): missing path, empty map or bad "
+        "rectangle");
+    EXPECT_TRUE(m_target.Names().empty());
+}
+
+TEST_F(FolderRotation, ASizeBeyondTheMemoryEndsCleanly) {
+    AddFile(L"a.9fcoef", 3, 3);
+    m_request.size = PixelSize{65535, 32768};
+    const CBudgetLimit limit(std::uint64_t{1} << 30);
+    for (const bool lenient : {false, true}) {
+        m_request.lenient = lenient;
+        EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
+        ExpectProblem("not enough memory for 65535 x 32768 pixels");
+        EXPECT_TRUE(m_target.Names().empty());
+    }
+}
+
+// A word file's header can state sizes that no map has.
+TEST_F(FolderRotation, AMapSideEndsAt65535) {
+    struct SCase {
+        std::uint32_t width;
+        std::uint32_t height;
+        const char* problem;
+    };
+    for (const SCase& size :
+         {SCase{65535, 1, "is incomplete: 65531 pixels have no data"},
+          SCase{1, 65535, "is incomplete: 65532 pixels have no data"},
+          SCase{65536, 1, "its size 65536 x 1 is above 65535 in one direction"},
+          SCase{1, 65536, "its size 1 x 65536 is above 65535 in one direction"}}) {
+        AddFile(L"a.3wcoef", 4, 3);
+        Bytes file = ReadFile(m_source.File(L"a.3wcoef"));
+        StoreLittle<std::uint32_t>(&file[28], size.width);
+        StoreLittle<std::uint32_t>(&file[32], size.height);
+        WriteFile(m_source.File(L"a.3wcoef"), file);
+        EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
+        ExpectProblem(size.problem);
+    }
+}
+
+TEST_F(FolderRotation, TheSourceIsGoneWhenTheOutputIsWritten) {
+    AddFile(L"a.3bcoef", 100, 100);
+    const std::uint64_t twoMaps = 2 * 100 * 100 * (48 + 4); // and no body beside them
+    const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + twoMaps);
+    EXPECT_EQ(Run().end, ERotationEnd::AllDone);
+}
+
+TEST_F(FolderRotation, ATurnedMapBeyondTheMemoryEndsCleanly) {
+    AddFile(L"a.3bcoef", 100, 100);
+    const CBudgetLimit limit(100 * 100 * (48 + 4) + 40000); // one map and a body, not two maps
+    EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
+    ExpectProblem("not enough memory for the turned map");
+    EXPECT_TRUE(m_target.Names().empty());
+}
+
+TEST_F(FolderRotation, AFileWhoseSmallMemoryIsRefusedIsNamedAndTheOthersGoOn) {
+    AddFile(L"a.3bcoef", 4, 3);
+    Bytes large = ReadFile(m_source.File(L"a.3bcoef"));
+    large.resize(20000); // all of which is read at once
+    WriteFile(m_source.File(L"b.3bcoef"), large);
+    g_refusedBytes = 19000;
+    const SRotationOutcome outcome = Run();
+    g_refusedBytes = SIZE_MAX;
+    EXPECT_EQ(outcome.end, ERotationEnd::SomeFailed);
+    EXPECT_EQ(outcome.written, 1U);
+    ASSERT_EQ(m_listener.outcomes.size(), 2U);
+    EXPECT_EQ(m_listener.outcomes[1].problems, std::vector<std::string>{"not enough memory"});
+}
+
+TEST_F(FolderRotation, AFileThatTheMemoryDoesNotReadWholeIsNamed) {
+    AddFile(L"a.3bcoef", 100, 100);
+    const std::uint64_t map = 100 * 100 * (48 + 4);
+    const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + map + 20000); // no body
+    EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
+    ExpectProblem("not enough memory to read it whole");
+    EXPECT_TRUE(m_target.Names().empty());
+}
+
+// Read as one kind and written as another, whose block does not fit, or whose scratch does not.
+TEST_F(FolderRotation, AFileThatTheMemoryDoesNotWriteWholeIsNamed) {
+    AddFile(L"a.3bcoef", 10, 10);
+    ASSERT_TRUE(ReplaceWith(m_source.File(L"a.3bcoef"), m_source.File(L"a.3bcoef.12wcoef")));
+    const std::uint64_t block = 256 * 128 * 24;
+    for (const std::uint64_t room : {block - 1, block + 15000}) {
+        const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + room);
+        EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
+        ExpectProblem("not enough memory to write it whole");
+        EXPECT_TRUE(m_target.Names().empty());
+    }
+    EXPECT_EQ(Run().end, ERotationEnd::AllDone);
+    EXPECT_EQ(m_target.Names(), Names{L"a-90\u00B0.3bcoef.12wcoef"});
+}
+
+// The load's status is fine: the word kinds' objects hide what a float file could not give.
+TEST_F(FolderRotation, ADamagedFloatFileUnderAWordKindsNameIsNamed) {
+    AddCutShort(L"a.9wcoef", *FindExportKind(L".9fcoef"));
+    AddCutShort(L"b.3wcoef", *FindExportKind(L".3fcoef"));
+    for (const bool lenient : {false, true}) {
+        m_request.lenient = lenient;
+        const SRotationOutcome outcome = Run();
+        EXPECT_EQ(outcome.end, ERotationEnd::SomeFailed);
+        EXPECT_EQ(outcome.failed, 2U);
+        EXPECT_EQ(outcome.written, lenient ? 2U : 0U);
+        ASSERT_EQ(m_listener.outcomes.size(), 2U);
+        for (const SFileOutcome& file : m_listener.outcomes)
+            EXPECT_EQ(file.problems, (std::vector<std::string>{
+                                         "cannot be read: E_FAIL (0x80004005): the content is "
+                                         "damaged or does not match its header"}));
+        EXPECT_EQ(m_target.Names().size(), outcome.written);
+    }
+}
+
+TEST_F(FolderRotation, AFloatFileUnderAWordKindsNameLosesNothing) {
+    AddFile(L"a.9fcoef", 5, 3);
+    ASSERT_TRUE(ReplaceWith(m_source.File(L"a.9fcoef"), m_source.File(L"a.9wcoef")));
+    EXPECT_EQ(Run().end, ERotationEnd::AllDone);
+    EXPECT_TRUE(Only().losses.empty());
+}
+
+TEST_F(FolderRotation, PixelsWithoutDataAreCounted) {
+    for (const std::wstring name : {L"a.9wcoef", L"b.3wcoef", L"c.4wcoef", L"d.12wcoef"}) {
+        AddFile(name, 300, 20); // two chunks
+        Bytes file = ReadFile(m_source.File(name));
+        ASSERT_EQ(file[36], std::byte{2});
+        file[32] = std::byte{21}; // one row more
+        WriteFile(m_source.File(name), file);
+    }
+    for (const bool lenient : {false, true}) {
+        m_request.lenient = lenient;
+        const SRotationOutcome outcome = Run();
+        EXPECT_EQ(outcome.failed, 4U);
+        EXPECT_EQ(outcome.written, lenient ? 4U : 0U);
+        ASSERT_EQ(m_listener.outcomes.size(), 4U);
+        for (const SFileOutcome& file : m_listener.outcomes)
+            EXPECT_EQ(file.problems,
+                      (std::vector<std::string>{"is incomplete: 300 pixels have no data"}))
+                << file.name;
+        EXPECT_EQ(m_target.Names().size(), outcome.written);
+    }
+}
+
+TEST_F(FolderRotation, TellsKindsByTheNameAlone) {
+    AddFile(L"a.3bcoef", 2, 3);
+    const std::wstring folder = m_source.File(L"wall.9fcoef");
+    ASSERT_TRUE(CreateFolders(folder));
+    m_request.sourceFolder = folder;
+    ExpectNothingToDo("there is no coefficient file in");
+    WriteText(WithSeparator(folder) + L"notes.txt", "x");
+    ExpectNothingToDo("there is no coefficient file in");
+    ASSERT_TRUE(ReplaceWith(m_source.File(L"a.3bcoef"), WithSeparator(folder) + L"a.3bcoef"));
+    EXPECT_EQ(Run().end, ERotationEnd::AllDone);
+    EXPECT_EQ(m_target.Names(), Names{L"a-90\u00B0.3bcoef"});
+}
+
+TEST_F(FolderRotation, ReplacesAnEarlierOutput) {
+    AddFile(L"a.3bcoef", 2, 3);
+    WriteText(m_target.File(L"a-90\u00B0.3bcoef"), "old");
+    WriteText(m_target.File(L"other.txt"), "stays");
+    EXPECT_EQ(Run().end, ERotationEnd::AllDone);
+    EXPECT_NE(ReadText(m_target.File(L"a-90\u00B0.3bcoef")), "old");
+    EXPECT_EQ(m_target.Names(), (Names{L"a-90\u00B0.3bcoef", L"other.txt"}));
+}
+
+TEST_F(FolderRotation, AFailedFileLeavesAnEarlierOutput) {
+    WriteText(m_source.File(L"a.3bcoef"), "damaged");
+    WriteText(m_target.File(L"a-90\u00B0.3bcoef"), "old");
+    EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
+    EXPECT_EQ(ReadText(m_target.File(L"a-90\u00B0.3bcoef")), "old");
+}
+
+TEST_F(FolderRotation, AFolderInTheOutputsPlaceIsReported) {
+    AddFile(L"a.3bcoef", 2, 3);
+    ASSERT_TRUE(CreateFolders(m_target.File(L"a-90\u00B0.3bcoef/inside")));
+    EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
+#ifdef _WIN32
+    const std::string reason = "Permission denied";
+#else
+    const std::string reason = "Is a directory";
+#endif
+    ExpectProblem("cannot be given its final name in the target folder: " + reason);
+    EXPECT_EQ(m_target.Names(), Names{L"a-90\u00B0.3bcoef"});
+}
+
+TEST_F(FolderRotation, GivesTheSameForAnyNumberOfJobs) {
+    for (int i = 0; i < 12; ++i)
+        AddFile(L"cab" + std::to_wstring(i) + L".9bcoef", 5 + i, 40 - i);
+    WriteText(m_source.File(L"cab5x.9bcoef"), "damaged");
+    EXPECT_EQ(Run().written, 12U);
+    const std::vector<SFileOutcome> one = m_listener.outcomes;
+    for (const std::size_t jobs : {2U, 5U, 50U}) {
+        m_request.jobs = jobs;
+        EXPECT_EQ(Run().written, 12U);
+        ASSERT_EQ(m_listener.outcomes.size(), one.size());
+        for (std::size_t i = 0; i < one.size(); ++i) {
+            EXPECT_EQ(m_listener.outcomes[i].name, one[i].name);
+            EXPECT_EQ(m_listener.outcomes[i].outputName, one[i].outputName);
+            EXPECT_EQ(m_listener.outcomes[i].turnedSize, one[i].turnedSize);
+            EXPECT_EQ(m_listener.outcomes[i].problems, one[i].problems);
+        }
+    }
+    EXPECT_EQ(m_target.Names().size(), 12U);
+}
+
+TEST_F(FolderRotation, HoldsMemoryOfTheFilesInWorkOnly) {
+    for (int i = 0; i < 20; ++i)
+        AddFile(L"cab" + std::to_wstring(i) + L".3bcoef", 100, 100);
+    const std::uint64_t oneFile = 100 * 100 * (2 * (48 + 4) + 3 + 3);
+    const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + oneFile);
+    EXPECT_EQ(Run().end, ERotationEnd::AllDone);
+    EXPECT_EQ(m_target.Names().size(), 20U);
+}
+
+TEST_F(FolderRotation, WritesNothingWhenInterruptedFromTheStart) {
+    for (int i = 0; i < 9; ++i)
+        AddFile(L"cab" + std::to_wstring(i) + L".3bcoef", 10, 10);
+    m_interrupted = true;
+    const SRotationOutcome outcome = Run();
+    EXPECT_EQ(outcome.end, ERotationEnd::Interrupted);
+    EXPECT_EQ(outcome.written, 0U);
+    EXPECT_EQ(outcome.failed, 0U);
+    EXPECT_TRUE(m_target.Names().empty());
+}
+
+// Many times over: the other threads are anywhere in their files when the run is interrupted.
+TEST_F(FolderRotation, TellsOfEveryOutputOfAnInterruptedRun) {
+    for (int i = 0; i < 9; ++i)
+        AddFile(L"cab" + std::to_wstring(i) + L".3bcoef", 10, 10);
+    m_listener.afterFile = [&] { m_interrupted = true; };
+    for (int round = 0; round < 50; ++round) {
+        m_interrupted = false;
+        m_listener.outcomes.clear();
+        const SRotationOutcome outcome = Run();
+        EXPECT_EQ(outcome.end, ERotationEnd::Interrupted);
+        EXPECT_GE(outcome.written, 1U);
+        const std::vector<std::wstring> names = m_target.Names(); // whole outputs, no temporary
+        ASSERT_EQ(names.size(), outcome.written);
+        ASSERT_EQ(m_listener.outcomes.size(), outcome.written);
+        for (const std::wstring& name : names) {
+            CChromaCorrectCoef map;
+            map.Resize(10, 10);
+            EXPECT_EQ(Read3bCoefFile(map, m_target.File(name).c_str()), S_OK);
+            EXPECT_TRUE(RemoveFile(m_target.File(name)));
+        }
+    }
+}
+
+#ifndef _WIN32
+std::string Narrow(const std::wstring& path) { return ToNativePath(path).value(); }
+
+TEST_F(FolderRotation, PassesOverPipesDevicesAndLinksToFolders) {
+    ASSERT_EQ(mkfifo(Narrow(m_source.File(L"pipe.9fcoef")).c_str(), 0600), 0);
+    ASSERT_EQ(symlink("/dev/null", Narrow(m_source.File(L"device.9fcoef")).c_str()), 0);
+    ASSERT_EQ(symlink("/", Narrow(m_source.File(L"folder.9fcoef")).c_str()), 0);
+    ExpectNothingToDo("there is no coefficient file in");
+}
+
+TEST_F(FolderRotation, FollowsLinksToFilesAndReportsThoseThatLeadNowhere) {
+    const CTemporaryFolder elsewhere;
+    CChromaCorrectCoef map;
+    map.Resize(2, 2);
+    ASSERT_EQ(Write3bCoefFile(map, elsewhere.File(L"real").c_str(), nullptr), S_OK);
+    ASSERT_EQ(symlink(Narrow(elsewhere.File(L"real")).c_str(),
+                      Narrow(m_source.File(L"a.3bcoef")).c_str()),
+              0);
+    ASSERT_EQ(symlink("nowhere", Narrow(m_source.File(L"b.3bcoef")).c_str()), 0);
+    const SRotationOutcome outcome = Run();
+    EXPECT_EQ(outcome.written, 1U);
+    EXPECT_EQ(outcome.failed, 1U);
+    ASSERT_EQ(m_listener.outcomes.size(), 2U);
+    EXPECT_EQ(m_listener.outcomes[1].problems,
+              (std::vector<std::string>{
+                  "cannot be read: E_COEF_OPENFAILED (0xE0830011): the file could not be opened"}));
+}
+
+TEST_F(FolderRotation, ALinkInTheOutputsPlaceIsReplacedAndNotWrittenThrough) {
+    AddFile(L"a.3bcoef", 2, 3);
+    const Bytes before = ReadFile(m_source.File(L"a.3bcoef"));
+    ASSERT_EQ(symlink(Narrow(m_source.File(L"a.3bcoef")).c_str(),
+                      Narrow(m_target.File(L"a-90\u00B0.3bcoef")).c_str()),
+              0);
+    EXPECT_EQ(Run().end, ERotationEnd::AllDone);
+    EXPECT_EQ(ReadFile(m_source.File(L"a.3bcoef")), before);
+    EXPECT_NE(ReadFile(m_target.File(L"a-90\u00B0.3bcoef")), before);
+}
+
+TEST_F(FolderRotation, ReportsNamesThatAreNotUtf8) {
+    AddFile(L"a.3bcoef", 2, 3);
+    const std::string odd = Narrow(m_source.Path()) + "b\xFF.3bcoef";
+    ASSERT_EQ(rename(Narrow(m_source.File(L"a.3bcoef")).c_str(), odd.c_str()), 0);
+    AddFile(L"a.3bcoef", 2, 3);
+    const SRotationOutcome outcome = Run();
+    EXPECT_EQ(outcome.end, ERotationEnd::SomeFailed);
+    EXPECT_EQ(outcome.written, 1U);
+    EXPECT_EQ(outcome.failed, 1U);
+    ASSERT_EQ(m_listener.outcomes.size(), 2U);
+    EXPECT_EQ(m_listener.outcomes[0].name, "b\\xFF.3bcoef");
+    EXPECT_EQ(m_listener.outcomes[0].problems,
+              std::vector<std::string>{"passed over: its name is not valid UTF-8"});
+}
+#endif
+
+} // namespace
+} // namespace trevolt

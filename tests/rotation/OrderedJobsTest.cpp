@@ -1,0 +1,125 @@
+#include "app/rotation/OrderedJobs.h"
+
+#include <cerrno>
+#include <chrono>
+#include <string>
+#include <system_error>
+
+#include <gtest/gtest.h>
+
+namespace trevolt {
+namespace {
+
+using namespace std::chrono_literals;
+
+TEST(OrderedJobs, DeliversInOrderOnTheCallingThread) {
+    for (const std::size_t jobs : {1U, 2U, 3U, 8U, 100U}) {
+        std::vector<std::size_t> delivered;
+        const auto caller = std::this_thread::get_id();
+        RunOrdered<std::size_t>(
+            50, jobs,
+            [](std::size_t i) {
+                if (i % 7 == 0)
+                    std::this_thread::sleep_for(1ms); // some finish behind those after them
+                return i * i;
+            },
+            [&](std::size_t result) {
+                EXPECT_EQ(std::this_thread::get_id(), caller);
+                delivered.push_back(result);
+            });
+        ASSERT_EQ(delivered.size(), 50U);
+        for (std::size_t i = 0; i < delivered.size(); ++i)
+            EXPECT_EQ(delivered[i], i * i);
+    }
+}
+
+TEST(OrderedJobs, DoesNothingForNothing) {
+    RunOrdered<int>(
+        0, 4, [](std::size_t) -> int { throw 1; }, [](int) { FAIL(); });
+}
+
+TEST(OrderedJobs, RunsOnOneThreadWhenNoneIsNamed) {
+    int sum = 0;
+    RunOrdered<int>(
+        3, 0, [](std::size_t i) { return static_cast<int>(i); },
+        [&](int result) { sum += result; });
+    EXPECT_EQ(sum, 3);
+}
+
+TEST(OrderedJobs, WorksOnNoMoreThanJobsAtOnce) {
+    std::atomic<int> working{0};
+    std::atomic<int> most{0};
+    RunOrdered<int>(
+        40, 3,
+        [&](std::size_t) {
+            const int now = ++working;
+            int before = most;
+            while (before < now && !most.compare_exchange_weak(before, now)) {
+            }
+            std::this_thread::sleep_for(1ms);
+            --working;
+            return 0;
+        },
+        [](int) {});
+    EXPECT_LE(most, 3);
+    EXPECT_GE(most, 2);
+}
+
+TEST(OrderedJobs, DeliversEachAsSoonAsItIsThere) {
+    std::atomic<bool> firstDelivered{false};
+    bool secondSawIt = false;
+    RunOrdered<int>(
+        2, 2,
+        [&](std::size_t i) {
+            for (int n = 0; i == 1 && n < 5000 && !firstDelivered; ++n)
+                std::this_thread::sleep_for(1ms);
+            secondSawIt = i == 1 ? firstDelivered.load() : secondSawIt;
+            return static_cast<int>(i);
+        },
+        [&](int result) { firstDelivered = firstDelivered || result == 0; });
+    EXPECT_TRUE(secondSawIt);
+}
+
+/// A thread of a system that gives only some.
+class CScarceThread {
+  public:
+    static inline int g_left = 0;
+
+    template <class Body>
+    explicit CScarceThread(Body body) {
+        if (g_left == 0)
+            throw std::system_error(EAGAIN, std::generic_category());
+        --g_left;
+        m_thread = std::jthread(body);
+    }
+
+  private:
+    std::jthread m_thread;
+};
+
+TEST(OrderedJobs, GoesOnWithTheThreadsThatTheSystemGives) {
+    const auto caller = std::this_thread::get_id();
+    for (const int given : {0, 1, 2}) {
+        CScarceThread::g_left = given;
+        std::atomic<int> byCaller{0};
+        std::vector<std::size_t> delivered;
+        RunOrdered<std::size_t, CScarceThread>(
+            20, 8,
+            [&](std::size_t i) {
+                byCaller += std::this_thread::get_id() == caller ? 1 : 0;
+                return i;
+            },
+            [&](std::size_t result) {
+                delivered.push_back(result);
+                EXPECT_TRUE(given > 0 || byCaller == static_cast<int>(delivered.size()))
+                    << "told at once";
+            });
+        EXPECT_EQ(byCaller, given == 0 ? 20 : 0);
+        ASSERT_EQ(delivered.size(), 20U);
+        for (std::size_t i = 0; i < delivered.size(); ++i)
+            EXPECT_EQ(delivered[i], i);
+    }
+}
+
+} // namespace
+} // namespace trevolt

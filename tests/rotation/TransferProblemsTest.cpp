@@ -1,0 +1,121 @@
+#include "trevolt/TransferProblems.h"
+
+#include <cerrno>
+
+#include <gtest/gtest.h>
+
+namespace trevolt {
+namespace {
+
+using Problems = std::vector<std::string>;
+
+TEST(ReadProblems, AWholeFileHasNone) {
+    const CTransferReport report;
+    EXPECT_EQ(DescribeReadProblems(S_OK, report), Problems{});
+    EXPECT_EQ(DescribeReadProblems(MakeStatus(1), report), Problems{});
+}
+
+TEST(ReadProblems, AStatusIsNamed) {
+    const CTransferReport report;
+    EXPECT_EQ(DescribeReadProblems(E_COEF_BADTEXT, report),
+              Problems{"cannot be read: E_COEF_BADTEXT (0xE0830013): the first line is not a known "
+                       "tag"});
+}
+
+TEST(ReadProblems, ReadsThatFailBehindASuccessAreNamed) {
+    const CTransferReport report;
+    CTransferReport::NoteFailedRead(E_COEF_BADFORMAT);
+    const Problems expected{"cannot be read: E_COEF_BADFORMAT (0xE0830010): not a file of this "
+                            "kind, or of a newer version"};
+    EXPECT_EQ(DescribeReadProblems(S_OK, report), expected);
+    CTransferReport::NoteFailedChunks(1);
+    CTransferReport::NoteMissingPixels(2);
+    EXPECT_EQ(DescribeReadProblems(S_OK, report), expected);
+    EXPECT_EQ(DescribeReadProblems(E_FAIL, report),
+              Problems{"cannot be read: E_FAIL (0x80004005): the content is damaged or does not "
+                       "match its header"});
+}
+
+TEST(ReadProblems, ChunksAndPixelsAreCounted) {
+    const CTransferReport report;
+    {
+        const CTransferReport inner;
+        CTransferReport::NoteFailedChunks(3);
+        EXPECT_EQ(DescribeReadProblems(S_OK, inner),
+                  Problems{"is damaged: 3 of its chunks could not be read"});
+    }
+    {
+        const CTransferReport inner;
+        CTransferReport::NoteMissingPixels(1);
+        EXPECT_EQ(DescribeReadProblems(S_OK, inner),
+                  Problems{"is incomplete: 1 pixel has no data"});
+    }
+    CTransferReport::NoteMissingPixels(1);
+    EXPECT_EQ(DescribeReadProblems(S_OK, report),
+              (Problems{"is damaged: 3 of its chunks could not be read",
+                        "is incomplete: 2 pixels have no data"}));
+    CTransferReport::NoteMissingPixels(8589934590);
+    EXPECT_EQ(DescribeReadProblems(S_OK, report),
+              (Problems{"is damaged: 3 of its chunks could not be read",
+                        "is incomplete: 8589934592 pixels have no data"}));
+}
+
+// Memory that was refused says nothing of the file, whatever else it led to.
+TEST(ReadProblems, RefusedMemoryComesFirst) {
+    const CTransferReport report;
+    CTransferReport::NoteMemoryRefused();
+    const Problems expected{"not enough memory to read it whole"};
+    EXPECT_EQ(DescribeReadProblems(S_OK, report), expected);
+    CTransferReport::NoteFailedRead(E_FAIL);
+    CTransferReport::NoteFailedChunks(3);
+    CTransferReport::NoteMissingPixels(2);
+    for (const Status status : {S_OK, E_FAIL, E_OUTOFMEMORY, E_COEF_NOBUFFER})
+        EXPECT_EQ(DescribeReadProblems(status, report), expected);
+}
+
+TEST(WriteProblem, AWholeOutputHasNone) {
+    const CTransferReport report;
+    EXPECT_EQ(DescribeWriteProblem(S_OK, report), "");
+    CTransferReport::NoteFailedChunks(1); // of some reader
+    EXPECT_EQ(DescribeWriteProblem(MakeStatus(1), report), "");
+}
+
+TEST(WriteProblem, AFailedWriteIsToldByTheSystemsReason) {
+    const CTransferReport report;
+    CTransferReport::NoteWriteFailed();
+    for (const Status status : {S_OK, E_FAIL})
+        EXPECT_EQ(DescribeWriteProblem(status, report),
+                  "cannot be written: the target refused some of the bytes");
+    CTransferReport::NoteSystemError(ENOSPC);
+    for (const Status status : {S_OK, E_FAIL})
+        EXPECT_EQ(DescribeWriteProblem(status, report),
+                  "cannot be written: No space left on device");
+}
+
+TEST(WriteProblem, AStatusIsNamedWithTheSystemsReason) {
+    const CTransferReport report;
+    EXPECT_EQ(DescribeWriteProblem(E_HANDLE, report),
+              "cannot be written: E_HANDLE (0x80070006): the file could not be opened");
+    CTransferReport::NoteSystemError(EACCES);
+    EXPECT_EQ(DescribeWriteProblem(E_HANDLE, report),
+              "cannot be written: E_HANDLE (0x80070006): the file could not be opened: Permission "
+              "denied");
+}
+
+TEST(WriteProblem, RefusedMemoryComesFirst) {
+    const CTransferReport report;
+    CTransferReport::NoteMemoryRefused();
+    EXPECT_EQ(DescribeWriteProblem(S_OK, report), "not enough memory to write it whole");
+    CTransferReport::NoteWriteFailed();
+    CTransferReport::NoteSystemError(ENOSPC);
+    EXPECT_EQ(DescribeWriteProblem(E_FAIL, report), "not enough memory to write it whole");
+}
+
+TEST(RenameProblem, IsToldByTheSystemsReason) {
+    EXPECT_EQ(DescribeRenameProblem(0), "cannot be given its final name in the target folder");
+    EXPECT_EQ(DescribeRenameProblem(ENAMETOOLONG),
+              "cannot be given its final name in the target folder: File name too long");
+}
+
+} // namespace
+} // namespace trevolt
