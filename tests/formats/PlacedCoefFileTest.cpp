@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "formats/BinaryCoefKind.h"
 #include "platform/FileSystem.h"
 #include "tests/formats/BinaryKinds.h"
 #include "tests/support/CoefMaps.h"
