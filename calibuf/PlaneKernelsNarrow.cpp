@@ -1,0 +1,7 @@
+#include "calibuf/PlaneKernelSource.h"
+
+namespace trevolt {
+
+constinit const SPlaneKernels kNarrowPlaneKernels = kKernelsOf<OneLane>;
+
+} // namespace trevolt
