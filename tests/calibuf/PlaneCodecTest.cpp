@@ -1,10 +1,7 @@
 #include "calibuf/PlaneCodec.h"
 
-#include <random>
-
 #include <lz4.h>
 
-#include "calibuf/PlaneTranspose.h"
 #include "calibuf/WordElementKind.h"
 #include "tests/calibuf/StoreSupport.h"
 
@@ -12,85 +9,6 @@ namespace trevolt {
 namespace {
 
 using namespace test;
-
-Bytes RandomBytes(std::size_t count) {
-    std::mt19937 random(static_cast<unsigned>(count));
-    Bytes bytes(count);
-    for (std::byte& byte : bytes)
-        byte = static_cast<std::byte>(random());
-    return bytes;
-}
-
-std::vector<const std::byte*> PlanePointers(const std::vector<std::uint16_t>& planes,
-                                            const SPlaneLayout& layout) {
-    std::vector<const std::byte*> pointers;
-    for (std::size_t k = 0; k < layout.wordCount; ++k)
-        pointers.push_back(reinterpret_cast<const std::byte*>(planes.data() + k * layout.stride));
-    return pointers;
-}
-
-/// Gathers and scatters `count` elements of W words between guard words that must stay.
-void CheckTransposition(std::size_t wordCount, std::size_t count, EVectors vectors) {
-    SCOPED_TRACE(testing::Message() << wordCount << " words, " << count << " elements");
-    const std::size_t elemSize = wordCount * 2;
-    const Bytes elements = RandomBytes(count * elemSize);
-    const SPlaneLayout layout{wordCount, count + 3};
-    constexpr std::uint16_t kGuard = 0xA55A;
-    std::vector<std::uint16_t> planes(wordCount * layout.stride, kGuard);
-    GatherPlanes(elements.data(), count, planes.data(), layout, vectors);
-    for (std::size_t k = 0; k < wordCount; ++k)
-        for (std::size_t e = 0; e < layout.stride; ++e)
-            ASSERT_EQ(planes[k * layout.stride + e],
-                      e < count ? LoadLittle<std::uint16_t>(&elements[e * elemSize + k * 2])
-                                : kGuard);
-    Bytes back(elements.size() + 16, std::byte{0x77});
-    ScatterPlanes(PlanePointers(planes, layout), back.data(), count, elemSize, vectors);
-    EXPECT_TRUE(std::equal(elements.begin(), elements.end(), back.begin()));
-    EXPECT_TRUE(std::all_of(back.end() - 16, back.end(),
-                            [](std::byte byte) { return byte == std::byte{0x77}; }));
-}
-
-class PlaneTranspose : public ::testing::TestWithParam<EVectors> {};
-INSTANTIATE_TEST_SUITE_P(Vectors, PlaneTranspose,
-                         ::testing::Values(EVectors::Narrow, EVectors::Widest));
-
-TEST_P(PlaneTranspose, MovesEveryWordAndNoOther) {
-    for (const std::size_t wordCount : {1U, 2U, 3U, 4U, 5U, 9U, 12U})
-        for (const std::size_t count :
-             {0U, 1U, 2U, 7U, 8U, 9U, 15U, 16U, 17U, 25U, 32U, 33U, 260U, 32768U})
-            CheckTransposition(wordCount, count, GetParam());
-}
-
-// Planes anywhere, each in memory of exactly its size, so that the sanitizers see any byte around.
-TEST_P(PlaneTranspose, TakesPlanesAtOddAddresses) {
-    for (const std::size_t wordCount : {1U, 3U, 4U, 9U, 12U}) {
-        for (const std::size_t count : {1U, 7U, 8U, 9U, 16U, 17U, 260U}) {
-            std::vector<Bytes> memory;
-            std::vector<const std::byte*> planes;
-            for (std::size_t k = 0; k < wordCount; ++k) {
-                Bytes plane = RandomBytes(1 + count * 2 + k);
-                plane.resize(1 + count * 2);
-                plane.shrink_to_fit();
-                memory.push_back(std::move(plane));
-                planes.push_back(memory.back().data() + 1);
-            }
-            Bytes elements(count * wordCount * 2);
-            ScatterPlanes(planes, elements.data(), count, wordCount * 2, GetParam());
-            for (std::size_t e = 0; e < count; ++e)
-                for (std::size_t k = 0; k < wordCount; ++k)
-                    ASSERT_EQ(LoadLittle<std::uint16_t>(&elements[(e * wordCount + k) * 2]),
-                              LoadLittle<std::uint16_t>(planes[k] + e * 2))
-                        << wordCount << " words, element " << e << " of " << count;
-        }
-    }
-}
-
-TEST_P(PlaneTranspose, LeavesBytesBehindTheWordsAlone) {
-    std::vector<std::uint16_t> planes{1, 2, 3, 4, 5, 6};
-    Bytes elements(2 * 7, std::byte{0x77});
-    ScatterPlanes(PlanePointers(planes, {3, 2}), elements.data(), 2, 7, GetParam());
-    EXPECT_EQ(elements, MakeBytes({1, 0, 3, 0, 5, 0, 0x77, 2, 0, 4, 0, 6, 0, 0x77}));
-}
 
 template <class T>
 class CaliPlanesOf : public ::testing::Test {
