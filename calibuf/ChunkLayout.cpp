@@ -41,6 +41,14 @@ SChunkHeader DecodeChunkHeader(const std::byte* bytes) {
     return header;
 }
 
+std::optional<SChunkHeader> ReadChunkHeader(std::istream& stream) {
+    ChunkHeaderBytes bytes;
+    if (!stream.read(reinterpret_cast<char*>(bytes.data()),
+                     static_cast<std::streamsize>(bytes.size())))
+        return std::nullopt;
+    return DecodeChunkHeader(bytes.data());
+}
+
 void EncodeChunkRecord(const SChunkRecord& record, std::uint32_t planeCount, std::byte* bytes) {
     namespace at = chunk_record;
     StoreLittle<std::uint32_t>(bytes + at::kIndex, record.index);

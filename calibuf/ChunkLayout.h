@@ -6,11 +6,26 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <istream>
+#include <optional>
 
 #include "calibuf/WordElementKind.h"
 #include "trevolt/ChunkHeader.h"
 
 namespace trevolt {
+
+// The identifiers that are not one word kind's alone; the others stand in the kinds' rows.
+
+/// {6F2EB08F-C395-4016-8420-FBC16614B30A}: memory images of every store, and the plain chroma files.
+inline constexpr ChunkFormatId kChromaChunkFormat{0x8F, 0xB0, 0x2E, 0x6F, 0x95, 0xC3, 0x16, 0x40,
+                                                  0x84, 0x20, 0xFB, 0xC1, 0x66, 0x14, 0xB3, 0x0A};
+/// {A23034AE-2359-413B-96B9-6F93737CA368}: brightness files in a second layout, which nothing here
+/// reads or writes.
+inline constexpr ChunkFormatId kBrightChunkFormat2{0xAE, 0x34, 0x30, 0xA2, 0x59, 0x23, 0x3B, 0x41,
+                                                   0x96, 0xB9, 0x6F, 0x93, 0x73, 0x7C, 0xA3, 0x68};
+/// {F4ED140C-FC3A-4ED3-97CB-786E63DEAF99}: chroma files in their second layout, with extra words.
+inline constexpr ChunkFormatId kChromaChunkFormat2{0x0C, 0x14, 0xED, 0xF4, 0x3A, 0xFC, 0xD3, 0x4E,
+                                                   0x97, 0xCB, 0x78, 0x6E, 0x63, 0xDE, 0xAF, 0x99};
 
 inline constexpr std::size_t kChunkHeaderBytes = 168;
 using ChunkHeaderBytes = std::array<std::byte, kChunkHeaderBytes>;
@@ -35,6 +50,10 @@ ChunkHeaderBytes EncodeChunkHeader(const SChunkHeader& header);
 
 /// The fields in the 168 bytes at `bytes`; nothing is checked.
 SChunkHeader DecodeChunkHeader(const std::byte* bytes);
+
+/// The header at the stream's position, behind which the stream then stands. Nothing, and the stream
+/// has failed, when it ends before; the fields are not checked.
+std::optional<SChunkHeader> ReadChunkHeader(std::istream& stream);
 
 /// Offsets of a record's fields.
 namespace chunk_record {

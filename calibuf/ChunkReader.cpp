@@ -305,14 +305,6 @@ void PlaceChunks(const SChunkDirectory& directory, Source& source, CChunkPlacer&
     }
 }
 
-bool ReadHeader(std::istream& stream, SChunkHeader& header) {
-    ChunkHeaderBytes bytes;
-    if (!stream.read(reinterpret_cast<char*>(bytes.data()), bytes.size()))
-        return false;
-    header = DecodeChunkHeader(bytes.data());
-    return true;
-}
-
 /// Reads `count` records at the stream's position. E_FAIL, and the stream has failed, when it is too
 /// short for them; E_COEF_NOBUFFER when there is no memory.
 Status ReadDirectory(std::istream& stream, std::uint32_t count, std::uint32_t planeCount,
@@ -377,21 +369,21 @@ std::uint32_t TopOfChunk(const SChunkDirectory& directory, std::uint32_t index) 
 Status CCaliBuf::ReadRectChunks(std::istream& stream, std::uint32_t x, std::uint32_t y,
                                 std::uint32_t clipWidth, std::uint32_t clipHeight) {
     m_lastRead = {};
-    SChunkHeader header;
-    if (!ReadHeader(stream, header))
+    const auto header = ReadChunkHeader(stream);
+    if (!header)
         return E_FAIL;
     if (m_nElemSize == sizeof(SWordCoef)) {
-        if (header.directoryOffset < kChunkHeaderBytes)
+        if (header->directoryOffset < kChunkHeaderBytes)
             return E_FAIL;
-        stream.seekg(static_cast<std::streamoff>(header.directoryOffset));
+        stream.seekg(static_cast<std::streamoff>(header->directoryOffset));
     }
     CBudgetBlock directoryBytes;
-    const Status status = ReadDirectory(stream, header.recordCount, m_nPlaneCount, directoryBytes);
+    const Status status = ReadDirectory(stream, header->recordCount, m_nPlaneCount, directoryBytes);
     if (Failed(status))
         return status;
-    const SChunkDirectory directory{directoryBytes.Data(), header.recordCount, m_nPlaneCount};
-    NoteMissingPixels(directory, header, header.originX, header.originY, m_nElemSize);
-    const SPlacement placement{std::int64_t{x} - header.originX, std::int64_t{y} - header.originY,
+    const SChunkDirectory directory{directoryBytes.Data(), header->recordCount, m_nPlaneCount};
+    NoteMissingPixels(directory, *header, header->originX, header->originY, m_nElemSize);
+    const SPlacement placement{std::int64_t{x} - header->originX, std::int64_t{y} - header->originY,
                                clipWidth, clipHeight};
     return ReadChunks(stream, directory, *this, m_lastRead, placement, AllWanted);
 }
@@ -399,17 +391,17 @@ Status CCaliBuf::ReadRectChunks(std::istream& stream, std::uint32_t x, std::uint
 Status CCaliBuf::ReadBandChunks(std::istream& stream, std::uint32_t x, std::uint32_t y,
                                 std::uint32_t firstIndex, std::uint32_t endIndex) {
     m_lastRead = {};
-    SChunkHeader header;
-    if (!ReadHeader(stream, header))
+    const auto header = ReadChunkHeader(stream);
+    if (!header)
         return E_FAIL;
     // Counted from the end of the header, unlike above.
     if (m_nElemSize == sizeof(SWordCoef))
-        stream.seekg(static_cast<std::streamoff>(header.directoryOffset), std::ios::cur);
+        stream.seekg(static_cast<std::streamoff>(header->directoryOffset), std::ios::cur);
     CBudgetBlock directoryBytes;
-    const Status status = ReadDirectory(stream, header.recordCount, m_nPlaneCount, directoryBytes);
+    const Status status = ReadDirectory(stream, header->recordCount, m_nPlaneCount, directoryBytes);
     if (Failed(status))
         return status;
-    const SChunkDirectory directory{directoryBytes.Data(), header.recordCount, m_nPlaneCount};
+    const SChunkDirectory directory{directoryBytes.Data(), header->recordCount, m_nPlaneCount};
     const SPlacement placement{x, std::int64_t{y} - TopOfChunk(directory, firstIndex)};
     const auto isInBand = [&](const SChunkRecord& record) {
         return record.index >= firstIndex && record.index < endIndex;

@@ -9,7 +9,8 @@
 
 namespace trevolt {
 
-/// The most words that an element has, and the longest compressed-size list of a chunk record.
+/// The most words that an element has, and the longest compressed-size list of a chunk record. A
+/// coefficient map has no more values a pixel.
 inline constexpr std::size_t kMaxWords = 12;
 
 /// What a store and its chunk records must know of an element kind.
@@ -20,22 +21,23 @@ struct WordElementKind {
     std::array<std::uint16_t, kMaxWords> defaultWords; ///< the first `wordCount` of them count
 };
 
-template <class T>
-constexpr WordElementKind MakeWordElementKind(std::uint32_t planeCount) {
+template <class T, std::uint32_t PlaneCount>
+constexpr WordElementKind MakeWordElementKind() {
     constexpr T kNeutral{};
     static_assert(sizeof(T) == sizeof kNeutral.w, "elements lie in files as they lie in memory");
-    WordElementKind kind{sizeof(T), kNeutral.w.size(), planeCount, {}};
+    static_assert(kNeutral.w.size() <= PlaneCount && PlaneCount <= kMaxWords,
+                  "a record lists a size for every word");
+    WordElementKind kind{sizeof(T), kNeutral.w.size(), PlaneCount, {}};
     for (std::size_t i = 0; i < kNeutral.w.size(); ++i)
         kind.defaultWords[i] = kNeutral.w[i];
     return kind;
 }
 
-/// The list of compressed sizes is longer than the words of the 3- and the 4-word kind: their
-/// records have the size of the records of the matrix kind beside them.
-inline constexpr std::array<WordElementKind, 5> kWordElementKinds{
-    MakeWordElementKind<SWordCoef>(1),    MakeWordElementKind<S3WordCoef>(9),
-    MakeWordElementKind<S4WordCoef>(12),  MakeWordElementKind<S9WordCoef>(9),
-    MakeWordElementKind<S12WordCoef>(12),
+/// The extra word, which is no kind of its own, and the kinds' elements.
+inline constexpr std::array kWordElementKinds{MakeWordElementKind<SWordCoef, 1>(),
+#define TREVOLT_ELEMENT_KIND(kind, element, sizes) MakeWordElementKind<element, sizes>(),
+                                              TREVOLT_WORD_KINDS(TREVOLT_ELEMENT_KIND)
+#undef TREVOLT_ELEMENT_KIND
 };
 
 /// The kind whose elements have `elemSize` bytes, null when there is none.
@@ -45,6 +47,14 @@ constexpr const WordElementKind* FindWordElementKind(std::size_t elemSize) {
             return &kind;
     return nullptr;
 }
+
+constexpr bool TellSizesKindsApart() {
+    for (const WordElementKind& kind : kWordElementKinds)
+        if (FindWordElementKind(kind.elemSize) != &kind)
+            return false;
+    return true;
+}
+static_assert(TellSizesKindsApart(), "a store knows its elements by their size");
 
 /// The kind of element type T.
 template <class T>

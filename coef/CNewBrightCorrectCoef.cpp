@@ -1,17 +1,11 @@
 #include "coef/CNewBrightCorrectCoef.h"
 
-#include <array>
-
+#include "coef/FileSize.h"
 #include "trevolt/PlacedCoefFile.h"
 #include "trevolt/TextCoefFile.h"
 #include "trevolt/TurnedCoefFile.h"
 
 namespace trevolt {
-namespace {
-
-constexpr std::array<ChunkFormatId, 1> kFormats{kBrightChunkFormat};
-
-} // namespace
 
 bool CCNewBrightCorrectCoef::FillRectChannel(std::int32_t channel, std::uint32_t x, std::uint32_t y,
                                              std::uint32_t width, std::uint32_t height, float value,
@@ -91,7 +85,7 @@ Status CCNewBrightCorrectCoef::LoadLegacy96(const wchar_t* path, std::int32_t x,
 
 Status CCNewBrightCorrectCoef::GetBrightCoefSize(const wchar_t* path, std::uint32_t& width,
                                                  std::uint32_t& height) {
-    return QuerySize(path, kFormats, width, height);
+    return QuerySize(path, width, height);
 }
 
 Status CCNewBrightCorrectCoef::GetChromaCoefSize(const wchar_t* path, std::uint32_t& width,
@@ -101,7 +95,7 @@ Status CCNewBrightCorrectCoef::GetChromaCoefSize(const wchar_t* path, std::uint3
 
 Status CCNewBrightCorrectCoef::GetBrightCoefInfo(const wchar_t* path, std::byte* name,
                                                  std::uint32_t capacity, std::uint8_t& flag) {
-    return ReadOwnerData(path, kFormats, name, capacity, flag);
+    return ReadInfo(path, name, capacity, flag);
 }
 
 Status CCNewBrightCorrectCoef::CopyRectFrom120(const SWordView& view, std::uint32_t x,

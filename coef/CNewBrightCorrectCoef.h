@@ -53,4 +53,9 @@ class CCNewBrightCorrectCoef final : public CMapCorrectCoef<S3WordCoef> {
     CCaliOperationData* m_pTransferTable = nullptr; ///< the kind has none
 };
 
+template <>
+struct SObjectOf<S3WordCoef> {
+    using Type = CCNewBrightCorrectCoef;
+};
+
 } // namespace trevolt

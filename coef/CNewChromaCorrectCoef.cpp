@@ -1,17 +1,15 @@
 #include "coef/CNewChromaCorrectCoef.h"
 
 #include <algorithm>
-#include <array>
 #include <string_view>
 
+#include "coef/FileSize.h"
 #include "trevolt/PlacedCoefFile.h"
 #include "trevolt/TextCoefFile.h"
 #include "trevolt/TurnedCoefFile.h"
 
 namespace trevolt {
 namespace {
-
-constexpr std::array<ChunkFormatId, 2> kFormats{kChromaChunkFormat, kChromaChunkFormat2};
 
 /// The extension of files with extra words, in exactly these letters.
 constexpr std::wstring_view kExtraWordExtension = L"9wPCoef";
@@ -153,13 +151,18 @@ Status CCNewChromaCorrectCoef::SaveWholeStoreC(const wchar_t* path) {
                               OwnerFields(nullptr, nullptr));
 }
 
-Status CCNewChromaCorrectCoef::LoadCoefRect(const wchar_t* path, std::uint32_t x, std::uint32_t y) {
+Status CCNewChromaCorrectCoef::LoadFile(CFileSource& file, std::uint32_t x, std::uint32_t y) {
     ChunkFormatId magic{};
-    if (const Status status = ReadFileMagic(path, magic); Failed(status))
+    if (const Status status = ReadFileMagic(file, magic); Failed(status))
         return status;
     if (magic == kChromaChunkFormat2)
-        return LoadExtraWordFile(Store(), ExtraStore(), path, x, y);
-    return LoadRecognised(magic, path, x, y);
+        return LoadExtraWordFile(Store(), ExtraStore(), file, x, y);
+    return LoadRecognised(magic, file, x, y);
+}
+
+Status CCNewChromaCorrectCoef::LoadCoefRect(const wchar_t* path, std::uint32_t x, std::uint32_t y) {
+    CFileSource file(path);
+    return LoadFile(file, x, y);
 }
 
 Status CCNewChromaCorrectCoef::SaveTurnedBandC(const wchar_t* path, const SPixelRect& rect,
@@ -201,12 +204,12 @@ Status CCNewChromaCorrectCoef::GetBrightCoefSize(const wchar_t* path, std::uint3
 
 Status CCNewChromaCorrectCoef::GetChromaCoefSize(const wchar_t* path, std::uint32_t& width,
                                                  std::uint32_t& height) {
-    return QuerySize(path, kFormats, width, height);
+    return QuerySize(path, width, height);
 }
 
 Status CCNewChromaCorrectCoef::GetChromaCoefInfo(const wchar_t* path, std::byte* name,
                                                  std::uint32_t capacity, std::uint8_t& flag) {
-    return ReadOwnerData(path, kFormats, name, capacity, flag);
+    return ReadInfo(path, name, capacity, flag);
 }
 
 // ---- streams and views ----

@@ -92,6 +92,9 @@ class CCNewChromaCorrectCoef final : public CMapCorrectCoef<S9WordCoef> {
     Status WriteChunks2(std::ostream& stream, const SPixelRect& rect, const std::byte* name,
                         const std::uint8_t* flag) override;
 
+    /// As that of the kinds with a map; also a file with extra words.
+    Status LoadFile(CFileSource& file, std::uint32_t x, std::uint32_t y);
+
     // ---- slots of the chroma kind alone ----
 
     /// [125] Writes the whole of both stores as a word file with extra words, whatever the path's
@@ -106,6 +109,11 @@ class CCNewChromaCorrectCoef final : public CMapCorrectCoef<S9WordCoef> {
 
     CCaliOperationData m_transferTable;
     std::uint32_t m_mode = 0;
+};
+
+template <>
+struct SObjectOf<S9WordCoef> {
+    using Type = CCNewChromaCorrectCoef;
 };
 
 } // namespace trevolt

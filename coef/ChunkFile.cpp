@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <fstream>
 #include <limits>
 
 #include "common/WrittenFile.h"
@@ -167,45 +166,37 @@ Status WriteExtraWordFile(const CCaliBuf* matrix, const CCaliBuf* extra, const w
     return S_OK;
 }
 
-Status ReadFileMagic(const wchar_t* path, ChunkFormatId& magic) {
-    if (path == nullptr)
+Status ReadFileMagic(CFileSource& file, ChunkFormatId& magic) {
+    if (file.IsNull())
         return E_COEF_INVALIDARG;
-    std::fstream stream;
-    if (!OpenFileStream(stream, path, std::ios::in))
+    std::istream* const stream = file.Open();
+    if (stream == nullptr)
         return E_COEF_OPENFAILED;
     magic.fill(0);
-    if (!stream.read(reinterpret_cast<char*>(magic.data()),
-                     static_cast<std::streamsize>(magic.size())))
+    if (!stream->read(reinterpret_cast<char*>(magic.data()),
+                      static_cast<std::streamsize>(magic.size())))
         magic.fill(0);
     return S_OK;
 }
 
-std::optional<SChunkHeader> ReadChunkHeader(std::istream& stream) {
-    ChunkHeaderBytes bytes{};
-    if (!stream.read(reinterpret_cast<char*>(bytes.data()),
-                     static_cast<std::streamsize>(bytes.size())))
-        return std::nullopt;
-    return DecodeChunkHeader(bytes.data());
-}
-
-Status ReadChunkFileHeader(const wchar_t* path, std::span<const ChunkFormatId> accepted,
-                           SChunkHeader& header) {
-    if (path == nullptr)
+Status ReadChunkFileHeader(CFileSource& file, const SWordKind& kind, SChunkHeader& header) {
+    if (file.IsNull())
         return E_COEF_INVALIDARG;
-    std::fstream stream;
-    if (!OpenFileStream(stream, path, std::ios::in))
+    std::istream* const stream = file.Open();
+    if (stream == nullptr)
         return E_COEF_OPENFAILED;
-    const auto read = ReadChunkHeader(stream);
-    if (!read || std::find(accepted.begin(), accepted.end(), read->formatId) == accepted.end())
+    const auto read = ReadChunkHeader(*stream);
+    if (!read || !kind.HasFormat(read->formatId))
         return E_COEF_BADFORMAT;
     header = *read;
     return S_OK;
 }
 
-Status ReadOwnerData(const wchar_t* path, std::span<const ChunkFormatId> accepted, std::byte* name,
+Status ReadOwnerData(const wchar_t* path, const SWordKind& kind, std::byte* name,
                      std::uint32_t capacity, std::uint8_t& flag) {
+    CFileSource file(path);
     SChunkHeader header;
-    if (const Status status = ReadChunkFileHeader(path, accepted, header); Failed(status))
+    if (const Status status = ReadChunkFileHeader(file, kind, header); Failed(status))
         return status;
     if (name != nullptr)
         std::memcpy(name, header.ownerData.data(),
@@ -214,28 +205,25 @@ Status ReadOwnerData(const wchar_t* path, std::span<const ChunkFormatId> accepte
     return S_OK;
 }
 
-Status LoadChunkFile(CCaliBuf* store, const wchar_t* path, std::uint32_t x, std::uint32_t y) {
+Status LoadChunkFile(CCaliBuf* store, CFileSource& file, std::uint32_t x, std::uint32_t y) {
     if (store == nullptr)
         return E_POINTER;
-    std::fstream stream;
-    if (!OpenFileStream(stream, path, std::ios::in))
-        return E_HANDLE;
-    return store->ReadRectChunks(stream, x, y, 0, 0);
+    std::istream* const stream = file.Open();
+    return stream == nullptr ? E_HANDLE : store->ReadRectChunks(*stream, x, y, 0, 0);
 }
 
-Status LoadExtraWordFile(CCaliBuf* matrix, CCaliBuf* extra, const wchar_t* path, std::uint32_t x,
+Status LoadExtraWordFile(CCaliBuf* matrix, CCaliBuf* extra, CFileSource& file, std::uint32_t x,
                          std::uint32_t y) {
     if (matrix == nullptr || extra == nullptr)
         return E_POINTER;
-    std::fstream stream;
-    if (!OpenFileStream(stream, path, std::ios::in))
+    std::istream* const stream = file.Open();
+    if (stream == nullptr)
         return E_COEF_OPENFAILED;
-    if (Failed(matrix->ReadRectChunks(stream, x, y, 0, 0)))
+    if (Failed(matrix->ReadRectChunks(*stream, x, y, 0, 0)))
         return E_FAIL;
     // The extra-word store reads the header again and follows it to its own part.
-    stream.clear();
-    stream.seekg(0);
-    return extra->ReadRectChunks(stream, x, y, 0, 0);
+    file.Rewind();
+    return extra->ReadRectChunks(*stream, x, y, 0, 0);
 }
 
 } // namespace trevolt

@@ -2,10 +2,7 @@
 
 #include <type_traits>
 
-#include "coef/CNewBrightCorrectCoef.h"
-#include "coef/CNewChromaCorrectCoef.h"
-#include "coef/VirtualGreenBrightCorrectCoef.h"
-#include "coef/VirtualGreenChromaCorrectCoef.h"
+#include "coef/WordObjects.h"
 
 namespace trevolt {
 namespace {
@@ -32,24 +29,20 @@ bool VisitAs(Object& object, const Visit& visit) {
 
 template <class Object, class Visit>
 void VisitWords(Object& object, const Visit& visit) {
-    static_cast<void>(VisitAs<S3WordCoef>(object, visit) || VisitAs<S4WordCoef>(object, visit) ||
-                      VisitAs<S9WordCoef>(object, visit) || VisitAs<S12WordCoef>(object, visit));
+#define TREVOLT_VISIT_AS(kind, element, sizes)                                                     \
+    if (VisitAs<element>(object, visit))                                                           \
+        return;
+    TREVOLT_WORD_KINDS(TREVOLT_VISIT_AS)
+#undef TREVOLT_VISIT_AS
 }
 
 } // namespace
 
 std::unique_ptr<CColorCorrectCoef> CreateCoefObject(EWordKind kind) {
-    switch (kind) {
-    case EWordKind::Chroma:
-        return std::make_unique<CCNewChromaCorrectCoef>();
-    case EWordKind::Brightness:
-        return std::make_unique<CCNewBrightCorrectCoef>();
-    case EWordKind::VirtualGreenBrightness:
-        return std::make_unique<CVirtualGreenBrightCorrectCoef>();
-    case EWordKind::VirtualGreenChroma:
-        break;
-    }
-    return std::make_unique<CVirtualGreenChromaCorrectCoef>();
+    using Owner = std::unique_ptr<CColorCorrectCoef>;
+    return VisitElementOf(kind, Owner(), []<class Element>() -> Owner {
+        return std::make_unique<WordObject<Element>>();
+    });
 }
 
 Status LoadBoundedStoreImage(CColorCorrectCoef& object, const std::byte* image,

@@ -4,8 +4,7 @@
 #include <array>
 #include <limits>
 
-#include "formats/BinaryCoefKind.h"
-#include "trevolt/BinaryCoefFile.h"
+#include "coef/FileSize.h"
 #include "trevolt/FixedPoint.h"
 #include "trevolt/PlacedCoefFile.h"
 #include "trevolt/RawMapFile.h"
@@ -26,10 +25,6 @@ const SBinaryFileKind* FindBinaryFile(const ChunkFormatId& magic) {
     return nullptr;
 }
 
-std::uint32_t WithLowWord(std::uint32_t value, std::uint32_t lowWord) {
-    return (value & 0xFFFF0000U) | (lowWord & 0xFFFFU);
-}
-
 /// The columns or rows of a text file that a store can take. Size lines may be negative: of such a
 /// file there are none.
 std::uint32_t TextExtentIn(std::uint32_t storeExtent, std::uint32_t fileExtent) {
@@ -38,11 +33,6 @@ std::uint32_t TextExtentIn(std::uint32_t storeExtent, std::uint32_t fileExtent) 
 }
 
 } // namespace
-
-constinit const SBinaryFileKind k9fFile{S9fCoefKind::kMagic, Read9fCoefSize, Read9fCoefFile};
-constinit const SBinaryFileKind k3fFile{S3fCoefKind::kMagic, Read3fCoefSize, Read3fCoefFile};
-constinit const SBinaryFileKind k9bFile{S9bCoefKind::kMagic, Read9bCoefSize, Read9bCoefFile};
-constinit const SBinaryFileKind k3bFile{S3bCoefKind::kMagic, Read3bCoefSize, Read3bCoefFile};
 
 /// The float kind that an object loads as its own.
 template <class Element>
@@ -145,25 +135,31 @@ void CMapCorrectCoef<Element>::LoadMapImage(const wchar_t* path, std::uint32_t x
 }
 
 template <class Element>
-Status CMapCorrectCoef<Element>::LoadRecognised(const ChunkFormatId& magic, const wchar_t* path,
+Status CMapCorrectCoef<Element>::LoadRecognised(const ChunkFormatId& magic, CFileSource& file,
                                                 std::uint32_t x, std::uint32_t y) {
+    if (magic == this->Kind().formatId)
+        return LoadChunkFile(Store(), file, x, y);
+    if (file.Path() == nullptr) // where the readers of the other kinds look
+        return E_COEF_BADFORMAT;
     if (magic == kRawMapMagic) {
-        LoadMapImage(path, x, y);
+        LoadMapImage(file.Path(), x, y);
         return S_OK;
     }
-    if (magic == kOwnBinary<Element>.magic)
-        return LoadOwnBinary(path, x, y);
-    if (magic == this->Kind().formatId)
-        return LoadChunkFile(Store(), path, x, y);
-    return E_COEF_BADFORMAT;
+    return magic == kOwnBinary<Element>.magic ? LoadOwnBinary(file.Path(), x, y) : E_COEF_BADFORMAT;
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::LoadFile(CFileSource& file, std::uint32_t x, std::uint32_t y) {
+    ChunkFormatId magic{};
+    const Status status = ReadFileMagic(file, magic);
+    return Failed(status) ? status : LoadRecognised(magic, file, x, y);
 }
 
 template <class Element>
 Status CMapCorrectCoef<Element>::LoadCoefRect(const wchar_t* path, std::uint32_t x,
                                               std::uint32_t y) {
-    ChunkFormatId magic{};
-    const Status status = ReadFileMagic(path, magic);
-    return Failed(status) ? status : LoadRecognised(magic, path, x, y);
+    CFileSource file(path);
+    return LoadFile(file, x, y);
 }
 
 template <class Element>
@@ -312,8 +308,9 @@ template <class Element>
 Status CMapCorrectCoef<Element>::LoadLegacyEx(const wchar_t* path, SPixelRect& rect) {
     if (rect.left < 0 || rect.top < 0)
         return E_COEF_INVALIDARG;
+    CFileSource file(path);
     ChunkFormatId magic{};
-    if (const Status status = ReadFileMagic(path, magic); Failed(status))
+    if (const Status status = ReadFileMagic(file, magic); Failed(status))
         return status;
     const SBinaryFileKind* const kind = FindBinaryFile(magic);
     if (kind == nullptr)
@@ -379,36 +376,6 @@ Status CMapCorrectCoef<Element>::SaveLegacy85(const wchar_t* path) {
 // ---- sizes ----
 
 template <class Element>
-Status CMapCorrectCoef<Element>::QueryBinarySize(const SBinaryFileKind& kind, const wchar_t* path,
-                                                 std::uint32_t& width, std::uint32_t& height) {
-    std::uint32_t fileWidth = 0;
-    std::uint32_t fileHeight = 0;
-    if (const Status status = kind.readSize(path, fileWidth, fileHeight); Failed(status))
-        return status;
-    width = WithLowWord(width, fileWidth);
-    height = WithLowWord(height, fileHeight);
-    return S_OK;
-}
-
-template <class Element>
-Status CMapCorrectCoef<Element>::QuerySize(const wchar_t* path,
-                                           std::span<const ChunkFormatId> formats,
-                                           std::uint32_t& width, std::uint32_t& height) {
-    ChunkFormatId magic{};
-    if (const Status status = ReadFileMagic(path, magic); Failed(status))
-        return status;
-    for (const SBinaryFileKind* kind : {&k9fFile, &k3fFile})
-        if (magic == kind->magic)
-            return QueryBinarySize(*kind, path, width, height);
-    SChunkHeader header;
-    if (const Status status = ReadChunkFileHeader(path, formats, header); Failed(status))
-        return status;
-    width = header.width;
-    height = header.height;
-    return S_OK;
-}
-
-template <class Element>
 Status CMapCorrectCoef<Element>::GetCoefSize89(const wchar_t* path, std::uint32_t& width,
                                                std::uint32_t& height) {
     return QueryBinarySize(k9bFile, path, width, height);
@@ -435,8 +402,7 @@ Status CMapCorrectCoef<Element>::SaveBlocks105(std::ostream& stream) {
 
 template <class Element>
 Status CMapCorrectCoef<Element>::SaveBlocks106(std::ostream& stream, const SPixelRect& rect) {
-    return WriteRectStream(this->Kind(), Store(), stream, rect,
-                           this->OwnerFields(nullptr, nullptr));
+    return this->WriteChunkStream(stream, rect);
 }
 
 template <class Element>

@@ -4,26 +4,14 @@
 
 #include <algorithm>
 #include <memory>
-#include <span>
 
+#include "coef/BinaryFileKind.h"
 #include "coef/MapTransfer.h"
 #include "coef/WordCorrectCoef.h"
 #include "formats/BinaryCoefKind.h"
 #include "trevolt/ChromaCorrectCoef.h"
 
 namespace trevolt {
-
-/// A binary kind as the objects use it.
-struct SBinaryFileKind {
-    CoefFileMagic magic;
-    Status (*readSize)(const wchar_t* path, std::uint32_t& width, std::uint32_t& height);
-    Status (*read)(CChromaCorrectCoef& map, const wchar_t* path);
-};
-
-extern const SBinaryFileKind k9fFile;
-extern const SBinaryFileKind k3fFile;
-extern const SBinaryFileKind k9bFile;
-extern const SBinaryFileKind k3bFile;
 
 /// The owner of a second store, behind the first one's: of the chroma kind's extra words.
 template <class Element>
@@ -94,20 +82,16 @@ class CMapCorrectCoef : public CWordCorrectCoef<Element> {
     Status CopyRectOut123(std::uint32_t x, std::uint32_t y,
                           const SWordTarget& target) const override;
 
+    /// As that of every kind; also its own float kind and a map image, under a path alone.
+    Status LoadFile(CFileSource& file, std::uint32_t x, std::uint32_t y);
+
   protected:
     CMapCorrectCoef();
 
     /// Loads the file that opens with `magic`: a word file of the kind, its own float kind, or a
-    /// map image. E_COEF_BADFORMAT for any other.
-    Status LoadRecognised(const ChunkFormatId& magic, const wchar_t* path, std::uint32_t x,
+    /// map image. E_COEF_BADFORMAT for any other, and for the last two in a stream alone.
+    Status LoadRecognised(const ChunkFormatId& magic, CFileSource& file, std::uint32_t x,
                           std::uint32_t y);
-
-    /// The size of a file in one of the word formats, or of a `.9fcoef` or `.3fcoef` file.
-    static Status QuerySize(const wchar_t* path, std::span<const ChunkFormatId> formats,
-                            std::uint32_t& width, std::uint32_t& height);
-    /// The size of a file of one binary kind: it replaces the low 16 bits of the outputs.
-    static Status QueryBinarySize(const SBinaryFileKind& kind, const wchar_t* path,
-                                  std::uint32_t& width, std::uint32_t& height);
 
     /// Lets change(map, rect) work on the store's pixels in the map, then takes the rectangle's back
     /// and hands the rectangle to the caller.

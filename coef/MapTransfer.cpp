@@ -85,17 +85,11 @@ Status StoreToMap(const CCaliBuf* store, CChromaCorrectCoef& map) {
     return S_OK;
 }
 
-template Status MapToStore<S3WordCoef>(const CChromaCorrectCoef&, std::int32_t, std::int32_t,
-                                       CCaliBuf*, SStoreRect);
-template Status MapToStore<S4WordCoef>(const CChromaCorrectCoef&, std::int32_t, std::int32_t,
-                                       CCaliBuf*, SStoreRect);
-template Status MapToStore<S9WordCoef>(const CChromaCorrectCoef&, std::int32_t, std::int32_t,
-                                       CCaliBuf*, SStoreRect);
-template Status MapToStore<S12WordCoef>(const CChromaCorrectCoef&, std::int32_t, std::int32_t,
-                                        CCaliBuf*, SStoreRect);
-template Status StoreToMap<S3WordCoef>(const CCaliBuf*, CChromaCorrectCoef&);
-template Status StoreToMap<S4WordCoef>(const CCaliBuf*, CChromaCorrectCoef&);
-template Status StoreToMap<S9WordCoef>(const CCaliBuf*, CChromaCorrectCoef&);
-template Status StoreToMap<S12WordCoef>(const CCaliBuf*, CChromaCorrectCoef&);
+#define TREVOLT_MAP_TRANSFERS(kind, element, sizes)                                                \
+    template Status MapToStore<element>(const CChromaCorrectCoef&, std::int32_t, std::int32_t,     \
+                                        CCaliBuf*, SStoreRect);                                    \
+    template Status StoreToMap<element>(const CCaliBuf*, CChromaCorrectCoef&);
+TREVOLT_WORD_KINDS(TREVOLT_MAP_TRANSFERS)
+#undef TREVOLT_MAP_TRANSFERS
 
 } // namespace trevolt

@@ -51,12 +51,12 @@ Status CVirtualGreenBrightCorrectCoef::SaveTurnedFileVB(const wchar_t* path, con
 
 Status CVirtualGreenBrightCorrectCoef::GetVBCoefInfo(const wchar_t* path, std::byte* name,
                                                      std::uint32_t capacity, std::uint8_t& flag) {
-    return ReadOwnInfo(path, name, capacity, flag);
+    return ReadInfo(path, name, capacity, flag);
 }
 
 Status CVirtualGreenBrightCorrectCoef::GetVBCoefSize(const wchar_t* path, std::uint32_t& width,
                                                      std::uint32_t& height) {
-    return QueryOwnSize(path, width, height);
+    return QuerySize(path, width, height);
 }
 
 } // namespace trevolt

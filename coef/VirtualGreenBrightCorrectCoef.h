@@ -33,4 +33,9 @@ class CVirtualGreenBrightCorrectCoef final : public CVirtualGreenCorrectCoef<S4W
     Status GetVBCoefSize(const wchar_t* path, std::uint32_t& width, std::uint32_t& height) override;
 };
 
+template <>
+struct SObjectOf<S4WordCoef> {
+    using Type = CVirtualGreenBrightCorrectCoef;
+};
+
 } // namespace trevolt

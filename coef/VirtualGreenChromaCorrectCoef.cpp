@@ -50,12 +50,12 @@ Status CVirtualGreenChromaCorrectCoef::SaveTurnedFileVC(const wchar_t* path, con
 
 Status CVirtualGreenChromaCorrectCoef::GetVCCoefInfo(const wchar_t* path, std::byte* name,
                                                      std::uint32_t capacity, std::uint8_t& flag) {
-    return ReadOwnInfo(path, name, capacity, flag);
+    return ReadInfo(path, name, capacity, flag);
 }
 
 Status CVirtualGreenChromaCorrectCoef::GetVCCoefSize(const wchar_t* path, std::uint32_t& width,
                                                      std::uint32_t& height) {
-    return QueryOwnSize(path, width, height);
+    return QuerySize(path, width, height);
 }
 
 Status CVirtualGreenChromaCorrectCoef::CopyRectOut123(std::uint32_t x, std::uint32_t y,

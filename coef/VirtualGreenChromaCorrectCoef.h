@@ -34,4 +34,9 @@ class CVirtualGreenChromaCorrectCoef final : public CVirtualGreenCorrectCoef<S12
                           const SWordTarget& target) const override;
 };
 
+template <>
+struct SObjectOf<S12WordCoef> {
+    using Type = CVirtualGreenChromaCorrectCoef;
+};
+
 } // namespace trevolt

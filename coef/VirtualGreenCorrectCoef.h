@@ -1,6 +1,5 @@
-// CVirtualGreenCorrectCoef: what the two virtual-green kinds share beyond their word store. Their
-// word files carry the object's file-kind value in header byte 67, and only files with the same
-// value are taken.
+// CVirtualGreenCorrectCoef: what the two virtual-green kinds share beyond their word store: a
+// transfer table that callers hand them.
 #pragma once
 
 #include "coef/WordCorrectCoef.h"
@@ -19,14 +18,6 @@ class CVirtualGreenCorrectCoef : public CWordCorrectCoef<Element> {
                          std::uint32_t tableIndex) override;
     bool SetPixelChannel(std::int32_t channel, std::uint32_t x, std::uint32_t y, float value,
                          std::uint32_t tableIndex) override;
-    Status LoadCoefRect(const wchar_t* path, std::uint32_t x, std::uint32_t y) override;
-
-  protected:
-    /// The size of a word file of the kind and of the object's file-kind value.
-    Status QueryOwnSize(const wchar_t* path, std::uint32_t& width, std::uint32_t& height) const;
-    /// Owner data of a word file of the kind, whatever its file-kind value.
-    static Status ReadOwnInfo(const wchar_t* path, std::byte* name, std::uint32_t capacity,
-                              std::uint8_t& flag);
 
   private:
     friend struct SCoefFields;

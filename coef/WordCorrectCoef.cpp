@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "coef/FileSize.h"
 #include "coef/MapTransfer.h"
 #include "coef/TurnedStore.h"
 #include "formats/BinaryCoefKind.h"
@@ -60,6 +61,21 @@ Status CWordCorrectCoef<Element>::SetBufferMode(bool unlimited) {
 }
 
 // ---- channels ----
+
+template <class Element>
+bool CWordCorrectCoef<Element>::FillRectChannel(std::int32_t channel, std::uint32_t x,
+                                                std::uint32_t y, std::uint32_t width,
+                                                std::uint32_t height, float value,
+                                                std::uint32_t tableIndex) {
+    return FillThrough(nullptr, channel, {x, y, width, height}, value, tableIndex);
+}
+
+template <class Element>
+bool CWordCorrectCoef<Element>::SetPixelChannel(std::int32_t channel, std::uint32_t x,
+                                                std::uint32_t y, float value,
+                                                std::uint32_t tableIndex) {
+    return SetThrough(nullptr, channel, x, y, value, tableIndex);
+}
 
 template <class Element>
 bool CWordCorrectCoef<Element>::FillThrough(CCaliOperationData* table, std::int32_t channel,
@@ -169,6 +185,12 @@ Status CWordCorrectCoef<Element>::WriteChunkFile(const wchar_t* path, const SPix
 }
 
 template <class Element>
+Status CWordCorrectCoef<Element>::WriteChunkStream(std::ostream& stream,
+                                                   const SPixelRect& rect) const {
+    return WriteRectStream(Kind(), Store(), stream, rect, OwnerFields(nullptr, nullptr));
+}
+
+template <class Element>
 Status
 CWordCorrectCoef<Element>::ExportCoefEx(const wchar_t* path, const SPixelRect& band,
                                         const SPixelRect& whole, std::uint64_t& directoryPosition,
@@ -191,12 +213,40 @@ Status CWordCorrectCoef<Element>::ExportCoefDefault(const wchar_t* path) {
 }
 
 template <class Element>
+Status CWordCorrectCoef<Element>::QuerySize(const wchar_t* path, std::uint32_t& width,
+                                            std::uint32_t& height) const {
+    CFileSource file(path);
+    return QueryWordFileSize(Kind(), FileKind(), file, width, height);
+}
+
+template <class Element>
+Status CWordCorrectCoef<Element>::ReadInfo(const wchar_t* path, std::byte* name,
+                                           std::uint32_t capacity, std::uint8_t& flag) {
+    return ReadOwnerData(path, Kind(), name, capacity, flag);
+}
+
+template <class Element>
+Status CWordCorrectCoef<Element>::LoadFile(CFileSource& file, std::uint32_t x, std::uint32_t y) {
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    const Status status = QueryWordFileSize(Kind(), FileKind(), file, width, height);
+    return Failed(status) ? status : LoadChunkFile(Store(), file, x, y);
+}
+
+template <class Element>
+Status CWordCorrectCoef<Element>::LoadCoefRect(const wchar_t* path, std::uint32_t x,
+                                               std::uint32_t y) {
+    CFileSource file(path);
+    return LoadFile(file, x, y);
+}
+
+template <class Element>
 Status CWordCorrectCoef<Element>::LoadCoefEx(const wchar_t* path, SPixelRect& rect) {
     if (rect.left < 0 || rect.top < 0)
         return E_COEF_INVALIDARG;
     std::uint32_t width = 0;
     std::uint32_t height = 0;
-    if (const Status status = (this->*Kind().querySize)(path, width, height); Failed(status))
+    if (const Status status = QuerySize(path, width, height); Failed(status))
         return status;
     const SPixelRect given = rect;
     rect.right = EdgeInStore(rect.left, width, GetWidth());
@@ -289,9 +339,8 @@ std::uint64_t CWordCorrectCoef<Element>::MaxStoreImageBytes() const {
     return m_pStore ? Store()->MaxMemoryImageBytes() : 0;
 }
 
-template class CWordCorrectCoef<S3WordCoef>;
-template class CWordCorrectCoef<S4WordCoef>;
-template class CWordCorrectCoef<S9WordCoef>;
-template class CWordCorrectCoef<S12WordCoef>;
+#define TREVOLT_WORD_OBJECT(kind, element, sizes) template class CWordCorrectCoef<element>;
+TREVOLT_WORD_KINDS(TREVOLT_WORD_OBJECT)
+#undef TREVOLT_WORD_OBJECT
 
 } // namespace trevolt

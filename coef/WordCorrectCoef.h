@@ -1,5 +1,6 @@
 // CWordCorrectCoef: what every coefficient object does with its word store, whatever its element:
-// store, channels, floats, word files out, turned copies, images. The kinds add what is their own.
+// store, channels, floats, word files, turned copies, images. The kinds add what is their own; a
+// kind that has nothing of its own is this, without a transfer table.
 #pragma once
 
 #include <memory>
@@ -8,6 +9,7 @@
 #include "calibuf/CaliOperation.h"
 #include "coef/ChunkFile.h"
 #include "coef/DefaultAnswers.h"
+#include "coef/FileSource.h"
 #include "coef/StoreTransfer.h"
 #include "coef/WordKind.h"
 #include "trevolt/CaliOperationData.h"
@@ -47,6 +49,11 @@ class CWordCorrectCoef : public CDefaultAnswers {
     std::uint32_t GetBlockListSize() const override;
     Status SetBufferMode(bool unlimited) override;
 
+    bool FillRectChannel(std::int32_t channel, std::uint32_t x, std::uint32_t y,
+                         std::uint32_t width, std::uint32_t height, float value,
+                         std::uint32_t tableIndex) override;
+    bool SetPixelChannel(std::int32_t channel, std::uint32_t x, std::uint32_t y, float value,
+                         std::uint32_t tableIndex) override;
     Status GetRectFloatEx(std::int32_t channel, SPixelRect& region, float* values) const override;
     Status SetRectChannelFloat(std::int32_t channel, std::uint32_t x, std::uint32_t y,
                                std::uint32_t width, std::uint32_t height,
@@ -68,6 +75,7 @@ class CWordCorrectCoef : public CDefaultAnswers {
                       const std::uint8_t* flag) override;
     Status ExportCoefDefault(const wchar_t* path) override;
 
+    Status LoadCoefRect(const wchar_t* path, std::uint32_t x, std::uint32_t y) override;
     Status LoadCoefEx(const wchar_t* path, SPixelRect& rect) override;
     Status LoadCoef(const wchar_t* path) override;
     Status LoadLegacy80(const wchar_t* path) override;
@@ -93,6 +101,14 @@ class CWordCorrectCoef : public CDefaultAnswers {
     Status WriteChunkFile(const wchar_t* path, const SPixelRect& rect, const std::byte* name,
                           const std::uint8_t* flag) const;
 
+    /// As `WriteChunkFile` at a stream's position. E_POINTER without a store, E_FAIL when the stream
+    /// fails, and the rectangle writer's status.
+    Status WriteChunkStream(std::ostream& stream, const SPixelRect& rect) const;
+
+    /// As slot 69 for a file in either form; kinds that load more than their own word files have
+    /// operations of this name that do. Statuses of slot 69.
+    Status LoadFile(CFileSource& file, std::uint32_t x, std::uint32_t y);
+
   protected:
     static constexpr const SWordKind& Kind() { return kWordKind<Element>; }
 
@@ -100,6 +116,12 @@ class CWordCorrectCoef : public CDefaultAnswers {
         return {Kind().hasFileKind ? static_cast<std::uint8_t>(FileKind()) : std::uint8_t{0}, name,
                 flag};
     }
+
+    /// The size of a file that the kind sizes, of the object's file-kind value.
+    Status QuerySize(const wchar_t* path, std::uint32_t& width, std::uint32_t& height) const;
+    /// Owner data of a word file of the kind, whatever its file-kind value.
+    static Status ReadInfo(const wchar_t* path, std::byte* name, std::uint32_t capacity,
+                           std::uint8_t& flag);
 
     Element PixelOrDefault(std::uint32_t x, std::uint32_t y) const {
         const Element* pixel = FindPixel(x, y);
@@ -143,9 +165,14 @@ class CWordCorrectCoef : public CDefaultAnswers {
     std::unique_ptr<CCaliOperation<Element>> m_pStore;
 };
 
-extern template class CWordCorrectCoef<S3WordCoef>;
-extern template class CWordCorrectCoef<S4WordCoef>;
-extern template class CWordCorrectCoef<S9WordCoef>;
-extern template class CWordCorrectCoef<S12WordCoef>;
+#define TREVOLT_WORD_OBJECT(kind, element, sizes) extern template class CWordCorrectCoef<element>;
+TREVOLT_WORD_KINDS(TREVOLT_WORD_OBJECT)
+#undef TREVOLT_WORD_OBJECT
+
+/// The object of an element's kind: a class of the kind's own says so where it is declared.
+template <class Element>
+struct SObjectOf {
+    using Type = CWordCorrectCoef<Element>;
+};
 
 } // namespace trevolt

@@ -29,24 +29,19 @@ Status ReadTextSize(const wchar_t* path, std::uint32_t& width, std::uint32_t& he
 }
 
 template <EWordKind Kind>
-Status LoadWord(CChromaCorrectCoef& map, const wchar_t* path) {
-    return LoadWordCoefFile(Kind, map, path);
-}
-
-/// The virtual-green kinds are placed in the map's own region, which begins at its left top.
-template <EWordKind Kind>
-Status LoadWordInRegion(CChromaCorrectCoef& map, const wchar_t* path) {
-    return LoadWordCoefFile(Kind, map, path, {0, 0, map.Width(), map.Height()});
-}
-
-template <EWordKind Kind>
-Status SaveWord(const CChromaCorrectCoef& map, const wchar_t* path) {
-    return SaveWordCoefFile(Kind, map, path);
-}
-
-template <EWordKind Kind>
-Status ReadWordSize(const wchar_t* path, std::uint32_t& width, std::uint32_t& height) {
-    return ReadWordCoefSize(Kind, path, width, height);
+constexpr SFileKind WordFileKind(std::wstring_view extension, int exportOrder) {
+    return {extension,
+            exportOrder,
+            [](CChromaCorrectCoef& map, const wchar_t* path) {
+                return LoadWordCoefFile(Kind, map, path);
+            },
+            [](const CChromaCorrectCoef& map, const wchar_t* path) {
+                return SaveWordCoefFile(Kind, map, path);
+            },
+            [](const wchar_t* path, std::uint32_t& width, std::uint32_t& height) {
+                return ReadWordCoefSize(Kind, path, width, height);
+            },
+            DescribeWordFileLosses};
 }
 
 constexpr std::array kFileKinds{
@@ -54,22 +49,16 @@ constexpr std::array kFileKinds{
               Read9fCoefSize, nullptr},
     SFileKind{L".9bcoef", 2, Read9bCoefFile, WriteWithoutPreparedGrid<Write9bCoefFile>,
               Read9bCoefSize, nullptr},
-    SFileKind{L".9wcoef", 3, LoadWord<EWordKind::Chroma>, SaveWord<EWordKind::Chroma>,
-              ReadWordSize<EWordKind::Chroma>, DescribeWordFileLosses},
-    SFileKind{L".3wcoef", 5, LoadWord<EWordKind::Brightness>, SaveWord<EWordKind::Brightness>,
-              ReadWordSize<EWordKind::Brightness>, DescribeWordFileLosses},
+    WordFileKind<EWordKind::Chroma>(L".9wcoef", 3),
+    WordFileKind<EWordKind::Brightness>(L".3wcoef", 5),
     SFileKind{L".3fcoef", 7, Read3fCoefFile, WriteWithoutPreparedGrid<Write3fCoefFile>,
               Read3fCoefSize, nullptr},
     SFileKind{L".3bcoef", 8, Read3bCoefFile, WriteWithoutPreparedGrid<Write3bCoefFile>,
               Read3bCoefSize, nullptr},
     SFileKind{L".cccoef", 9, LoadText, WriteWithoutPreparedGrid<WriteTextCoefFile>, ReadTextSize,
               nullptr},
-    SFileKind{L".4wcoef", 6, LoadWordInRegion<EWordKind::VirtualGreenBrightness>,
-              SaveWord<EWordKind::VirtualGreenBrightness>,
-              ReadWordSize<EWordKind::VirtualGreenBrightness>, DescribeWordFileLosses},
-    SFileKind{L".12wcoef", 4, LoadWordInRegion<EWordKind::VirtualGreenChroma>,
-              SaveWord<EWordKind::VirtualGreenChroma>, ReadWordSize<EWordKind::VirtualGreenChroma>,
-              DescribeWordFileLosses},
+    WordFileKind<EWordKind::VirtualGreenBrightness>(L".4wcoef", 6),
+    WordFileKind<EWordKind::VirtualGreenChroma>(L".12wcoef", 4),
 };
 
 bool Occurs(const SFileKind& kind, std::wstring_view lowered) {

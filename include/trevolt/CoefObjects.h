@@ -12,8 +12,8 @@
 
 namespace trevolt {
 
-/// An object of the kind, its store without a size until `Create`; the caller owns it. Throws
-/// std::bad_alloc without memory for its tables.
+/// An object of the kind, its store without a size until `Create`; the caller owns it. Null for a
+/// value that is no kind. Throws std::bad_alloc without memory for its tables.
 std::unique_ptr<CColorCorrectCoef> CreateCoefObject(EWordKind kind);
 
 /// As slot 117 for an image that is not trusted: nothing past its `length` bytes is read. Statuses of

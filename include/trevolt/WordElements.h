@@ -36,12 +36,27 @@ struct S12WordCoef {
                                     kFullScale, 0, 0, 0, 0, kFullScale};
 };
 
-/// The word kinds, by what a pixel of their files and objects is.
+} // namespace trevolt
+
+// X(kind, element, sizes): every word kind, by what a pixel of its files and objects is; the chroma
+// kind has an extra word beside it. `sizes` is how many compressed sizes a chunk record lists; those
+// past the element's words are 0. Of the 3- and the 4-word kind the list is longer than the words:
+// their records have the size of the records of the matrix kind beside them.
+// clang-format off
+#define TREVOLT_WORD_KINDS(X) \
+    X(Brightness, S3WordCoef, 9) \
+    X(VirtualGreenBrightness, S4WordCoef, 12) \
+    X(Chroma, S9WordCoef, 9) \
+    X(VirtualGreenChroma, S12WordCoef, 12)
+// clang-format on
+
+namespace trevolt {
+
+/// The word kinds.
 enum class EWordKind {
-    Chroma,                 ///< S9WordCoef and, beside it, an extra word
-    Brightness,             ///< S3WordCoef
-    VirtualGreenBrightness, ///< S4WordCoef
-    VirtualGreenChroma      ///< S12WordCoef
+#define TREVOLT_KIND_NAME(kind, element, sizes) kind,
+    TREVOLT_WORD_KINDS(TREVOLT_KIND_NAME)
+#undef TREVOLT_KIND_NAME
 };
 
 } // namespace trevolt

@@ -183,7 +183,9 @@ TEST(ChunkWriter, ExampleOfTheFormatPage) {
     owner.Find(255, 3)->w = {0xE000, 0xE001, 0xE002};
     owner.Find(256, 3)->w = {0xD000, 0xD001, 0xD002};
     const SPixelRect rect{255, 3, 258, 4};
-    std::stringstream stream = StreamBehind({.formatId = kBrightChunkFormat,
+    constexpr ChunkFormatId kBrightFormat{0x7F, 0x5D, 0x55, 0x81, 0x30, 0x5A, 0x58, 0x49,
+                                          0xB7, 0x65, 0x9E, 0x3D, 0x63, 0xB7, 0x28, 0xE8};
+    std::stringstream stream = StreamBehind({.formatId = kBrightFormat,
                                              .originX = 255,
                                              .originY = 3,
                                              .width = 3,

@@ -26,7 +26,8 @@ template <>
 struct KindOf<CCNewBrightCorrectCoef> {
     using Element = S3WordCoef;
     static constexpr CoefKinds kKind = kBright;
-    static constexpr ChunkFormatId kFormat = kBrightChunkFormat;
+    static constexpr ChunkFormatId kFormat{0x7F, 0x5D, 0x55, 0x81, 0x30, 0x5A, 0x58, 0x49,
+                                           0xB7, 0x65, 0x9E, 0x3D, 0x63, 0xB7, 0x28, 0xE8};
     static constexpr Status kOutputOpenFailed = E_HANDLE;
     static constexpr std::size_t kRecordBytes = 56;
     static constexpr auto kSize = &CColorCorrectCoef::GetBrightCoefSize;
@@ -40,7 +41,8 @@ template <>
 struct KindOf<CCNewChromaCorrectCoef> {
     using Element = S9WordCoef;
     static constexpr CoefKinds kKind = kChroma;
-    static constexpr ChunkFormatId kFormat = kChromaChunkFormat;
+    static constexpr ChunkFormatId kFormat{0x8F, 0xB0, 0x2E, 0x6F, 0x95, 0xC3, 0x16, 0x40,
+                                           0x84, 0x20, 0xFB, 0xC1, 0x66, 0x14, 0xB3, 0x0A};
     static constexpr Status kOutputOpenFailed = E_COEF_OPENFAILED;
     static constexpr std::size_t kRecordBytes = 56;
     static constexpr auto kSize = &CColorCorrectCoef::GetChromaCoefSize;
@@ -54,7 +56,8 @@ template <>
 struct KindOf<CVirtualGreenBrightCorrectCoef> {
     using Element = S4WordCoef;
     static constexpr CoefKinds kKind = kGreenBright;
-    static constexpr ChunkFormatId kFormat = kVirtualGreenBrightChunkFormat;
+    static constexpr ChunkFormatId kFormat{0x78, 0x7D, 0x75, 0xE8, 0xA0, 0x79, 0xD0, 0x47,
+                                           0xAF, 0x66, 0x80, 0xF6, 0x1B, 0x2F, 0xB4, 0x79};
     static constexpr Status kOutputOpenFailed = E_HANDLE;
     static constexpr std::size_t kRecordBytes = 68;
     static constexpr auto kSize = &CColorCorrectCoef::GetVBCoefSize;
@@ -68,7 +71,8 @@ template <>
 struct KindOf<CVirtualGreenChromaCorrectCoef> {
     using Element = S12WordCoef;
     static constexpr CoefKinds kKind = kGreenChroma;
-    static constexpr ChunkFormatId kFormat = kVirtualGreenChromaChunkFormat;
+    static constexpr ChunkFormatId kFormat{0xB6, 0x52, 0xF1, 0xDF, 0x3F, 0x8A, 0x68, 0x4C,
+                                           0xA5, 0x38, 0xB7, 0x24, 0xDA, 0xCB, 0x6B, 0xF4};
     static constexpr Status kOutputOpenFailed = E_HANDLE;
     static constexpr std::size_t kRecordBytes = 68;
     static constexpr auto kSize = &CColorCorrectCoef::GetVCCoefSize;

@@ -531,12 +531,17 @@ TYPED_TEST(GreenFiles, WithoutAStore) {
               E_COEF_INVALIDARG);
 }
 
-TEST(WordFormats, HaveTheElementsOfTheirKinds) {
-    EXPECT_EQ(FindElementOfFormat(kBrightChunkFormat)->elemSize, 6);
-    EXPECT_EQ(FindElementOfFormat(kChromaChunkFormat)->elemSize, 18);
-    EXPECT_EQ(FindElementOfFormat(kVirtualGreenBrightChunkFormat)->elemSize, 8);
-    EXPECT_EQ(FindElementOfFormat(kVirtualGreenChromaChunkFormat)->elemSize, 24);
-    EXPECT_EQ(FindElementOfFormat(kChromaChunkFormat2), nullptr); // of two stores
+TYPED_TEST(WordFiles, TheirFormatTellsTheirElement) {
+    constexpr ChunkFormatId kFormat = TestFixture::Facts::kFormat;
+    EXPECT_EQ(test::HeaderOf(ReadFile(test::CabinetSample<TypeParam>())).formatId, kFormat);
+    const WordElementKind* const element = FindElementOfFormat(kFormat);
+    ASSERT_NE(element, nullptr);
+    EXPECT_EQ(element->elemSize, 2 * test::kWordsOf<TypeParam>);
+}
+
+TEST(WordFormats, OfNoKindOrOfTwoStoresTellNoElement) {
+    EXPECT_EQ(FindElementOfFormat(kChromaChunkFormat2), nullptr);
+    EXPECT_EQ(FindElementOfFormat(kBrightChunkFormat2), nullptr);
     EXPECT_EQ(FindElementOfFormat(ChunkFormatId{}), nullptr);
 }
 

@@ -1,0 +1,27 @@
+#include "coef/FileSource.h"
+
+#include "platform/FileStream.h"
+
+namespace trevolt {
+
+CFileSource::CFileSource(std::istream& stream, const wchar_t* path)
+    : m_path(path), m_stream(&stream), m_start(stream.tellg()) {}
+
+std::istream* CFileSource::Open() {
+    if (m_stream == nullptr) {
+        m_file = std::fstream();
+        return OpenFileStream(m_file, m_path, std::ios::in) ? &m_file : nullptr;
+    }
+    Rewind();
+    return m_start >= 0 && m_stream->good() ? m_stream : nullptr;
+}
+
+void CFileSource::Rewind() {
+    if (m_start < 0)
+        return;
+    std::istream& stream = m_stream == nullptr ? m_file : *m_stream;
+    stream.clear();
+    stream.seekg(m_start);
+}
+
+} // namespace trevolt
