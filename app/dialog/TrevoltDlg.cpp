@@ -191,7 +191,7 @@ void CTrevoltDlg::ExportAll() {
 }
 
 void CTrevoltDlg::ExportOne(const std::wstring& name, const CChromaCorrectCoef& map) const {
-    const SFileKind* kind = FindExportKind(ToLowerAscii(name));
+    const SFileKind* kind = FindExportKind(name);
     if (kind == nullptr)
         return;
     const std::wstring path =

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "common/TextConversion.h"
 #include "trevolt/BinaryCoefFile.h"
 #include "trevolt/TextCoefFile.h"
 #include "trevolt/WordCoefFile.h"
@@ -69,13 +70,15 @@ bool Occurs(const SFileKind& kind, std::wstring_view lowered) {
 
 std::span<const SFileKind> FileKinds() { return kFileKinds; }
 
-const SFileKind* FindLoadKind(std::wstring_view lowered) {
+const SFileKind* FindLoadKind(std::wstring_view name) {
+    const std::wstring lowered = ToLowerAscii(name);
     const auto found = std::find_if(kFileKinds.begin(), kFileKinds.end(),
                                     [&](const SFileKind& kind) { return Occurs(kind, lowered); });
     return found == kFileKinds.end() ? nullptr : &*found;
 }
 
-const SFileKind* FindExportKind(std::wstring_view lowered) {
+const SFileKind* FindExportKind(std::wstring_view name) {
+    const std::wstring lowered = ToLowerAscii(name);
     const SFileKind* first = nullptr;
     for (const SFileKind& kind : kFileKinds)
         if (Occurs(kind, lowered) && (first == nullptr || kind.exportOrder < first->exportOrder))

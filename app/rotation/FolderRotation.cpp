@@ -8,7 +8,6 @@
 #include <fmt/format.h>
 
 #include "app/rotation/OrderedJobs.h"
-#include "common/TextConversion.h"
 #include "platform/FileSystem.h"
 #include "platform/Process.h"
 #include "platform/Utf8.h"
@@ -69,8 +68,7 @@ class CFileRotation {
           m_name(name),
           m_number(number),
           m_path(WithSeparator(request.sourceFolder) + name),
-          m_lowered(ToLowerAscii(name)),
-          m_loadKind(*FindLoadKind(m_lowered)) {}
+          m_loadKind(*FindLoadKind(name)) {}
 
     SFileOutcome Run() {
         m_outcome.name = WideToShownUtf8(m_name);
@@ -144,7 +142,7 @@ class CFileRotation {
         const std::wstring outputName = ExportName(m_name, m_request.angle.text);
         CTemporaryOutput output(WithSeparator(m_request.targetFolder), outputName, m_number);
         const CTransferReport report;
-        const Status status = FindExportKind(m_lowered)->save(turned, output.Path().c_str());
+        const Status status = FindExportKind(m_name)->save(turned, output.Path().c_str());
         if (std::string problem = DescribeWriteProblem(status, report); !problem.empty())
             Fail(std::move(problem));
         else if (m_interrupted) // asked once: what has its final name is also told of
@@ -168,7 +166,6 @@ class CFileRotation {
     const std::wstring& m_name;
     std::size_t m_number;
     std::wstring m_path;
-    std::wstring m_lowered;
     const SFileKind& m_loadKind;
     SFileOutcome m_outcome;
 };
@@ -184,11 +181,11 @@ KnownFiles FindKnownFiles(const std::wstring& folder) {
     const FolderListing listing = ListEntries(folder);
     known.denied = listing.denied;
     for (const FolderEntry& entry : listing.entries)
-        if (entry.kind == EntryKind::File && FindLoadKind(ToLowerAscii(entry.name)) != nullptr)
+        if (entry.kind == EntryKind::File && FindLoadKind(entry.name) != nullptr)
             known.names.push_back(entry.name);
     std::sort(known.names.begin(), known.names.end());
     for (const std::string& raw : listing.unnamedByUtf8)
-        if (FindLoadKind(ToLowerAscii(std::wstring(raw.begin(), raw.end()))) != nullptr)
+        if (FindLoadKind(std::wstring(raw.begin(), raw.end())) != nullptr)
             known.unnamable.push_back(raw);
     std::sort(known.unnamable.begin(), known.unnamable.end());
     return known;

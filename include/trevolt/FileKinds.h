@@ -34,12 +34,12 @@ struct SFileKind {
 /// All nine kinds, in the load's order.
 std::span<const SFileKind> FileKinds();
 
-/// The first kind in the load's order whose extension occurs anywhere in `lowered`, a lower-cased
-/// name or path; null when none does.
-const SFileKind* FindLoadKind(std::wstring_view lowered);
+/// The first kind in the load's order whose extension occurs anywhere in a name or path, A to Z and
+/// a to z being the same; null when none does.
+const SFileKind* FindLoadKind(std::wstring_view name);
 
 /// The same in the export's order.
-const SFileKind* FindExportKind(std::wstring_view lowered);
+const SFileKind* FindExportKind(std::wstring_view name);
 
 /// `name` with "-" and `angle` put before its first dot: Cab_01.9fcoef becomes Cab_01-90°.9fcoef.
 /// A name without a dot gets them at its end.

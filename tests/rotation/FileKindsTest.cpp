@@ -7,13 +7,13 @@
 namespace trevolt {
 namespace {
 
-std::wstring LoadKindOf(std::wstring_view lowered) {
-    const SFileKind* kind = FindLoadKind(lowered);
+std::wstring LoadKindOf(std::wstring_view name) {
+    const SFileKind* kind = FindLoadKind(name);
     return kind == nullptr ? L"" : std::wstring(kind->extension);
 }
 
-std::wstring ExportKindOf(std::wstring_view lowered) {
-    const SFileKind* kind = FindExportKind(lowered);
+std::wstring ExportKindOf(std::wstring_view name) {
+    const SFileKind* kind = FindExportKind(name);
     return kind == nullptr ? L"" : std::wstring(kind->extension);
 }
 
@@ -47,12 +47,13 @@ TEST(FileKinds, AreSearchedInAnotherOrderForTheExport) {
     EXPECT_EQ(ExportKindOf(L"cab.12wcoef.3wcoef"), L".12wcoef");
 }
 
-TEST(FileKinds, OccurAnywhereInALoweredName) {
-    EXPECT_EQ(LoadKindOf(ToLowerAscii(L"a.9FCOEF")), L".9fcoef");
+TEST(FileKinds, OccurAnywhereInANameInAnyCase) {
+    EXPECT_EQ(LoadKindOf(L"a.9FCOEF"), L".9fcoef");
+    EXPECT_EQ(ExportKindOf(L"A.12WCoeF"), L".12wcoef");
     EXPECT_EQ(LoadKindOf(L"a.9fcoef.bak"), L".9fcoef");
     EXPECT_EQ(LoadKindOf(L"/walls/old.9fcoef/readme.txt"), L".9fcoef");
     EXPECT_EQ(LoadKindOf(L".3bcoef"), L".3bcoef");
-    EXPECT_EQ(LoadKindOf(L"a.9FCOEF"), L""); // it is the caller who lowers
+    EXPECT_EQ(LoadKindOf(L"a.9\uFF26coef"), L""); // a full-width F
 }
 
 TEST(FileKinds, NeedTheDotBeforeTheDigit) {
