@@ -13,13 +13,13 @@ std::istream* CFileSource::Open() {
         return OpenFileStream(m_file, m_path, std::ios::in) ? &m_file : nullptr;
     }
     Rewind();
-    return m_start >= 0 && m_stream->good() ? m_stream : nullptr;
+    return m_stream;
 }
 
 void CFileSource::Rewind() {
-    if (m_start < 0)
-        return;
     std::istream& stream = m_stream == nullptr ? m_file : *m_stream;
+    if (m_start < 0)
+        return stream.setstate(std::ios::failbit);
     stream.clear();
     stream.seekg(m_start);
 }

@@ -22,18 +22,18 @@ class CFileSource {
     /// Where the file lies, null when it is in a stream alone.
     const wchar_t* Path() const { return m_path; }
 
-    /// The file at its first byte; null when it does not open, or no longer. It is the source's, and
-    /// the same stream every time.
+    /// The file at its first byte; null when a path does not open, or no longer. It is the source's,
+    /// and the same stream every time. A stream that had failed, or that cannot tell its position, has
+    /// failed here too: it reads as a file without bytes.
     std::istream* Open();
 
-    /// Puts back to its first byte what `Open` has given, without opening it anew. A stream that
-    /// cannot tell its position is left alone.
+    /// Puts back to its first byte what `Open` has given, without opening it anew.
     void Rewind();
 
   private:
     const wchar_t* m_path;
     std::istream* m_stream = nullptr; ///< not owned
-    std::streamoff m_start = 0;       ///< negative for a stream that cannot tell its position
+    std::streamoff m_start = 0;       ///< negative for a stream that cannot tell it
     std::fstream m_file;
 };
 

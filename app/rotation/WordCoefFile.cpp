@@ -247,9 +247,7 @@ std::vector<std::string> DescribeWordFileLosses(const wchar_t* path) {
 
 std::vector<std::string> DescribeWordFileLosses(std::istream& stream) {
     CFileSource file(stream);
-    if (file.Open() == nullptr)
-        return {};
-    const auto header = ReadChunkHeader(stream);
+    const auto header = ReadChunkHeader(*file.Open());
     file.Rewind();
     return header ? DescribeLosses(*header) : std::vector<std::string>();
 }

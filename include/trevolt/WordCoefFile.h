@@ -5,9 +5,10 @@
 // roundf(value × 65535), so that what exceeds 1.0 wraps to a small word.
 //
 // Each operation has two forms. The first takes a path, which may be null, and opens the file itself.
-// The second takes a binary stream that can be sought; the file begins at its position. An offset
-// that a file with extra words tells is one in its stream, so such a file begins where its stream
-// does.
+// The second takes a stream, which is in binary mode and can be sought, and stays the caller's; the
+// file begins at its position. A stream to be read that had failed, or that cannot be sought, reads as
+// a file without bytes, and has failed afterwards. An offset that a file with extra words tells is one
+// in its stream, so such a file begins where its stream does.
 #pragma once
 
 #include <cstdint>
@@ -40,8 +41,7 @@ Status LoadWordCoefFile(EWordKind kind, CChromaCorrectCoef& map, const wchar_t* 
 
 /// As above from a stream, which afterwards stands behind the data of the file's last chunk; of a
 /// file that is damaged or not taken it stands anywhere, and may have failed. The other kinds of
-/// file that a path may lead to are E_COEF_BADFORMAT here; E_COEF_OPENFAILED for a stream that has
-/// failed or cannot tell its position.
+/// file that a path may lead to are E_COEF_BADFORMAT here.
 Status LoadWordCoefFile(EWordKind kind, CChromaCorrectCoef& map, std::istream& stream,
                         const SMapRegion& region = {});
 
@@ -61,8 +61,7 @@ Status SaveWordCoefFile(EWordKind kind, const CChromaCorrectCoef& map, std::ostr
 Status ReadWordCoefSize(EWordKind kind, const wchar_t* path, std::uint32_t& width,
                         std::uint32_t& height);
 
-/// As above from a stream, which is put back to where it was. Float files are E_COEF_BADFORMAT here;
-/// E_COEF_OPENFAILED for a stream that has failed or cannot tell its position.
+/// As above from a stream, which is put back to where it was. Float files are E_COEF_BADFORMAT here.
 Status ReadWordCoefSize(EWordKind kind, std::istream& stream, std::uint32_t& width,
                         std::uint32_t& height);
 

@@ -42,6 +42,32 @@ TEST(ChunkLayout, HeaderFieldsHaveTheirPlaces) {
     EXPECT_EQ(DecodeChunkHeader(expected.data()), FullHeader());
 }
 
+TEST(ChunkLayout, AHeaderIsReadAtTheStreamsPosition) {
+    const ChunkHeaderBytes bytes = EncodeChunkHeader(FullHeader());
+    const std::string header(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    std::istringstream stream("before" + header + "behind");
+    stream.seekg(6);
+    EXPECT_EQ(ReadChunkHeader(stream), FullHeader());
+    EXPECT_TRUE(stream.good());
+    EXPECT_EQ(stream.tellg(), std::streampos(6 + 168));
+    std::istringstream last(header); // and not a byte more
+    EXPECT_EQ(ReadChunkHeader(last), FullHeader());
+    EXPECT_TRUE(last.good());
+}
+
+TEST(ChunkLayout, AStreamThatEndsInTheHeaderHasNone) {
+    const ChunkHeaderBytes bytes = EncodeChunkHeader(FullHeader());
+    const std::string header(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    for (std::size_t length = 0; length < header.size(); ++length) {
+        std::istringstream stream(header.substr(0, length));
+        EXPECT_EQ(ReadChunkHeader(stream), std::nullopt) << length;
+        EXPECT_TRUE(stream.fail());
+    }
+    std::istringstream failed(header);
+    failed.setstate(std::ios::failbit);
+    EXPECT_EQ(ReadChunkHeader(failed), std::nullopt);
+}
+
 TEST(ChunkLayout, RecordsListAsManySizesAsTheKindHas) {
     EXPECT_EQ(ChunkRecordBytes(1), 24U);
     EXPECT_EQ(ChunkRecordBytes(9), 56U);

@@ -2,15 +2,14 @@
 
 #include <atomic>
 #include <cstdint>
-#include <cstdlib>
 #include <functional>
-#include <new>
 
 #include <gtest/gtest.h>
 
 #include "common/LittleEndian.h"
 #include "common/TextConversion.h"
 #include "platform/FileSystem.h"
+#include "tests/rotation/AllocationLimit.h"
 #include "tests/support/CoefMaps.h"
 #include "trevolt/BinaryCoefFile.h"
 #include "trevolt/FileKinds.h"
@@ -19,25 +18,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #endif
-
-namespace {
-
-/// What is at least so large is refused.
-std::atomic<std::size_t> g_refusedBytes{SIZE_MAX};
-
-} // namespace
-
-void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
-    return bytes < g_refusedBytes ? std::malloc(bytes == 0 ? 1 : bytes) : nullptr;
-}
-void* operator new(std::size_t bytes) {
-    void* const memory = ::operator new(bytes, std::nothrow);
-    if (memory == nullptr)
-        throw std::bad_alloc();
-    return memory;
-}
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace trevolt {
 namespace {
@@ -378,9 +358,10 @@ TEST_F(FolderRotation, AFileWhoseSmallMemoryIsRefusedIsNamedAndTheOthersGoOn) {
     Bytes large = ReadFile(m_source.File(L"a.3bcoef"));
     large.resize(20000); // all of which is read at once
     WriteFile(m_source.File(L"b.3bcoef"), large);
-    g_refusedBytes = 19000;
-    const SRotationOutcome outcome = Run();
-    g_refusedBytes = SIZE_MAX;
+    const SRotationOutcome outcome = [&] {
+        const CAllocationLimit limit(19000);
+        return Run();
+    }();
     EXPECT_EQ(outcome.end, ERotationEnd::SomeFailed);
     EXPECT_EQ(outcome.written, 1U);
     ASSERT_EQ(m_listener.outcomes.size(), 2U);

@@ -1,6 +1,8 @@
 #include "trevolt/WordCoefFile.h"
 
+#include <algorithm>
 #include <cstring>
+#include <sstream>
 
 #include <gtest/gtest.h>
 
@@ -13,6 +15,13 @@
 #include "tests/support/TestFiles.h"
 #include "trevolt/MemoryBudget.h"
 #include "trevolt/TransferReport.h"
+
+#ifdef __linux__
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include "platform/FileSystem.h"
+#endif
 
 namespace trevolt {
 namespace {
@@ -373,6 +382,268 @@ TEST(WordFileLosses, NamesWhatAMapCannotHold) {
     EXPECT_EQ(DescribeWordFileLosses(file.c_str()),
               (std::vector<std::string>{"its extra words", "its owner name and flag"}));
 }
+
+// ---- on streams ----
+
+/// A map in which every value of every pixel differs from what a load gives.
+CChromaCorrectCoef MarkedMap(std::int32_t width, std::int32_t height) {
+    CChromaCorrectCoef map;
+    map.Resize(width, height);
+    SMatrixCoef mark;
+    mark.m.fill(0.3F);
+    for (std::int32_t y = 0; y < height; ++y)
+        for (std::int32_t x = 0; x < width; ++x)
+            map.SetElement(x, y, mark);
+    return map;
+}
+
+::testing::AssertionResult SameMaps(const CChromaCorrectCoef& a, const CChromaCorrectCoef& b) {
+    if (a.Width() != b.Width() || a.Height() != b.Height())
+        return ::testing::AssertionFailure() << "sizes differ";
+    for (std::int32_t y = 0; y < a.Height(); ++y)
+        for (std::int32_t x = 0; x < a.Width(); ++x)
+            if (a.ElementOrDefault(x, y).m != b.ElementOrDefault(x, y).m)
+                return ::testing::AssertionFailure() << "pixel " << x << ", " << y << " differs";
+    return ::testing::AssertionSuccess();
+}
+
+/// What a load tells beside its map.
+struct SLoadAccount {
+    Status status = S_OK;
+    std::uint32_t failedChunks = 0;
+    std::uint64_t missingPixels = 0;
+    bool wasMemoryRefused = false;
+
+    friend bool operator==(const SLoadAccount&, const SLoadAccount&) = default;
+};
+
+template <class Source>
+SLoadAccount LoadAndTell(EWordKind kind, CChromaCorrectCoef& map, Source& source,
+                         const SMapRegion& region) {
+    const CTransferReport report;
+    const Status status = LoadWordCoefFile(kind, map, source, region);
+    return {status, report.FailedChunks(), report.MissingPixels(), report.WasMemoryRefused()};
+}
+
+/// Size, losses and load of a file are the same from a path and from a stream.
+template <class Kind>
+void ExpectSameFromAStream(const test::Bytes& bytes, const std::wstring& path,
+                           const std::string& before = {}) {
+    test::WriteFile(path, bytes);
+    std::istringstream stream(
+        before + std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
+    const auto start = static_cast<std::streamoff>(before.size());
+    stream.seekg(start);
+
+    std::array<std::uint32_t, 4> size{7, 7, 7, 7};
+    const Status sized = ReadWordCoefSize(Kind::kKind, path.c_str(), size[0], size[1]);
+    EXPECT_EQ(ReadWordCoefSize(Kind::kKind, stream, size[2], size[3]), sized);
+    EXPECT_EQ(size[2], size[0]);
+    EXPECT_EQ(size[3], size[1]);
+    EXPECT_TRUE(stream.good());
+    EXPECT_EQ(stream.tellg(), std::streampos(start));
+
+    EXPECT_EQ(DescribeWordFileLosses(stream), DescribeWordFileLosses(path.c_str()));
+    EXPECT_TRUE(stream.good());
+    EXPECT_EQ(stream.tellg(), std::streampos(start));
+
+    CChromaCorrectCoef fromPath = MarkedMap(40, 24);
+    CChromaCorrectCoef fromStream = MarkedMap(40, 24);
+    const SMapRegion region{3, 2, 0, 0};
+    const wchar_t* const file = path.c_str();
+    const SLoadAccount expected = LoadAndTell(Kind::kKind, fromPath, file, region);
+    EXPECT_EQ(LoadAndTell(Kind::kKind, fromStream, stream, region), expected);
+    EXPECT_TRUE(SameMaps(fromPath, fromStream));
+}
+
+TYPED_TEST(WordCoefBridge, AStreamIsReadAsAFileIs) {
+    WriteCounting<TypeParam>(this->m_file, 300, 20); // two chunks
+    const test::Bytes whole = test::ReadFile(this->m_file);
+    ExpectSameFromAStream<TypeParam>(whole, this->m_file);
+    ExpectSameFromAStream<TypeParam>(whole, this->m_file, "what stands before");
+    ExpectSameFromAStream<TypeParam>({}, this->m_file);
+    test::Bytes damaged = whole;
+    damaged[168 + 20] ^= std::byte{1}; // the first chunk's first plane
+    ExpectSameFromAStream<TypeParam>(damaged, this->m_file);
+    for (const std::size_t length : {1U, 15U, 16U, 167U, 168U, 200U})
+        ExpectSameFromAStream<TypeParam>(test::Bytes(whole.begin(), whole.begin() + length),
+                                         this->m_file);
+    ExpectSameFromAStream<TypeParam>(test::Bytes(whole.begin(), whole.end() - 1), this->m_file);
+    ExpectSameFromAStream<TypeParam>(test::Bytes(400, std::byte{'x'}), this->m_file);
+}
+
+TYPED_TEST(WordCoefBridge, AStreamStandsBehindTheFileThatWasLoaded) {
+    WriteCounting<TypeParam>(this->m_file, 300, 20);
+    const std::string file = test::ReadText(this->m_file);
+    std::istringstream stream("before" + file + "behind");
+    stream.seekg(6);
+    CChromaCorrectCoef map;
+    map.Resize(300, 20);
+    ASSERT_EQ(LoadWordCoefFile(TypeParam::kKind, map, stream), S_OK);
+    EXPECT_TRUE(stream.good());
+    EXPECT_EQ(stream.tellg(), std::streampos(static_cast<std::streamoff>(6 + file.size())));
+}
+
+TYPED_TEST(WordCoefBridge, AStreamIsWrittenAsAFileIs) {
+    CChromaCorrectCoef map;
+    map.Resize(300, 140);
+    for (std::int32_t y = 0; y < 140; ++y)
+        for (std::int32_t x = 0; x < 300; ++x)
+            for (std::size_t k = 0; k < 12; ++k)
+                map.FindElement(x, y)->m[k] =
+                    static_cast<float>((x * 31 + y * 17 + static_cast<int>(k) * 5) % 997) / 996.0F;
+    ASSERT_EQ(SaveWordCoefFile(TypeParam::kKind, map, this->m_file.c_str()), S_OK);
+    const std::string file = test::ReadText(this->m_file);
+    std::stringstream stream;
+    stream << "before";
+    ASSERT_EQ(SaveWordCoefFile(TypeParam::kKind, map, stream), S_OK);
+    EXPECT_TRUE(stream.good());
+    EXPECT_EQ(stream.tellp(), std::streampos(static_cast<std::streamoff>(6 + file.size())));
+    EXPECT_EQ(stream.str(), "before" + file);
+}
+
+TYPED_TEST(WordCoefBridge, SavingToAStreamTellsWhyItCannot) {
+    std::stringstream stream;
+    CChromaCorrectCoef map;
+    EXPECT_EQ(SaveWordCoefFile(TypeParam::kKind, map, stream), E_COEF_INVALIDARG);
+    map.Resize(2, 2);
+    map.ColourGrid().Release();
+    EXPECT_EQ(SaveWordCoefFile(TypeParam::kKind, map, stream), E_FAIL);
+    map.Resize(2, 2);
+    {
+        const CBudgetLimit none(CMemoryBudget::Process().Outstanding());
+        EXPECT_EQ(SaveWordCoefFile(TypeParam::kKind, map, stream), E_FAIL);
+    }
+    EXPECT_TRUE(stream.str().empty());
+    stream.setstate(std::ios::failbit);
+    EXPECT_EQ(SaveWordCoefFile(TypeParam::kKind, map, stream), E_FAIL);
+}
+
+TYPED_TEST(WordCoefBridge, AStreamThatHadFailedHasNoBytes) {
+    WriteCounting<TypeParam>(this->m_file, 2, 1);
+    std::istringstream stream(test::ReadText(this->m_file));
+    stream.setstate(std::ios::failbit);
+    CChromaCorrectCoef map;
+    map.Resize(2, 1);
+    std::uint32_t width = 7;
+    std::uint32_t height = 7;
+    EXPECT_EQ(ReadWordCoefSize(TypeParam::kKind, stream, width, height), E_COEF_BADFORMAT);
+    EXPECT_EQ(width, 0U);
+    EXPECT_EQ(height, 0U);
+    EXPECT_EQ(LoadWordCoefFile(TypeParam::kKind, map, stream), E_COEF_BADFORMAT);
+    EXPECT_TRUE(DescribeWordFileLosses(stream).empty());
+    EXPECT_TRUE(stream.fail());
+}
+
+TEST(WordCoefStreams, HoldExtraWordsAndOwner) {
+    const CTemporaryFolder folder;
+    const std::wstring path = folder.File(L"a.9wPCoef");
+    CCNewChromaCorrectCoef object;
+    ASSERT_EQ(object.Create(300, 20), S_OK);
+    for (std::uint32_t x = 0; x < 300; ++x)
+        *object.FindPixel(x, 19) = CountingWords<ChromaKind>(x);
+    const std::array<std::byte, 16> name{std::byte{'x'}};
+    const std::uint8_t flag = 3;
+    ASSERT_EQ(object.ExportCoef(path.c_str(), {0, 0, 300, 20}, name.data(), &flag), S_OK);
+    const test::Bytes whole = test::ReadFile(path);
+    ExpectSameFromAStream<ChromaKind>(whole, path);
+    std::istringstream stream(test::ReadText(path));
+    EXPECT_EQ(DescribeWordFileLosses(stream),
+              (std::vector<std::string>{"its extra words", "its owner name and flag"}));
+    CChromaCorrectCoef map;
+    map.Resize(300, 20);
+    ASSERT_EQ(LoadWordCoefFile(EWordKind::Chroma, map, stream), S_OK);
+    EXPECT_EQ(map.FindElement(299, 19)->m[0], 299.0F / 65535.0F);
+    EXPECT_TRUE(stream.good());
+    EXPECT_EQ(stream.tellg(), std::streampos(static_cast<std::streamoff>(whole.size())));
+
+    test::Bytes damaged = whole;
+    StoreLittle<std::uint32_t>(&damaged[86], 167); // leads into the header
+    ExpectSameFromAStream<ChromaKind>(damaged, path);
+    for (const std::size_t end :
+         {whole.size() - 1, std::size_t{LoadLittle<std::uint32_t>(&whole[86])}})
+        ExpectSameFromAStream<ChromaKind>(
+            test::Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(end)), path);
+}
+
+// The samples of all word kinds, each as every kind.
+TYPED_TEST(WordCoefBridge, TheSamplesAreTheSameFromAStream) {
+    for (const wchar_t* name :
+         {L"cabinet/Cab_06.9wcoef", L"cabinet/Cab_07.3wcoef", L"cabinet/Cab_08.4wcoef",
+          L"cabinet/Cab_09.12wcoef", L"awkward/blocks_reversed.9wcoef",
+          L"awkward/origin_1000_777.9wcoef"})
+        ExpectSameFromAStream<TypeParam>(test::ReadFile(test::Sample(name)), this->m_file);
+}
+
+// Float files have readers of their own, which know paths alone.
+TEST(WordCoefStreams, FloatFilesAreNotTaken) {
+    const std::wstring floats = test::Sample(L"cabinet/Cab_01.9fcoef");
+    CChromaCorrectCoef map;
+    map.Resize(40, 24);
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    EXPECT_EQ(ReadWordCoefSize(EWordKind::Chroma, floats.c_str(), width, height), S_OK);
+    EXPECT_EQ(LoadWordCoefFile(EWordKind::Chroma, map, floats.c_str()), S_OK);
+    std::istringstream stream(test::ReadText(floats));
+    EXPECT_EQ(ReadWordCoefSize(EWordKind::Chroma, stream, width, height), E_COEF_BADFORMAT);
+    EXPECT_EQ(LoadWordCoefFile(EWordKind::Chroma, map, stream), E_COEF_BADFORMAT);
+}
+
+TEST(WordCoefKinds, AValueThatIsNoKind) {
+    const auto none = static_cast<EWordKind>(4);
+    const std::wstring sample = test::Sample(L"cabinet/Cab_06.9wcoef");
+    CChromaCorrectCoef map;
+    map.Resize(2, 2);
+    std::stringstream stream;
+    std::uint32_t width = 7;
+    std::uint32_t height = 7;
+    EXPECT_EQ(LoadWordCoefFile(none, map, sample.c_str()), E_COEF_INVALIDARG);
+    EXPECT_EQ(ReadWordCoefSize(none, sample.c_str(), width, height), E_COEF_INVALIDARG);
+    EXPECT_EQ(SaveWordCoefFile(none, map, stream), E_COEF_INVALIDARG);
+    EXPECT_TRUE(stream.str().empty());
+}
+
+#ifdef __linux__
+/// Counts how often a file is opened while it lives.
+class COpenCount {
+  public:
+    explicit COpenCount(const std::wstring& path) : m_events(inotify_init1(IN_NONBLOCK)) {
+        EXPECT_GE(inotify_add_watch(m_events, ToNativePath(path)->c_str(), IN_OPEN | IN_CLOSE), 0);
+    }
+    ~COpenCount() { close(m_events); }
+    COpenCount(const COpenCount&) = delete;
+    COpenCount& operator=(const COpenCount&) = delete;
+
+    /// The opens since the last call. An event of a file that is watched itself has no name; the
+    /// closes keep two opens from being told as one.
+    std::ptrdiff_t Take() const {
+        std::array<inotify_event, 64> events{};
+        const ssize_t bytes = read(m_events, events.data(), sizeof events);
+        const ssize_t count = bytes / static_cast<ssize_t>(sizeof(inotify_event));
+        return std::count_if(events.begin(), events.begin() + std::max<ssize_t>(count, 0),
+                             [](const inotify_event& event) { return event.mask == IN_OPEN; });
+    }
+
+  private:
+    int m_events;
+};
+
+TYPED_TEST(WordCoefBridge, EachQuestionAndEachLoadOpensTheFileOnce) {
+    WriteCounting<TypeParam>(this->m_file, 2, 1);
+    CChromaCorrectCoef map;
+    map.Resize(2, 1);
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    const COpenCount opens(this->m_file);
+    test::ReadFile(this->m_file);
+    EXPECT_EQ(ReadWordCoefSize(TypeParam::kKind, this->m_file.c_str(), width, height), S_OK);
+    EXPECT_EQ(opens.Take(), 2); // the count counts
+    EXPECT_EQ(LoadWordCoefFile(TypeParam::kKind, map, this->m_file.c_str()), S_OK);
+    EXPECT_EQ(opens.Take(), 1);
+    EXPECT_TRUE(DescribeWordFileLosses(this->m_file.c_str()).empty());
+    EXPECT_EQ(opens.Take(), 1);
+}
+#endif
 
 } // namespace
 } // namespace trevolt
