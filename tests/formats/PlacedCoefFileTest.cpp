@@ -23,7 +23,7 @@ using Mask = std::array<bool, 9>;
 constexpr Mask kAll{true, true, true, true, true, true, true, true, true};
 constexpr Mask kDiagonal{true, false, false, false, true, false, false, false, true};
 
-S3fCoefKind::EntryMask DiagonalOf(const Mask& mask) { return {mask[0], mask[4], mask[8]}; }
+DiagonalEntryMask DiagonalOf(const Mask& mask) { return {mask[0], mask[4], mask[8]}; }
 
 Status Place(std::size_t kind, CChromaCorrectCoef& map, const wchar_t* path, SPixelRect& rect,
              bool clip, const Mask& mask) {
