@@ -2,14 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <fstream>
 #include <limits>
 
 #include "common/LittleEndian.h"
-#include "common/WrittenFile.h"
-#include "formats/BinaryCoefKind.h"
-#include "platform/FileStream.h"
-#include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {
@@ -27,13 +22,8 @@ struct FileSize {
     std::uint16_t height = 0;
 };
 
-/// Opens the file and takes its header; the stream then stands at the body.
-Status OpenCoefFile(const wchar_t* path, const CoefFileMagic& magic, std::fstream& stream,
-                    FileSize& size) {
-    if (path == nullptr)
-        return E_COEF_INVALIDARG;
-    if (!OpenFileStream(stream, path, std::ios::in))
-        return E_COEF_OPENFAILED;
+/// Takes the header; the stream then stands at the body.
+Status ReadHeader(std::istream& stream, const CoefFileMagic& magic, FileSize& size) {
     HeaderBytes header{};
     if (!stream.read(reinterpret_cast<char*>(header.data()), header.size()) ||
         std::memcmp(header.data(), magic.data(), magic.size()) != 0 ||
@@ -53,13 +43,10 @@ HeaderBytes MakeHeader(const CoefFileMagic& magic, std::uint32_t width, std::uin
     return header;
 }
 
-} // namespace
-
-Status ReadCoefBody(const wchar_t* path, const CoefFileMagic& magic, CMassiveGrid& body) {
-    body.Release();
-    std::fstream stream;
+/// Reads header and body; the body is as long as what follows the header.
+Status ReadHeaderAndBody(std::istream& stream, const CoefFileMagic& magic, CMassiveGrid& body) {
     FileSize size;
-    if (const Status status = OpenCoefFile(path, magic, stream, size); Failed(status))
+    if (const Status status = ReadHeader(stream, magic, size); Failed(status))
         return status;
     const auto stored = BytesToEnd(stream);
     if (!stored)
@@ -72,11 +59,19 @@ Status ReadCoefBody(const wchar_t* path, const CoefFileMagic& magic, CMassiveGri
     return E_FAIL;
 }
 
-Status ReadCoefFileSize(const wchar_t* path, const CoefFileMagic& magic, std::uint32_t& width,
+} // namespace
+
+Status ReadCoefBody(const CFileSource& source, const CoefFileMagic& magic, CMassiveGrid& body) {
+    body.Release();
+    return source.Take(
+        [&](std::istream& stream) { return ReadHeaderAndBody(stream, magic, body); });
+}
+
+Status ReadCoefFileSize(const CFileSource& source, const CoefFileMagic& magic, std::uint32_t& width,
                         std::uint32_t& height) {
-    std::fstream stream;
     FileSize size;
-    const Status status = OpenCoefFile(path, magic, stream, size);
+    const Status status =
+        source.Take([&](std::istream& stream) { return ReadHeader(stream, magic, size); });
     if (Failed(status))
         return status;
     width = size.width;
@@ -84,16 +79,13 @@ Status ReadCoefFileSize(const wchar_t* path, const CoefFileMagic& magic, std::ui
     return S_OK;
 }
 
-Status WriteCoefBody(const wchar_t* path, const CoefFileMagic& magic, std::uint32_t width,
+Status WriteCoefBody(const CFileTarget& target, const CoefFileMagic& magic, std::uint32_t width,
                      std::uint32_t height, const CMassiveBuf& body) {
-    COutputFile stream;
-    if (!OpenWritten(stream, path, std::ios::out | std::ios::trunc))
-        return E_COEF_OPENFAILED;
-    const HeaderBytes header = MakeHeader(magic, width, height);
-    stream.write(reinterpret_cast<const char*>(header.data()), header.size());
-    const Status status = body.CompressToFile(stream);
-    CloseWritten(stream);
-    return status;
+    return target.Put([&](std::ostream& stream) {
+        const HeaderBytes header = MakeHeader(magic, width, height);
+        stream.write(reinterpret_cast<const char*>(header.data()), header.size());
+        return body.CompressToFile(stream);
+    });
 }
 
 bool ResizeBody(CMassiveGrid& body, std::int64_t width, std::int64_t height) {
@@ -119,13 +111,10 @@ Status FillBodyFromMap(const CChromaCorrectCoef& map, const SPixelRect& rect, CM
     return S_OK;
 }
 
-template Status FillBodyFromMap<S9fCoefKind>(const CChromaCorrectCoef&, const SPixelRect&,
-                                             CMassiveGrid&);
-template Status FillBodyFromMap<S3fCoefKind>(const CChromaCorrectCoef&, const SPixelRect&,
-                                             CMassiveGrid&);
-template Status FillBodyFromMap<S9bCoefKind>(const CChromaCorrectCoef&, const SPixelRect&,
-                                             CMassiveGrid&);
-template Status FillBodyFromMap<S3bCoefKind>(const CChromaCorrectCoef&, const SPixelRect&,
-                                             CMassiveGrid&);
+#define TREVOLT_FILL_BODY(Kind)                                                                    \
+    template Status FillBodyFromMap<Kind>(const CChromaCorrectCoef&, const SPixelRect&,            \
+                                          CMassiveGrid&);
+TREVOLT_EACH_BINARY_COEF_KIND(TREVOLT_FILL_BODY)
+#undef TREVOLT_FILL_BODY
 
 } // namespace trevolt

@@ -9,6 +9,7 @@
 #include <cstdint>
 
 #include "formats/BinaryCoefKind.h"
+#include "formats/FileOrStream.h"
 #include "trevolt/ChromaCorrectCoef.h"
 #include "trevolt/PixelRect.h"
 #include "trevolt/StatusCodes.h"
@@ -18,18 +19,18 @@ namespace trevolt {
 /// Reads a file of the kind with `magic` into `body`, which takes the file's width and height; its
 /// element size must be the kind's. E_COEF_INVALIDARG for a null path, E_COEF_OPENFAILED,
 /// E_COEF_BADFORMAT for another magic, a version above 1 or a file shorter than its header, E_FAIL
-/// for a damaged body or one of another size than the header's, E_OUTOFMEMORY. After a failure
-/// `body` is empty.
-Status ReadCoefBody(const wchar_t* path, const CoefFileMagic& magic, CMassiveGrid& body);
+/// for a damaged body, one of another size than the header's, or a stream that cannot tell where it
+/// ends, E_OUTOFMEMORY. After a failure `body` is empty.
+Status ReadCoefBody(const CFileSource& source, const CoefFileMagic& magic, CMassiveGrid& body);
 
 /// Reads only the header; E_COEF_INVALIDARG, E_COEF_OPENFAILED and E_COEF_BADFORMAT as above, the
 /// outputs then unchanged.
-Status ReadCoefFileSize(const wchar_t* path, const CoefFileMagic& magic, std::uint32_t& width,
+Status ReadCoefFileSize(const CFileSource& source, const CoefFileMagic& magic, std::uint32_t& width,
                         std::uint32_t& height);
 
 /// Writes header (version 1, the sizes' low 16 bits) and body. E_COEF_OPENFAILED, or E_FAIL when
 /// the stream fails; a partial file then stays.
-Status WriteCoefBody(const wchar_t* path, const CoefFileMagic& magic, std::uint32_t width,
+Status WriteCoefBody(const CFileTarget& target, const CoefFileMagic& magic, std::uint32_t width,
                      std::uint32_t height, const CMassiveBuf& body);
 
 /// Sizes `body`; false, and it is empty, when a size is negative or the memory is refused. A size of
@@ -39,32 +40,24 @@ bool ResizeBody(CMassiveGrid& body, std::int64_t width, std::int64_t height);
 /// Sizes `body` to the rectangle and converts the map's pixels into it, the identity where a pixel
 /// is not in the map. E_FAIL when the memory is refused, and only then E_COEF_INVALIDARG when the
 /// rectangle is wider or taller than the map, `body` being empty with both; a width or height below
-/// 1 converts nothing and succeeds.
+/// 1 converts nothing and succeeds. Compiled for every kind.
 template <class Kind>
 Status FillBodyFromMap(const CChromaCorrectCoef& map, const SPixelRect& rect, CMassiveGrid& body);
-
-extern template Status FillBodyFromMap<S9fCoefKind>(const CChromaCorrectCoef&, const SPixelRect&,
-                                                    CMassiveGrid&);
-extern template Status FillBodyFromMap<S3fCoefKind>(const CChromaCorrectCoef&, const SPixelRect&,
-                                                    CMassiveGrid&);
-extern template Status FillBodyFromMap<S9bCoefKind>(const CChromaCorrectCoef&, const SPixelRect&,
-                                                    CMassiveGrid&);
-extern template Status FillBodyFromMap<S3bCoefKind>(const CChromaCorrectCoef&, const SPixelRect&,
-                                                    CMassiveGrid&);
 
 /// Writes the map's pixels in the rectangle as a file of the rectangle's size. E_COEF_INVALIDARG for
 /// a null path or an empty map, E_FAIL for a negative width or height, which no body has; else as
 /// `FillBodyFromMap`, and with all these no file is touched; else as `WriteCoefBody`.
 template <class Kind>
-Status WriteMapRegion(const CChromaCorrectCoef& map, const wchar_t* path, const SPixelRect& rect) {
-    if (path == nullptr || map.IsEmpty())
+Status WriteMapRegion(const CChromaCorrectCoef& map, const CFileTarget& target,
+                      const SPixelRect& rect) {
+    if (target.IsNull() || map.IsEmpty())
         return E_COEF_INVALIDARG;
     if (rect.Width() < 0 || rect.Height() < 0)
         return E_FAIL;
     CMassiveGrid body(Kind::kStoredBytes);
     if (const Status status = FillBodyFromMap<Kind>(map, rect, body); Failed(status))
         return status;
-    return WriteCoefBody(path, Kind::kMagic, static_cast<std::uint32_t>(rect.Width()),
+    return WriteCoefBody(target, Kind::kMagic, static_cast<std::uint32_t>(rect.Width()),
                          static_cast<std::uint32_t>(rect.Height()), body);
 }
 

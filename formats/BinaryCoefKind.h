@@ -1,6 +1,8 @@
-// The one conversion table of the four binary kinds: which matrix entries a kind stores and as what.
+// The one table of the binary kinds: which matrix entries a kind stores and as what, its magic and
+// its oddities. Whatever is compiled for each kind is so from the list at the end.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -9,6 +11,7 @@
 #include "trevolt/FixedPoint.h"
 #include "trevolt/MassiveGrid.h"
 #include "trevolt/MatrixCoef.h"
+#include "trevolt/StatusCodes.h"
 
 namespace trevolt {
 
@@ -31,7 +34,7 @@ struct SByteValue {
 };
 
 /// What the kinds share, from their value and the matrix entries that they store. An entry mask has
-/// one flag per stored entry.
+/// one flag per stored entry. A kind says otherwise by a member of the same name.
 template <class Value, std::size_t... Entries>
 struct SBinaryCoefKind {
     static constexpr std::size_t kStoredCount = sizeof...(Entries);
@@ -40,6 +43,13 @@ struct SBinaryCoefKind {
     using Stored = std::array<typename Value::Type, kStoredCount>;
     using EntryMask = std::array<bool, kStoredCount>;
     static constexpr std::uint32_t kStoredBytes = sizeof(Stored);
+
+    /// What a read answers that took the whole map from a file of its size.
+    static constexpr Status kWholeMapRead = S_OK;
+    /// Whether a map without storage is refused by the writer, and not written as the identity.
+    static constexpr bool kNeedsStorage = false;
+    /// Whether a prepared grid is the body as it stands, and not converted into one.
+    static constexpr bool kTakesPreparedBody = false;
 
     /// The stored element of the identity matrix.
     static constexpr Stored Identity() {
@@ -85,6 +95,11 @@ struct SBinaryCoefKind {
         return stored;
     }
 
+    /// Sets a map's element from the stored one at a linear index of a body.
+    static void LoadAt(const CMassiveGrid& body, std::uint32_t index, SMatrixCoef& element) {
+        Load(At(body, index), element);
+    }
+
     static void Put(CMassiveGrid& body, std::uint32_t index, const Stored& stored) {
         std::memcpy(body.Element(index), &stored, sizeof stored);
     }
@@ -99,6 +114,23 @@ using DiagonalCoefKind = SBinaryCoefKind<Value, 0, 4, 8>;
 struct S9fCoefKind : MatrixCoefKind<SFloatValue> {
     static constexpr CoefFileMagic kMagic{0xA7, 0x00, 0xF3, 0xCE, 0x46, 0xC7, 0x1E, 0x48,
                                           0xB3, 0xD2, 0x5E, 0xDD, 0x63, 0x31, 0x46, 0x61};
+
+    /// The result of copying a whole grid over the map's, a truth value, is the status.
+    static constexpr Status kWholeMapRead = MakeStatus(1);
+    static constexpr bool kTakesPreparedBody = true;
+
+    /// Copies twelve values from the start of a stored element: nine of its own and the first three
+    /// of the one behind it.
+    static void LoadAt(const CMassiveGrid& body, std::uint32_t index, SMatrixCoef& element) {
+        if (body.RunLength(index) > 1) {
+            std::memcpy(element.m.data(), body.Element(index), sizeof element.m);
+            return;
+        }
+        const SMatrixCoef defaults;
+        std::memcpy(element.m.data(), body.Element(index), kStoredBytes);
+        std::copy(defaults.m.begin() + kStoredCount, defaults.m.end(),
+                  element.m.begin() + kStoredCount);
+    }
 };
 /// `.3fcoef`: the matrix diagonal as 3 float32.
 struct S3fCoefKind : DiagonalCoefKind<SFloatValue> {
@@ -109,12 +141,18 @@ struct S3fCoefKind : DiagonalCoefKind<SFloatValue> {
 struct S9bCoefKind : MatrixCoefKind<SByteValue> {
     static constexpr CoefFileMagic kMagic{0x1B, 0xD1, 0xF3, 0xCA, 0x70, 0xD5, 0x9E, 0x42,
                                           0x97, 0xBB, 0x9B, 0xA3, 0x1F, 0x0C, 0x48, 0xD6};
+
+    static constexpr bool kNeedsStorage = true;
 };
 /// `.3bcoef`: the matrix diagonal as 3 bytes.
 struct S3bCoefKind : DiagonalCoefKind<SByteValue> {
     static constexpr CoefFileMagic kMagic{0xCC, 0x88, 0x57, 0x02, 0xE6, 0x46, 0xC1, 0x49,
                                           0x94, 0xE1, 0x82, 0x32, 0xD6, 0x15, 0xFA, 0xA2};
 };
+
+/// Every binary kind.
+#define TREVOLT_EACH_BINARY_COEF_KIND(DO)                                                          \
+    DO(S9fCoefKind) DO(S3fCoefKind) DO(S9bCoefKind) DO(S3bCoefKind)
 
 /// The raw map file, which has no stored elements but whole grids (formats/RawMapFile.cpp).
 inline constexpr CoefFileMagic kRawMapMagic{0x20, 0xBA, 0xCA, 0x2D, 0xED, 0x0B, 0xB9, 0x44,

@@ -37,12 +37,12 @@ std::int32_t PlacedExtent(std::int64_t start, std::int64_t stored, std::int64_t 
 }
 
 template <class Kind>
-Status Place(CChromaCorrectCoef& map, const wchar_t* path, SPixelRect& rect, bool clip,
+Status Place(CChromaCorrectCoef& map, const CFileSource& source, SPixelRect& rect, bool clip,
              const typename Kind::EntryMask& mask) {
-    if (path == nullptr || !IsPlace(rect, clip))
+    if (!IsPlace(rect, clip))
         return E_COEF_INVALIDARG;
     CMassiveGrid body(Kind::kStoredBytes);
-    if (const Status status = ReadCoefBody(path, Kind::kMagic, body); Failed(status))
+    if (const Status status = ReadCoefBody(source, Kind::kMagic, body); Failed(status))
         return status;
     const std::int32_t width =
         PlacedExtent(rect.left, body.Width(), rect.Width(), clip, map.Width());
@@ -75,12 +75,12 @@ Status ConvertColumns(const CMassiveGrid& body, CChromaCorrectCoef& map,
 }
 
 template <class Kind>
-Status ReadDiagonal(CChromaCorrectCoef& map, const wchar_t* path,
+Status ReadDiagonal(CChromaCorrectCoef& map, const CFileSource& source,
                     const SOperationRecord* operation) {
     constexpr typename Kind::EntryMask kDiagonal{true,  false, false, false, true,
                                                  false, false, false, true};
     CMassiveGrid body(Kind::kStoredBytes);
-    if (const Status status = ReadCoefBody(path, Kind::kMagic, body); Failed(status))
+    if (const Status status = ReadCoefBody(source, Kind::kMagic, body); Failed(status))
         return status;
     const CMaskedLoad<Kind> convert(body, kDiagonal);
     if (operation != nullptr && operation->sink != nullptr)
@@ -96,9 +96,19 @@ Status Place9fCoefFile(CChromaCorrectCoef& map, const wchar_t* path, SPixelRect&
     return Place<S9fCoefKind>(map, path, rect, clip, mask);
 }
 
+Status Place9fCoefFile(CChromaCorrectCoef& map, std::istream& stream, SPixelRect& rect, bool clip,
+                       const S9fCoefKind::EntryMask& mask) {
+    return Place<S9fCoefKind>(map, stream, rect, clip, mask);
+}
+
 Status Place9bCoefFile(CChromaCorrectCoef& map, const wchar_t* path, SPixelRect& rect, bool clip,
                        const S9bCoefKind::EntryMask& mask) {
     return Place<S9bCoefKind>(map, path, rect, clip, mask);
+}
+
+Status Place9bCoefFile(CChromaCorrectCoef& map, std::istream& stream, SPixelRect& rect, bool clip,
+                       const S9bCoefKind::EntryMask& mask) {
+    return Place<S9bCoefKind>(map, stream, rect, clip, mask);
 }
 
 Status Place3fCoefFile(CChromaCorrectCoef& map, const wchar_t* path, SPixelRect& rect, bool clip,
@@ -106,9 +116,19 @@ Status Place3fCoefFile(CChromaCorrectCoef& map, const wchar_t* path, SPixelRect&
     return Place<S3fCoefKind>(map, path, rect, clip, mask);
 }
 
+Status Place3fCoefFile(CChromaCorrectCoef& map, std::istream& stream, SPixelRect& rect, bool clip,
+                       const S3fCoefKind::EntryMask& mask) {
+    return Place<S3fCoefKind>(map, stream, rect, clip, mask);
+}
+
 Status Place3bCoefFile(CChromaCorrectCoef& map, const wchar_t* path, SPixelRect& rect, bool clip,
                        const S3bCoefKind::EntryMask& mask) {
     return Place<S3bCoefKind>(map, path, rect, clip, mask);
+}
+
+Status Place3bCoefFile(CChromaCorrectCoef& map, std::istream& stream, SPixelRect& rect, bool clip,
+                       const S3bCoefKind::EntryMask& mask) {
+    return Place<S3bCoefKind>(map, stream, rect, clip, mask);
 }
 
 Status ReadDiagonal9fCoefFile(CChromaCorrectCoef& map, const wchar_t* path,
@@ -116,8 +136,17 @@ Status ReadDiagonal9fCoefFile(CChromaCorrectCoef& map, const wchar_t* path,
     return ReadDiagonal<S9fCoefKind>(map, path, operation);
 }
 
+Status ReadDiagonal9fCoefFile(CChromaCorrectCoef& map, std::istream& stream,
+                              const SOperationRecord* operation) {
+    return ReadDiagonal<S9fCoefKind>(map, stream, operation);
+}
+
 Status ReadDiagonal9bCoefFile(CChromaCorrectCoef& map, const wchar_t* path) {
     return ReadDiagonal<S9bCoefKind>(map, path, nullptr);
+}
+
+Status ReadDiagonal9bCoefFile(CChromaCorrectCoef& map, std::istream& stream) {
+    return ReadDiagonal<S9bCoefKind>(map, stream, nullptr);
 }
 
 } // namespace trevolt

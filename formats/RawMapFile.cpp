@@ -1,21 +1,14 @@
 #include "trevolt/RawMapFile.h"
 
 #include "formats/BinaryCoefKind.h"
-#include "platform/FileStream.h"
+#include "formats/FileOrStream.h"
 
 namespace trevolt {
 namespace {
 
 constexpr std::streamsize kUnusedFields = 8; // a uint32, width and height
 
-} // namespace
-
-Status ReadRawMapFile(CChromaCorrectCoef& map, const wchar_t* path) {
-    if (path == nullptr)
-        return E_COEF_INVALIDARG;
-    std::fstream stream;
-    if (!OpenFileStream(stream, path, std::ios::in))
-        return E_COEF_OPENFAILED;
+Status ReadGrids(CChromaCorrectCoef& map, std::istream& stream) {
     CoefFileMagic magic{};
     if (!stream.read(reinterpret_cast<char*>(magic.data()), magic.size()) || magic != kRawMapMagic)
         return E_COEF_BADFORMAT;
@@ -27,6 +20,20 @@ Status ReadRawMapFile(CChromaCorrectCoef& map, const wchar_t* path) {
         return S_OK; // nothing tells where the gain grid's image begins
     DropStatus(map.GainGrid().ReadFromFile(stream));
     return S_OK;
+}
+
+Status ReadRawMap(CChromaCorrectCoef& map, const CFileSource& source) {
+    return source.Take([&](std::istream& stream) { return ReadGrids(map, stream); });
+}
+
+} // namespace
+
+Status ReadRawMapFile(CChromaCorrectCoef& map, const wchar_t* path) {
+    return ReadRawMap(map, path);
+}
+
+Status ReadRawMapFile(CChromaCorrectCoef& map, std::istream& stream) {
+    return ReadRawMap(map, stream);
 }
 
 } // namespace trevolt

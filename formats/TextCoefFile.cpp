@@ -7,13 +7,11 @@
 #include <string_view>
 #include <vector>
 
-#include "common/WrittenFile.h"
+#include "formats/FileOrStream.h"
 #include "formats/SanitizeMatrix.h"
 #include "formats/TextLines.h"
 #include "formats/TextNumber.h"
 #include "formats/TextScan.h"
-#include "platform/FileStream.h"
-#include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {
@@ -70,14 +68,13 @@ void RaiseToHold(const Coordinates& at, std::uint32_t& width, std::uint32_t& hei
     Raise(height, std::int64_t{at.y} + 1);
 }
 
-/// A file whose tag line has been taken.
+/// A file that begins with a tag line.
 class CTaggedText {
   public:
-    Status Open(const wchar_t* path) {
-        if (path == nullptr)
-            return E_COEF_INVALIDARG;
-        if (!OpenFileStream(m_stream, path, std::ios::in))
-            return E_COEF_OPENFAILED;
+    explicit CTaggedText(std::istream& stream) : m_lines(stream) {}
+
+    /// Takes the tag line, before all others; E_COEF_BADTEXT for an empty or unknown one.
+    Status TakeTag() {
         const std::string_view tag = m_lines.Next();
         const auto dialect =
             std::find_if(kDialects.begin(), kDialects.end(),
@@ -101,8 +98,7 @@ class CTaggedText {
     CTextLines& Lines() { return m_lines; }
 
   private:
-    std::fstream m_stream;
-    CTextLines m_lines{m_stream};
+    CTextLines m_lines;
     bool m_sized = false;
 };
 
@@ -184,29 +180,33 @@ void WriteDataLines(std::ostream& stream, const CChromaCorrectCoef& map, const C
     writer.Flush();
 }
 
-} // namespace
-
-Status WriteTextCoefFile(const CChromaCorrectCoef& map, const wchar_t* path,
-                         const CMassiveGrid* preparedGrid) {
-    if (path == nullptr || (preparedGrid != nullptr && !HasShapeOf(*preparedGrid, map)))
-        return E_COEF_INVALIDARG;
-    COutputFile stream;
-    if (!OpenWritten(stream, path, std::ios::out | std::ios::trunc))
-        return E_COEF_OPENFAILED;
+void WriteLines(std::ostream& stream, const CChromaCorrectCoef& map, const CMassiveGrid& grid) {
     const std::string header = HeaderLines(map);
     stream.write(header.data(), static_cast<std::streamsize>(header.size()));
-    WriteDataLines(stream, map, preparedGrid != nullptr ? *preparedGrid : map.ColourGrid());
-    CloseWritten(stream);
-    return S_OK;
+    WriteDataLines(stream, map, grid);
 }
 
-Status ReadTextCoefFile(CChromaCorrectCoef& map, const wchar_t* path, std::int32_t xOffset,
-                        std::int32_t yOffset, std::uint32_t& width, std::uint32_t& height,
-                        bool diagonalOnly) {
-    if (xOffset < 0 || yOffset < 0)
+Status WriteText(const CChromaCorrectCoef& map, const CFileTarget& target,
+                 const CMassiveGrid* preparedGrid) {
+    if (target.IsNull() || (preparedGrid != nullptr && !HasShapeOf(*preparedGrid, map)))
         return E_COEF_INVALIDARG;
-    CTaggedText text;
-    if (const Status status = text.Open(path); Failed(status))
+    return target.Put([&](std::ostream& stream) {
+        WriteLines(stream, map, preparedGrid != nullptr ? *preparedGrid : map.ColourGrid());
+        return S_OK;
+    });
+}
+
+/// Where the pixels of a text go in a map, and what is taken of them.
+struct Placing {
+    std::int32_t xOffset;
+    std::int32_t yOffset;
+    bool diagonalOnly;
+};
+
+Status ReadLines(std::istream& stream, CChromaCorrectCoef& map, const Placing& placing,
+                 std::uint32_t& width, std::uint32_t& height) {
+    CTaggedText text(stream);
+    if (const Status status = text.TakeTag(); Failed(status))
         return status;
     map.FillDefaults();
     text.TakeSizeLines(width, height);
@@ -214,17 +214,26 @@ Status ReadTextCoefFile(CChromaCorrectCoef& map, const wchar_t* path, std::int32
     while (text.Lines().HasMore()) {
         ScanDataLine(text.Lines().Next(), record);
         SanitizeMatrix(record.m);
-        map.SetElement(std::int64_t{record.at.x} + xOffset, std::int64_t{record.at.y} + yOffset,
-                       ElementOf(record, diagonalOnly));
+        map.SetElement(std::int64_t{record.at.x} + placing.xOffset,
+                       std::int64_t{record.at.y} + placing.yOffset,
+                       ElementOf(record, placing.diagonalOnly));
         if (!text.IsSized())
             RaiseToHold(record.at, width, height);
     }
     return S_OK;
 }
 
-Status ProbeTextCoefFileSize(const wchar_t* path, std::uint32_t& width, std::uint32_t& height) {
-    CTaggedText text;
-    if (const Status status = text.Open(path); Failed(status))
+Status ReadText(CChromaCorrectCoef& map, const CFileSource& source, const Placing& placing,
+                std::uint32_t& width, std::uint32_t& height) {
+    if (placing.xOffset < 0 || placing.yOffset < 0)
+        return E_COEF_INVALIDARG;
+    return source.Take(
+        [&](std::istream& stream) { return ReadLines(stream, map, placing, width, height); });
+}
+
+Status ProbeLines(std::istream& stream, std::uint32_t& width, std::uint32_t& height) {
+    CTaggedText text(stream);
+    if (const Status status = text.TakeTag(); Failed(status))
         return status;
     text.TakeSizeLines(width, height);
     Coordinates at;
@@ -236,12 +245,11 @@ Status ProbeTextCoefFileSize(const wchar_t* path, std::uint32_t& width, std::uin
     return S_OK;
 }
 
-Status ProbeCoefDataExtent(const wchar_t* path, std::uint32_t& largestY, std::uint32_t& largestX) {
-    if (path == nullptr)
-        return E_COEF_INVALIDARG;
-    std::fstream stream;
-    if (!OpenFileStream(stream, path, std::ios::in))
-        return E_COEF_OPENFAILED;
+Status ProbeText(const CFileSource& source, std::uint32_t& width, std::uint32_t& height) {
+    return source.Take([&](std::istream& stream) { return ProbeLines(stream, width, height); });
+}
+
+Status ProbeDataLines(std::istream& stream, std::uint32_t& largestY, std::uint32_t& largestX) {
     largestY = 0;
     largestX = 0;
     CTextLines lines(stream);
@@ -256,6 +264,51 @@ Status ProbeCoefDataExtent(const wchar_t* path, std::uint32_t& largestY, std::ui
         Raise(largestX, at.x);
     }
     return S_OK;
+}
+
+Status ProbeData(const CFileSource& source, std::uint32_t& largestY, std::uint32_t& largestX) {
+    return source.Take(
+        [&](std::istream& stream) { return ProbeDataLines(stream, largestY, largestX); });
+}
+
+} // namespace
+
+Status WriteTextCoefFile(const CChromaCorrectCoef& map, const wchar_t* path,
+                         const CMassiveGrid* preparedGrid) {
+    return WriteText(map, path, preparedGrid);
+}
+
+Status WriteTextCoefFile(const CChromaCorrectCoef& map, std::ostream& stream,
+                         const CMassiveGrid* preparedGrid) {
+    return WriteText(map, stream, preparedGrid);
+}
+
+Status ReadTextCoefFile(CChromaCorrectCoef& map, const wchar_t* path, std::int32_t xOffset,
+                        std::int32_t yOffset, std::uint32_t& width, std::uint32_t& height,
+                        bool diagonalOnly) {
+    return ReadText(map, path, {xOffset, yOffset, diagonalOnly}, width, height);
+}
+
+Status ReadTextCoefFile(CChromaCorrectCoef& map, std::istream& stream, std::int32_t xOffset,
+                        std::int32_t yOffset, std::uint32_t& width, std::uint32_t& height,
+                        bool diagonalOnly) {
+    return ReadText(map, stream, {xOffset, yOffset, diagonalOnly}, width, height);
+}
+
+Status ProbeTextCoefFileSize(const wchar_t* path, std::uint32_t& width, std::uint32_t& height) {
+    return ProbeText(path, width, height);
+}
+
+Status ProbeTextCoefFileSize(std::istream& stream, std::uint32_t& width, std::uint32_t& height) {
+    return ProbeText(stream, width, height);
+}
+
+Status ProbeCoefDataExtent(const wchar_t* path, std::uint32_t& largestY, std::uint32_t& largestX) {
+    return ProbeData(path, largestY, largestX);
+}
+
+Status ProbeCoefDataExtent(std::istream& stream, std::uint32_t& largestY, std::uint32_t& largestX) {
+    return ProbeData(stream, largestY, largestX);
 }
 
 } // namespace trevolt

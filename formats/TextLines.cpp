@@ -11,7 +11,7 @@ constexpr std::size_t kLookAhead = CTextLines::kLongestLine + 2; // the longest 
 
 } // namespace
 
-CTextLines::CTextLines(std::fstream& stream) : m_stream(stream), m_buffer(kReadBytes + 1) {}
+CTextLines::CTextLines(std::istream& stream) : m_stream(stream), m_buffer(kReadBytes + 1) {}
 
 std::string_view CTextLines::Next() {
     if (m_filled - m_at < kLookAhead && !m_streamEnded)

@@ -3,7 +3,7 @@
 #pragma once
 
 #include <cstddef>
-#include <fstream>
+#include <istream>
 #include <string_view>
 #include <vector>
 
@@ -15,7 +15,7 @@ class CTextLines {
     static constexpr std::size_t kLongestLine = 2047;
 
     /// Lines of `stream` from its position on; the stream must outlive them.
-    explicit CTextLines(std::fstream& stream);
+    explicit CTextLines(std::istream& stream);
 
     /// Whether there is a further line to take. The one that meets the end of the file is the
     /// last: behind a final line feed that is an empty one. A line of more than 2047 characters is
@@ -30,7 +30,7 @@ class CTextLines {
   private:
     void Refill();
 
-    std::fstream& m_stream;
+    std::istream& m_stream;
     std::vector<char> m_buffer; ///< one character longer than what is read, for the NUL
     std::size_t m_at = 0;
     std::size_t m_filled = 0;

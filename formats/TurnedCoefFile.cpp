@@ -52,9 +52,9 @@ void FillTurnedBody(const CChromaCorrectCoef& map, const SPixelRect& rect, const
 }
 
 template <class Kind>
-Status WriteTurned(const CChromaCorrectCoef& map, const wchar_t* path, const SPixelRect& rect,
+Status WriteTurned(const CChromaCorrectCoef& map, const CFileTarget& target, const SPixelRect& rect,
                    std::uint32_t mode) {
-    if (path == nullptr || map.IsEmpty())
+    if (target.IsNull() || map.IsEmpty())
         return E_COEF_INVALIDARG;
     const PixelSize size = CQuarterTurn(mode, rect.Width(), rect.Height()).TurnedSize();
     CMassiveGrid body(Kind::kStoredBytes);
@@ -62,7 +62,7 @@ Status WriteTurned(const CChromaCorrectCoef& map, const wchar_t* path, const SPi
         return E_FAIL;
     const CQuarterTurn back(CQuarterTurn::BackCode(mode), size.width, size.height);
     FillTurnedBody<Kind>(map, rect, back, body);
-    return WriteCoefBody(path, Kind::kMagic, body.Width(), body.Height(), body);
+    return WriteCoefBody(target, Kind::kMagic, body.Width(), body.Height(), body);
 }
 
 } // namespace
@@ -72,9 +72,19 @@ Status WriteTurned9fCoefFile(const CChromaCorrectCoef& map, const wchar_t* path,
     return WriteTurned<S9fCoefKind>(map, path, rect, mode);
 }
 
+Status WriteTurned9fCoefFile(const CChromaCorrectCoef& map, std::ostream& stream,
+                             const SPixelRect& rect, std::uint32_t mode) {
+    return WriteTurned<S9fCoefKind>(map, stream, rect, mode);
+}
+
 Status WriteTurned3fCoefFile(const CChromaCorrectCoef& map, const wchar_t* path,
                              const SPixelRect& rect, std::uint32_t mode) {
     return WriteTurned<S3fCoefKind>(map, path, rect, mode);
+}
+
+Status WriteTurned3fCoefFile(const CChromaCorrectCoef& map, std::ostream& stream,
+                             const SPixelRect& rect, std::uint32_t mode) {
+    return WriteTurned<S3fCoefKind>(map, stream, rect, mode);
 }
 
 Status WriteTurned9bCoefFile(const CChromaCorrectCoef& map, const wchar_t* path,
@@ -82,9 +92,19 @@ Status WriteTurned9bCoefFile(const CChromaCorrectCoef& map, const wchar_t* path,
     return WriteTurned<S9bCoefKind>(map, path, rect, mode);
 }
 
+Status WriteTurned9bCoefFile(const CChromaCorrectCoef& map, std::ostream& stream,
+                             const SPixelRect& rect, std::uint32_t mode) {
+    return WriteTurned<S9bCoefKind>(map, stream, rect, mode);
+}
+
 Status WriteTurned3bCoefFile(const CChromaCorrectCoef& map, const wchar_t* path,
                              const SPixelRect& rect, std::uint32_t mode) {
     return WriteTurned<S3bCoefKind>(map, path, rect, mode);
+}
+
+Status WriteTurned3bCoefFile(const CChromaCorrectCoef& map, std::ostream& stream,
+                             const SPixelRect& rect, std::uint32_t mode) {
+    return WriteTurned<S3bCoefKind>(map, stream, rect, mode);
 }
 
 } // namespace trevolt

@@ -3,10 +3,11 @@
 //
 // Statuses are those of the plain readers (trevolt/BinaryCoefFile.h) but for the 1: E_COEF_INVALIDARG,
 // E_COEF_OPENFAILED, E_COEF_BADFORMAT, E_FAIL, E_OUTOFMEMORY, 0. A map is never resized; a failed
-// read leaves it as it was, and so its rectangle.
+// read leaves it as it was, and so its rectangle. Streams are used as by the plain readers too.
 #pragma once
 
 #include <array>
+#include <iosfwd>
 
 #include "trevolt/ChromaCorrectCoef.h"
 #include "trevolt/PixelRect.h"
@@ -27,14 +28,22 @@ using DiagonalEntryMask = std::array<bool, 3>;
 /// no columns or rows.
 Status Place9fCoefFile(CChromaCorrectCoef& map, const wchar_t* path, SPixelRect& rect, bool clip,
                        const MatrixEntryMask& mask);
+Status Place9fCoefFile(CChromaCorrectCoef& map, std::istream& stream, SPixelRect& rect, bool clip,
+                       const MatrixEntryMask& mask);
 Status Place9bCoefFile(CChromaCorrectCoef& map, const wchar_t* path, SPixelRect& rect, bool clip,
+                       const MatrixEntryMask& mask);
+Status Place9bCoefFile(CChromaCorrectCoef& map, std::istream& stream, SPixelRect& rect, bool clip,
                        const MatrixEntryMask& mask);
 
 /// As above; `mask` has the three flags of the diagonal. The six other entries become 0 in all w × h
 /// pixels, whatever it says.
 Status Place3fCoefFile(CChromaCorrectCoef& map, const wchar_t* path, SPixelRect& rect, bool clip,
                        const DiagonalEntryMask& mask);
+Status Place3fCoefFile(CChromaCorrectCoef& map, std::istream& stream, SPixelRect& rect, bool clip,
+                       const DiagonalEntryMask& mask);
 Status Place3bCoefFile(CChromaCorrectCoef& map, const wchar_t* path, SPixelRect& rect, bool clip,
+                       const DiagonalEntryMask& mask);
+Status Place3bCoefFile(CChromaCorrectCoef& map, std::istream& stream, SPixelRect& rect, bool clip,
                        const DiagonalEntryMask& mask);
 
 /// Reads the diagonal of what file and map both have, from their first pixel on; all other values
@@ -43,6 +52,9 @@ Status Place3bCoefFile(CChromaCorrectCoef& map, const wchar_t* path, SPixelRect&
 /// the end. A stop ends with E_FAIL, to the sink too, and leaves the columns taken so far.
 Status ReadDiagonal9fCoefFile(CChromaCorrectCoef& map, const wchar_t* path,
                               const SOperationRecord* operation);
+Status ReadDiagonal9fCoefFile(CChromaCorrectCoef& map, std::istream& stream,
+                              const SOperationRecord* operation);
 Status ReadDiagonal9bCoefFile(CChromaCorrectCoef& map, const wchar_t* path);
+Status ReadDiagonal9bCoefFile(CChromaCorrectCoef& map, std::istream& stream);
 
 } // namespace trevolt

@@ -4,10 +4,12 @@
 // turn counter-clockwise; any other gives a file of 0 × 0. The rectangle may reach beyond the map,
 // where the identity is written. Statuses: 0; E_COEF_INVALIDARG for a null path or an empty map, and
 // E_FAIL for a negative side or when the body gets no memory: no file is touched then;
-// E_COEF_OPENFAILED; E_FAIL when the stream fails, and a partial file may stay.
+// E_COEF_OPENFAILED; E_FAIL when the stream fails, and a partial file may stay. Streams are used as
+// by the plain writers (trevolt/BinaryCoefFile.h); one is not touched where no file is.
 #pragma once
 
 #include <cstdint>
+#include <iosfwd>
 
 #include "trevolt/ChromaCorrectCoef.h"
 #include "trevolt/PixelRect.h"
@@ -21,11 +23,19 @@ namespace trevolt {
 /// outside column 0 in modes 1 and 2, and in column 0 of every row but the first in mode 3.
 Status WriteTurned9fCoefFile(const CChromaCorrectCoef& map, const wchar_t* path,
                              const SPixelRect& rect, std::uint32_t mode);
+Status WriteTurned9fCoefFile(const CChromaCorrectCoef& map, std::ostream& stream,
+                             const SPixelRect& rect, std::uint32_t mode);
 Status WriteTurned3fCoefFile(const CChromaCorrectCoef& map, const wchar_t* path,
+                             const SPixelRect& rect, std::uint32_t mode);
+Status WriteTurned3fCoefFile(const CChromaCorrectCoef& map, std::ostream& stream,
                              const SPixelRect& rect, std::uint32_t mode);
 Status WriteTurned9bCoefFile(const CChromaCorrectCoef& map, const wchar_t* path,
                              const SPixelRect& rect, std::uint32_t mode);
+Status WriteTurned9bCoefFile(const CChromaCorrectCoef& map, std::ostream& stream,
+                             const SPixelRect& rect, std::uint32_t mode);
 Status WriteTurned3bCoefFile(const CChromaCorrectCoef& map, const wchar_t* path,
+                             const SPixelRect& rect, std::uint32_t mode);
+Status WriteTurned3bCoefFile(const CChromaCorrectCoef& map, std::ostream& stream,
                              const SPixelRect& rect, std::uint32_t mode);
 
 } // namespace trevolt

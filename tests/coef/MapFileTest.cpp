@@ -231,7 +231,11 @@ TYPED_TEST(MapFiles, LegacyFilesAreRecognised) {
 
 TYPED_TEST(MapFiles, PlacedFiles) {
     using Import = Status (CColorCorrectCoef::*)(const wchar_t*, SPixelRect&, bool, const bool*);
-    const auto check = [&]<class Kind>(Import import, auto place, const wchar_t* name) {
+    const auto check = [&]<class Kind>(Import import,
+                                       Status (*place)(CChromaCorrectCoef&, const wchar_t*,
+                                                       SPixelRect&, bool,
+                                                       const typename Kind::EntryMask&),
+                                       const wchar_t* name) {
         const std::wstring sample = Sample(name);
         typename Kind::EntryMask mask{};
         mask[0] = true;

@@ -18,8 +18,9 @@ using namespace test;
 constexpr std::int32_t kMin = std::numeric_limits<std::int32_t>::min();
 constexpr std::int32_t kMax = std::numeric_limits<std::int32_t>::max();
 
-constexpr std::array kWriteRegion{WriteRegion9fCoefFile, WriteRegion3fCoefFile,
-                                  WriteRegion9bCoefFile, WriteRegion3bCoefFile};
+using WriteRegion = Status (*)(const CChromaCorrectCoef&, const wchar_t*, const SPixelRect&);
+constexpr std::array<WriteRegion, 4> kWriteRegion{WriteRegion9fCoefFile, WriteRegion3fCoefFile,
+                                                  WriteRegion9bCoefFile, WriteRegion3bCoefFile};
 
 template <class Kind, Status (*Place)(CChromaCorrectCoef&, const wchar_t*, SPixelRect&, bool,
                                       const typename Kind::EntryMask&)>

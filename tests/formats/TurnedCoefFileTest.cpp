@@ -17,8 +17,10 @@ constexpr std::int32_t kMin = std::numeric_limits<std::int32_t>::min();
 constexpr std::int32_t kMax = std::numeric_limits<std::int32_t>::max();
 constexpr std::size_t kBlockElements = 1U << 18;
 
-constexpr std::array kWriteTurned{WriteTurned9fCoefFile, WriteTurned3fCoefFile,
-                                  WriteTurned9bCoefFile, WriteTurned3bCoefFile};
+using WriteTurned = Status (*)(const CChromaCorrectCoef&, const wchar_t*, const SPixelRect&,
+                               std::uint32_t);
+constexpr std::array<WriteTurned, 4> kWriteTurned{WriteTurned9fCoefFile, WriteTurned3fCoefFile,
+                                                  WriteTurned9bCoefFile, WriteTurned3bCoefFile};
 
 /// A turned rectangle as a table of modes written out by hand.
 struct Turned {
