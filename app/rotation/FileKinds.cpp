@@ -4,16 +4,32 @@
 #include <array>
 
 #include "common/TextConversion.h"
-#include "trevolt/BinaryCoefFile.h"
+#include "formats/BinaryCoefTransfer.h"
 #include "trevolt/TextCoefFile.h"
 #include "trevolt/WordCoefFile.h"
 
 namespace trevolt {
 namespace {
 
-template <Status (*Write)(const CChromaCorrectCoef&, const wchar_t*, const CMassiveGrid*)>
-Status WriteWithoutPreparedGrid(const CChromaCorrectCoef& map, const wchar_t* path) {
-    return Write(map, path, nullptr);
+template <class Kind>
+Status LoadBinary(CChromaCorrectCoef& map, const wchar_t* path) {
+    return ReadBinaryCoef<Kind>(map, path);
+}
+
+template <class Kind>
+Status SaveBinary(const CChromaCorrectCoef& map, const wchar_t* path) {
+    return WriteBinaryCoef<Kind>(map, path, nullptr);
+}
+
+template <class Kind>
+Status ReadBinarySize(const wchar_t* path, std::uint32_t& width, std::uint32_t& height) {
+    return ReadBinaryCoefSize<Kind>(path, width, height);
+}
+
+template <class Kind>
+constexpr SFileKind BinaryFileKind(std::wstring_view extension, int exportOrder) {
+    return {extension,        exportOrder,          LoadBinary<Kind>,
+            SaveBinary<Kind>, ReadBinarySize<Kind>, nullptr};
 }
 
 /// Takes every pixel that the file names, at its own place; the sizes that it tells are not needed.
@@ -21,6 +37,10 @@ Status LoadText(CChromaCorrectCoef& map, const wchar_t* path) {
     std::uint32_t width = 0;
     std::uint32_t height = 0;
     return ReadTextCoefFile(map, path, 0, 0, width, height, false);
+}
+
+Status SaveText(const CChromaCorrectCoef& map, const wchar_t* path) {
+    return WriteTextCoefFile(map, path, nullptr);
 }
 
 Status ReadTextSize(const wchar_t* path, std::uint32_t& width, std::uint32_t& height) {
@@ -46,18 +66,13 @@ constexpr SFileKind WordFileKind(std::wstring_view extension, int exportOrder) {
 }
 
 constexpr std::array kFileKinds{
-    SFileKind{L".9fcoef", 1, Read9fCoefFile, WriteWithoutPreparedGrid<Write9fCoefFile>,
-              Read9fCoefSize, nullptr},
-    SFileKind{L".9bcoef", 2, Read9bCoefFile, WriteWithoutPreparedGrid<Write9bCoefFile>,
-              Read9bCoefSize, nullptr},
+    BinaryFileKind<S9fCoefKind>(L".9fcoef", 1),
+    BinaryFileKind<S9bCoefKind>(L".9bcoef", 2),
     WordFileKind<EWordKind::Chroma>(L".9wcoef", 3),
     WordFileKind<EWordKind::Brightness>(L".3wcoef", 5),
-    SFileKind{L".3fcoef", 7, Read3fCoefFile, WriteWithoutPreparedGrid<Write3fCoefFile>,
-              Read3fCoefSize, nullptr},
-    SFileKind{L".3bcoef", 8, Read3bCoefFile, WriteWithoutPreparedGrid<Write3bCoefFile>,
-              Read3bCoefSize, nullptr},
-    SFileKind{L".cccoef", 9, LoadText, WriteWithoutPreparedGrid<WriteTextCoefFile>, ReadTextSize,
-              nullptr},
+    BinaryFileKind<S3fCoefKind>(L".3fcoef", 7),
+    BinaryFileKind<S3bCoefKind>(L".3bcoef", 8),
+    SFileKind{L".cccoef", 9, LoadText, SaveText, ReadTextSize, nullptr},
     WordFileKind<EWordKind::VirtualGreenBrightness>(L".4wcoef", 6),
     WordFileKind<EWordKind::VirtualGreenChroma>(L".12wcoef", 4),
 };
