@@ -1,6 +1,7 @@
 // CMassiveBuf: a buffer in blocks of one fixed size, so that millions of elements never need one
 // contiguous allocation. Its memory comes from the process's memory budget. It writes itself as
-// exactly one standard LZ4 frame and reads such a frame back.
+// exactly one standard LZ4 frame and reads such a frame back. Streams are in binary mode; what fails
+// of one stays in its state too.
 //
 // A buffer is used by one thread at a time; different buffers by any threads.
 #pragma once
@@ -50,19 +51,20 @@ class CMassiveBuf {
     std::size_t BlockSize(std::size_t index) const { return m_blocks[index].Size(); }
 
     /// Writes the content at the stream's position as one LZ4 frame with content size and content
-    /// checksum (an empty buffer as an empty frame), and leaves the position behind it. E_FAIL when
-    /// the stream fails.
+    /// checksum (an empty buffer as an empty frame), and leaves the position behind it. Nothing is
+    /// sought or flushed. E_FAIL when the stream fails.
     Status CompressToFile(std::ostream& stream) const;
 
     /// Reads exactly `byteCount` bytes, which must be one LZ4 frame, and replaces the content with
-    /// what they hold. E_FAIL when they are not a whole frame or hold more than one, when the frame
+    /// what they hold. Nothing is sought. E_FAIL when they are not a whole frame or hold more than one, when the frame
     /// is skippable or names a dictionary, when a checksum or the declared size is wrong, or when
     /// the declared size is more than such bytes can hold; E_OUTOFMEMORY when the memory is
     /// refused. After a failure the buffer is empty.
     Status UncompressFromFile(std::istream& stream, std::uint64_t byteCount);
 
-    /// Reads a raw image: a uint64 byte count, then the bytes. E_FAIL when the stream does not hold
-    /// as many; E_OUTOFMEMORY when the memory is refused. After a failure the buffer is empty.
+    /// Reads a raw image: a uint64 byte count, then the bytes, and leaves the position behind them.
+    /// E_FAIL when the stream does not hold as many, or cannot be sought and so not tell;
+    /// E_OUTOFMEMORY when the memory is refused. After a failure the buffer is empty.
     Status ReadFromFile(std::istream& stream);
 
   private:

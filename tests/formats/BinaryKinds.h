@@ -18,6 +18,9 @@ struct BinaryKind {
     Status (*read)(CChromaCorrectCoef&, const wchar_t*);
     Status (*write)(const CChromaCorrectCoef&, const wchar_t*, const CMassiveGrid*);
     Status (*readSize)(const wchar_t*, std::uint32_t&, std::uint32_t&);
+    Status (*readStream)(CChromaCorrectCoef&, std::istream&);
+    Status (*writeStream)(const CChromaCorrectCoef&, std::ostream&, const CMassiveGrid*);
+    Status (*readStreamSize)(std::istream&, std::uint32_t&, std::uint32_t&);
     std::array<int, 16> magic;
     std::size_t storedBytes;
     bool isDiagonal;
@@ -27,6 +30,9 @@ struct BinaryKind {
 
 inline const std::array kBinaryKinds{
     BinaryKind{"9fcoef",
+               Read9fCoefFile,
+               Write9fCoefFile,
+               Read9fCoefSize,
                Read9fCoefFile,
                Write9fCoefFile,
                Read9fCoefSize,
@@ -40,6 +46,9 @@ inline const std::array kBinaryKinds{
                Read3fCoefFile,
                Write3fCoefFile,
                Read3fCoefSize,
+               Read3fCoefFile,
+               Write3fCoefFile,
+               Read3fCoefSize,
                {0xf0, 0x5f, 0xd4, 0xa2, 0xcf, 0x9e, 0x93, 0x4f, 0x8f, 0x8a, 0xcd, 0xd1, 0x1e, 0x52,
                 0xca, 0x32},
                12,
@@ -50,6 +59,9 @@ inline const std::array kBinaryKinds{
                Read9bCoefFile,
                Write9bCoefFile,
                Read9bCoefSize,
+               Read9bCoefFile,
+               Write9bCoefFile,
+               Read9bCoefSize,
                {0x1b, 0xd1, 0xf3, 0xca, 0x70, 0xd5, 0x9e, 0x42, 0x97, 0xbb, 0x9b, 0xa3, 0x1f, 0x0c,
                 0x48, 0xd6},
                9,
@@ -57,6 +69,9 @@ inline const std::array kBinaryKinds{
                false,
                S_OK},
     BinaryKind{"3bcoef",
+               Read3bCoefFile,
+               Write3bCoefFile,
+               Read3bCoefSize,
                Read3bCoefFile,
                Write3bCoefFile,
                Read3bCoefSize,
