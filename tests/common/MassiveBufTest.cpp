@@ -10,14 +10,18 @@
 #include "platform/FileStream.h"
 #include "tests/support/BudgetLimit.h"
 #include "tests/support/BufferContent.h"
+#include "tests/support/Streams.h"
 #include "tests/support/TestFiles.h"
 
 namespace trevolt {
 namespace {
 
+using test::AsBytes;
 using test::Bytes;
 using test::CBudgetLimit;
+using test::CFullDisk;
 using test::Content;
+using test::CPipe;
 using test::CTemporaryFolder;
 using test::MakeBytes;
 
@@ -383,6 +387,57 @@ TEST_F(MassiveBufRawImage, RefusesEveryTruncationAndFalseCounts) {
     const CBudgetLimit limit(9);
     EXPECT_EQ(Read(whole, buffer), E_OUTOFMEMORY);
     EXPECT_EQ(buffer.ByteCount(), 0U);
+}
+
+TEST_F(MassiveBufRawImage, IsReadFromWhereTheStreamStandsWhichThenStandsBehindIt) {
+    std::istringstream stream(std::string("before") + std::string("\3\0\0\0\0\0\0\0", 8) +
+                              "abcdef");
+    stream.seekg(6);
+    CMassiveBuf buffer(2);
+    EXPECT_EQ(buffer.ReadFromFile(stream), S_OK);
+    EXPECT_EQ(Content(buffer), TextBytes("abc"));
+    EXPECT_EQ(stream.tellg(), 17);
+    EXPECT_TRUE(stream.good());
+}
+
+TEST_F(MassiveBufRawImage, OfAStreamThatCannotBeSoughtIsRefused) {
+    CPipe pipe(Joined({MakeBytes({3, 0, 0, 0, 0, 0, 0, 0}), TextBytes("abc")}));
+    CMassiveBuf buffer(2);
+    ASSERT_TRUE(buffer.Allocate(5));
+    EXPECT_EQ(buffer.ReadFromFile(pipe), E_FAIL);
+    EXPECT_EQ(buffer.ByteCount(), 0U);
+}
+
+TEST_F(MassiveBufFrame, NeedsNoStreamThatCanBeSought) {
+    CMassiveBuf buffer(64);
+    ASSERT_TRUE(buffer.Allocate(1000));
+    FillCounting(buffer);
+    CFullDisk disk(5000);
+    ASSERT_EQ(buffer.CompressToFile(disk), S_OK);
+    CPipe pipe(AsBytes(disk.Taken()));
+    CMassiveBuf back(64);
+    ASSERT_EQ(back.UncompressFromFile(pipe, disk.Taken().size()), S_OK);
+    EXPECT_EQ(Content(back), Content(buffer));
+    EXPECT_TRUE(pipe.good());
+}
+
+TEST_F(MassiveBufFrame, FailsOnAStreamThatRunsFullOrBreaks) {
+    CMassiveBuf buffer(64);
+    ASSERT_TRUE(buffer.Allocate(1000));
+    FillCounting(buffer);
+    std::ostringstream whole;
+    ASSERT_EQ(buffer.CompressToFile(whole), S_OK);
+    const Bytes frame = AsBytes(whole.str());
+    for (std::size_t size = 0; size < frame.size(); ++size) {
+        CFullDisk full(size);
+        EXPECT_EQ(buffer.CompressToFile(full), E_FAIL);
+        EXPECT_TRUE(full.bad());
+        CPipe broken({frame.begin(), frame.begin() + static_cast<std::ptrdiff_t>(size)}, true);
+        CMassiveBuf back(64);
+        EXPECT_EQ(back.UncompressFromFile(broken, frame.size()), E_FAIL);
+        EXPECT_EQ(back.ByteCount(), 0U);
+        EXPECT_TRUE(broken.bad());
+    }
 }
 
 } // namespace

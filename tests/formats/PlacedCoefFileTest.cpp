@@ -9,7 +9,9 @@
 #include "formats/BinaryCoefKind.h"
 #include "platform/FileSystem.h"
 #include "tests/formats/BinaryKinds.h"
+#include "tests/formats/DamagedInputs.h"
 #include "tests/support/CoefMaps.h"
+#include "tests/support/Streams.h"
 
 namespace trevolt {
 namespace {
@@ -25,17 +27,19 @@ constexpr Mask kDiagonal{true, false, false, false, true, false, false, false, t
 
 DiagonalEntryMask DiagonalOf(const Mask& mask) { return {mask[0], mask[4], mask[8]}; }
 
-Status Place(std::size_t kind, CChromaCorrectCoef& map, const wchar_t* path, SPixelRect& rect,
+/// `source` is a path or a stream.
+template <class Source>
+Status Place(std::size_t kind, CChromaCorrectCoef& map, Source&& source, SPixelRect& rect,
              bool clip, const Mask& mask) {
     switch (kind) {
     case k9f:
-        return Place9fCoefFile(map, path, rect, clip, mask);
+        return Place9fCoefFile(map, source, rect, clip, mask);
     case k3f:
-        return Place3fCoefFile(map, path, rect, clip, DiagonalOf(mask));
+        return Place3fCoefFile(map, source, rect, clip, DiagonalOf(mask));
     case k9b:
-        return Place9bCoefFile(map, path, rect, clip, mask);
+        return Place9bCoefFile(map, source, rect, clip, mask);
     default:
-        return Place3bCoefFile(map, path, rect, clip, DiagonalOf(mask));
+        return Place3bCoefFile(map, source, rect, clip, DiagonalOf(mask));
     }
 }
 
@@ -350,6 +354,59 @@ TEST_F(PlacedCoefFile, TheDiagonalReadersRefuseAsThePlainOnesAndTellNoSink) {
     EXPECT_EQ(ReadDiagonal9bCoefFile(m_map, FileOf(k9f, 2, 2).c_str()), E_COEF_BADFORMAT);
     EXPECT_TRUE(sink.calls.empty());
     ExpectPixels(m_map, Ground);
+}
+
+// Streams
+
+TEST_F(PlacedCoefFile, AStreamIsPlacedAsItsFileWhateverItHolds) {
+    constexpr Mask kSome{true, true, false, false, false, true, false, true, true};
+    for (std::size_t kind = 0; kind < kBinaryKinds.size(); ++kind) {
+        SCOPED_TRACE(kBinaryKinds[kind].name);
+        for (const BinaryInput& input : InputsFrom(ReadFile(FileOf(kind, 6, 5)), S_OK)) {
+            SCOPED_TRACE(input.name);
+            MakeMap(8, 8);
+            SPixelRect rect{4, 5, 100, 7};
+            std::istringstream stream = StreamBehindPrefix(input.bytes);
+            EXPECT_EQ(Place(kind, m_map, stream, rect, true, kSome), input.status);
+            const bool isPlaced = !Failed(input.status);
+            EXPECT_EQ(rect, isPlaced ? (SPixelRect{4, 5, 8, 7}) : (SPixelRect{4, 5, 100, 7}));
+            ExpectPlaced(kind, isPlaced ? rect : SPixelRect{}, kSome);
+        }
+    }
+}
+
+TEST_F(PlacedCoefFile, AStreamIsNotReadForARectangleThatIsNoPlace) {
+    for (std::size_t kind = 0; kind < kBinaryKinds.size(); ++kind) {
+        MakeMap(8, 8);
+        std::istringstream stream = StreamOf(ReadFile(FileOf(kind, 6, 5)));
+        SPixelRect rect{-1, 0, 5, 5};
+        EXPECT_EQ(Place(kind, m_map, stream, rect, false, kAll), E_COEF_INVALIDARG);
+        rect = {1, 0, 1, 5};
+        EXPECT_EQ(Place(kind, m_map, stream, rect, true, kAll), E_COEF_INVALIDARG);
+        EXPECT_EQ(stream.tellg(), 0);
+        ExpectPixels(m_map, Ground);
+    }
+}
+
+TEST_F(PlacedCoefFile, TheDiagonalReadersTakeStreamsToo) {
+    for (const BinaryInput& input : InputsFrom(ReadFile(FileOf(k9f, 3, 2)), S_OK)) {
+        SCOPED_TRACE(input.name);
+        MakeMap(4, 3);
+        CRecordingSink sink;
+        const SOperationRecord operation{&sink, CRecordingSink::kId};
+        std::istringstream stream = StreamBehindPrefix(input.bytes);
+        EXPECT_EQ(ReadDiagonal9fCoefFile(m_map, stream, &operation), input.status);
+        const bool isRead = !Failed(input.status);
+        EXPECT_EQ(sink.calls.size(), isRead ? 5U : 0U);
+        ExpectPlaced(k9f, isRead ? SPixelRect{0, 0, 3, 2} : SPixelRect{}, kDiagonal);
+    }
+    for (const BinaryInput& input : InputsFrom(ReadFile(FileOf(k9b, 3, 2)), S_OK)) {
+        SCOPED_TRACE(input.name);
+        MakeMap(4, 3);
+        std::istringstream stream = StreamBehindPrefix(input.bytes);
+        EXPECT_EQ(ReadDiagonal9bCoefFile(m_map, stream), input.status);
+        ExpectPlaced(k9b, Failed(input.status) ? SPixelRect{} : SPixelRect{0, 0, 3, 2}, kDiagonal);
+    }
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 
 #include "tests/support/BufferContent.h"
 #include "tests/support/CoefMaps.h"
+#include "tests/support/Streams.h"
 
 namespace trevolt {
 namespace {
@@ -145,6 +146,41 @@ TEST_F(RawMapFile, NeedsAPathThatOpens) {
     EXPECT_EQ(ReadRawMapFile(m_map, Path().c_str()), E_COEF_OPENFAILED);
     EXPECT_EQ(ReadRawMapFile(m_map, m_folder.Path().c_str()), E_COEF_OPENFAILED);
     EXPECT_EQ(m_map.Width(), 5);
+}
+
+TEST_F(RawMapFile, AStreamIsReadFromWhereItStandsAndStandsBehindTheGrids) {
+    const Bytes whole = kMagic + kFields + RawImage(m_colours) + RawImage(m_gains);
+    std::istringstream stream = StreamBehindPrefix(whole + MakeBytes({1, 2, 3}));
+    EXPECT_EQ(ReadRawMapFile(m_map, stream), S_OK);
+    EXPECT_EQ(m_map.Width(), 0);
+    EXPECT_EQ(Content(m_map.ColourGrid()), m_colours);
+    EXPECT_EQ(Content(m_map.GainGrid()), m_gains);
+    EXPECT_TRUE(stream.good());
+    EXPECT_EQ(stream.tellg(), static_cast<std::streamoff>(kPrefix.size() + whole.size()));
+}
+
+TEST_F(RawMapFile, AStreamReadsAsItsFileWhereverItEnds) {
+    const Bytes whole = kMagic + kFields + RawImage(m_colours) + RawImage(m_gains);
+    for (std::size_t size = 0; size <= whole.size(); ++size) {
+        const Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
+        m_map.Resize(5, 4);
+        const Status ofFile = Read(cut);
+        CChromaCorrectCoef map;
+        map.Resize(5, 4);
+        std::istringstream stream = StreamBehindPrefix(cut);
+        ASSERT_EQ(ReadRawMapFile(map, stream), ofFile) << size;
+        ASSERT_EQ(map.Width(), m_map.Width()) << size;
+        ASSERT_EQ(Content(map.ColourGrid()), Content(m_map.ColourGrid())) << size;
+        ASSERT_EQ(Content(map.GainGrid()), Content(m_map.GainGrid())) << size;
+    }
+}
+
+TEST_F(RawMapFile, AStreamThatCannotBeSoughtGivesEmptyGrids) {
+    CPipe pipe(kMagic + kFields + RawImage(m_colours) + RawImage(m_gains));
+    EXPECT_EQ(ReadRawMapFile(m_map, pipe), S_OK);
+    EXPECT_EQ(m_map.Width(), 0);
+    EXPECT_FALSE(m_map.ColourGrid().HasStorage());
+    EXPECT_FALSE(m_map.GainGrid().HasStorage());
 }
 
 } // namespace

@@ -8,7 +8,9 @@
 #include "formats/BinaryCoefKind.h"
 #include "tests/formats/BinaryKinds.h"
 #include "tests/support/CoefMaps.h"
+#include "tests/support/Streams.h"
 #include "trevolt/PlacedCoefFile.h"
+#include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {
@@ -20,6 +22,9 @@ constexpr std::int32_t kMax = std::numeric_limits<std::int32_t>::max();
 
 using WriteRegion = Status (*)(const CChromaCorrectCoef&, const wchar_t*, const SPixelRect&);
 constexpr std::array<WriteRegion, 4> kWriteRegion{WriteRegion9fCoefFile, WriteRegion3fCoefFile,
+                                                  WriteRegion9bCoefFile, WriteRegion3bCoefFile};
+using WriteStream = Status (*)(const CChromaCorrectCoef&, std::ostream&, const SPixelRect&);
+constexpr std::array<WriteStream, 4> kWriteStream{WriteRegion9fCoefFile, WriteRegion3fCoefFile,
                                                   WriteRegion9bCoefFile, WriteRegion3bCoefFile};
 
 template <class Kind, Status (*Place)(CChromaCorrectCoef&, const wchar_t*, SPixelRect&, bool,
@@ -154,6 +159,33 @@ TEST_F(RegionCoefFile, WithoutColumnsItIsAFileOfThatSizeWithoutContent) {
         file.resize(kFileHeaderBytes);
         EXPECT_EQ(file, Header(kBinaryKinds[kind], 1, 0, 5));
         EXPECT_TRUE(RawBody(Path()).empty());
+    }
+}
+
+TEST_F(RegionCoefFile, AStreamGetsTheFilesBytesWhereItStands) {
+    for (std::size_t kind = 0; kind < kBinaryKinds.size(); ++kind) {
+        const SPixelRect rect{30, 20, 45, 33};
+        ASSERT_EQ(kWriteRegion[kind](m_map, Path().c_str(), rect), S_OK);
+        std::ostringstream stream;
+        stream << kPrefix;
+        EXPECT_EQ(kWriteStream[kind](m_map, stream, rect), S_OK);
+        EXPECT_EQ(stream.str(), std::string(kPrefix) + ReadText(Path()));
+    }
+}
+
+TEST_F(RegionCoefFile, AStreamTellsThatItRanFullAndIsNotTouchedWhereNoFileIs) {
+    for (const auto& write : kWriteStream) {
+        CFullDisk full(30);
+        const CTransferReport report;
+        EXPECT_EQ(write(m_map, full, {0, 0, 9, 9}), E_FAIL);
+        EXPECT_TRUE(full.bad());
+        EXPECT_FALSE(report.HasWriteFailed());
+        std::ostringstream untouched;
+        EXPECT_EQ(write(CChromaCorrectCoef(), untouched, {0, 0, 1, 1}), E_COEF_INVALIDARG);
+        EXPECT_EQ(write(m_map, untouched, {0, 0, 41, 1}), E_COEF_INVALIDARG);
+        EXPECT_EQ(write(m_map, untouched, {5, 0, 4, 1}), E_FAIL);
+        EXPECT_TRUE(untouched.good());
+        EXPECT_TRUE(untouched.str().empty());
     }
 }
 

@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/CoefMaps.h"
+#include "tests/support/Streams.h"
 #include "trevolt/QuarterTurn.h"
 #include "trevolt/TransferReport.h"
 
@@ -847,6 +848,150 @@ TEST_F(CommaLocale, ChangesNoLongOrLargeNumberEither) {
     EXPECT_EQ(test::ReadText(path),
               "[T9COEF20]\nwidth=1\nheight=1\n    0,     0, 12345.50000, -1234567.50000, 0.00000, "
               "0.00000, 0.00000, 0.00000, 0.00000, 0.00000, 100000002004087734272.00000\n");
+}
+
+// Streams
+
+/// Texts of every dialect and sort: whole, damaged, empty, and of line ends that differ.
+const std::array kTexts{
+    ""s,
+    "\n"s,
+    "[T9COEF20]"s,
+    "[T9COEF30]\n0,0,0.5,0,0,0,0.5,0,0,0,0.5\n"s,
+    "[T9COEF20]\nwidth=4\nheight=3\n1,2,0.5,0,0,0,0.25,0,0,0,0.125\n3,0,0.1,0,0,0,1,0,0,0,1"s,
+    "[T9COEF20]\r\nwidth=4\r\nheight=3\r\n1,2,0.5,0,0,0,0.25,0,0,0,0.125\r\n"s,
+    "[T9COEF20]\nwidth=99999999999\nheight=-1\nno data\n\n"s,
+    "[T9COEF10]\n1,2,0.5,0.1,0.2,0.3,0.25,0,0,0,0.125\n2,\n,\n9,9\n"s,
+    "[VU30]\n2147483647,-2147483648,0.5,0,0,0,0.25,0,0,0,0.125\n0,0,nan"s,
+    "1,2,3\n4,5\n\n9,9\n"s,
+};
+
+TEST_F(TextCoefFile, AStreamReadsAsItsFileWhateverItHolds) {
+    for (const std::string& text : kTexts) {
+        SCOPED_TRACE(text);
+        test::WriteText(Path(), text);
+        for (const bool diagonalOnly : {false, true}) {
+            std::uint32_t fileWidth = 2;
+            std::uint32_t fileHeight = 1;
+            CChromaCorrectCoef ofFile;
+            ofFile.Resize(5, 4);
+            test::PaintMap(ofFile, test::PatternPixel);
+            const Status status =
+                ReadTextCoefFile(ofFile, Path().c_str(), 1, 0, fileWidth, fileHeight, diagonalOnly);
+            std::uint32_t width = 2;
+            std::uint32_t height = 1;
+            CChromaCorrectCoef ofStream;
+            ofStream.Resize(5, 4);
+            test::PaintMap(ofStream, test::PatternPixel);
+            std::istringstream stream = test::StreamBehindPrefix(test::AsBytes(text));
+            EXPECT_EQ(ReadTextCoefFile(ofStream, stream, 1, 0, width, height, diagonalOnly),
+                      status);
+            EXPECT_EQ(width, fileWidth);
+            EXPECT_EQ(height, fileHeight);
+            EXPECT_TRUE(HaveSameElements(ofStream, ofFile));
+            EXPECT_FALSE(stream.bad());
+        }
+    }
+}
+
+TEST_F(TextCoefFile, AStreamIsProbedAsItsFileWhateverItHolds) {
+    for (const std::string& text : kTexts) {
+        SCOPED_TRACE(text);
+        test::WriteText(Path(), text);
+        for (const auto& [ofPath, ofStream] :
+             {std::pair<Status (*)(const wchar_t*, std::uint32_t&, std::uint32_t&),
+                        Status (*)(std::istream&, std::uint32_t&, std::uint32_t&)>(
+                  ProbeTextCoefFileSize, ProbeTextCoefFileSize),
+              {ProbeCoefDataExtent, ProbeCoefDataExtent}}) {
+            std::uint32_t fileFirst = 2;
+            std::uint32_t fileSecond = 1;
+            const Status status = ofPath(Path().c_str(), fileFirst, fileSecond);
+            std::uint32_t first = 2;
+            std::uint32_t second = 1;
+            test::CPipe pipe(test::AsBytes(text)); // nothing is sought
+            EXPECT_EQ(ofStream(pipe, first, second), status);
+            EXPECT_EQ(first, fileFirst);
+            EXPECT_EQ(second, fileSecond);
+        }
+    }
+}
+
+TEST_F(TextCoefFile, AStreamIsNotReadForANegativeOffset) {
+    std::istringstream stream("[VU30]\n1,1,0.5\n");
+    CChromaCorrectCoef map;
+    map.Resize(2, 2);
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    EXPECT_EQ(ReadTextCoefFile(map, stream, -1, 0, width, height, false), E_COEF_INVALIDARG);
+    EXPECT_EQ(ReadTextCoefFile(map, stream, 0, -1, width, height, false), E_COEF_INVALIDARG);
+    EXPECT_EQ(stream.tellg(), 0);
+    EXPECT_EQ(ReadTextCoefFile(map, stream, 0, 0, width, height, false), S_OK);
+    EXPECT_EQ(width, 2U);
+}
+
+TEST_F(TextCoefFile, AStreamThatBreaksEndsTheFileAndTells) {
+    const std::string text = "[VU30]\n1,0,0.5,0,0,0,0.5,0,0,0,0.5\n"s;
+    CChromaCorrectCoef map;
+    map.Resize(2, 2);
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    test::CPipe broken(test::AsBytes(text), true);
+    EXPECT_EQ(ReadTextCoefFile(map, broken, 0, 0, width, height, false), E_COEF_BADTEXT);
+    EXPECT_TRUE(broken.bad());
+
+    // What was read before stays.
+    test::CPipe later(test::AsBytes(FilledUp(text, 1 << 18, '\n') + "7,7\n"), true);
+    EXPECT_EQ(ReadTextCoefFile(map, later, 0, 0, width, height, false), S_OK);
+    EXPECT_TRUE(later.bad());
+    EXPECT_EQ(width, 2U);
+    EXPECT_EQ(height, 1U);
+    EXPECT_EQ(ChangedPixels(map), 1);
+}
+
+TEST_F(TextCoefFile, AStreamGetsTheFilesBytesWhereItStands) {
+    CChromaCorrectCoef map;
+    map.Resize(3, 2);
+    test::PaintMap(map, test::BytePixel);
+    CChromaCorrectCoef other;
+    other.Resize(3, 2);
+    other.SetElement(1, 1, ElementOf({0.5F, 0, 0, 0, 0.5F, 0, 0, 0, 0.5F}));
+    for (const CMassiveGrid* prepared :
+         std::array<const CMassiveGrid*, 2>{nullptr, &other.ColourGrid()}) {
+        std::ostringstream stream;
+        stream << test::kPrefix;
+        EXPECT_EQ(WriteTextCoefFile(map, stream, prepared), S_OK);
+        EXPECT_TRUE(stream.good());
+        EXPECT_EQ(stream.str(), std::string(test::kPrefix) + Written(map, prepared));
+    }
+}
+
+TEST_F(TextCoefFile, AStreamThatRunsFullTellsAndStatusAndReportDoNot) {
+    CChromaCorrectCoef map;
+    map.Resize(3, 2);
+    test::PaintMap(map, test::BytePixel);
+    const std::string file = Written(map);
+    for (std::size_t room = 0; room < file.size(); ++room) {
+        test::CFullDisk full(room);
+        const CTransferReport report;
+        EXPECT_EQ(WriteTextCoefFile(map, full, nullptr), S_OK);
+        EXPECT_TRUE(full.bad());
+        EXPECT_EQ(full.Taken(), file.substr(0, full.Taken().size()));
+        EXPECT_FALSE(report.HasWriteFailed());
+    }
+    test::CFullDisk enough(file.size());
+    EXPECT_EQ(WriteTextCoefFile(map, enough, nullptr), S_OK);
+    EXPECT_TRUE(enough.good());
+    EXPECT_EQ(enough.Taken(), file);
+}
+
+TEST_F(TextCoefFile, AStreamIsNotTouchedForAPreparedGridOfAnotherShape) {
+    CChromaCorrectCoef map;
+    map.Resize(2, 3);
+    CMassiveGrid turned(sizeof(SMatrixCoef));
+    ASSERT_TRUE(turned.Resize(3, 2));
+    std::ostringstream stream;
+    EXPECT_EQ(WriteTextCoefFile(map, stream, &turned), E_COEF_INVALIDARG);
+    EXPECT_TRUE(stream.str().empty());
 }
 
 } // namespace

@@ -7,6 +7,8 @@
 
 #include "tests/formats/BinaryKinds.h"
 #include "tests/support/CoefMaps.h"
+#include "tests/support/Streams.h"
+#include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {
@@ -20,6 +22,10 @@ constexpr std::size_t kBlockElements = 1U << 18;
 using WriteTurned = Status (*)(const CChromaCorrectCoef&, const wchar_t*, const SPixelRect&,
                                std::uint32_t);
 constexpr std::array<WriteTurned, 4> kWriteTurned{WriteTurned9fCoefFile, WriteTurned3fCoefFile,
+                                                  WriteTurned9bCoefFile, WriteTurned3bCoefFile};
+using WriteStream = Status (*)(const CChromaCorrectCoef&, std::ostream&, const SPixelRect&,
+                               std::uint32_t);
+constexpr std::array<WriteStream, 4> kWriteStream{WriteTurned9fCoefFile, WriteTurned3fCoefFile,
                                                   WriteTurned9bCoefFile, WriteTurned3bCoefFile};
 
 /// A turned rectangle as a table of modes written out by hand.
@@ -265,6 +271,38 @@ TEST_F(TurnedCoefFile, NeedsAPathThatOpens) {
     map.Resize(4, 2);
     for (const auto& write : kWriteTurned)
         EXPECT_EQ(write(map, m_folder.Path().c_str(), {0, 0, 4, 2}, 1), E_COEF_OPENFAILED);
+}
+
+TEST_F(TurnedCoefFile, AStreamGetsTheFilesBytesWhereItStands) {
+    CChromaCorrectCoef map;
+    map.Resize(7, 5);
+    PaintMap(map, PatternPixel);
+    for (std::size_t kind = 0; kind < kBinaryKinds.size(); ++kind)
+        for (std::uint32_t mode = 0; mode <= 3; ++mode) {
+            const SPixelRect rect{1, 1, 9, 5};
+            ASSERT_EQ(kWriteTurned[kind](map, Path().c_str(), rect, mode), S_OK);
+            std::ostringstream stream;
+            stream << kPrefix;
+            EXPECT_EQ(kWriteStream[kind](map, stream, rect, mode), S_OK);
+            EXPECT_EQ(stream.str(), std::string(kPrefix) + ReadText(Path()));
+        }
+}
+
+TEST_F(TurnedCoefFile, AStreamTellsThatItRanFullAndIsNotTouchedWhereNoFileIs) {
+    CChromaCorrectCoef map;
+    map.Resize(4, 2);
+    for (const auto& write : kWriteStream) {
+        CFullDisk full(30);
+        const CTransferReport report;
+        EXPECT_EQ(write(map, full, {0, 0, 4, 2}, 1), E_FAIL);
+        EXPECT_TRUE(full.bad());
+        EXPECT_FALSE(report.HasWriteFailed());
+        std::ostringstream untouched;
+        EXPECT_EQ(write(CChromaCorrectCoef(), untouched, {0, 0, 4, 2}, 1), E_COEF_INVALIDARG);
+        EXPECT_EQ(write(map, untouched, {1, 0, 0, 2}, 1), E_FAIL);
+        EXPECT_TRUE(untouched.good());
+        EXPECT_TRUE(untouched.str().empty());
+    }
 }
 
 } // namespace
