@@ -8,14 +8,13 @@
 #include <istream>
 #include <memory>
 #include <span>
-#include <sstream>
-#include <string>
 
 #include "calibuf/CaliBuf.h"
 #include "calibuf/WordElementKind.h"
 #include "coef/WordKind.h"
 #include "common/LittleEndian.h"
 #include "fuzz/ExpectedRead.h"
+#include "fuzz/FuzzInput.h"
 #include "trevolt/TransferReport.h"
 
 namespace trevolt::fuzz {
@@ -74,17 +73,6 @@ inline CCaliBuf& StoreFor(std::span<const std::byte> input, const SChoice& choic
     }
     CMemoryBudget::Process().SetLimit(kReadBudget);
     return *store;
-}
-
-inline std::istringstream StreamOf(std::span<const std::byte> input) {
-    return std::istringstream(
-        std::string(reinterpret_cast<const char*>(input.data()), input.size()), std::ios::binary);
-}
-
-/// Ends the process when a reader's own account does not add up.
-inline void Check(bool holds) {
-    if (!holds)
-        __builtin_trap();
 }
 
 /// Checks what a reader says of its read: status, counts and what the report tells.

@@ -1,0 +1,173 @@
+// Binary coefficient files of the four kinds through their readers on streams, and back through
+// their writers. An input is a file as it stands; its first byte chooses the kind.
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "formats/BinaryCoefKind.h"
+#include "fuzz/FuzzInput.h"
+#include "trevolt/BinaryCoefFile.h"
+#include "trevolt/MemoryBudget.h"
+
+namespace trevolt::fuzz {
+namespace {
+
+/// More than the maps and a sample's body, and less than a lying frame may ask for.
+constexpr std::uint64_t kBudget = std::uint64_t{4} << 20;
+constexpr std::uint32_t kMostPixels = 4096;
+constexpr std::uint64_t kHeaderBytes = 24;
+
+struct SKind {
+    const CoefFileMagic& magic;
+    Status (*read)(CChromaCorrectCoef&, std::istream&);
+    Status (*write)(const CChromaCorrectCoef&, std::ostream&, const CMassiveGrid*);
+    Status (*readSize)(std::istream&, std::uint32_t&, std::uint32_t&);
+    Status wholeMapRead;
+};
+constexpr std::array<SKind, 4> kKinds{
+    {{S9fCoefKind::kMagic, Read9fCoefFile, Write9fCoefFile, Read9fCoefSize, MakeStatus(1)},
+     {S3fCoefKind::kMagic, Read3fCoefFile, Write3fCoefFile, Read3fCoefSize, S_OK},
+     {S9bCoefKind::kMagic, Read9bCoefFile, Write9bCoefFile, Read9bCoefSize, S_OK},
+     {S3bCoefKind::kMagic, Read3bCoefFile, Write3bCoefFile, Read3bCoefSize, S_OK}}};
+
+/// The kind whose magic begins as the input does; of another first byte, whose file no kind reads,
+/// the one that it names.
+const SKind& KindOf(std::span<const std::byte> input) {
+    const auto first =
+        input.empty() ? std::uint8_t{0} : std::to_integer<std::uint8_t>(input.front());
+    for (const SKind& kind : kKinds)
+        if (kind.magic.front() == first)
+            return kind;
+    return kKinds[first % kKinds.size()];
+}
+
+std::vector<std::byte> BytesOf(const CMassiveBuf& buffer) {
+    std::vector<std::byte> bytes;
+    bytes.reserve(static_cast<std::size_t>(buffer.ByteCount()));
+    for (std::size_t i = 0; i < buffer.BlockCount(); ++i)
+        bytes.insert(bytes.end(), buffer.Block(i), buffer.Block(i) + buffer.BlockSize(i));
+    return bytes;
+}
+
+/// A map whose values no file is likely to hold.
+CChromaCorrectCoef PaintedMap(std::uint32_t width, std::uint32_t height) {
+    CChromaCorrectCoef map;
+    map.Resize(static_cast<std::int32_t>(width), static_cast<std::int32_t>(height));
+    Check(map.IsEmpty() || map.HasStorage());
+    for (std::int32_t y = 0; y < map.Height(); ++y)
+        for (std::int32_t x = 0; x < map.Width(); ++x) {
+            SMatrixCoef element;
+            for (std::size_t k = 0; k < element.m.size(); ++k)
+                element.m[k] = -1.0F - static_cast<float>(y * 64 + x * 12) - static_cast<float>(k);
+            map.SetElement(x, y, element);
+        }
+    return map;
+}
+
+struct SSize {
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+};
+
+/// The size that the input's header has, when that is whole and of the kind.
+std::optional<SSize> ExpectedSize(std::span<const std::byte> input, const SKind& kind) {
+    if (input.size() < kHeaderBytes ||
+        std::memcmp(input.data(), kind.magic.data(), kind.magic.size()) != 0)
+        return std::nullopt;
+    const auto at = [&](std::size_t k) { return std::to_integer<std::uint32_t>(input[k]); };
+    if (at(16) > 1 || at(17) != 0 || at(18) != 0 || at(19) != 0)
+        return std::nullopt;
+    return SSize{at(20) + (at(21) << 8), at(22) + (at(23) << 8)};
+}
+
+/// Checks that the size query tells what the header says, and takes no more than that.
+void CheckSize(std::span<const std::byte> input, const SKind& kind,
+               const std::optional<SSize>& expected) {
+    constexpr std::uint32_t kUntouched = 0xABCDEF;
+    std::istringstream stream = StreamOf(input);
+    SSize size{kUntouched, kUntouched};
+    const Status status = kind.readSize(stream, size.width, size.height);
+    Check(status == (expected ? S_OK : E_COEF_BADFORMAT));
+    Check(size.width == (expected ? expected->width : kUntouched));
+    Check(size.height == (expected ? expected->height : kUntouched));
+    Check(!expected || static_cast<std::uint64_t>(std::streamoff{stream.tellg()}) == kHeaderBytes);
+}
+
+/// Reads the input into a painted map of `size`; after a failure that is as it was, and after a
+/// success what it has and the file has not.
+Status CheckRead(std::span<const std::byte> input, const SKind& kind,
+                 const std::optional<SSize>& fileSize, CChromaCorrectCoef& map) {
+    const CChromaCorrectCoef before = PaintedMap(map.Width(), map.Height());
+    const std::uint64_t held = CMemoryBudget::Process().Outstanding();
+    std::istringstream stream = StreamOf(input);
+    const Status status = kind.read(map, stream);
+    Check(CMemoryBudget::Process().Outstanding() == held);
+    Check(fileSize.has_value() == (status != E_COEF_BADFORMAT));
+    Check(BytesOf(map.GainGrid()) == BytesOf(before.GainGrid()));
+    if (Failed(status)) {
+        Check(status == E_COEF_BADFORMAT || status == E_FAIL || status == E_OUTOFMEMORY);
+        Check(BytesOf(map.ColourGrid()) == BytesOf(before.ColourGrid()));
+        return status;
+    }
+    const bool isWhole = fileSize->width == map.Width() && fileSize->height == map.Height();
+    Check(status == (isWhole && !map.IsEmpty() ? kind.wholeMapRead : S_OK));
+    Check(stream.good());
+    Check(static_cast<std::uint64_t>(std::streamoff{stream.tellg()}) == input.size());
+    for (std::int32_t y = 0; y < map.Height(); ++y)
+        for (std::int32_t x = 0; x < map.Width(); ++x)
+            if (x >= static_cast<std::int32_t>(fileSize->width) ||
+                y >= static_cast<std::int32_t>(fileSize->height))
+                Check(std::memcmp(map.FindElement(x, y), before.FindElement(x, y),
+                                  sizeof(SMatrixCoef)) == 0);
+    return status;
+}
+
+/// Checks that two maps that the same file was read into agree in what both have of it.
+void CheckOverlap(const CChromaCorrectCoef& a, const CChromaCorrectCoef& b) {
+    for (std::int32_t y = 0; y < std::min(a.Height(), b.Height()); ++y)
+        for (std::int32_t x = 0; x < std::min(a.Width(), b.Width()); ++x)
+            Check(std::memcmp(a.FindElement(x, y), b.FindElement(x, y), sizeof(SMatrixCoef)) == 0);
+}
+
+/// Checks that a map that was read whole is written as a file that reads as the same map.
+void CheckWrittenBack(const SKind& kind, const CChromaCorrectCoef& map) {
+    std::ostringstream written(std::ios::binary);
+    Check(kind.write(map, written, nullptr) == S_OK);
+    std::istringstream stream(written.str(), std::ios::binary);
+    CChromaCorrectCoef back = PaintedMap(map.Width(), map.Height());
+    Check(kind.read(back, stream) == kind.wholeMapRead);
+    Check(BytesOf(back.ColourGrid()) == BytesOf(map.ColourGrid()));
+}
+
+void CheckInput(std::span<const std::byte> input) {
+    const SKind& kind = KindOf(input);
+    const auto fileSize = ExpectedSize(input, kind);
+    CheckSize(input, kind, fileSize);
+    // A map of a size of its own, which a file overlaps in every way.
+    CChromaCorrectCoef other = PaintedMap(7, 5);
+    const Status status = CheckRead(input, kind, fileSize, other);
+    if (!fileSize || fileSize->width * fileSize->height - 1 >= kMostPixels)
+        return;
+    CChromaCorrectCoef map = PaintedMap(fileSize->width, fileSize->height);
+    const Status whole = CheckRead(input, kind, fileSize, map);
+    Check(Failed(whole) ? whole == status : !Failed(status));
+    if (Failed(whole))
+        return;
+    CheckOverlap(map, other);
+    CheckWrittenBack(kind, map);
+}
+
+} // namespace
+} // namespace trevolt::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace trevolt;
+    CMemoryBudget::Process().SetLimit(fuzz::kBudget);
+    fuzz::CheckInput(std::as_bytes(std::span(data, size)));
+    fuzz::Check(CMemoryBudget::Process().Outstanding() == 0);
+    return 0;
+}
