@@ -7,8 +7,8 @@
 #include "cli/Commands.h"
 #include "platform/FileSystem.h"
 #include "platform/SystemError.h"
-#include "platform/Utf8.h"
 #include "trevolt/TransferProblems.h"
+#include "trevolt/Utf8.h"
 
 namespace trevolt {
 namespace {

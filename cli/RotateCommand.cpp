@@ -7,8 +7,8 @@
 
 #include "cli/Commands.h"
 #include "platform/Process.h"
-#include "platform/Utf8.h"
 #include "trevolt/FolderRotation.h"
+#include "trevolt/Utf8.h"
 
 namespace trevolt {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include "platform/Utf8.h"
+#include "trevolt/Utf8.h"
 
 int wmain(int argc, wchar_t** argv) {
     SetConsoleOutputCP(CP_UTF8);

@@ -8,7 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/Utf8.h"
+#include "trevolt/Utf8.h"
 
 namespace trevolt {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "platform/Utf8.h"
+#include "trevolt/Utf8.h"
 
 namespace trevolt {
 

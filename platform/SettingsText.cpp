@@ -4,7 +4,7 @@
 #include <cstddef>
 
 #include "platform/CodePage.h"
-#include "platform/Utf8.h"
+#include "trevolt/Utf8.h"
 
 namespace trevolt {
 namespace {

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "platform/FileStream.h"
-#include "platform/Utf8.h"
+#include "trevolt/Utf8.h"
 
 namespace trevolt {
 namespace {

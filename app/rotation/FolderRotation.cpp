@@ -10,9 +10,10 @@
 #include "app/rotation/OrderedJobs.h"
 #include "platform/FileSystem.h"
 #include "platform/Process.h"
-#include "platform/Utf8.h"
 #include "trevolt/FileKinds.h"
+#include "trevolt/LowerCase.h"
 #include "trevolt/TransferProblems.h"
+#include "trevolt/Utf8.h"
 
 namespace trevolt {
 namespace {

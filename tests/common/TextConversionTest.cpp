@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "trevolt/LowerCase.h"
+
 namespace trevolt {
 namespace {
 

@@ -5,8 +5,8 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/Utf8.h"
 #include "tests/dialog/DialogFixture.h"
+#include "trevolt/Utf8.h"
 
 namespace trevolt {
 namespace {

@@ -6,15 +6,15 @@
 
 #include "app/dialog/TrevoltDlg.h"
 #include "calibuf/ChunkLayout.h"
-#include "common/TextConversion.h"
 #include "platform/FileSystem.h"
-#include "platform/Utf8.h"
 #include "tests/dialog/MemoryView.h"
 #include "tests/support/CoefMaps.h"
 #include "tests/support/TestFiles.h"
 #include "trevolt/CoefRotation.h"
 #include "trevolt/FileKinds.h"
 #include "trevolt/FolderRotation.h"
+#include "trevolt/LowerCase.h"
+#include "trevolt/Utf8.h"
 
 namespace trevolt {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/Utf8.h"
+#include "trevolt/Utf8.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "common/TextConversion.h"
+#include "trevolt/LowerCase.h"
 
 namespace trevolt {
 namespace {

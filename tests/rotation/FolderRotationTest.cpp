@@ -7,12 +7,12 @@
 #include <gtest/gtest.h>
 
 #include "common/LittleEndian.h"
-#include "common/TextConversion.h"
 #include "platform/FileSystem.h"
 #include "tests/rotation/AllocationLimit.h"
 #include "tests/support/CoefMaps.h"
 #include "trevolt/BinaryCoefFile.h"
 #include "trevolt/FileKinds.h"
+#include "trevolt/LowerCase.h"
 
 #ifndef _WIN32
 #include <sys/stat.h>

@@ -11,7 +11,7 @@
 
 #include "platform/FileStream.h"
 #include "platform/FileSystem.h"
-#include "platform/Utf8.h"
+#include "trevolt/Utf8.h"
 
 namespace trevolt::test {
 namespace {

@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/Utf8.h"
 #include "tests/win32/WindowFixture.h"
+#include "trevolt/Utf8.h"
 
 namespace trevolt::test {
 namespace {

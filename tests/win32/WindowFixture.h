@@ -6,10 +6,10 @@
 
 #include "app/dialog/StartConstants.h"
 #include "platform/ProgramFolder.h"
-#include "platform/Utf8.h"
 #include "tests/dialog/DialogFixture.h"
 #include "tests/win32/Screenshot.h"
 #include "tests/win32/TrevoltProcess.h"
+#include "trevolt/Utf8.h"
 
 namespace trevolt::test {
 

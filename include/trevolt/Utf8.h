@@ -1,5 +1,6 @@
-// Wide text and UTF-8, independent of the process's locale. Wide text is UTF-16 where wchar_t has
-// 16 bits and UTF-32 elsewhere.
+// Wide text, in which this library takes paths and gives names, and UTF-8, independent of the
+// process's locale. Wide text is UTF-16 where wchar_t has 16 bits and UTF-32 elsewhere. On POSIX
+// systems a wide path stands for the file whose name is its UTF-8 form.
 #pragma once
 
 #include <optional>
