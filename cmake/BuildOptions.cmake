@@ -21,8 +21,8 @@ if(TREVOLT_SANITIZERS)
     endif()
 endif()
 
-# The project's own code: warnings are errors.
-function(trevolt_own_code target)
+# Warnings are errors.
+function(trevolt_warnings target)
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
     if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
         # GCC 12 sees overlapping copies in plain string concatenation at -O3.
@@ -33,6 +33,11 @@ function(trevolt_own_code target)
         target_compile_options(${target} PRIVATE -Wno-array-bounds
                                -Wno-stringop-overread)
     endif()
+endfunction()
+
+# The project's own code, which is included from its root.
+function(trevolt_own_code target)
+    trevolt_warnings(${target})
     target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
 endfunction()
 
@@ -49,7 +54,10 @@ function(trevolt_folder folder)
     endif()
 endfunction()
 
-# Console programs start at wmain on Windows, so that every Unicode argument arrives.
-if(MINGW)
-    add_link_options(-municode)
-endif()
+# trevolt_wide_entry(<target> PUBLIC|PRIVATE|INTERFACE)
+# The program starts at wmain or wWinMain on Windows, so that every Unicode argument arrives.
+function(trevolt_wide_entry target scope)
+    if(MINGW)
+        target_link_options(${target} ${scope} -municode)
+    endif()
+endfunction()

@@ -19,24 +19,29 @@ endfunction()
 trevolt_header_library(cli11 CLI)
 trevolt_header_library(fmt_headers fmt)
 
+# A program that links the library may use any {fmt} beside it: this one lies in a namespace of the
+# project's own.
+target_compile_definitions(fmt_headers INTERFACE
+    "FMT_BEGIN_NAMESPACE=namespace fmt { inline namespace trevolt_fmt {" "FMT_END_NAMESPACE=}}")
+
 # {fmt}'s own functions are compiled once, from its headers, and not in every source that prints.
 add_library(fmt STATIC ${PROJECT_SOURCE_DIR}/cmake/FmtLibrary.cpp)
 target_compile_options(fmt PRIVATE -w)
 target_link_libraries(fmt PUBLIC fmt_headers)
 
-add_library(lz4 INTERFACE)
 if(CMAKE_CROSSCOMPILING)
     include(FetchLz4Source)
-    add_library(lz4_static STATIC ${LZ4_SOURCE_DIR}/lib/lz4.c ${LZ4_SOURCE_DIR}/lib/lz4frame.c
-                                  ${LZ4_SOURCE_DIR}/lib/lz4hc.c ${LZ4_SOURCE_DIR}/lib/xxhash.c)
-    target_include_directories(lz4_static SYSTEM PUBLIC ${LZ4_SOURCE_DIR}/lib)
-    target_compile_definitions(lz4_static PRIVATE XXH_NAMESPACE=LZ4_)
-    target_compile_options(lz4_static PRIVATE -O3 -w)
-    target_link_libraries(lz4 INTERFACE lz4_static)
+    add_library(lz4 STATIC ${LZ4_SOURCE_DIR}/lib/lz4.c ${LZ4_SOURCE_DIR}/lib/lz4frame.c
+                           ${LZ4_SOURCE_DIR}/lib/lz4hc.c ${LZ4_SOURCE_DIR}/lib/xxhash.c)
+    # It is installed beside the library, where another LZ4 may stand.
+    set_target_properties(lz4 PROPERTIES OUTPUT_NAME trevolt_lz4 EXPORT_NAME trevolt_lz4)
+    target_include_directories(lz4 SYSTEM PUBLIC $<BUILD_INTERFACE:${LZ4_SOURCE_DIR}/lib>)
+    target_compile_definitions(lz4 PRIVATE XXH_NAMESPACE=LZ4_)
+    target_compile_options(lz4 PRIVATE -O3 -w)
 else()
     find_package(PkgConfig REQUIRED)
-    pkg_check_modules(LZ4 REQUIRED IMPORTED_TARGET liblz4)
-    target_link_libraries(lz4 INTERFACE PkgConfig::LZ4)
+    pkg_check_modules(TREVOLT_LZ4 REQUIRED IMPORTED_TARGET liblz4)
+    add_library(lz4 ALIAS PkgConfig::TREVOLT_LZ4)
     find_package(OpenSSL REQUIRED COMPONENTS Crypto)
 endif()
 
