@@ -1,0 +1,56 @@
+# What `cmake --install` lays down, in three components: programs, library and documents.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+set(package ${CMAKE_INSTALL_LIBDIR}/cmake/Trevolt)
+set(documents ${CMAKE_INSTALL_DATAROOTDIR}/doc/trevolt)
+set(generated ${PROJECT_BINARY_DIR}/generated)
+
+install(TARGETS trevolt-cli RUNTIME COMPONENT programs)
+
+install(DIRECTORY include/trevolt DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT library)
+set(libraries trevolt)
+if(WIN32)
+    list(APPEND libraries lz4)
+endif()
+install(TARGETS ${libraries} EXPORT TrevoltTargets
+        ARCHIVE COMPONENT library
+        INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(EXPORT TrevoltTargets NAMESPACE Trevolt:: DESTINATION ${package} COMPONENT library)
+write_basic_package_version_file(${generated}/TrevoltConfigVersion.cmake
+                                 COMPATIBILITY SameMajorVersion)
+install(FILES cmake/TrevoltConfig.cmake ${generated}/TrevoltConfigVersion.cmake
+        DESTINATION ${package} COMPONENT library)
+
+# The pkg-config file finds its folders from its own place.
+set(pkgconfig ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+file(RELATIVE_PATH TREVOLT_PREFIX_FROM_PC /${pkgconfig} /)
+string(REGEX REPLACE "/$" "" TREVOLT_PREFIX_FROM_PC ${TREVOLT_PREFIX_FROM_PC})
+if(WIN32)
+    set(TREVOLT_PC_REQUIRES "")
+    set(TREVOLT_PC_LIBRARIES "-ltrevolt -ltrevolt_lz4 -ladvapi32 -pthread")
+else()
+    set(TREVOLT_PC_REQUIRES "liblz4, libcrypto")
+    set(TREVOLT_PC_LIBRARIES "-ltrevolt -pthread")
+endif()
+configure_file(cmake/trevolt.pc.in ${generated}/trevolt.pc @ONLY)
+install(FILES ${generated}/trevolt.pc DESTINATION ${pkgconfig} COMPONENT library)
+
+install(FILES README.md CHANGELOG.md LICENSE DESTINATION ${documents} COMPONENT documents)
+install(DIRECTORY docs examples DESTINATION ${documents} COMPONENT documents)
+
+# The licences of what the programs and the library hold of others, and the Debian packages whose
+# files of copyright tell them.
+set(licences LZ4=liblz4-dev fmt=libfmt-dev CLI11=libcli11-dev)
+if(WIN32)
+    list(APPEND licences GCC-runtime=gcc-mingw-w64-x86-64-posix-runtime
+                         MinGW-w64=mingw-w64-x86-64-dev)
+    install(FILES /usr/share/common-licenses/GPL-3 DESTINATION ${documents}/licences
+            COMPONENT documents RENAME GPL-3.txt)
+endif()
+foreach(licence IN LISTS licences)
+    string(REPLACE "=" ";" licence ${licence})
+    list(GET licence 0 name)
+    list(GET licence 1 debian)
+    install(FILES /usr/share/doc/${debian}/copyright DESTINATION ${documents}/licences
+            COMPONENT documents RENAME ${name}.txt)
+endforeach()
