@@ -36,7 +36,8 @@ configure_file(cmake/trevolt.pc.in ${generated}/trevolt.pc @ONLY)
 install(FILES ${generated}/trevolt.pc DESTINATION ${pkgconfig} COMPONENT library)
 
 install(FILES README.md CHANGELOG.md LICENSE DESTINATION ${documents} COMPONENT documents)
-install(DIRECTORY docs examples DESTINATION ${documents} COMPONENT documents)
+install(DIRECTORY docs DESTINATION ${documents} COMPONENT documents)
+install(DIRECTORY examples DESTINATION ${documents} COMPONENT library)
 
 # The licences of what the programs and the library hold of others, and the Debian packages whose
 # files of copyright tell them.

@@ -1,27 +1,24 @@
 #!/bin/sh
-# Packs the built programs into dist/: one archive a system.
+# Packs what was built into dist/: one archive a system.
 #
 #   tools/package.sh VERSION
 #
-# Expects build/release/bin/trevolt-cli and the tree dist/windows.
+# For Linux that is what is installed: program, library and documents. For Windows it is the tree
+# dist/windows with the installed documents beside it. Expects the builds of both systems.
 set -eu
 cd "$(dirname "$0")/.."
 version=$1
-papers="README.md CHANGELOG.md LICENSE docs"
-
 linux=trevolt-$version-linux-x86_64
 windows=trevolt-$version-windows-x86_64
 rm -rf "dist/$linux" "dist/$windows" "dist/$linux.tar.gz" "dist/$windows.zip"
 
-mkdir -p "dist/$linux/bin"
-cp build/release/bin/trevolt-cli "dist/$linux/bin/"
-# shellcheck disable=SC2086 # the list is meant to be split
-cp -r $papers "dist/$linux/"
+cmake --install build/release --prefix "dist/$linux" >/dev/null
 
+documents=$(mktemp -d)
+trap 'rm -rf "$documents"' EXIT
+cmake --install build/windows --component documents --prefix "$documents" >/dev/null
 mkdir -p "dist/$windows"
-cp -r dist/windows/. "dist/$windows/"
-# shellcheck disable=SC2086
-cp -r $papers "dist/$windows/"
+cp -r dist/windows/. "$documents/share/doc/trevolt/." "dist/$windows/"
 
 cd dist
 cmake -E tar czf "$linux.tar.gz" "$linux"

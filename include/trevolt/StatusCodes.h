@@ -8,7 +8,7 @@
 // windows.h has macros of five of these names, of the same values. They are set aside while the
 // constants are declared and are the includer's again behind that, so this header stands before or
 // behind windows.h. Where the macros are known a plain S_OK is theirs and compares with a status as
-// the constant does.
+// the constant does; trevolt::S_OK cannot be written there.
 #pragma push_macro("S_OK")
 #pragma push_macro("E_FAIL")
 #pragma push_macro("E_POINTER")

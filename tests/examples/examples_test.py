@@ -8,6 +8,7 @@ the Windows build.
 """
 import argparse
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
@@ -56,6 +57,15 @@ class Programs(unittest.TestCase):
     def test_every_example_is_there(self):
         sources = {path.stem for path in (ROOT / 'examples').glob('*.cpp')}
         self.assertEqual(PROGRAMS.keys(), sources)
+
+    def test_the_page_quotes_them(self):
+        lines = {line.strip() for path in (ROOT / 'examples').glob('*.cpp')
+                 for line in path.read_text(encoding='utf-8').splitlines()}
+        page = (ROOT / 'docs' / 'library.md').read_text(encoding='utf-8')
+        quotes = re.findall(r'^```cpp\n(.*?)^```', page, re.MULTILINE | re.DOTALL)
+        self.assertEqual(len(quotes), 3)
+        for line in '\n'.join(quotes).splitlines():
+            self.assertIn(line.strip(), lines)
 
 
 class TurnFile(Example):
