@@ -5,9 +5,19 @@
 #include <cstdint>
 #include <limits>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace trevolt {
+
+/// `text` with A to Z folded to a to z; every other character stays.
+inline std::wstring ToLowerAscii(std::wstring_view text) {
+    std::wstring lowered(text);
+    for (wchar_t& c : lowered)
+        if (c >= L'A' && c <= L'Z')
+            c = static_cast<wchar_t>(c - L'A' + L'a');
+    return lowered;
+}
 
 /// Takes the decimal integer that stands at `at`, with an optional sign, and moves `at` behind it:
 /// the integer, kept inside int32. Nothing without a digit; a sign is taken then all the same.

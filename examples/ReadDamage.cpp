@@ -12,7 +12,6 @@
 
 #include <trevolt/ChromaCorrectCoef.h>
 #include <trevolt/FileKinds.h>
-#include <trevolt/LowerCase.h>
 #include <trevolt/StatusCodes.h>
 #include <trevolt/TransferProblems.h>
 #include <trevolt/TransferReport.h>
@@ -53,8 +52,7 @@ void PrintWhatIsLost(const trevolt::SFileKind& kind, const wchar_t* path) {
 
 int main(int argc, char** argv) {
     const auto path = argc == 2 ? trevolt::Utf8ToWide(argv[1]) : std::nullopt;
-    const trevolt::SFileKind* kind =
-        path ? trevolt::FindLoadKind(trevolt::ToLowerAscii(*path)) : nullptr;
+    const trevolt::SFileKind* kind = path ? trevolt::FindLoadKind(*path) : nullptr;
     if (kind == nullptr) {
         std::cerr << "usage: ReadDamage FILE\n";
         return EXIT_FAILURE;

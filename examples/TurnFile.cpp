@@ -14,7 +14,6 @@
 #include <trevolt/ChromaCorrectCoef.h>
 #include <trevolt/CoefRotation.h>
 #include <trevolt/FileKinds.h>
-#include <trevolt/LowerCase.h>
 #include <trevolt/StatusCodes.h>
 #include <trevolt/TransferProblems.h>
 #include <trevolt/TransferReport.h>
@@ -58,9 +57,8 @@ bool SaveMap(const trevolt::SFileKind& kind, const std::wstring& path,
 
 bool TurnFile(const std::wstring& path, const trevolt::SAngle& angle) {
     const std::wstring name = path.substr(path.find_last_of(L"/\\") + 1);
-    const std::wstring lowered = trevolt::ToLowerAscii(name);
-    const trevolt::SFileKind* loadKind = trevolt::FindLoadKind(lowered);
-    const trevolt::SFileKind* exportKind = trevolt::FindExportKind(lowered);
+    const trevolt::SFileKind* loadKind = trevolt::FindLoadKind(name);
+    const trevolt::SFileKind* exportKind = trevolt::FindExportKind(name);
     if (loadKind == nullptr || exportKind == nullptr) {
         std::cerr << "its name tells no kind of coefficient file\n";
         return false;

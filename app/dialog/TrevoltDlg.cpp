@@ -3,10 +3,10 @@
 #include <new>
 
 #include "app/dialog/StartConstants.h"
+#include "common/TextConversion.h"
 #include "platform/FileSystem.h"
 #include "trevolt/CoefRotation.h"
 #include "trevolt/FileKinds.h"
-#include "trevolt/LowerCase.h"
 #include "trevolt/QuarterTurn.h"
 #include "trevolt/TransferReport.h"
 

@@ -11,7 +11,6 @@
 #include "platform/FileSystem.h"
 #include "platform/Process.h"
 #include "trevolt/FileKinds.h"
-#include "trevolt/LowerCase.h"
 #include "trevolt/TransferProblems.h"
 #include "trevolt/Utf8.h"
 

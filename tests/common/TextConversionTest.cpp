@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include "trevolt/LowerCase.h"
-
 namespace trevolt {
 namespace {
 

@@ -13,7 +13,6 @@
 #include "trevolt/CoefRotation.h"
 #include "trevolt/FileKinds.h"
 #include "trevolt/FolderRotation.h"
-#include "trevolt/LowerCase.h"
 #include "trevolt/Utf8.h"
 
 namespace trevolt {
@@ -70,7 +69,7 @@ void ExpectTurnedAs(const std::wstring& file, const SAngle& angle, const std::ws
         EXPECT_EQ(test::ReadText(file), test::ReadText(sample));
         return;
     }
-    const SFileKind& kind = *FindLoadKind(ToLowerAscii(name));
+    const SFileKind& kind = *FindLoadKind(name);
     const bool upright = angle.code == 2;
     CChromaCorrectCoef actual;
     CChromaCorrectCoef expected;

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "trevolt/LowerCase.h"
+#include "common/TextConversion.h"
 
 namespace trevolt {
 namespace {

@@ -12,7 +12,6 @@
 #include "tests/support/CoefMaps.h"
 #include "trevolt/BinaryCoefFile.h"
 #include "trevolt/FileKinds.h"
-#include "trevolt/LowerCase.h"
 
 #ifndef _WIN32
 #include <sys/stat.h>
@@ -52,7 +51,7 @@ class FolderRotation : public testing::Test {
         CChromaCorrectCoef map;
         map.Resize(width, height);
         PaintMap(map, BytePixel);
-        const SFileKind* kind = FindExportKind(ToLowerAscii(name));
+        const SFileKind* kind = FindExportKind(name);
         ASSERT_NE(kind, nullptr);
         ASSERT_EQ(kind->save(map, m_source.File(name).c_str()), S_OK);
     }

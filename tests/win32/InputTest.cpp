@@ -3,8 +3,8 @@
 
 #include <commctrl.h>
 
+#include "common/TextConversion.h"
 #include "tests/win32/WindowFixture.h"
-#include "trevolt/LowerCase.h"
 
 namespace trevolt {
 namespace {
