@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <fstream>
+#include <istream>
+#include <ostream>
 
 #include <fmt/format.h>
 

@@ -12,8 +12,7 @@
 #pragma once
 
 #include <cstdint>
-#include <istream>
-#include <ostream>
+#include <iosfwd>
 #include <string>
 #include <vector>
 

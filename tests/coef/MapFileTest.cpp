@@ -2,6 +2,7 @@
 // saved is compared with the map writers' own bytes, what is loaded with a naive conversion.
 #include <algorithm>
 #include <cstring>
+#include <sstream>
 
 #include <gtest/gtest.h>
 
@@ -610,6 +611,27 @@ TEST_F(BrightLoad, AHeaderWithoutASize) {
 template <class Object>
 class MapImages : public ::testing::Test {};
 TYPED_TEST_SUITE(MapImages, test::MapKinds);
+
+// The readers of map images and of float files look under paths alone.
+TYPED_TEST(MapImages, AndFloatFilesAreNotTakenFromAStream) {
+    constexpr bool kIsBright = test::KindOf<TypeParam>::kKind == kBright;
+    const std::wstring floats =
+        test::Sample(kIsBright ? L"cabinet/Cab_02.3fcoef" : L"cabinet/Cab_01.9fcoef");
+    const std::string image(reinterpret_cast<const char*>(kRawMapMagic.data()), 16);
+    TypeParam object;
+    test::CreateWithPattern(object, 40, 24);
+    const std::wstring before = test::DigestOf(object);
+    for (const std::string& bytes : {test::ReadText(floats), image + std::string(1000, '\0')}) {
+        std::istringstream stream(bytes);
+        CFileSource alone(stream);
+        EXPECT_EQ(object.LoadFile(alone, 0, 0), E_COEF_BADFORMAT);
+        EXPECT_EQ(test::DigestOf(object), before);
+    }
+    std::istringstream stream(test::ReadText(floats));
+    CFileSource file(stream, floats.c_str());
+    EXPECT_EQ(object.LoadFile(file, 0, 0), S_OK);
+    EXPECT_NE(test::DigestOf(object), before);
+}
 
 TYPED_TEST(MapImages, GiveSuccessAndChangeNothing) {
     const test::CTemporaryFolder folder;
