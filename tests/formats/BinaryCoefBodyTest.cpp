@@ -1,6 +1,7 @@
 #include "formats/BinaryCoefBody.h"
 
 #include <limits>
+#include <sstream>
 
 #include <gtest/gtest.h>
 
@@ -92,6 +93,20 @@ TEST(BinaryCoefBody, ReadsTheStoredElementsInTheFilesShape) {
     EXPECT_EQ(ReadCoefBody(path.c_str(), S3bCoefKind::kMagic, body), E_FAIL);
     EXPECT_FALSE(body.HasStorage());
     EXPECT_EQ(body.Width(), 0U);
+}
+
+TEST(BinaryCoefBody, IsEmptyAfterAFailureWhateverItHeld) {
+    const CTemporaryFolder folder;
+    const std::wstring none = folder.File(L"none");
+    std::istringstream otherMagic("no magic of any kind, but longer than a header");
+    for (const CFileSource& source : {CFileSource(static_cast<const wchar_t*>(nullptr)),
+                                      CFileSource(none.c_str()), CFileSource(otherMagic)}) {
+        CMassiveGrid body(S3bCoefKind::kStoredBytes);
+        ASSERT_TRUE(body.Resize(2, 2));
+        EXPECT_TRUE(Failed(ReadCoefBody(source, S3bCoefKind::kMagic, body)));
+        EXPECT_FALSE(body.HasStorage());
+        EXPECT_EQ(body.Width(), 0U);
+    }
 }
 
 TEST(BinaryCoefBody, SavesAndLoadsByTheEntriesOfTheKind) {

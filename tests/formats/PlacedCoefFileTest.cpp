@@ -360,17 +360,20 @@ TEST_F(PlacedCoefFile, TheDiagonalReadersRefuseAsThePlainOnesAndTellNoSink) {
 
 TEST_F(PlacedCoefFile, AStreamIsPlacedAsItsFileWhateverItHolds) {
     constexpr Mask kSome{true, true, false, false, false, true, false, true, true};
+    constexpr SPixelRect kPlace{4, 5, 100, 7};
     for (std::size_t kind = 0; kind < kBinaryKinds.size(); ++kind) {
         SCOPED_TRACE(kBinaryKinds[kind].name);
         for (const BinaryInput& input : InputsFrom(ReadFile(FileOf(kind, 6, 5)), S_OK)) {
             SCOPED_TRACE(input.name);
-            MakeMap(8, 8);
-            SPixelRect rect{4, 5, 100, 7};
-            std::istringstream stream = StreamBehindPrefix(input.bytes);
-            EXPECT_EQ(Place(kind, m_map, stream, rect, true, kSome), input.status);
-            const bool isPlaced = !Failed(input.status);
-            EXPECT_EQ(rect, isPlaced ? (SPixelRect{4, 5, 8, 7}) : (SPixelRect{4, 5, 100, 7}));
-            ExpectPlaced(kind, isPlaced ? rect : SPixelRect{}, kSome);
+            for (const bool clip : {false, true}) {
+                MakeMap(8, 9);
+                SPixelRect rect = kPlace;
+                std::istringstream stream = StreamBehindPrefix(input.bytes);
+                EXPECT_EQ(Place(kind, m_map, stream, rect, clip, kSome), input.status);
+                const SPixelRect placed{4, 5, 8, clip ? 7 : 9};
+                EXPECT_EQ(rect, Failed(input.status) ? kPlace : placed);
+                ExpectPlaced(kind, Failed(input.status) ? SPixelRect{} : placed, kSome);
+            }
         }
     }
 }
