@@ -363,8 +363,8 @@ void StoreFours(std::byte* to, const Quartet<Words>& pairs) {
         StoreLanes(to + i * kLaneBytes, Shape<4>::kLaneStep, pairs.rows[i]);
 }
 
-/// Eight elements of three words fill three vectors. The halves of one lane each reach one word into
-/// the next element, which is stored thereafter.
+/// Eight elements of three words fill three vectors. The halves of one lane each reach one word
+/// into the next element, which is stored thereafter.
 template <class Words>
 void StoreThrees(std::byte* to, const Quartet<Words>& pairs) {
     using S = Shape<3>;

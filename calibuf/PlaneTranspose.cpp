@@ -1,9 +1,6 @@
 #include "calibuf/PlaneTranspose.h"
 
-#include <array>
 #include <cstring>
-
-#include "calibuf/PlaneKernels.h"
 
 namespace trevolt {
 namespace {
@@ -29,18 +26,6 @@ void ScatterSingly(Planes planes, std::byte* elements, std::size_t first, std::s
                         kWordBytes);
 }
 
-/// The kernels to be used, one behind the other: those of the widest vectors first.
-std::span<const SPlaneKernels* const> KernelsFor([[maybe_unused]] EVectors vectors) {
-#ifdef TREVOLT_WIDE_KERNELS
-    static constexpr std::array kWidestFirst{&kWidePlaneKernels, &kNarrowPlaneKernels};
-    const bool isWide = vectors == EVectors::Widest && __builtin_cpu_supports("avx2") != 0;
-    return std::span(kWidestFirst).subspan(isWide ? 0 : 1);
-#else
-    static constexpr std::array kOnlyNarrow{&kNarrowPlaneKernels};
-    return kOnlyNarrow;
-#endif
-}
-
 } // namespace
 
 void GatherPlanes(const std::byte* elements, std::size_t count, std::uint16_t* planes,
@@ -52,7 +37,7 @@ void GatherPlanes(const std::byte* elements, std::size_t count, std::uint16_t* p
         return;
     }
     std::size_t e = 0;
-    for (const SPlaneKernels* const kernels : KernelsFor(vectors))
+    for (const SPlaneKernels* const kernels : PlaneKernelsFor(vectors))
         e = kernels->gather(elements, e, count, planes, layout);
     GatherSingly(elements, e, count, planes, layout);
 }
@@ -68,7 +53,7 @@ void ScatterPlanes(Planes planes, std::byte* elements, std::size_t count, std::s
     }
     std::size_t e = 0;
     if (isPacked)
-        for (const SPlaneKernels* const kernels : KernelsFor(vectors))
+        for (const SPlaneKernels* const kernels : PlaneKernelsFor(vectors))
             e = kernels->scatter(planes.data(), planes.size(), elements, e, count);
     ScatterSingly(planes, elements, e, count, elemSize);
 }

@@ -5,15 +5,10 @@
 #include <cstdint>
 #include <span>
 
+#include "calibuf/PlaneKernels.h"
 #include "calibuf/PlaneLayout.h"
 
 namespace trevolt {
-
-/// What planes are moved in.
-enum class EVectors {
-    Narrow, ///< vectors of 16 bytes, which every x86-64 processor has
-    Widest  ///< vectors of 32 bytes where the processor has them
-};
 
 /// Splits `count` packed elements of `layout.wordCount` words at `elements` into planes.
 void GatherPlanes(const std::byte* elements, std::size_t count, std::uint16_t* planes,

@@ -146,6 +146,18 @@ std::vector<Width> WidthsOfThisProcessor() {
     return widths;
 }
 
+TEST(PlaneKernels, AreTheProcessorsWidestUnlessNarrowOnesAreAskedFor) {
+    std::vector<const SPlaneKernels*> widestFirst;
+    for (const Width& width : WidthsOfThisProcessor())
+        widestFirst.insert(widestFirst.begin(), width.kernels);
+    const auto listed = [](EVectors vectors) {
+        const auto kernels = PlaneKernelsFor(vectors);
+        return std::vector<const SPlaneKernels*>(kernels.begin(), kernels.end());
+    };
+    EXPECT_EQ(listed(EVectors::Widest), widestFirst);
+    EXPECT_EQ(listed(EVectors::Narrow), std::vector<const SPlaneKernels*>{&kNarrowPlaneKernels});
+}
+
 /// Where kernels end that begin with element `first`.
 std::size_t EndOfGroups(std::size_t wordCount, std::size_t group, std::size_t first,
                         std::size_t count) {
