@@ -151,7 +151,7 @@ Status CCNewChromaCorrectCoef::SaveWholeStoreC(const wchar_t* path) {
                               OwnerFields(nullptr, nullptr));
 }
 
-Status CCNewChromaCorrectCoef::LoadFile(CFileSource& file, std::uint32_t x, std::uint32_t y) {
+Status CCNewChromaCorrectCoef::LoadFile(CWordFileSource& file, std::uint32_t x, std::uint32_t y) {
     ChunkFormatId magic{};
     if (const Status status = ReadFileMagic(file, magic); Failed(status))
         return status;
@@ -161,7 +161,7 @@ Status CCNewChromaCorrectCoef::LoadFile(CFileSource& file, std::uint32_t x, std:
 }
 
 Status CCNewChromaCorrectCoef::LoadCoefRect(const wchar_t* path, std::uint32_t x, std::uint32_t y) {
-    CFileSource file(path);
+    CWordFileSource file(path);
     return LoadFile(file, x, y);
 }
 

@@ -93,7 +93,7 @@ class CCNewChromaCorrectCoef final : public CMapCorrectCoef<S9WordCoef> {
                         const std::uint8_t* flag) override;
 
     /// As that of the kinds with a map; also a file with extra words.
-    Status LoadFile(CFileSource& file, std::uint32_t x, std::uint32_t y);
+    Status LoadFile(CWordFileSource& file, std::uint32_t x, std::uint32_t y);
 
     // ---- slots of the chroma kind alone ----
 

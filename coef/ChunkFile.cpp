@@ -166,7 +166,7 @@ Status WriteExtraWordFile(const CCaliBuf* matrix, const CCaliBuf* extra, const w
     return S_OK;
 }
 
-Status ReadFileMagic(CFileSource& file, ChunkFormatId& magic) {
+Status ReadFileMagic(CWordFileSource& file, ChunkFormatId& magic) {
     if (file.IsNull())
         return E_COEF_INVALIDARG;
     std::istream* const stream = file.Open();
@@ -179,7 +179,7 @@ Status ReadFileMagic(CFileSource& file, ChunkFormatId& magic) {
     return S_OK;
 }
 
-Status ReadChunkFileHeader(CFileSource& file, const SWordKind& kind, SChunkHeader& header) {
+Status ReadChunkFileHeader(CWordFileSource& file, const SWordKind& kind, SChunkHeader& header) {
     if (file.IsNull())
         return E_COEF_INVALIDARG;
     std::istream* const stream = file.Open();
@@ -194,7 +194,7 @@ Status ReadChunkFileHeader(CFileSource& file, const SWordKind& kind, SChunkHeade
 
 Status ReadOwnerData(const wchar_t* path, const SWordKind& kind, std::byte* name,
                      std::uint32_t capacity, std::uint8_t& flag) {
-    CFileSource file(path);
+    CWordFileSource file(path);
     SChunkHeader header;
     if (const Status status = ReadChunkFileHeader(file, kind, header); Failed(status))
         return status;
@@ -205,14 +205,14 @@ Status ReadOwnerData(const wchar_t* path, const SWordKind& kind, std::byte* name
     return S_OK;
 }
 
-Status LoadChunkFile(CCaliBuf* store, CFileSource& file, std::uint32_t x, std::uint32_t y) {
+Status LoadChunkFile(CCaliBuf* store, CWordFileSource& file, std::uint32_t x, std::uint32_t y) {
     if (store == nullptr)
         return E_POINTER;
     std::istream* const stream = file.Open();
     return stream == nullptr ? E_HANDLE : store->ReadRectChunks(*stream, x, y, 0, 0);
 }
 
-Status LoadExtraWordFile(CCaliBuf* matrix, CCaliBuf* extra, CFileSource& file, std::uint32_t x,
+Status LoadExtraWordFile(CCaliBuf* matrix, CCaliBuf* extra, CWordFileSource& file, std::uint32_t x,
                          std::uint32_t y) {
     if (matrix == nullptr || extra == nullptr)
         return E_POINTER;

@@ -8,7 +8,7 @@
 
 #include "calibuf/CaliBuf.h"
 #include "calibuf/ChunkLayout.h"
-#include "coef/FileSource.h"
+#include "coef/WordFileSource.h"
 #include "coef/WordKind.h"
 #include "trevolt/PixelRect.h"
 #include "trevolt/StatusCodes.h"
@@ -75,11 +75,11 @@ Status WriteExtraWordFile(const CCaliBuf* matrix, const CCaliBuf* extra, const w
 
 /// The first 16 bytes of a file; all zero when it has fewer. E_COEF_INVALIDARG for a null path,
 /// E_COEF_OPENFAILED.
-Status ReadFileMagic(CFileSource& file, ChunkFormatId& magic);
+Status ReadFileMagic(CWordFileSource& file, ChunkFormatId& magic);
 
 /// The header of a word file of the kind. E_COEF_INVALIDARG for a null path, E_COEF_OPENFAILED,
 /// E_COEF_BADFORMAT for another format or a file shorter than a header.
-Status ReadChunkFileHeader(CFileSource& file, const SWordKind& kind, SChunkHeader& header);
+Status ReadChunkFileHeader(CWordFileSource& file, const SWordKind& kind, SChunkHeader& header);
 
 /// Copies min(capacity, 16) bytes of the owner data of a word file of the kind to `name` (null for
 /// none) and the flag. Statuses of `ReadChunkFileHeader`.
@@ -88,11 +88,11 @@ Status ReadOwnerData(const wchar_t* path, const SWordKind& kind, std::byte* name
 
 /// Reads a word file, its left top at (x, y), into the store. E_POINTER without one, E_HANDLE when
 /// the file does not open, else the chunk reader's status.
-Status LoadChunkFile(CCaliBuf* store, CFileSource& file, std::uint32_t x, std::uint32_t y);
+Status LoadChunkFile(CCaliBuf* store, CWordFileSource& file, std::uint32_t x, std::uint32_t y);
 
 /// As above for a file with extra words. E_POINTER without either store, E_COEF_OPENFAILED, E_FAIL
 /// when the matrix part fails, else the status of the extra-word part.
-Status LoadExtraWordFile(CCaliBuf* matrix, CCaliBuf* extra, CFileSource& file, std::uint32_t x,
+Status LoadExtraWordFile(CCaliBuf* matrix, CCaliBuf* extra, CWordFileSource& file, std::uint32_t x,
                          std::uint32_t y);
 
 } // namespace trevolt

@@ -29,7 +29,7 @@ Status QueryBinarySize(const SBinaryFileKind& kind, const wchar_t* path, std::ui
     return S_OK;
 }
 
-Status QueryWordFileSize(const SWordKind& kind, std::uint32_t fileKind, CFileSource& file,
+Status QueryWordFileSize(const SWordKind& kind, std::uint32_t fileKind, CWordFileSource& file,
                          std::uint32_t& width, std::uint32_t& height) {
     if (kind.sizesFloatFiles) {
         ChunkFormatId magic{};

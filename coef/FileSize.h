@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "coef/BinaryFileKind.h"
-#include "coef/FileSource.h"
+#include "coef/WordFileSource.h"
 #include "coef/WordKind.h"
 #include "trevolt/StatusCodes.h"
 
@@ -15,7 +15,7 @@ namespace trevolt {
 /// by the size of such a file, and looks at the first bytes before it reads the header.
 /// E_COEF_INVALIDARG for a null path, E_COEF_OPENFAILED, E_COEF_BADFORMAT for any other file, one
 /// shorter than its header, and a float file that is in a stream alone.
-Status QueryWordFileSize(const SWordKind& kind, std::uint32_t fileKind, CFileSource& file,
+Status QueryWordFileSize(const SWordKind& kind, std::uint32_t fileKind, CWordFileSource& file,
                          std::uint32_t& width, std::uint32_t& height);
 
 /// The size of a file of one binary kind: it replaces the low 16 bits of the outputs. Statuses of the

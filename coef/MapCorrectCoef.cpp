@@ -135,7 +135,7 @@ void CMapCorrectCoef<Element>::LoadMapImage(const wchar_t* path, std::uint32_t x
 }
 
 template <class Element>
-Status CMapCorrectCoef<Element>::LoadRecognised(const ChunkFormatId& magic, CFileSource& file,
+Status CMapCorrectCoef<Element>::LoadRecognised(const ChunkFormatId& magic, CWordFileSource& file,
                                                 std::uint32_t x, std::uint32_t y) {
     if (magic == this->Kind().formatId)
         return LoadChunkFile(Store(), file, x, y);
@@ -149,7 +149,7 @@ Status CMapCorrectCoef<Element>::LoadRecognised(const ChunkFormatId& magic, CFil
 }
 
 template <class Element>
-Status CMapCorrectCoef<Element>::LoadFile(CFileSource& file, std::uint32_t x, std::uint32_t y) {
+Status CMapCorrectCoef<Element>::LoadFile(CWordFileSource& file, std::uint32_t x, std::uint32_t y) {
     ChunkFormatId magic{};
     const Status status = ReadFileMagic(file, magic);
     return Failed(status) ? status : LoadRecognised(magic, file, x, y);
@@ -158,7 +158,7 @@ Status CMapCorrectCoef<Element>::LoadFile(CFileSource& file, std::uint32_t x, st
 template <class Element>
 Status CMapCorrectCoef<Element>::LoadCoefRect(const wchar_t* path, std::uint32_t x,
                                               std::uint32_t y) {
-    CFileSource file(path);
+    CWordFileSource file(path);
     return LoadFile(file, x, y);
 }
 
@@ -308,7 +308,7 @@ template <class Element>
 Status CMapCorrectCoef<Element>::LoadLegacyEx(const wchar_t* path, SPixelRect& rect) {
     if (rect.left < 0 || rect.top < 0)
         return E_COEF_INVALIDARG;
-    CFileSource file(path);
+    CWordFileSource file(path);
     ChunkFormatId magic{};
     if (const Status status = ReadFileMagic(file, magic); Failed(status))
         return status;

@@ -83,14 +83,14 @@ class CMapCorrectCoef : public CWordCorrectCoef<Element> {
                           const SWordTarget& target) const override;
 
     /// As that of every kind; also its own float kind and a map image, under a path alone.
-    Status LoadFile(CFileSource& file, std::uint32_t x, std::uint32_t y);
+    Status LoadFile(CWordFileSource& file, std::uint32_t x, std::uint32_t y);
 
   protected:
     CMapCorrectCoef();
 
     /// Loads the file that opens with `magic`: a word file of the kind, its own float kind, or a
     /// map image. E_COEF_BADFORMAT for any other, and for the last two in a stream alone.
-    Status LoadRecognised(const ChunkFormatId& magic, CFileSource& file, std::uint32_t x,
+    Status LoadRecognised(const ChunkFormatId& magic, CWordFileSource& file, std::uint32_t x,
                           std::uint32_t y);
 
     /// Lets change(map, rect) work on the store's pixels in the map, then takes the rectangle's back

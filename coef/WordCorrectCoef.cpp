@@ -215,7 +215,7 @@ Status CWordCorrectCoef<Element>::ExportCoefDefault(const wchar_t* path) {
 template <class Element>
 Status CWordCorrectCoef<Element>::QuerySize(const wchar_t* path, std::uint32_t& width,
                                             std::uint32_t& height) const {
-    CFileSource file(path);
+    CWordFileSource file(path);
     return QueryWordFileSize(Kind(), FileKind(), file, width, height);
 }
 
@@ -226,7 +226,8 @@ Status CWordCorrectCoef<Element>::ReadInfo(const wchar_t* path, std::byte* name,
 }
 
 template <class Element>
-Status CWordCorrectCoef<Element>::LoadFile(CFileSource& file, std::uint32_t x, std::uint32_t y) {
+Status CWordCorrectCoef<Element>::LoadFile(CWordFileSource& file, std::uint32_t x,
+                                           std::uint32_t y) {
     std::uint32_t width = 0;
     std::uint32_t height = 0;
     const Status status = QueryWordFileSize(Kind(), FileKind(), file, width, height);
@@ -236,7 +237,7 @@ Status CWordCorrectCoef<Element>::LoadFile(CFileSource& file, std::uint32_t x, s
 template <class Element>
 Status CWordCorrectCoef<Element>::LoadCoefRect(const wchar_t* path, std::uint32_t x,
                                                std::uint32_t y) {
-    CFileSource file(path);
+    CWordFileSource file(path);
     return LoadFile(file, x, y);
 }
 

@@ -9,8 +9,8 @@
 #include "calibuf/CaliOperation.h"
 #include "coef/ChunkFile.h"
 #include "coef/DefaultAnswers.h"
-#include "coef/FileSource.h"
 #include "coef/StoreTransfer.h"
+#include "coef/WordFileSource.h"
 #include "coef/WordKind.h"
 #include "trevolt/CaliOperationData.h"
 
@@ -107,7 +107,7 @@ class CWordCorrectCoef : public CDefaultAnswers {
 
     /// As slot 69 for a file in either form; kinds that load more than their own word files have
     /// operations of this name that do. Statuses of slot 69.
-    Status LoadFile(CFileSource& file, std::uint32_t x, std::uint32_t y);
+    Status LoadFile(CWordFileSource& file, std::uint32_t x, std::uint32_t y);
 
   protected:
     static constexpr const SWordKind& Kind() { return kWordKind<Element>; }

@@ -97,12 +97,12 @@ Status SizeStores(Object& object, std::uint32_t width, std::uint32_t height) {
 
 /// The size from the file's header; some headers give the low 16 bits only, so both start at 0.
 template <class Element>
-Status FindSize(CFileSource& file, std::uint32_t& width, std::uint32_t& height) {
+Status FindSize(CWordFileSource& file, std::uint32_t& width, std::uint32_t& height) {
     return QueryWordFileSize(kWordKind<Element>, kVirtualGreenFileKind, file, width, height);
 }
 
 template <class Element>
-Status Load(CChromaCorrectCoef& map, CFileSource& file, const SMapRegion& region) {
+Status Load(CChromaCorrectCoef& map, CWordFileSource& file, const SMapRegion& region) {
     std::uint32_t width = 0;
     std::uint32_t height = 0;
     if (const Status status = FindSize<Element>(file, width, height); Failed(status))
@@ -117,7 +117,7 @@ Status Load(CChromaCorrectCoef& map, CFileSource& file, const SMapRegion& region
     return S_OK;
 }
 
-Status LoadFrom(EWordKind kind, CChromaCorrectCoef& map, CFileSource& file,
+Status LoadFrom(EWordKind kind, CChromaCorrectCoef& map, CWordFileSource& file,
                 const SMapRegion& region) {
     return VisitElementOf(kind, E_COEF_INVALIDARG,
                           [&]<class Element>() { return Load<Element>(map, file, region); });
@@ -140,7 +140,8 @@ Status SaveThroughObject(EWordKind kind, const CChromaCorrectCoef& map, const Wr
     });
 }
 
-Status SizeFrom(EWordKind kind, CFileSource& file, std::uint32_t& width, std::uint32_t& height) {
+Status SizeFrom(EWordKind kind, CWordFileSource& file, std::uint32_t& width,
+                std::uint32_t& height) {
     const Status status = VisitElementOf(kind, E_COEF_INVALIDARG, [&]<class Element>() {
         return FindSize<Element>(file, width, height);
     });
@@ -194,13 +195,13 @@ Status LoadWordCoefFile(EWordKind kind, CChromaCorrectCoef& map, const wchar_t* 
     std::fstream stream;
     if (const Status status = OpenOnce(stream, path); Failed(status))
         return status;
-    CFileSource file(stream, path);
+    CWordFileSource file(stream, path);
     return LoadFrom(kind, map, file, region);
 }
 
 Status LoadWordCoefFile(EWordKind kind, CChromaCorrectCoef& map, std::istream& stream,
                         const SMapRegion& region) {
-    CFileSource file(stream);
+    CWordFileSource file(stream);
     return LoadFrom(kind, map, file, region);
 }
 
@@ -229,7 +230,7 @@ Status ReadWordCoefSize(EWordKind kind, const wchar_t* path, std::uint32_t& widt
     std::fstream stream;
     if (const Status status = OpenOnce(stream, path); Failed(status))
         return status;
-    CFileSource file(stream, path);
+    CWordFileSource file(stream, path);
     return SizeFrom(kind, file, width, height);
 }
 
@@ -237,7 +238,7 @@ Status ReadWordCoefSize(EWordKind kind, std::istream& stream, std::uint32_t& wid
                         std::uint32_t& height) {
     width = 0;
     height = 0;
-    CFileSource file(stream);
+    CWordFileSource file(stream);
     return SizeFrom(kind, file, width, height);
 }
 
@@ -248,7 +249,7 @@ std::vector<std::string> DescribeWordFileLosses(const wchar_t* path) {
 }
 
 std::vector<std::string> DescribeWordFileLosses(std::istream& stream) {
-    CFileSource file(stream);
+    CWordFileSource file(stream);
     const auto header = ReadChunkHeader(*file.Open());
     file.Rewind();
     return header ? DescribeLosses(*header) : std::vector<std::string>();

@@ -623,12 +623,12 @@ TYPED_TEST(MapImages, AndFloatFilesAreNotTakenFromAStream) {
     const std::wstring before = test::DigestOf(object);
     for (const std::string& bytes : {test::ReadText(floats), image + std::string(1000, '\0')}) {
         std::istringstream stream(bytes);
-        CFileSource alone(stream);
+        CWordFileSource alone(stream);
         EXPECT_EQ(object.LoadFile(alone, 0, 0), E_COEF_BADFORMAT);
         EXPECT_EQ(test::DigestOf(object), before);
     }
     std::istringstream stream(test::ReadText(floats));
-    CFileSource file(stream, floats.c_str());
+    CWordFileSource file(stream, floats.c_str());
     EXPECT_EQ(object.LoadFile(file, 0, 0), S_OK);
     EXPECT_NE(test::DigestOf(object), before);
 }

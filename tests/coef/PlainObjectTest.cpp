@@ -107,7 +107,7 @@ TYPED_TEST(PlainObjects, HaveNoTransferTable) {
 TYPED_TEST(PlainObjects, FileKindValuesCountWhereTheKindCarriesThem) {
     constexpr const SWordKind& kKind = kWordKind<test::ElementOf<TypeParam>>;
     for (const std::uint32_t value : {0U, 1U, 2U, 258U}) {
-        CFileSource file(this->sample.c_str());
+        CWordFileSource file(this->sample.c_str());
         std::uint32_t width = 7;
         std::uint32_t height = 7;
         const bool isTaken = !kKind.hasFileKind || value == 2;
@@ -123,7 +123,7 @@ TYPED_TEST(PlainObjects, FloatFilesAreSizedUnderTheNamesOfTheOlderKinds) {
         test::KindOf<TypeParam>::kKind == kBright || test::KindOf<TypeParam>::kKind == kChroma;
     for (const wchar_t* name : {L"cabinet/Cab_01.9fcoef", L"cabinet/Cab_02.3fcoef"}) {
         const std::wstring floats = test::Sample(name);
-        CFileSource file(floats.c_str());
+        CWordFileSource file(floats.c_str());
         std::uint32_t width = 0x30000;
         std::uint32_t height = 0x40000;
         EXPECT_EQ(QueryWordFileSize(kWordKind<test::ElementOf<TypeParam>>, 2, file, width, height),

@@ -1,13 +1,13 @@
-#include "coef/FileSource.h"
+#include "coef/WordFileSource.h"
 
 #include "platform/FileStream.h"
 
 namespace trevolt {
 
-CFileSource::CFileSource(std::istream& stream, const wchar_t* path)
+CWordFileSource::CWordFileSource(std::istream& stream, const wchar_t* path)
     : m_path(path), m_stream(&stream), m_start(stream.tellg()) {}
 
-std::istream* CFileSource::Open() {
+std::istream* CWordFileSource::Open() {
     if (m_stream == nullptr) {
         m_file = std::fstream();
         return OpenFileStream(m_file, m_path, std::ios::in) ? &m_file : nullptr;
@@ -16,7 +16,7 @@ std::istream* CFileSource::Open() {
     return m_stream;
 }
 
-void CFileSource::Rewind() {
+void CWordFileSource::Rewind() {
     std::istream& stream = m_stream == nullptr ? m_file : *m_stream;
     if (m_start < 0)
         return stream.setstate(std::ios::failbit);

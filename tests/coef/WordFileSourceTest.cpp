@@ -1,4 +1,4 @@
-#include "coef/FileSource.h"
+#include "coef/WordFileSource.h"
 
 #include <sstream>
 
@@ -14,7 +14,7 @@ std::string ReadAll(std::istream& stream) { return {std::istreambuf_iterator<cha
 TEST(FileSource, OpensAPathAnewForEveryLook) {
     const test::CTemporaryFolder folder;
     const std::wstring path = folder.File(L"file");
-    CFileSource file(path.c_str());
+    CWordFileSource file(path.c_str());
     EXPECT_FALSE(file.IsNull());
     EXPECT_EQ(file.Path(), path.c_str());
     EXPECT_EQ(file.Open(), nullptr);
@@ -27,16 +27,16 @@ TEST(FileSource, OpensAPathAnewForEveryLook) {
     EXPECT_EQ(ReadAll(*stream), "second\r\n\x1A.");
     file.Rewind();
     EXPECT_EQ(ReadAll(*stream), "second\r\n\x1A.");
-    EXPECT_TRUE(CFileSource(nullptr).IsNull());
+    EXPECT_TRUE(CWordFileSource(nullptr).IsNull());
 }
 
 TEST(FileSource, PutsAStreamBackForEveryLook) {
     std::istringstream stream("before|file");
     stream.seekg(7);
-    CFileSource file(stream, L"a path");
+    CWordFileSource file(stream, L"a path");
     EXPECT_FALSE(file.IsNull());
     EXPECT_EQ(std::wstring(file.Path()), L"a path");
-    EXPECT_EQ(CFileSource(stream).Path(), nullptr);
+    EXPECT_EQ(CWordFileSource(stream).Path(), nullptr);
     for (int look = 0; look < 2; ++look) {
         ASSERT_EQ(file.Open(), &stream);
         EXPECT_EQ(ReadAll(stream), "file");
@@ -51,7 +51,7 @@ TEST(FileSource, PutsAStreamBackForEveryLook) {
 TEST(FileSource, AStreamThatHadFailedHasNoBytes) {
     std::istringstream stream("file");
     stream.setstate(std::ios::failbit);
-    CFileSource file(stream);
+    CWordFileSource file(stream);
     EXPECT_FALSE(file.IsNull());
     ASSERT_EQ(file.Open(), &stream);
     EXPECT_TRUE(stream.fail());
@@ -73,7 +73,7 @@ class CUnseekable : public std::streambuf {
 TEST(FileSource, AStreamThatCannotBeSoughtHasNoBytes) {
     CUnseekable bytes("file");
     std::istream stream(&bytes);
-    CFileSource file(stream);
+    CWordFileSource file(stream);
     ASSERT_EQ(file.Open(), &stream);
     EXPECT_EQ(ReadAll(stream).size(), 4U) << "the buffer itself goes on";
     EXPECT_TRUE(stream.fail());

@@ -7,15 +7,15 @@
 namespace trevolt {
 
 /// A file under a path, which every look opens anew, or in a stream, which every look puts back.
-class CFileSource {
+class CWordFileSource {
   public:
     /// The path may be null.
-    explicit CFileSource(const wchar_t* path) : m_path(path) {}
+    explicit CWordFileSource(const wchar_t* path) : m_path(path) {}
     /// The file begins at the stream's position; the stream must outlive the source. `path` is where
     /// readers that know paths alone find the same file, null for nowhere.
-    explicit CFileSource(std::istream& stream, const wchar_t* path = nullptr);
-    CFileSource(const CFileSource&) = delete;
-    CFileSource& operator=(const CFileSource&) = delete;
+    explicit CWordFileSource(std::istream& stream, const wchar_t* path = nullptr);
+    CWordFileSource(const CWordFileSource&) = delete;
+    CWordFileSource& operator=(const CWordFileSource&) = delete;
 
     /// Whether there is neither a path nor a stream.
     bool IsNull() const { return m_path == nullptr && m_stream == nullptr; }
