@@ -10,6 +10,7 @@
 
 #include "formats/BinaryCoefKind.h"
 #include "fuzz/FuzzInput.h"
+#include "fuzz/FuzzMap.h"
 #include "trevolt/BinaryCoefFile.h"
 #include "trevolt/MemoryBudget.h"
 
@@ -121,8 +122,7 @@ Status CheckRead(std::span<const std::byte> input, const SKind& kind,
         for (std::int32_t x = 0; x < map.Width(); ++x)
             if (x >= static_cast<std::int32_t>(fileSize->width) ||
                 y >= static_cast<std::int32_t>(fileSize->height))
-                Check(std::memcmp(map.FindElement(x, y), before.FindElement(x, y),
-                                  sizeof(SMatrixCoef)) == 0);
+                Check(SameBits(*map.FindElement(x, y), *before.FindElement(x, y)));
     return status;
 }
 
@@ -130,7 +130,7 @@ Status CheckRead(std::span<const std::byte> input, const SKind& kind,
 void CheckOverlap(const CChromaCorrectCoef& a, const CChromaCorrectCoef& b) {
     for (std::int32_t y = 0; y < std::min(a.Height(), b.Height()); ++y)
         for (std::int32_t x = 0; x < std::min(a.Width(), b.Width()); ++x)
-            Check(std::memcmp(a.FindElement(x, y), b.FindElement(x, y), sizeof(SMatrixCoef)) == 0);
+            Check(SameBits(*a.FindElement(x, y), *b.FindElement(x, y)));
 }
 
 /// Checks that a map that was read whole is written as a file that reads as the same map.

@@ -14,6 +14,7 @@
 
 #include "formats/SanitizeMatrix.h"
 #include "fuzz/FuzzInput.h"
+#include "fuzz/FuzzMap.h"
 #include "trevolt/MemoryBudget.h"
 #include "trevolt/TextCoefFile.h"
 
@@ -50,15 +51,10 @@ SRead ReadMap(std::string_view text, const SOffset& offset, bool diagonalOnly) {
     return read;
 }
 
-bool SameElement(const CChromaCorrectCoef& a, std::int64_t ax, std::int64_t ay,
-                 const CChromaCorrectCoef& b, std::int64_t bx, std::int64_t by) {
-    return std::memcmp(a.FindElement(ax, ay), b.FindElement(bx, by), sizeof(SMatrixCoef)) == 0;
-}
-
 bool SameMap(const CChromaCorrectCoef& a, const CChromaCorrectCoef& b) {
     for (std::int32_t y = 0; y < kHeight; ++y)
         for (std::int32_t x = 0; x < kWidth; ++x)
-            if (!SameElement(a, x, y, b, x, y))
+            if (!SameBits(*a.FindElement(x, y), *b.FindElement(x, y)))
                 return false;
     return true;
 }
@@ -90,7 +86,9 @@ void CheckMap(const SRead& read) {
             for (std::size_t k = 0; k < 9; ++k)
                 Check(std::isnan(element.m[k]) ||
                       (element.m[k] >= 0.0F && element.m[k] <= 1.00001F));
-            Check(std::memcmp(&element.m[9], &byDefault.m[9], 3 * sizeof(float)) == 0);
+            SMatrixCoef withTrailing = element;
+            std::copy(byDefault.m.begin() + 9, byDefault.m.end(), withTrailing.m.begin() + 9);
+            Check(SameBits(element, withTrailing));
         }
 }
 
@@ -102,7 +100,8 @@ void CheckOffset(std::string_view text, const SRead& plain, const SOffset& offse
     CheckMap(moved);
     for (std::int64_t y = offset.y; y < kHeight; ++y)
         for (std::int64_t x = offset.x; x < kWidth; ++x)
-            Check(SameElement(moved.map, x, y, plain.map, x - offset.x, y - offset.y));
+            Check(SameBits(*moved.map.FindElement(x, y),
+                           *plain.map.FindElement(x - offset.x, y - offset.y)));
 }
 
 /// Checks that a read of the diagonal alone gives the plain read's with the others 0.
@@ -114,7 +113,7 @@ void CheckDiagonal(std::string_view text, const SRead& plain) {
             SMatrixCoef expected = *plain.map.FindElement(x, y);
             for (const std::size_t k : {1U, 2U, 3U, 5U, 6U, 7U})
                 expected.m[k] = 0.0F;
-            Check(std::memcmp(&expected, diagonal.map.FindElement(x, y), sizeof expected) == 0);
+            Check(SameBits(*diagonal.map.FindElement(x, y), expected));
         }
 }
 

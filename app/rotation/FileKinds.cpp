@@ -12,24 +12,19 @@ namespace trevolt {
 namespace {
 
 template <class Kind>
-Status LoadBinary(CChromaCorrectCoef& map, const wchar_t* path) {
-    return ReadBinaryCoef<Kind>(map, path);
-}
-
-template <class Kind>
-Status SaveBinary(const CChromaCorrectCoef& map, const wchar_t* path) {
-    return WriteBinaryCoef<Kind>(map, path, nullptr);
-}
-
-template <class Kind>
-Status ReadBinarySize(const wchar_t* path, std::uint32_t& width, std::uint32_t& height) {
-    return ReadBinaryCoefSize<Kind>(path, width, height);
-}
-
-template <class Kind>
 constexpr SFileKind BinaryFileKind(std::wstring_view extension, int exportOrder) {
-    return {extension,        exportOrder,          LoadBinary<Kind>,
-            SaveBinary<Kind>, ReadBinarySize<Kind>, nullptr};
+    return {extension,
+            exportOrder,
+            [](CChromaCorrectCoef& map, const wchar_t* path) {
+                return ReadBinaryCoef<Kind>(map, path);
+            },
+            [](const CChromaCorrectCoef& map, const wchar_t* path) {
+                return WriteBinaryCoef<Kind>(map, path, nullptr);
+            },
+            [](const wchar_t* path, std::uint32_t& width, std::uint32_t& height) {
+                return ReadBinaryCoefSize<Kind>(path, width, height);
+            },
+            nullptr};
 }
 
 /// Takes every pixel that the file names, at its own place; the sizes that it tells are not needed.
