@@ -465,7 +465,7 @@ TYPED_TEST(WordCoefBridge, AStreamIsReadAsAFileIs) {
     test::Bytes damaged = whole;
     damaged[168 + 20] ^= std::byte{1}; // the first chunk's first plane
     ExpectSameFromAStream<TypeParam>(damaged, this->m_file);
-    for (const std::size_t length : {1U, 15U, 16U, 167U, 168U, 200U})
+    for (const std::ptrdiff_t length : {1, 15, 16, 167, 168, 200})
         ExpectSameFromAStream<TypeParam>(test::Bytes(whole.begin(), whole.begin() + length),
                                          this->m_file);
     ExpectSameFromAStream<TypeParam>(test::Bytes(whole.begin(), whole.end() - 1), this->m_file);
