@@ -90,7 +90,8 @@ Status CCNewBrightCorrectCoef::GetBrightCoefSize(const wchar_t* path, std::uint3
 
 Status CCNewBrightCorrectCoef::GetChromaCoefSize(const wchar_t* path, std::uint32_t& width,
                                                  std::uint32_t& height) {
-    return QueryBinarySize(k9fFile, path, width, height);
+    CWordFileSource file(path);
+    return QueryBinarySize(k9fFile, file, width, height);
 }
 
 Status CCNewBrightCorrectCoef::GetBrightCoefInfo(const wchar_t* path, std::byte* name,

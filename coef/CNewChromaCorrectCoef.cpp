@@ -199,7 +199,8 @@ Status CCNewChromaCorrectCoef::LoadLegacy97(const wchar_t* path, std::int32_t x,
 
 Status CCNewChromaCorrectCoef::GetBrightCoefSize(const wchar_t* path, std::uint32_t& width,
                                                  std::uint32_t& height) {
-    return QueryBinarySize(k3fFile, path, width, height);
+    CWordFileSource file(path);
+    return QueryBinarySize(k3fFile, file, width, height);
 }
 
 Status CCNewChromaCorrectCoef::GetChromaCoefSize(const wchar_t* path, std::uint32_t& width,

@@ -167,29 +167,23 @@ Status WriteExtraWordFile(const CCaliBuf* matrix, const CCaliBuf* extra, const w
 }
 
 Status ReadFileMagic(CWordFileSource& file, ChunkFormatId& magic) {
-    if (file.IsNull())
-        return E_COEF_INVALIDARG;
-    std::istream* const stream = file.Open();
-    if (stream == nullptr)
-        return E_COEF_OPENFAILED;
-    magic.fill(0);
-    if (!stream->read(reinterpret_cast<char*>(magic.data()),
-                      static_cast<std::streamsize>(magic.size())))
+    return file.Take([&](std::istream& stream) {
         magic.fill(0);
-    return S_OK;
+        if (!stream.read(reinterpret_cast<char*>(magic.data()),
+                         static_cast<std::streamsize>(magic.size())))
+            magic.fill(0);
+        return S_OK;
+    });
 }
 
 Status ReadChunkFileHeader(CWordFileSource& file, const SWordKind& kind, SChunkHeader& header) {
-    if (file.IsNull())
-        return E_COEF_INVALIDARG;
-    std::istream* const stream = file.Open();
-    if (stream == nullptr)
-        return E_COEF_OPENFAILED;
-    const auto read = ReadChunkHeader(*stream);
-    if (!read || !kind.HasFormat(read->formatId))
-        return E_COEF_BADFORMAT;
-    header = *read;
-    return S_OK;
+    return file.Take([&](std::istream& stream) {
+        const auto read = ReadChunkHeader(stream);
+        if (!read || !kind.HasFormat(read->formatId))
+            return E_COEF_BADFORMAT;
+        header = *read;
+        return S_OK;
+    });
 }
 
 Status ReadOwnerData(const wchar_t* path, const SWordKind& kind, std::byte* name,

@@ -18,11 +18,11 @@ const SBinaryFileKind* FindFloatFile(const ChunkFormatId& magic) {
 
 } // namespace
 
-Status QueryBinarySize(const SBinaryFileKind& kind, const wchar_t* path, std::uint32_t& width,
+Status QueryBinarySize(const SBinaryFileKind& kind, CWordFileSource& file, std::uint32_t& width,
                        std::uint32_t& height) {
     std::uint32_t fileWidth = 0;
     std::uint32_t fileHeight = 0;
-    if (const Status status = kind.readSize(path, fileWidth, fileHeight); Failed(status))
+    if (const Status status = ReadBinarySize(kind, file, fileWidth, fileHeight); Failed(status))
         return status;
     width = WithLowWord(width, fileWidth);
     height = WithLowWord(height, fileHeight);
@@ -35,9 +35,8 @@ Status QueryWordFileSize(const SWordKind& kind, std::uint32_t fileKind, CWordFil
         ChunkFormatId magic{};
         if (const Status status = ReadFileMagic(file, magic); Failed(status))
             return status;
-        const SBinaryFileKind* const floats = FindFloatFile(magic);
-        if (floats != nullptr && file.Path() != nullptr)
-            return QueryBinarySize(*floats, file.Path(), width, height);
+        if (const SBinaryFileKind* const floats = FindFloatFile(magic))
+            return QueryBinarySize(*floats, file, width, height);
     }
     SChunkHeader header;
     if (const Status status = ReadChunkFileHeader(file, kind, header); Failed(status))

@@ -80,37 +80,43 @@ Status CMapCorrectCoef<Element>::TakeFromMap(const SStoreRect& target) {
 }
 
 template <class Element>
-Status CMapCorrectCoef<Element>::SizeMapFor(const SBinaryFileKind& kind, const wchar_t* path,
-                                            SStoreRect& file) {
+Status CMapCorrectCoef<Element>::SizeMapFor(const SBinaryFileKind& kind, CWordFileSource& file,
+                                            SStoreRect& extent) {
     std::uint32_t width = 1;
     std::uint32_t height = 1;
     // A failure leaves 1 × 1, and the reader meets it again.
-    DropStatus(kind.readSize(path, width, height));
-    file.width = width;
-    file.height = height;
+    DropStatus(ReadBinarySize(kind, file, width, height));
+    extent.width = width;
+    extent.height = height;
     return SizeMap(*m_pMap, std::min(width, this->GetWidth()), std::min(height, this->GetHeight()));
+}
+
+template <class Element>
+Status CMapCorrectCoef<Element>::ReadIntoMap(const SBinaryFileKind& kind, CWordFileSource& file) {
+    return file.Take([&](std::istream& stream) { return kind.read(*m_pMap, stream); });
 }
 
 template <class Element>
 Status CMapCorrectCoef<Element>::LoadBinary(const SBinaryFileKind& kind, const wchar_t* path,
                                             std::uint32_t x, std::uint32_t y) {
-    SStoreRect file{x, y};
-    if (const Status status = SizeMapFor(kind, path, file); Failed(status))
+    CWordFileSource file(path);
+    SStoreRect extent{x, y};
+    if (const Status status = SizeMapFor(kind, file, extent); Failed(status))
         return status;
-    if (const Status status = kind.read(*m_pMap, path); Failed(status))
+    if (const Status status = ReadIntoMap(kind, file); Failed(status))
         return status;
     return TakeFromMap({x, y, m_pMap->Width(), m_pMap->Height()});
 }
 
 template <class Element>
-Status CMapCorrectCoef<Element>::LoadOwnBinary(const wchar_t* path, std::uint32_t x,
+Status CMapCorrectCoef<Element>::LoadOwnBinary(CWordFileSource& file, std::uint32_t x,
                                                std::uint32_t y) {
     if (Store() == nullptr)
         return E_POINTER;
-    SStoreRect file{x, y};
-    if (const Status status = SizeMapFor(kOwnBinary<Element>, path, file); Failed(status))
+    SStoreRect extent{x, y};
+    if (const Status status = SizeMapFor(kOwnBinary<Element>, file, extent); Failed(status))
         return status;
-    const Status read = kOwnBinary<Element>.read(*m_pMap, path);
+    const Status read = ReadIntoMap(kOwnBinary<Element>, file);
     if (Failed(read))
         CTransferReport::NoteFailedRead(read);
     // Scarce memory says nothing of the file, and must not cost what the store holds.
@@ -118,14 +124,17 @@ Status CMapCorrectCoef<Element>::LoadOwnBinary(const wchar_t* path, std::uint32_
         return E_FAIL;
     if (!Failed(read))
         return TakeFromMap({x, y, m_pMap->Width(), m_pMap->Height()});
-    return TakeFromMap(file); // of a file that is not read the map has the defaults
+    return TakeFromMap(extent); // of a file that is not read the map has the defaults
 }
 
 template <class Element>
-void CMapCorrectCoef<Element>::LoadMapImage(const wchar_t* path, std::uint32_t x, std::uint32_t y) {
+void CMapCorrectCoef<Element>::LoadMapImage(CWordFileSource& file, std::uint32_t x,
+                                            std::uint32_t y) {
     // The load of an image is S_OK whatever it held. The map has no size then, so that no pixel of
     // the store gets data.
-    if (const Status read = ReadRawMapFile(*m_pMap, path); Failed(read))
+    const Status read =
+        file.Take([&](std::istream& stream) { return ReadRawMapFile(*m_pMap, stream); });
+    if (Failed(read))
         CTransferReport::NoteFailedRead(read);
     CTransferReport::NoteMissingPixels(std::uint64_t{this->GetWidth()} * this->GetHeight());
     const auto width = std::min<std::uint32_t>(m_pMap->Width(), this->GetWidth());
@@ -139,13 +148,11 @@ Status CMapCorrectCoef<Element>::LoadRecognised(const ChunkFormatId& magic, CWor
                                                 std::uint32_t x, std::uint32_t y) {
     if (magic == this->Kind().formatId)
         return LoadChunkFile(Store(), file, x, y);
-    if (file.Path() == nullptr) // where the readers of the other kinds look
-        return E_COEF_BADFORMAT;
     if (magic == kRawMapMagic) {
-        LoadMapImage(file.Path(), x, y);
+        LoadMapImage(file, x, y);
         return S_OK;
     }
-    return magic == kOwnBinary<Element>.magic ? LoadOwnBinary(file.Path(), x, y) : E_COEF_BADFORMAT;
+    return magic == kOwnBinary<Element>.magic ? LoadOwnBinary(file, x, y) : E_COEF_BADFORMAT;
 }
 
 template <class Element>
@@ -255,9 +262,10 @@ template <class Element>
 template <class Read>
 Status CMapCorrectCoef<Element>::LoadDiagonal(const SBinaryFileKind& kind, const wchar_t* path,
                                               Read&& read) {
+    CWordFileSource file(path);
     std::uint32_t width = 0;
     std::uint32_t height = 0;
-    if (const Status status = kind.readSize(path, width, height); Failed(status))
+    if (const Status status = ReadBinarySize(kind, file, width, height); Failed(status))
         return status;
     SPixelRect rect{0, 0, EdgeInStore(0, width, this->GetWidth()),
                     EdgeInStore(0, height, this->GetHeight())};
@@ -317,7 +325,7 @@ Status CMapCorrectCoef<Element>::LoadLegacyEx(const wchar_t* path, SPixelRect& r
         return E_COEF_BADFORMAT;
     std::uint32_t width = 0;
     std::uint32_t height = 0;
-    if (const Status status = kind->readSize(path, width, height); Failed(status))
+    if (const Status status = ReadBinarySize(*kind, file, width, height); Failed(status))
         return status;
     const Status status = LoadBinary(*kind, path, static_cast<std::uint32_t>(rect.left),
                                      static_cast<std::uint32_t>(rect.top));
@@ -378,13 +386,15 @@ Status CMapCorrectCoef<Element>::SaveLegacy85(const wchar_t* path) {
 template <class Element>
 Status CMapCorrectCoef<Element>::GetCoefSize89(const wchar_t* path, std::uint32_t& width,
                                                std::uint32_t& height) {
-    return QueryBinarySize(k9bFile, path, width, height);
+    CWordFileSource file(path);
+    return QueryBinarySize(k9bFile, file, width, height);
 }
 
 template <class Element>
 Status CMapCorrectCoef<Element>::GetCoefSize90(const wchar_t* path, std::uint32_t& width,
                                                std::uint32_t& height) {
-    return QueryBinarySize(k3bFile, path, width, height);
+    CWordFileSource file(path);
+    return QueryBinarySize(k3bFile, file, width, height);
 }
 
 template <class Element>

@@ -82,14 +82,14 @@ class CMapCorrectCoef : public CWordCorrectCoef<Element> {
     Status CopyRectOut123(std::uint32_t x, std::uint32_t y,
                           const SWordTarget& target) const override;
 
-    /// As that of every kind; also its own float kind and a map image, under a path alone.
+    /// As that of every kind; also its own float kind and a map image.
     Status LoadFile(CWordFileSource& file, std::uint32_t x, std::uint32_t y);
 
   protected:
     CMapCorrectCoef();
 
     /// Loads the file that opens with `magic`: a word file of the kind, its own float kind, or a
-    /// map image. E_COEF_BADFORMAT for any other, and for the last two in a stream alone.
+    /// map image. E_COEF_BADFORMAT for any other.
     Status LoadRecognised(const ChunkFormatId& magic, CWordFileSource& file, std::uint32_t x,
                           std::uint32_t y);
 
@@ -140,15 +140,16 @@ class CMapCorrectCoef : public CWordCorrectCoef<Element> {
                     std::uint32_t& height, bool diagonalOnly);
     template <class Read>
     Status LoadDiagonal(const SBinaryFileKind& kind, const wchar_t* path, Read&& read);
-    /// Sizes the map for a binary file, no larger than the store, whatever a header claims. `file`
+    /// Sizes the map for a binary file, no larger than the store, whatever a header claims. `extent`
     /// gets the size that the header tells, 1 × 1 when it tells none. Statuses of `SizeMap`.
-    Status SizeMapFor(const SBinaryFileKind& kind, const wchar_t* path, SStoreRect& file);
+    Status SizeMapFor(const SBinaryFileKind& kind, CWordFileSource& file, SStoreRect& extent);
+    Status ReadIntoMap(const SBinaryFileKind& kind, CWordFileSource& file);
     Status LoadBinary(const SBinaryFileKind& kind, const wchar_t* path, std::uint32_t x,
                       std::uint32_t y);
     /// As above, but the result is the conversion's status, also after a failed read; without
     /// memory for the map or the file's body E_FAIL, the store unchanged.
-    Status LoadOwnBinary(const wchar_t* path, std::uint32_t x, std::uint32_t y);
-    void LoadMapImage(const wchar_t* path, std::uint32_t x, std::uint32_t y);
+    Status LoadOwnBinary(CWordFileSource& file, std::uint32_t x, std::uint32_t y);
+    void LoadMapImage(CWordFileSource& file, std::uint32_t x, std::uint32_t y);
     /// Takes map pixels from (0, 0) on into the store; the map is emptied after a success.
     Status TakeFromMap(const SStoreRect& target);
 

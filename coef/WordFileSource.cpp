@@ -4,8 +4,8 @@
 
 namespace trevolt {
 
-CWordFileSource::CWordFileSource(std::istream& stream, const wchar_t* path)
-    : m_path(path), m_stream(&stream), m_start(stream.tellg()) {}
+CWordFileSource::CWordFileSource(std::istream& stream)
+    : m_stream(&stream), m_start(stream.tellg()) {}
 
 std::istream* CWordFileSource::Open() {
     if (m_stream == nullptr) {

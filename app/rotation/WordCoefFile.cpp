@@ -117,12 +117,6 @@ Status Load(CChromaCorrectCoef& map, CWordFileSource& file, const SMapRegion& re
     return S_OK;
 }
 
-Status LoadFrom(EWordKind kind, CChromaCorrectCoef& map, CWordFileSource& file,
-                const SMapRegion& region) {
-    return VisitElementOf(kind, E_COEF_INVALIDARG,
-                          [&]<class Element>() { return Load<Element>(map, file, region); });
-}
-
 /// Lets write(object) save the map's pixels from an object of the kind.
 template <class Write>
 Status SaveThroughObject(EWordKind kind, const CChromaCorrectCoef& map, const Write& write) {
@@ -138,15 +132,6 @@ Status SaveThroughObject(EWordKind kind, const CChromaCorrectCoef& map, const Wr
         CopyFromMap<Element>(map, object);
         return write(object, SPixelRect{0, 0, map.Width(), map.Height()});
     });
-}
-
-Status SizeFrom(EWordKind kind, CWordFileSource& file, std::uint32_t& width,
-                std::uint32_t& height) {
-    const Status status = VisitElementOf(kind, E_COEF_INVALIDARG, [&]<class Element>() {
-        return FindSize<Element>(file, width, height);
-    });
-    file.Rewind();
-    return status;
 }
 
 /// Opens the file at `path` for what follows on it. E_COEF_INVALIDARG for a null path,
@@ -195,14 +180,14 @@ Status LoadWordCoefFile(EWordKind kind, CChromaCorrectCoef& map, const wchar_t* 
     std::fstream stream;
     if (const Status status = OpenOnce(stream, path); Failed(status))
         return status;
-    CWordFileSource file(stream, path);
-    return LoadFrom(kind, map, file, region);
+    return LoadWordCoefFile(kind, map, stream, region);
 }
 
 Status LoadWordCoefFile(EWordKind kind, CChromaCorrectCoef& map, std::istream& stream,
                         const SMapRegion& region) {
     CWordFileSource file(stream);
-    return LoadFrom(kind, map, file, region);
+    return VisitElementOf(kind, E_COEF_INVALIDARG,
+                          [&]<class Element>() { return Load<Element>(map, file, region); });
 }
 
 Status SaveWordCoefFile(EWordKind kind, const CChromaCorrectCoef& map, const wchar_t* path) {
@@ -230,8 +215,7 @@ Status ReadWordCoefSize(EWordKind kind, const wchar_t* path, std::uint32_t& widt
     std::fstream stream;
     if (const Status status = OpenOnce(stream, path); Failed(status))
         return status;
-    CWordFileSource file(stream, path);
-    return SizeFrom(kind, file, width, height);
+    return ReadWordCoefSize(kind, stream, width, height);
 }
 
 Status ReadWordCoefSize(EWordKind kind, std::istream& stream, std::uint32_t& width,
@@ -239,7 +223,11 @@ Status ReadWordCoefSize(EWordKind kind, std::istream& stream, std::uint32_t& wid
     width = 0;
     height = 0;
     CWordFileSource file(stream);
-    return SizeFrom(kind, file, width, height);
+    const Status status = VisitElementOf(kind, E_COEF_INVALIDARG, [&]<class Element>() {
+        return FindSize<Element>(file, width, height);
+    });
+    file.Rewind();
+    return status;
 }
 
 std::vector<std::string> DescribeWordFileLosses(const wchar_t* path) {

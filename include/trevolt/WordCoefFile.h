@@ -39,8 +39,7 @@ Status LoadWordCoefFile(EWordKind kind, CChromaCorrectCoef& map, const wchar_t* 
                         const SMapRegion& region = {});
 
 /// As above from a stream, which afterwards stands behind the data of the file's last chunk; of a
-/// file that is damaged or not taken it stands anywhere, and may have failed. The other kinds of
-/// file that a path may lead to are E_COEF_BADFORMAT here.
+/// file that is damaged, not taken or no word file it stands anywhere, and may have failed.
 Status LoadWordCoefFile(EWordKind kind, CChromaCorrectCoef& map, std::istream& stream,
                         const SMapRegion& region = {});
 
@@ -60,7 +59,7 @@ Status SaveWordCoefFile(EWordKind kind, const CChromaCorrectCoef& map, std::ostr
 Status ReadWordCoefSize(EWordKind kind, const wchar_t* path, std::uint32_t& width,
                         std::uint32_t& height);
 
-/// As above from a stream, which is put back to where it was. Float files are E_COEF_BADFORMAT here.
+/// As above from a stream, which is put back to where it was.
 Status ReadWordCoefSize(EWordKind kind, std::istream& stream, std::uint32_t& width,
                         std::uint32_t& height);
 

@@ -612,25 +612,33 @@ template <class Object>
 class MapImages : public ::testing::Test {};
 TYPED_TEST_SUITE(MapImages, test::MapKinds);
 
-// The readers of map images and of float files look under paths alone.
-TYPED_TEST(MapImages, AndFloatFilesAreNotTakenFromAStream) {
+TYPED_TEST(MapImages, AndFloatFilesAreTakenFromAStreamAsFromAPath) {
     constexpr bool kIsBright = test::KindOf<TypeParam>::kKind == kBright;
     const std::wstring floats =
         test::Sample(kIsBright ? L"cabinet/Cab_02.3fcoef" : L"cabinet/Cab_01.9fcoef");
+    const test::CTemporaryFolder folder;
+    const std::wstring path = folder.File(L"file");
+    const std::string whole = test::ReadText(floats);
     const std::string image(reinterpret_cast<const char*>(kRawMapMagic.data()), 16);
-    TypeParam object;
-    test::CreateWithPattern(object, 40, 24);
-    const std::wstring before = test::DigestOf(object);
-    for (const std::string& bytes : {test::ReadText(floats), image + std::string(1000, '\0')}) {
-        std::istringstream stream(bytes);
-        CWordFileSource alone(stream);
-        EXPECT_EQ(object.LoadFile(alone, 0, 0), E_COEF_BADFORMAT);
-        EXPECT_EQ(test::DigestOf(object), before);
+    for (const std::string& bytes : {whole, whole.substr(0, whole.size() - 1), whole.substr(0, 20),
+                                     image, image + std::string(1000, '\0')}) {
+        test::WriteText(path, bytes);
+        TypeParam fromPath;
+        test::CreateWithPattern(fromPath, 40, 24);
+        const std::wstring before = test::DigestOf(fromPath);
+        const CTransferReport pathReport;
+        const Status expected = fromPath.LoadCoef(path.c_str());
+        TypeParam fromStream;
+        test::CreateWithPattern(fromStream, 40, 24);
+        std::istringstream stream("what stands before" + bytes);
+        stream.seekg(18);
+        CWordFileSource file(stream);
+        const CTransferReport report;
+        EXPECT_EQ(fromStream.LoadFile(file, 0, 0), expected);
+        EXPECT_EQ(test::DigestOf(fromStream), test::DigestOf(fromPath));
+        EXPECT_EQ(report.FailedRead(), pathReport.FailedRead());
+        EXPECT_EQ(test::DigestOf(fromStream) != before, bytes.front() != image.front());
     }
-    std::istringstream stream(test::ReadText(floats));
-    CWordFileSource file(stream, floats.c_str());
-    EXPECT_EQ(object.LoadFile(file, 0, 0), S_OK);
-    EXPECT_NE(test::DigestOf(object), before);
 }
 
 TYPED_TEST(MapImages, GiveSuccessAndChangeNothing) {

@@ -11,13 +11,12 @@ namespace {
 
 std::string ReadAll(std::istream& stream) { return {std::istreambuf_iterator<char>(stream), {}}; }
 
-TEST(FileSource, OpensAPathAnewForEveryLook) {
+TEST(WordFileSource, OpensAPathAnewForEveryLook) {
     const test::CTemporaryFolder folder;
     const std::wstring path = folder.File(L"file");
     CWordFileSource file(path.c_str());
-    EXPECT_FALSE(file.IsNull());
-    EXPECT_EQ(file.Path(), path.c_str());
     EXPECT_EQ(file.Open(), nullptr);
+    EXPECT_EQ(file.Take([](std::istream&) { return S_OK; }), E_COEF_OPENFAILED);
     test::WriteText(path, "first");
     ASSERT_NE(file.Open(), nullptr);
     EXPECT_EQ(ReadAll(*file.Open()), "first");
@@ -27,16 +26,21 @@ TEST(FileSource, OpensAPathAnewForEveryLook) {
     EXPECT_EQ(ReadAll(*stream), "second\r\n\x1A.");
     file.Rewind();
     EXPECT_EQ(ReadAll(*stream), "second\r\n\x1A.");
-    EXPECT_TRUE(CWordFileSource(nullptr).IsNull());
+    EXPECT_EQ(file.Take([](std::istream& taken) {
+        EXPECT_EQ(ReadAll(taken), "second\r\n\x1A.");
+        return E_COEF_BADTEXT;
+    }),
+              E_COEF_BADTEXT);
+    EXPECT_EQ(CWordFileSource(static_cast<const wchar_t*>(nullptr)).Take([](std::istream&) {
+        return S_OK;
+    }),
+              E_COEF_INVALIDARG);
 }
 
-TEST(FileSource, PutsAStreamBackForEveryLook) {
+TEST(WordFileSource, PutsAStreamBackForEveryLook) {
     std::istringstream stream("before|file");
     stream.seekg(7);
-    CWordFileSource file(stream, L"a path");
-    EXPECT_FALSE(file.IsNull());
-    EXPECT_EQ(std::wstring(file.Path()), L"a path");
-    EXPECT_EQ(CWordFileSource(stream).Path(), nullptr);
+    CWordFileSource file(stream);
     for (int look = 0; look < 2; ++look) {
         ASSERT_EQ(file.Open(), &stream);
         EXPECT_EQ(ReadAll(stream), "file");
@@ -48,11 +52,10 @@ TEST(FileSource, PutsAStreamBackForEveryLook) {
     EXPECT_EQ(stream.tellg(), std::streampos(7));
 }
 
-TEST(FileSource, AStreamThatHadFailedHasNoBytes) {
+TEST(WordFileSource, AStreamThatHadFailedHasNoBytes) {
     std::istringstream stream("file");
     stream.setstate(std::ios::failbit);
     CWordFileSource file(stream);
-    EXPECT_FALSE(file.IsNull());
     ASSERT_EQ(file.Open(), &stream);
     EXPECT_TRUE(stream.fail());
     file.Rewind();
@@ -70,7 +73,7 @@ class CUnseekable : public std::streambuf {
     std::string m_bytes;
 };
 
-TEST(FileSource, AStreamThatCannotBeSoughtHasNoBytes) {
+TEST(WordFileSource, AStreamThatCannotBeSoughtHasNoBytes) {
     CUnseekable bytes("file");
     std::istream stream(&bytes);
     CWordFileSource file(stream);

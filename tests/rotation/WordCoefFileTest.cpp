@@ -575,18 +575,25 @@ TYPED_TEST(WordCoefBridge, TheSamplesAreTheSameFromAStream) {
         ExpectSameFromAStream<TypeParam>(test::ReadFile(test::Sample(name)), this->m_file);
 }
 
-// Float files have readers of their own, which know paths alone.
-TEST(WordCoefStreams, FloatFilesAreNotTaken) {
-    const std::wstring floats = test::Sample(L"cabinet/Cab_01.9fcoef");
-    CChromaCorrectCoef map;
-    map.Resize(40, 24);
+TEST(WordCoefStreams, FloatFilesAreTakenAsFromAPath) {
+    const test::CTemporaryFolder folder;
+    const std::wstring path = folder.File(L"file");
+    const test::Bytes matrix = test::ReadFile(test::Sample(L"cabinet/Cab_01.9fcoef"));
+    ExpectSameFromAStream<ChromaKind>(matrix, path);
+    ExpectSameFromAStream<ChromaKind>(matrix, path, "what stands before");
+    ExpectSameFromAStream<ChromaKind>(test::Bytes(matrix.begin(), matrix.end() - 1), path);
+    std::istringstream stream(test::ReadText(test::Sample(L"cabinet/Cab_01.9fcoef")));
     std::uint32_t width = 0;
     std::uint32_t height = 0;
-    EXPECT_EQ(ReadWordCoefSize(EWordKind::Chroma, floats.c_str(), width, height), S_OK);
-    EXPECT_EQ(LoadWordCoefFile(EWordKind::Chroma, map, floats.c_str()), S_OK);
-    std::istringstream stream(test::ReadText(floats));
-    EXPECT_EQ(ReadWordCoefSize(EWordKind::Chroma, stream, width, height), E_COEF_BADFORMAT);
-    EXPECT_EQ(LoadWordCoefFile(EWordKind::Chroma, map, stream), E_COEF_BADFORMAT);
+    EXPECT_EQ(ReadWordCoefSize(EWordKind::Chroma, stream, width, height), S_OK);
+    EXPECT_EQ(width, 40U);
+    EXPECT_EQ(height, 24U);
+    CChromaCorrectCoef map;
+    map.Resize(40, 24);
+    EXPECT_EQ(LoadWordCoefFile(EWordKind::Chroma, map, stream), S_OK);
+    CChromaCorrectCoef defaults;
+    defaults.Resize(40, 24);
+    EXPECT_NE(map.FindElement(7, 5)->m, defaults.FindElement(7, 5)->m);
 }
 
 TEST(WordCoefKinds, AValueThatIsNoKind) {
