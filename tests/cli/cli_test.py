@@ -85,9 +85,17 @@ class CliTest(unittest.TestCase):
         self.target.mkdir()
 
     def run_cli(self, *arguments, locale='C.UTF-8', **options):
-        environment = dict(os.environ, LC_ALL=locale)
-        return subprocess.run([*PROGRAM, *map(str, arguments)], capture_output=True, cwd=ROOT,
-                              env=environment, timeout=300, **options)
+        options |= {'cwd': ROOT, 'env': dict(os.environ, LC_ALL=locale), 'timeout': 300}
+        command = [*PROGRAM, *map(str, arguments)]
+        if not IS_WRAPPED:
+            return subprocess.run(command, capture_output=True, **options)
+        # A pipe would end only with the server that Wine starts beside the program.
+        with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as err:
+            done = subprocess.run(command, stdout=out, stderr=err, **options)
+            for stream in (out, err):
+                stream.seek(0)
+            done.stdout, done.stderr = out.read(), err.read()
+        return done
 
     def rotate(self, *arguments, angle=90, **options):
         return self.run_cli('rotate', '--angle', angle, *arguments, self.source, self.target,
