@@ -229,16 +229,18 @@ Words LoadPair(const std::byte* from, std::size_t i) {
     using S = Shape<W>;
     constexpr std::size_t kFirst = W < 8 ? 0 : kLaneBytes;
     const std::byte* const pair = from + 2 * i * S::kBytes;
-    if constexpr (kIsOneLane<Words>)
+    if constexpr (kIsOneLane<Words>) {
         return LoadHalves<Words>(pair + kFirst, pair + S::kBytes + kFirst);
-    const auto words = LoadLanes<Words>(pair + kFirst, S::kLaneStep);
-    if constexpr (W == 3)
-        return Shuffle<0, 1, 2, 0, 3, 4, 5, 0>(words, words);
-    else if constexpr (W == 4)
-        return words;
-    else // the second element's are the upper half of the third vector
-        return Shuffle<0, 1, 2, 3, 12, 13, 14, 15>(
-            words, LoadLanes<Words>(pair + 2 * kLaneBytes, S::kLaneStep));
+    } else {
+        const auto words = LoadLanes<Words>(pair + kFirst, S::kLaneStep);
+        if constexpr (W == 3)
+            return Shuffle<0, 1, 2, 0, 3, 4, 5, 0>(words, words);
+        else if constexpr (W == 4)
+            return words;
+        else // the second element's are the upper half of the third vector
+            return Shuffle<0, 1, 2, 3, 12, 13, 14, 15>(
+                words, LoadLanes<Words>(pair + 2 * kLaneBytes, S::kLaneStep));
+    }
 }
 
 /// Nine words a pixel are one more than a lane has. Word 8 of element e stands e words into vector

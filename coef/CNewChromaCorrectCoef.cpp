@@ -155,7 +155,7 @@ Status CCNewChromaCorrectCoef::LoadFile(CWordFileSource& file, std::uint32_t x, 
     ChunkFormatId magic{};
     if (const Status status = ReadFileMagic(file, magic); Failed(status))
         return status;
-    if (magic == kChromaChunkFormat2)
+    if (magic == Kind().extraWordFormatId)
         return LoadExtraWordFile(Store(), ExtraStore(), file, x, y);
     return LoadRecognised(magic, file, x, y);
 }

@@ -169,7 +169,8 @@ class CWordCorrectCoef : public CDefaultAnswers {
 TREVOLT_WORD_KINDS(TREVOLT_WORD_OBJECT)
 #undef TREVOLT_WORD_OBJECT
 
-/// The object of an element's kind: a class of the kind's own says so where it is declared.
+/// The object of an element's kind: a class of the kind's own says so where it is declared, so it is
+/// asked for behind coef/WordObjects.h only.
 template <class Element>
 struct SObjectOf {
     using Type = CWordCorrectCoef<Element>;

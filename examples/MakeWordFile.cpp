@@ -7,6 +7,7 @@
 #include <iostream>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include <trevolt/CoefObjects.h>
 #include <trevolt/ColorCorrectCoef.h>

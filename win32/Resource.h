@@ -1,5 +1,5 @@
 // Numbers that the resource script and the program share. The dialog's control ids stand in
-// app/DialogView.h; the script, which cannot read that, repeats them as numbers.
+// app/dialog/DialogView.h; the script, which cannot read that, repeats them as numbers.
 #pragma once
 
 #define IDD_ABOUT 100

@@ -134,8 +134,7 @@ Status CTrevoltDlg::LoadFolder(const std::wstring& path, SMapSize size, CCoefMap
         if (entry.kind != EntryKind::File)
             continue;
         const std::wstring fullPath = folder + entry.name;
-        const std::wstring lowered = ToLowerAscii(fullPath);
-        const SFileKind* kind = FindLoadKind(lowered);
+        const SFileKind* kind = FindLoadKind(fullPath);
         if (kind == nullptr)
             continue;
         auto loaded = std::make_unique<CChromaCorrectCoef>();
@@ -143,7 +142,8 @@ Status CTrevoltDlg::LoadFolder(const std::wstring& path, SMapSize size, CCoefMap
         RequireStorage(*loaded, size);
         // A file that does not load is turned and exported from what its map holds. Memory that it
         // asks for itself and does not get is no other case: its header may lie.
-        DropStatus(kind->load(*loaded, (kNamesIgnoreCase ? lowered : fullPath).c_str()));
+        const std::wstring readPath = kNamesIgnoreCase ? ToLowerAscii(fullPath) : fullPath;
+        DropStatus(kind->load(*loaded, readPath.c_str()));
         map[entry.name] = std::move(loaded);
     }
     return S_OK;

@@ -542,8 +542,8 @@ class CColorCorrectCoef {
     /// store). E_FAIL without a store or when hashing fails.
     virtual Status GetStoreDigest(std::wstring& text) const = 0;
     /// [117] Reads a memory image into the store. The image must be whole, for its own fields say
-    /// where it ends; `LoadBoundedStoreImage` takes one that may not be. E_FAIL for a null image or
-    /// without a store, else the chunk reader's status.
+    /// where it ends; `LoadBoundedStoreImage` (trevolt/CoefObjects.h) takes one that may not be.
+    /// E_FAIL for a null image or without a store, else the chunk reader's status.
     virtual Status LoadStoreImage(const std::byte* image) = 0;
     /// [118] Reads the header of a chroma word file with extra words at the stream's position.
     /// E_COEF_BADFORMAT for any other; the position is then undefined.
@@ -556,7 +556,8 @@ class CColorCorrectCoef {
     /// [121] What the store is made of. E_FAIL without a store.
     virtual Status GetStoreInfo(SStoreInfo& info) const = 0;
     /// [122] Writes header, directory and all blocks to `destination`, which must have room for the
-    /// worst case (`MaxStoreImageBytes`). E_FAIL for a null destination or without a store.
+    /// worst case (`MaxStoreImageBytes`, trevolt/CoefObjects.h). E_FAIL for a null destination or
+    /// without a store.
     virtual Status SaveStoreImage(std::byte* destination, std::uint32_t originX,
                                   std::uint32_t originY) const = 0;
     /// [123] Copies the store's rectangle at (x, y) of the target's size out; missing pixels leave

@@ -56,10 +56,10 @@ class CMassiveBuf {
     Status CompressToFile(std::ostream& stream) const;
 
     /// Reads exactly `byteCount` bytes, which must be one LZ4 frame, and replaces the content with
-    /// what they hold. Nothing is sought. E_FAIL when they are not a whole frame or hold more than one, when the frame
-    /// is skippable or names a dictionary, when a checksum or the declared size is wrong, or when
-    /// the declared size is more than such bytes can hold; E_OUTOFMEMORY when the memory is
-    /// refused. After a failure the buffer is empty.
+    /// what they hold. Nothing is sought. E_FAIL when they are not a whole frame or hold more than
+    /// one, when the frame is skippable or names a dictionary, when a checksum or the declared size
+    /// is wrong, or when the declared size is more than such bytes can hold; E_OUTOFMEMORY when the
+    /// memory is refused. After a failure the buffer is empty.
     Status UncompressFromFile(std::istream& stream, std::uint64_t byteCount);
 
     /// Reads a raw image: a uint64 byte count, then the bytes, and leaves the position behind them.

@@ -6,7 +6,7 @@
 //
 // Each operation has two forms. The first takes a path, which may be null, and opens the file itself.
 // The second takes a stream, which is in binary mode and can be sought, and stays the caller's; the
-// file begins at its position. A stream to be read that had failed, or that cannot be sought, reads as
+// file begins at its position. A stream to be read that had failed or met its end, or that cannot be sought, reads as
 // a file without bytes, and has failed afterwards. An offset that a file with extra words tells is one
 // in its stream, so such a file begins where its stream does.
 #pragma once

@@ -38,6 +38,7 @@ struct S12WordCoef {
 
 } // namespace trevolt
 
+// Of the library's own use, and not promised to others.
 // X(kind, element, sizes): every word kind, by what a pixel of its files and objects is; the chroma
 // kind has an extra word beside it. `sizes` is how many compressed sizes a chunk record lists; those
 // past the element's words are 0. Of the 3- and the 4-word kind the list is longer than the words:

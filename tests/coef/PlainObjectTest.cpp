@@ -25,7 +25,7 @@ TEST(CoefObjects, AreMadeByKind) {
     EXPECT_TRUE(Makes<CCNewChromaCorrectCoef>(EWordKind::Chroma));
     EXPECT_TRUE(Makes<CVirtualGreenBrightCorrectCoef>(EWordKind::VirtualGreenBrightness));
     EXPECT_TRUE(Makes<CVirtualGreenChromaCorrectCoef>(EWordKind::VirtualGreenChroma));
-    EXPECT_EQ(CreateCoefObject(static_cast<EWordKind>(4)), nullptr);
+    EXPECT_EQ(CreateCoefObject(static_cast<EWordKind>(99)), nullptr);
 }
 
 TEST(CoefObjects, TellTheirMostImageBytesWhateverTheirKind) {

@@ -597,7 +597,7 @@ TEST(WordCoefStreams, FloatFilesAreTakenAsFromAPath) {
 }
 
 TEST(WordCoefKinds, AValueThatIsNoKind) {
-    const auto none = static_cast<EWordKind>(4);
+    const auto none = static_cast<EWordKind>(99);
     const std::wstring sample = test::Sample(L"cabinet/Cab_06.9wcoef");
     CChromaCorrectCoef map;
     map.Resize(2, 2);
