@@ -7,7 +7,7 @@
 
 #include <fmt/format.h>
 
-#include "app/rotation/OrderedJobs.h"
+#include "common/OrderedJobs.h"
 #include "platform/FileSystem.h"
 #include "platform/Process.h"
 #include "trevolt/FileKinds.h"

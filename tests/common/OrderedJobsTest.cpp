@@ -1,4 +1,4 @@
-#include "app/rotation/OrderedJobs.h"
+#include "common/OrderedJobs.h"
 
 #include <cerrno>
 #include <chrono>
@@ -78,6 +78,66 @@ TEST(OrderedJobs, DeliversEachAsSoonAsItIsThere) {
         },
         [&](int result) { firstDelivered = firstDelivered || result == 0; });
     EXPECT_TRUE(secondSawIt);
+}
+
+TEST(OrderedJobs, GoesNoFurtherAheadThanTold) {
+    std::atomic<std::size_t> delivered{0};
+    std::atomic<std::size_t> farthest{0};
+    RunOrdered<std::size_t>(
+        60, 3,
+        [&](std::size_t i) {
+            const std::size_t ahead = i - delivered;
+            std::size_t before = farthest;
+            while (before < ahead && !farthest.compare_exchange_weak(before, ahead)) {
+            }
+            return i;
+        },
+        [&](std::size_t result) {
+            EXPECT_EQ(result, delivered);
+            std::this_thread::sleep_for(1ms); // the workers would run away
+            ++delivered;
+        },
+        4);
+    EXPECT_EQ(delivered, 60U);
+    EXPECT_LE(farthest, 4U); // a result that is being delivered waits no more
+    EXPECT_GE(farthest, 2U);
+}
+
+TEST(OrderedJobs, DoesOneJobOnTheCallingThread) {
+    const auto caller = std::this_thread::get_id();
+    for (const auto& [count, jobs] : {std::pair{5U, 1U}, std::pair{1U, 8U}})
+        RunOrdered<bool>(
+            count, jobs, [&](std::size_t) { return std::this_thread::get_id() == caller; },
+            [](bool byCaller) { EXPECT_TRUE(byCaller); });
+}
+
+TEST(OrderedJobs, SharesOutEveryPieceOnce) {
+    for (const std::size_t jobs : {0U, 1U, 2U, 5U, 100U}) {
+        std::vector<std::atomic<int>> calls(37);
+        ShareOut(calls.size(), jobs, [&](std::size_t i) { ++calls[i]; });
+        for (const std::atomic<int>& count : calls)
+            EXPECT_EQ(count, 1) << jobs;
+    }
+    ShareOut(0, 3, [](std::size_t) { FAIL(); });
+}
+
+TEST(OrderedJobs, SharesOutAmongTheCallerAndOthers) {
+    std::atomic<int> working{0};
+    std::atomic<int> most{0};
+    std::atomic<int> byCaller{0};
+    const auto caller = std::this_thread::get_id();
+    ShareOut(40, 3, [&](std::size_t) {
+        const int now = ++working;
+        int before = most;
+        while (before < now && !most.compare_exchange_weak(before, now)) {
+        }
+        byCaller += std::this_thread::get_id() == caller ? 1 : 0;
+        std::this_thread::sleep_for(1ms);
+        --working;
+    });
+    EXPECT_LE(most, 3);
+    EXPECT_GE(most, 2);
+    EXPECT_GT(byCaller, 0);
 }
 
 /// A thread of a system that gives only some.
