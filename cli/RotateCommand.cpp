@@ -2,6 +2,7 @@
 #include <charconv>
 #include <cstdio>
 #include <memory>
+#include <thread>
 
 #include <fmt/format.h>
 
@@ -13,17 +14,20 @@
 namespace trevolt {
 namespace {
 
+constexpr unsigned kMostJobs = 256;
+
+/// Every processor has one; 1 where their number is not known.
+unsigned DefaultJobs() { return std::clamp(std::thread::hardware_concurrency(), 1U, kMostJobs); }
+
 struct Options {
     int angle = 0;
     std::string size;
     bool wholeScreen = false;
     bool lenient = false;
-    unsigned jobs = 1;
+    unsigned jobs = DefaultJobs();
     std::string source;
     std::string target;
 };
-
-constexpr unsigned kMostJobs = 256;
 
 /// Prints outcome lines, and where standard error is a terminal how far the run is.
 class CConsoleListener : public CRotationListener {
@@ -142,7 +146,10 @@ void AddRotateCommand(CLI::App& program, int& exitStatus) {
                       "The source holds one whole-screen file; refuse any other number");
     command->add_flag("--lenient", options->lenient,
                       "Also write what could be read of files that are damaged");
-    command->add_option("--jobs", options->jobs, "Files turned at once")
+    command
+        ->add_option(
+            "--jobs", options->jobs,
+            "Threads that turn files, or share one large file (without it: one a processor)")
         ->check(CLI::Range(1U, kMostJobs));
     command->add_option("SOURCE", options->source, "Folder of the coefficient files")->required();
     command->add_option("TARGET", options->target, "Existing folder for the turned files")

@@ -22,6 +22,8 @@ std::wstring_view ExtensionOf(std::wstring_view path) {
 
 } // namespace
 
+bool NamesExtraWordFile(std::wstring_view path) { return ExtensionOf(path) == kExtraWordExtension; }
+
 CCNewChromaCorrectCoef::CCNewChromaCorrectCoef() {
     m_second.owner = std::make_unique<CCaliOperation<SWordCoef>>();
 }
@@ -139,7 +141,7 @@ Status CCNewChromaCorrectCoef::SetRect9Word(std::uint32_t x, std::uint32_t y, st
 
 Status CCNewChromaCorrectCoef::ExportCoef(const wchar_t* path, const SPixelRect& rect,
                                           const std::byte* name, const std::uint8_t* flag) {
-    if (path != nullptr && ExtensionOf(path) == kExtraWordExtension)
+    if (path != nullptr && NamesExtraWordFile(path))
         return WriteExtraWordFile(Store(), ExtraStore(), path, rect, OwnerFields(name, flag));
     return CMapCorrectCoef::ExportCoef(path, rect, name, flag);
 }

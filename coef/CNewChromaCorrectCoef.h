@@ -5,9 +5,14 @@
 // An object is used by one thread at a time; different objects by any threads.
 #pragma once
 
+#include <string_view>
+
 #include "coef/MapCorrectCoef.h"
 
 namespace trevolt {
+
+/// Whether a chroma file under this path is written with extra words.
+bool NamesExtraWordFile(std::wstring_view path);
 
 class CCNewChromaCorrectCoef final : public CMapCorrectCoef<S9WordCoef> {
   public:

@@ -155,7 +155,7 @@ constexpr const WordElementKind* FindElementOfFormat(const ChunkFormatId& format
 
 /// What visit<Element>() makes of the kind's element; `otherwise` for a value that is no kind.
 template <class Result, class Visit>
-Result VisitElementOf(EWordKind kind, Result otherwise, const Visit& visit) {
+constexpr Result VisitElementOf(EWordKind kind, Result otherwise, const Visit& visit) {
     switch (kind) {
 #define TREVOLT_ELEMENT_CASE(name, element, sizes)                                                 \
     case EWordKind::name:                                                                          \

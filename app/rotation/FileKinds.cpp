@@ -3,74 +3,122 @@
 #include <algorithm>
 #include <array>
 
+#include "app/rotation/StoredKinds.h"
+#include "coef/CNewChromaCorrectCoef.h"
+#include "coef/StoredWordCoef.h"
+#include "coef/WordKind.h"
 #include "common/TextConversion.h"
 #include "formats/BinaryCoefTransfer.h"
+#include "formats/StoredBinaryCoef.h"
 #include "trevolt/TextCoefFile.h"
 #include "trevolt/WordCoefFile.h"
 
 namespace trevolt {
 namespace {
 
+/// One kind: what every program may know of it, and how its files are turned in their own elements.
+struct SKindRow {
+    SFileKind kind;
+    SStoredKind stored;
+};
+
 template <class Kind>
-constexpr SFileKind BinaryFileKind(std::wstring_view extension, int exportOrder) {
-    return {extension,
-            exportOrder,
-            [](CChromaCorrectCoef& map, const wchar_t* path) {
-                return ReadBinaryCoef<Kind>(map, path);
-            },
-            [](const CChromaCorrectCoef& map, const wchar_t* path) {
-                return WriteBinaryCoef<Kind>(map, path, nullptr);
-            },
-            [](const wchar_t* path, std::uint32_t& width, std::uint32_t& height) {
-                return ReadBinaryCoefSize<Kind>(path, width, height);
-            },
-            nullptr};
+constexpr SKindRow BinaryFileKind(std::wstring_view extension, int exportOrder) {
+    return {{extension, exportOrder,
+             [](CChromaCorrectCoef& map, const wchar_t* path) {
+                 return ReadBinaryCoef<Kind>(map, path);
+             },
+             [](const CChromaCorrectCoef& map, const wchar_t* path) {
+                 return WriteBinaryCoef<Kind>(map, path, nullptr);
+             },
+             [](const wchar_t* path, std::uint32_t& width, std::uint32_t& height) {
+                 return ReadBinaryCoefSize<Kind>(path, width, height);
+             },
+             nullptr,
+             [](CChromaCorrectCoef& map, std::istream& stream) {
+                 return ReadBinaryCoef<Kind>(map, stream);
+             },
+             [](std::istream& stream, std::uint32_t& width, std::uint32_t& height) {
+                 return ReadBinaryCoefSize<Kind>(stream, width, height);
+             },
+             nullptr},
+            {Kind::kStoredBytes, LoadStoredBinaryCoef<Kind>}};
 }
 
 /// Takes every pixel that the file names, at its own place; the sizes that it tells are not needed.
-Status LoadText(CChromaCorrectCoef& map, const wchar_t* path) {
+template <class File>
+Status LoadText(CChromaCorrectCoef& map, File file) {
     std::uint32_t width = 0;
     std::uint32_t height = 0;
-    return ReadTextCoefFile(map, path, 0, 0, width, height, false);
+    return ReadTextCoefFile(map, file, 0, 0, width, height, false);
 }
 
 Status SaveText(const CChromaCorrectCoef& map, const wchar_t* path) {
     return WriteTextCoefFile(map, path, nullptr);
 }
 
-Status ReadTextSize(const wchar_t* path, std::uint32_t& width, std::uint32_t& height) {
+template <class File>
+Status ReadTextSize(File file, std::uint32_t& width, std::uint32_t& height) {
     width = 0;
     height = 0;
-    return ProbeTextCoefFileSize(path, width, height);
+    return ProbeTextCoefFileSize(file, width, height);
 }
 
 template <EWordKind Kind>
-constexpr SFileKind WordFileKind(std::wstring_view extension, int exportOrder) {
-    return {extension,
-            exportOrder,
-            [](CChromaCorrectCoef& map, const wchar_t* path) {
-                return LoadWordCoefFile(Kind, map, path);
-            },
-            [](const CChromaCorrectCoef& map, const wchar_t* path) {
-                return SaveWordCoefFile(Kind, map, path);
-            },
-            [](const wchar_t* path, std::uint32_t& width, std::uint32_t& height) {
-                return ReadWordCoefSize(Kind, path, width, height);
-            },
-            DescribeWordFileLosses};
+constexpr std::uint32_t kElementBytes = VisitElementOf(Kind, std::uint32_t{0}, []<class Element>() {
+    return std::uint32_t{sizeof(Element)};
+});
+
+template <EWordKind Kind>
+constexpr SKindRow WordFileKind(std::wstring_view extension, int exportOrder) {
+    return {{extension, exportOrder,
+             [](CChromaCorrectCoef& map, const wchar_t* path) {
+                 return LoadWordCoefFile(Kind, map, path);
+             },
+             [](const CChromaCorrectCoef& map, const wchar_t* path) {
+                 return SaveWordCoefFile(Kind, map, path);
+             },
+             [](const wchar_t* path, std::uint32_t& width, std::uint32_t& height) {
+                 return ReadWordCoefSize(Kind, path, width, height);
+             },
+             DescribeWordFileLosses,
+             [](CChromaCorrectCoef& map, std::istream& stream) {
+                 return LoadWordCoefFile(Kind, map, stream);
+             },
+             [](std::istream& stream, std::uint32_t& width, std::uint32_t& height) {
+                 return ReadWordCoefSize(Kind, stream, width, height);
+             },
+             DescribeWordFileLosses},
+            {kElementBytes<Kind>, [](std::istream& stream, std::size_t threads) {
+                 return LoadStoredWordCoef(Kind, stream, threads);
+             }}};
 }
 
-constexpr std::array kFileKinds{
+constexpr SKindRow TextFileKind(std::wstring_view extension, int exportOrder) {
+    return {{extension, exportOrder, LoadText<const wchar_t*>, SaveText,
+             ReadTextSize<const wchar_t*>, nullptr, LoadText<std::istream&>,
+             ReadTextSize<std::istream&>, nullptr},
+            {0, nullptr}};
+}
+
+/// In the load's order.
+constexpr std::array kRows{
     BinaryFileKind<S9fCoefKind>(L".9fcoef", 1),
     BinaryFileKind<S9bCoefKind>(L".9bcoef", 2),
     WordFileKind<EWordKind::Chroma>(L".9wcoef", 3),
     WordFileKind<EWordKind::Brightness>(L".3wcoef", 5),
     BinaryFileKind<S3fCoefKind>(L".3fcoef", 7),
     BinaryFileKind<S3bCoefKind>(L".3bcoef", 8),
-    SFileKind{L".cccoef", 9, LoadText, SaveText, ReadTextSize, nullptr},
+    TextFileKind(L".cccoef", 9),
     WordFileKind<EWordKind::VirtualGreenBrightness>(L".4wcoef", 6),
     WordFileKind<EWordKind::VirtualGreenChroma>(L".12wcoef", 4),
 };
+
+constexpr auto kFileKinds = [] {
+    std::array<SFileKind, kRows.size()> kinds{};
+    std::ranges::transform(kRows, kinds.begin(), &SKindRow::kind);
+    return kinds;
+}();
 
 bool Occurs(const SFileKind& kind, std::wstring_view lowered) {
     return lowered.find(kind.extension) != std::wstring_view::npos;
@@ -94,6 +142,14 @@ const SFileKind* FindExportKind(std::wstring_view name) {
         if (Occurs(kind, lowered) && (first == nullptr || kind.exportOrder < first->exportOrder))
             first = &kind;
     return first;
+}
+
+const SStoredKind* FindStoredKind(std::wstring_view name) {
+    const SFileKind* const kind = FindLoadKind(name);
+    if (kind == nullptr || kind != FindExportKind(name) || NamesExtraWordFile(name))
+        return nullptr;
+    const SStoredKind& stored = kRows[static_cast<std::size_t>(kind - kFileKinds.data())].stored;
+    return stored.load == nullptr ? nullptr : &stored;
 }
 
 std::wstring ExportName(std::wstring_view name, std::wstring_view angle) {

@@ -2,15 +2,21 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <limits>
 #include <new>
 #include <random>
 
 #include <fmt/format.h>
 
+#include "app/rotation/SourceFile.h"
+#include "app/rotation/StoredKinds.h"
+#include "app/rotation/WorkShare.h"
 #include "common/OrderedJobs.h"
+#include "common/WrittenFile.h"
 #include "platform/FileSystem.h"
 #include "platform/Process.h"
 #include "trevolt/FileKinds.h"
+#include "trevolt/MemoryBudget.h"
 #include "trevolt/TransferProblems.h"
 #include "trevolt/Utf8.h"
 
@@ -58,17 +64,34 @@ bool IsMapSize(const PixelSize& size) {
     return size.width <= kLargestMapSide && size.height <= kLargestMapSide;
 }
 
+/// Whether a map can have the size, so that a file may be written in it without one.
+bool IsPossibleMap(const PixelSize& size) {
+    return size.width > 0 && size.height > 0 && IsMapSize(size) &&
+           size.width * size.height <= std::numeric_limits<std::int32_t>::max();
+}
+
+std::uint64_t PixelsOf(const PixelSize& size) {
+    return static_cast<std::uint64_t>(size.width) * static_cast<std::uint64_t>(size.height);
+}
+
+/// What a file in work takes beside its pixels, and more.
+constexpr std::uint64_t kSideBytes = std::uint64_t{32} << 20;
+/// A map's bytes a pixel: an element and a gain.
+constexpr std::uint64_t kMapBytes = sizeof(SMatrixCoef) + sizeof(float);
+
 /// One file's way from the source folder to the target folder.
 class CFileRotation {
   public:
     CFileRotation(const SRotationRequest& request, const std::atomic<bool>& interrupted,
-                  const std::wstring& name, std::size_t number)
+                  CWorkShare& share, const std::wstring& name, std::size_t number)
         : m_request(request),
           m_interrupted(interrupted),
+          m_share(share),
           m_name(name),
           m_number(number),
-          m_path(WithSeparator(request.sourceFolder) + name),
-          m_loadKind(*FindLoadKind(name)) {}
+          m_loadKind(*FindLoadKind(name)),
+          m_storedKind(FindStoredKind(name)),
+          m_source(WithSeparator(request.sourceFolder) + name) {}
 
     SFileOutcome Run() {
         m_outcome.name = WideToShownUtf8(m_name);
@@ -78,6 +101,7 @@ class CFileRotation {
             Fail("not enough memory");
         }
         m_outcome.interrupted = m_interrupted && m_outcome.outputName.empty();
+        m_share.Finish();
         return m_outcome;
     }
 
@@ -85,8 +109,66 @@ class CFileRotation {
     void Turn() {
         if (m_interrupted || !FindSize())
             return;
+        if (!TurnStored())
+            TurnThroughMap();
+    }
+
+    bool FindSize() {
+        std::uint32_t width = 0;
+        std::uint32_t height = 0;
+        const Status status = m_source.Take(
+            [&](std::istream& stream) { return m_loadKind.readStreamSize(stream, width, height); });
+        if (!Failed(status) && !IsMapSize({width, height})) {
+            Fail(fmt::format("its size {} x {} is above {} in one direction", width, height,
+                             kLargestMapSide));
+            return false;
+        }
+        if (!m_request.size && Failed(status)) {
+            Fail(fmt::format("cannot be read: {}", DescribeStatus(status)));
+            return false;
+        }
+        m_ownSize = {width, height};
+        m_outcome.size = m_request.size.value_or(m_ownSize);
+        return true;
+    }
+
+    /// Turns the file in its own elements; false where only a map can tell or write what it holds.
+    bool TurnStored() {
+        if (m_storedKind == nullptr || !m_source.IsOpen() || !IsPossibleMap(m_outcome.size) ||
+            !CMemoryBudget::Process().HasRoomFor(PixelsOf(m_outcome.size) *
+                                                 m_storedKind->elementBytes))
+            return false;
+        // The stored bytes, the elements, and as much again of what is on its way to the file.
+        const CWorkShare::CPart part(m_share,
+                                     m_source.ByteCount() + StoredBytes() * 2 + kSideBytes);
+        if (m_interrupted)
+            return true;
+        const std::size_t threads = m_share.ThreadsOfOne();
+        const auto source = m_storedKind->load(m_source.FirstByte(), threads);
+        if (source == nullptr)
+            return false;
+        const std::uint32_t code = m_request.angle.code;
+        const CQuarterTurn turn(code, m_outcome.size.width, m_outcome.size.height);
+        m_outcome.turnedSize = turn.TurnedSize();
+        Save([&](const wchar_t* path) {
+            COutputFile file;
+            if (!OpenWritten(file, path, std::ios::out | std::ios::trunc))
+                return E_COEF_OPENFAILED;
+            const Status status = source->WriteTurned(file, m_outcome.size, code, threads);
+            CloseWritten(file);
+            return status;
+        });
+        return true;
+    }
+
+    void TurnThroughMap() {
+        // Both maps, and the larger of the file's own elements and those of the turned file.
+        const CWorkShare::CPart part(m_share, PixelsOf(m_outcome.size) *
+                                                      (2 * kMapBytes + sizeof(SMatrixCoef)) +
+                                                  StoredBytes() + kSideBytes);
         CChromaCorrectCoef source;
-        if (!Size(source) || (!Load(source) && !m_request.lenient) || m_interrupted)
+        if (m_interrupted || !Size(source) || (!Load(source) && !m_request.lenient) ||
+            m_interrupted)
             return;
         CChromaCorrectCoef turned;
         const auto width = static_cast<std::int32_t>(m_outcome.size.width);
@@ -98,25 +180,12 @@ class CFileRotation {
             return;
         }
         m_outcome.turnedSize = {turned.Width(), turned.Height()};
-        if (!m_interrupted)
-            Save(turned);
+        Save([&](const wchar_t* path) { return FindExportKind(m_name)->save(turned, path); });
     }
 
-    bool FindSize() {
-        std::uint32_t width = 0;
-        std::uint32_t height = 0;
-        const Status status = m_loadKind.readSize(m_path.c_str(), width, height);
-        if (!Failed(status) && !IsMapSize({width, height})) {
-            Fail(fmt::format("its size {} x {} is above {} in one direction", width, height,
-                             kLargestMapSide));
-            return false;
-        }
-        if (!m_request.size && Failed(status)) {
-            Fail(fmt::format("cannot be read: {}", DescribeStatus(status)));
-            return false;
-        }
-        m_outcome.size = m_request.size.value_or(PixelSize{width, height});
-        return true;
+    /// The bytes of the file's own pixels in memory.
+    std::uint64_t StoredBytes() const {
+        return PixelsOf(m_ownSize) * (m_storedKind == nullptr ? 0 : m_storedKind->elementBytes);
     }
 
     /// Gives the map its memory; without any there is nothing that even a lenient run could write.
@@ -132,17 +201,22 @@ class CFileRotation {
 
     bool Load(CChromaCorrectCoef& source) {
         const CTransferReport report;
-        const Status status = m_loadKind.load(source, m_path.c_str());
+        const Status status = m_source.Take(
+            [&](std::istream& stream) { return m_loadKind.loadStream(source, stream); });
         for (std::string& problem : DescribeReadProblems(status, report))
             Fail(std::move(problem));
         return !m_outcome.HasFailed();
     }
 
-    void Save(const CChromaCorrectCoef& turned) {
+    /// Lets `write(path)` make the turned file and gives it its name.
+    template <class Write>
+    void Save(const Write& write) {
+        if (m_interrupted)
+            return;
         const std::wstring outputName = ExportName(m_name, m_request.angle.text);
         CTemporaryOutput output(WithSeparator(m_request.targetFolder), outputName, m_number);
         const CTransferReport report;
-        const Status status = FindExportKind(m_name)->save(turned, output.Path().c_str());
+        const Status status = write(output.Path().c_str());
         if (std::string problem = DescribeWriteProblem(status, report); !problem.empty())
             Fail(std::move(problem));
         else if (m_interrupted) // asked once: what has its final name is also told of
@@ -155,18 +229,21 @@ class CFileRotation {
 
     void NoteWritten(const std::wstring& outputName) {
         m_outcome.outputName = WideToShownUtf8(outputName);
-        if (m_loadKind.describeLosses != nullptr)
-            m_outcome.losses = m_loadKind.describeLosses(m_path.c_str());
+        if (m_loadKind.describeStreamLosses != nullptr && m_source.IsOpen())
+            m_outcome.losses = m_loadKind.describeStreamLosses(m_source.FirstByte());
     }
 
     void Fail(std::string problem) { m_outcome.problems.push_back(std::move(problem)); }
 
     const SRotationRequest& m_request;
     const std::atomic<bool>& m_interrupted;
+    CWorkShare& m_share;
     const std::wstring& m_name;
     std::size_t m_number;
-    std::wstring m_path;
     const SFileKind& m_loadKind;
+    const SStoredKind* m_storedKind; ///< null when the file must go through a map
+    CSourceFile m_source;
+    PixelSize m_ownSize; ///< that the file tells, 0 × 0 when it tells none
     SFileOutcome m_outcome;
 };
 
@@ -256,9 +333,14 @@ SRotationOutcome RotateFolder(const SRotationRequest& request, const std::atomic
     };
     for (const std::string& raw : known.unnamable)
         deliver(UnnamableOutcome(raw));
+    CMemoryBudget& budget = CMemoryBudget::Process();
+    const std::uint64_t outstanding = std::min(budget.Outstanding(), budget.Limit());
+    CWorkShare share(known.names.size(), request.jobs, budget.Limit() - outstanding);
     RunOrdered<SFileOutcome>(
         known.names.size(), request.jobs,
-        [&](std::size_t i) { return CFileRotation(request, interrupted, known.names[i], i).Run(); },
+        [&](std::size_t i) {
+            return CFileRotation(request, interrupted, share, known.names[i], i).Run();
+        },
         deliver);
     if (interrupted)
         total.end = ERotationEnd::Interrupted;

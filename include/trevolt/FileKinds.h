@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <iosfwd>
 #include <span>
 #include <string>
 #include <string_view>
@@ -29,6 +30,12 @@ struct SFileKind {
     Status (*readSize)(const wchar_t* path, std::uint32_t& width, std::uint32_t& height);
     /// What a file holds and a map cannot, in plain words; null where a map holds everything.
     std::vector<std::string> (*describeLosses)(const wchar_t* path);
+
+    // The same of a stream in binary mode that can be sought and stands at the file's first byte; it
+    // stays the caller's, and afterwards stands anywhere.
+    Status (*loadStream)(CChromaCorrectCoef& map, std::istream& stream);
+    Status (*readStreamSize)(std::istream& stream, std::uint32_t& width, std::uint32_t& height);
+    std::vector<std::string> (*describeStreamLosses)(std::istream& stream);
 };
 
 /// All nine kinds, in the load's order.

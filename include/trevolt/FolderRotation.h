@@ -26,7 +26,9 @@ struct SRotationRequest {
     /// A file that does not load whole is still written from what its map holds, as the dialog does
     /// it.
     bool lenient = false;
-    /// Files in work at once, at least 1.
+    /// Threads at most, at least 1: each turns a file, and where there are fewer files they share
+    /// one. Files that would not fit the memory budget together are turned one after the other.
+    /// What is written and told does not depend on it.
     std::size_t jobs = 1;
 };
 

@@ -1,0 +1,42 @@
+// A coefficient file that is opened once and looked at several times.
+#pragma once
+
+#include <cstdint>
+#include <fstream>
+#include <string>
+
+#include "platform/FileStream.h"
+#include "trevolt/StatusCodes.h"
+
+namespace trevolt {
+
+class CSourceFile {
+  public:
+    explicit CSourceFile(const std::wstring& path)
+        : m_isOpen(OpenFileStream(m_stream, path.c_str(), std::ios::in)) {}
+
+    bool IsOpen() const { return m_isOpen; }
+
+    /// The stream at the file's first byte, without a failure; of a file that is open.
+    std::istream& FirstByte() {
+        m_stream.clear();
+        m_stream.seekg(0);
+        return m_stream;
+    }
+
+    /// The answer of `look`, which is handed the stream at the first byte; E_COEF_OPENFAILED when the
+    /// file did not open.
+    template <class Look>
+    Status Take(Look look) {
+        return m_isOpen ? look(FirstByte()) : E_COEF_OPENFAILED;
+    }
+
+    /// The file's length in bytes, 0 when it cannot be told.
+    std::uint64_t ByteCount() { return m_isOpen ? BytesToEnd(FirstByte()).value_or(0) : 0; }
+
+  private:
+    std::fstream m_stream;
+    bool m_isOpen;
+};
+
+} // namespace trevolt

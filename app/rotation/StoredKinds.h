@@ -1,0 +1,29 @@
+// Which files are turned in the elements that they store, and how those are loaded.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <istream>
+#include <memory>
+#include <string_view>
+
+#include "common/StoredCoef.h"
+
+namespace trevolt {
+
+/// The part of a kind's row that other programs have no use for.
+struct SStoredKind {
+    /// Bytes that a pixel takes in memory.
+    std::uint32_t elementBytes;
+    /// Loads the file at whose first byte the stream stands, on up to `threads` threads. Null for a
+    /// file that is not whole or not of the kind's own, and when memory is refused, which the
+    /// thread's transfer report hears of. The function is null for a kind that stores no elements.
+    std::unique_ptr<CStoredCoef> (*load)(std::istream& stream, std::size_t threads);
+};
+
+/// The kind by which a file of this name can be turned in its own elements: one that stores elements
+/// and is read and written by the same kind. Null for every other name, also for one that ends in
+/// "9wPCoef": its writer decides by that what the file holds besides.
+const SStoredKind* FindStoredKind(std::wstring_view name);
+
+} // namespace trevolt
