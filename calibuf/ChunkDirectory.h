@@ -1,10 +1,14 @@
-// The directory of a chunk file or memory image, as it lies in memory.
+// The directory of a chunk file or memory image, as it lies in memory, and what its readers ask of its
+// records.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <istream>
 
 #include "calibuf/ChunkLayout.h"
+#include "trevolt/MemoryBudget.h"
+#include "trevolt/StatusCodes.h"
 
 namespace trevolt {
 
@@ -17,6 +21,26 @@ struct SChunkDirectory {
     SChunkRecord operator[](std::uint32_t i) const {
         return DecodeChunkRecord(bytes + std::size_t{i} * ChunkRecordBytes(planeCount), planeCount);
     }
+};
+
+/// Reads `count` records at the stream's position. E_FAIL, and the stream has failed, when it is too
+/// short for them; E_COEF_NOBUFFER when there is no memory.
+Status ReadDirectory(std::istream& stream, std::uint32_t count, std::uint32_t planeCount,
+                     CBudgetBlock& bytes);
+
+/// A record that fills no chunk: reserved directory space that stayed empty, or an area without
+/// columns.
+inline bool IsUnused(const SChunkRecord& record) {
+    return record.Elements() == 0 && record.totalSize == 0;
+}
+
+/// The largest of a directory's possible chunks: what scratch memory must hold. A file of one
+/// small cabinet needs little.
+struct SLargestChunk {
+    std::size_t elements = 0;
+    std::size_t compressedBytes = 0;
+
+    SLargestChunk(const SChunkDirectory& directory, std::size_t elemSize);
 };
 
 } // namespace trevolt

@@ -49,6 +49,12 @@ std::optional<SChunkHeader> ReadChunkHeader(std::istream& stream) {
     return DecodeChunkHeader(bytes.data());
 }
 
+void WriteChunkHeader(std::ostream& stream, const SChunkHeader& header) {
+    const ChunkHeaderBytes bytes = EncodeChunkHeader(header);
+    stream.write(reinterpret_cast<const char*>(bytes.data()),
+                 static_cast<std::streamsize>(bytes.size()));
+}
+
 void EncodeChunkRecord(const SChunkRecord& record, std::uint32_t planeCount, std::byte* bytes) {
     namespace at = chunk_record;
     StoreLittle<std::uint32_t>(bytes + at::kIndex, record.index);

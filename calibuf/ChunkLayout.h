@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <istream>
 #include <optional>
+#include <ostream>
 
 #include "calibuf/WordElementKind.h"
 #include "trevolt/ChunkHeader.h"
@@ -54,6 +55,9 @@ SChunkHeader DecodeChunkHeader(const std::byte* bytes);
 /// The header at the stream's position, behind which the stream then stands. Nothing, and the stream
 /// has failed, when it ends before; the fields are not checked.
 std::optional<SChunkHeader> ReadChunkHeader(std::istream& stream);
+
+/// Writes the header's 168 bytes at the stream's position.
+void WriteChunkHeader(std::ostream& stream, const SChunkHeader& header);
 
 /// Offsets of a record's fields.
 namespace chunk_record {

@@ -47,12 +47,6 @@ SPixelRect CutToBlock(const SChunkArea& area, std::int64_t column, std::int64_t 
             static_cast<std::int32_t>(std::min(area.bottom, y + kBlockHeight))};
 }
 
-/// A record that fills no chunk: reserved directory space that stayed empty, or an area without
-/// columns.
-bool IsUnused(const SChunkRecord& record) {
-    return record.Elements() == 0 && record.totalSize == 0;
-}
-
 /// Decodes chunks into the blocks of a store, and keeps count.
 class CChunkPlacer {
   public:
@@ -269,23 +263,6 @@ class CMemoryBytes {
     std::uint64_t m_at = 0;
 };
 
-/// The largest of a directory's possible chunks: what scratch memory must hold. A file of one
-/// small cabinet needs little.
-struct SLargestChunk {
-    std::size_t elements = 0;
-    std::size_t compressedBytes = 0;
-
-    SLargestChunk(const SChunkDirectory& directory, std::size_t elemSize) {
-        for (std::uint32_t i = 0; i < directory.count; ++i) {
-            const SChunkRecord record = directory[i];
-            if (!IsPossibleChunk(record, elemSize))
-                continue;
-            elements = std::max<std::size_t>(elements, record.Elements());
-            compressedBytes = std::max<std::size_t>(compressedBytes, record.totalSize);
-        }
-    }
-};
-
 /// Takes the chunks of a directory from `source` in order, those whose record `isWanted`.
 template <class Source, class Wanted>
 void PlaceChunks(const SChunkDirectory& directory, Source& source, CChunkPlacer& placer,
@@ -303,23 +280,6 @@ void PlaceChunks(const SChunkDirectory& directory, Source& source, CChunkPlacer&
             placer.CountImpossible();
         }
     }
-}
-
-/// Reads `count` records at the stream's position. E_FAIL, and the stream has failed, when it is too
-/// short for them; E_COEF_NOBUFFER when there is no memory.
-Status ReadDirectory(std::istream& stream, std::uint32_t count, std::uint32_t planeCount,
-                     CBudgetBlock& bytes) {
-    const std::uint64_t size = std::uint64_t{count} * ChunkRecordBytes(planeCount);
-    const auto stored = BytesToEnd(stream);
-    if (!stored || size > *stored) {
-        stream.setstate(std::ios::failbit);
-        return E_FAIL;
-    }
-    bytes = CBudgetBlock(static_cast<std::size_t>(size));
-    if (!bytes)
-        return E_COEF_NOBUFFER;
-    stream.read(reinterpret_cast<char*>(bytes.Data()), static_cast<std::streamsize>(size));
-    return stream ? S_OK : E_FAIL;
 }
 
 /// Reads the chunks of a directory, behind which the stream stands.

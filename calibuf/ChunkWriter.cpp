@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "calibuf/CaliBuf.h"
+#include "calibuf/ChunkStream.h"
 #include "calibuf/PlaneCodec.h"
 
 namespace trevolt {
@@ -14,32 +15,19 @@ struct SPiece {
     SPixelRect rect;
 };
 
-SPixelRect BlockRect(const BlockRecord& block) {
-    const auto x = static_cast<std::int32_t>(block.nX);
-    const auto y = static_cast<std::int32_t>(block.nY);
-    return {x, y, x + static_cast<std::int32_t>(kBlockWidth),
-            y + static_cast<std::int32_t>(kBlockHeight)};
-}
+SPixelRect BlockRect(const BlockRecord& block) { return BlockRectAt(block.nX, block.nY); }
 
-SPixelRect Intersect(const SPixelRect& a, const SPixelRect& b) {
-    return {std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right),
-            std::min(a.bottom, b.bottom)};
-}
-
-/// What `rect` covers of the allocated blocks, column by column.
+/// What `rect` covers of the allocated blocks, in the order of a file's chunks.
 std::vector<SPiece> PiecesOf(const CCaliBuf& store, const SPixelRect& rect) {
     std::vector<SPiece> pieces;
-    const SBlockSpan span = BlocksTouchedBy(rect);
-    for (std::int64_t column = span.column0; column < span.column1; ++column) {
-        for (std::int64_t row = span.row0; row < span.row1; ++row) {
-            const BlockRecord* const block = store.BlockWithData(BlockIndexAt(column, row));
-            if (block == nullptr)
-                continue;
-            const SPixelRect piece = Intersect(BlockRect(*block), rect);
-            if (piece.Width() >= 0 && piece.Height() >= 0)
-                pieces.push_back({block, piece});
-        }
-    }
+    ForEachTouchedBlock(rect, [&](std::uint32_t index) {
+        const BlockRecord* const block = store.BlockWithData(index);
+        if (block == nullptr)
+            return;
+        const SPixelRect piece = Intersect(BlockRect(*block), rect);
+        if (piece.Width() >= 0 && piece.Height() >= 0)
+            pieces.push_back({block, piece});
+    });
     return pieces;
 }
 
@@ -51,12 +39,11 @@ std::size_t LargestOf(const std::vector<SPiece>& pieces) {
     return static_cast<std::size_t>(elements);
 }
 
-/// The chunks of one write: compresses pieces of a store's blocks one by one, hands their bytes on,
-/// and keeps their records for the directory.
-class CChunkCollector {
+/// Makes chunks of pieces of a store's blocks, one by one, and hands each to `add(record, bytes)`.
+class CChunkMaker {
   public:
     /// For pieces of at most `maxElements` elements.
-    explicit CChunkCollector(const CCaliBuf& store, std::size_t maxElements = kBlockElements)
+    explicit CChunkMaker(const CCaliBuf& store, std::size_t maxElements = kBlockElements)
         : m_store(store),
           m_codec(store.ElemSize(), maxElements),
           m_piece(store.ElemSize() * maxElements),
@@ -66,50 +53,33 @@ class CChunkCollector {
         return m_codec.IsReady() && static_cast<bool>(m_piece) && static_cast<bool>(m_compressed);
     }
 
-    /// Compresses `piece` of the block, calls `emit` with the bytes, and appends the record.
-    template <class Emit>
-    Status Add(const BlockRecord& block, const SPixelRect& piece, const Emit& emit) {
-        SChunkRecord record{.index = block.nIndex,
-                            .x = static_cast<std::uint32_t>(piece.left),
-                            .y = static_cast<std::uint32_t>(piece.top),
-                            .width = static_cast<std::uint16_t>(piece.Width()),
-                            .height = static_cast<std::uint16_t>(piece.Height())};
+    template <class Add>
+    Status Make(const BlockRecord& block, const SPixelRect& piece, const Add& add) {
+        SChunkRecord record = MakeChunkRecord(block.nIndex, piece);
         const Status status =
             m_codec.Compress(m_compressed.Data(), record.totalSize, PackedElements(block, piece),
                              record.planeSizes.data(), record.Elements());
         if (Failed(status))
             return status;
-        emit(std::span<const std::byte>(m_compressed.Data(), record.totalSize));
-        m_records.push_back(record);
+        add(record, std::span<const std::byte>(m_compressed.Data(), record.totalSize));
         return S_OK;
     }
 
-    /// Adds every allocated block as a whole, in allocation order; the result is the last one's.
-    template <class Emit>
-    Status AddAll(const Emit& emit) {
+    /// Makes every allocated block a whole chunk, in allocation order; the result is the last one's.
+    template <class Add>
+    Status MakeAll(const Add& add) {
         Status status = S_OK;
         for (const std::uint32_t index : m_store.UsedBlocks()) {
             const BlockRecord* const block = m_store.BlockWithData(index);
-            status = block == nullptr ? E_COEF_NOBUFFER : Add(*block, BlockRect(*block), emit);
+            status = block == nullptr ? E_COEF_NOBUFFER : Make(*block, BlockRect(*block), add);
         }
         return status;
     }
 
-    /// Adds pieces of allocated blocks.
-    template <class Emit>
-    void AddPieces(const std::vector<SPiece>& pieces, const Emit& emit) {
+    template <class Add>
+    void MakePieces(const std::vector<SPiece>& pieces, const Add& add) {
         for (const SPiece& piece : pieces)
-            DropStatus(Add(*piece.block, piece.rect, emit)); // a lost chunk leaves the others whole
-    }
-
-    std::vector<SChunkRecord>& Records() { return m_records; }
-
-    std::vector<std::byte> DirectoryBytes() const {
-        const std::size_t recordBytes = ChunkRecordBytes(m_store.PlaneCount());
-        std::vector<std::byte> bytes(m_records.size() * recordBytes);
-        for (std::size_t i = 0; i < m_records.size(); ++i)
-            EncodeChunkRecord(m_records[i], m_store.PlaneCount(), bytes.data() + i * recordBytes);
-        return bytes;
+            DropStatus(Make(*piece.block, piece.rect, add)); // a lost chunk leaves the others whole
     }
 
   private:
@@ -126,29 +96,7 @@ class CChunkCollector {
     CPlaneCodec m_codec;
     CBudgetBlock m_piece;
     CBudgetBlock m_compressed;
-    std::vector<SChunkRecord> m_records;
 };
-
-void Write(std::ostream& stream, std::span<const std::byte> bytes) {
-    stream.write(reinterpret_cast<const char*>(bytes.data()),
-                 static_cast<std::streamsize>(bytes.size()));
-}
-
-/// Writes zeros from the current position: directory space that its records will overwrite.
-void Reserve(std::ostream& stream, std::uint64_t bytes) {
-    constexpr std::array<std::byte, 4096> kZeros{};
-    while (bytes > 0 && stream) {
-        const std::uint64_t piece = std::min<std::uint64_t>(bytes, kZeros.size());
-        Write(stream, std::span(kZeros).first(static_cast<std::size_t>(piece)));
-        bytes -= piece;
-    }
-}
-
-void WriteAt(std::ostream& stream, std::ostream::pos_type position,
-             std::span<const std::byte> bytes) {
-    stream.seekp(position);
-    Write(stream, bytes);
-}
 
 /// Whether a rectangle is turned over or larger than the grid.
 bool IsBadRect(const SPixelRect& rect) {
@@ -191,21 +139,25 @@ struct SBandSpace {
     void SeekData(std::ostream& stream) const {
         stream.seekp(static_cast<std::streamoff>(dataAt == 0 ? recordsAt : dataAt));
         if (dataAt == 0)
-            Reserve(stream, directoryEnd - recordsAt);
+            WriteZeros(stream, directoryEnd - recordsAt);
     }
 };
+
+auto AddTo(CChunkStream& chunks) {
+    return [&](const SChunkRecord& record, std::span<const std::byte> bytes) {
+        chunks.Add(record, bytes);
+    };
+}
 
 } // namespace
 
 Status CCaliBuf::WriteAllChunks(std::ostream& stream) const {
-    CChunkCollector chunks(*this);
-    if (!chunks.IsReady())
+    CChunkMaker maker(*this);
+    if (!maker.IsReady())
         return E_COEF_NOBUFFER;
-    const auto directoryAt = stream.tellp();
-    Reserve(stream, UsedBlocks().size() * ChunkRecordBytes(m_nPlaneCount));
-    const Status status =
-        chunks.AddAll([&](std::span<const std::byte> bytes) { Write(stream, bytes); });
-    WriteAt(stream, directoryAt, chunks.DirectoryBytes());
+    CChunkStream chunks(stream, m_nPlaneCount, UsedBlocks().size());
+    const Status status = maker.MakeAll(AddTo(chunks));
+    chunks.WriteDirectory();
     return status;
 }
 
@@ -219,13 +171,12 @@ Status CCaliBuf::WriteRectChunks(std::ostream& stream, const SPixelRect& rect) c
     if (const Status status = CheckWrittenRect(rect); Failed(status))
         return status;
     const std::vector<SPiece> pieces = PiecesOf(*this, rect);
-    CChunkCollector chunks(*this, LargestOf(pieces));
-    if (!chunks.IsReady())
+    CChunkMaker maker(*this, LargestOf(pieces));
+    if (!maker.IsReady())
         return E_COEF_NOBUFFER;
-    const auto directoryAt = stream.tellp();
-    Reserve(stream, BlocksTouchedBy(rect).Count() * ChunkRecordBytes(m_nPlaneCount));
-    chunks.AddPieces(pieces, [&](std::span<const std::byte> bytes) { Write(stream, bytes); });
-    WriteAt(stream, directoryAt, chunks.DirectoryBytes());
+    CChunkStream chunks(stream, m_nPlaneCount, BlocksTouchedBy(rect).Count());
+    maker.MakePieces(pieces, AddTo(chunks));
+    chunks.WriteDirectory();
     return S_OK;
 }
 
@@ -247,16 +198,19 @@ Status CCaliBuf::WriteBandChunks(std::ostream& stream, const SPixelRect& band,
     if (!space.Holds(recordBytes * pieces.size()) ||
         !std::ranges::all_of(pieces, [&](const SPiece& p) { return shift.KeepsInGrid(p.rect); }))
         return E_COEF_INVALIDARG;
-    CChunkCollector chunks(*this, LargestOf(pieces));
-    if (!chunks.IsReady())
+    CChunkMaker maker(*this, LargestOf(pieces));
+    if (!maker.IsReady())
         return E_COEF_NOBUFFER;
     space.SeekData(stream);
-    chunks.AddPieces(pieces, [&](std::span<const std::byte> bytes) { Write(stream, bytes); });
-    const std::streamoff dataEnd = stream.tellp();
-    for (SChunkRecord& record : chunks.Records())
+    CChunkRecords chunks(m_nPlaneCount);
+    maker.MakePieces(pieces, [&](SChunkRecord record, std::span<const std::byte> bytes) {
+        WriteBytes(stream, bytes);
         shift.Apply(record);
+        chunks.Add(record);
+    });
+    const std::streamoff dataEnd = stream.tellp();
     const std::vector<std::byte> records = chunks.DirectoryBytes();
-    WriteAt(stream, static_cast<std::streamoff>(space.recordsAt), records);
+    WriteBytesAt(stream, static_cast<std::streamoff>(space.recordsAt), records);
     if (dataEnd >= 0)
         dataPosition = static_cast<std::uint64_t>(dataEnd);
     directoryPosition = space.recordsAt + records.size();
@@ -270,16 +224,19 @@ std::uint64_t CCaliBuf::MaxMemoryImageBytes() const {
 
 Status CCaliBuf::SaveToMemory(std::byte* destination, std::uint32_t originX, std::uint32_t originY,
                               std::uint64_t* imageBytes) const {
-    CChunkCollector chunks(*this);
-    if (destination == nullptr || !chunks.IsReady())
+    CChunkMaker maker(*this);
+    if (destination == nullptr || !maker.IsReady())
         return E_FAIL;
     const auto count = static_cast<std::uint32_t>(UsedBlocks().size());
     std::byte* const records = destination + kChunkHeaderBytes;
     std::byte* data = records + ChunkRecordBytes(m_nPlaneCount) * count;
     std::fill(records, data, std::byte{0}); // for chunks that fail
-    const Status status = chunks.AddAll([&](std::span<const std::byte> bytes) {
+    CChunkRecords chunks(m_nPlaneCount);
+    const auto add = [&](const SChunkRecord& record, std::span<const std::byte> bytes) {
         data = std::copy(bytes.begin(), bytes.end(), data);
-    });
+        chunks.Add(record);
+    };
+    const Status status = maker.MakeAll(add);
     const ChunkHeaderBytes header = EncodeChunkHeader({.formatId = kChromaChunkFormat,
                                                        .originX = originX,
                                                        .originY = originY,

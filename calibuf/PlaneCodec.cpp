@@ -34,6 +34,13 @@ const std::byte* FindLiteralPlane(std::span<const std::byte> block, std::size_t 
     return length == planeBytes && block.size() - at == length ? block.data() + at : nullptr;
 }
 
+/// The compressed bytes of a plane, 0 when LZ4 makes none of it.
+std::uint32_t CompressPlane(const void* words, std::byte* destination, std::size_t count) {
+    return static_cast<std::uint32_t>(LZ4_compress_fast(
+        static_cast<const char*>(words), reinterpret_cast<char*>(destination),
+        static_cast<int>(count * kWordBytes), PlaneCapacity(count), kAcceleration));
+}
+
 SPlaneLayout LayoutFor(const WordElementKind* kind, std::size_t maxElements) {
     return {kind == nullptr ? kWordsOfUnknownKind : kind->wordCount, maxElements + kPlaneGap};
 }
@@ -48,6 +55,10 @@ CPlaneCodec::CPlaneCodec(std::size_t elemSize, std::size_t maxElements)
       // what ran over, and behind the last one there is room.
       m_scratch((m_layout.wordCount + 1) * m_layout.stride * kWordBytes) {}
 
+std::size_t CPlaneCodec::MostCompressedBytes(std::size_t wordCount, std::size_t count) {
+    return wordCount * LZ4_COMPRESSBOUND(count * kWordBytes);
+}
+
 std::uint16_t* CPlaneCodec::Plane(std::size_t k) {
     return reinterpret_cast<std::uint16_t*>(m_scratch.Data()) + k * m_layout.stride;
 }
@@ -57,18 +68,23 @@ Status CPlaneCodec::Compress(std::byte* destination, std::uint32_t& total, const
     total = 0;
     if (!m_isKnownKind)
         return E_FAIL;
-    const bool isPlane = m_layout.wordCount == 1;
-    if (!isPlane)
-        GatherPlanes(source, count, Plane(0), m_layout);
+    if (m_layout.wordCount == 1) {
+        total = planeSizes[0] = CompressPlane(source, destination, count);
+        return S_OK;
+    }
+    GatherPlanes(source, count, Plane(0), m_layout);
+    total = CompressFilled(destination, planeSizes, count);
+    return S_OK;
+}
+
+std::uint32_t CPlaneCodec::CompressFilled(std::byte* destination, std::uint32_t* planeSizes,
+                                          std::size_t count) {
+    std::uint32_t total = 0;
     for (std::size_t k = 0; k < m_layout.wordCount; ++k) {
-        const void* const plane = isPlane ? static_cast<const void*>(source) : Plane(k);
-        const int size = LZ4_compress_fast(
-            static_cast<const char*>(plane), reinterpret_cast<char*>(destination + total),
-            static_cast<int>(count * kWordBytes), PlaneCapacity(count), kAcceleration);
-        planeSizes[k] = static_cast<std::uint32_t>(size);
+        planeSizes[k] = CompressPlane(Plane(k), destination + total, count);
         total += planeSizes[k];
     }
-    return S_OK;
+    return total;
 }
 
 Status CPlaneCodec::Decode(const SChunkRecord& record, const std::byte* compressed) {

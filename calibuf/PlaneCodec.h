@@ -28,6 +28,18 @@ class CPlaneCodec {
     Status Compress(std::byte* destination, std::uint32_t& total, const std::byte* source,
                     std::uint32_t* planeSizes, std::size_t count);
 
+    /// What `CompressFilled` may need at its destination for planes of `count` words.
+    static std::size_t MostCompressedBytes(std::size_t wordCount, std::size_t count);
+
+    /// Room for the `maxElements` words of plane k, which the caller fills for `CompressFilled`.
+    std::uint16_t* Plane(std::size_t k);
+
+    /// Compresses the first `count` words (at most `maxElements`) of the planes that the caller has
+    /// filled, back to back, to the bytes that `Compress` makes of such elements. Sets one size for
+    /// each word in `planeSizes` and returns their sum.
+    std::uint32_t CompressFilled(std::byte* destination, std::uint32_t* planeSizes,
+                                 std::size_t count);
+
     /// Decodes the planes of a chunk of at most `maxElements` elements, up to the first that does
     /// not decode to exactly its words; E_FAIL then, and for a record that no chunk can have. What
     /// was decoded stays, in part in `compressed` itself, for `Scatter`.
@@ -37,9 +49,10 @@ class CPlaneCodec {
     /// leaves everything else there alone. Returns the decoded bytes.
     std::uint32_t Scatter(std::byte* destination) const;
 
-  private:
-    std::uint16_t* Plane(std::size_t k);
+    /// The words of plane k, which was decoded, row by row; they need not be aligned.
+    const std::byte* DecodedPlane(std::size_t k) const { return m_planes[k]; }
 
+  private:
     /// Plane k's `count` words from its compressed block: in the block itself where they stand there
     /// as they are, else in scratch memory. Null for a block of anything else.
     const std::byte* DecodePlane(std::size_t k, std::span<const std::byte> block,

@@ -14,12 +14,6 @@ namespace {
 constexpr std::ios::openmode kCreate = std::ios::out | std::ios::trunc;
 constexpr std::ios::openmode kReopen = std::ios::in | std::ios::out;
 
-void WriteHeader(std::ostream& stream, const SChunkHeader& header) {
-    const ChunkHeaderBytes bytes = EncodeChunkHeader(header);
-    stream.write(reinterpret_cast<const char*>(bytes.data()),
-                 static_cast<std::streamsize>(bytes.size()));
-}
-
 SChunkHeader MakeWholeHeader(const SWordKind& kind, const CCaliBuf& store,
                              const SOwnerFields& owner) {
     SChunkHeader header = MakeChunkHeader(kind.formatId, {}, owner);
@@ -68,7 +62,7 @@ Status WriteRectFile(const SWordKind& kind, const CCaliBuf* store, const wchar_t
     COutputFile stream;
     if (!OpenWritten(stream, path, kCreate))
         return kind.outputOpenFailed;
-    WriteHeader(stream, MakeChunkHeader(kind.formatId, rect, owner));
+    WriteChunkHeader(stream, MakeChunkHeader(kind.formatId, rect, owner));
     if ((rect.*kind.writtenExtent)() != 0)
         NoteUntold(store->WriteRectChunks(stream, rect));
     CloseWritten(stream);
@@ -86,7 +80,7 @@ Status WriteBandFile(const SWordKind& kind, const CCaliBuf* store, const wchar_t
     if (!OpenWritten(stream, path, isFirst ? kCreate : kReopen))
         return kind.outputOpenFailed;
     if (isFirst)
-        WriteHeader(stream, MakeChunkHeader(kind.formatId, place.whole, owner));
+        WriteChunkHeader(stream, MakeChunkHeader(kind.formatId, place.whole, owner));
     Status status = S_OK;
     if (band.Height() != 0)
         status =
@@ -114,7 +108,7 @@ Status WriteRectStream(const SWordKind& kind, const CCaliBuf* store, std::ostrea
         return E_POINTER;
     if (const Status status = CCaliBuf::CheckWrittenRect(rect); Failed(status))
         return status;
-    WriteHeader(stream, MakeChunkHeader(kind.formatId, rect, owner));
+    WriteChunkHeader(stream, MakeChunkHeader(kind.formatId, rect, owner));
     const Status status = store->WriteRectChunks(stream, rect);
     return Failed(status) ? status : StatusOf(stream);
 }
@@ -123,7 +117,7 @@ Status WriteWholeStream(const SWordKind& kind, const CCaliBuf* store, std::ostre
                         const SOwnerFields& owner) {
     if (store == nullptr)
         return E_POINTER;
-    WriteHeader(stream, MakeWholeHeader(kind, *store, owner));
+    WriteChunkHeader(stream, MakeWholeHeader(kind, *store, owner));
     const Status status = store->WriteAllChunks(stream);
     return Failed(status) ? status : StatusOf(stream);
 }
@@ -135,7 +129,7 @@ Status WriteExtraWordStream(const CCaliBuf* matrix, const CCaliBuf* extra, std::
     const std::streampos start = stream.tellp();
     SChunkHeader header = MakeChunkHeader(kChromaChunkFormat2, rect, owner);
     // The header is known whole only at the end; until then its place is held with zeros.
-    WriteHeader(stream, SChunkHeader{.version = 0});
+    WriteChunkHeader(stream, SChunkHeader{.version = 0});
     const bool hasColumns = rect.Width() != 0;
     if (hasColumns)
         NoteUntold(matrix->WriteRectChunks(stream, rect));
@@ -150,7 +144,7 @@ Status WriteExtraWordStream(const CCaliBuf* matrix, const CCaliBuf* extra, std::
             NoteUntold(extra->WriteRectChunks(stream, rect));
     }
     stream.seekp(start);
-    WriteHeader(stream, header);
+    WriteChunkHeader(stream, header);
     return isReachable ? StatusOf(stream) : E_FAIL;
 }
 
