@@ -30,6 +30,9 @@ struct SChannelRule {
     }
 };
 
+/// The file-kind value that virtual-green files carry.
+inline constexpr std::uint8_t kVirtualGreenFileKind = 2;
+
 struct SWordKind {
     ChunkFormatId formatId;
     /// Of the kind's files with extra words, where it has any.
@@ -143,6 +146,12 @@ inline constexpr std::array kWordKinds{
     TREVOLT_WORD_KINDS(TREVOLT_LISTED_KIND)
 #undef TREVOLT_LISTED_KIND
 };
+
+/// The kind's entry, null for a value that is no kind.
+constexpr const SListedWordKind* FindListedKind(EWordKind kind) {
+    const auto place = static_cast<std::size_t>(kind); // the list is in the kinds' order
+    return place < kWordKinds.size() ? &kWordKinds[place] : nullptr;
+}
 
 /// The element that word files of this format have; null for the format of no kind, and for one of
 /// two stores.

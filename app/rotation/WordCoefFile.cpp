@@ -16,8 +16,7 @@
 namespace trevolt {
 namespace {
 
-/// The file-kind value that virtual-green files carry, and the mark that their saver sets.
-constexpr std::uint32_t kVirtualGreenFileKind = 2;
+/// The mark that the saver of virtual-green files sets beside their file-kind value.
 constexpr std::uint16_t kVirtualGreenSaverMark = 1;
 
 template <class Element>

@@ -1,0 +1,130 @@
+#include "calibuf/TurnedChunkWriter.h"
+
+#include <algorithm>
+#include <span>
+#include <vector>
+
+#include "calibuf/ChunkStream.h"
+#include "calibuf/PlaneCodec.h"
+#include "common/ElementTurn.h"
+#include "common/OrderedJobs.h"
+#include "trevolt/MemoryBudget.h"
+
+namespace trevolt {
+namespace {
+
+/// What one block has of the turned picture.
+struct STurnedPiece {
+    std::uint32_t index;
+    SPixelRect rect;
+};
+
+/// In the order of a file's chunks.
+std::vector<STurnedPiece> PiecesOf(const SPixelRect& picture) {
+    std::vector<STurnedPiece> pieces;
+    ForEachTouchedBlock(picture, [&](std::uint32_t index) {
+        const SPixelRect block =
+            BlockRectAt(index % kGridColumns * kBlockWidth, index / kGridColumns * kBlockHeight);
+        pieces.push_back({index, Intersect(block, picture)});
+    });
+    return pieces;
+}
+
+/// A plane's rows as the turn takes them, with what lies beyond the plane.
+class CPlaneRows {
+  public:
+    CPlaneRows(const CWordPlanes& planes, std::size_t k, std::uint16_t beyond)
+        : m_planes(planes), m_k(k), m_beyond(beyond) {}
+
+    const std::uint16_t* operator()(std::int64_t x, std::int64_t y, std::int32_t count) const {
+        if (y < m_planes.Height() && x + count <= m_planes.Width())
+            return m_planes.Row(m_k, static_cast<std::size_t>(y)) + x;
+        m_edge.fill(m_beyond);
+        if (y < m_planes.Height() && x < m_planes.Width())
+            std::copy_n(m_planes.Row(m_k, static_cast<std::size_t>(y)) + x, m_planes.Width() - x,
+                        m_edge.begin());
+        return m_edge.data();
+    }
+
+  private:
+    const CWordPlanes& m_planes;
+    std::size_t m_k;
+    std::uint16_t m_beyond;
+    mutable std::array<std::uint16_t, kTurnTile> m_edge{}; ///< a run that the plane does not hold
+};
+
+/// Makes chunks of turned planes, one after the other, in the same memory.
+class CTurnedChunk {
+  public:
+    CTurnedChunk(const WordElementKind& kind, std::size_t maxElements)
+        : m_codec(kind.elemSize, maxElements),
+          m_bytes(CPlaneCodec::MostCompressedBytes(kind.wordCount, maxElements)) {}
+
+    bool IsReady() const { return m_codec.IsReady() && static_cast<bool>(m_bytes); }
+
+    void Make(const CWordPlanes& planes, const SPlaneTurn& turn, const STurnedPiece& piece) {
+        m_record = MakeChunkRecord(piece.index, piece.rect);
+        for (std::size_t k = 0; k < planes.WordCount(); ++k)
+            GatherTurned(turn.code, turn.size.width, turn.size.height, piece.rect,
+                         CPlaneRows(planes, k, turn.beyond[k]), m_codec.Plane(k),
+                         piece.rect.Width());
+        m_record.totalSize =
+            m_codec.CompressFilled(m_bytes.Data(), m_record.planeSizes.data(), m_record.Elements());
+    }
+
+    const SChunkRecord& Record() const { return m_record; }
+    std::span<const std::byte> Bytes() const { return {m_bytes.Data(), m_record.totalSize}; }
+
+  private:
+    CPlaneCodec m_codec;
+    CBudgetBlock m_bytes;
+    SChunkRecord m_record;
+};
+
+/// As many as can be in work, wait and be written at once; none without memory for all of them.
+std::vector<CTurnedChunk> MakeChunks(std::size_t count, const WordElementKind& kind,
+                                     const SPixelRect& picture) {
+    const auto elements =
+        static_cast<std::size_t>(std::min<std::int64_t>(picture.Width(), kBlockWidth) *
+                                 std::min<std::int64_t>(picture.Height(), kBlockHeight));
+    std::vector<CTurnedChunk> chunks;
+    chunks.reserve(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        chunks.emplace_back(kind, elements);
+        if (!chunks.back().IsReady())
+            return {};
+    }
+    return chunks;
+}
+
+} // namespace
+
+SPixelRect SPlaneTurn::Rect() const {
+    const PixelSize turned = CQuarterTurn(code, size.width, size.height).TurnedSize();
+    return {0, 0, static_cast<std::int32_t>(turned.width),
+            static_cast<std::int32_t>(turned.height)};
+}
+
+Status WriteTurnedChunks(std::ostream& stream, const CWordPlanes& planes,
+                         const WordElementKind& kind, const SPlaneTurn& turn, std::size_t threads) {
+    const std::vector<STurnedPiece> pieces = PiecesOf(turn.Rect());
+    const std::size_t workers = std::clamp<std::size_t>(threads, 1, pieces.size());
+    const std::size_t ahead = workers + 1; // one waits while all threads work
+    // The first one ahead has begun while that before it is written, so there is one more of them.
+    std::vector<CTurnedChunk> chunks = MakeChunks(workers == 1 ? 1 : ahead + 1, kind, turn.Rect());
+    if (chunks.empty())
+        return E_COEF_NOBUFFER;
+    CChunkStream output(stream, kind.planeCount, pieces.size());
+    RunOrdered<const CTurnedChunk*>(
+        pieces.size(), workers,
+        [&](std::size_t i) {
+            CTurnedChunk& chunk = chunks[i % chunks.size()];
+            chunk.Make(planes, turn, pieces[i]);
+            return &chunk;
+        },
+        [&](const CTurnedChunk* chunk) { output.Add(chunk->Record(), chunk->Bytes()); }, ahead);
+    output.WriteDirectory();
+    return S_OK;
+}
+
+} // namespace trevolt

@@ -1,0 +1,605 @@
+// Word files turned in their own words, held against the way through the map.
+#include "coef/StoredWordCoef.h"
+
+#include <algorithm>
+#include <functional>
+#include <optional>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+#include "calibuf/CaliOperation.h"
+#include "calibuf/ChunkLayout.h"
+#include "coef/WordKind.h"
+#include "tests/support/BudgetLimit.h"
+#include "tests/support/Streams.h"
+#include "tests/support/TestFiles.h"
+#include "trevolt/ChromaCorrectCoef.h"
+#include "trevolt/CoefRotation.h"
+#include "trevolt/MemoryBudget.h"
+#include "trevolt/TransferReport.h"
+#include "trevolt/WordCoefFile.h"
+
+namespace trevolt {
+namespace {
+
+using namespace test;
+
+constexpr std::uint32_t kCodes[]{1, 2, 3};
+
+/// A chunk of a made file: its place, counted from the area's left top.
+struct SMadePiece {
+    std::int32_t x;
+    std::int32_t y;
+    std::uint16_t width;
+    std::uint16_t height;
+};
+
+/// A word file that is made chunk by chunk, whatever its chunks.
+template <class Element>
+struct SMadeFile {
+    SChunkHeader header;
+    std::vector<SChunkRecord> records;
+    Bytes data;
+
+    SMadeFile(std::uint32_t width, std::uint32_t height, std::uint32_t originX = 0,
+              std::uint32_t originY = 0) {
+        header = {.formatId = kWordKind<Element>.formatId,
+                  .originX = originX,
+                  .originY = originY,
+                  .width = width,
+                  .height = height,
+                  .fileKind = kWordKind<Element>.hasFileKind ? std::uint8_t{2} : std::uint8_t{0}};
+    }
+
+    /// Adds a chunk whose element at (x, y) of the area is pixel(x, y).
+    template <class Pixel>
+    void Add(const SMadePiece& piece, const Pixel& pixel) {
+        std::vector<Element> elements;
+        for (std::int32_t y = piece.y; y < piece.y + piece.height; ++y)
+            for (std::int32_t x = piece.x; x < piece.x + piece.width; ++x)
+                elements.push_back(pixel(x, y));
+        const CCaliOperation<Element> store;
+        SChunkRecord record{.index = 4711, // no reader looks at it
+                            .x = header.originX + static_cast<std::uint32_t>(piece.x),
+                            .y = header.originY + static_cast<std::uint32_t>(piece.y),
+                            .width = piece.width,
+                            .height = piece.height};
+        Bytes compressed(store.Buffer().CompressedBound());
+        ASSERT_EQ(store.Buffer().CompressPlanes(compressed.data(), record.totalSize,
+                                                reinterpret_cast<const std::byte*>(elements.data()),
+                                                record.planeSizes.data(), piece.width,
+                                                piece.height),
+                  S_OK);
+        records.push_back(record);
+        data.insert(data.end(), compressed.begin(), compressed.begin() + record.totalSize);
+    }
+
+    /// Adds chunks of this size side by side over the area, the last ones cut to it.
+    template <class Pixel>
+    void Cover(std::uint16_t chunkWidth, std::uint16_t chunkHeight, const Pixel& pixel) {
+        for (std::uint32_t y = 0; y < header.height; y += chunkHeight)
+            for (std::uint32_t x = 0; x < header.width; x += chunkWidth)
+                Add({static_cast<std::int32_t>(x), static_cast<std::int32_t>(y),
+                     static_cast<std::uint16_t>(
+                         std::min<std::uint32_t>(chunkWidth, header.width - x)),
+                     static_cast<std::uint16_t>(
+                         std::min<std::uint32_t>(chunkHeight, header.height - y))},
+                    pixel);
+    }
+
+    Bytes AsFile() const {
+        constexpr std::uint32_t kPlanes = kWordElementKind<Element>.planeCount;
+        SChunkHeader whole = header;
+        whole.recordCount = static_cast<std::uint32_t>(records.size());
+        const ChunkHeaderBytes bytes = EncodeChunkHeader(whole);
+        Bytes file(bytes.begin(), bytes.end());
+        for (const SChunkRecord& record : records) {
+            file.resize(file.size() + ChunkRecordBytes(kPlanes));
+            EncodeChunkRecord(record, kPlanes,
+                              file.data() + file.size() - ChunkRecordBytes(kPlanes));
+        }
+        file.insert(file.end(), data.begin(), data.end());
+        return file;
+    }
+};
+
+/// A pixel of planes that LZ4 finds nothing in, of one value, and of runs.
+template <class Element>
+Element MixedPixel(std::int32_t x, std::int32_t y) {
+    Element element;
+    for (std::uint32_t k = 0; k < element.w.size(); ++k) {
+        const auto place = static_cast<std::uint32_t>(y) * 70001U + static_cast<std::uint32_t>(x);
+        const std::uint32_t noise = (place + k * 977U) * 2654435761U;
+        const std::uint32_t words[]{noise >> 16, 40000U + k, (place / 37U) & 0xFF00U};
+        element.w[k] = static_cast<std::uint16_t>(words[k % 3]);
+    }
+    return element;
+}
+
+/// A file of mixed pixels in the chunks of the kind's own writer.
+template <class Element>
+Bytes MixedFile(std::uint32_t width, std::uint32_t height, std::uint32_t originX = 0,
+                std::uint32_t originY = 0) {
+    SMadeFile<Element> file(width, height, originX, originY);
+    file.Cover(256, 128, MixedPixel<Element>);
+    return file.AsFile();
+}
+
+struct SLoaded {
+    Status status{};
+    std::uint32_t failedChunks = 0;
+    std::uint64_t missingPixels = 0;
+    Status failedRead{};
+
+    static SLoaded Whole() { return {}; }
+    friend bool operator==(const SLoaded&, const SLoaded&) = default;
+};
+void PrintTo(const SLoaded& loaded, std::ostream* to) {
+    *to << "status " << static_cast<std::int32_t>(loaded.status) << ", " << loaded.failedChunks
+        << " failed chunks, " << loaded.missingPixels << " missing pixels, failed read "
+        << static_cast<std::int32_t>(loaded.failedRead);
+}
+
+SLoaded LoadMap(EWordKind kind, const Bytes& file, CChromaCorrectCoef& map) {
+    const CTransferReport report;
+    std::istringstream stream = StreamOf(file);
+    const Status status = LoadWordCoefFile(kind, map, stream);
+    return {status, report.FailedChunks(), report.MissingPixels(), report.FailedRead()};
+}
+
+/// What the way through the map writes.
+Bytes TurnedThroughMap(EWordKind kind, const Bytes& file, const PixelSize& size,
+                       std::uint32_t code) {
+    CChromaCorrectCoef map;
+    const auto width = static_cast<std::int32_t>(size.width);
+    const auto height = static_cast<std::int32_t>(size.height);
+    map.Resize(width, height);
+    EXPECT_EQ(LoadMap(kind, file, map), SLoaded::Whole());
+    CChromaCorrectCoef turned;
+    TurnMap(map, width, height, code, turned);
+    std::stringstream stream;
+    EXPECT_EQ(SaveWordCoefFile(kind, turned, stream), S_OK);
+    return AsBytes(stream.str());
+}
+
+std::unique_ptr<CStoredCoef> LoadStored(EWordKind kind, const Bytes& file,
+                                        std::size_t threads = 1) {
+    std::istringstream stream = StreamOf(file);
+    return LoadStoredWordCoef(kind, stream, threads);
+}
+
+Bytes TurnedStored(const CStoredCoef& stored, const PixelSize& size, std::uint32_t code,
+                   std::size_t threads = 1) {
+    std::stringstream stream;
+    EXPECT_EQ(stored.WriteTurned(stream, size, code, threads), S_OK);
+    EXPECT_EQ(stream.tellp(), static_cast<std::streamoff>(stream.str().size()));
+    return AsBytes(stream.str());
+}
+
+/// Both ways write the same of the file, turned by each code.
+void ExpectSameBothWays(EWordKind kind, const Bytes& file, const PixelSize& size,
+                        std::size_t threads = 1) {
+    SCOPED_TRACE(::testing::Message()
+                 << size.width << " x " << size.height << ", " << threads << " threads");
+    const auto stored = LoadStored(kind, file, threads);
+    ASSERT_NE(stored, nullptr);
+    for (const std::uint32_t code : kCodes)
+        ASSERT_TRUE(TurnedStored(*stored, size, code, threads) ==
+                    TurnedThroughMap(kind, file, size, code))
+            << "code " << code;
+}
+
+template <EWordKind Kind, class ElementType>
+struct SKind {
+    static constexpr EWordKind kKind = Kind;
+    using Element = ElementType;
+};
+
+template <class Kind>
+class StoredWordCoef : public ::testing::Test {
+  protected:
+    static constexpr EWordKind kKind = Kind::kKind;
+    static constexpr auto kPixel = MixedPixel<typename Kind::Element>;
+
+    /// The file is not taken. What the map's way tells of it is `told`.
+    static void ExpectRefused(const Bytes& file, const SLoaded& told) {
+        const CTransferReport report;
+        EXPECT_EQ(LoadStored(kKind, file, 2), nullptr);
+        EXPECT_FALSE(report.WasMemoryRefused());
+        CChromaCorrectCoef map;
+        map.Resize(8, 8);
+        EXPECT_EQ(LoadMap(kKind, file, map), told);
+    }
+};
+using EveryKind = ::testing::Types<
+    SKind<EWordKind::Brightness, S3WordCoef>, SKind<EWordKind::VirtualGreenBrightness, S4WordCoef>,
+    SKind<EWordKind::Chroma, S9WordCoef>, SKind<EWordKind::VirtualGreenChroma, S12WordCoef>>;
+TYPED_TEST_SUITE(StoredWordCoef, EveryKind);
+
+TYPED_TEST(StoredWordCoef, TurnsSizesAroundBlockEdges) {
+    using Element = typename TypeParam::Element;
+    for (const std::uint32_t width : {1U, 255U, 256U, 257U})
+        for (const std::uint32_t height : {1U, 127U, 128U, 129U})
+            ExpectSameBothWays(TypeParam::kKind, MixedFile<Element>(width, height),
+                               {width, height});
+}
+
+TYPED_TEST(StoredWordCoef, TurnsSeveralBlocksOnAnyNumberOfThreads) {
+    using Element = typename TypeParam::Element;
+    const Bytes file = MixedFile<Element>(530, 300);
+    for (const std::size_t threads : {0U, 1U, 2U, 5U, 40U})
+        ExpectSameBothWays(TypeParam::kKind, file, {530, 300}, threads);
+}
+
+TYPED_TEST(StoredWordCoef, TellsTheSizeOfTheFile) {
+    const auto stored = LoadStored(TypeParam::kKind, MixedFile<typename TypeParam::Element>(30, 7));
+    ASSERT_NE(stored, nullptr);
+    EXPECT_EQ(stored->Size(), (PixelSize{30, 7}));
+}
+
+TYPED_TEST(StoredWordCoef, CutsAndFillsToTheSizeAskedFor) {
+    using Element = typename TypeParam::Element;
+    const Bytes file = MixedFile<Element>(270, 140);
+    for (const PixelSize& size : {PixelSize{1, 1}, PixelSize{269, 139}, PixelSize{271, 141},
+                                  PixelSize{200, 300}, PixelSize{600, 100}, PixelSize{290, 150}})
+        ExpectSameBothWays(TypeParam::kKind, file, size, 2);
+}
+
+TYPED_TEST(StoredWordCoef, LeavesTheOriginBehind) {
+    using Element = typename TypeParam::Element;
+    for (const PixelPosition& origin : {PixelPosition{5, 3}, PixelPosition{256, 128},
+                                        PixelPosition{100000, 60000}, PixelPosition{0xFFFFFF00, 0}})
+        ExpectSameBothWays(TypeParam::kKind,
+                           MixedFile<Element>(100, 60, static_cast<std::uint32_t>(origin.x),
+                                              static_cast<std::uint32_t>(origin.y)),
+                           {100, 60});
+}
+
+TYPED_TEST(StoredWordCoef, KeepsEveryWordValue) {
+    using Element = typename TypeParam::Element;
+    SMadeFile<Element> file(256, 256);
+    file.Cover(256, 128, [](std::int32_t x, std::int32_t y) {
+        Element element;
+        for (std::int32_t k = 0; k < static_cast<std::int32_t>(element.w.size()); ++k)
+            element.w[static_cast<std::size_t>(k)] =
+                static_cast<std::uint16_t>(y * 256 + x + k * 7919);
+        return element;
+    });
+    ExpectSameBothWays(TypeParam::kKind, file.AsFile(), {256, 256});
+}
+
+TYPED_TEST(StoredWordCoef, TakesChunksOfAnyLayout) {
+    using Element = typename TypeParam::Element;
+    for (const auto& [width, height] : {std::pair{256, 1}, std::pair{1, 128}, std::pair{7, 5},
+                                        std::pair{200, 100}, std::pair{255, 127}}) {
+        SCOPED_TRACE(::testing::Message() << "chunks of " << width << " x " << height);
+        SMadeFile<Element> file(280, 135, 40, 50);
+        file.Cover(static_cast<std::uint16_t>(width), static_cast<std::uint16_t>(height),
+                   TestFixture::kPixel);
+        ExpectSameBothWays(TypeParam::kKind, file.AsFile(), {280, 135}, 2);
+    }
+}
+
+TYPED_TEST(StoredWordCoef, CutsWholeBlocksToTheArea) {
+    using Element = typename TypeParam::Element;
+    SMadeFile<Element> file(300, 130);
+    for (const SMadePiece& block : {SMadePiece{0, 0, 256, 128}, SMadePiece{256, 0, 256, 128},
+                                    SMadePiece{0, 128, 256, 128}, SMadePiece{256, 128, 256, 128}})
+        file.Add(block, TestFixture::kPixel);
+    ExpectSameBothWays(TypeParam::kKind, file.AsFile(), {300, 130}, 2);
+    ExpectSameBothWays(TypeParam::kKind, file.AsFile(), {320, 140}, 2);
+}
+
+TYPED_TEST(StoredWordCoef, PassesOverUnusedRecordsAndWhatFollowsTheFile) {
+    using Element = typename TypeParam::Element;
+    SMadeFile<Element> file(300, 100);
+    file.records.push_back({.index = 9, .x = 9999, .y = 7, .width = 40});
+    file.Add({0, 0, 256, 100}, TestFixture::kPixel);
+    file.records.push_back({});
+    file.records.push_back({.height = 128});
+    file.Add({256, 0, 44, 100}, TestFixture::kPixel);
+    file.records.push_back({});
+    file.data.push_back(std::byte{0x55});
+    ExpectSameBothWays(TypeParam::kKind, file.AsFile(), {300, 100}, 2);
+}
+
+TYPED_TEST(StoredWordCoef, TakesBytesOfAChunkBehindItsPlanes) {
+    using Element = typename TypeParam::Element;
+    SMadeFile<Element> file(200, 100);
+    file.Add({0, 0, 200, 60}, TestFixture::kPixel);
+    ++file.records[0].totalSize;
+    file.data.push_back(std::byte{0x55});
+    file.Add({0, 60, 200, 40}, TestFixture::kPixel);
+    ExpectSameBothWays(TypeParam::kKind, file.AsFile(), {200, 100});
+}
+
+TYPED_TEST(StoredWordCoef, IgnoresVersionOwnerAndDirectoryOffset) {
+    using Element = typename TypeParam::Element;
+    SMadeFile<Element> file(20, 10);
+    file.header.version = 77;
+    file.header.ownerData.fill(0x41);
+    file.header.ownerFlag = 1;
+    file.header.directoryOffset = 3;
+    file.Cover(256, 128, TestFixture::kPixel);
+    ExpectSameBothWays(TypeParam::kKind, file.AsFile(), {20, 10});
+}
+
+TYPED_TEST(StoredWordCoef, ReadsAndWritesAtTheStreamsPosition) {
+    using Element = typename TypeParam::Element;
+    const Bytes file = MixedFile<Element>(50, 20);
+    std::istringstream source = StreamBehindPrefix(file);
+    const auto stored = LoadStoredWordCoef(TypeParam::kKind, source, 1);
+    ASSERT_NE(stored, nullptr);
+    std::stringstream target;
+    target << kPrefix;
+    EXPECT_EQ(stored->WriteTurned(target, {50, 20}, 1, 1), S_OK);
+    EXPECT_TRUE(AsBytes(target.str().substr(kPrefix.size())) ==
+                TurnedThroughMap(TypeParam::kKind, file, {50, 20}, 1));
+    EXPECT_EQ(target.str().substr(0, kPrefix.size()), kPrefix);
+}
+
+// ---- what is not taken ----
+
+TYPED_TEST(StoredWordCoef, RefusesAHeaderOfAnotherKindOrCutShort) {
+    using Element = typename TypeParam::Element;
+    SMadeFile<Element> file(20, 10);
+    file.Cover(256, 128, TestFixture::kPixel);
+    const Bytes whole = file.AsFile();
+    ASSERT_NE(LoadStored(TypeParam::kKind, whole), nullptr);
+    this->ExpectRefused(Bytes(whole.begin(), whole.begin() + kChunkHeaderBytes - 1),
+                        {.status = E_COEF_BADFORMAT});
+    this->ExpectRefused({}, {.status = E_COEF_BADFORMAT});
+    ++file.header.formatId[15];
+    this->ExpectRefused(file.AsFile(), {.status = E_COEF_BADFORMAT});
+    file.header.formatId = kBrightChunkFormat2;
+    this->ExpectRefused(file.AsFile(), {.status = E_COEF_BADFORMAT});
+}
+
+TYPED_TEST(StoredWordCoef, TakesTheFileKindOfVirtualGreenAlone) {
+    using Element = typename TypeParam::Element;
+    SMadeFile<Element> file(20, 10);
+    file.Cover(256, 128, TestFixture::kPixel);
+    for (const int fileKind : {0, 1, 3, 255}) {
+        file.header.fileKind = static_cast<std::uint8_t>(fileKind);
+        if (kWordKind<Element>.hasFileKind)
+            this->ExpectRefused(file.AsFile(), {.status = E_COEF_BADFORMAT});
+        else
+            ExpectSameBothWays(TypeParam::kKind, file.AsFile(), {20, 10});
+    }
+}
+
+TEST(StoredWordCoefOfNoKind, IsRefused) {
+    EXPECT_EQ(LoadStored(static_cast<EWordKind>(4), MixedFile<S9WordCoef>(2, 2)), nullptr);
+    EXPECT_EQ(LoadStored(static_cast<EWordKind>(-1), MixedFile<S9WordCoef>(2, 2)), nullptr);
+}
+
+TEST(StoredWordCoefWithExtraWords, IsRefused) {
+    SMadeFile<S9WordCoef> file(20, 10);
+    file.Cover(256, 128, MixedPixel<S9WordCoef>);
+    file.header.formatId = kChromaChunkFormat2;
+    EXPECT_EQ(LoadStored(EWordKind::Chroma, file.AsFile()), nullptr);
+}
+
+TEST(StoredWordCoefOfAFloatFile, IsRefused) {
+    for (const wchar_t* sample : {L"cabinet/Cab_01.9fcoef", L"cabinet/Cab_02.3fcoef"}) {
+        const Bytes file = ReadFile(Sample(sample));
+        ASSERT_GT(file.size(), kChunkHeaderBytes);
+        EXPECT_EQ(LoadStored(EWordKind::Chroma, file), nullptr);
+        EXPECT_EQ(LoadStored(EWordKind::Brightness, file), nullptr);
+    }
+}
+
+TYPED_TEST(StoredWordCoef, RefusesSidesOfNoMap) {
+    using Element = typename TypeParam::Element;
+    SMadeFile<Element> file(20, 10);
+    file.Cover(256, 128, TestFixture::kPixel);
+    file.header.width = 0;
+    this->ExpectRefused(file.AsFile(), SLoaded::Whole());
+    file.header = SMadeFile<Element>(20, 0).header;
+    this->ExpectRefused(file.AsFile(), SLoaded::Whole());
+    SMadeFile<Element> wide(65536, 1);
+    wide.Cover(256, 128, TestFixture::kPixel);
+    this->ExpectRefused(wide.AsFile(), SLoaded::Whole());
+    SMadeFile<Element> high(1, 65536);
+    high.Cover(256, 128, TestFixture::kPixel);
+    this->ExpectRefused(high.AsFile(), SLoaded::Whole());
+    SMadeFile<Element> widest(65535, 1);
+    widest.Cover(256, 128, TestFixture::kPixel);
+    ExpectSameBothWays(TypeParam::kKind, widest.AsFile(), {65535, 1}, 2);
+}
+
+TYPED_TEST(StoredWordCoef, RefusesAFileCutShort) {
+    using Element = typename TypeParam::Element;
+    SMadeFile<Element> file(300, 10);
+    file.Cover(256, 128, TestFixture::kPixel);
+    const Bytes whole = file.AsFile();
+    const auto first = [&](std::size_t count) {
+        return Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(count));
+    };
+    const std::size_t dataAt = whole.size() - file.data.size();
+    this->ExpectRefused(first(dataAt - 1), {.status = E_FAIL});
+    this->ExpectRefused(first(kChunkHeaderBytes), {.status = E_FAIL});
+    this->ExpectRefused(first(dataAt), {.status = E_FAIL, .failedChunks = 2});
+    this->ExpectRefused(first(whole.size() - 1), {.status = E_FAIL, .failedChunks = 1});
+}
+
+TYPED_TEST(StoredWordCoef, RefusesADamagedChunkWhereverItIs) {
+    using Element = typename TypeParam::Element;
+    for (const std::size_t damaged : {0U, 3U, 8U}) {
+        SMadeFile<Element> file(24, 9);
+        file.Cover(8, 3, TestFixture::kPixel);
+        ASSERT_EQ(file.records.size(), 9U);
+        --file.records[damaged].planeSizes[1];
+        ++file.records[damaged].planeSizes[2];
+        const bool isLast = damaged == 8;
+        this->ExpectRefused(file.AsFile(), {.status = isLast ? E_FAIL : S_OK, .failedChunks = 1});
+    }
+}
+
+TYPED_TEST(StoredWordCoef, RefusesPlanesPastTheChunksBytes) {
+    using Element = typename TypeParam::Element;
+    SMadeFile<Element> file(24, 9);
+    file.Cover(256, 128, TestFixture::kPixel);
+    --file.records[0].totalSize;
+    this->ExpectRefused(file.AsFile(), {.status = E_FAIL, .failedChunks = 1});
+}
+
+TYPED_TEST(StoredWordCoef, RefusesPixelsInNoChunkOrInTwo) {
+    using Element = typename TypeParam::Element;
+    SMadeFile<Element> missing(24, 9);
+    missing.Add({0, 0, 24, 8}, TestFixture::kPixel);
+    missing.Add({0, 8, 23, 1}, TestFixture::kPixel);
+    this->ExpectRefused(missing.AsFile(), {.missingPixels = 1});
+
+    SMadeFile<Element> one(24, 9);
+    one.Add({0, 0, 24, 8}, TestFixture::kPixel);
+    this->ExpectRefused(one.AsFile(), {.missingPixels = 24});
+
+    SMadeFile<Element> none(24, 9);
+    this->ExpectRefused(none.AsFile(), {.missingPixels = 216});
+
+    SMadeFile<Element> twice(24, 9);
+    twice.Add({0, 0, 24, 9}, TestFixture::kPixel);
+    twice.Add({23, 8, 1, 1}, TestFixture::kPixel);
+    this->ExpectRefused(twice.AsFile(), SLoaded::Whole());
+
+    SMadeFile<Element> moved(24, 9); // as many pixels as the area, one of them elsewhere
+    moved.Add({0, 0, 24, 8}, TestFixture::kPixel);
+    moved.Add({0, 7, 24, 1}, TestFixture::kPixel);
+    this->ExpectRefused(moved.AsFile(), {.missingPixels = 24});
+}
+
+TYPED_TEST(StoredWordCoef, RefusesChunksThatBeginOutsideTheArea) {
+    using Element = typename TypeParam::Element;
+    const auto withPieceAt = [&](std::int32_t x, std::int32_t y) {
+        SMadeFile<Element> file(24, 9, 100, 50);
+        file.Cover(256, 128, TestFixture::kPixel);
+        file.Add({x, y, 4, 4}, TestFixture::kPixel);
+        return file.AsFile();
+    };
+    this->ExpectRefused(withPieceAt(-4, 0), {.status = E_FAIL, .failedChunks = 1});
+    this->ExpectRefused(withPieceAt(0, -1), {.status = E_FAIL, .failedChunks = 1});
+    this->ExpectRefused(withPieceAt(24, 0), SLoaded::Whole());
+    this->ExpectRefused(withPieceAt(0, 9), SLoaded::Whole());
+    this->ExpectRefused(withPieceAt(5000, 0), SLoaded::Whole());
+}
+
+TYPED_TEST(StoredWordCoef, RefusesRecordsThatNoChunkCanHave) {
+    using Element = typename TypeParam::Element;
+    const auto withRecord = [](const std::function<void(SChunkRecord&)>& change) {
+        SMadeFile<Element> file(300, 200);
+        file.Cover(256, 128, TestFixture::kPixel);
+        change(file.records.back());
+        return file.AsFile();
+    };
+    const SLoaded failed{.status = E_FAIL, .failedChunks = 1};
+    this->ExpectRefused(withRecord([](SChunkRecord& r) { r.width = 257; }), failed);
+    this->ExpectRefused(withRecord([](SChunkRecord& r) { r.height = 129; }), failed);
+    this->ExpectRefused(withRecord([](SChunkRecord& r) {
+                            r.totalSize = static_cast<std::uint32_t>(sizeof(Element)) * 65536 + 1;
+                        }),
+                        failed);
+    SLoaded missing = failed;
+    missing.missingPixels = 44U * 72U;
+    this->ExpectRefused(withRecord([](SChunkRecord& r) { r.width = 0; }), missing);
+    this->ExpectRefused(withRecord([](SChunkRecord& r) { r.totalSize = 0; }), failed);
+}
+
+// ---- memory ----
+
+/// What a turn may ask for beside its planes, per thread: a chunk's planes, and its bytes.
+template <class Element>
+constexpr std::uint64_t kExtraBytes = 3 * sizeof(Element) * std::uint64_t{32768};
+
+TYPED_TEST(StoredWordCoef, NeedsItsPlanesAndSomeChunksOfMemory) {
+    using Element = typename TypeParam::Element;
+    const Bytes file = MixedFile<Element>(1030, 700);
+    const std::uint64_t before = CMemoryBudget::Process().Outstanding();
+    const std::uint64_t planes = std::uint64_t{1030} * 700 * sizeof(Element);
+    const CTransferReport report;
+    {
+        const CBudgetLimit limit(before + planes + kExtraBytes<Element>);
+        const auto stored = LoadStored(TypeParam::kKind, file, 1);
+        ASSERT_NE(stored, nullptr);
+        EXPECT_EQ(CMemoryBudget::Process().Outstanding(), before + planes);
+        std::stringstream target;
+        EXPECT_EQ(stored->WriteTurned(target, {1030, 700}, 1, 1), S_OK);
+    }
+    {
+        const CBudgetLimit limit(before + planes + 5 * kExtraBytes<Element>);
+        const auto stored = LoadStored(TypeParam::kKind, file, 2);
+        ASSERT_NE(stored, nullptr);
+        std::stringstream target;
+        EXPECT_EQ(stored->WriteTurned(target, {1030, 700}, 1, 2), S_OK);
+    }
+    EXPECT_FALSE(report.WasMemoryRefused());
+    EXPECT_EQ(CMemoryBudget::Process().Outstanding(), before);
+}
+
+TYPED_TEST(StoredWordCoef, NotesRefusedMemory) {
+    using Element = typename TypeParam::Element;
+    const Bytes file = MixedFile<Element>(300, 200);
+    const std::uint64_t before = CMemoryBudget::Process().Outstanding();
+    const std::uint64_t planes = std::uint64_t{300} * 200 * sizeof(Element);
+    const std::uint64_t records = 4 * ChunkRecordBytes(kWordElementKind<Element>.planeCount);
+    for (const std::uint64_t room :
+         {std::uint64_t{0}, records, planes - 1, planes + records, planes + records + 100000}) {
+        const CTransferReport report;
+        const CBudgetLimit limit(before + room);
+        EXPECT_EQ(LoadStored(TypeParam::kKind, file, 2), nullptr) << room;
+        EXPECT_TRUE(report.WasMemoryRefused()) << room;
+    }
+    EXPECT_EQ(CMemoryBudget::Process().Outstanding(), before);
+    const auto stored = LoadStored(TypeParam::kKind, file);
+    ASSERT_NE(stored, nullptr);
+    const CTransferReport report;
+    const CBudgetLimit limit(before + planes + 1000);
+    std::stringstream target;
+    EXPECT_EQ(stored->WriteTurned(target, {300, 200}, 1, 2), E_FAIL);
+    EXPECT_TRUE(report.WasMemoryRefused());
+}
+
+// A header and a directory may say anything; memory is asked for what the file's bytes can fill.
+TYPED_TEST(StoredWordCoef, AsksForNoMemoryThatTheFileCannotFill) {
+    using Element = typename TypeParam::Element;
+    constexpr auto kMost = static_cast<std::uint32_t>(sizeof(Element)) * 65536;
+    SMadeFile<Element> file(65280, 65280);
+    const CTransferReport report;
+    const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + (std::uint64_t{64} << 20));
+    EXPECT_EQ(LoadStored(TypeParam::kKind, file.AsFile()), nullptr) << "no record";
+    for (const std::uint32_t totalSize : {1U, kMost}) {
+        file.records.clear();
+        for (std::uint32_t y = 0; y < 65280; y += 128)
+            for (std::uint32_t x = 0; x < 65280; x += 256)
+                file.records.push_back(
+                    {.x = x, .y = y, .width = 256, .height = 128, .totalSize = totalSize});
+        EXPECT_EQ(LoadStored(TypeParam::kKind, file.AsFile()), nullptr) << totalSize;
+    }
+    EXPECT_FALSE(report.WasMemoryRefused());
+}
+
+// ---- streams that fail ----
+
+TYPED_TEST(StoredWordCoef, TellsOfAStreamThatTakesNotAll) {
+    using Element = typename TypeParam::Element;
+    const auto stored = LoadStored(TypeParam::kKind, MixedFile<Element>(300, 200));
+    ASSERT_NE(stored, nullptr);
+    for (const std::size_t room : {0U, 100U, 500U, 5000U}) {
+        CFullDisk disk(room);
+        EXPECT_EQ(stored->WriteTurned(disk, {300, 200}, 3, 2), E_FAIL) << room;
+    }
+}
+
+TYPED_TEST(StoredWordCoef, RefusesAStreamThatHasFailedOrCannotBeSought) {
+    using Element = typename TypeParam::Element;
+    const Bytes file = MixedFile<Element>(30, 20);
+    std::istringstream failed = StreamOf(file);
+    failed.setstate(std::ios::failbit);
+    EXPECT_EQ(LoadStoredWordCoef(TypeParam::kKind, failed, 1), nullptr);
+    CPipe pipe(file);
+    EXPECT_EQ(LoadStoredWordCoef(TypeParam::kKind, pipe, 1), nullptr);
+}
+
+} // namespace
+} // namespace trevolt
