@@ -14,7 +14,11 @@ std::uint64_t PhysicalMemoryBytes() {
 
 void* AllocateLarge(std::size_t bytes) { return std::malloc(bytes); }
 
-void FreeLarge(void* memory) { std::free(memory); }
+void FreeLarge(void* memory, std::size_t /*bytes*/) { std::free(memory); }
+
+void PoisonMemory(const void* /*memory*/, std::size_t /*bytes*/) {}
+
+void UnpoisonMemory(const void* /*memory*/, std::size_t /*bytes*/) {}
 
 void* AllocateZeroPages(std::size_t bytes) {
     return VirtualAlloc(nullptr, bytes, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);

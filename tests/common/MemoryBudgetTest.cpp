@@ -115,7 +115,7 @@ TEST(PhysicalMemory, LargeAllocationsAreWritableThroughout) {
         void* memory = AllocateLarge(bytes);
         ASSERT_NE(memory, nullptr);
         std::memset(memory, 0x5A, bytes);
-        FreeLarge(memory);
+        FreeLarge(memory, bytes);
     }
     EXPECT_EQ(AllocateLarge(SIZE_MAX), nullptr);
 }
