@@ -272,15 +272,17 @@ class Turn(CliTest):
             return usage.ru_maxrss, lines, outputs
 
         add_copies(range(100))
-        peak_of_hundred = turn(2)[0]
+        peaks_of_hundred = [turn(jobs)[0] for jobs in (1, 2)]
         add_copies(range(100, 1000))
-        peak, lines, outputs = turn(2)
+        peak_of_two, lines, outputs = turn(2)
         self.assertEqual(lines[-1], '1000 files turned by 90°, 0 failed')
         self.assertEqual(len(outputs), 1000)
-        _, lines_one_by_one, outputs_one_by_one = turn(1)
+        peak, lines_one_by_one, outputs_one_by_one = turn(1)
         self.assertEqual(lines, lines_one_by_one)
         self.assertEqual(outputs, outputs_one_by_one)
-        self.assertLess(peak - peak_of_hundred, 2048)
+        print(peaks_of_hundred,peak,peak_of_two);self.assertLess(peak - peaks_of_hundred[0], 900) # 1 KiB a file
+        # Which files are in work together is chance, and a huge page the least that they take more.
+        self.assertLess(peak_of_two - peaks_of_hundred[1], 3 * 2048)
 
     def test_every_form_of_frame_is_read(self):
         raw = raw_elements(90, 80, 9)

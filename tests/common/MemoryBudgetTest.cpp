@@ -1,6 +1,7 @@
 #include "trevolt/MemoryBudget.h"
 
 #include <cstring>
+#include <memory>
 #include <thread>
 #include <utility>
 
@@ -9,6 +10,10 @@
 #include "platform/PhysicalMemory.h"
 #include "tests/support/BudgetLimit.h"
 #include "trevolt/TransferReport.h"
+
+#ifdef TREVOLT_ADDRESS_SANITIZER
+#include <sanitizer/asan_interface.h>
+#endif
 
 namespace trevolt {
 namespace {
@@ -80,6 +85,238 @@ TEST(MemoryBudget, HoldsAmongThreads) {
     EXPECT_EQ(budget.Outstanding(), 0U);
 }
 
+constexpr std::size_t kBlock = std::size_t{64} << 10;
+
+TEST(KeptMemory, ServesTheNextAllocationOfItsSize) {
+    CMemoryBudget budget(UINT64_MAX);
+    void* const first = budget.Allocate(kBlock);
+    void* const second = budget.Allocate(2 * kBlock);
+    EXPECT_EQ(budget.Kept(), 0U);
+    budget.Free(first, kBlock);
+    EXPECT_EQ(budget.Kept(), kBlock);
+    EXPECT_EQ(budget.Outstanding(), 2 * kBlock);
+    budget.Free(second, 2 * kBlock);
+    EXPECT_EQ(budget.Kept(), 3 * kBlock);
+    EXPECT_EQ(budget.Outstanding(), 0U);
+    EXPECT_EQ(budget.Allocate(kBlock), first);
+    EXPECT_EQ(budget.Kept(), 2 * kBlock);
+    EXPECT_EQ(budget.Outstanding(), kBlock);
+    EXPECT_EQ(budget.Allocate(2 * kBlock), second);
+    EXPECT_EQ(budget.Kept(), 0U);
+    void* const third = budget.Allocate(kBlock);
+    EXPECT_NE(third, first);
+    EXPECT_NE(third, second);
+    budget.Free(first, kBlock);
+    budget.Free(second, 2 * kBlock);
+    budget.Free(third, kBlock);
+}
+
+TEST(KeptMemory, ServesSizesThatTakeTheSameSteps) {
+    CMemoryBudget budget(UINT64_MAX);
+    const std::size_t step = kBlock / 8;
+    void* const memory = budget.Allocate(kBlock + 1);
+    budget.Free(memory, kBlock + 1);
+    EXPECT_EQ(budget.Kept(), kBlock + step);
+    void* const smaller = budget.Allocate(kBlock);
+    void* const larger = budget.Allocate(kBlock + step + 1);
+    EXPECT_NE(smaller, memory);
+    EXPECT_NE(larger, memory);
+    EXPECT_EQ(budget.Kept(), kBlock + step);
+    EXPECT_EQ(budget.Allocate(kBlock + step), memory);
+    EXPECT_EQ(budget.Kept(), 0U);
+    EXPECT_EQ(budget.Outstanding(), 3 * kBlock + 2 * step + 1);
+    budget.Free(memory, kBlock + step);
+    budget.Free(smaller, kBlock);
+    budget.Free(larger, kBlock + step + 1);
+}
+
+TEST(KeptMemory, GivesTheBlockThatWasFreedLast) {
+    CMemoryBudget budget(UINT64_MAX);
+    std::array<void*, 3> blocks{};
+    for (void*& block : blocks)
+        block = budget.Allocate(kBlock);
+    for (void* const block : blocks)
+        budget.Free(block, kBlock);
+    EXPECT_EQ(budget.Allocate(kBlock), blocks[2]);
+    budget.Free(blocks[2], kBlock);
+    EXPECT_EQ(budget.Allocate(kBlock), blocks[2]);
+    EXPECT_EQ(budget.Allocate(kBlock), blocks[1]);
+    EXPECT_EQ(budget.Allocate(kBlock), blocks[0]);
+    EXPECT_EQ(budget.Kept(), 0U);
+    for (void* const block : blocks)
+        budget.Free(block, kBlock);
+}
+
+TEST(KeptMemory, LeavesSmallBlocksToTheHeap) {
+    CMemoryBudget budget(UINT64_MAX);
+    constexpr std::size_t kSmallestKept = std::size_t{16} << 10;
+    budget.Free(budget.Allocate(kSmallestKept - 1), kSmallestKept - 1);
+    budget.Free(budget.Allocate(0), 0);
+    EXPECT_EQ(budget.Kept(), 0U);
+    budget.Free(budget.Allocate(kSmallestKept), kSmallestKept);
+    EXPECT_EQ(budget.Kept(), kSmallestKept);
+}
+
+TEST(KeptMemory, IsRoomForWhatFollows) {
+    CMemoryBudget budget(4 * kBlock);
+    budget.Free(budget.Allocate(3 * kBlock), 3 * kBlock);
+    EXPECT_EQ(budget.Kept(), 3 * kBlock);
+    EXPECT_TRUE(budget.HasRoomFor(4 * kBlock));
+    EXPECT_FALSE(budget.HasRoomFor(4 * kBlock + 1));
+    void* const small = budget.Allocate(kBlock); // fits beside what is kept
+    EXPECT_EQ(budget.Kept(), 3 * kBlock);
+    void* const large = budget.Allocate(2 * kBlock); // does not
+    EXPECT_NE(large, nullptr);
+    EXPECT_EQ(budget.Kept(), 0U);
+    EXPECT_EQ(budget.Outstanding(), 3 * kBlock);
+    budget.Free(small, kBlock);
+    budget.Free(large, 2 * kBlock);
+}
+
+TEST(KeptMemory, NeverPassesTheLimitWithWhatIsOutstanding) {
+    CMemoryBudget budget(4 * kBlock);
+    void* const first = budget.Allocate(kBlock + 1); // takes a step more
+    void* const second = budget.Allocate(3 * kBlock - 1);
+    budget.Free(first, kBlock + 1);
+    EXPECT_EQ(budget.Kept(), 0U); // kept it would, with its step, pass the limit
+    void* const third = budget.Allocate(kBlock);
+    budget.Free(third, kBlock);
+    EXPECT_EQ(budget.Kept(), kBlock);
+    budget.Free(second, 3 * kBlock - 1);
+    EXPECT_EQ(budget.Kept(), 4 * kBlock); // to the byte
+    budget.Free(budget.Allocate(kBlock / 2), kBlock / 2);
+    EXPECT_LE(budget.Kept(), 4 * kBlock);
+}
+
+TEST(KeptMemory, FallsWithTheLimit) {
+    CMemoryBudget budget(4 * kBlock);
+    std::array<void*, 4> blocks{};
+    for (void*& block : blocks)
+        block = budget.Allocate(kBlock);
+    for (std::size_t i = 0; i < 3; ++i)
+        budget.Free(blocks[i], kBlock);
+    budget.SetLimit(4 * kBlock);
+    EXPECT_EQ(budget.Kept(), 3 * kBlock);
+    budget.SetLimit(3 * kBlock - 1);
+    EXPECT_EQ(budget.Limit(), 3 * kBlock - 1);
+    EXPECT_EQ(budget.Kept(), kBlock);
+    budget.SetLimit(0);
+    EXPECT_EQ(budget.Kept(), 0U);
+    budget.Free(blocks[3], kBlock);
+    EXPECT_EQ(budget.Kept(), 0U);
+}
+
+TEST(KeptMemory, HasABoundOfItsOwn) {
+    CMemoryBudget budget(UINT64_MAX, 3 * kBlock);
+    std::array<void*, 3> blocks{};
+    for (void*& block : blocks)
+        block = budget.Allocate(kBlock);
+    void* const larger = budget.Allocate(2 * kBlock);
+    void* const largest = budget.Allocate(4 * kBlock);
+    for (void* const block : blocks)
+        budget.Free(block, kBlock);
+    EXPECT_EQ(budget.Kept(), 3 * kBlock);
+    budget.Free(largest, 4 * kBlock); // alone above the bound: drives nothing out
+    EXPECT_EQ(budget.Kept(), 3 * kBlock);
+    budget.Free(larger, 2 * kBlock); // drives out the two that were kept longest
+    EXPECT_EQ(budget.Kept(), 3 * kBlock);
+    EXPECT_EQ(budget.Allocate(kBlock), blocks[2]);
+    EXPECT_EQ(budget.Allocate(2 * kBlock), larger);
+    EXPECT_EQ(budget.Kept(), 0U);
+    budget.Free(blocks[2], kBlock);
+    budget.Free(larger, 2 * kBlock);
+}
+
+TEST(KeptMemory, HoldsSoManyBlocksAtMost) {
+    constexpr std::size_t kMost = 512;
+    constexpr std::size_t kBytes = std::size_t{16} << 10;
+    CMemoryBudget budget(UINT64_MAX);
+    std::vector<void*> blocks(kMost + 1);
+    for (void*& block : blocks)
+        block = budget.Allocate(kBytes);
+    for (void* const block : blocks)
+        budget.Free(block, kBytes);
+    EXPECT_EQ(budget.Kept(), kMost * kBytes);
+    for (std::size_t i = kMost; i > 0; --i)
+        EXPECT_EQ(budget.Allocate(kBytes), blocks[i]);
+    EXPECT_EQ(budget.Kept(), 0U);
+    for (std::size_t i = kMost; i > 0; --i)
+        budget.Free(blocks[i], kBytes);
+}
+
+TEST(KeptMemory, GoesBackOnDemand) {
+    CMemoryBudget budget(UINT64_MAX);
+    void* const held = budget.Allocate(kBlock);
+    void* const freed = budget.Allocate(kBlock);
+    budget.Free(freed, kBlock);
+    budget.GiveBackKept();
+    EXPECT_EQ(budget.Kept(), 0U);
+    EXPECT_EQ(budget.Outstanding(), kBlock);
+    std::memset(held, 1, kBlock); // still there
+    budget.Free(held, kBlock);
+    EXPECT_EQ(budget.Kept(), kBlock);
+    EXPECT_EQ(budget.Allocate(kBlock), held);
+    budget.Free(held, kBlock);
+}
+
+TEST(KeptMemory, IsGivenBackBeforeTheSystemRefuses) {
+    CMemoryBudget budget(UINT64_MAX);
+    budget.Free(budget.Allocate(kBlock), kBlock);
+    EXPECT_EQ(budget.Allocate(SIZE_MAX / 4 * 3), nullptr);
+    EXPECT_EQ(budget.Kept(), 0U);
+    EXPECT_EQ(budget.Outstanding(), 0U);
+}
+
+TEST(KeptMemory, IsOneThreadsAtATime) {
+    constexpr std::uint64_t kKept = 8 * kBlock;
+    CMemoryBudget budget(40 * kBlock, kKept);
+    {
+        std::vector<std::jthread> threads;
+        for (std::size_t n = 0; n < 4; ++n)
+            threads.emplace_back([&budget, kKept, n] {
+                for (std::size_t i = 0; i < 500; ++i) {
+                    const std::size_t bytes = kBlock + kBlock * (i % 3);
+                    auto* const memory = static_cast<std::byte*>(budget.Allocate(bytes));
+                    ASSERT_NE(memory, nullptr);
+                    std::memset(memory, static_cast<int>(n), bytes);
+                    std::this_thread::yield();
+                    EXPECT_EQ(memory[0], std::byte(n));
+                    EXPECT_EQ(std::memcmp(memory, memory + 1, bytes - 1), 0);
+                    budget.Free(memory, bytes);
+                    EXPECT_LE(budget.Kept(), kKept);
+                }
+            });
+    }
+    EXPECT_EQ(budget.Outstanding(), 0U);
+    EXPECT_GT(budget.Kept(), 0U);
+}
+
+TEST(KeptMemory, OfTheProcessOutlivesItsFiles) {
+    CMemoryBudget::Process().GiveBackKept();
+    const CBudgetBlock held(kBlock);
+    const std::byte* const first = CBudgetBlock(kBlock).Data();
+    EXPECT_EQ(CMemoryBudget::Process().Kept(), kBlock);
+    EXPECT_EQ(CBudgetBlock(kBlock).Data(), first);
+    CMemoryBudget::Process().GiveBackKept();
+    EXPECT_EQ(CMemoryBudget::Process().Kept(), 0U);
+}
+
+#ifdef TREVOLT_ADDRESS_SANITIZER
+TEST(KeptMemory, MayNotBeTouched) {
+    CMemoryBudget budget(UINT64_MAX);
+    auto* const memory = static_cast<std::byte*>(budget.Allocate(kBlock + 1));
+    EXPECT_EQ(__asan_region_is_poisoned(memory, kBlock + 1), nullptr);
+    EXPECT_NE(__asan_address_is_poisoned(memory + kBlock + 8), 0); // the rest of its last step
+    budget.Free(memory, kBlock + 1);
+    EXPECT_NE(__asan_address_is_poisoned(memory), 0);
+    EXPECT_NE(__asan_address_is_poisoned(memory + kBlock), 0);
+    ASSERT_EQ(budget.Allocate(kBlock + 2), memory);
+    EXPECT_EQ(__asan_region_is_poisoned(memory, kBlock + 2), nullptr);
+    EXPECT_NE(__asan_address_is_poisoned(memory + kBlock + 8), 0);
+    budget.Free(memory, kBlock + 2);
+}
+#endif
+
 TEST(BudgetBlock, GivesItsMemoryBackOnce) {
     const std::uint64_t before = CMemoryBudget::Process().Outstanding();
     {
@@ -107,17 +344,6 @@ TEST(BudgetBlock, IsEmptyAndNotedWhenRefused) {
     EXPECT_EQ(block.Size(), 0U);
     EXPECT_EQ(block.Data(), nullptr);
     EXPECT_TRUE(report.WasMemoryRefused());
-}
-
-TEST(PhysicalMemory, LargeAllocationsAreWritableThroughout) {
-    for (const std::size_t bytes : {std::size_t{1}, (std::size_t{2} << 20) - 1,
-                                    std::size_t{2} << 20, (std::size_t{5} << 20) + 3}) {
-        void* memory = AllocateLarge(bytes);
-        ASSERT_NE(memory, nullptr);
-        std::memset(memory, 0x5A, bytes);
-        FreeLarge(memory, bytes);
-    }
-    EXPECT_EQ(AllocateLarge(SIZE_MAX), nullptr);
 }
 
 } // namespace
