@@ -19,6 +19,15 @@ endfunction()
 trevolt_header_library(cli11 CLI)
 trevolt_header_library(fmt_headers fmt)
 
+# In a folder of its own: LZ4's source has an older xxhash.h beside its headers.
+if(NOT EXISTS /usr/include/xxhash.h)
+    message(FATAL_ERROR "xxhash.h is missing: run tools/setup.sh build")
+endif()
+file(COPY /usr/include/xxhash.h DESTINATION ${TREVOLT_STAGE}/xxhash/xxhash)
+add_library(xxhash INTERFACE)
+target_include_directories(xxhash SYSTEM INTERFACE ${TREVOLT_STAGE}/xxhash)
+target_compile_definitions(xxhash INTERFACE XXH_INLINE_ALL)
+
 # A program that links the library may use any {fmt} beside it: this one lies in a namespace of the
 # project's own.
 target_compile_definitions(fmt_headers INTERFACE

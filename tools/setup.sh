@@ -8,7 +8,8 @@ set -eu
 
 packages_for() {
     case "$1" in
-        build) echo g++ cmake ninja-build pkg-config liblz4-dev libcli11-dev libfmt-dev libssl-dev ;;
+        build) echo g++ cmake ninja-build pkg-config liblz4-dev libxxhash-dev libcli11-dev libfmt-dev \
+            libssl-dev ;;
         test) packages_for build; echo libgtest-dev locales lz4 python3 python3-lz4 ;;
         format) echo clang-format ;;
         lint) packages_for test; echo clang-tidy ;;

@@ -52,15 +52,19 @@ class CMassiveBuf {
 
     /// Writes the content at the stream's position as one LZ4 frame with content size and content
     /// checksum (an empty buffer as an empty frame), and leaves the position behind it. Nothing is
-    /// sought or flushed. E_FAIL when the stream fails.
+    /// sought or flushed. E_FAIL when the stream fails, or when the memory for a piece of the frame
+    /// is refused; the frame is not whole then.
     Status CompressToFile(std::ostream& stream) const;
 
     /// Reads exactly `byteCount` bytes, which must be one LZ4 frame, and replaces the content with
-    /// what they hold. Nothing is sought. E_FAIL when they are not a whole frame or hold more than
-    /// one, when the frame is skippable or names a dictionary, when a checksum or the declared size
-    /// is wrong, or when the declared size is more than such bytes can hold; E_OUTOFMEMORY when the
-    /// memory is refused. After a failure the buffer is empty.
-    Status UncompressFromFile(std::istream& stream, std::uint64_t byteCount);
+    /// what they hold. Where its blocks are independent and its content's size is declared, up to
+    /// `threads` threads decode it; the answer does not depend on their number. Nothing is sought.
+    /// E_FAIL when they are not a whole frame or hold more than one, when the frame is skippable or
+    /// names a dictionary, when a checksum or the declared size is wrong, or when the declared size
+    /// is more than such bytes can hold; E_OUTOFMEMORY when the memory is refused. After a failure
+    /// the buffer is empty.
+    Status UncompressFromFile(std::istream& stream, std::uint64_t byteCount,
+                              std::size_t threads = 1);
 
     /// Reads a raw image: a uint64 byte count, then the bytes, and leaves the position behind them.
     /// E_FAIL when the stream does not hold as many, or cannot be sought and so not tell;

@@ -326,8 +326,13 @@ TEST_P(BinaryCoefFile, ReportsWhenTheBodyGetsNoMemoryBesideAPreparedGrid) {
         EXPECT_TRUE(report.WasMemoryRefused());
         EXPECT_FALSE(FileExists(File()));
     }
-    const CBudgetLimit enough(outstanding + bodyBytes);
-    EXPECT_EQ(Kind().write(map, Path(), &prepared), S_OK);
+    {
+        const CBudgetLimit enough(outstanding + 2 * bodyBytes); // and what the body is packed into
+        const CTransferReport report;
+        EXPECT_EQ(Kind().write(map, Path(), &prepared), S_OK);
+        EXPECT_FALSE(report.WasMemoryRefused());
+    }
+    EXPECT_EQ(RawBody(File()), Bytes(bodyBytes));
     EXPECT_EQ(CMemoryBudget::Process().Outstanding(), outstanding);
 }
 

@@ -1,0 +1,320 @@
+#include "common/FrameBlocks.h"
+
+#include <algorithm>
+#include <array>
+#include <condition_variable>
+#include <cstring>
+#include <limits>
+#include <mutex>
+#include <optional>
+#include <thread>
+
+#include <lz4.h>
+#include <xxhash/xxhash.h>
+
+#include "common/BufferRuns.h"
+#include "common/FrameLayout.h"
+#include "common/LittleEndian.h"
+#include "common/OrderedJobs.h"
+#include "trevolt/TransferReport.h"
+
+namespace trevolt {
+namespace {
+
+constexpr std::uint64_t kNoBlock = std::numeric_limits<std::uint64_t>::max();
+
+std::optional<std::uint32_t> TakeField(CBoundedSource& source) {
+    std::array<std::byte, kFrameFieldBytes> field{};
+    if (!source.Take(field.data(), field.size()))
+        return std::nullopt;
+    return LoadLittle<std::uint32_t>(field.data());
+}
+
+/// One block on its way into the target.
+struct SBlock {
+    std::uint64_t number = 0;
+    bool isStoredAsIs = false;
+    std::size_t storedBytes = 0;
+    std::uint32_t checksum = 0;          ///< of the stored bytes, if blocks have one
+    std::optional<std::uint64_t> offset; ///< in the target, once all before it are decoded
+    std::size_t bytes = 0;               ///< decoded
+    const std::byte* content = nullptr;  ///< decoded; null when they are in their place
+};
+
+/// What a thread keeps from block to block.
+struct SBlockMemory {
+    CBudgetBlock stored;
+    CBudgetBlock decoded;
+};
+
+/// Memory of at least `bytes`, `most` of them when it is taken now; false when it is refused.
+bool Reserve(CBudgetBlock& memory, std::size_t most) {
+    if (!memory)
+        memory = CBudgetBlock(most);
+    return static_cast<bool>(memory);
+}
+
+/// The blocks come one after the other from the stream and are decoded at once. Where one goes is
+/// known when those before it are decoded: blocks may hold less than their most. They are counted
+/// into the checksum in their order.
+class CBlockReader {
+  public:
+    CBlockReader(CBoundedSource& source, const SFrameBlocks& blocks, CMassiveBuf& target)
+        : m_source(source), m_blocks(blocks), m_target(target) {
+        XXH32_reset(&m_checksum, 0);
+    }
+
+    Status Read(std::size_t threads) {
+        const std::uint64_t most = m_target.ByteCount() / m_blocks.largestBytes + 1;
+        const auto workers = static_cast<std::size_t>(std::min<std::uint64_t>(threads, most));
+        {
+            const auto takeAll = [this] { ReadBlocks(); };
+            const auto others = StartThreads<std::jthread>(workers < 2 ? 0 : workers - 1, takeAll);
+            takeAll();
+        }
+        if (m_failedBlock == kNoBlock)
+            return TakeEnd();
+        if (m_status == E_OUTOFMEMORY)
+            CTransferReport::NoteMemoryRefused(); // a block's thread has no report
+        return m_status;
+    }
+
+  private:
+    void ReadBlocks() {
+        SBlockMemory memory;
+        for (SBlock block; TakeBlock(memory, block); block = {}) {
+            if (const Status status = FinishBlock(memory, block); status != S_OK)
+                return Fail(block.number, status);
+        }
+    }
+
+    /// Takes the next block from the stream: into its place, when that is known and it is stored as
+    /// it is. False when there is none, or the frame has failed.
+    bool TakeBlock(SBlockMemory& memory, SBlock& block) {
+        const std::lock_guard lock(m_reading);
+        if (m_ended || HasFailed())
+            return false;
+        block.number = m_taken;
+        const auto field = TakeField(m_source);
+        if (field == 0U) {
+            m_ended = true;
+            return false;
+        }
+        ++m_taken;
+        const Status status = field ? TakeStored(*field, memory, block) : E_FAIL;
+        if (status != S_OK)
+            Fail(block.number, status);
+        return status == S_OK;
+    }
+
+    Status TakeStored(std::uint32_t field, SBlockMemory& memory, SBlock& block) {
+        block.isStoredAsIs = (field & kStoredAsIsBit) != 0;
+        block.storedBytes = field & ~kStoredAsIsBit;
+        if (block.storedBytes > m_blocks.largestBytes || block.storedBytes > m_source.Left())
+            return E_FAIL;
+        if (block.isStoredAsIs)
+            block.bytes = block.storedBytes;
+        if (!FindPlace(block))
+            return E_FAIL;
+        if (!IsTakenIntoPlace(block)) {
+            const std::uint64_t most =
+                std::min<std::uint64_t>(m_blocks.largestBytes, m_source.Left());
+            if (!Reserve(memory.stored, static_cast<std::size_t>(most)))
+                return E_OUTOFMEMORY;
+        }
+        if (!TakeBytes(memory, block))
+            return E_FAIL;
+        if (!m_blocks.haveChecksums)
+            return S_OK;
+        const auto checksum = TakeField(m_source);
+        block.checksum = checksum.value_or(0);
+        return checksum ? S_OK : E_FAIL;
+    }
+
+    static bool IsTakenIntoPlace(const SBlock& block) { return block.isStoredAsIs && block.offset; }
+
+    bool TakeBytes(SBlockMemory& memory, SBlock& block) {
+        if (!IsTakenIntoPlace(block))
+            return m_source.Take(memory.stored.Data(), block.storedBytes);
+        return EachRun(
+            m_target, *block.offset, block.bytes,
+            [this](std::byte* to, std::size_t count) { return m_source.Take(to, count); });
+    }
+
+    /// Sets the block's place when all before it are decoded; a block that is stored as it is tells
+    /// that of the next one too. False when the content does not hold it.
+    bool FindPlace(SBlock& block) {
+        const std::lock_guard lock(m_mutex);
+        if (m_placed != block.number)
+            return true;
+        block.offset = m_made;
+        return !block.isStoredAsIs || CountIn(block);
+    }
+
+    /// The block is the next and its bytes are known; false when they are more than there is room.
+    bool CountIn(const SBlock& block) {
+        if (block.bytes > m_target.ByteCount() - m_made)
+            return false;
+        m_made += block.bytes;
+        ++m_placed;
+        m_moved.notify_all();
+        return true;
+    }
+
+    Status FinishBlock(SBlockMemory& memory, SBlock& block) {
+        if (m_blocks.haveChecksums && StoredChecksum(memory, block) != block.checksum)
+            return E_FAIL;
+        if (!IsTakenIntoPlace(block)) {
+            if (const Status status = Decode(memory, block); status != S_OK)
+                return status;
+            if (!Place(block))
+                return E_FAIL;
+        }
+        return !m_blocks.hasContentChecksum || CountIntoChecksum(block) ? S_OK : E_FAIL;
+    }
+
+    std::uint32_t StoredChecksum(const SBlockMemory& memory, const SBlock& block) const {
+        if (!IsTakenIntoPlace(block))
+            return XXH32(memory.stored.Data(), block.storedBytes, 0);
+        XXH32_state_t checksum;
+        XXH32_reset(&checksum, 0);
+        AddPlaced(checksum, block);
+        return XXH32_digest(&checksum);
+    }
+
+    void AddPlaced(XXH32_state_t& checksum, const SBlock& block) const {
+        EachRun(m_target, *block.offset, block.bytes,
+                [&](const std::byte* bytes, std::size_t count) {
+                    return XXH32_update(&checksum, bytes, count) == XXH_OK;
+                });
+    }
+
+    Status Decode(SBlockMemory& memory, SBlock& block) const {
+        if (block.isStoredAsIs) {
+            block.content = memory.stored.Data();
+            return S_OK;
+        }
+        if (DecodeIntoPlace(memory.stored, block))
+            return S_OK;
+        // A frame's blocks are decoded with as much room as a block may fill.
+        if (!Reserve(memory.decoded, m_blocks.largestBytes))
+            return E_OUTOFMEMORY;
+        block.content = memory.decoded.Data();
+        return DecodeInto(memory.decoded.Data(), m_blocks.largestBytes, memory.stored, block)
+                   ? S_OK
+                   : E_FAIL;
+    }
+
+    /// Decodes a block whose place is known and has room for it in one run.
+    bool DecodeIntoPlace(const CBudgetBlock& stored, SBlock& block) const {
+        if (!block.offset)
+            return false;
+        const auto most = static_cast<std::size_t>(
+            std::min<std::uint64_t>(m_target.ByteCount() - *block.offset, m_blocks.largestBytes));
+        bool isDecoded = false;
+        EachRun(m_target, *block.offset, most, [&](std::byte* to, std::size_t count) {
+            isDecoded = count == most && DecodeInto(to, count, stored, block);
+            return false; // the first run is the only one
+        });
+        return isDecoded;
+    }
+
+    static bool DecodeInto(std::byte* to, std::size_t room, const CBudgetBlock& stored,
+                           SBlock& block) {
+        const int bytes = LZ4_decompress_safe(
+            reinterpret_cast<const char*>(stored.Data()), reinterpret_cast<char*>(to),
+            static_cast<int>(block.storedBytes), static_cast<int>(room));
+        block.bytes = static_cast<std::size_t>(std::max(bytes, 0));
+        return bytes >= 0;
+    }
+
+    /// Puts the block behind those before it; false when that fails, or they did.
+    bool Place(SBlock& block) {
+        if (!AwaitPlace(block))
+            return false;
+        if (block.content == nullptr)
+            return true;
+        const std::byte* from = block.content;
+        return EachRun(m_target, *block.offset, block.bytes, [&](std::byte* to, std::size_t count) {
+            std::memcpy(to, from, count);
+            from += count;
+            return true;
+        });
+    }
+
+    bool AwaitPlace(SBlock& block) {
+        std::unique_lock lock(m_mutex);
+        if (!AwaitTurn(lock, m_placed, block.number))
+            return false;
+        block.offset = m_made;
+        return CountIn(block);
+    }
+
+    bool CountIntoChecksum(const SBlock& block) {
+        {
+            std::unique_lock lock(m_mutex);
+            if (!AwaitTurn(lock, m_counted, block.number))
+                return false;
+        }
+        AddPlaced(m_checksum, block);
+        const std::lock_guard lock(m_mutex);
+        ++m_counted;
+        m_moved.notify_all();
+        return true;
+    }
+
+    /// Waits until `stage` has come to a block; false when one before it has failed.
+    bool AwaitTurn(std::unique_lock<std::mutex>& lock, const std::uint64_t& stage,
+                   std::uint64_t number) {
+        m_moved.wait(lock, [&] { return stage == number || m_failedBlock < number; });
+        return stage == number;
+    }
+
+    bool HasFailed() {
+        const std::lock_guard lock(m_mutex);
+        return m_failedBlock != kNoBlock;
+    }
+
+    /// The first block that failed tells the status.
+    void Fail(std::uint64_t number, Status status) {
+        const std::lock_guard lock(m_mutex);
+        if (number >= m_failedBlock)
+            return;
+        m_failedBlock = number;
+        m_status = status;
+        m_moved.notify_all();
+    }
+
+    /// Behind the end mark.
+    Status TakeEnd() {
+        if (m_blocks.hasContentChecksum && TakeField(m_source) != XXH32_digest(&m_checksum))
+            return E_FAIL;
+        return m_source.Left() == 0 && m_made == m_target.ByteCount() ? S_OK : E_FAIL;
+    }
+
+    std::mutex m_reading; ///< guards the stream, and the two behind it
+    CBoundedSource& m_source;
+    std::uint64_t m_taken = 0; ///< blocks
+    bool m_ended = false;
+
+    const SFrameBlocks& m_blocks;
+    CMassiveBuf& m_target;
+    XXH32_state_t m_checksum{}; ///< of the one whose turn it is
+
+    std::mutex m_mutex; ///< guards what is behind it
+    std::condition_variable m_moved;
+    std::uint64_t m_placed = 0;  ///< blocks whose bytes are counted in `m_made`
+    std::uint64_t m_made = 0;    ///< bytes
+    std::uint64_t m_counted = 0; ///< blocks in the checksum
+    std::uint64_t m_failedBlock = kNoBlock;
+    Status m_status{};
+};
+
+} // namespace
+
+Status ReadFrameBlocks(CBoundedSource& source, const SFrameBlocks& blocks, std::size_t threads,
+                       CMassiveBuf& target) {
+    return CBlockReader(source, blocks, target).Read(threads);
+}
+
+} // namespace trevolt

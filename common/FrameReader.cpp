@@ -1,0 +1,129 @@
+#include "common/FrameReader.h"
+
+#include <algorithm>
+#include <array>
+
+#include "common/CheckedArithmetic.h"
+#include "common/FrameBlocks.h"
+#include "common/FrameLayout.h"
+
+namespace trevolt {
+namespace {
+
+constexpr std::size_t kReadBytes = std::size_t{1} << 20;
+constexpr std::uint64_t kLargestRatio = 255; // no LZ4 stream holds more than 255 times its bytes
+
+SFrameBlocks BlocksOf(const LZ4F_frameInfo_t& info) {
+    constexpr std::size_t kSmallestBytes = std::size_t{1} << 16; // and each code's is four times it
+    return {kSmallestBytes << (2 * (info.blockSizeID - LZ4F_max64KB)), info.blockChecksumFlag != 0,
+            info.contentChecksumFlag != 0};
+}
+
+} // namespace
+
+Status CFrameReader::Read(std::size_t threads) {
+    if (!TakeHeader())
+        return E_FAIL;
+    if (const Status status = ReserveDeclared(); Failed(status))
+        return status;
+    if (m_isSizeDeclared && m_info.blockMode == LZ4F_blockIndependent)
+        return ReadFrameBlocks(m_source, BlocksOf(m_info), threads, m_target);
+    return DecodeThrough();
+}
+
+/// False when it is not one of a frame that is read here.
+bool CFrameReader::TakeHeader() {
+    LZ4F_dctx* context = nullptr;
+    if (LZ4F_isError(LZ4F_createDecompressionContext(&context, LZ4F_VERSION)) != 0U)
+        return false;
+    m_context.reset(context);
+    m_bound = CheckedProduct<std::uint64_t>(m_source.Left(), kLargestRatio).value_or(UINT64_MAX);
+    std::array<char, kLongestHeaderBytes> header{};
+    if (!m_source.Take(header.data(), kShortestHeaderBytes))
+        return false;
+    std::size_t size = LZ4F_headerSize(header.data(), kShortestHeaderBytes);
+    if (LZ4F_isError(size) != 0U || size > header.size() ||
+        !m_source.Take(&header[kShortestHeaderBytes], size - kShortestHeaderBytes))
+        return false;
+    const std::size_t hint = LZ4F_getFrameInfo(context, &m_info, header.data(), &size);
+    if (LZ4F_isError(hint) != 0U || m_info.frameType != LZ4F_frame || m_info.dictID != 0)
+        return false;
+    // The frame's information does not tell a declared 0 from no declaration.
+    m_isSizeDeclared = (header[kFrameFlagsOffset] & kContentSizeFlag) != 0;
+    return true;
+}
+
+/// Allocates a declared size at once.
+Status CFrameReader::ReserveDeclared() {
+    if (m_info.contentSize > m_bound)
+        return E_FAIL;
+    if (m_isSizeDeclared && !m_target.Allocate(m_info.contentSize))
+        return E_OUTOFMEMORY;
+    return S_OK;
+}
+
+Status CFrameReader::DecodeThrough() {
+    m_in = CBudgetBlock(
+        static_cast<std::size_t>(std::min<std::uint64_t>(m_source.Left(), kReadBytes)));
+    if (!m_in)
+        return E_OUTOFMEMORY;
+    for (;;) {
+        if (m_inDone == m_inSize && m_source.Left() > 0 && !Refill())
+            return E_FAIL;
+        std::byte spare{};
+        std::size_t room = 0;
+        std::byte* out = OutputPosition(room);
+        if (out == nullptr && m_outOfMemory)
+            return E_OUTOFMEMORY;
+        std::size_t taken = m_inSize - m_inDone;
+        std::size_t made = out == nullptr ? 0 : room;
+        const std::size_t hint = LZ4F_decompress(m_context.get(), out == nullptr ? &spare : out,
+                                                 &made, m_in.Data() + m_inDone, &taken, nullptr);
+        if (LZ4F_isError(hint) != 0U)
+            return E_FAIL;
+        m_inDone += taken;
+        m_made += made;
+        if (hint == 0)
+            return EndOfFrame();
+        if (taken == 0 && made == 0)
+            return E_FAIL; // the end mark is missing, or more comes out than was declared
+    }
+}
+
+/// Nothing may follow it, and all that was declared must be there.
+Status CFrameReader::EndOfFrame() {
+    if (m_source.Left() != 0 || m_inDone != m_inSize)
+        return E_FAIL;
+    if (m_isSizeDeclared && m_made != m_info.contentSize)
+        return E_FAIL;
+    m_target.m_byteCount = m_made;
+    return S_OK;
+}
+
+/// Where the next decoded byte goes and how many fit there. Null when the declared size is full, or
+/// when there is no memory for another block.
+std::byte* CFrameReader::OutputPosition(std::size_t& room) {
+    const std::uint64_t index = m_made / m_target.m_blockBytes;
+    const std::uint64_t offset = m_made % m_target.m_blockBytes;
+    if (index == m_target.m_blocks.size()) {
+        if (m_isSizeDeclared || m_made >= m_bound)
+            return nullptr;
+        if (!m_target.AppendBlock(m_bound - m_made)) {
+            m_outOfMemory = true;
+            return nullptr;
+        }
+    }
+    CBudgetBlock& block = m_target.m_blocks[index];
+    if (offset >= block.Size())
+        return nullptr;
+    room = block.Size() - offset;
+    return block.Data() + offset;
+}
+
+bool CFrameReader::Refill() {
+    m_inSize = static_cast<std::size_t>(std::min<std::uint64_t>(m_source.Left(), m_in.Size()));
+    m_inDone = 0;
+    return m_inSize > 0 && m_source.Take(m_in.Data(), m_inSize);
+}
+
+} // namespace trevolt

@@ -1,0 +1,179 @@
+#include "common/FrameReader.h"
+
+#include <cstring>
+#include <sstream>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/BudgetLimit.h"
+#include "tests/support/LzFrames.h"
+#include "tests/support/Streams.h"
+#include "trevolt/TransferReport.h"
+
+namespace trevolt {
+namespace {
+
+using namespace test;
+
+constexpr std::size_t kThreads[] = {1, 2, 3, 8};
+constexpr std::size_t kSmallBlock = std::size_t{64} << 10;
+
+Bytes BufferBytes(const CMassiveBuf& buffer) {
+    Bytes bytes(buffer.ByteCount());
+    std::size_t at = 0;
+    for (std::size_t i = 0; i < buffer.BlockCount() && at < bytes.size(); ++i) {
+        const std::size_t count = std::min(buffer.BlockSize(i), bytes.size() - at);
+        std::memcpy(&bytes[at], buffer.Block(i), count);
+        at += count;
+    }
+    return bytes;
+}
+
+/// What a read with so many threads makes of a stream that holds the bytes and no more; nothing when
+/// it refuses them as damaged.
+std::optional<Bytes> ReadBy(std::size_t threads, const Bytes& frame, std::uint32_t blockBytes) {
+    CPipe pipe(frame);
+    CMassiveBuf buffer(blockBytes);
+    EXPECT_TRUE(buffer.Allocate(3));
+    const Status status = buffer.UncompressFromFile(pipe, frame.size(), threads);
+    if (status == S_OK)
+        return BufferBytes(buffer);
+    EXPECT_EQ(status, E_FAIL);
+    EXPECT_EQ(buffer.BlockCount(), 0U);
+    EXPECT_EQ(buffer.ByteCount(), 0U);
+    return std::nullopt;
+}
+
+void ExpectReadAs(const Bytes& content, const Bytes& frame, const std::string& what) {
+    for (const std::size_t threads : kThreads)
+        for (const std::uint32_t blockBytes : {1000U, 100000U, 9U << 20})
+            EXPECT_TRUE(ReadBy(threads, frame, blockBytes) == content)
+                << what << " by " << threads << " threads into " << blockBytes;
+}
+
+TEST(FrameReader, TakesEveryFormOfAFrame) {
+    const Bytes content = MixedBytes((std::size_t{1} << 20) + 4321, 150000);
+    for (const auto& [id, bytes] :
+         {std::pair{LZ4F_max64KB, kSmallBlock}, std::pair{LZ4F_max256KB, 4 * kSmallBlock},
+          std::pair{LZ4F_max1MB, 16 * kSmallBlock}, std::pair{LZ4F_max4MB, 64 * kSmallBlock}}) {
+        for (const auto mode : {LZ4F_blockIndependent, LZ4F_blockLinked})
+            for (const bool hasChecksums : {false, true})
+                for (const bool hasSize : {false, true})
+                    ExpectReadAs(
+                        content,
+                        FrameOf(content, {id, mode, hasChecksums, !hasChecksums, hasSize, bytes}),
+                        std::to_string(bytes) + (hasSize ? " declared" : "") +
+                            (mode == LZ4F_blockLinked ? " linked" : ""));
+    }
+}
+
+// Blocks may hold less than their most: where one goes is known only when those before it are.
+TEST(FrameReader, TakesBlocksOfAnySize) {
+    const Bytes content = MixedBytes(1500000, 40000);
+    for (const std::size_t blockBytes : {999U, 30011U, 65535U})
+        for (const bool hasChecksums : {false, true})
+            ExpectReadAs(content,
+                         FrameOf(content, {LZ4F_max64KB, LZ4F_blockIndependent, hasChecksums, true,
+                                           true, blockBytes}),
+                         std::to_string(blockBytes));
+    ExpectReadAs(Bytes(700000, std::byte{1}),
+                 FrameOf(Bytes(700000, std::byte{1}),
+                         {LZ4F_max256KB, LZ4F_blockIndependent, false, true, true, 50000}),
+                 "shrinking");
+}
+
+TEST(FrameReader, TakesNothing) {
+    ExpectReadAs({}, FrameOf({}, {}), "no content");
+    ExpectReadAs(
+        {},
+        MakeBytes({0x04, 0x22, 0x4D, 0x18, 0x68, 0x40, 0, 0, 0, 0, 0, 0, 0, 0, 0x05, 0, 0, 0, 0}),
+        "no content, declared");
+}
+
+/// A frame of several kinds of blocks that is small enough to be damaged everywhere.
+Bytes SmallFrame(bool hasBlockChecksums, bool hasContentChecksum, LZ4F_blockMode_t mode) {
+    Bytes content = Bytes(300, std::byte{5});
+    for (const Bytes& part : {Noise(50), Bytes(200, std::byte{6}), Noise(20, 2)})
+        content.insert(content.end(), part.begin(), part.end());
+    return FrameOf(content, {LZ4F_max64KB, mode, hasBlockChecksums, hasContentChecksum, true, 100});
+}
+
+TEST(FrameReader, TellsDamageAnywhereAsLz4Does) {
+    for (const auto& [hasBlockChecksums, hasContentChecksum, mode] :
+         {std::tuple{false, true, LZ4F_blockIndependent},
+          {true, false, LZ4F_blockIndependent},
+          {false, false, LZ4F_blockIndependent},
+          {false, true, LZ4F_blockLinked}}) {
+        const Bytes whole = SmallFrame(hasBlockChecksums, hasContentChecksum, mode);
+        const auto content = ContentOfFrame(whole, 570);
+        ASSERT_TRUE(content.has_value());
+        std::size_t refused = 0;
+        for (std::size_t at = 0; at < whole.size(); ++at) {
+            for (const int change : {0x01, 0x80, 0xFF}) {
+                Bytes damaged = whole;
+                damaged[at] ^= static_cast<std::byte>(change);
+                auto expected = ContentOfFrame(damaged, 570);
+                if (at < 15) // the header: what LZ4 takes of it may still be refused here
+                    expected.reset();
+                refused += expected ? 0 : 1;
+                for (const std::size_t threads : {1U, 3U})
+                    ASSERT_TRUE(ReadBy(threads, damaged, 64) == expected)
+                        << "byte " << at << ", " << change << ", " << threads << " threads";
+            }
+        }
+        EXPECT_GT(refused, hasBlockChecksums || hasContentChecksum ? whole.size() * 2 : 15 * 3);
+    }
+}
+
+TEST(FrameReader, RefusesEveryTruncationAndWhatFollows) {
+    const Bytes whole = SmallFrame(true, true, LZ4F_blockIndependent);
+    for (const std::size_t threads : {1U, 3U}) {
+        for (std::size_t size = 0; size < whole.size(); ++size)
+            EXPECT_FALSE(ReadBy(
+                threads, {whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)}, 64))
+                << size;
+        for (const int behind : {0, 1, 4, 100}) {
+            Bytes longer = whole;
+            longer.resize(whole.size() + static_cast<std::size_t>(behind));
+            EXPECT_EQ(ReadBy(threads, longer, 64).has_value(), behind == 0);
+        }
+    }
+}
+
+TEST(FrameReader, TakesNoMoreOfTheStreamThanItIsTold) {
+    const Bytes whole = SmallFrame(false, true, LZ4F_blockIndependent);
+    for (const std::size_t threads : {1U, 3U}) {
+        Bytes more = whole;
+        more.resize(whole.size() + 50);
+        std::istringstream stream = StreamBehindPrefix(more);
+        CMassiveBuf buffer(100);
+        EXPECT_EQ(buffer.UncompressFromFile(stream, whole.size(), threads), S_OK);
+        EXPECT_EQ(stream.tellg(), static_cast<std::streamoff>(kPrefix.size() + whole.size()));
+        EXPECT_TRUE(stream.good());
+        // One byte fewer than the frame has is a truncated frame.
+        std::istringstream again = StreamBehindPrefix(more);
+        EXPECT_EQ(buffer.UncompressFromFile(again, whole.size() - 1, threads), E_FAIL);
+    }
+}
+
+Bytes WithHeader(std::initializer_list<int> header, std::initializer_list<int> blocks) {
+    Bytes frame = MakeBytes({0x04, 0x22, 0x4D, 0x18});
+    for (const Bytes& part : {MakeBytes(header), MakeBytes(blocks), MakeBytes({0, 0, 0, 0})})
+        frame.insert(frame.end(), part.begin(), part.end());
+    return frame;
+}
+
+TEST(FrameReader, TakesABlockThatEndsAsNoWriterEndsOneAsLz4Does) {
+    // A match that begins less than twelve bytes before the end; blocks of up to 64 KiB.
+    const Bytes frame =
+        WithHeader({0x68, 0x40, 12, 0, 0, 0, 0, 0, 0, 0, 0x5D},
+                   {12, 0, 0, 0, 0x10, 'A', 1, 0, 0x70, 'B', 'C', 'D', 'E', 'F', 'G', 'H'});
+    const auto content = ContentOfFrame(frame, 12);
+    ASSERT_EQ(content, MakeBytes({'A', 'A', 'A', 'A', 'A', 'B', 'C', 'D', 'E', 'F', 'G', 'H'}));
+    for (const std::size_t threads : kThreads)
+        EXPECT_EQ(ReadBy(threads, frame, 64), content);
+}
+
+} // namespace
+} // namespace trevolt
