@@ -34,24 +34,16 @@ Status ReadHeader(std::istream& stream, const CoefFileMagic& magic, FileSize& si
     return S_OK;
 }
 
-HeaderBytes MakeHeader(const CoefFileMagic& magic, std::uint32_t width, std::uint32_t height) {
-    HeaderBytes header{};
-    std::memcpy(header.data(), magic.data(), magic.size());
-    StoreLittle<std::uint32_t>(&header[kVersionOffset], kVersion);
-    StoreLittle<std::uint16_t>(&header[kWidthOffset], static_cast<std::uint16_t>(width));
-    StoreLittle<std::uint16_t>(&header[kHeightOffset], static_cast<std::uint16_t>(height));
-    return header;
-}
-
 /// Reads header and body; the body is as long as what follows the header.
-Status ReadHeaderAndBody(std::istream& stream, const CoefFileMagic& magic, CMassiveGrid& body) {
+Status ReadHeaderAndBody(std::istream& stream, const CoefFileMagic& magic, CMassiveGrid& body,
+                         std::size_t threads) {
     FileSize size;
     if (const Status status = ReadHeader(stream, magic, size); Failed(status))
         return status;
     const auto stored = BytesToEnd(stream);
     if (!stored)
         return E_FAIL;
-    if (const Status status = body.UncompressFromFile(stream, *stored); Failed(status))
+    if (const Status status = body.UncompressFromFile(stream, *stored, threads); Failed(status))
         return status;
     if (body.SetShape(size.width, size.height))
         return S_OK;
@@ -61,10 +53,11 @@ Status ReadHeaderAndBody(std::istream& stream, const CoefFileMagic& magic, CMass
 
 } // namespace
 
-Status ReadCoefBody(const CFileSource& source, const CoefFileMagic& magic, CMassiveGrid& body) {
+Status ReadCoefBody(const CFileSource& source, const CoefFileMagic& magic, CMassiveGrid& body,
+                    std::size_t threads) {
     body.Release();
     return source.Take(
-        [&](std::istream& stream) { return ReadHeaderAndBody(stream, magic, body); });
+        [&](std::istream& stream) { return ReadHeaderAndBody(stream, magic, body, threads); });
 }
 
 Status ReadCoefFileSize(const CFileSource& source, const CoefFileMagic& magic, std::uint32_t& width,
@@ -79,11 +72,20 @@ Status ReadCoefFileSize(const CFileSource& source, const CoefFileMagic& magic, s
     return S_OK;
 }
 
+void WriteCoefHeader(std::ostream& stream, const CoefFileMagic& magic, std::uint32_t width,
+                     std::uint32_t height) {
+    HeaderBytes header{};
+    std::memcpy(header.data(), magic.data(), magic.size());
+    StoreLittle<std::uint32_t>(&header[kVersionOffset], kVersion);
+    StoreLittle<std::uint16_t>(&header[kWidthOffset], static_cast<std::uint16_t>(width));
+    StoreLittle<std::uint16_t>(&header[kHeightOffset], static_cast<std::uint16_t>(height));
+    stream.write(reinterpret_cast<const char*>(header.data()), header.size());
+}
+
 Status WriteCoefBody(const CFileTarget& target, const CoefFileMagic& magic, std::uint32_t width,
                      std::uint32_t height, const CMassiveBuf& body) {
     return target.Put([&](std::ostream& stream) {
-        const HeaderBytes header = MakeHeader(magic, width, height);
-        stream.write(reinterpret_cast<const char*>(header.data()), header.size());
+        WriteCoefHeader(stream, magic, width, height);
         return body.CompressToFile(stream);
     });
 }

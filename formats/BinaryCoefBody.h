@@ -20,15 +20,20 @@ namespace trevolt {
 /// element size must be the kind's. E_COEF_INVALIDARG for a null path, E_COEF_OPENFAILED,
 /// E_COEF_BADFORMAT for another magic, a version above 1 or a file shorter than its header, E_FAIL
 /// for a damaged body, one of another size than the header's, or a stream that cannot tell where it
-/// ends, E_OUTOFMEMORY. After a failure `body` is empty.
-Status ReadCoefBody(const CFileSource& source, const CoefFileMagic& magic, CMassiveGrid& body);
+/// ends, E_OUTOFMEMORY. After a failure `body` is empty. Up to `threads` threads decode the body.
+Status ReadCoefBody(const CFileSource& source, const CoefFileMagic& magic, CMassiveGrid& body,
+                    std::size_t threads = 1);
 
 /// Reads only the header; E_COEF_INVALIDARG, E_COEF_OPENFAILED and E_COEF_BADFORMAT as above, the
 /// outputs then unchanged.
 Status ReadCoefFileSize(const CFileSource& source, const CoefFileMagic& magic, std::uint32_t& width,
                         std::uint32_t& height);
 
-/// Writes header (version 1, the sizes' low 16 bits) and body. E_COEF_OPENFAILED, or E_FAIL when
+/// Writes the header (version 1, the sizes' low 16 bits).
+void WriteCoefHeader(std::ostream& stream, const CoefFileMagic& magic, std::uint32_t width,
+                     std::uint32_t height);
+
+/// Writes header and body. E_COEF_OPENFAILED, or E_FAIL when
 /// the stream fails; a partial file then stays.
 Status WriteCoefBody(const CFileTarget& target, const CoefFileMagic& magic, std::uint32_t width,
                      std::uint32_t height, const CMassiveBuf& body);
