@@ -135,6 +135,23 @@ TEST(CoefRotation, PixelsThatTheSourceDoesNotHoldAreItsDefaults) {
     ExpectPixels(target, [](std::int32_t, std::int32_t) { return SMatrixCoef{}; });
 }
 
+TEST(CoefRotation, RowsThatEndInsideTheSizeGoOnWithDefaults) {
+    const CChromaCorrectCoef source = PatternMap(40, 20);
+    const std::pair<std::int32_t, std::int32_t> sizes[] = {{70, 33}, {40, 33}, {41, 20},
+                                                           {70, 20}, {20, 21}, {200, 3}};
+    for (const auto& [width, height] : sizes) {
+        for (std::uint32_t code = 1; code <= 3; ++code) {
+            SCOPED_TRACE(testing::Message() << width << " x " << height << " by " << code);
+            CChromaCorrectCoef target;
+            TurnMap(source, width, height, code, target);
+            ExpectPixels(target, [&](std::int32_t x, std::int32_t y) {
+                const auto [fromX, fromY] = SourceOf(code, width, height, x, y);
+                return fromX < 40 && fromY < 20 ? PatternPixel(fromX, fromY) : SMatrixCoef{};
+            });
+        }
+    }
+}
+
 TEST(CoefRotation, ReplacesWhatTheTargetHeld) {
     const CChromaCorrectCoef source = PatternMap(2, 3);
     CChromaCorrectCoef target = PatternMap(50, 50);
