@@ -9,7 +9,7 @@ install(TARGETS trevolt-cli RUNTIME COMPONENT programs)
 
 install(DIRECTORY include/trevolt DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT library)
 set(libraries trevolt)
-if(WIN32)
+if(CMAKE_CROSSCOMPILING)
     list(APPEND libraries lz4)
 endif()
 install(TARGETS ${libraries} EXPORT TrevoltTargets

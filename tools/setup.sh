@@ -1,7 +1,7 @@
 #!/bin/sh
 # Installs the Debian packages that the named jobs need and that are missing.
 #
-#   tools/setup.sh build|test|format|lint|asan|bench|fuzz|windows|bare ...
+#   tools/setup.sh build|test|format|lint|asan|bench|fuzz|windows|arm64|bare ...
 #
 # Nothing else is changed on the machine. Runs as root, or through sudo.
 set -eu
@@ -17,6 +17,7 @@ packages_for() {
         asan | fuzz) packages_for test; echo clang libclang-rt-14-dev ;;
         windows) packages_for test; echo g++-mingw-w64-x86-64-posix dpkg-dev wine wine64 xvfb \
             fonts-wine fonts-dejavu-core fonts-droid-fallback fonts-nanum fonts-tlwg-waree-ttf ;;
+        arm64) packages_for test; echo g++-aarch64-linux-gnu dpkg-dev qemu-user-static ;;
         bare) echo debootstrap ;;
         *) echo "setup: unknown job '$1'" >&2; exit 2 ;;
     esac
