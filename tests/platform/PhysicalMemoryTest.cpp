@@ -2,6 +2,8 @@
 
 #include <cstring>
 #include <fstream>
+#include <sstream>
+#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -60,12 +62,31 @@ TEST(PhysicalMemory, RefusesWhatNoSystemHas) {
 #ifdef __linux__
 #ifndef TREVOLT_ADDRESS_SANITIZER // it has blocks of its own
 
-std::size_t ResidentBytes() {
-    std::ifstream statm("/proc/self/statm");
+/// The process's address space, and what of it is in memory.
+struct SProcessBytes {
     std::size_t all = 0;
     std::size_t resident = 0;
-    statm >> all >> resident;
-    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+};
+
+SProcessBytes MeasureProcess() {
+    std::ifstream statm("/proc/self/statm");
+    SProcessBytes pages;
+    statm >> pages.all >> pages.resident;
+    const auto pageBytes = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    return {pages.all * pageBytes, pages.resident * pageBytes};
+}
+
+/// What the system notes of the mapping that begins at that address.
+std::string FlagsOfMapping(const void* memory) {
+    std::ostringstream start;
+    start << std::hex << reinterpret_cast<std::uintptr_t>(memory) << '-';
+    std::ifstream maps("/proc/self/smaps");
+    std::string line;
+    while (std::getline(maps, line) && line.rfind(start.str(), 0) != 0) {
+    }
+    while (std::getline(maps, line) && line.rfind("VmFlags:", 0) != 0) {
+    }
+    return line;
 }
 
 /// Whether there is memory of the process at that address.
@@ -79,14 +100,14 @@ bool IsMapped(const void* memory) {
 TEST(PhysicalMemory, FreedPagesGoBackToTheSystem) {
     const SBlock stays(kMiB);
     stays.Fill(7);
-    const std::size_t before = ResidentBytes();
+    const std::size_t before = MeasureProcess().resident;
     std::vector<SBlock> blocks;
     for (int i = 0; i < 8; ++i)
         blocks.emplace_back(16 * kMiB + 4096).Fill(1);
-    EXPECT_GE(ResidentBytes(), before + 120 * kMiB);
+    EXPECT_GE(MeasureProcess().resident, before + 120 * kMiB);
     for (const SBlock& block : blocks)
         FreeLarge(block.data, block.bytes);
-    EXPECT_LE(ResidentBytes(), before + 8 * kMiB);
+    EXPECT_LE(MeasureProcess().resident, before + 8 * kMiB);
     EXPECT_TRUE(stays.Holds(7));
     FreeLarge(stays.data, stays.bytes);
 }
@@ -112,6 +133,25 @@ TEST(PhysicalMemory, AddressSpaceGoesBackWithTheLastBlock) {
     FreeLarge(alone.data, alone.bytes);
     EXPECT_FALSE(IsMapped(alone.data));
     EXPECT_FALSE(IsMapped(alone.data + alone.bytes - 1));
+}
+
+TEST(PhysicalMemory, NoAddressSpaceIsLeftBehind) {
+    FreeLarge(AllocateLarge(64 * kMiB), 64 * kMiB);
+    const std::size_t before = MeasureProcess().all;
+    for (std::size_t bytes = 33 * kMiB; bytes < 38 * kMiB; bytes += kMiB / 2 + 1) {
+        const SBlock block(bytes);
+        EXPECT_LT(MeasureProcess().all, before + bytes + 8192);
+        FreeLarge(block.data, block.bytes);
+        EXPECT_EQ(MeasureProcess().all, before);
+    }
+}
+
+TEST(PhysicalMemory, LargeBlocksAskForHugePages) {
+    if (!std::ifstream("/sys/kernel/mm/transparent_hugepage/enabled"))
+        GTEST_SKIP() << "a system without huge pages";
+    const SBlock block(64 * kMiB);
+    EXPECT_NE((FlagsOfMapping(block.data) + ' ').find(" hg "), std::string::npos);
+    FreeLarge(block.data, block.bytes);
 }
 
 TEST(PhysicalMemory, BlocksBeginOnPagesAndLargeOnesOnHugePages) {
