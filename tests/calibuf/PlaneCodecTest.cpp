@@ -1,5 +1,7 @@
 #include "calibuf/PlaneCodec.h"
 
+#include <algorithm>
+
 #include <lz4.h>
 
 #include "calibuf/WordElementKind.h"
@@ -56,6 +58,49 @@ TYPED_TEST(CaliPlanesOf, CompressesEveryWordPlaneAsARawBlock) {
     EXPECT_EQ(total, at);
     for (std::size_t k = this->kWords; k < kMaxWords; ++k)
         EXPECT_EQ(sizes[k], kUntouched);
+}
+
+// Planes that the caller fills become the bytes of the elements that they hold the words of.
+TYPED_TEST(CaliPlanesOf, CompressesFilledPlanesAsItsElements) {
+    constexpr std::size_t kCount = 1300;
+    const Bytes elements = this->Elements(100, 13);
+    Bytes expected(this->m_store.CompressedBound());
+    std::array<std::uint32_t, kMaxWords> expectedSizes{};
+    std::uint32_t expectedTotal = 0;
+    ASSERT_EQ(this->m_store.CompressPlanes(expected.data(), expectedTotal, elements.data(),
+                                           expectedSizes.data(), 100, 13),
+              S_OK);
+    CPlaneCodec codec(sizeof(TypeParam), kCount);
+    ASSERT_TRUE(codec.IsReady());
+    for (std::size_t k = 0; k < this->kWords; ++k)
+        for (std::size_t e = 0; e < kCount; ++e)
+            codec.Plane(k)[e] = LoadLittle<std::uint16_t>(&elements[e * sizeof(TypeParam) + 2 * k]);
+    Bytes compressed(CPlaneCodec::MostCompressedBytes(this->kWords, kCount));
+    std::array<std::uint32_t, kMaxWords> sizes{};
+    ASSERT_EQ(codec.CompressFilled(compressed.data(), sizes.data(), kCount), expectedTotal);
+    EXPECT_EQ(sizes, expectedSizes);
+    EXPECT_EQ(std::memcmp(compressed.data(), expected.data(), expectedTotal), 0);
+}
+
+// Of noise in planes of any length the room told of holds all that LZ4 makes.
+TYPED_TEST(CaliPlanesOf, TellsTheRoomForNoiseInPlanes) {
+    std::uint32_t noise = 1;
+    for (const std::size_t count : {1U, 6U, 7U, 8U, 20U, 300U, 32768U}) {
+        CPlaneCodec codec(sizeof(TypeParam), count);
+        ASSERT_TRUE(codec.IsReady());
+        for (std::size_t k = 0; k < this->kWords; ++k)
+            for (std::size_t e = 0; e < count; ++e)
+                codec.Plane(k)[e] =
+                    static_cast<std::uint16_t>((noise = noise * 1664525U + 1013904223U) >> 16);
+        const std::size_t room = CPlaneCodec::MostCompressedBytes(this->kWords, count);
+        constexpr std::byte kMark{0x5A};
+        Bytes compressed(room + 64, kMark);
+        std::array<std::uint32_t, kMaxWords> sizes{};
+        EXPECT_LE(codec.CompressFilled(compressed.data(), sizes.data(), count), room) << count;
+        EXPECT_TRUE(std::all_of(compressed.begin() + static_cast<std::ptrdiff_t>(room),
+                                compressed.end(), [](std::byte b) { return b == kMark; }))
+            << count;
+    }
 }
 
 TYPED_TEST(CaliPlanesOf, RoundTripsAnySize) {
