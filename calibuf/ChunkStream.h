@@ -37,6 +37,8 @@ class CChunkRecords {
   public:
     explicit CChunkRecords(std::uint32_t planeCount) : m_planeCount(planeCount) {}
 
+    /// Makes room: so many records are then added without memory being asked for.
+    void Reserve(std::size_t count) { m_records.reserve(count); }
     void Add(const SChunkRecord& record) { m_records.push_back(record); }
     std::vector<std::byte> DirectoryBytes() const;
 
@@ -58,6 +60,9 @@ class CChunkStream {
   public:
     /// Reserves a directory of `recordCount` records that list `planeCount` sizes each.
     CChunkStream(std::ostream& stream, std::uint32_t planeCount, std::uint64_t recordCount);
+
+    /// As `CChunkRecords::Reserve`.
+    void Reserve(std::size_t count) { m_records.Reserve(count); }
 
     /// Writes the chunk behind those before it.
     void Add(const SChunkRecord& record, std::span<const std::byte> bytes) {

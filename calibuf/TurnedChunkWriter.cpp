@@ -115,6 +115,7 @@ Status WriteTurnedChunks(std::ostream& stream, const CWordPlanes& planes,
     if (chunks.empty())
         return E_COEF_NOBUFFER;
     CChunkStream output(stream, kind.planeCount, pieces.size());
+    output.Reserve(pieces.size()); // what delivers must not throw
     RunOrdered<const CTurnedChunk*>(
         pieces.size(), workers,
         [&](std::size_t i) {

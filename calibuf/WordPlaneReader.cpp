@@ -75,18 +75,20 @@ bool IsCoveredOnce(const SChunkDirectory& directory, const SPlainChunks& chunks,
            (chunks.count == 1 || CountMissingPixels(directory, area) == 0U);
 }
 
-/// Hands out the chunks of a file in order, some at a time, to threads that decode them.
+/// Reads the chunks of a file in order, some at a time, for threads that decode them.
 class CChunkFeed {
   public:
     CChunkFeed(std::istream& stream, const SChunkDirectory& directory)
         : m_stream(stream), m_directory(directory) {}
 
-    /// The next records and, in `bytes`, which hold the largest chunk, what the stream has of them;
-    /// none behind the last one and once a thread has given up.
+    /// Records of the directory, the end excluded.
     struct SRun {
         std::uint32_t first;
         std::uint32_t end;
     };
+
+    /// The next records, whose chunks are then in `bytes`, which must hold the largest one; none
+    /// behind the last record, and once the file is known to be damaged.
     SRun Next(CBudgetBlock& bytes) {
         const std::lock_guard lock(m_mutex);
         if (!m_isIntact)
@@ -105,6 +107,7 @@ class CChunkFeed {
         return {first, m_isIntact ? m_next : first};
     }
 
+    /// Tells that a chunk is not sound.
     void GiveUp() {
         const std::lock_guard lock(m_mutex);
         m_isIntact = false;

@@ -492,6 +492,19 @@ TYPED_TEST(StoredWordCoef, RefusesChunksThatBeginOutsideTheArea) {
     this->ExpectRefused(withPieceAt(5000, 0), SLoaded::Whole());
 }
 
+// An origin near the largest: what lies 2^32 behind it is before it, not in the area.
+TYPED_TEST(StoredWordCoef, RefusesChunksWhosePlacePassesTheLargest) {
+    using Element = typename TypeParam::Element;
+    SMadeFile<Element> wide(24, 9, 0xFFFFFFF8, 0);
+    wide.Cover(8, 9, TestFixture::kPixel);
+    this->ExpectRefused(wide.AsFile(),
+                        {.status = E_FAIL, .failedChunks = 2, .missingPixels = 16 * 9});
+    SMadeFile<Element> high(9, 24, 0, 0xFFFFFFF8);
+    high.Cover(9, 8, TestFixture::kPixel);
+    this->ExpectRefused(high.AsFile(),
+                        {.status = E_FAIL, .failedChunks = 2, .missingPixels = 16 * 9});
+}
+
 TYPED_TEST(StoredWordCoef, RefusesRecordsThatNoChunkCanHave) {
     using Element = typename TypeParam::Element;
     const auto withRecord = [](const std::function<void(SChunkRecord&)>& change) {
@@ -507,6 +520,11 @@ TYPED_TEST(StoredWordCoef, RefusesRecordsThatNoChunkCanHave) {
                             r.totalSize = static_cast<std::uint32_t>(sizeof(Element)) * 65536 + 1;
                         }),
                         failed);
+    SMadeFile<Element> large(20, 10); // and its bytes are there
+    large.Cover(256, 128, TestFixture::kPixel);
+    large.records[0].totalSize = static_cast<std::uint32_t>(sizeof(Element)) * 65536 + 1;
+    large.data.resize(large.records[0].totalSize);
+    this->ExpectRefused(large.AsFile(), failed);
     SLoaded missing = failed;
     missing.missingPixels = 44U * 72U;
     this->ExpectRefused(withRecord([](SChunkRecord& r) { r.width = 0; }), missing);
