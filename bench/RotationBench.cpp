@@ -11,6 +11,7 @@
 #include <benchmark/benchmark.h>
 #include <lz4frame.h>
 
+#include "bench/MeasuredPixel.h"
 #include "bench/RatioReporter.h"
 #include "trevolt/BinaryCoefFile.h"
 #include "trevolt/CoefRotation.h"
@@ -24,29 +25,8 @@ constexpr std::size_t kPixels = std::size_t{kWidth} * kHeight;
 constexpr std::size_t kStoredBytes = 36;
 constexpr int kRepetitions = 5; // of each, of which the shortest counts
 
-/// Gains near 0.86 with noise in the last bits, as a calibration run measures them.
-SMatrixCoef MeasuredPixel(std::uint32_t& state) {
-    SMatrixCoef pixel;
-    for (std::size_t k = 0; k < 9; ++k) {
-        state = state * 1664525U + 1013904223U;
-        const float noise = static_cast<float>(state >> 20) / 65536.0F;
-        pixel.m[k] = k % 4 == 0 ? 0.83F + noise : 0.02F * noise;
-    }
-    return pixel;
-}
-
-CChromaCorrectCoef MakeScreen() {
-    CChromaCorrectCoef map;
-    map.Resize(kWidth, kHeight);
-    std::uint32_t state = 1;
-    for (std::int32_t y = 0; y < kHeight; ++y)
-        for (std::int32_t x = 0; x < kWidth; ++x)
-            map.SetElement(x, y, MeasuredPixel(state));
-    return map;
-}
-
 const CChromaCorrectCoef& Screen() {
-    static const CChromaCorrectCoef map = MakeScreen();
+    static const CChromaCorrectCoef map = MeasuredMap(kWidth, kHeight, 0);
     return map;
 }
 

@@ -13,7 +13,7 @@ packages_for() {
         test) packages_for build; echo libgtest-dev locales lz4 python3 python3-lz4 ;;
         format) echo clang-format ;;
         lint) packages_for test; echo clang-tidy ;;
-        bench) packages_for build; echo libbenchmark-dev ;;
+        bench) packages_for build; echo libbenchmark-dev lz4 python3 python3-lz4 python3-numpy ;;
         asan | fuzz) packages_for test; echo clang libclang-rt-14-dev ;;
         windows) packages_for test; echo g++-mingw-w64-x86-64-posix dpkg-dev wine wine64 xvfb \
             fonts-wine fonts-dejavu-core fonts-droid-fallback fonts-nanum fonts-tlwg-waree-ttf ;;

@@ -1,0 +1,115 @@
+"""Where the measuring script works: the programs, the files that they work on, and timed runs."""
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+
+from figures import Run
+
+PEERS = pathlib.Path(__file__).resolve().parent / 'peers'
+TOUCHED_BYTES = 8 << 30
+
+# What a step may need besides the project: whether it is there.
+PYTHON_PEER = 'NumPy and LZ4 for Python'
+LZ4_PEER = 'the lz4 program'
+SECOND_CORE = 'a second core'
+
+
+class Failure(Exception):
+    """A program did not do its work, so that there is nothing to time."""
+
+
+def missing_peers():
+    there = {
+        PYTHON_PEER: subprocess.run([sys.executable, '-c', 'import numpy, lz4.block, lz4.frame'],
+                                    stderr=subprocess.DEVNULL, check=False).returncode == 0,
+        LZ4_PEER: shutil.which('lz4') is not None,
+        SECOND_CORE: (os.cpu_count() or 1) > 1,
+    }
+    return {peer for peer, is_there in there.items() if not is_there}
+
+
+def available_bytes():
+    with open('/proc/meminfo', encoding='ascii') as lines:
+        fields = dict(line.split(':') for line in lines)
+    return int(fields['MemAvailable'].split()[0]) * 1024
+
+
+def touch_free_memory():
+    """A virtual machine's first touch of a page costs many times what is measured. A process of its
+    own does it, since this one's peak would be inherited by those it starts."""
+    count = min(TOUCHED_BYTES, available_bytes() // 4 * 3)
+    subprocess.run([sys.executable, '-c', f'b"\\1" * {count}'], check=True)
+
+
+class Workplace:
+    """A folder that is made anew and goes with its content; the programs lie elsewhere."""
+
+    def __init__(self, programs, folder):
+        self.programs = programs
+        self.folder = folder
+        self.command = programs / 'trevolt-cli'
+        shutil.rmtree(folder, ignore_errors=True)
+        folder.mkdir(parents=True)
+
+    def remove(self):
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+    def fresh(self, name):
+        """An empty folder; what it held before is gone."""
+        folder = self.folder / name
+        shutil.rmtree(folder, ignore_errors=True)
+        folder.mkdir(parents=True)
+        return folder
+
+    def wall(self, width, height, count, kind):
+        """A folder of cabinets of a kind, made once."""
+        root = self.folder / 'walls' / f'{width}x{height}x{count}'
+        if not (root / kind).exists():
+            sizes = [str(number) for number in (width, height, count)]
+            self.check_output([self.programs / 'make-wall', root, *sizes, kind])
+            os.sync()  # else it is written to the disk while something is timed
+        return root / kind
+
+    def links(self, name, files):
+        """A folder of these files, which cost no space."""
+        folder = self.fresh(name)
+        for file in files:
+            os.link(file, folder / file.name)
+        return folder
+
+    def check_output(self, command):
+        done = subprocess.run(command, capture_output=True, text=True, check=False)
+        if done.returncode != 0:
+            raise Failure(f'{pathlib.Path(command[0]).name} ended with {done.returncode}: '
+                          f'{done.stderr.strip()[-500:]}')
+        return done.stdout
+
+    def timed(self, command):
+        """A run that must succeed."""
+        status, seconds, faults, peak_kib = self.check_output(
+            [self.programs / 'timed-run', *command]).split()
+        if status != '0':
+            raise Failure(f'{pathlib.Path(command[0]).name} ended with {status}')
+        return Run(float(seconds), int(faults), int(peak_kib) * 1024)
+
+    def timed_turn(self, command, source, target='turned', *after):
+        """A run of a command, then both folders and what comes after them; it must write as many
+        files into the target as it finds in the source."""
+        out = self.fresh(target)
+        run = self.timed([*command, source, out, *after])
+        files, written = (len(os.listdir(folder)) for folder in (source, out))
+        if files == 0 or files != written:
+            raise Failure(f'{written} files were written of {files}')
+        return run
+
+    def rotate(self, source, *options, target='turned', angle=90):
+        return self.timed_turn([self.command, 'rotate', '--angle', str(angle), *options], source,
+                               target)
+
+    def peer_turn(self, source, target='turned'):
+        return self.timed_turn([sys.executable, PEERS / 'turn_folder.py'], source, target)
+
+    def check_same_pixels(self, one, other):
+        self.check_output([sys.executable, '-B', PEERS / 'same_pixels.py', one, other])

@@ -1,0 +1,319 @@
+#!/usr/bin/python3
+"""Tests of the measuring script: what it reckons, what it tells and what it refuses to count."""
+import contextlib
+import io
+import json
+import pathlib
+import sys
+import tempfile
+import unittest
+from unittest import mock
+
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / 'bench'))
+
+import experiments
+import rows
+import run
+import workplace
+from figures import Goal, Result, Run, exponent, median_run, slope, summary
+
+
+def runs_of(**seconds):
+    return {step: [Run(value) for value in values] for step, values in seconds.items()}
+
+
+class Figures(unittest.TestCase):
+    def test_a_goal_holds_up_to_its_value(self):
+        for relation, below, at, above in (('>=', False, True, True), ('<=', True, True, False),
+                                           ('<', True, False, False)):
+            goal = Goal(relation, 2)
+            self.assertEqual([goal.holds(figure) for figure in (1.99, 2, 2.01)],
+                             [below, at, above], relation)
+
+    def test_the_median_is_of_each_thing_by_itself(self):
+        runs = [Run(1, 30, 200), Run(9, 10, 100), Run(2, 20, 900)]
+        self.assertEqual(median_run(runs), Run(2, 20, 200))
+        self.assertEqual(median_run(runs[:2]).seconds, 5)
+
+    def test_the_exponent_tells_how_cost_grows(self):
+        sizes = [1, 2, 4, 8, 16]
+        self.assertAlmostEqual(exponent(sizes, [3 * size for size in sizes]), 1)
+        self.assertAlmostEqual(exponent(sizes, [3 * size**2 for size in sizes]), 2)
+        self.assertAlmostEqual(exponent(sizes, [7] * 5), 0)
+
+    def test_the_slope_leaves_the_start_out(self):
+        self.assertAlmostEqual(slope([10, 20, 40], [1050, 1100, 1200]), 5)
+
+    def test_a_figure_is_shown_to_three_digits_and_large_ones_whole(self):
+        goal = Goal('<', 40)
+        for figure, shown in ((1.23456, '1.23'), (0.05, '0.05'), (123456.7, '123457')):
+            self.assertEqual(str(Result('a', 'b', 'c', goal, figure)).split()[1], shown)
+
+    def test_what_was_not_measured_is_neither_held_nor_failed(self):
+        held = Result('a', 'x', 'times', Goal('>=', 3), 3.5)
+        failed = Result('b', 'x', 'times', Goal('>=', 3), 2.5)
+        absent = Result('c', 'x', 'times', Goal('>=', 3), None, ('the peer',))
+        free = Result('d', 'x', 'ms', None, 7.0)
+        self.assertEqual([r.holds for r in (held, failed, absent, free)], [True, False, None, None])
+        self.assertEqual(summary([held, failed, absent, free]), '1 of 3 goals hold, 1 not measured')
+        self.assertEqual(summary([held, failed, free]), '1 of 2 goals hold')
+        self.assertIn('not measured, missing: the peer', str(absent))
+        self.assertIn('NOT HELD', str(failed))
+        self.assertNotIn('HELD', str(held))
+        self.assertEqual(absent.as_json()['missing'], ['the peer'])
+        self.assertIsNone(absent.as_json()['holds'])
+
+    def test_the_runs_stand_in_the_json(self):
+        result = Result('a', 'x', 'times', Goal('>=', 3), 4, (),
+                        {'own': [Run(1.5, 7, 100), Run(2.5, 8, 200)], 'timer': [Run(0.25)]})
+        self.assertEqual(result.as_json(), {
+            'what': 'x', 'unit': 'times', 'figure': 4, 'goal': {'relation': '>=', 'value': 3},
+            'holds': True, 'missing': [],
+            'runs': {'own': {'seconds': [1.5, 2.5], 'faults': [7, 8], 'peak_bytes': [100, 200]},
+                     'timer': {'seconds': [0.25]}}})
+
+
+class Table(unittest.TestCase):
+    def row(self, key):
+        found, = [row for row in rows.ROWS if row.key == key]
+        return found
+
+    def figure(self, key, runs):
+        return self.row(key).result(runs, set()).figure
+
+    def test_every_row_has_a_name_of_its_own_and_steps_of_its_experiment(self):
+        keys = [row.key for row in rows.ROWS]
+        self.assertEqual(len(keys), len(set(keys)))
+        for row in rows.ROWS:
+            self.assertLessEqual(set(row.steps), set(row.experiment.steps), row.key)
+
+    def test_the_goals_are_these(self):
+        kinds = ['9fcoef', '3fcoef', '9bcoef', '3bcoef', '9wcoef', '3wcoef', '4wcoef', '12wcoef']
+        expected = {'screen-lz4.9fcoef': '≤ 0.75', 'screen-script.9fcoef': '≥ 6',
+                    'screen-script.9wcoef': '≥ 20', 'screen-script.3bcoef': '≥ 5',
+                    'cores.cabinets': '≥ 1.8', 'cores.screen': '≥ 1.5', 'turn.90': '≤ 1.25',
+                    'turn.180': '≤ 1.25', 'turn.270': '≤ 1.25', 'growth.size': '≤ 1.1',
+                    'growth.count': '≤ 1.1', 'growth.memory': '≤ 1024', 'faults': '< 40',
+                    'start': '< 15', 'text': 'None', 'dialog': 'None'}
+        for kind in kinds:
+            expected[f'cabinets.{kind}'] = '≥ 3'
+            expected[f'screen-copy.{kind}'] = '≤ 2' if 'w' in kind else '≤ 1.5'
+            expected[f'peak.{kind}'] = '≤ 1'
+        self.assertEqual({row.key: str(row.goal) for row in rows.ROWS}, expected)
+        self.assertEqual([(mean.key, str(mean.goal)) for mean in rows.MEAN_ROWS],
+                         [('cabinets', '≥ 4')])
+
+    def test_faster_than_a_peer_is_its_time_to_the_commands(self):
+        runs = runs_of(command=[2, 1, 3], script=[8, 9, 7])
+        self.assertEqual(self.figure('cabinets.9fcoef', runs), 4)
+        self.assertEqual(self.figure('screen-script.3bcoef', runs), 4)
+
+    def test_a_share_of_the_time_is_the_commands_time_to_its_peers(self):
+        self.assertEqual(self.figure('screen-lz4.9fcoef', runs_of(command=[3], lz4=[4])), 0.75)
+        self.assertEqual(
+            self.figure('screen-copy.3wcoef', runs_of(command=[3], copy=[0.5], calls=[1])), 2)
+        self.assertEqual(self.figure('turn.180', runs_of(**{'180': [5], 'copy': [4]})), 1.25)
+
+    def test_two_jobs_are_told_by_how_much_faster_they_are(self):
+        self.assertEqual(self.figure('cores.screen', runs_of(one=[3], two=[2])), 1.5)
+
+    def test_faults_are_those_of_the_further_cabinets_of_the_worst_kind(self):
+        runs = {step: [Run(1, 1000 if step.startswith('few') else 1192)]
+                for step in experiments.Faults.steps}
+        self.assertEqual(self.figure('faults', runs), 1)
+        runs['all.4wcoef'] = [Run(1, 1000 + 192 * 39)]
+        self.assertEqual(self.figure('faults', runs), 39)
+
+    def test_the_peak_is_to_what_the_body_allows(self):
+        allowed = 2.2 * 3840 * 2160 * 18 + 64e6
+        for part in (0.5, 1.5):
+            runs = {'command': [Run(1, 1, part * allowed)]}
+            self.assertAlmostEqual(self.figure('peak.9wcoef', runs), part)
+
+    def test_growth_is_of_time_by_size_and_of_time_and_memory_by_count(self):
+        sizes = {f'{w}x{h}': [Run(w * h * 1e-8)] for w, h in experiments.SIZES}
+        self.assertAlmostEqual(self.figure('growth.size', sizes), 1)
+        counts = {str(n): [Run(n**1.5, 1, 1e7 + 2000 * n)] for n in experiments.COUNTS}
+        self.assertAlmostEqual(self.figure('growth.count', counts), 1.5)
+        self.assertAlmostEqual(self.figure('growth.memory', counts), 2000)
+        self.assertEqual((len(experiments.SIZES), len(experiments.COUNTS), experiments.COUNTS[-1]),
+                         (5, 5, 20000))
+
+    def test_single_runs_are_in_milliseconds(self):
+        self.assertEqual(self.figure('start', runs_of(start=[0.003])), 3)
+        self.assertEqual(self.figure('text', runs_of(command=[0.64])), 10)
+        self.assertAlmostEqual(self.figure('dialog', runs_of(run=[0.144])), 1)
+
+    def test_a_missing_peer_leaves_no_figure_and_other_rows_have_theirs(self):
+        missing = {workplace.PYTHON_PEER}
+        runs = runs_of(command=[1], copy=[1], calls=[1], lz4=[4])
+        result = self.row('screen-script.9fcoef').result(runs, missing)
+        self.assertEqual((result.figure, result.holds, result.missing),
+                         (None, None, (workplace.PYTHON_PEER,)))
+        self.assertEqual(self.row('screen-lz4.9fcoef').result(runs, missing).figure, 0.25)
+
+    def test_the_mean_needs_all_its_parts(self):
+        mean, = rows.MEAN_ROWS
+        parts = [Result(f'cabinets.{i}', '', '', None, figure) for i, figure in enumerate((2, 8))]
+        self.assertAlmostEqual(mean.result([*parts, Result('start', '', '', None, 1)]).figure, 4)
+        absent = Result('cabinets.x', '', '', None, None, ('the peer',))
+        self.assertEqual(mean.result([*parts, absent]).missing, ('the peer',))
+        self.assertIsNone(mean.result([*parts, absent]).holds)
+        self.assertEqual(rows.mean_rows(rows.chosen(['cabinets'])), [mean])
+        self.assertEqual(rows.mean_rows(rows.chosen(['cabinets.9fcoef', 'start'])), [])
+
+    def test_rows_are_chosen_by_name_or_by_the_part_before_the_dot(self):
+        self.assertEqual(rows.chosen([]), list(rows.ROWS))
+        self.assertEqual([row.key for row in rows.chosen(['start', 'turn.90'])],
+                         ['turn.90', 'start'])
+        self.assertEqual([row.key for row in rows.chosen(['turn'])],
+                         ['turn.90', 'turn.180', 'turn.270'])
+        for name in ('tur', 'turn.', 'screen', ''):
+            self.assertRaises(KeyError, rows.chosen, [name])
+
+
+class Rounds(unittest.TestCase):
+    class Script(experiments.Experiment):
+        steps = ('a', 'b')
+        peers = {'b': 'the peer'}
+
+        def __init__(self, seconds):
+            self.seconds = seconds
+            self.calls = []
+
+        def run_step(self, _, step):
+            self.calls.append(step)
+            return Run(self.seconds)
+
+    def test_steps_take_turns_five_times_when_short_and_three_times_when_long(self):
+        short, long = self.Script(0.1), self.Script(10)
+        runs = short.measure(None, ['a', 'b'])
+        long.measure(None, ['a', 'b'])
+        self.assertEqual(short.calls, ['a', 'b'] * 5)
+        self.assertEqual(long.calls, ['a', 'b'] * 3)
+        self.assertEqual(runs, {'a': [Run(0.1)] * 5, 'b': [Run(0.1)] * 5})
+
+    def test_rows_of_one_experiment_share_its_runs_and_missing_peers_are_not_run(self):
+        script = self.Script(0.1)
+        table = [rows.Row(key, '', '', None, script, steps, lambda runs: len(runs))
+                 for key, steps in (('one', ('a',)), ('two', ('a', 'b')))]
+        told = []
+        results = run.measure(None, table, {'the peer'}, told.append)
+        self.assertEqual(script.calls, ['a'] * 5)
+        self.assertEqual(told, results)
+        self.assertEqual([(result.key, result.figure) for result in results],
+                         [('one', 1), ('two', None)])
+
+    def test_nothing_is_run_where_only_a_missing_peer_would_be(self):
+        script = self.Script(0.1)
+        script.prepare = mock.Mock()
+        row = rows.Row('one', '', '', None, script, ('b',), lambda runs: 1)
+        self.assertEqual(run.measure(None, [row], {'the peer'}, mock.Mock())[0].missing, ('the peer',))
+        script.prepare.assert_not_called()
+
+
+class Programs(unittest.TestCase):
+    """The script with programs that only pretend."""
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+        self.program('trevolt-cli', 'for last; do :; done; echo >"$last/a"; [ "$2" = --angle ]')
+        self.program('timed-run', '"$@" 2>/dev/null; echo $? 0.25 12 34')
+
+    def program(self, name, script):
+        path = self.folder / name
+        path.write_text(f'#!/bin/sh\n{script}\n', encoding='utf-8')
+        path.chmod(0o755)
+
+    def place(self):
+        return workplace.Workplace(self.folder, self.folder / 'work')
+
+    def source(self, place, count):
+        folder = place.fresh('source')
+        for number in range(count):
+            (folder / f'{number}').touch()
+        return folder
+
+    def main(self, *names):
+        out, err = io.StringIO(), io.StringIO()
+        results = self.folder / 'results.json'
+        with mock.patch.object(sys, 'argv', ['run.py', str(self.folder), str(results), *names]), \
+                mock.patch.object(run, 'touch_free_memory'), \
+                contextlib.redirect_stdout(out), contextlib.redirect_stderr(err):
+            status = run.main()
+        return status, out.getvalue(), err.getvalue(), results
+
+    def test_a_run_tells_what_the_program_between_told(self):
+        place = self.place()
+        self.assertEqual(place.rotate(self.source(place, 1)), Run(0.25, 12, 34 * 1024))
+
+    def test_a_run_that_does_not_write_every_file_is_no_run(self):
+        place = self.place()
+        for count in (0, 2):
+            with self.assertRaisesRegex(workplace.Failure, f'1 files were written of {count}'):
+                place.rotate(self.source(place, count))
+
+    def test_a_run_that_fails_is_no_run(self):
+        self.program('trevolt-cli', 'exit 3')
+        place = self.place()
+        with self.assertRaisesRegex(workplace.Failure, 'trevolt-cli ended with 3'):
+            place.rotate(self.source(place, 1))
+
+    def test_outputs_do_not_stay_for_the_next_run(self):
+        place = self.place()
+        (place.fresh('turned') / 'old').touch()
+        place.rotate(self.source(place, 1))
+        self.assertEqual([path.name for path in (place.folder / 'turned').iterdir()], ['a'])
+
+    def test_the_results_tell_machine_parameters_and_rows_and_no_path(self):
+        self.program('trevolt-cli', 'exit 0')
+        status, out, _, results = self.main('start')
+        self.assertEqual(status, 0)
+        self.assertIn('start', out)
+        self.assertIn('0 of 1 goals hold', out)
+        tables = json.loads(results.read_text(encoding='utf-8'))
+        self.assertEqual(list(tables), ['machine', 'parameters', 'rows'])
+        self.assertEqual(list(tables['machine']),
+                         ['processor', 'cores', 'memory_bytes', 'load_before'])
+        self.assertEqual(tables['parameters']['cabinets'], 256)
+        self.assertEqual(tables['rows']['start']['figure'], 250)
+        self.assertIs(tables['rows']['start']['holds'], False)
+        self.assertNotIn(str(self.folder), results.read_text(encoding='utf-8'))
+        self.assertFalse((self.folder / 'work').exists())
+
+    def test_a_program_that_fails_ends_the_script_and_leaves_no_results(self):
+        self.program('trevolt-cli', 'exit 3')
+        status, _, err, results = self.main('start')
+        self.assertEqual((status, err), (1, 'bench: trevolt-cli ended with 3\n'))
+        self.assertFalse(results.exists())
+        self.assertFalse((self.folder / 'work').exists())
+
+    def test_a_name_of_no_row_is_refused(self):
+        status, out, err, _ = self.main('nonsense')
+        self.assertEqual((status, out), (2, ''))
+        self.assertIn("'nonsense' is no row", err)
+        self.assertIn('cabinets.9fcoef', err)
+
+
+class Peers(unittest.TestCase):
+    def test_what_is_not_there_is_missing(self):
+        self.assertIn(workplace.LZ4_PEER, self.missing(which=None))
+        self.assertNotIn(workplace.LZ4_PEER, self.missing(which='lz4'))
+        self.assertIn(workplace.SECOND_CORE, self.missing(cores=1))
+        self.assertNotIn(workplace.SECOND_CORE, self.missing(cores=2))
+        self.assertIn(workplace.PYTHON_PEER, self.missing(executable='false'))
+        self.assertNotIn(workplace.PYTHON_PEER, self.missing(executable='true'))
+
+    @staticmethod
+    def missing(which='lz4', cores=2, executable='true'):
+        with mock.patch('shutil.which', return_value=which), \
+                mock.patch('os.cpu_count', return_value=cores), \
+                mock.patch.object(sys, 'executable', executable):
+            return workplace.missing_peers()
+
+
+if __name__ == '__main__':
+    unittest.main()
