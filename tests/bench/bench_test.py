@@ -3,6 +3,7 @@
 import contextlib
 import io
 import json
+import math
 import pathlib
 import sys
 import tempfile
@@ -161,6 +162,7 @@ class Table(unittest.TestCase):
         self.assertEqual(mean.result([*parts, absent]).missing, ('the peer',))
         self.assertIsNone(mean.result([*parts, absent]).holds)
         self.assertEqual(rows.mean_rows(rows.chosen(['cabinets'])), [mean])
+        self.assertEqual(rows.mean_rows(rows.chosen(['cabinets', 'start'])), [mean])
         self.assertEqual(rows.mean_rows(rows.chosen(['cabinets.9fcoef', 'start'])), [])
 
     def test_rows_are_chosen_by_name_or_by_the_part_before_the_dot(self):
@@ -204,6 +206,16 @@ class Rounds(unittest.TestCase):
         self.assertEqual(told, results)
         self.assertEqual([(result.key, result.figure) for result in results],
                          [('one', 1), ('two', None)])
+
+    def test_each_experiment_has_its_rows_and_the_means_come_last(self):
+        table = [rows.Row(row.key, '', '', None, self.Script(1 + i % 2), ('a',),
+                          lambda runs: runs['a'].seconds)
+                 for i, row in enumerate(rows.chosen(['cabinets']))]
+        results = run.measure(None, table, set(), mock.Mock())
+        self.assertEqual([result.key for result in results],
+                         [*(row.key for row in table), 'cabinets'])
+        self.assertEqual([result.figure for result in results[:-1]], [1, 2] * 4)
+        self.assertAlmostEqual(results[-1].figure, math.sqrt(2))
 
     def test_nothing_is_run_where_only_a_missing_peer_would_be(self):
         script = self.Script(0.1)
@@ -255,6 +267,17 @@ class Programs(unittest.TestCase):
         for count in (0, 2):
             with self.assertRaisesRegex(workplace.Failure, f'1 files were written of {count}'):
                 place.rotate(self.source(place, count))
+
+    def test_a_run_over_no_files_is_no_run(self):
+        self.program('trevolt-cli', 'exit 0')
+        place = self.place()
+        with self.assertRaisesRegex(workplace.Failure, '0 files were written of 0'):
+            place.rotate(self.source(place, 0))
+
+    def test_a_failed_helper_is_told_with_what_it_said(self):
+        self.program('make-wall', 'echo no room >&2; exit 1')
+        with self.assertRaisesRegex(workplace.Failure, 'make-wall ended with 1: no room'):
+            self.place().wall(1, 2, 3, '9fcoef')
 
     def test_a_run_that_fails_is_no_run(self):
         self.program('trevolt-cli', 'exit 3')
