@@ -1,6 +1,6 @@
 // What a calibration run leaves in a pixel, made up: gains near 0.86 that drift slowly over the map,
-// crosstalk near 0.02, and noise down to the last bit of each, so that LZ4 finds few matches but in
-// the kinds of bytes. The same for every machine and run.
+// crosstalk near 0.02, and noise down to the last bit of each, so that LZ4 makes next to nothing of it
+// but where the whole matrix is bytes. The same for every machine and run.
 #pragma once
 
 #include <cstdint>

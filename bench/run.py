@@ -5,7 +5,8 @@
 
 PROGRAMS is the folder of the built programs. A row is named by its key or by the part before its dot;
 without names all are measured. The files that are worked on lie beside the results while it runs.
-Ends with 0 whatever the figures are, 1 when a program fails, 2 for a name that is no row's.
+Ends with 0 whatever the figures are, 1 when a program fails, 2 for a name that is no row's, 130 when
+interrupted.
 """
 import json
 import os
@@ -84,6 +85,9 @@ def main():
     except Failure as failure:
         print(f'bench: {failure}', file=sys.stderr)
         return 1
+    except KeyboardInterrupt:
+        print('bench: interrupted', file=sys.stderr)
+        return 130
     finally:
         place.remove()
     write_results(path, about, results)

@@ -4,13 +4,11 @@
     turn_folder.py SOURCE TARGET
 
 The peer of `trevolt-cli rotate --angle 90`: the eight binary and word kinds, each file whole, in the
-layout that the command writes. Prints the seconds of the work itself, which begin when Python has
-started and loaded its modules.
+layout that the command writes.
 """
 import pathlib
 import struct
 import sys
-import time
 
 import lz4.block
 import lz4.frame
@@ -46,7 +44,7 @@ def write_binary(header, pixels):
 
 
 def read_words(data, words, sizes_listed):
-    """Header and planes, one a word, of a word file whose chunks fill its area."""
+    """Header and planes, one a word, of a word file at origin (0, 0) whose chunks fill its area."""
     _, _, width, height, count = WORD_HEADER_AREA.unpack_from(data, WORD_HEADER_AREA_AT)
     planes = np.empty((words, height, width), dtype='<u2')
     record_bytes = RECORD.size + 4 * sizes_listed
@@ -92,12 +90,10 @@ def turn(data, extension):
 
 
 def main():
-    start = time.perf_counter()
     source, target = map(pathlib.Path, sys.argv[1:])
     for path in sorted(source.iterdir()):
         turned = turn(path.read_bytes(), path.suffix)
         (target / f'{path.stem}-90°{path.suffix}').write_bytes(turned)
-    print(f'{time.perf_counter() - start:.6f}')
 
 
 if __name__ == '__main__':

@@ -143,7 +143,7 @@ class Table(unittest.TestCase):
 
     def test_single_runs_are_in_milliseconds(self):
         self.assertEqual(self.figure('start', runs_of(start=[0.003])), 3)
-        self.assertEqual(self.figure('text', runs_of(command=[0.64])), 10)
+        self.assertEqual(self.figure('text', runs_of(command=[0.32])), 10)
         self.assertAlmostEqual(self.figure('dialog', runs_of(run=[0.144])), 1)
 
     def test_a_missing_peer_leaves_no_figure_and_other_rows_have_theirs(self):
@@ -311,6 +311,13 @@ class Programs(unittest.TestCase):
         self.program('trevolt-cli', 'exit 3')
         status, _, err, results = self.main('start')
         self.assertEqual((status, err), (1, 'bench: trevolt-cli ended with 3\n'))
+        self.assertFalse(results.exists())
+        self.assertFalse((self.folder / 'work').exists())
+
+    def test_an_interrupt_leaves_neither_files_nor_results(self):
+        with mock.patch.object(run, 'measure', side_effect=KeyboardInterrupt):
+            status, _, err, results = self.main('start')
+        self.assertEqual((status, err), (130, 'bench: interrupted\n'))
         self.assertFalse(results.exists())
         self.assertFalse((self.folder / 'work').exists())
 
