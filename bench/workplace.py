@@ -20,6 +20,11 @@ class Failure(Exception):
     """A program did not do its work, so that there is nothing to time."""
 
 
+def require_success(program, status, said):
+    if status != 0:
+        raise Failure(f'{pathlib.Path(program).name} ended with {status}: {said.strip()[-500:]}')
+
+
 def missing_peers():
     there = {
         PYTHON_PEER: subprocess.run([sys.executable, '-c', 'import numpy, lz4.block, lz4.frame'],
@@ -79,19 +84,21 @@ class Workplace:
             os.link(file, folder / file.name)
         return folder
 
+    @staticmethod
+    def run(command):
+        return subprocess.run(command, capture_output=True, text=True, check=False)
+
     def check_output(self, command):
-        done = subprocess.run(command, capture_output=True, text=True, check=False)
-        if done.returncode != 0:
-            raise Failure(f'{pathlib.Path(command[0]).name} ended with {done.returncode}: '
-                          f'{done.stderr.strip()[-500:]}')
+        done = self.run(command)
+        require_success(command[0], done.returncode, done.stderr)
         return done.stdout
 
     def timed(self, command):
         """A run that must succeed."""
-        status, seconds, faults, peak_kib = self.check_output(
-            [self.programs / 'timed-run', *command]).split()
-        if status != '0':
-            raise Failure(f'{pathlib.Path(command[0]).name} ended with {status}')
+        done = self.run([self.programs / 'timed-run', *command])
+        require_success('timed-run', done.returncode, done.stderr)
+        status, seconds, faults, peak_kib = done.stdout.split()
+        require_success(command[0], int(status), done.stderr)
         return Run(float(seconds), int(faults), int(peak_kib) * 1024)
 
     def timed_turn(self, command, source, target='turned', *after):

@@ -233,7 +233,7 @@ class Programs(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.folder = pathlib.Path(folder.name)
         self.program('trevolt-cli', 'for last; do :; done; echo >"$last/a"; [ "$2" = --angle ]')
-        self.program('timed-run', '"$@" 2>/dev/null; echo $? 0.25 12 34')
+        self.program('timed-run', '"$@"; echo $? 0.25 12 34')
 
     def program(self, name, script):
         path = self.folder / name
@@ -274,15 +274,20 @@ class Programs(unittest.TestCase):
         with self.assertRaisesRegex(workplace.Failure, '0 files were written of 0'):
             place.rotate(self.source(place, 0))
 
+    def test_a_timer_that_fails_times_nothing(self):
+        self.program('timed-run', 'echo no process >&2; exit 1')
+        with self.assertRaisesRegex(workplace.Failure, 'timed-run ended with 1: no process'):
+            self.place().timed(['true'])
+
     def test_a_failed_helper_is_told_with_what_it_said(self):
         self.program('make-wall', 'echo no room >&2; exit 1')
         with self.assertRaisesRegex(workplace.Failure, 'make-wall ended with 1: no room'):
             self.place().wall(1, 2, 3, '9fcoef')
 
     def test_a_run_that_fails_is_no_run(self):
-        self.program('trevolt-cli', 'exit 3')
+        self.program('trevolt-cli', 'echo no disk >&2; exit 3')
         place = self.place()
-        with self.assertRaisesRegex(workplace.Failure, 'trevolt-cli ended with 3'):
+        with self.assertRaisesRegex(workplace.Failure, 'trevolt-cli ended with 3: no disk'):
             place.rotate(self.source(place, 1))
 
     def test_outputs_do_not_stay_for_the_next_run(self):
@@ -310,7 +315,7 @@ class Programs(unittest.TestCase):
     def test_a_program_that_fails_ends_the_script_and_leaves_no_results(self):
         self.program('trevolt-cli', 'exit 3')
         status, _, err, results = self.main('start')
-        self.assertEqual((status, err), (1, 'bench: trevolt-cli ended with 3\n'))
+        self.assertEqual((status, err), (1, 'bench: trevolt-cli ended with 3: \n'))
         self.assertFalse(results.exists())
         self.assertFalse((self.folder / 'work').exists())
 
