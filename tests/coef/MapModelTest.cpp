@@ -172,7 +172,7 @@ void MakeAnyMap(CChromaCorrectCoef& map, Random& random, std::uint32_t largestWi
 
 /// What a trial works on: an object, its model, and a place by chance.
 template <class Object>
-struct STrial {
+struct SMapTrial {
     Object& object;
     CBlocks<Object>& model;
     Random& random;
@@ -183,7 +183,7 @@ struct STrial {
 };
 
 template <class Object>
-using Operation = std::function<void(STrial<Object>&)>;
+using MapOperation = std::function<void(SMapTrial<Object>&)>;
 
 /// A binary kind as its writer and its readers have it.
 struct SBinaryKind {
@@ -200,7 +200,7 @@ constexpr SBinaryKind kBinaryKinds[] = {
 
 /// A file of the kind with a map by chance; `map` becomes what it reads as.
 template <class Object>
-std::wstring WriteAnyFile(STrial<Object>& t, const SBinaryKind& kind, CChromaCorrectCoef& map) {
+std::wstring WriteAnyFile(SMapTrial<Object>& t, const SBinaryKind& kind, CChromaCorrectCoef& map) {
     const std::wstring path = t.Path(L"in");
     MakeAnyMap(map, t.random, 350, 60);
     EXPECT_EQ(kind.write(map, path.c_str(), nullptr), S_OK);
@@ -211,22 +211,22 @@ std::wstring WriteAnyFile(STrial<Object>& t, const SBinaryKind& kind, CChromaCor
 
 /// Where a file of the map's size goes at the trial's place: it counts no larger than the store.
 template <class Object>
-SRect PlaceOf(const STrial<Object>& t, const CChromaCorrectCoef& map) {
+SRect PlaceOf(const SMapTrial<Object>& t, const CChromaCorrectCoef& map) {
     return {t.rect.x, t.rect.y, std::min<std::uint32_t>(map.Width(), t.model.Width()),
             std::min<std::uint32_t>(map.Height(), t.model.Height())};
 }
 
 /// Loads of a whole binary file to a place.
 template <class Object>
-void AddBinaryLoads(std::vector<Operation<Object>>& operations) {
+void AddBinaryLoads(std::vector<MapOperation<Object>>& operations) {
     for (const SBinaryKind& kind : kBinaryKinds) {
-        operations.push_back([&kind](STrial<Object>& t) { // 53 to 56
+        operations.push_back([&kind](SMapTrial<Object>& t) { // 53 to 56
             CChromaCorrectCoef map;
             const std::wstring path = WriteAnyFile(t, kind, map);
             ASSERT_EQ((t.object.*kind.load)(path.c_str(), t.rect.x, t.rect.y),
                       t.model.Convert(map, 0, 0, PlaceOf(t, map)));
         });
-        operations.push_back([&kind](STrial<Object>& t) { // 78
+        operations.push_back([&kind](SMapTrial<Object>& t) { // 78
             CChromaCorrectCoef map;
             const std::wstring path = WriteAnyFile(t, kind, map);
             SPixelRect rect = t.rect.Edges();
@@ -241,7 +241,7 @@ void AddBinaryLoads(std::vector<Operation<Object>>& operations) {
             }
             ASSERT_EQ(rect, wanted);
         });
-        operations.push_back([&kind](STrial<Object>& t) { // 79
+        operations.push_back([&kind](SMapTrial<Object>& t) { // 79
             CChromaCorrectCoef map;
             const std::wstring path = WriteAnyFile(t, kind, map);
             t.rect.x = t.rect.y = 0;
@@ -249,7 +249,7 @@ void AddBinaryLoads(std::vector<Operation<Object>>& operations) {
                       t.model.Convert(map, 0, 0, PlaceOf(t, map)));
         });
     }
-    operations.push_back([](STrial<Object>& t) { // the object's own float kind
+    operations.push_back([](SMapTrial<Object>& t) { // the object's own float kind
         CChromaCorrectCoef map;
         const bool kIsBright = std::is_same_v<Object, CCNewBrightCorrectCoef>;
         const std::wstring path = WriteAnyFile(t, kBinaryKinds[kIsBright ? 1 : 0], map);
@@ -260,12 +260,12 @@ void AddBinaryLoads(std::vector<Operation<Object>>& operations) {
 
 /// Files placed over what the store has, entry by entry.
 template <class Object, class Kind>
-void AddPlacedLoad(std::vector<Operation<Object>>& operations, const SBinaryKind& kind,
+void AddPlacedLoad(std::vector<MapOperation<Object>>& operations, const SBinaryKind& kind,
                    Status (CColorCorrectCoef::*import)(const wchar_t*, SPixelRect&, bool,
                                                        const bool*),
                    Status (*place)(CChromaCorrectCoef&, const wchar_t*, SPixelRect&, bool,
                                    const typename Kind::EntryMask&)) {
-    operations.push_back([=, &kind](STrial<Object>& t) {
+    operations.push_back([=, &kind](SMapTrial<Object>& t) {
         CChromaCorrectCoef map;
         const std::wstring path = WriteAnyFile(t, kind, map);
         typename Kind::EntryMask mask{};
@@ -284,7 +284,7 @@ void AddPlacedLoad(std::vector<Operation<Object>>& operations, const SBinaryKind
 }
 
 template <class Object>
-void AddPlacedLoads(std::vector<Operation<Object>>& operations) {
+void AddPlacedLoads(std::vector<MapOperation<Object>>& operations) {
     AddPlacedLoad<Object, S9fCoefKind>(operations, kBinaryKinds[0],
                                        &CColorCorrectCoef::ImportTable49, Place9fCoefFile);
     AddPlacedLoad<Object, S3fCoefKind>(operations, kBinaryKinds[1],
@@ -293,7 +293,7 @@ void AddPlacedLoads(std::vector<Operation<Object>>& operations) {
                                        &CColorCorrectCoef::ImportTable51, Place9bCoefFile);
     AddPlacedLoad<Object, S3bCoefKind>(operations, kBinaryKinds[3],
                                        &CColorCorrectCoef::ImportTable52, Place3bCoefFile);
-    operations.push_back([](STrial<Object>& t) { // 96 and 97
+    operations.push_back([](SMapTrial<Object>& t) { // 96 and 97
         constexpr bool kIsBright = std::is_same_v<Object, CCNewBrightCorrectCoef>;
         CChromaCorrectCoef map;
         const std::wstring path = WriteAnyFile(t, kBinaryKinds[kIsBright ? 1 : 0], map);
@@ -317,8 +317,8 @@ void AddPlacedLoads(std::vector<Operation<Object>>& operations) {
 
 /// Diagonals and texts.
 template <class Object>
-void AddOtherLoads(std::vector<Operation<Object>>& operations) {
-    const auto diagonal = [](STrial<Object>& t, const SBinaryKind& kind, auto load, auto read) {
+void AddOtherLoads(std::vector<MapOperation<Object>>& operations) {
+    const auto diagonal = [](SMapTrial<Object>& t, const SBinaryKind& kind, auto load, auto read) {
         CChromaCorrectCoef map;
         const std::wstring path = WriteAnyFile(t, kind, map);
         t.rect.x = t.rect.y = 0;
@@ -327,18 +327,18 @@ void AddOtherLoads(std::vector<Operation<Object>>& operations) {
         ASSERT_EQ(read(map, path.c_str()), S_OK);
         ASSERT_EQ(load(path.c_str()), t.model.Convert(map, 0, 0, place));
     };
-    operations.push_back([=](STrial<Object>& t) { // 57
+    operations.push_back([=](SMapTrial<Object>& t) { // 57
         diagonal(
             t, kBinaryKinds[0], [&](auto* path) { return t.object.ImportTable57(path, nullptr); },
             [](auto& map, auto* path) { return ReadDiagonal9fCoefFile(map, path, nullptr); });
     });
-    operations.push_back([=](STrial<Object>& t) { // 58
+    operations.push_back([=](SMapTrial<Object>& t) { // 58
         diagonal(
             t, kBinaryKinds[2], [&](auto* path) { return t.object.ImportTable58(path); },
             [](auto& map, auto* path) { return ReadDiagonal9bCoefFile(map, path); });
     });
     for (const bool diagonalOnly : {false, true})
-        operations.push_back([=](STrial<Object>& t) { // 47 and 48
+        operations.push_back([=](SMapTrial<Object>& t) { // 47 and 48
             const std::wstring path = t.Path(L"in.cccoef");
             CChromaCorrectCoef map;
             MakeAnyMap(map, t.random, 100, 40);
@@ -360,12 +360,12 @@ void AddOtherLoads(std::vector<Operation<Object>>& operations) {
 
 /// Saves: the file is what the map writer makes of the model's pixels.
 template <class Object>
-void AddSave(std::vector<Operation<Object>>& operations,
+void AddSave(std::vector<MapOperation<Object>>& operations,
              std::function<Status(Object&, const wchar_t*, const SPixelRect&, std::uint32_t)> save,
              std::function<Status(const CChromaCorrectCoef&, const wchar_t*, const SPixelRect&,
                                   std::uint32_t)>
                  write) {
-    operations.push_back([=](STrial<Object>& t) {
+    operations.push_back([=](SMapTrial<Object>& t) {
         CChromaCorrectCoef map;
         t.model.ToMap(map);
         const std::wstring out = t.Path(L"out");
@@ -381,7 +381,7 @@ void AddSave(std::vector<Operation<Object>>& operations,
 }
 
 template <class Object>
-void AddSaves(std::vector<Operation<Object>>& operations) {
+void AddSaves(std::vector<MapOperation<Object>>& operations) {
     using Region = Status (CColorCorrectCoef::*)(const wchar_t*, const SPixelRect&);
     using WriteRegion = Status (*)(const CChromaCorrectCoef&, const wchar_t*, const SPixelRect&);
     const std::pair<Region, WriteRegion> regions[] = {
@@ -429,7 +429,7 @@ void AddSaves(std::vector<Operation<Object>>& operations) {
 
 /// Runs every operation `roundsAStore` times on each of `stores` stores.
 template <class Object>
-void RunTrials(const std::vector<Operation<Object>>& operations, unsigned stores,
+void RunTrials(const std::vector<MapOperation<Object>>& operations, unsigned stores,
                unsigned roundsAStore) {
     const test::CTemporaryFolder folder;
     for (unsigned store = 0; store < stores; ++store) {
@@ -443,7 +443,7 @@ void RunTrials(const std::vector<Operation<Object>>& operations, unsigned stores
                                                   << " x " << model.Height() << ", round " << round
                                                   << ", operation " << i << " at " << rect.x << ' '
                                                   << rect.y << ' ' << rect.w << ' ' << rect.h);
-                STrial<Object> trial{object, model, random, rect, folder};
+                SMapTrial<Object> trial{object, model, random, rect, folder};
                 operations[i](trial);
                 if (::testing::Test::HasFatalFailure())
                     return;
@@ -457,14 +457,14 @@ class MapModel : public ::testing::Test {};
 TYPED_TEST_SUITE(MapModel, test::MapKinds);
 
 TYPED_TEST(MapModel, ViewsAndWords) {
-    const std::vector<Operation<TypeParam>> operations{
-        [](STrial<TypeParam>& t) { // 67
+    const std::vector<MapOperation<TypeParam>> operations{
+        [](SMapTrial<TypeParam>& t) { // 67
             CChromaCorrectCoef map;
             MakeAnyMap(map, t.random, 250, 50);
             ASSERT_EQ(t.object.ImportFromView(&map, t.rect.Edges()),
                       t.model.Convert(map, 0, 0, t.rect));
         },
-        [](STrial<TypeParam>& t) { // 68
+        [](SMapTrial<TypeParam>& t) { // 68
             const auto cut = test::CutTo(t.rect, t.model.Width(), t.model.Height());
             const SRect area = cut.value_or(SRect{});
             std::vector<std::uint16_t> words(std::size_t{area.w} * area.h * 9 + 1);
@@ -488,7 +488,7 @@ TYPED_TEST(MapModel, ViewsAndWords) {
 }
 
 TYPED_TEST(MapModel, LoadedFiles) {
-    std::vector<Operation<TypeParam>> operations;
+    std::vector<MapOperation<TypeParam>> operations;
     AddBinaryLoads(operations);
     AddPlacedLoads(operations);
     AddOtherLoads(operations);
@@ -496,7 +496,7 @@ TYPED_TEST(MapModel, LoadedFiles) {
 }
 
 TYPED_TEST(MapModel, SavedFiles) {
-    std::vector<Operation<TypeParam>> operations;
+    std::vector<MapOperation<TypeParam>> operations;
     AddSaves(operations);
     RunTrials(operations, 3, 1);
 }
@@ -507,8 +507,8 @@ class MapModelOfAll : public ::testing::Test {};
 TYPED_TEST_SUITE(MapModelOfAll, test::AllKinds);
 
 TYPED_TEST(MapModelOfAll, LegacyPair) {
-    std::vector<Operation<TypeParam>> operations{
-        [](STrial<TypeParam>& t) { // 80
+    std::vector<MapOperation<TypeParam>> operations{
+        [](SMapTrial<TypeParam>& t) { // 80
             CChromaCorrectCoef map;
             const std::wstring path = WriteAnyFile(t, kBinaryKinds[0], map);
             t.model.ToMap(map);
@@ -517,7 +517,7 @@ TYPED_TEST(MapModelOfAll, LegacyPair) {
                       S_OK);
             ASSERT_EQ(t.object.LoadLegacy80(path.c_str()), t.model.ConvertEdges(map, rect));
         },
-        [](STrial<TypeParam>& t) { // what all the saves go through, over missing blocks
+        [](SMapTrial<TypeParam>& t) { // what all the saves go through, over missing blocks
             CChromaCorrectCoef map;
             CChromaCorrectCoef expected;
             using Element = test::ElementOf<TypeParam>;

@@ -78,7 +78,7 @@ class CModel {
 };
 
 template <class Object>
-struct STrial {
+struct SRectTrial {
     Object& object;
     CModel<Object>& model;
     Random& random;
@@ -88,7 +88,7 @@ struct STrial {
 /// Runs an operation that puts `perPixel` values a pixel into the store: run(values, pitch) calls
 /// it, and store(element, values of one pixel) says what a pixel becomes.
 template <class Value, class Object, class AnyValue, class Run, class Put>
-void TryInto(STrial<Object> t, std::size_t perPixel, bool isCut, std::uint32_t extraPitch,
+void TryInto(SRectTrial<Object> t, std::size_t perPixel, bool isCut, std::uint32_t extraPitch,
              AnyValue anyValue, Run run, Put put) {
     const auto cut = isCut ? t.model.Cut(t.rect) : std::optional(t.rect);
     const SRect area = cut.value_or(SRect{});
@@ -108,7 +108,7 @@ void TryInto(STrial<Object> t, std::size_t perPixel, bool isCut, std::uint32_t e
 /// Runs an operation that takes `perPixel` values a pixel out of the store: missing pixels leave
 /// the caller's as they were.
 template <class Value, class Object, class Run, class Take>
-void TryOutOf(STrial<Object> t, std::size_t perPixel, std::uint32_t extraPitch, Run run,
+void TryOutOf(SRectTrial<Object> t, std::size_t perPixel, std::uint32_t extraPitch, Run run,
               Take take) {
     constexpr Value kUntouched{77};
     const auto cut = t.model.Cut(t.rect);
@@ -125,12 +125,12 @@ void TryOutOf(STrial<Object> t, std::size_t perPixel, std::uint32_t extraPitch, 
 }
 
 template <class Object>
-using Operation = std::function<void(STrial<Object>)>;
+using RectOperation = std::function<void(SRectTrial<Object>)>;
 
 // Raw elements in: packed or with a pitch.
 template <class Object, class Call>
-Operation<Object> RawIn(Call call, std::uint32_t extraPitch = 0, bool isCut = true) {
-    return [=](STrial<Object> t) {
+RectOperation<Object> RawIn(Call call, std::uint32_t extraPitch = 0, bool isCut = true) {
+    return [=](SRectTrial<Object> t) {
         TryInto<std::uint16_t>(
             t, CModel<Object>::kWords, isCut, extraPitch, [&] { return AnyWord(t.random); },
             [&](const std::uint16_t* words, std::uint32_t pitch) {
@@ -143,8 +143,8 @@ Operation<Object> RawIn(Call call, std::uint32_t extraPitch = 0, bool isCut = tr
 }
 
 template <class Object, class Call>
-Operation<Object> RawOut(Call call, std::uint32_t extraPitch = 0) {
-    return [=](STrial<Object> t) {
+RectOperation<Object> RawOut(Call call, std::uint32_t extraPitch = 0) {
+    return [=](SRectTrial<Object> t) {
         TryOutOf<std::uint16_t>(
             t, CModel<Object>::kWords, extraPitch,
             [&](std::uint16_t* words, std::uint32_t pitch) {
@@ -169,7 +169,7 @@ std::size_t ChannelWord(std::int32_t channel) {
 
 /// The operations that every kind has.
 template <class Object>
-std::vector<Operation<Object>> SharedOperations() {
+std::vector<RectOperation<Object>> SharedOperations() {
     const auto word = [](const std::uint16_t value) {
         return static_cast<float>(value) / 65535.0F;
     };
@@ -177,7 +177,7 @@ std::vector<Operation<Object>> SharedOperations() {
         return static_cast<std::int32_t>(Below(random, CModel<Object>::kWords));
     };
     return {
-        [=](STrial<Object> t) { // 7
+        [=](SRectTrial<Object> t) { // 7
             const auto channel = static_cast<std::int32_t>(Below(t.random, 9));
             const float value = AnyFloat(t.random);
             const bool isGreen = CModel<Object>::kWords % 4 == 0;
@@ -192,7 +192,7 @@ std::vector<Operation<Object>> SharedOperations() {
                     if (t.model.Has(x, y))
                         t.model.At(x, y).w[k] = static_cast<std::uint16_t>(clamped);
         },
-        [=](STrial<Object> t) { // 15
+        [=](SRectTrial<Object> t) { // 15
             const std::int32_t channel = anyChannel(t.random);
             const auto cut = t.model.Cut(t.rect);
             SPixelRect region = t.rect.Edges();
@@ -206,7 +206,7 @@ std::vector<Operation<Object>> SharedOperations() {
                 });
             ASSERT_EQ(region, cut.value_or(t.rect).Edges());
         },
-        [=](STrial<Object> t) { // 29
+        [=](SRectTrial<Object> t) { // 29
             const std::int32_t channel = anyChannel(t.random);
             TryInto<float>(
                 t, 1, true, 0, [&] { return AnyFloat(t.random); },
@@ -219,7 +219,7 @@ std::vector<Operation<Object>> SharedOperations() {
                         static_cast<std::int64_t>(std::roundf(*value * 65535.0F)));
                 });
         },
-        [=](STrial<Object> t) { // 36
+        [=](SRectTrial<Object> t) { // 36
             const std::int32_t channel = anyChannel(t.random);
             TryOutOf<float>(
                 t, 1, 0,
@@ -231,7 +231,7 @@ std::vector<Operation<Object>> SharedOperations() {
                     *value = word(element.w[ChannelWord<Object>(channel)]);
                 });
         },
-        [=](STrial<Object> t) { // 98
+        [=](SRectTrial<Object> t) { // 98
             const std::int32_t channel = anyChannel(t.random);
             TryOutOf<float>(
                 t, 1, 5,
@@ -248,9 +248,9 @@ std::vector<Operation<Object>> SharedOperations() {
 
 /// The float and byte transfers that brightness and chroma have.
 template <class Object>
-std::vector<Operation<Object>> MapKindOperations() {
+std::vector<RectOperation<Object>> MapKindOperations() {
     return {
-        [](STrial<Object> t) { // 20
+        [](SRectTrial<Object> t) { // 20
             const std::uint32_t divisor = 1 + Below(t.random, 300);
             TryInto<std::uint8_t>(
                 t, CModel<Object>::kWords, true, 0,
@@ -264,7 +264,7 @@ std::vector<Operation<Object>> MapKindOperations() {
                         element.w[k] = static_cast<std::uint16_t>(values[k] * 65535U / divisor);
                 });
         },
-        [](STrial<Object> t) { // 22
+        [](SRectTrial<Object> t) { // 22
             TryInto<float>(
                 t, 9, true, 0, [&] { return AnyFloat(t.random); },
                 [&](const float* values, std::uint32_t) {
@@ -282,10 +282,10 @@ std::vector<Operation<Object>> MapKindOperations() {
 }
 
 template <class Object>
-std::vector<Operation<Object>> OwnOperations();
+std::vector<RectOperation<Object>> OwnOperations();
 
 template <>
-std::vector<Operation<CCNewBrightCorrectCoef>> OwnOperations() {
+std::vector<RectOperation<CCNewBrightCorrectCoef>> OwnOperations() {
     using Object = CCNewBrightCorrectCoef;
     auto operations = MapKindOperations<Object>();
     operations.push_back(
@@ -311,7 +311,7 @@ std::vector<Operation<CCNewBrightCorrectCoef>> OwnOperations() {
             return o.CopyRectOut123(r.x, r.y, {words, r.w, r.h, pitch});
         },
         7));
-    operations.push_back([](STrial<Object> t) { // 26
+    operations.push_back([](SRectTrial<Object> t) { // 26
         TryInto<float>(
             t, 3, true, 0, [&] { return AnyFloat(t.random); },
             [&](const float* values, std::uint32_t) {
@@ -327,7 +327,7 @@ std::vector<Operation<CCNewBrightCorrectCoef>> OwnOperations() {
 }
 
 template <>
-std::vector<Operation<CCNewChromaCorrectCoef>> OwnOperations() {
+std::vector<RectOperation<CCNewChromaCorrectCoef>> OwnOperations() {
     using Object = CCNewChromaCorrectCoef;
     auto operations = MapKindOperations<Object>();
     operations.push_back(
@@ -368,7 +368,7 @@ std::vector<Operation<CCNewChromaCorrectCoef>> OwnOperations() {
             return o.CopyRectOut123(r.x, r.y, {words, r.w, r.h, pitch});
         },
         7));
-    operations.push_back([](STrial<Object> t) { // 7 through the table; the step starts anew
+    operations.push_back([](SRectTrial<Object> t) { // 7 through the table; the step starts anew
         static CCaliOperationData reference;
         const std::uint32_t row = 1 + Below(t.random, 56);
         const float step = AnyFloat(t.random) / 10;
@@ -389,7 +389,7 @@ std::vector<Operation<CCNewChromaCorrectCoef>> OwnOperations() {
             ASSERT_EQ(t.object.TransferTable()->StepValue(), step);
         }
     });
-    operations.push_back([](STrial<Object> t) { // 19: missing pixels give their defaults
+    operations.push_back([](SRectTrial<Object> t) { // 19: missing pixels give their defaults
         const auto cut = t.model.Cut(t.rect);
         const SRect area = cut.value_or(SRect{});
         std::vector<std::uint16_t> words(std::size_t{area.w} * area.h * 10 + 1, 77);
@@ -409,7 +409,7 @@ std::vector<Operation<CCNewChromaCorrectCoef>> OwnOperations() {
 }
 
 template <>
-std::vector<Operation<CVirtualGreenBrightCorrectCoef>> OwnOperations() {
+std::vector<RectOperation<CVirtualGreenBrightCorrectCoef>> OwnOperations() {
     using Object = CVirtualGreenBrightCorrectCoef;
     return {
         RawIn<Object>([](Object& o, const SRect& r, const std::uint16_t* words, std::uint32_t) {
@@ -430,7 +430,7 @@ std::vector<Operation<CVirtualGreenBrightCorrectCoef>> OwnOperations() {
 }
 
 template <>
-std::vector<Operation<CVirtualGreenChromaCorrectCoef>> OwnOperations() {
+std::vector<RectOperation<CVirtualGreenChromaCorrectCoef>> OwnOperations() {
     using Object = CVirtualGreenChromaCorrectCoef;
     return {
         RawIn<Object>([](Object& o, const SRect& r, const std::uint16_t* words, std::uint32_t) {

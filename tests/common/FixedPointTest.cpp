@@ -4,11 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/ExtremeNumbers.h"
+
 namespace trevolt {
 namespace {
 
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
+using test::kInfinity;
+using test::kNaN;
 
 TEST(FixedPoint, RoundsToBytesHalfAwayFromZeroAndWraps) {
     EXPECT_EQ(RoundToByte(0.0F), 0);

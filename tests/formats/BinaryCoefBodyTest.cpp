@@ -1,6 +1,5 @@
 #include "formats/BinaryCoefBody.h"
 
-#include <limits>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -9,14 +8,12 @@
 #include "tests/formats/BinaryKinds.h"
 #include "tests/support/BufferContent.h"
 #include "tests/support/CoefMaps.h"
+#include "tests/support/ExtremeNumbers.h"
 
 namespace trevolt {
 namespace {
 
 using namespace test;
-
-constexpr std::int32_t kMin = std::numeric_limits<std::int32_t>::min();
-constexpr std::int32_t kMax = std::numeric_limits<std::int32_t>::max();
 
 CChromaCorrectCoef BytePixelMap(std::int32_t width, std::int32_t height) {
     CChromaCorrectCoef map;
@@ -51,9 +48,13 @@ TEST(BinaryCoefBody, WritesTheIdentityWhereAPixelIsNotInTheMap) {
     ASSERT_EQ(FillBodyFromMap<S9fCoefKind>(map, {0, 2, 1, 3}, floats9), S_OK);
     EXPECT_EQ(Content(floats9), FloatBytes({1, 0, 0, 0, 1, 0, 0, 0, 1}));
     CMassiveGrid floats3(S3fCoefKind::kStoredBytes);
-    ASSERT_EQ(FillBodyFromMap<S3fCoefKind>(map, {kMax - 1, kMax - 1, kMax, kMax}, floats3), S_OK);
+    ASSERT_EQ(FillBodyFromMap<S3fCoefKind>(
+                  map, {kInt32Max - 1, kInt32Max - 1, kInt32Max, kInt32Max}, floats3),
+              S_OK);
     EXPECT_EQ(Content(floats3), FloatBytes({1, 1, 1}));
-    ASSERT_EQ(FillBodyFromMap<S3fCoefKind>(map, {kMin, kMin, kMin + 1, kMin + 1}, floats3), S_OK);
+    ASSERT_EQ(FillBodyFromMap<S3fCoefKind>(
+                  map, {kInt32Min, kInt32Min, kInt32Min + 1, kInt32Min + 1}, floats3),
+              S_OK);
     EXPECT_EQ(Content(floats3), FloatBytes({1, 1, 1}));
 }
 
@@ -64,15 +65,16 @@ TEST(BinaryCoefBody, RefusesARegionLargerThanTheMap) {
     EXPECT_EQ(FillBodyFromMap<S3bCoefKind>(map, {0, 0, 1, 3}, body), E_COEF_INVALIDARG);
     EXPECT_FALSE(body.HasStorage());
     // No grid has as many columns, so it is the memory that fails.
-    EXPECT_EQ(FillBodyFromMap<S3bCoefKind>(map, {kMin, 0, kMax, 1}, body), E_FAIL);
+    EXPECT_EQ(FillBodyFromMap<S3bCoefKind>(map, {kInt32Min, 0, kInt32Max, 1}, body), E_FAIL);
     EXPECT_FALSE(body.HasStorage());
 }
 
 TEST(BinaryCoefBody, ARegionWithoutColumnsOrRowsSucceedsAndHoldsNothing) {
     const CChromaCorrectCoef map = BytePixelMap(3, 2);
     CMassiveGrid body(S9bCoefKind::kStoredBytes);
-    for (const SPixelRect& rect : {SPixelRect{1, 0, 1, 2}, SPixelRect{2, 0, 1, 2},
-                                   SPixelRect{0, 1, 2, 1}, SPixelRect{kMax, 0, kMin, 1}}) {
+    for (const SPixelRect& rect :
+         {SPixelRect{1, 0, 1, 2}, SPixelRect{2, 0, 1, 2}, SPixelRect{0, 1, 2, 1},
+          SPixelRect{kInt32Max, 0, kInt32Min, 1}}) {
         EXPECT_EQ(FillBodyFromMap<S9bCoefKind>(map, rect, body), S_OK);
         EXPECT_FALSE(body.HasStorage());
     }

@@ -12,20 +12,20 @@ namespace {
 
 using namespace test;
 
-constexpr std::int32_t kWidth = 5;
-constexpr std::int32_t kHeight = 4;
+constexpr std::int32_t kIntactWidth = 5;
+constexpr std::int32_t kIntactHeight = 4;
 constexpr std::size_t kFrameHeaderBytes = 15; // magic, FLG, BD, content size, checksum
 
 class BinaryCoefDamage : public testing::TestWithParam<BinaryKind> {
   protected:
     void SetUp() override {
         CChromaCorrectCoef map;
-        map.Resize(kWidth, kHeight);
+        map.Resize(kIntactWidth, kIntactHeight);
         // Few values, so that the body holds LZ4 matches beside literals.
         PaintMap(map, [](int x, int y) { return BytePixel(x % 2, y % 2); });
         ASSERT_EQ(Kind().write(map, m_path.c_str(), nullptr), S_OK);
         m_whole = ReadFile(m_path);
-        m_intact.Resize(kWidth, kHeight);
+        m_intact.Resize(kIntactWidth, kIntactHeight);
         ASSERT_EQ(Kind().read(m_intact, m_path.c_str()), Kind().wholeMap);
         m_held = CMemoryBudget::Process().Outstanding();
     }
@@ -36,7 +36,7 @@ class BinaryCoefDamage : public testing::TestWithParam<BinaryKind> {
     /// no memory may be kept.
     Status Read(const Bytes& bytes, CChromaCorrectCoef& map) const {
         WriteFile(m_path, bytes);
-        map.Resize(kWidth, kHeight);
+        map.Resize(kIntactWidth, kIntactHeight);
         PaintMap(map, PatternPixel);
         const std::uint64_t held = CMemoryBudget::Process().Outstanding();
         const Status status = Kind().read(map, m_path.c_str());
@@ -63,8 +63,8 @@ class BinaryCoefDamage : public testing::TestWithParam<BinaryKind> {
     }
 
     bool IsIntact(const CChromaCorrectCoef& map) const {
-        for (std::int32_t y = 0; y < kHeight; ++y)
-            for (std::int32_t x = 0; x < kWidth; ++x)
+        for (std::int32_t y = 0; y < kIntactHeight; ++y)
+            for (std::int32_t x = 0; x < kIntactWidth; ++x)
                 for (std::size_t k = 0; k < 9; ++k)
                     if (map.FindElement(x, y)->m[k] != m_intact.FindElement(x, y)->m[k])
                         return false;
@@ -185,8 +185,8 @@ TEST_P(BinaryCoefDamage, HeaderSizesMustBeTrue) {
 }
 
 TEST_P(BinaryCoefDamage, NotEvenAFrame) {
-    Bytes file = Header(Kind(), 1, kWidth, kHeight);
-    file.resize(file.size() + kWidth * kHeight * Kind().storedBytes); // raw zeros
+    Bytes file = Header(Kind(), 1, kIntactWidth, kIntactHeight);
+    file.resize(file.size() + kIntactWidth * kIntactHeight * Kind().storedBytes); // raw zeros
     EXPECT_EQ(Read(file), E_FAIL);
 }
 

@@ -9,15 +9,13 @@
 #include "platform/FileSystem.h"
 #include "tests/formats/BinaryKinds.h"
 #include "tests/support/CoefMaps.h"
+#include "tests/support/ExtremeNumbers.h"
 #include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {
 
 using namespace test;
-
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 class BinaryCoefFile : public testing::TestWithParam<BinaryKind> {
   protected:

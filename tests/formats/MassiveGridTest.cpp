@@ -1,13 +1,13 @@
 #include "trevolt/MassiveGrid.h"
 
 #include <cstring>
-#include <limits>
 #include <utility>
 
 #include <gtest/gtest.h>
 
 #include "platform/FileStream.h"
 #include "tests/support/CoefMaps.h"
+#include "tests/support/ExtremeNumbers.h"
 
 namespace trevolt {
 namespace {
@@ -15,6 +15,7 @@ namespace {
 using test::Bytes;
 using test::CBudgetLimit;
 using test::CTemporaryFolder;
+using test::kInt32Max;
 
 void Number(CMassiveGrid& grid, std::uint32_t first) {
     for (std::uint32_t i = 0; i < grid.ElementCount(); ++i) {
@@ -81,8 +82,7 @@ TEST(MassiveGrid, RefusesMoreElementsThanAnInt32Counts) {
     CMassiveGrid grid(1);
     EXPECT_FALSE(grid.Resize(65536, 32768)); // 2^31
     EXPECT_FALSE(grid.Resize(65535, 65535));
-    constexpr std::int32_t kMax = std::numeric_limits<std::int32_t>::max();
-    EXPECT_FALSE(grid.Resize(kMax, kMax));
+    EXPECT_FALSE(grid.Resize(kInt32Max, kInt32Max));
     EXPECT_EQ(grid.Width(), 0U);
 }
 

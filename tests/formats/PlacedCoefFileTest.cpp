@@ -1,7 +1,6 @@
 #include "trevolt/PlacedCoefFile.h"
 
 #include <functional>
-#include <limits>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -11,14 +10,13 @@
 #include "tests/formats/BinaryKinds.h"
 #include "tests/formats/DamagedInputs.h"
 #include "tests/support/CoefMaps.h"
+#include "tests/support/ExtremeNumbers.h"
 #include "tests/support/Streams.h"
 
 namespace trevolt {
 namespace {
 
 using namespace test;
-
-constexpr std::int32_t kMax = std::numeric_limits<std::int32_t>::max();
 
 /// One flag per matrix entry; the diagonal kinds look at entries 0, 4 and 8.
 using Mask = std::array<bool, 9>;
@@ -180,7 +178,7 @@ TEST_F(PlacedCoefFile, BeyondTheMapNothingIsWritten) {
     MakeMap(8, 4);
     const std::wstring path = FileOf(k3f, 5, 5);
     for (const SPixelRect& place :
-         {SPixelRect{8, 0, 9, 1}, SPixelRect{kMax - 1, kMax - 1, kMax, kMax}}) {
+         {SPixelRect{8, 0, 9, 1}, SPixelRect{kInt32Max - 1, kInt32Max - 1, kInt32Max, kInt32Max}}) {
         for (const bool clip : {false, true}) {
             SPixelRect rect = place;
             EXPECT_EQ(Place(k3f, m_map, path.c_str(), rect, clip, kAll), S_OK);
@@ -212,7 +210,7 @@ TEST_F(PlacedCoefFile, RefusesBadArgumentsAndKeepsMapAndRectangle) {
         refuses(path.c_str(), {0, -1, 5, 5}, false);
         refuses(path.c_str(), {1, 0, 1, 5}, true);
         refuses(path.c_str(), {0, 1, 5, 1}, true);
-        refuses(path.c_str(), {kMax, 0, std::numeric_limits<std::int32_t>::min(), 5}, true);
+        refuses(path.c_str(), {kInt32Max, 0, kInt32Min, 5}, true);
         ExpectPixels(m_map, Ground);
     }
 }

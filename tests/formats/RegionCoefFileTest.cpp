@@ -1,6 +1,5 @@
 #include "trevolt/RegionCoefFile.h"
 
-#include <limits>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -8,6 +7,7 @@
 #include "formats/BinaryCoefKind.h"
 #include "tests/formats/BinaryKinds.h"
 #include "tests/support/CoefMaps.h"
+#include "tests/support/ExtremeNumbers.h"
 #include "tests/support/Streams.h"
 #include "trevolt/PlacedCoefFile.h"
 #include "trevolt/TransferReport.h"
@@ -16,9 +16,6 @@ namespace trevolt {
 namespace {
 
 using namespace test;
-
-constexpr std::int32_t kMin = std::numeric_limits<std::int32_t>::min();
-constexpr std::int32_t kMax = std::numeric_limits<std::int32_t>::max();
 
 using WriteRegion = Status (*)(const CChromaCorrectCoef&, const wchar_t*, const SPixelRect&);
 constexpr std::array<WriteRegion, 4> kWriteRegion{WriteRegion9fCoefFile, WriteRegion3fCoefFile,
@@ -120,8 +117,8 @@ TEST_F(RegionCoefFile, BeyondTheMapItHoldsTheIdentity) {
     expected.insert(expected.end(), identity.begin(), identity.end());
     EXPECT_EQ(RawBody(Path()), expected);
 
-    for (const SPixelRect& far :
-         {SPixelRect{kMax - 1, kMax - 1, kMax, kMax}, SPixelRect{kMin, kMin, kMin + 1, kMin + 1}}) {
+    for (const SPixelRect& far : {SPixelRect{kInt32Max - 1, kInt32Max - 1, kInt32Max, kInt32Max},
+                                  SPixelRect{kInt32Min, kInt32Min, kInt32Min + 1, kInt32Min + 1}}) {
         EXPECT_EQ(WriteRegion3fCoefFile(m_map, Path().c_str(), far), S_OK);
         EXPECT_EQ(RawBody(Path()), FloatBytes({1, 1, 1}));
     }
@@ -136,9 +133,9 @@ TEST_F(RegionCoefFile, RefusesWhatHasNoRegionBeforeTheFileIsTouched) {
         EXPECT_EQ(write(m_map, Path().c_str(), {0, 0, 1, 31}), E_COEF_INVALIDARG);
         EXPECT_EQ(write(m_map, Path().c_str(), {5, 0, 4, 1}), E_FAIL);
         EXPECT_EQ(write(m_map, Path().c_str(), {5, 5, 4, 4}), E_FAIL);
-        EXPECT_EQ(write(m_map, Path().c_str(), {0, kMax, 1, kMin}), E_FAIL);
+        EXPECT_EQ(write(m_map, Path().c_str(), {0, kInt32Max, 1, kInt32Min}), E_FAIL);
         // The body is asked for before the region is compared with the map.
-        EXPECT_EQ(write(m_map, Path().c_str(), {kMin, 0, kMax, 1}), E_FAIL);
+        EXPECT_EQ(write(m_map, Path().c_str(), {kInt32Min, 0, kInt32Max, 1}), E_FAIL);
         EXPECT_EQ(write(m_map, Path().c_str(), {0, 0, 65536, 32768}), E_FAIL);
         const CBudgetLimit none(0);
         EXPECT_EQ(write(m_map, Path().c_str(), {0, 0, 1, 1}), E_FAIL);

@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/CoefMaps.h"
+#include "tests/support/ExtremeNumbers.h"
 #include "tests/support/Streams.h"
 #include "trevolt/QuarterTurn.h"
 #include "trevolt/TransferReport.h"
@@ -22,10 +23,11 @@ namespace {
 
 using namespace std::string_literals;
 using test::CTemporaryFolder;
+using test::kInfinity;
+using test::kInt32Max;
 using Matrix = std::array<float, 9>;
 
 constexpr Matrix kIdentity{1, 0, 0, 0, 1, 0, 0, 0, 1};
-constexpr std::int32_t kInt32Max = std::numeric_limits<std::int32_t>::max();
 
 SMatrixCoef ElementOf(const Matrix& matrix) {
     SMatrixCoef element;
@@ -153,7 +155,6 @@ TEST_F(TextCoefFile, TheTrailingValuesDecideWhetherAnIdentityIsWritten) {
 
 TEST_F(TextCoefFile, ValuesThatAreNotFiniteAndHugeOnesHaveTheirRoom) {
     constexpr float kMax = std::numeric_limits<float>::max();
-    constexpr float kInfinity = std::numeric_limits<float>::infinity();
     CChromaCorrectCoef map;
     map.Resize(1, 1);
     map.SetElement(0, 0,

@@ -10,10 +10,12 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/ExtremeNumbers.h"
+
 namespace trevolt {
 namespace {
 
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
+using test::kInfinity;
 
 struct RealCase {
     const char* text;

@@ -1,12 +1,12 @@
 #include "trevolt/TurnedCoefFile.h"
 
-#include <limits>
 #include <random>
 
 #include <gtest/gtest.h>
 
 #include "tests/formats/BinaryKinds.h"
 #include "tests/support/CoefMaps.h"
+#include "tests/support/ExtremeNumbers.h"
 #include "tests/support/Streams.h"
 #include "trevolt/TransferReport.h"
 
@@ -15,18 +15,16 @@ namespace {
 
 using namespace test;
 
-constexpr std::int32_t kMin = std::numeric_limits<std::int32_t>::min();
-constexpr std::int32_t kMax = std::numeric_limits<std::int32_t>::max();
 constexpr std::size_t kBlockElements = 1U << 18;
 
 using WriteTurned = Status (*)(const CChromaCorrectCoef&, const wchar_t*, const SPixelRect&,
                                std::uint32_t);
 constexpr std::array<WriteTurned, 4> kWriteTurned{WriteTurned9fCoefFile, WriteTurned3fCoefFile,
                                                   WriteTurned9bCoefFile, WriteTurned3bCoefFile};
-using WriteStream = Status (*)(const CChromaCorrectCoef&, std::ostream&, const SPixelRect&,
-                               std::uint32_t);
-constexpr std::array<WriteStream, 4> kWriteStream{WriteTurned9fCoefFile, WriteTurned3fCoefFile,
-                                                  WriteTurned9bCoefFile, WriteTurned3bCoefFile};
+using WriteTurnedStream = Status (*)(const CChromaCorrectCoef&, std::ostream&, const SPixelRect&,
+                                     std::uint32_t);
+constexpr std::array<WriteTurnedStream, 4> kWriteTurnedStream{
+    WriteTurned9fCoefFile, WriteTurned3fCoefFile, WriteTurned9bCoefFile, WriteTurned3bCoefFile};
 
 /// A turned rectangle as a table of modes written out by hand.
 struct Turned {
@@ -241,8 +239,8 @@ TEST_F(TurnedCoefFile, ARectangleFarFromTheMapGivesIdentities) {
     CChromaCorrectCoef map;
     map.Resize(4, 2);
     PaintMap(map, BytePixel);
-    for (const SPixelRect& rect :
-         {SPixelRect{kMax - 2, kMax - 1, kMax, kMax}, SPixelRect{kMin, kMin, kMin + 2, kMin + 1}})
+    for (const SPixelRect& rect : {SPixelRect{kInt32Max - 2, kInt32Max - 1, kInt32Max, kInt32Max},
+                                   SPixelRect{kInt32Min, kInt32Min, kInt32Min + 2, kInt32Min + 1}})
         for (std::size_t kind = 0; kind < kBinaryKinds.size(); ++kind)
             for (std::uint32_t mode = 1; mode <= 3; ++mode)
                 ExpectTurned(kind, map, rect, mode);
@@ -258,7 +256,9 @@ TEST_F(TurnedCoefFile, RefusesWhatCannotBeTurnedBeforeTheFileIsTouched) {
         for (std::uint32_t mode = 1; mode <= 3; ++mode) {
             EXPECT_EQ(write(map, Path().c_str(), {1, 0, 0, 2}, mode), E_FAIL);
             EXPECT_EQ(write(map, Path().c_str(), {0, 0, 65536, 32768}, mode), E_FAIL); // 2^31
-            EXPECT_EQ(write(map, Path().c_str(), {kMin, kMin, kMax, kMax}, mode), E_FAIL);
+            EXPECT_EQ(
+                write(map, Path().c_str(), {kInt32Min, kInt32Min, kInt32Max, kInt32Max}, mode),
+                E_FAIL);
         }
         const CBudgetLimit none(0);
         EXPECT_EQ(write(map, Path().c_str(), {0, 0, 4, 2}, 1), E_FAIL);
@@ -283,7 +283,7 @@ TEST_F(TurnedCoefFile, AStreamGetsTheFilesBytesWhereItStands) {
             ASSERT_EQ(kWriteTurned[kind](map, Path().c_str(), rect, mode), S_OK);
             std::ostringstream stream;
             stream << kPrefix;
-            EXPECT_EQ(kWriteStream[kind](map, stream, rect, mode), S_OK);
+            EXPECT_EQ(kWriteTurnedStream[kind](map, stream, rect, mode), S_OK);
             EXPECT_EQ(stream.str(), std::string(kPrefix) + ReadText(Path()));
         }
 }
@@ -291,7 +291,7 @@ TEST_F(TurnedCoefFile, AStreamGetsTheFilesBytesWhereItStands) {
 TEST_F(TurnedCoefFile, AStreamTellsThatItRanFullAndIsNotTouchedWhereNoFileIs) {
     CChromaCorrectCoef map;
     map.Resize(4, 2);
-    for (const auto& write : kWriteStream) {
+    for (const auto& write : kWriteTurnedStream) {
         CFullDisk full(30);
         const CTransferReport report;
         EXPECT_EQ(write(map, full, {0, 0, 4, 2}, 1), E_FAIL);
