@@ -1,6 +1,7 @@
 # What every target of the project is built with.
 
 option(TREVOLT_BUILD_TESTS "Build the tests" OFF)
+option(TREVOLT_JOIN_TESTS "Compile several test sources at a time" OFF)
 option(TREVOLT_BUILD_BENCHMARKS "Build the benchmarks" OFF)
 option(TREVOLT_BUILD_FUZZERS "Build the libFuzzer targets (clang)" OFF)
 set(TREVOLT_SANITIZERS "" CACHE STRING "Comma-separated -fsanitize= list")
