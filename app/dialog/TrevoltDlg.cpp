@@ -7,6 +7,7 @@
 #include "platform/FileSystem.h"
 #include "trevolt/CoefRotation.h"
 #include "trevolt/FileKinds.h"
+#include "trevolt/MemoryBudget.h"
 #include "trevolt/QuarterTurn.h"
 #include "trevolt/TransferReport.h"
 
@@ -52,6 +53,7 @@ void CTrevoltDlg::OnStart() {
     } catch (const std::bad_alloc&) {
         EndWithoutMemory();
     }
+    CMemoryBudget::Process().GiveBackKept(); // no file follows
 }
 
 void CTrevoltDlg::Run() {
@@ -74,6 +76,7 @@ void CTrevoltDlg::Run() {
 /// The maps go first: the message needs memory too.
 void CTrevoltDlg::EndWithoutMemory() {
     ClearMaps();
+    CMemoryBudget::Process().GiveBackKept();
     SetBusy(false);
     ShowTranslated(L"Trevolt_Not_Enough_Memory", kMessageExclamation);
 }

@@ -342,6 +342,7 @@ SRotationOutcome RotateFolder(const SRotationRequest& request, const std::atomic
             return CFileRotation(request, interrupted, share, known.names[i], i).Run();
         },
         deliver);
+    budget.GiveBackKept();
     if (interrupted)
         total.end = ERotationEnd::Interrupted;
     else

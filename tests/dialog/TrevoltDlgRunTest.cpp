@@ -371,6 +371,19 @@ TEST_F(TrevoltDlgRun, NothingIsWrittenAfterMemoryWasRefused) {
     EXPECT_EQ(m_target.Names().size(), 3U);
 }
 
+TEST_F(TrevoltDlgRun, KeepsMemoryForItsOwnFilesOnly) {
+    for (const wchar_t* name : {L"a.9fcoef", L"b.9fcoef"})
+        WriteNumbered9f(m_source.File(name), 40, 30);
+    std::uint64_t keptMidway = 0;
+    m_view.onAngleAsked = [&] {
+        keptMidway = std::max(keptMidway, CMemoryBudget::Process().Kept());
+    };
+    m_dialog.OnStart();
+    EXPECT_EQ(m_view.Messages(), (Messages{{Text(L"Trevolt_Export_Finished"), 0}}));
+    EXPECT_GT(keptMidway, 0U);
+    EXPECT_EQ(CMemoryBudget::Process().Kept(), 0U);
+}
+
 TEST_F(TrevoltDlgRun, AnyMemoryExhaustionEndsTheRun) {
     WriteNumbered9f(m_source.File(L"a.9fcoef"), 3, 2);
     m_view.onAngleAsked = [] { throw std::bad_alloc(); };

@@ -127,6 +127,18 @@ TEST_F(FolderRotation, TurnsEveryKnownFileInSortedOrder) {
     ExpectPixels(turned, [](std::int32_t x, std::int32_t y) { return BytePixel(y, 2 - x); });
 }
 
+TEST_F(FolderRotation, KeepsMemoryForItsOwnFilesOnly) {
+    for (const wchar_t* name : {L"a.9fcoef", L"b.9fcoef", L"c.9fcoef"})
+        AddFile(name, 100, 60);
+    std::uint64_t keptMidway = 0;
+    m_listener.afterFile = [&] {
+        keptMidway = std::max(keptMidway, CMemoryBudget::Process().Kept());
+    };
+    EXPECT_EQ(Run().written, 3U);
+    EXPECT_GT(keptMidway, 0U);
+    EXPECT_EQ(CMemoryBudget::Process().Kept(), 0U);
+}
+
 TEST_F(FolderRotation, TurnsByEachAngle) {
     AddFile(L"a.9bcoef", 5, 3);
     m_request.angle = kAngles[1];
