@@ -21,7 +21,7 @@ std::size_t CapacityFor(std::size_t bytes) {
     if (bytes < kSmallestKept)
         return std::max<std::size_t>(bytes, 1);
     const std::size_t step = std::bit_floor(bytes) / kStepsPerDoubling;
-    return bytes > SIZE_MAX - step ? bytes : (bytes + step - 1) / step * step;
+    return bytes > SIZE_MAX - step ? bytes : (bytes + step - 1) & ~(step - 1);
 }
 
 } // namespace
