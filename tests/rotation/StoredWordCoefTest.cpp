@@ -400,6 +400,8 @@ TYPED_TEST(StoredWordCoef, RefusesAFileWithoutPixels) {
     this->ExpectRefused(file.AsFile(), SLoaded::Whole());
     file.header = SMadeFile<Element>(20, 0).header;
     this->ExpectRefused(file.AsFile(), SLoaded::Whole());
+    this->ExpectRefused(SMadeFile<Element>(20, 0).AsFile(), SLoaded::Whole());
+    this->ExpectRefused(SMadeFile<Element>(0, 10).AsFile(), SLoaded::Whole());
 }
 
 // Not beside the map's way: its stores of such sides take hundreds of megabytes.
@@ -564,10 +566,10 @@ TYPED_TEST(StoredWordCoef, NeedsItsPlanesAndSomeChunksOfMemory) {
 
 TYPED_TEST(StoredWordCoef, NotesRefusedMemory) {
     using Element = typename TypeParam::Element;
-    const Bytes file = MixedFile<Element>(300, 200);
+    const Bytes file = MixedFile<Element>(1000, 300);
     const std::uint64_t before = CMemoryBudget::Process().Outstanding();
-    const std::uint64_t planes = std::uint64_t{300} * 200 * sizeof(Element);
-    const std::uint64_t records = 4 * ChunkRecordBytes(kWordElementKind<Element>.planeCount);
+    const std::uint64_t planes = std::uint64_t{1000} * 300 * sizeof(Element);
+    const std::uint64_t records = 12 * ChunkRecordBytes(kWordElementKind<Element>.planeCount);
     for (const std::uint64_t room :
          {std::uint64_t{0}, records, planes - 1, planes + records, planes + records + 100000}) {
         const CTransferReport report;
@@ -581,7 +583,7 @@ TYPED_TEST(StoredWordCoef, NotesRefusedMemory) {
     const CTransferReport report;
     const CBudgetLimit limit(before + planes + 1000);
     std::stringstream target;
-    EXPECT_EQ(stored->WriteTurned(target, {300, 200}, 1, 2), E_FAIL);
+    EXPECT_EQ(stored->WriteTurned(target, {1000, 300}, 1, 2), E_FAIL);
     EXPECT_TRUE(report.WasMemoryRefused());
 }
 
@@ -589,16 +591,17 @@ TYPED_TEST(StoredWordCoef, NotesRefusedMemory) {
 TYPED_TEST(StoredWordCoef, AsksForNoMemoryThatTheFileCannotFill) {
     using Element = typename TypeParam::Element;
     constexpr auto kMost = static_cast<std::uint32_t>(sizeof(Element)) * 65536;
-    SMadeFile<Element> file(65280, 65280);
+    SMadeFile<Element> file(8192, 8192);
     const CTransferReport report;
     const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + (std::uint64_t{64} << 20));
     EXPECT_EQ(LoadStored(TypeParam::kKind, file.AsFile()), nullptr) << "no record";
     for (const std::uint32_t totalSize : {1U, kMost}) {
         file.records.clear();
-        for (std::uint32_t y = 0; y < 65280; y += 128)
-            for (std::uint32_t x = 0; x < 65280; x += 256)
+        for (std::uint32_t y = 0; y < 8192; y += 128)
+            for (std::uint32_t x = 0; x < 8192; x += 256)
                 file.records.push_back(
                     {.x = x, .y = y, .width = 256, .height = 128, .totalSize = totalSize});
+        file.data.resize(file.records.size());
         EXPECT_EQ(LoadStored(TypeParam::kKind, file.AsFile()), nullptr) << totalSize;
     }
     EXPECT_FALSE(report.WasMemoryRefused());
