@@ -619,6 +619,51 @@ TYPED_TEST(StoredWordCoef, TellsOfAStreamThatTakesNotAll) {
     }
 }
 
+/// A file whose bytes from `limit` on cannot be read, though they are counted.
+class CBrokenFile : public std::istream {
+  public:
+    CBrokenFile(const Bytes& bytes, std::size_t limit)
+        : std::istream(nullptr), m_buffer(AsText(bytes), limit) {
+        rdbuf(&m_buffer);
+    }
+
+  private:
+    class CBuffer : public std::stringbuf {
+      public:
+        CBuffer(const std::string& text, std::size_t limit)
+            : std::stringbuf(text, std::ios::in), m_limit(static_cast<std::streamoff>(limit)) {}
+
+      protected:
+        std::streamsize xsgetn(char* to, std::streamsize count) override {
+            return (gptr() - eback()) + count > m_limit ? 0 : std::stringbuf::xsgetn(to, count);
+        }
+
+      private:
+        std::streamoff m_limit;
+    };
+
+    CBuffer m_buffer;
+};
+
+// What was read before is not taken once more in place of what cannot be read.
+TYPED_TEST(StoredWordCoef, RefusesAFileThatBreaksOffWhileItIsRead) {
+    using Element = typename TypeParam::Element;
+    SMadeFile<Element> file(512, 128);
+    file.Cover(256, 128, [](std::int32_t x, std::int32_t y) {
+        Element element;
+        for (std::uint32_t k = 0; k < element.w.size(); ++k)
+            element.w[k] =
+                MixedPixel<Element>(x % 256, y + static_cast<std::int32_t>(k) * 128).w[0];
+        return element;
+    });
+    ASSERT_EQ(file.records[0].planeSizes, file.records[1].planeSizes);
+    const Bytes bytes = file.AsFile();
+    CBrokenFile whole(bytes, bytes.size());
+    EXPECT_NE(LoadStoredWordCoef(TypeParam::kKind, whole, 1), nullptr);
+    CBrokenFile broken(bytes, bytes.size() - 1);
+    EXPECT_EQ(LoadStoredWordCoef(TypeParam::kKind, broken, 1), nullptr);
+}
+
 TYPED_TEST(StoredWordCoef, RefusesAStreamThatHasFailedOrCannotBeSought) {
     using Element = typename TypeParam::Element;
     const Bytes file = MixedFile<Element>(30, 20);
