@@ -564,6 +564,30 @@ TYPED_TEST(StoredWordCoef, NeedsItsPlanesAndSomeChunksOfMemory) {
     EXPECT_EQ(CMemoryBudget::Process().Outstanding(), before);
 }
 
+// However many threads are there: one chunk keeps one of them busy.
+TYPED_TEST(StoredWordCoef, NeedsNoMemoryForThreadsWithoutWork) {
+    using Element = typename TypeParam::Element;
+    const Bytes file = MixedFile<Element>(256, 128);
+    const CTransferReport report;
+    const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + 2 * kExtraBytes<Element>);
+    const auto stored = LoadStored(TypeParam::kKind, file, 1000);
+    ASSERT_NE(stored, nullptr);
+    std::stringstream target;
+    EXPECT_EQ(stored->WriteTurned(target, {256, 128}, 2, 1000), S_OK);
+    EXPECT_FALSE(report.WasMemoryRefused());
+}
+
+TYPED_TEST(StoredWordCoef, NeedsLittleMemoryForASmallCabinet) {
+    const Bytes file = MixedFile<typename TypeParam::Element>(20, 10);
+    const CTransferReport report;
+    const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + 40000);
+    const auto stored = LoadStored(TypeParam::kKind, file, 2);
+    ASSERT_NE(stored, nullptr);
+    std::stringstream target;
+    EXPECT_EQ(stored->WriteTurned(target, {20, 10}, 3, 2), S_OK);
+    EXPECT_FALSE(report.WasMemoryRefused());
+}
+
 TYPED_TEST(StoredWordCoef, NotesRefusedMemory) {
     using Element = typename TypeParam::Element;
     const Bytes file = MixedFile<Element>(1000, 300);
