@@ -34,6 +34,7 @@ std::optional<std::uint32_t> TakeField(CBoundedSource& source) {
 struct SBlock {
     std::uint64_t number = 0;
     bool isStoredAsIs = false;
+    bool isTakenIntoPlace = false; ///< and so never stands in the memory of a thread
     std::size_t storedBytes = 0;
     std::uint32_t checksum = 0;          ///< of the stored bytes, if blocks have one
     std::optional<std::uint64_t> offset; ///< in the target, once all before it are decoded
@@ -116,7 +117,7 @@ class CBlockReader {
             block.bytes = block.storedBytes;
         if (!FindPlace(block))
             return E_FAIL;
-        if (!IsTakenIntoPlace(block)) {
+        if (!block.isTakenIntoPlace) {
             const std::uint64_t most =
                 std::min<std::uint64_t>(m_blocks.largestBytes, m_source.Left());
             if (!Reserve(memory.stored, static_cast<std::size_t>(most)))
@@ -131,10 +132,8 @@ class CBlockReader {
         return checksum ? S_OK : E_FAIL;
     }
 
-    static bool IsTakenIntoPlace(const SBlock& block) { return block.isStoredAsIs && block.offset; }
-
     bool TakeBytes(SBlockMemory& memory, SBlock& block) {
-        if (!IsTakenIntoPlace(block))
+        if (!block.isTakenIntoPlace)
             return m_source.Take(memory.stored.Data(), block.storedBytes);
         return EachRun(
             m_target, *block.offset, block.bytes,
@@ -148,6 +147,7 @@ class CBlockReader {
         if (m_placed != block.number)
             return true;
         block.offset = m_made;
+        block.isTakenIntoPlace = block.isStoredAsIs;
         return !block.isStoredAsIs || CountIn(block);
     }
 
@@ -164,7 +164,7 @@ class CBlockReader {
     Status FinishBlock(SBlockMemory& memory, SBlock& block) {
         if (m_blocks.haveChecksums && StoredChecksum(memory, block) != block.checksum)
             return E_FAIL;
-        if (!IsTakenIntoPlace(block)) {
+        if (!block.isTakenIntoPlace) {
             if (const Status status = Decode(memory, block); status != S_OK)
                 return status;
             if (!Place(block))
@@ -174,7 +174,7 @@ class CBlockReader {
     }
 
     std::uint32_t StoredChecksum(const SBlockMemory& memory, const SBlock& block) const {
-        if (!IsTakenIntoPlace(block))
+        if (!block.isTakenIntoPlace)
             return XXH32(memory.stored.Data(), block.storedBytes, 0);
         XXH32_state_t checksum;
         XXH32_reset(&checksum, 0);

@@ -38,7 +38,7 @@ bool CFrameReader::TakeHeader() {
         return false;
     m_context.reset(context);
     m_bound = CheckedProduct<std::uint64_t>(m_source.Left(), kLargestRatio).value_or(UINT64_MAX);
-    std::array<char, kLongestHeaderBytes> header{};
+    std::array<std::byte, kLongestHeaderBytes> header{};
     if (!m_source.Take(header.data(), kShortestHeaderBytes))
         return false;
     std::size_t size = LZ4F_headerSize(header.data(), kShortestHeaderBytes);
@@ -49,7 +49,8 @@ bool CFrameReader::TakeHeader() {
     if (LZ4F_isError(hint) != 0U || m_info.frameType != LZ4F_frame || m_info.dictID != 0)
         return false;
     // The frame's information does not tell a declared 0 from no declaration.
-    m_isSizeDeclared = (header[kFrameFlagsOffset] & kContentSizeFlag) != 0;
+    m_isSizeDeclared =
+        (std::to_integer<unsigned>(header[kFrameFlagsOffset]) & kContentSizeFlag) != 0;
     return true;
 }
 

@@ -175,5 +175,57 @@ TEST(FrameReader, TakesABlockThatEndsAsNoWriterEndsOneAsLz4Does) {
         EXPECT_EQ(ReadBy(threads, frame, 64), content);
 }
 
+TEST(FrameReader, SaysWhenABlockInWorkGetsNoMemory) {
+    const Bytes content(300000, std::byte{4});
+    SFrameForm form{LZ4F_max64KB};
+    form.blockBytes = kSmallBlock;
+    const Bytes frame = FrameOf(content, form);
+    form.hasSize = false;
+    const Bytes undeclared = FrameOf(content, form);
+    const std::uint64_t held = CMemoryBudget::Process().Outstanding();
+    for (const std::size_t threads : {1U, 3U}) {
+        // None for the stored block, and none for a decoded one, which fits no block of the buffer.
+        for (const std::uint64_t more : {std::size_t{0}, frame.size() * threads}) {
+            const CTransferReport report;
+            const CBudgetLimit limit(held + content.size() + more);
+            CMassiveBuf buffer(1000);
+            CPipe pipe(frame);
+            EXPECT_EQ(buffer.UncompressFromFile(pipe, frame.size(), threads), E_OUTOFMEMORY);
+            EXPECT_TRUE(report.WasMemoryRefused());
+            EXPECT_EQ(CMemoryBudget::Process().Outstanding(), held);
+        }
+        const CTransferReport report;
+        const CBudgetLimit none(held);
+        CMassiveBuf buffer(1000);
+        CPipe pipe(undeclared);
+        EXPECT_EQ(buffer.UncompressFromFile(pipe, undeclared.size(), threads), E_OUTOFMEMORY);
+        EXPECT_TRUE(report.WasMemoryRefused());
+    }
+}
+
+TEST(FrameReader, DecodesABlockThatFitsIntoItsPlaceWithoutMemoryOfItsOwn) {
+    const Bytes content(50000, std::byte{4});
+    const Bytes frame = FrameOf(content, {});
+    const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + content.size() +
+                             frame.size());
+    CMassiveBuf buffer(50000);
+    CPipe pipe(frame);
+    EXPECT_EQ(buffer.UncompressFromFile(pipe, frame.size()), S_OK);
+    EXPECT_TRUE(BufferBytes(buffer) == content);
+}
+
+TEST(FrameReader, AStreamThrowsOnTheCallingThreadWhatItIsSetTo) {
+    const Bytes whole = FrameOf(MixedBytes(400000, 50000), {LZ4F_max64KB});
+    for (const std::size_t threads : {1U, 3U}) {
+        CPipe broken({whole.begin(), whole.begin() + 150000}, true);
+        broken.exceptions(std::ios::badbit);
+        CMassiveBuf buffer(1000);
+        EXPECT_THROW(DropStatus(buffer.UncompressFromFile(broken, whole.size(), threads)),
+                     std::ios::failure);
+        EXPECT_EQ(broken.exceptions(), std::ios::badbit);
+        EXPECT_EQ(buffer.BlockCount(), 0U);
+    }
+}
+
 } // namespace
 } // namespace trevolt
