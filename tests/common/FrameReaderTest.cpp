@@ -5,6 +5,7 @@
 #include <utility>
 
 #include <gtest/gtest.h>
+#include <xxhash/xxhash.h>
 
 #include "tests/support/BudgetLimit.h"
 #include "tests/support/LzFrames.h"
@@ -154,6 +155,8 @@ TEST(FrameReader, TakesNoMoreOfTheStreamThanItIsTold) {
         // One byte fewer than the frame has is a truncated frame.
         std::istringstream again = StreamBehindPrefix(more);
         EXPECT_EQ(buffer.UncompressFromFile(again, whole.size() - 1, threads), E_FAIL);
+        EXPECT_TRUE(again.good());
+        EXPECT_LT(again.tellg(), static_cast<std::streamoff>(kPrefix.size() + whole.size()));
     }
 }
 
@@ -173,6 +176,32 @@ TEST(FrameReader, TakesABlockThatEndsAsNoWriterEndsOneAsLz4Does) {
     ASSERT_EQ(content, MakeBytes({'A', 'A', 'A', 'A', 'A', 'B', 'C', 'D', 'E', 'F', 'G', 'H'}));
     for (const std::size_t threads : kThreads)
         EXPECT_EQ(ReadBy(threads, frame, 64), content);
+}
+
+TEST(FrameReader, RefusesABlockThatIsLargerThanItsHeaderSays) {
+    for (const std::size_t size : {kSmallBlock, kSmallBlock + 1}) {
+        const Bytes content = Noise(size);
+        Bytes frame = FrameOf(content, {LZ4F_max256KB});
+        frame[5] = std::byte{0x40}; // blocks of up to 64 KiB
+        frame[14] = static_cast<std::byte>(XXH32(&frame[4], 10, 0) >> 8 & 0xFF);
+        for (const std::size_t threads : kThreads)
+            EXPECT_EQ(ReadBy(threads, frame, 1000).has_value(), size == kSmallBlock);
+    }
+}
+
+TEST(FrameReader, RefusesASkippableFrameThatHoldsTheEndOfAnother) {
+    const Bytes skippable = MakeBytes({0x50, 0x2A, 0x4D, 0x18, 5, 0, 0, 0, 1, 0, 0, 0, 0x55});
+    for (const std::size_t threads : kThreads)
+        EXPECT_FALSE(ReadBy(threads, skippable, 1000).has_value());
+}
+
+TEST(FrameReader, SeesWhatFollowsAFrameThatFillsItsReads) {
+    constexpr std::size_t kRead = std::size_t{1} << 20;
+    Bytes frame = FrameOf(Noise(kRead - 12), {LZ4F_max4MB, LZ4F_blockLinked});
+    ASSERT_EQ(frame.size(), kRead + 15); // and the header
+    EXPECT_TRUE(ReadBy(1, frame, 4U << 20).has_value());
+    frame.push_back(std::byte{0});
+    EXPECT_FALSE(ReadBy(1, frame, 4U << 20).has_value());
 }
 
 TEST(FrameReader, SaysWhenABlockInWorkGetsNoMemory) {

@@ -370,8 +370,7 @@ TEST_F(FolderRotation, ATurnedMapBeyondTheMemoryEndsCleanly) {
 
 TEST_F(FolderRotation, AFileWhoseSmallMemoryIsRefusedIsNamedAndTheOthersGoOn) {
     AddFile(L"a.3bcoef", 4, 3);
-    WriteText(m_source.File(L"b.cccoef"),
-              std::string(20000, '1')); // a line, all of it held at once
+    AddFile(L"b.cccoef", 4, 3); // whose reader takes memory for many lines at once
     const SRotationOutcome outcome = [&] {
         const CAllocationLimit limit(19000);
         return Run();
