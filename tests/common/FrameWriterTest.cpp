@@ -8,6 +8,7 @@
 #include <thread>
 
 #include <gtest/gtest.h>
+#include <lz4.h>
 
 #include "tests/support/BudgetLimit.h"
 #include "tests/support/LzFrames.h"
@@ -53,6 +54,24 @@ TEST(FrameWriter, WritesTheFrameThatLz4MakesOfTheSamePieces) {
                     << size << " bytes, " << threads << " threads";
         }
     }
+}
+
+TEST(FrameWriter, StoresAsItIsWhatOnlyKeepsItsSize) {
+    std::size_t kept = 0;
+    for (std::size_t size = 20; size < 60; ++size) {
+        for (std::size_t repeated = 4; repeated < 9; ++repeated) {
+            Bytes content = Noise(size);
+            std::memcpy(&content[repeated + 1], content.data(), repeated);
+            std::array<char, 100> packed{};
+            kept += LZ4_compress_default(reinterpret_cast<const char*>(content.data()),
+                                         packed.data(), static_cast<int>(size),
+                                         static_cast<int>(packed.size())) == static_cast<int>(size)
+                        ? 1
+                        : 0;
+            EXPECT_EQ(Written(content, 1), FrameOf(content, {})) << size << ", " << repeated;
+        }
+    }
+    EXPECT_GT(kept, 0U);
 }
 
 TEST(FrameWriter, AsksForEachPieceOnce) {
