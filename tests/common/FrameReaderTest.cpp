@@ -232,6 +232,23 @@ TEST(FrameReader, SaysWhenABlockInWorkGetsNoMemory) {
     }
 }
 
+TEST(FrameReader, TellsTheCallingThreadWhatAnotherIsRefused) {
+    const Bytes content(600000, std::byte{4});
+    SFrameForm form{LZ4F_max64KB};
+    form.blockBytes = 1000;
+    const Bytes frame = FrameOf(content, form);
+    // Memory for most blocks in work, so that some thread or other is refused.
+    const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + content.size() +
+                             3 * (kSmallBlock + frame.size()));
+    for (int run = 0; run < 100; ++run) {
+        const CTransferReport report;
+        CMassiveBuf buffer(900);
+        CPipe pipe(frame);
+        const Status status = buffer.UncompressFromFile(pipe, frame.size(), 8);
+        EXPECT_EQ(status == E_OUTOFMEMORY, report.WasMemoryRefused());
+    }
+}
+
 TEST(FrameReader, DecodesABlockThatFitsIntoItsPlaceWithoutMemoryOfItsOwn) {
     const Bytes content(50000, std::byte{4});
     const Bytes frame = FrameOf(content, {});
