@@ -232,6 +232,17 @@ TEST(FrameReader, SaysWhenABlockInWorkGetsNoMemory) {
     }
 }
 
+TEST(FrameReader, ADamagedBlockEndsTheWorkOfAllThreads) {
+    const Bytes content = MixedBytes(600000, 1000);
+    SFrameForm form{LZ4F_max64KB};
+    form.hasBlockChecksums = true;
+    form.blockBytes = 1000;
+    Bytes frame = FrameOf(content, form);
+    frame[5000] ^= std::byte{1};
+    for (int run = 0; run < 100; ++run)
+        EXPECT_FALSE(ReadBy(8, frame, 900).has_value());
+}
+
 TEST(FrameReader, TellsTheCallingThreadWhatAnotherIsRefused) {
     const Bytes content(600000, std::byte{4});
     SFrameForm form{LZ4F_max64KB};
