@@ -88,8 +88,8 @@ void ExpectGathered(std::int32_t width, std::int32_t height, std::uint32_t code,
     for (std::int32_t y = rect.top; y < rect.bottom; ++y) {
         for (std::int32_t x = rect.left; x < rect.right; ++x) {
             const PixelPosition from = back.Turned(x, y);
-            expected[before + (y - rect.top) * stride + x - rect.left] =
-                Elements<Element>()[from.y * width + from.x];
+            expected[static_cast<std::size_t>(before + (y - rect.top) * stride + x - rect.left)] =
+                Elements<Element>()[static_cast<std::size_t>(from.y * width + from.x)];
         }
     }
     EXPECT_TRUE(out == expected) << width << " x " << height << " by " << code << ", "

@@ -137,15 +137,18 @@ TEST(CoefRotation, PixelsThatTheSourceDoesNotHoldAreItsDefaults) {
 
 TEST(CoefRotation, RowsThatEndInsideTheSizeGoOnWithDefaults) {
     const CChromaCorrectCoef source = PatternMap(40, 20);
-    const std::pair<std::int32_t, std::int32_t> sizes[] = {{70, 33}, {40, 33}, {41, 20},
-                                                           {70, 20}, {20, 21}, {200, 3}};
-    for (const auto& [width, height] : sizes) {
+    struct SSize {
+        std::int32_t width;
+        std::int32_t height;
+    };
+    for (const SSize& size : {SSize{70, 33}, {40, 33}, {41, 20}, {70, 20}, {20, 21}, {200, 3}}) {
         for (std::uint32_t code = 1; code <= 3; ++code) {
-            SCOPED_TRACE(testing::Message() << width << " x " << height << " by " << code);
+            SCOPED_TRACE(testing::Message()
+                         << size.width << " x " << size.height << " by " << code);
             CChromaCorrectCoef target;
-            TurnMap(source, width, height, code, target);
+            TurnMap(source, size.width, size.height, code, target);
             ExpectPixels(target, [&](std::int32_t x, std::int32_t y) {
-                const auto [fromX, fromY] = SourceOf(code, width, height, x, y);
+                const auto [fromX, fromY] = SourceOf(code, size.width, size.height, x, y);
                 return fromX < 40 && fromY < 20 ? PatternPixel(fromX, fromY) : SMatrixCoef{};
             });
         }
