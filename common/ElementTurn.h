@@ -94,6 +94,8 @@ void GatherSideways(const CQuarterTurn& turn, const CQuarterTurn& back, const SP
                 static_cast<std::ptrdiff_t>(rowStep) * std::ptrdiff_t{sizeof(Element)});
         }
     }
+    if constexpr (Tile::kIsStreamed)
+        EndStreaming();
 }
 
 /// Puts the pixels of `rect`, which is not empty and counted in the turned picture, at `out`, whose

@@ -13,6 +13,10 @@
 #include <cstdint>
 #include <cstring>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 namespace trevolt {
 
 /// Bytes and words of one vector, which every processor that this is compiled for has.
@@ -39,10 +43,30 @@ inline WordVector ReversedWords(WordVector words) {
     return __builtin_shufflevector(words, words, 3, 2, 1, 0, 7, 6, 5, 4);
 }
 
+// ---- stores past the cache ----
+
+/// Stores a vector, at an address that is a multiple of its bytes, without fetching the line that it
+/// goes to, where the processor can; `EndStreaming` must follow before another thread reads it.
+inline void StreamWords(std::byte* to, WordVector words) {
+#ifdef __SSE2__
+    _mm_stream_si128(reinterpret_cast<__m128i*>(to), std::bit_cast<__m128i>(words));
+#else
+    StoreWords(to, words);
+#endif
+}
+
+inline void EndStreaming() {
+#ifdef __SSE2__
+    _mm_sfence();
+#endif
+}
+
 // ---- hints to the cache ----
 //
 // Always inlined, since GCC drops calls of functions of hints alone. A line may lie outside of what
 // is ever read or written: nothing is touched.
+
+inline constexpr std::size_t kLineBytes = 64;
 
 enum class ELineUse { Read, Write };
 
@@ -50,7 +74,6 @@ enum class ELineUse { Read, Write };
 template <ELineUse Use>
 [[gnu::always_inline]] inline void PrefetchLines(const void* at, std::ptrdiff_t offset,
                                                  std::size_t bytes) {
-    constexpr std::size_t kLineBytes = 64;
     const std::uintptr_t first =
         reinterpret_cast<std::uintptr_t>(at) + static_cast<std::uintptr_t>(offset);
     for (std::size_t line = 0; line < bytes + kLineBytes - 1; line += kLineBytes) {
@@ -142,11 +165,14 @@ inline void TransposeWords(const std::byte* from, std::size_t pitch, std::byte* 
 template <std::size_t Bytes>
 class CTurnTile {
   public:
+    /// Elements of a map, which nothing reads soon: their columns go past the cache, in whole lines.
+    static constexpr bool kIsStreamed = Bytes == 3 * kVectorBytes;
+
     /// What was quickest of the shapes that were measured. Tiles of long elements hold less time's
-    /// work, so that lines are asked for two tiles ahead.
+    /// work, so that lines are asked for two tiles ahead where they are not streamed.
     static constexpr std::int32_t kColumns = Bytes == 3 ? 64 : Bytes <= kVectorBytes ? 32 : 16;
-    static constexpr std::int32_t kRows = Bytes <= kVectorBytes ? kColumns : 4;
-    static constexpr std::int32_t kTilesAhead = Bytes <= kVectorBytes ? 1 : 2;
+    static constexpr std::int32_t kRows = Bytes <= kVectorBytes ? kColumns : kIsStreamed ? 8 : 4;
+    static constexpr std::int32_t kTilesAhead = Bytes <= kVectorBytes || kIsStreamed ? 1 : 2;
 
     static constexpr std::size_t kPitch = std::size_t{kColumns} * Bytes;
 
@@ -187,9 +213,23 @@ class CTurnTile {
 
     void StoreColumn(std::size_t column, std::size_t firstRow, std::size_t rows,
                      std::byte* to) const {
+        if constexpr (kIsStreamed) {
+            if (rows == kRows && reinterpret_cast<std::uintptr_t>(to) % kLineBytes == 0) {
+                StreamColumn(column, to);
+                return;
+            }
+        }
         PrefetchColumn(to);
         MoveRun<Bytes>(m_bytes + firstRow * kPitch + column * Bytes,
                        static_cast<std::ptrdiff_t>(kPitch), to + firstRow * Bytes, rows - firstRow);
+    }
+
+    /// A whole column, into whole lines.
+    void StreamColumn(std::size_t column, std::byte* to) const {
+        const std::byte* from = m_bytes + column * Bytes;
+        for (std::int32_t row = 0; row < kRows; ++row, from += kPitch)
+            for (std::size_t at = 0; at < Bytes; at += kVectorBytes, to += kVectorBytes)
+                StreamWords(to, LoadWords(from + at));
     }
 
     void StoreEightColumns(std::size_t column, std::size_t rows, std::byte* to,

@@ -73,31 +73,32 @@ class CStoredBinaryCoef : public CStoredCoef {
         }
         WriteCoefHeader(stream, Kind::kMagic, static_cast<std::uint32_t>(turned.width),
                         static_cast<std::uint32_t>(turned.height));
-        return WriteFrame(stream, static_cast<std::uint64_t>(*elements) * Kind::kStoredBytes,
-                          threads,
-                          [&](std::uint64_t offset, std::size_t count, CBudgetBlock& scratch) {
-                              return GatherPiece(size, code, offset, count, scratch);
-                          });
+        const std::uint64_t rowBytes =
+            static_cast<std::uint64_t>(turned.width) * Kind::kStoredBytes;
+        return WriteFrame(
+            stream, static_cast<std::uint64_t>(*elements) * Kind::kStoredBytes, threads,
+            [&](std::uint64_t offset, std::size_t count, CBudgetBlock& scratch) {
+                const std::uint64_t top = offset / rowBytes;
+                const std::uint64_t bottom = (offset + count + rowBytes - 1) / rowBytes;
+                scratch = GatherRows(size, code, top, bottom);
+                return scratch ? scratch.Data() + (offset - top * rowBytes) : nullptr;
+            });
     }
 
   private:
-    /// The `count` bytes of the turned body from `offset` on, in the whole rows that hold them.
-    const std::byte* GatherPiece(const PixelSize& size, std::uint32_t code, std::uint64_t offset,
-                                 std::size_t count, CBudgetBlock& scratch) const {
-        const PixelSize turned = CQuarterTurn(code, size.width, size.height).TurnedSize();
-        const std::uint64_t rowBytes =
-            static_cast<std::uint64_t>(turned.width) * Kind::kStoredBytes;
-        const std::uint64_t top = offset / rowBytes;
-        const std::uint64_t bottom = (offset + count + rowBytes - 1) / rowBytes;
-        scratch = CBudgetBlock(static_cast<std::size_t>((bottom - top) * rowBytes));
-        if (!scratch)
-            return nullptr;
-        GatherTurned(code, size.width, size.height,
-                     {0, static_cast<std::int32_t>(top), static_cast<std::int32_t>(turned.width),
-                      static_cast<std::int32_t>(bottom)},
-                     CPictureRows<Kind>(m_body),
-                     reinterpret_cast<ElementBytes<Kind>*>(scratch.Data()), turned.width);
-        return scratch.Data() + (offset - top * rowBytes);
+    /// The rows of the turned body from `top` to `bottom`; nothing without memory.
+    CBudgetBlock GatherRows(const PixelSize& size, std::uint32_t code, std::uint64_t top,
+                            std::uint64_t bottom) const {
+        const std::int64_t width = CQuarterTurn(code, size.width, size.height).TurnedSize().width;
+        CBudgetBlock rows(static_cast<std::size_t>(bottom - top) * static_cast<std::size_t>(width) *
+                          Kind::kStoredBytes);
+        if (rows)
+            GatherTurned(code, size.width, size.height,
+                         {0, static_cast<std::int32_t>(top), static_cast<std::int32_t>(width),
+                          static_cast<std::int32_t>(bottom)},
+                         CPictureRows<Kind>(m_body),
+                         reinterpret_cast<ElementBytes<Kind>*>(rows.Data()), width);
+        return rows;
     }
 
     CMassiveGrid m_body{Kind::kStoredBytes};
