@@ -76,6 +76,8 @@ std::uint64_t PixelsOf(const PixelSize& size) {
 
 /// What a file in work takes beside its pixels, and more.
 constexpr std::uint64_t kSideBytes = std::uint64_t{32} << 20;
+/// What each further thread that works on a file takes, and more: the pieces of the widest body.
+constexpr std::uint64_t kThreadBytes = std::uint64_t{32} << 20;
 /// A map's bytes a pixel: an element and a gain.
 constexpr std::uint64_t kMapBytes = sizeof(SMatrixCoef) + sizeof(float);
 
@@ -135,15 +137,12 @@ class CFileRotation {
     /// Turns the file in its own elements; false where only a map can tell or write what it holds.
     bool TurnStored() {
         if (m_storedKind == nullptr || !m_source.IsOpen() || !IsPossibleMap(m_outcome.size) ||
-            !CMemoryBudget::Process().HasRoomFor(PixelsOf(m_outcome.size) *
-                                                 m_storedKind->elementBytes))
+            !m_share.Holds(PixelsOf(m_outcome.size) * m_storedKind->elementBytes))
             return false;
-        // The stored bytes, the elements, and as much again of what is on its way to the file.
-        const CWorkShare::CPart part(m_share,
-                                     m_source.ByteCount() + StoredBytes() * 2 + kSideBytes);
+        CWorkShare::CPart part(m_share, StoredBytes() + kSideBytes);
         if (m_interrupted)
             return true;
-        const std::size_t threads = m_share.ThreadsOfOne();
+        const std::size_t threads = 1 + part.Extend(kThreadBytes, m_share.ThreadsOfOne() - 1);
         const auto source = m_storedKind->load(m_source.FirstByte(), threads);
         if (source == nullptr)
             return false;

@@ -1,7 +1,6 @@
 // A coefficient file that is opened once and looked at several times.
 #pragma once
 
-#include <cstdint>
 #include <fstream>
 #include <string>
 
@@ -30,9 +29,6 @@ class CSourceFile {
     Status Take(Look look) {
         return m_isOpen ? look(FirstByte()) : E_COEF_OPENFAILED;
     }
-
-    /// The file's length in bytes, 0 when it cannot be told.
-    std::uint64_t ByteCount() { return m_isOpen ? BytesToEnd(FirstByte()).value_or(0) : 0; }
 
   private:
     std::fstream m_stream;

@@ -34,6 +34,15 @@ class CWorkShare {
             m_share.m_taken -= m_bytes;
             m_share.m_given.notify_all();
         }
+        /// Takes `bytes` more up to `times` times, as often as they are free now, and tells how often.
+        std::size_t Extend(std::uint64_t bytes, std::size_t times) {
+            const std::lock_guard lock(m_share.m_mutex);
+            const std::uint64_t free = (m_share.m_memory - m_share.m_taken) / bytes;
+            const std::uint64_t taken = std::min<std::uint64_t>(times, free);
+            m_bytes += taken * bytes;
+            m_share.m_taken += taken * bytes;
+            return static_cast<std::size_t>(taken);
+        }
         CPart(const CPart&) = delete;
         CPart& operator=(const CPart&) = delete;
 
@@ -41,6 +50,9 @@ class CWorkShare {
         CWorkShare& m_share;
         std::uint64_t m_bytes;
     };
+
+    /// Whether a file alone may take `bytes`, whatever the others take now.
+    bool Holds(std::uint64_t bytes) const { return bytes <= m_memory; }
 
     /// The threads among which one file's work may be shared: those that the unfinished files leave
     /// idle are divided between them. At least 1.

@@ -525,6 +525,37 @@ TEST_F(FolderRotation, HoldsMemoryOfTheFilesInWorkOnly) {
     EXPECT_EQ(m_target.Names().size(), 20U);
 }
 
+// The second file comes to its turn while the first has memory, since those between are refused
+// quickly.
+TEST_F(FolderRotation, FilesThatFitOneByOneAreTurnedByAnyNumberOfJobs) {
+    AddFile(L"a.3bcoef", 10, 10);
+    AddFile(L"b.3wcoef", 4, 3);
+    Bytes tooWide = ReadFile(m_source.File(L"b.3wcoef"));
+    StoreLittle<std::uint32_t>(&tooWide[28], 65536);
+    for (int i = 0; i < 100; ++i)
+        WriteFile(m_source.File(L"b" + std::to_wstring(i) + L".3wcoef"), tooWide);
+    ASSERT_TRUE(RemoveFile(m_source.File(L"b.3wcoef")));
+    AddFile(L"c.3bcoef", 10, 10);
+    m_request.size = PixelSize{6000, 5000};
+    m_request.jobs = 2;
+    const std::uint64_t turned = std::uint64_t{6000} * 5000 * 3;
+    const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + turned + 4000000);
+    EXPECT_EQ(Run().written, 2U);
+    EXPECT_EQ(m_listener.outcomes.back().problems, std::vector<std::string>());
+}
+
+TEST_F(FolderRotation, ThreadsTakeNoMemoryThatOneCanDoWithout) {
+    AddFile(L"a.3bcoef", 10, 10);
+    m_request.size = PixelSize{6000, 5000};
+    const std::uint64_t turned = std::uint64_t{6000} * 5000 * 3;
+    const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + turned);
+    for (const std::size_t jobs : {1U, 256U}) {
+        m_request.jobs = jobs;
+        EXPECT_EQ(Run().written, 1U);
+        EXPECT_EQ(Only().problems, std::vector<std::string>());
+    }
+}
+
 TEST_F(FolderRotation, WritesNothingWhenInterruptedFromTheStart) {
     for (int i = 0; i < 9; ++i)
         AddFile(L"cab" + std::to_wstring(i) + L".3bcoef", 10, 10);

@@ -76,6 +76,26 @@ TEST(WorkShare, LetsAFileThatIsTooLargeTryAlone) {
     EXPECT_TRUE(large.GetsIt());
 }
 
+TEST(WorkShare, TellsWhatFitsAloneWhateverIsTaken) {
+    CWorkShare share(2, 2, 100);
+    const CWorkShare::CPart part(share, 60);
+    EXPECT_TRUE(share.Holds(100));
+    EXPECT_FALSE(share.Holds(101));
+}
+
+TEST(WorkShare, ExtendsAPartByWhatIsFree) {
+    CWorkShare share(2, 2, 100);
+    const CWorkShare::CPart other(share, 10);
+    {
+        CWorkShare::CPart part(share, 60);
+        EXPECT_EQ(part.Extend(10, 2), 2U);
+        EXPECT_EQ(part.Extend(4, 9), 2U); // of the last 10
+        EXPECT_EQ(part.Extend(4, 9), 0U);
+    }
+    CWorkShare::CPart next(share, 0);
+    EXPECT_EQ(next.Extend(90, 1), 1U); // all of it came back
+}
+
 TEST(WorkShare, GivesNothingOfNothing) {
     CWorkShare share(1, 1, 0);
     const CHolder one(share, 5);
