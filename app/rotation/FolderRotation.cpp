@@ -92,8 +92,7 @@ class CFileRotation {
           m_name(name),
           m_number(number),
           m_loadKind(*FindLoadKind(name)),
-          m_storedKind(FindStoredKind(name)),
-          m_source(WithSeparator(request.sourceFolder) + name) {}
+          m_storedKind(FindStoredKind(name)) {}
 
     SFileOutcome Run() {
         m_outcome.name = WideToShownUtf8(m_name);
@@ -109,7 +108,10 @@ class CFileRotation {
 
   private:
     void Turn() {
-        if (m_interrupted || !FindSize())
+        if (m_interrupted)
+            return;
+        m_source.Open(WithSeparator(m_request.sourceFolder) + m_name);
+        if (!FindSize())
             return;
         if (!TurnStored())
             TurnThroughMap();

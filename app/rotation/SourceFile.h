@@ -11,9 +11,9 @@ namespace trevolt {
 
 class CSourceFile {
   public:
-    explicit CSourceFile(const std::wstring& path)
-        : m_isOpen(OpenFileStream(m_stream, path.c_str(), std::ios::in)) {}
-
+    void Open(const std::wstring& path) {
+        m_isOpen = OpenFileStream(m_stream, path.c_str(), std::ios::in);
+    }
     bool IsOpen() const { return m_isOpen; }
 
     /// The stream at the file's first byte, without a failure; of a file that is open.
@@ -32,7 +32,7 @@ class CSourceFile {
 
   private:
     std::fstream m_stream;
-    bool m_isOpen;
+    bool m_isOpen = false;
 };
 
 } // namespace trevolt

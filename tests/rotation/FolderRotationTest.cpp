@@ -381,6 +381,16 @@ TEST_F(FolderRotation, AFileWhoseSmallMemoryIsRefusedIsNamedAndTheOthersGoOn) {
     EXPECT_EQ(m_listener.outcomes[1].problems, std::vector<std::string>{"not enough memory"});
 }
 
+TEST_F(FolderRotation, AFileThatGetsNoMemoryToBeOpenedIsNamed) {
+    AddFile(L"a.3bcoef", 4, 3);
+    const SRotationOutcome outcome = [&] {
+        const CAllocationLimit limit(4096); // less than a stream's buffer
+        return Run();
+    }();
+    EXPECT_EQ(outcome.end, ERotationEnd::SomeFailed);
+    ExpectProblem("not enough memory");
+}
+
 TEST_F(FolderRotation, AFileThatTheMemoryDoesNotReadWholeIsNamed) {
     AddFile(L"a.3bcoef", 100, 100);
     ASSERT_TRUE(ReplaceWith(m_source.File(L"a.3bcoef"), m_source.File(L"a.3bcoef.12wcoef")));
