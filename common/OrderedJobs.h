@@ -6,8 +6,8 @@
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <system_error>
 #include <thread>
@@ -24,6 +24,7 @@ std::vector<Thread> StartThreads(std::size_t count, const Body& body) {
         while (threads.size() < count)
             threads.emplace_back(body);
     } catch (const std::system_error&) { // no more threads than these
+    } catch (const std::bad_alloc&) {    // nor memory for another one
     }
     return threads;
 }
@@ -47,7 +48,8 @@ void ShareOut(std::size_t count, std::size_t jobs, const Work& work) {
 template <class Result>
 class CResultQueue {
   public:
-    CResultQueue(std::size_t count, std::size_t ahead) : m_count(count), m_ahead(ahead) {}
+    CResultQueue(std::size_t count, std::size_t ahead)
+        : m_count(count), m_ahead(ahead), m_waiting(std::min(count, ahead)) {}
 
     /// The next piece of work, once no more than `ahead` results before it wait or are in work;
     /// nothing when none is left.
@@ -62,32 +64,36 @@ class CResultQueue {
 
     void Put(std::size_t piece, Result result) {
         const std::lock_guard lock(m_mutex);
-        while (m_waiting.size() <= piece - m_first)
-            m_waiting.emplace_back();
-        m_waiting[piece - m_first] = std::move(result);
+        PlaceOf(piece) = std::move(result);
         m_finished.notify_one();
     }
 
     /// The result behind the last one taken.
     Result Take() {
         std::unique_lock lock(m_mutex);
-        m_finished.wait(lock, [&] { return !m_waiting.empty() && m_waiting.front(); });
-        Result result = std::move(*m_waiting.front());
-        m_waiting.pop_front();
+        std::optional<Result>& first = PlaceOf(m_first);
+        m_finished.wait(lock, [&] { return first.has_value(); });
+        Result result = *std::exchange(first, std::nullopt);
         ++m_first;
         m_delivered.notify_all();
         return result;
     }
 
   private:
+    /// No more pieces than there are places are on their way at once.
+    std::optional<Result>& PlaceOf(std::size_t piece) {
+        return m_waiting[piece % m_waiting.size()];
+    }
+
     std::mutex m_mutex;
     std::condition_variable m_finished;
     std::condition_variable m_delivered;
     std::size_t m_count;
     std::size_t m_ahead;
     std::size_t m_next = 0;
-    std::size_t m_first = 0; ///< the piece whose result stands first
-    std::deque<std::optional<Result>> m_waiting;
+    std::size_t m_first = 0; ///< the piece whose result is taken next
+    /// All places are there from the start: threads have nobody to catch what they throw.
+    std::vector<std::optional<Result>> m_waiting;
 };
 
 /// Calls `work(i)` for every i below `count`, on up to `jobs` threads at once, and `deliver(result)`

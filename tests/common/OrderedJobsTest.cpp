@@ -140,13 +140,16 @@ TEST(OrderedJobs, SharesOutAmongTheCallerAndOthers) {
     EXPECT_GT(byCaller, 0);
 }
 
-/// A thread of a system that gives only some.
+/// A thread of a system that gives only some, or has memory only for some.
 class CScarceThread {
   public:
     static inline int g_left = 0;
+    static inline bool g_lacksMemory = false;
 
     template <class Body>
     explicit CScarceThread(Body body) {
+        if (g_left == 0 && g_lacksMemory)
+            throw std::bad_alloc();
         if (g_left == 0)
             throw std::system_error(EAGAIN, std::generic_category());
         --g_left;
@@ -156,6 +159,19 @@ class CScarceThread {
   private:
     std::jthread m_thread;
 };
+
+TEST(OrderedJobs, GoesOnWithTheThreadsThatThereIsMemoryFor) {
+    CScarceThread::g_lacksMemory = true;
+    for (const int given : {0, 1, 2}) {
+        CScarceThread::g_left = given;
+        std::vector<std::size_t> delivered;
+        RunOrdered<std::size_t, CScarceThread>(
+            5, 3, [](std::size_t i) { return i; },
+            [&](std::size_t result) { delivered.push_back(result); }, 2);
+        EXPECT_EQ(delivered, (std::vector<std::size_t>{0, 1, 2, 3, 4}));
+    }
+    CScarceThread::g_lacksMemory = false;
+}
 
 TEST(OrderedJobs, GoesOnWithTheThreadsThatTheSystemGives) {
     const auto caller = std::this_thread::get_id();

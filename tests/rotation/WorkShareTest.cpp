@@ -7,6 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include "common/OrderedJobs.h"
+#include "tests/rotation/AllocationLimit.h"
+
 namespace trevolt {
 namespace {
 
@@ -94,6 +97,21 @@ TEST(WorkShare, ExtendsAPartByWhatIsFree) {
     }
     CWorkShare::CPart next(share, 0);
     EXPECT_EQ(next.Extend(90, 1), 1U); // all of it came back
+}
+
+TEST(WorkShare, ResultsAreHandedOverWithoutMemory) {
+    std::optional<test::CAllocationLimit> limit;
+    std::size_t sum = 0;
+    RunOrdered<std::size_t>(
+        500, 2,
+        [&](std::size_t i) {
+            if (i == 0)
+                limit.emplace(64);
+            return i;
+        },
+        [&](std::size_t result) { sum += result; });
+    limit.reset();
+    EXPECT_EQ(sum, 500U * 499 / 2);
 }
 
 TEST(WorkShare, GivesNothingOfNothing) {
