@@ -86,7 +86,7 @@ class CHugeRegions {
         if (m_newest == nullptr || place > kRegionBytes - m_newest->used) {
             auto* const start = MapHuge(kRegionBytes);
             if (start == nullptr)
-                return nullptr;
+                return std::malloc(bytes); // where address space is scarce
             m_newest = new (start) SRegion{m_newest, kPlaceStep, 0};
         }
         void* const memory = reinterpret_cast<std::byte*>(m_newest) + m_newest->used;
@@ -98,9 +98,11 @@ class CHugeRegions {
     void Free(void* memory, std::size_t bytes) {
         const std::lock_guard lock(m_mutex);
         SRegion** link = &m_newest;
-        while (AddressOf(memory) - AddressOf(*link) >= kRegionBytes)
+        while (*link != nullptr && AddressOf(memory) - AddressOf(*link) >= kRegionBytes)
             link = &(*link)->next;
         SRegion* const region = *link;
+        if (region == nullptr)
+            return std::free(memory);
         if (--region->blocks > 0) {
             DropPages(memory, bytes);
             return;

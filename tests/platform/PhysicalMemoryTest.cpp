@@ -10,6 +10,7 @@
 
 #ifdef __linux__
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <unistd.h>
 #endif
 
@@ -133,6 +134,31 @@ TEST(PhysicalMemory, AddressSpaceGoesBackWithTheLastBlock) {
     FreeLarge(alone.data, alone.bytes);
     EXPECT_FALSE(IsMapped(alone.data));
     EXPECT_FALSE(IsMapped(alone.data + alone.bytes - 1));
+}
+
+TEST(PhysicalMemory, BlocksNeedNoMoreAddressSpaceThanThereIs) {
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
+    rlimit little = before;
+    little.rlim_cur = MeasureProcess().all + 16 * kMiB;
+    ASSERT_EQ(setrlimit(RLIMIT_AS, &little), 0);
+    std::vector<SBlock> blocks;
+    for (const std::size_t bytes : {std::size_t{20000}, kMiB, 5 * kMiB, 32 * kMiB})
+        blocks.emplace_back(bytes);
+    ASSERT_EQ(setrlimit(RLIMIT_AS, &before), 0);
+    const SBlock later(kMiB);
+    for (std::size_t i = 0; i < 3; ++i) {
+        ASSERT_NE(blocks[i].data, nullptr) << i;
+        blocks[i].Fill(static_cast<unsigned>(i + 1));
+    }
+    EXPECT_EQ(blocks[3].data, nullptr);
+    later.Fill(9);
+    for (std::size_t i = 0; i < 3; ++i)
+        EXPECT_TRUE(blocks[i].Holds(static_cast<unsigned>(i + 1))) << i;
+    for (const SBlock& block : blocks)
+        FreeLarge(block.data, block.bytes);
+    EXPECT_TRUE(later.Holds(9));
+    FreeLarge(later.data, later.bytes);
 }
 
 TEST(PhysicalMemory, NoAddressSpaceIsLeftBehind) {
