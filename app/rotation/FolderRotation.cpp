@@ -11,6 +11,7 @@
 #include "app/rotation/SourceFile.h"
 #include "app/rotation/StoredKinds.h"
 #include "app/rotation/WorkShare.h"
+#include "coef/WordObjects.h"
 #include "common/OrderedJobs.h"
 #include "common/WrittenFile.h"
 #include "platform/FileSystem.h"
@@ -131,7 +132,8 @@ class CFileRotation {
             Fail(fmt::format("cannot be read: {}", DescribeStatus(status)));
             return false;
         }
-        m_ownSize = {width, height};
+        if (!Failed(status))
+            m_ownSize = {width, height};
         m_outcome.size = m_request.size.value_or(m_ownSize);
         return true;
     }
@@ -164,9 +166,13 @@ class CFileRotation {
 
     void TurnThroughMap() {
         // Both maps, and the larger of the file's own elements and those of the turned file.
-        const CWorkShare::CPart part(m_share, PixelsOf(m_outcome.size) *
-                                                      (2 * kMapBytes + sizeof(SMatrixCoef)) +
-                                                  StoredBytes() + kSideBytes);
+        const PixelSize& size = m_outcome.size;
+        const PixelSize turnedSize =
+            CQuarterTurn(m_request.angle.code, size.width, size.height).TurnedSize();
+        const CWorkShare::CPart part(
+            m_share, PixelsOf(size) * (2 * kMapBytes + sizeof(SMatrixCoef)) + StoredBytes() +
+                         std::max(LargestStoreBytes(m_ownSize), LargestStoreBytes(turnedSize)) +
+                         kSideBytes);
         CChromaCorrectCoef source;
         if (m_interrupted || !Size(source) || (!Load(source) && !m_request.lenient) ||
             m_interrupted)

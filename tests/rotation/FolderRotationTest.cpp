@@ -554,6 +554,20 @@ TEST_F(FolderRotation, FilesThatFitOneByOneAreTurnedByAnyNumberOfJobs) {
     EXPECT_EQ(m_listener.outcomes.back().problems, std::vector<std::string>());
 }
 
+// A word file's pixels are put together in whole blocks, of which a narrow one fills little.
+TEST_F(FolderRotation, NarrowWordFilesThatFitOneByOneAreTurnedByAnyNumberOfJobs) {
+    for (const wchar_t* name : {L"a.3bcoef", L"b.3bcoef"}) {
+        AddFile(name, 1, 16384);
+        ASSERT_TRUE(
+            ReplaceWith(m_source.File(name), m_source.File(std::wstring(name) + L".12wcoef")));
+    }
+    m_request.angle = kAngles[1];
+    m_request.jobs = 2;
+    const std::uint64_t blocks = std::uint64_t{128} * 256 * 128 * 24;
+    const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + blocks + 8000000);
+    EXPECT_EQ(Run().written, 2U);
+}
+
 TEST_F(FolderRotation, ThreadsTakeNoMemoryThatOneCanDoWithout) {
     AddFile(L"a.3bcoef", 10, 10);
     m_request.size = PixelSize{6000, 5000};
