@@ -146,7 +146,8 @@ class CFileRotation {
         CWorkShare::CPart part(m_share, StoredBytes() + kSideBytes);
         if (m_interrupted)
             return true;
-        const std::size_t threads = 1 + part.Extend(kThreadBytes, m_share.ThreadsOfOne() - 1);
+        const std::size_t threads =
+            1 + part.Extend(kThreadBytes, std::min(m_share.ThreadsOfOne(), MostThreads()) - 1);
         const auto source = m_storedKind->load(m_source.FirstByte(), threads);
         if (source == nullptr)
             return false;
@@ -188,6 +189,12 @@ class CFileRotation {
         }
         m_outcome.turnedSize = {turned.Width(), turned.Height()};
         Save([&](const wchar_t* path) { return FindExportKind(m_name)->save(turned, path); });
+    }
+
+    /// So many that what they have on their way stays below the file's own pixels.
+    std::size_t MostThreads() const {
+        constexpr std::uint64_t kOwnBytes = std::uint64_t{16} << 20; // for each
+        return static_cast<std::size_t>(2 + StoredBytes() / kOwnBytes);
     }
 
     /// The bytes of the file's own pixels in memory.

@@ -298,6 +298,15 @@ class Turn(CliTest):
         self.assertLess(peak_of_two - peaks_of_hundred[1], 3 * 2048)
 
     @posix_only
+    def test_many_threads_take_little_memory_beside_the_file(self):
+        side = 2600
+        bytes_of_body = side * side * 36
+        (self.source / 'a.9fcoef').write_bytes(coef_file('.9fcoef', side, side, bytes(bytes_of_body)))
+        peak, _, run = self.measured_rotate(self.target, '--jobs', 64)
+        self.assertEqual((run.returncode, run.stderr), (0, b''))
+        self.assertLess(peak * 1024, 2.2 * bytes_of_body + 64e6)
+
+    @posix_only
     def test_a_further_cabinet_takes_few_page_faults(self):
         if 'ASAN_OPTIONS' in os.environ:
             self.skipTest('sanitizers have a heap of their own')
