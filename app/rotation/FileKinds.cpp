@@ -42,7 +42,7 @@ constexpr SKindRow BinaryFileKind(std::wstring_view extension, int exportOrder) 
                  return ReadBinaryCoefSize<Kind>(stream, width, height);
              },
              nullptr},
-            {Kind::kStoredBytes, LoadStoredBinaryCoef<Kind>}};
+            {Kind::kStoredBytes, E_COEF_OPENFAILED, LoadStoredBinaryCoef<Kind>}};
 }
 
 /// Takes every pixel that the file names, at its own place; the sizes that it tells are not needed.
@@ -65,8 +65,11 @@ Status ReadTextSize(File file, std::uint32_t& width, std::uint32_t& height) {
 }
 
 template <EWordKind Kind>
-constexpr std::uint32_t kElementBytes = VisitElementOf(Kind, std::uint32_t{0}, []<class Element>() {
-    return std::uint32_t{sizeof(Element)};
+constexpr SStoredKind kStoredWords = VisitElementOf(Kind, SStoredKind{}, []<class Element>() {
+    return SStoredKind{sizeof(Element), kWordKind<Element>.outputOpenFailed,
+                       [](std::istream& stream, std::size_t threads) {
+                           return LoadStoredWordCoef(Kind, stream, threads);
+                       }};
 });
 
 template <EWordKind Kind>
@@ -89,16 +92,14 @@ constexpr SKindRow WordFileKind(std::wstring_view extension, int exportOrder) {
                  return ReadWordCoefSize(Kind, stream, width, height);
              },
              DescribeWordFileLosses},
-            {kElementBytes<Kind>, [](std::istream& stream, std::size_t threads) {
-                 return LoadStoredWordCoef(Kind, stream, threads);
-             }}};
+            kStoredWords<Kind>};
 }
 
 constexpr SKindRow TextFileKind(std::wstring_view extension, int exportOrder) {
     return {{extension, exportOrder, LoadText<const wchar_t*>, SaveText,
              ReadTextSize<const wchar_t*>, nullptr, LoadText<std::istream&>,
              ReadTextSize<std::istream&>, nullptr},
-            {0, nullptr}};
+            {0, S_OK, nullptr}};
 }
 
 /// In the load's order.

@@ -157,7 +157,7 @@ class CFileRotation {
         Save([&](const wchar_t* path) {
             COutputFile file;
             if (!OpenWritten(file, path, std::ios::out | std::ios::trunc))
-                return E_COEF_OPENFAILED;
+                return m_storedKind->openFailed;
             const Status status = source->WriteTurned(file, m_outcome.size, code, threads);
             CloseWritten(file);
             return status;

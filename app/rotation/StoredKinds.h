@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "common/StoredCoef.h"
+#include "trevolt/StatusCodes.h"
 
 namespace trevolt {
 
@@ -15,6 +16,8 @@ namespace trevolt {
 struct SStoredKind {
     /// Bytes that a pixel takes in memory.
     std::uint32_t elementBytes;
+    /// The answer of the kind's writer when the file to write does not open.
+    Status openFailed;
     /// Loads the file at whose first byte the stream stands, on up to `threads` threads. Null for a
     /// file that is not whole or not of the kind's own, and when memory is refused, which the
     /// thread's transfer report hears of. The function is null for a kind that stores no elements.

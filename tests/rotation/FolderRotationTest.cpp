@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <optional>
 
 #include <gtest/gtest.h>
 
@@ -491,6 +492,34 @@ TEST_F(FolderRotation, AFailedFileLeavesAnEarlierOutput) {
     WriteText(m_target.File(L"a-90\u00B0.3bcoef"), "old");
     EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
     EXPECT_EQ(ReadText(m_target.File(L"a-90\u00B0.3bcoef")), "old");
+}
+
+// In its own elements or, a damaged one, through a map: what a kind's writer answers is told.
+TEST_F(FolderRotation, AnOutputThatDoesNotOpenIsToldAlikeOnBothWays) {
+    for (const auto& [name, status] : {std::pair{L"b.9fcoef", "E_COEF_OPENFAILED"},
+                                       {L"b.9wcoef", "E_COEF_OPENFAILED"},
+                                       {L"b.3wcoef", "E_HANDLE"},
+                                       {L"b.4wcoef", "E_HANDLE"},
+                                       {L"b.12wcoef", "E_HANDLE"}}) {
+        for (const bool isWhole : {true, false}) {
+            AddFile(L"a.3bcoef", 2, 3);
+            AddFile(name, 2, 3);
+            Bytes file = ReadFile(m_source.File(name));
+            file.resize(file.size() - (isWhole ? 0 : 1));
+            WriteFile(m_source.File(name), file);
+            std::optional<CTemporaryFolder> target(std::in_place);
+            m_request.targetFolder = target->Path();
+            m_request.lenient = true;
+            m_listener.afterFile = [&] { target.reset(); };
+            EXPECT_EQ(Run().written, 1U);
+            ASSERT_FALSE(m_listener.outcomes.back().problems.empty());
+            EXPECT_EQ(m_listener.outcomes.back().problems.back().rfind(
+                          std::string("cannot be written: ") + status + " (", 0),
+                      0U)
+                << m_listener.outcomes.back().problems.back();
+            ASSERT_TRUE(RemoveFile(m_source.File(name)));
+        }
+    }
 }
 
 TEST_F(FolderRotation, AFolderInTheOutputsPlaceIsReported) {
