@@ -382,6 +382,7 @@ TEST_F(FolderRotation, AFileWhoseSmallMemoryIsRefusedIsNamedAndTheOthersGoOn) {
     EXPECT_EQ(m_listener.outcomes[1].problems, std::vector<std::string>{"not enough memory"});
 }
 
+#ifndef _WIN32 // where a stream's buffer is no larger than others
 TEST_F(FolderRotation, AFileThatGetsNoMemoryToBeOpenedIsNamed) {
     AddFile(L"a.3bcoef", 4, 3);
     const SRotationOutcome outcome = [&] {
@@ -391,6 +392,7 @@ TEST_F(FolderRotation, AFileThatGetsNoMemoryToBeOpenedIsNamed) {
     EXPECT_EQ(outcome.end, ERotationEnd::SomeFailed);
     ExpectProblem("not enough memory");
 }
+#endif
 
 TEST_F(FolderRotation, AFileThatTheMemoryDoesNotReadWholeIsNamed) {
     AddFile(L"a.3bcoef", 100, 100);
