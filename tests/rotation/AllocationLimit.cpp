@@ -22,6 +22,10 @@ void* operator new(std::size_t bytes) {
 }
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+// Those of arrays too: a sanitizer's own do not come here.
+void* operator new[](std::size_t bytes) { return ::operator new(bytes); }
+void operator delete[](void* memory) noexcept { std::free(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace trevolt::test {
 
