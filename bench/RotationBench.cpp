@@ -1,7 +1,8 @@
 // How far the main job is from the least that it could cost, on a 3840 × 2160 screen: a turn beside
 // a memcpy of the same bytes into equally fresh memory; read, turn and write of a .9fcoef beside
 // LZ4's own decompression and compression of the same body. The ratios of one run, in processor time,
-// stand at the end.
+// stand at the end. What a quarter turn's order alone costs is measured by copies that turn
+// nothing: one reads in that order, the other writes in it.
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
@@ -13,8 +14,10 @@
 
 #include "bench/MeasuredPixel.h"
 #include "bench/RatioReporter.h"
+#include "common/TurnTile.h"
 #include "trevolt/BinaryCoefFile.h"
 #include "trevolt/CoefRotation.h"
+#include "trevolt/MemoryBudget.h"
 
 namespace trevolt {
 namespace {
@@ -89,6 +92,89 @@ void Turn(benchmark::State& state) {
     }
 }
 
+using MapTile = CTurnTile<sizeof(SMatrixCoef)>;
+constexpr std::size_t kMapBytes = kPixels * sizeof(SMatrixCoef);
+
+/// A screen's elements in one piece.
+const std::byte* ScreenBytes() {
+    static const CBudgetBlock bytes = [] {
+        CBudgetBlock made(kMapBytes);
+        std::memset(made.Data(), 1, kMapBytes);
+        return made;
+    }();
+    return bytes.Data();
+}
+
+/// Rows of a tile, as far apart as those of the screen that they are read from or written to.
+struct STileRows {
+    std::size_t count;
+    std::size_t bytes;
+    std::size_t step;
+};
+constexpr STileRows kRead{MapTile::kRows, MapTile::kPitch, kWidth * sizeof(SMatrixCoef)};
+constexpr STileRows kWritten{MapTile::kColumns, MapTile::kRows * sizeof(SMatrixCoef),
+                             kHeight * sizeof(SMatrixCoef)};
+
+/// The tiles of a screen in the order in which a quarter turn takes them: visit(read from, written
+/// to), both in bytes.
+template <class Visit>
+void ForEachTile(const Visit& visit) {
+    for (std::size_t top = 0; top < kWidth; top += MapTile::kColumns)
+        for (std::size_t left = 0; left < kHeight; left += MapTile::kRows)
+            visit((left * kWidth + top) * sizeof(SMatrixCoef),
+                  (top * kHeight + left) * sizeof(SMatrixCoef));
+}
+
+void StreamRun(const std::byte* from, std::byte* to, std::size_t bytes) {
+    for (std::size_t at = 0; at < bytes; at += kVectorBytes)
+        StreamWords(to + at, LoadWords(from + at));
+}
+
+/// Copies a screen by the rows of its tiles, which are read where a quarter turn reads them and
+/// written one behind the other. The rows of the next tile are asked for in advance.
+void ReadTiles(benchmark::State& state) {
+    const std::byte* const from = ScreenBytes();
+    for (auto _ : state) {
+        CBudgetBlock block(kMapBytes);
+        std::byte* to = block.Data();
+        ForEachTile([&](std::size_t readAt, std::size_t /*writtenAt*/) {
+            for (std::size_t row = 0; row < kRead.count; ++row, to += kRead.bytes) {
+                const std::byte* const read = from + readAt + row * kRead.step;
+                PrefetchLines<ELineUse::Read>(
+                    read, static_cast<std::ptrdiff_t>(kRead.count * kRead.step), kRead.bytes);
+                StreamRun(read, to, kRead.bytes);
+            }
+        });
+        EndStreaming();
+        benchmark::ClobberMemory();
+    }
+}
+
+/// As `ReadTiles`, but read one behind the other and written where a quarter turn writes them.
+void WriteTiles(benchmark::State& state) {
+    for (auto _ : state) {
+        CBudgetBlock block(kMapBytes);
+        const std::byte* from = ScreenBytes();
+        ForEachTile([&](std::size_t /*readAt*/, std::size_t writtenAt) {
+            for (std::size_t row = 0; row < kWritten.count; ++row, from += kWritten.bytes) {
+                StreamRun(from, block.Data() + writtenAt + row * kWritten.step, kWritten.bytes);
+            }
+        });
+        EndStreaming();
+        benchmark::ClobberMemory();
+    }
+}
+
+/// As `CopyIntoFreshMemory`, without the maps.
+void CopyWhole(benchmark::State& state) {
+    const std::byte* const from = ScreenBytes();
+    for (auto _ : state) {
+        CBudgetBlock to(kMapBytes);
+        std::memcpy(to.Data(), from, kMapBytes);
+        benchmark::ClobberMemory();
+    }
+}
+
 /// What LZ4 alone takes for the same body, in memory: out of a frame and into one.
 void Lz4BothWays(benchmark::State& state) {
     const std::vector<char>& raw = File().raw;
@@ -132,6 +218,9 @@ void ReadTurnWrite(benchmark::State& state) {
 
 BENCHMARK(CopyIntoFreshMemory)->Unit(benchmark::kMillisecond)->Repetitions(kRepetitions);
 BENCHMARK(Turn)->Arg(1)->Arg(2)->Arg(3)->Unit(benchmark::kMillisecond)->Repetitions(kRepetitions);
+BENCHMARK(CopyWhole)->Unit(benchmark::kMillisecond)->Repetitions(kRepetitions);
+BENCHMARK(ReadTiles)->Unit(benchmark::kMillisecond)->Repetitions(kRepetitions);
+BENCHMARK(WriteTiles)->Unit(benchmark::kMillisecond)->Repetitions(kRepetitions);
 BENCHMARK(Lz4BothWays)->Unit(benchmark::kMillisecond)->Repetitions(kRepetitions);
 BENCHMARK(ReadTurnWrite)->Unit(benchmark::kMillisecond)->Repetitions(kRepetitions);
 
@@ -144,5 +233,7 @@ int main(int argc, char** argv) {
         {{"turn by 90 to copy", "Turn/1", "CopyIntoFreshMemory"},
          {"turn by 180 to copy", "Turn/2", "CopyIntoFreshMemory"},
          {"turn by 270 to copy", "Turn/3", "CopyIntoFreshMemory"},
+         {"copy that reads as a quarter turn to copy", "ReadTiles", "CopyWhole"},
+         {"copy that writes as a quarter turn to copy", "WriteTiles", "CopyWhole"},
          {"read, turn and write to LZ4 both ways", "ReadTurnWrite", "Lz4BothWays"}});
 }
