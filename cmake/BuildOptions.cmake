@@ -4,6 +4,7 @@ option(TREVOLT_BUILD_TESTS "Build the tests" OFF)
 option(TREVOLT_JOIN_TESTS "Compile several test sources at a time" OFF)
 option(TREVOLT_BUILD_BENCHMARKS "Build the benchmarks" OFF)
 option(TREVOLT_BUILD_FUZZERS "Build the libFuzzer targets (clang)" OFF)
+option(TREVOLT_COVERAGE "Count which lines and branches of the library run (GCC)" OFF)
 set(TREVOLT_SANITIZERS "" CACHE STRING "Comma-separated -fsanitize= list")
 
 set(CMAKE_CXX_STANDARD 20)
@@ -52,6 +53,11 @@ function(trevolt_folder folder)
     if(TREVOLT_SANITIZERS)
         # What the tests and fuzz targets spend their time in.
         target_compile_options(trevolt_${folder} PRIVATE -O1)
+    endif()
+    if(TREVOLT_COVERAGE)
+        # Threads count the same lines; a branch that only an exception takes is none of the source's.
+        target_compile_options(trevolt_${folder} PRIVATE --coverage -fprofile-update=atomic)
+        target_link_options(trevolt_${folder} PUBLIC --coverage)
     endif()
 endfunction()
 

@@ -1,7 +1,7 @@
 #!/bin/sh
 # Installs the Debian packages that the named jobs need and that are missing.
 #
-#   tools/setup.sh build|test|format|lint|asan|bench|fuzz|windows|arm64|bare ...
+#   tools/setup.sh build|test|format|lint|asan|coverage|bench|fuzz|windows|arm64|bare ...
 #
 # Nothing else is changed on the machine. Runs as root, or through sudo.
 set -eu
@@ -14,6 +14,7 @@ packages_for() {
         format) echo clang-format ;;
         lint) packages_for test; echo clang-tidy ;;
         bench) packages_for build; echo libbenchmark-dev lz4 python3 python3-lz4 python3-numpy ;;
+        coverage) packages_for test; echo gcovr ;;
         asan | fuzz) packages_for test; echo clang libclang-rt-14-dev ;;
         windows) packages_for test; echo g++-mingw-w64-x86-64-posix dpkg-dev wine wine64 xvfb \
             fonts-wine fonts-dejavu-core fonts-droid-fallback fonts-nanum fonts-tlwg-waree-ttf ;;

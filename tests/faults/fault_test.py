@@ -1,0 +1,268 @@
+#!/usr/bin/python3
+"""Loops of faults over `trevolt-cli rotate`: each call of the system fails in turn, until a run
+passes in which none has failed.
+
+    fault_test.py PROGRAM PRELOAD [--long]
+
+PRELOAD is the library that makes the calls fail. Whatever fails, the inputs stay as they are, nothing
+stands under a final name that is not the whole and right output, what the run tells is true, and the
+same command succeeds when nothing fails any more. Without --long some of the calls of each kind fail,
+with it every one.
+"""
+import argparse
+import dataclasses
+import os
+import pathlib
+import random
+import re
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+
+SAMPLES = pathlib.Path(__file__).resolve().parents[2] / 'samples' / 'cabinet'
+KINDS = ('9fcoef', '3fcoef', '9bcoef', '3bcoef', 'cccoef', '9wcoef', '3wcoef', '4wcoef', '12wcoef')
+ONCE, FROM_THEN_ON = 1, 1 << 30
+CLOSING_LINE = re.compile(r'^(\d+) files? turned by 90°, (\d+) failed$', re.MULTILINE)
+
+# How many calls are passed over from one that fails to the next in the short form.
+STRIDES = {'alloc': 211, 'thread': 1, 'open': 9, 'read': 23, 'end': 23, 'short-read': 23, 'write': 9,
+           'short-write': 9, 'seek': 53, 'close': 13, 'sync': 5, 'rename': 5, 'list': 7}
+# Calls that may be cut short or fail without anything being lost by it.
+HARMLESS = {'short-read', 'short-write', 'thread'}
+MOST_CALLS = 100000  # a loop that gets so far never passes
+
+
+@dataclasses.dataclass
+class Fault:
+    """What is to fail: see the preloaded library. `path` is what a change on the disk changes."""
+    call: str
+    first: int
+    count: int = ONCE
+    path: pathlib.Path = None
+
+    def __str__(self):
+        times = 'once' if self.count == ONCE else 'from then on'
+        return f'{self.call} {self.first} {times}'
+
+
+class Wrong(Exception):
+    """What a run made or told that it must not."""
+
+
+def bytes_of(folder):
+    return {path.name: path.read_bytes() for path in folder.iterdir()} if folder.is_dir() else {}
+
+
+class Bench:
+    """A source folder, what its files turn to, and runs beside it."""
+
+    def __init__(self, program, preload, place, names):
+        self.program, self.preload, self.place = program, preload, place
+        self.source, self.target = place / 'source', place / 'target'
+        self.mark = place / 'mark'
+        self.source.mkdir(parents=True)
+        for name in names:
+            shutil.copy(SAMPLES / name, self.source)
+        self.inputs = bytes_of(self.source)
+        self.clear()
+        done = self.run(None)
+        if done.returncode != 0 or len(bytes_of(self.target)) != len(names):
+            raise SystemExit(f'without a fault: {done}')
+        self.outputs = bytes_of(self.target)
+
+    def clear(self):
+        """Everything as before the first run."""
+        shutil.rmtree(self.target, ignore_errors=True)
+        self.target.mkdir()
+        for path in (self.source, self.target):
+            shutil.rmtree(path.with_name(path.name + '.gone'), ignore_errors=True)
+        if bytes_of(self.source) != self.inputs:
+            shutil.rmtree(self.source, ignore_errors=True)
+            self.source.mkdir()
+            for name, content in self.inputs.items():
+                (self.source / name).write_bytes(content)
+        self.mark.unlink(missing_ok=True)
+
+    def start(self, fault, jobs):
+        environment = dict(os.environ)
+        if fault is not None:
+            environment.update(LD_PRELOAD=str(self.preload), TREVOLT_FAULT_MARK=str(self.mark),
+                               TREVOLT_FAULT=f'{fault.call}:{fault.first}:{fault.count}',
+                               TREVOLT_FAULT_PATH=str(fault.path or ''))
+        return subprocess.Popen([self.program, 'rotate', '--angle', '90', '--jobs', str(jobs),
+                                 self.source, self.target], env=environment, text=True,
+                                stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+
+    def run(self, fault, jobs=1):
+        process = self.start(fault, jobs)
+        out, error = process.communicate(timeout=60)
+        return subprocess.CompletedProcess(process.args, process.returncode, out, error)
+
+    def check_files(self):
+        """No input changed, and every name in the target stands for its whole output."""
+        if bytes_of(self.source) != self.inputs:
+            raise Wrong('an input has changed')
+        self.check_target(self.target)
+
+    def check_target(self, target):
+        for name, content in bytes_of(target).items():
+            if name not in self.outputs:
+                raise Wrong(f'{name} is left in the target')
+            if content != self.outputs[name]:
+                raise Wrong(f'{name} is not the turned file')
+
+    def check_told(self, done, made):
+        """The exit status and the lines are those of a run that made so many files."""
+        closing = CLOSING_LINE.search(done.stdout)
+        if closing is None:
+            if done.returncode not in (1, 2) or 'trevolt-cli: ' not in done.stderr:
+                raise Wrong('it ends without a message')
+            if made:
+                raise Wrong('it made files and does not tell of them')
+            return
+        turned, failed = map(int, closing.groups())
+        if turned != made:
+            raise Wrong(f'it tells of {turned} files and made {made}')
+        if done.stdout.count(' -> ') < made:
+            raise Wrong('it made a file and does not name it')
+        if done.returncode != (1 if failed else 0):
+            raise Wrong(f'{failed} failed, and the exit status is {done.returncode}')
+        if failed and not done.stderr:
+            raise Wrong('it tells of no cause')
+        if not failed and made != len(self.outputs):
+            raise Wrong('a file is missing and none failed')
+
+    def check_again(self):
+        """Without faults the command succeeds, whatever the run before has left."""
+        done = self.run(None)
+        if done.returncode != 0 or bytes_of(self.target) != self.outputs:
+            raise Wrong(f'the next run does not succeed: {done.stderr}')
+
+
+def try_fault(bench, fault, jobs):
+    """One run with the fault; whether it happened."""
+    bench.clear()
+    done = bench.run(fault, jobs)
+    happened = bench.mark.exists()
+    try:
+        bench.check_files()
+        bench.check_told(done, len(bytes_of(bench.target)))
+        if (not happened or fault.call in HARMLESS) and done.returncode != 0:
+            raise Wrong('nothing failed, but the run did')
+        if done.returncode != 0:
+            bench.check_again()
+    except Wrong as wrong:
+        raise Wrong(f'{fault}, {jobs} jobs: {wrong}\n{done}') from None
+    return happened
+
+
+def loop_calls(bench, call, stride, jobs):
+    """Lets one call after the other fail until a run passes; how many runs had a fault."""
+    runs = 0
+    for count in (ONCE, FROM_THEN_ON):
+        for first in range(1, MOST_CALLS, stride):
+            if not try_fault(bench, Fault(call, first, count), jobs):
+                break
+            runs += 1
+        else:
+            raise Wrong(f'{call}: no run without a fault')
+    return runs
+
+
+def fill_disk(bench, positions):
+    """A disk that is full after so many bytes."""
+    room = sum(map(len, bench.outputs.values()))
+    runs = 0
+    for i in range(positions):
+        runs += try_fault(bench, Fault('space', room * i // positions), jobs=1)
+    return runs
+
+
+def change_midway(bench, call, path, stride):
+    """Somebody else changes a file or folder before a read."""
+    runs = 0
+    for first in range(1, MOST_CALLS, stride):
+        bench.clear()
+        done = bench.run(Fault(call, first, ONCE, path))
+        happened = bench.mark.exists()
+        gone = bench.target.with_name('target.gone')
+        try:
+            if done.returncode not in (0, 1, 2) or not (happened or done.returncode == 0):
+                raise Wrong('it does not end well')
+            bench.check_target(bench.target)
+            bench.check_target(gone)
+            if not gone.exists():
+                bench.check_told(done, len(bytes_of(bench.target)))
+        except Wrong as wrong:
+            raise Wrong(f'{call} of {path.name} at read {first}: {wrong}\n{done}') from None
+        if not happened:
+            return runs
+        runs += 1
+    raise Wrong(f'{call}: no run without a change')
+
+
+def kill_runs(bench, count):
+    """Kills runs at any moment. A temporary may be left; the next run removes it."""
+    moments = random.Random(1)
+    for _ in range(count):
+        bench.clear()
+        process = bench.start(None, jobs=2)
+        time.sleep(moments.uniform(0, 0.02))
+        process.send_signal(signal.SIGKILL)
+        process.communicate()
+        finished = {name: content for name, content in bytes_of(bench.target).items()
+                    if name in bench.outputs}
+        try:
+            if any(bench.outputs[name] != content for name, content in finished.items()):
+                raise Wrong('a half file has its final name')
+            bench.check_again()
+        except Wrong as wrong:
+            raise Wrong(f'after a kill: {wrong}') from None
+    return count
+
+
+def loops_of(arguments, place):
+    """Each loop's name and what runs it and counts its runs."""
+    samples = sorted(path.name for path in SAMPLES.iterdir() if path.suffix[1:] in KINDS)
+    bench = Bench(arguments.program, arguments.preload, place / 'all', samples)
+    for call, stride in STRIDES.items():
+        if not arguments.long:
+            yield call, lambda call=call, stride=stride: loop_calls(
+                bench, call, stride, jobs=3 if call == 'thread' else 1)
+    for name in samples if arguments.long else ():
+        alone = Bench(arguments.program, arguments.preload, place / name, [name])
+        for call in STRIDES:
+            yield f'{call} of {name}', lambda call=call, alone=alone: sum(
+                loop_calls(alone, call, 1, jobs) for jobs in (1, 3))
+    yield 'full disk', lambda: fill_disk(bench, 2000 if arguments.long else 12)
+    for call, path in (('truncate', bench.source / samples[0]), ('grow', bench.source / samples[0]),
+                       ('truncate', bench.source / samples[4]), ('grow', bench.source / samples[4]),
+                       ('remove', bench.source), ('remove', bench.target)):
+        yield f'{call} {path.name}', lambda call=call, path=path: change_midway(
+            bench, call, path, 1 if arguments.long else 29)
+    yield 'kill', lambda: kill_runs(bench, 200 if arguments.long else 8)
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument('program')
+    parser.add_argument('preload')
+    parser.add_argument('--long', action='store_true')
+    arguments = parser.parse_args()
+    wrong = 0
+    with tempfile.TemporaryDirectory() as place:
+        for name, loop in loops_of(arguments, pathlib.Path(place)):
+            try:
+                print(f'{name}: {loop()} runs with a fault', flush=True)
+            except Wrong as trouble:
+                wrong += 1
+                print(f'{name}: WRONG: {trouble}', flush=True)
+    print(f'{wrong} loops found something wrong' if wrong else 'nothing was found wrong')
+    sys.exit(1 if wrong else 0)
+
+
+if __name__ == '__main__':
+    main()
