@@ -46,9 +46,8 @@ std::wstring Unescaped(std::wstring_view text) {
 
 } // namespace
 
-CTranslate::Texts CTranslate::ReadTexts(const std::wstring& path) {
-    const std::string content = ReadWholeFile(path, kLargestFile).value_or("");
-    std::string_view rest = content;
+CTranslate::Texts CTranslate::ReadTexts(std::string_view file) {
+    std::string_view rest = file;
     if (rest.starts_with(kByteOrderMark))
         rest.remove_prefix(kByteOrderMark.size());
 
@@ -67,6 +66,13 @@ CTranslate::Texts CTranslate::ReadTexts(const std::wstring& path) {
 }
 
 void CTranslate::SetLangPath(const std::wstring& languageFile, const std::wstring& fallbackFile) {
+    const auto contentOf = [](const std::wstring& path) {
+        return ReadWholeFile(path, kLargestFile).value_or("");
+    };
+    SetLangTexts(contentOf(languageFile), contentOf(fallbackFile));
+}
+
+void CTranslate::SetLangTexts(std::string_view languageFile, std::string_view fallbackFile) {
     m_texts = ReadTexts(languageFile);
     m_fallbackTexts = ReadTexts(fallbackFile);
 }

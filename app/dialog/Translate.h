@@ -30,6 +30,9 @@ class CTranslate {
     /// language file, counts as an empty one.
     void SetLangPath(const std::wstring& languageFile, const std::wstring& fallbackFile);
 
+    /// Replaces the texts by those of two language files that lie in memory as they stand on the disk.
+    void SetLangTexts(std::string_view languageFile, std::string_view fallbackFile);
+
     /// Remembers the language's id. No file is read.
     void SetLangId(std::int32_t id) { m_langId = id; }
     std::int32_t LangId() const { return m_langId; }
@@ -50,7 +53,7 @@ class CTranslate {
   private:
     using Texts = std::unordered_map<std::wstring, std::wstring>;
 
-    static Texts ReadTexts(const std::wstring& path);
+    static Texts ReadTexts(std::string_view file);
 
     Texts m_texts;
     Texts m_fallbackTexts;
