@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "app/rotation/StoredKinds.h"
 #include "common/TextConversion.h"
 
 namespace trevolt {
@@ -68,6 +69,27 @@ TEST(FileKinds, NeedTheDotBeforeTheDigit) {
 
 TEST(FileKinds, LowersAToZOnly) {
     EXPECT_EQ(ToLowerAscii(L"AZaz09.\u00C4\u0130\uFF21"), L"azaz09.\u00C4\u0130\uFF21");
+}
+
+TEST(FileKinds, TellWhatAStoredPixelTakesAndWhatAnOutputThatDoesNotOpenAnswers) {
+    struct SExpected {
+        const wchar_t* name;
+        std::uint32_t elementBytes;
+        Status openFailed;
+    };
+    for (const SExpected& expected :
+         {SExpected{L"a.9fcoef", 36, E_COEF_OPENFAILED},
+          SExpected{L"a.3fcoef", 12, E_COEF_OPENFAILED},
+          SExpected{L"a.9bcoef", 9, E_COEF_OPENFAILED},
+          SExpected{L"a.3bcoef", 3, E_COEF_OPENFAILED},
+          SExpected{L"a.9wcoef", 18, E_COEF_OPENFAILED}, SExpected{L"a.3wcoef", 6, E_HANDLE},
+          SExpected{L"a.4wcoef", 8, E_HANDLE}, SExpected{L"a.12wcoef", 24, E_HANDLE}}) {
+        const SStoredKind* const kind = FindStoredKind(expected.name);
+        ASSERT_NE(kind, nullptr);
+        EXPECT_EQ(kind->elementBytes, expected.elementBytes);
+        EXPECT_EQ(kind->openFailed, expected.openFailed);
+    }
+    EXPECT_EQ(FindStoredKind(L"a.cccoef"), nullptr);
 }
 
 TEST(FileKinds, NamesTheOutputAtTheFirstDot) {
