@@ -1,7 +1,7 @@
 # What every target of the project is built with.
 
 option(TREVOLT_BUILD_TESTS "Build the tests" OFF)
-option(TREVOLT_JOIN_TESTS "Compile several test sources at a time" OFF)
+option(TREVOLT_JOIN_SOURCES "Compile several sources of a target at a time" OFF)
 option(TREVOLT_BUILD_BENCHMARKS "Build the benchmarks" OFF)
 option(TREVOLT_BUILD_FUZZERS "Build the libFuzzer targets (clang)" OFF)
 option(TREVOLT_COVERAGE "Count which lines and branches of the library run (GCC)" OFF)
@@ -43,12 +43,19 @@ function(trevolt_own_code target)
     target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
 endfunction()
 
+# The compiler goes through the headers once for several sources of the target. Builds without it
+# prove that each source includes what it uses.
+function(trevolt_joined target)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ${TREVOLT_JOIN_SOURCES})
+endfunction()
+
 # trevolt_folder(<folder> SOURCES <file>... [USES <target>...])
 # One folder of the house as a static library with the folder's name.
 function(trevolt_folder folder)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;USES")
     add_library(trevolt_${folder} STATIC ${arg_SOURCES})
     trevolt_own_code(trevolt_${folder})
+    trevolt_joined(trevolt_${folder})
     target_link_libraries(trevolt_${folder} PUBLIC ${arg_USES})
     if(TREVOLT_SANITIZERS)
         # What the tests and fuzz targets spend their time in.

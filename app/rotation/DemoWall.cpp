@@ -11,8 +11,8 @@
 namespace trevolt {
 namespace {
 
-constexpr std::int32_t kWidth = 160;
-constexpr std::int32_t kHeight = 90;
+constexpr std::int32_t kCabinetWidth = 160;
+constexpr std::int32_t kCabinetHeight = 90;
 
 /// Noise in 0..1 that depends on the pixel, the value and the cabinet only.
 float Noise(std::uint32_t x, std::uint32_t y, std::uint32_t value, std::uint32_t cabinet) {
@@ -26,7 +26,7 @@ SMatrixCoef DemoPixel(std::int32_t x, std::int32_t y, std::uint32_t cabinet) {
     for (std::uint32_t k = 0; k < 9; ++k) {
         const float noise =
             Noise(static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y), k, cabinet);
-        const float drift = 0.1F * static_cast<float>(x) / kWidth;
+        const float drift = 0.1F * static_cast<float>(x) / kCabinetWidth;
         pixel.m[k] = k % 4 == 0 ? 0.8F + drift + 0.05F * noise : 0.01F + 0.01F * noise;
     }
     return pixel;
@@ -39,9 +39,9 @@ Status WriteDemoWall(const std::wstring& folder) {
     for (const SFileKind& kind : FileKinds()) {
         ++cabinet;
         CChromaCorrectCoef map;
-        map.Resize(kWidth, kHeight);
-        for (std::int32_t y = 0; y < kHeight; ++y)
-            for (std::int32_t x = 0; x < kWidth; ++x)
+        map.Resize(kCabinetWidth, kCabinetHeight);
+        for (std::int32_t y = 0; y < kCabinetHeight; ++y)
+            for (std::int32_t x = 0; x < kCabinetWidth; ++x)
                 map.SetElement(x, y, DemoPixel(x, y, cabinet));
         const std::wstring name = fmt::format(L"Cab_{:02}{}", cabinet, kind.extension);
         const Status status = kind.save(map, (WithSeparator(folder) + name).c_str());

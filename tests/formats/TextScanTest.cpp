@@ -193,11 +193,9 @@ Scanned ScannedHere(const std::string& text) {
     float value = 0.0F;
     const bool taken = scan.TakeReal(value);
     char behind = '\0';
-    for (int c = 1; taken && c < 256 && behind == '\0'; ++c) {
-        const char candidate = static_cast<char>(c);
-        if (CTextScan(scan).TakeLiteral({&candidate, 1}))
+    for (const char candidate : text)
+        if (taken && CTextScan(scan).TakeLiteral({&candidate, 1}))
             behind = candidate;
-    }
     return Describe(taken, value, behind);
 }
 

@@ -1,11 +1,12 @@
 #!/usr/bin/python3
 """Tests of the public headers as another program includes them.
 
-    public_headers_test.py COMPILER [--windows] [unittest options]
+    public_headers_test.py COMPILER [--together] [--windows] [unittest options]
 
 Each header compiles on its own with the public folder as the only one to include from, and leaves
-the names that other headers have macros of as they were. With --windows the compiler is one for
-Windows, and windows.h stands before them and behind them: the whole of it, with every macro that it
+the names that other headers have macros of as they were. With --together all of them compile in one
+source instead, in both orders: enough for a compiler that has the same standard library's headers
+as another that takes each by itself. With --windows the compiler is one for Windows, and windows.h stands before them and behind them: the whole of it, with every macro that it
 may have.
 """
 import concurrent.futures
@@ -19,6 +20,7 @@ FOLDER = pathlib.Path(__file__).resolve().parents[2] / 'include'
 HEADERS = sorted(path.relative_to(FOLDER).as_posix() for path in FOLDER.rglob('*'))
 HEADERS = [header for header in HEADERS if header.endswith('.h')]
 COMPILER = ''
+TOGETHER = False
 FLAGS = ['-x', 'c++', '-', f'-I{FOLDER}', '-std=c++20', '-Wall', '-Wextra', '-Wpedantic',
          '-Wconversion', '-Wshadow', '-Werror']
 JOBS = 2
@@ -103,8 +105,15 @@ class PublicHeaders(unittest.TestCase):
                         self.assertIn(name.strip('"'), HEADERS)
 
     def test_each_compiles_alone(self):
+        if TOGETHER:
+            self.skipTest('another compiler does')
         self.compile_all({header: included(header, header) + NO_MACRO_IS_LEFT
                           for header in HEADERS})
+
+    def test_all_compile_together(self):
+        backwards = HEADERS[::-1]
+        self.compile_all({order[0]: included(*order, *order) + NO_MACRO_IS_LEFT
+                          for order in (HEADERS, backwards)})
 
     def test_macros_of_another_owner_survive(self):
         others = {name: f'((int)0x{value:08X})' for name, value in SHARED_NAMES.items()}
@@ -161,8 +170,11 @@ class BesideWindows(PublicHeaders):
 
 
 def main():
-    global COMPILER
+    global COMPILER, TOGETHER
     COMPILER = sys.argv.pop(1)
+    if '--together' in sys.argv:
+        sys.argv.remove('--together')
+        TOGETHER = True
     suite = PublicHeaders
     if '--windows' in sys.argv:
         sys.argv.remove('--windows')
