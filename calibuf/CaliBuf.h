@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "calibuf/BlockGrid.h"
+#include "calibuf/ChunkCounts.h"
 #include "calibuf/ChunkLayout.h"
 #include "trevolt/MemoryBudget.h"
 #include "trevolt/StatusCodes.h"
@@ -33,15 +34,6 @@ struct BlockRecord {
     /// 32768 elements, row-major, 256 a row; in `memory`. A block without data counts as missing.
     std::byte* pData = nullptr;
     CBudgetBlock memory;
-};
-
-/// What became of the chunks in a store's last read.
-struct SChunkCounts {
-    std::uint32_t read = 0;    ///< decoded into at least one block
-    std::uint32_t skipped = 0; ///< fell on blocks that are not allocated, or was clipped away
-    std::uint32_t failed = 0;  ///< bad record, damaged or missing data
-
-    friend bool operator==(const SChunkCounts&, const SChunkCounts&) = default;
 };
 
 class CCaliBuf {

@@ -7,6 +7,7 @@
 
 #include "calibuf/BlockGrid.h"
 #include "trevolt/MemoryBudget.h"
+#include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {
@@ -61,32 +62,43 @@ void CutToCells(const SChunkDirectory& directory, const SStatedArea& area, const
         CutToCells(directory[i], area, take);
 }
 
-/// The pixels of a cell that its pieces hold together.
-std::uint64_t CountHeld(std::span<const SCellPiece> ofOneCell) {
+/// How the pieces of one cell hold pixels.
+struct SHeld {
+    std::uint64_t held = 0;     ///< by any of them
+    std::uint64_t repeated = 0; ///< by several
+};
+
+SHeld CountHeld(std::span<const SCellPiece> ofOneCell) {
     if (ofOneCell.size() == 1)
-        return ofOneCell.front().Pixels();
+        return {ofOneCell.front().Pixels(), 0};
     using Row = std::bitset<kBlockWidth>;
-    std::array<Row, kBlockHeight> rows;
+    std::array<Row, kBlockHeight> held;
+    std::array<Row, kBlockHeight> repeated;
     for (const SCellPiece& piece : ofOneCell) {
         const auto width = static_cast<std::size_t>(piece.right - piece.left);
-        const Row held = (Row().set() >> (kBlockWidth - width)) << piece.left;
-        for (std::size_t row = piece.top; row < piece.bottom; ++row)
-            rows[row] |= held;
+        const Row columns = (Row().set() >> (kBlockWidth - width)) << piece.left;
+        for (std::size_t row = piece.top; row < piece.bottom; ++row) {
+            repeated[row] |= held[row] & columns;
+            held[row] |= columns;
+        }
     }
-    std::uint64_t count = 0;
-    for (const Row& row : rows)
-        count += row.count();
+    SHeld count;
+    for (std::size_t row = 0; row < kBlockHeight; ++row) {
+        count.held += held[row].count();
+        count.repeated += repeated[row].count();
+    }
     return count;
 }
 
 } // namespace
 
-std::optional<std::uint64_t> CountMissingPixels(const SChunkDirectory& directory,
-                                                const SStatedArea& area) {
+std::optional<SCoverage> MeasureCoverage(const SChunkDirectory& directory,
+                                         const SStatedArea& area) {
     std::size_t pieceCount = 0;
     CutToCells(directory, area, [&](const SCellPiece&) { ++pieceCount; });
+    SCoverage coverage{.missing = area.Pixels()};
     if (pieceCount == 0)
-        return area.Pixels();
+        return coverage;
     CBudgetBlock memory(pieceCount * sizeof(SCellPiece));
     if (!memory)
         return std::nullopt;
@@ -94,15 +106,26 @@ std::optional<std::uint64_t> CountMissingPixels(const SChunkDirectory& directory
     auto next = pieces.begin();
     CutToCells(directory, area, [&](const SCellPiece& piece) { *next++ = piece; });
     std::ranges::sort(pieces, {}, &SCellPiece::cell);
-    std::uint64_t missing = area.Pixels();
     for (auto first = pieces.begin(); first != pieces.end();) {
         const auto end = std::find_if(first, pieces.end(), [&](const SCellPiece& piece) {
             return piece.cell != first->cell;
         });
-        missing -= CountHeld(std::span(first, end));
+        const SHeld count = CountHeld(std::span(first, end));
+        coverage.missing -= count.held;
+        coverage.repeated += count.repeated;
         first = end;
     }
-    return missing;
+    return coverage;
+}
+
+std::optional<SCoverage> NoteCoverage(const SChunkDirectory& directory, const SChunkHeader& header,
+                                      std::uint64_t x, std::uint64_t y, std::size_t elemSize) {
+    if (elemSize == sizeof(SWordCoef))
+        return std::nullopt;
+    const auto coverage = MeasureCoverage(directory, {x, y, x + header.width, y + header.height});
+    if (coverage)
+        CTransferReport::NoteMissingPixels(coverage->missing);
+    return coverage;
 }
 
 } // namespace trevolt

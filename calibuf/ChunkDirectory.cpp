@@ -22,6 +22,16 @@ Status ReadDirectory(std::istream& stream, std::uint32_t count, std::uint32_t pl
     return stream ? S_OK : E_FAIL;
 }
 
+Status ReadRectDirectory(std::istream& stream, const SChunkHeader& header, std::size_t elemSize,
+                         std::uint32_t planeCount, CBudgetBlock& bytes) {
+    if (elemSize == sizeof(SWordCoef)) {
+        if (header.directoryOffset < kChunkHeaderBytes)
+            return E_FAIL;
+        stream.seekg(static_cast<std::streamoff>(header.directoryOffset));
+    }
+    return ReadDirectory(stream, header.recordCount, planeCount, bytes);
+}
+
 SLargestChunk::SLargestChunk(const SChunkDirectory& directory, std::size_t elemSize) {
     for (std::uint32_t i = 0; i < directory.count; ++i) {
         const SChunkRecord record = directory[i];

@@ -28,6 +28,12 @@ struct SChunkDirectory {
 Status ReadDirectory(std::istream& stream, std::uint32_t count, std::uint32_t planeCount,
                      CBudgetBlock& bytes);
 
+/// Reads the directory of the part for elements of `elemSize` bytes of a file whose header was just
+/// read: right behind the header, and for single words where the header says, a position in the
+/// stream. E_FAIL when that points into a header; else as `ReadDirectory`.
+Status ReadRectDirectory(std::istream& stream, const SChunkHeader& header, std::size_t elemSize,
+                         std::uint32_t planeCount, CBudgetBlock& bytes);
+
 /// A record that fills no chunk: reserved directory space that stayed empty, or an area without
 /// columns.
 inline bool IsUnused(const SChunkRecord& record) {

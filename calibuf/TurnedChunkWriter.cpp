@@ -37,20 +37,29 @@ class CPlaneRows {
         : m_planes(planes), m_k(k), m_beyond(beyond) {}
 
     const std::uint16_t* operator()(std::int64_t x, std::int64_t y, std::int32_t count) const {
-        if (y < m_planes.Height() && x + count <= m_planes.Width())
-            return m_planes.Row(m_k, static_cast<std::size_t>(y)) + x;
-        m_edge.fill(m_beyond);
-        if (y < m_planes.Height() && x < m_planes.Width())
-            std::copy_n(m_planes.Row(m_k, static_cast<std::size_t>(y)) + x, m_planes.Width() - x,
-                        m_edge.begin());
-        return m_edge.data();
+        const auto column = static_cast<std::uint32_t>(x);
+        const auto row = static_cast<std::uint32_t>(y);
+        const auto length = static_cast<std::uint32_t>(count);
+        if (row < m_planes.Height() && column + length <= m_planes.Width())
+            if (const std::uint16_t* const run = m_planes.FindRun(m_k, column, row, length))
+                return run;
+        for (std::uint32_t i = 0; i < length; ++i)
+            m_run[i] = WordAt(column + i, row);
+        return m_run.data();
     }
 
   private:
+    std::uint16_t WordAt(std::uint32_t x, std::uint32_t y) const {
+        if (x >= m_planes.Width() || y >= m_planes.Height())
+            return m_beyond;
+        const std::uint16_t* const word = m_planes.FindRun(m_k, x, y, 1);
+        return word == nullptr ? m_planes.Kind().defaultWords[m_k] : *word;
+    }
+
     const CWordPlanes& m_planes;
     std::size_t m_k;
     std::uint16_t m_beyond;
-    mutable std::array<std::uint16_t, kTurnTile> m_edge{}; ///< a run that the plane does not hold
+    mutable std::array<std::uint16_t, kTurnTile> m_run{}; ///< a run that is not held in one piece
 };
 
 /// Makes chunks of turned planes, one after the other, in the same memory.
@@ -64,7 +73,7 @@ class CTurnedChunk {
 
     void Make(const CWordPlanes& planes, const SPlaneTurn& turn, const STurnedPiece& piece) {
         m_record = MakeChunkRecord(piece.index, piece.rect);
-        for (std::size_t k = 0; k < planes.WordCount(); ++k)
+        for (std::size_t k = 0; k < planes.Kind().wordCount; ++k)
             GatherTurned(turn.code, turn.size.width, turn.size.height, piece.rect,
                          CPlaneRows(planes, k, turn.beyond[k]), m_codec.Plane(k),
                          piece.rect.Width());
@@ -105,8 +114,9 @@ SPixelRect SPlaneTurn::Rect() const {
             static_cast<std::int32_t>(turned.height)};
 }
 
-Status WriteTurnedChunks(std::ostream& stream, const CWordPlanes& planes,
-                         const WordElementKind& kind, const SPlaneTurn& turn, std::size_t threads) {
+Status WriteTurnedChunks(std::ostream& stream, const CWordPlanes& planes, const SPlaneTurn& turn,
+                         std::size_t threads) {
+    const WordElementKind& kind = planes.Kind();
     const std::vector<STurnedPiece> pieces = PiecesOf(turn.Rect());
     const std::size_t workers = std::clamp<std::size_t>(threads, 1, pieces.size());
     const std::size_t ahead = workers + 1; // one waits while all threads work

@@ -15,7 +15,7 @@
 namespace trevolt {
 
 /// What becomes of planes: their top-left `size` pixels, sides of 1 to 65535, turned by a known code.
-/// A pixel that the planes do not hold has the words `beyond`.
+/// A pixel beyond the planes has the words `beyond`.
 struct SPlaneTurn {
     PixelSize size;
     std::uint32_t code;
@@ -25,11 +25,10 @@ struct SPlaneTurn {
     SPixelRect Rect() const;
 };
 
-/// Writes the turned pixels of planes of elements of `kind` at the stream's position, to the bytes
-/// that `CCaliBuf::WriteRectChunks` writes of a store that holds them. The work is shared among
+/// Writes the turned pixels of planes at the stream's position, to the bytes that `CCaliBuf::WriteRectChunks` writes of a store that holds them. The work is shared among
 /// `threads` threads at most. E_COEF_NOBUFFER, with nothing written, when scratch memory is refused;
 /// failures of the stream stay in its state.
-Status WriteTurnedChunks(std::ostream& stream, const CWordPlanes& planes,
-                         const WordElementKind& kind, const SPlaneTurn& turn, std::size_t threads);
+Status WriteTurnedChunks(std::ostream& stream, const CWordPlanes& planes, const SPlaneTurn& turn,
+                         std::size_t threads);
 
 } // namespace trevolt

@@ -1,17 +1,16 @@
 #include "calibuf/WordPlaneReader.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstring>
 #include <mutex>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "calibuf/ChunkCoverage.h"
-#include "calibuf/ChunkDirectory.h"
-#include "calibuf/PlaneCodec.h"
+#include "calibuf/ChunkPlacer.h"
 #include "common/OrderedJobs.h"
 #include "platform/FileStream.h"
-#include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {
@@ -19,63 +18,92 @@ namespace {
 constexpr std::uint64_t kReadBytes = std::uint64_t{256} << 10; ///< small chunks come together
 constexpr std::uint64_t kMostTimesLarger = 255;                ///< what LZ4 makes of a byte
 
-/// What a chunk holds of the area, counted from the area's left top.
-struct SAreaPiece {
-    std::size_t x;
-    std::size_t y;
-    std::size_t width;
-    std::size_t height;
-};
-
-/// Nothing for a chunk that begins outside the area.
-std::optional<SAreaPiece> FindAreaPiece(const SChunkRecord& record, const SChunkHeader& header) {
-    if (record.x < header.originX || record.y < header.originY)
-        return std::nullopt;
-    const std::uint32_t x = record.x - header.originX;
-    const std::uint32_t y = record.y - header.originY;
-    if (x >= header.width || y >= header.height)
-        return std::nullopt;
-    return SAreaPiece{x, y, std::min<std::uint32_t>(record.width, header.width - x),
-                      std::min<std::uint32_t>(record.height, header.height - y)};
+/// Where chunks go when the area's left top comes to the planes'.
+SPlacement PlacementOf(const SChunkHeader& header) {
+    return {-std::int64_t{header.originX}, -std::int64_t{header.originY}, 0, 0};
 }
 
-/// What a directory comes to, when its chunks may stand for the header's area.
-struct SPlainChunks {
-    std::uint64_t pixels = 0; ///< of the area, counted chunk by chunk
-    std::uint64_t bytes = 0;  ///< compressed
-    std::uint32_t count = 0;
+/// The blocks of a store of the header's size, none of which keeps anything.
+class CSizedTarget : public CChunkTarget {
+  public:
+    explicit CSizedTarget(const SChunkHeader& header)
+        : m_columns(BlocksCovering(header.width, kBlockWidth)),
+          m_rows(BlocksCovering(header.height, kBlockHeight)) {}
+
+    bool HasBlock(std::uint32_t index) const override {
+        return index % kGridColumns < m_columns && index / kGridColumns < m_rows &&
+               index < kGridBlocks;
+    }
+    bool Put(const SChunkPiece& /*piece*/) override { return true; }
+
+  private:
+    std::int64_t m_columns;
+    std::int64_t m_rows;
 };
 
-/// Nothing when there is a record that no plain file has.
-std::optional<SPlainChunks> SumPlainChunks(const SChunkDirectory& directory,
-                                           const SChunkHeader& header, std::size_t elemSize) {
-    SPlainChunks sum;
+/// Planes as they take chunks: what blocks have past the area is cut off.
+class CPlaneTarget final : public CSizedTarget {
+  public:
+    /// Planes that hold all their pixels, or take the memory of blocks as chunks fall on them.
+    CPlaneTarget(const SChunkHeader& header, CWordPlanes& planes, bool isWhole)
+        : CSizedTarget(header), m_planes(planes), m_isWhole(isWhole) {}
+
+    bool Put(const SChunkPiece& piece) override {
+        const auto left = static_cast<std::uint32_t>(piece.rect.left);
+        const auto top = static_cast<std::uint32_t>(piece.rect.top);
+        if (left >= m_planes.Width() || top >= m_planes.Height())
+            return true;
+        if (!m_isWhole && (m_wasRefused || !m_planes.HoldBlock(left, top))) {
+            m_wasRefused = true;
+            return false;
+        }
+        const std::uint32_t right =
+            std::min(static_cast<std::uint32_t>(piece.rect.right), m_planes.Width());
+        const std::uint32_t bottom =
+            std::min(static_cast<std::uint32_t>(piece.rect.bottom), m_planes.Height());
+        const auto pitch = static_cast<std::size_t>(piece.area.Width()) * kWordBytes;
+        for (std::size_t k = 0; k < m_planes.Kind().wordCount; ++k) {
+            const std::byte* from = piece.codec.DecodedPlane(k) + piece.Start() * kWordBytes;
+            for (std::uint32_t y = top; y < bottom; ++y, from += pitch)
+                std::memcpy(m_planes.At(k, left, y), from, (right - left) * kWordBytes);
+        }
+        return true;
+    }
+
+    /// Whether the memory of a block was refused.
+    bool WasRefused() const { return m_wasRefused; }
+
+  private:
+    static constexpr std::size_t kWordBytes = sizeof(std::uint16_t);
+
+    CWordPlanes& m_planes;
+    bool m_isWhole;
+    bool m_wasRefused = false;
+};
+
+/// What a directory comes to.
+struct SChunkSum {
+    std::uint64_t bytes = 0; ///< compressed
+    std::size_t count = 0;
+};
+
+/// Nothing when there is a record whose chunk cannot be sound.
+std::optional<SChunkSum> SumChunks(const SChunkDirectory& directory, std::size_t elemSize) {
+    SChunkSum sum;
     for (std::uint32_t i = 0; i < directory.count; ++i) {
         const SChunkRecord record = directory[i];
         if (IsUnused(record))
             continue;
-        const auto piece = FindAreaPiece(record, header);
-        if (!piece || !IsPossibleChunk(record, elemSize) ||
+        if (!IsPossibleChunk(record, elemSize) ||
             record.totalSize * kMostTimesLarger < record.Elements() * elemSize)
             return std::nullopt;
-        sum.pixels += piece->width * piece->height;
         sum.bytes += record.totalSize;
         ++sum.count;
     }
     return sum;
 }
 
-/// Whether the chunks hold each pixel of the header's area once.
-bool IsCoveredOnce(const SChunkDirectory& directory, const SPlainChunks& chunks,
-                   const SChunkHeader& header) {
-    const SStatedArea area{header.originX, header.originY,
-                           std::uint64_t{header.originX} + header.width,
-                           std::uint64_t{header.originY} + header.height};
-    return chunks.pixels == area.Pixels() &&
-           (chunks.count == 1 || CountMissingPixels(directory, area) == 0U);
-}
-
-/// Reads the chunks of a file in order, some at a time, for threads that decode them.
+/// Reads the chunks of a plain file in order, some at a time, for threads that decode them.
 class CChunkFeed {
   public:
     CChunkFeed(std::istream& stream, const SChunkDirectory& directory)
@@ -127,85 +155,123 @@ class CChunkFeed {
 /// One thread's share of the decoding.
 class CPlaneFiller {
   public:
-    CPlaneFiller(const WordElementKind& kind, std::size_t maxElements, std::size_t readBytes)
-        : m_codec(kind.elemSize, maxElements), m_bytes(readBytes) {}
+    CPlaneFiller(CPlaneTarget& target, std::size_t elemSize, std::size_t maxElements,
+                 std::size_t readBytes)
+        : m_placer(target, elemSize, maxElements), m_bytes(readBytes) {}
 
-    bool IsReady() const { return m_codec.IsReady() && static_cast<bool>(m_bytes); }
+    bool IsReady() const { return m_placer.IsReady() && static_cast<bool>(m_bytes); }
 
-    void FillFrom(CChunkFeed& feed, const SChunkDirectory& directory, const SChunkHeader& header,
-                  CWordPlanes& planes) {
+    void FillFrom(CChunkFeed& feed, const SChunkDirectory& directory, const SPlacement& placement) {
         for (auto run = feed.Next(m_bytes); run.first != run.end; run = feed.Next(m_bytes)) {
             const std::byte* compressed = m_bytes.Data();
             for (std::uint32_t i = run.first; i < run.end; ++i) {
                 const SChunkRecord record = directory[i];
                 if (IsUnused(record))
                     continue;
-                if (Failed(m_codec.Decode(record, compressed)))
-                    return feed.GiveUp();
-                Put(record, *FindAreaPiece(record, header), planes);
+                m_placer.Take(record, compressed, placement);
                 compressed += record.totalSize;
             }
+            if (m_placer.Counts().failed != 0)
+                return feed.GiveUp();
         }
     }
 
   private:
-    void Put(const SChunkRecord& record, const SAreaPiece& piece, CWordPlanes& planes) const {
-        for (std::size_t k = 0; k < planes.WordCount(); ++k) {
-            const std::byte* from = m_codec.DecodedPlane(k);
-            for (std::size_t row = 0; row < piece.height; ++row) {
-                std::memcpy(planes.Row(k, piece.y + row) + piece.x, from,
-                            piece.width * sizeof(std::uint16_t));
-                from += record.width * sizeof(std::uint16_t);
-            }
-        }
-    }
-
-    CPlaneCodec m_codec;
+    CChunkPlacer m_placer;
     CBudgetBlock m_bytes;
 };
 
 /// One filler a thread; none without memory for all of them.
-std::vector<CPlaneFiller> MakeFillers(std::size_t count, const WordElementKind& kind,
-                                      const SLargestChunk& largest, std::uint64_t fileBytes) {
+std::vector<CPlaneFiller> MakeFillers(std::size_t count, CPlaneTarget& target,
+                                      const SChunkDirectory& directory, std::size_t elemSize,
+                                      std::uint64_t fileBytes) {
+    const SLargestChunk largest(directory, elemSize);
     const std::size_t readBytes = std::max<std::size_t>(
         largest.compressedBytes, static_cast<std::size_t>(std::min(kReadBytes, fileBytes)));
     std::vector<CPlaneFiller> fillers;
     fillers.reserve(count);
     for (std::size_t i = 0; i < count; ++i) {
-        fillers.emplace_back(kind, largest.elements, readBytes);
+        fillers.emplace_back(target, elemSize, largest.elements, readBytes);
         if (!fillers.back().IsReady())
             return {};
     }
     return fillers;
 }
 
-} // namespace
+SPlanesRead WithoutPlanes(Status status, const WordElementKind& kind) {
+    return {status, CWordPlanes(kind, 0, 0)};
+}
 
-std::optional<CWordPlanes> ReadWordPlanes(std::istream& stream, const SChunkHeader& header,
-                                          const WordElementKind& kind, std::size_t threads) {
-    CBudgetBlock records;
-    if (Failed(ReadDirectory(stream, header.recordCount, kind.planeCount, records)))
+/// Reads chunks that hold each pixel of the area once, if all are sound; nothing if not.
+std::optional<SPlanesRead> ReadPlain(std::istream& stream, const SChunkDirectory& directory,
+                                     const SChunkHeader& header, const WordElementKind& kind,
+                                     std::size_t threads) {
+    const auto sum = SumChunks(directory, kind.elemSize);
+    if (!sum || sum->count == 0 || sum->bytes > BytesToEnd(stream).value_or(0))
         return std::nullopt;
-    const SChunkDirectory directory{records.Data(), header.recordCount, kind.planeCount};
-    const auto chunks = SumPlainChunks(directory, header, kind.elemSize);
-    if (!chunks || chunks->bytes > BytesToEnd(stream).value_or(0) ||
-        !IsCoveredOnce(directory, *chunks, header))
-        return std::nullopt;
-    CWordPlanes planes(kind.wordCount, header.width, header.height);
-    if (!planes)
-        return std::nullopt;
-    const std::size_t workers =
-        std::min<std::size_t>(std::max<std::size_t>(threads, 1), chunks->count);
+    CWordPlanes planes(kind, header.width, header.height);
+    if (!planes.HoldAll())
+        return WithoutPlanes(E_COEF_NOBUFFER, kind);
+    CPlaneTarget target(header, planes, true);
+    const std::size_t workers = std::clamp<std::size_t>(threads, 1, sum->count);
     std::vector<CPlaneFiller> fillers =
-        MakeFillers(workers, kind, SLargestChunk(directory, kind.elemSize), chunks->bytes);
+        MakeFillers(workers, target, directory, kind.elemSize, sum->bytes);
     if (fillers.empty())
-        return std::nullopt;
+        return WithoutPlanes(E_COEF_NOBUFFER, kind);
     CChunkFeed feed(stream, directory);
     ShareOut(workers, workers,
-             [&](std::size_t i) { fillers[i].FillFrom(feed, directory, header, planes); });
+             [&](std::size_t i) { fillers[i].FillFrom(feed, directory, PlacementOf(header)); });
     if (!feed.IsIntact())
         return std::nullopt;
-    return planes;
+    return SPlanesRead{S_OK, std::move(planes)};
+}
+
+/// Reads whatever the chunks are, one after the other.
+SPlanesRead ReadInOrder(std::istream& stream, const SChunkDirectory& directory,
+                        const SChunkHeader& header, const WordElementKind& kind) {
+    CWordPlanes planes(kind, header.width, header.height);
+    CPlaneTarget target(header, planes, false);
+    const SChunksRead read =
+        ReadChunks(stream, directory, kind.elemSize, target, PlacementOf(header), AllChunksWanted);
+    if (target.WasRefused())
+        return WithoutPlanes(E_COEF_NOBUFFER, kind);
+    return {read.status, std::move(planes)};
+}
+
+} // namespace
+
+SPlanesRead ReadWordPlanes(std::istream& stream, const SChunkHeader& header,
+                           const WordElementKind& kind, std::size_t threads) {
+    CBudgetBlock records;
+    const Status status =
+        ReadRectDirectory(stream, header, kind.elemSize, kind.planeCount, records);
+    if (Failed(status))
+        return WithoutPlanes(status, kind);
+    const SChunkDirectory directory{records.Data(), header.recordCount, kind.planeCount};
+    const std::streamoff dataAt = stream.tellg();
+    const auto coverage =
+        NoteCoverage(directory, header, header.originX, header.originY, kind.elemSize);
+    if (coverage && coverage->HasEachPixelOnce()) {
+        if (auto plain = ReadPlain(stream, directory, header, kind, threads))
+            return std::move(*plain);
+        stream.clear();
+        stream.seekg(dataAt);
+    }
+    return ReadInOrder(stream, directory, header, kind);
+}
+
+Status PassOverChunks(std::istream& stream, const SChunkHeader& header,
+                      const WordElementKind& kind) {
+    CBudgetBlock records;
+    const Status status =
+        ReadRectDirectory(stream, header, kind.elemSize, kind.planeCount, records);
+    if (Failed(status))
+        return status;
+    const SChunkDirectory directory{records.Data(), header.recordCount, kind.planeCount};
+    CSizedTarget target(header);
+    return ReadChunks(stream, directory, kind.elemSize, target, PlacementOf(header),
+                      AllChunksWanted)
+        .status;
 }
 
 } // namespace trevolt

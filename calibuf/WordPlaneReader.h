@@ -1,24 +1,34 @@
-// Reads whole chunk files into planes, without a store.
+// Reads chunk files into planes, without a store.
 #pragma once
 
 #include <cstddef>
 #include <istream>
-#include <optional>
 
 #include "calibuf/ChunkLayout.h"
 #include "calibuf/WordElementKind.h"
 #include "calibuf/WordPlanes.h"
+#include "trevolt/StatusCodes.h"
 
 namespace trevolt {
 
-/// The planes of the chunk file of elements of `kind` whose header, with sides of 1 to 65535, was
-/// just read from the stream: its pixels as a store of that size has them when it has read the file
-/// with its origin at its own. Only whole and plain files are taken: each pixel of the area is in one
-/// chunk, no chunk begins outside it, and each decodes; what reaches past the area on the right and at
-/// the bottom is cut off. Nothing for any other file, and without memory, which the thread's transfer
-/// report hears of; the stream then stands anywhere and may have failed. No more memory is asked for
-/// than chunks of the file's length can fill. The decoding is shared among `threads` threads at most.
-std::optional<CWordPlanes> ReadWordPlanes(std::istream& stream, const SChunkHeader& header,
-                                          const WordElementKind& kind, std::size_t threads);
+/// What was read of a file.
+struct SPlanesRead {
+    Status status;
+    CWordPlanes planes;
+};
+
+/// Reads the chunk file of elements of `kind` whose header, with sides up to 65535, was just read
+/// from the stream. The planes then hold what a store of the header's size holds that was filled with
+/// defaults and has read the file with its origin at its own; status, stream and the thread's transfer
+/// report tell what they tell of `CCaliBuf::ReadRectChunks`. E_COEF_NOBUFFER, and no planes, also
+/// when the planes' memory is refused. No more memory is asked for than for the blocks that sound
+/// chunks lie in. The decoding of a plain file is shared among `threads` threads at most: of one whose
+/// chunks hold each pixel of the area once and are all sound.
+SPlanesRead ReadWordPlanes(std::istream& stream, const SChunkHeader& header,
+                           const WordElementKind& kind, std::size_t threads);
+
+/// As above, but only to tell what became of the chunks: nothing is kept.
+Status PassOverChunks(std::istream& stream, const SChunkHeader& header,
+                      const WordElementKind& kind);
 
 } // namespace trevolt

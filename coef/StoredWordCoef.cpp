@@ -1,6 +1,5 @@
 #include "coef/StoredWordCoef.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "calibuf/TurnedChunkWriter.h"
@@ -40,7 +39,7 @@ class CStoredWordCoef final : public CStoredCoef {
         const SPlaneTurn turn{size, code, WordsOfDefault(m_kind)};
         const SOwnerFields owner{.fileKind = FileKindOf(*m_kind.row)};
         WriteChunkHeader(stream, MakeChunkHeader(m_kind.row->formatId, turn.Rect(), owner));
-        if (Failed(WriteTurnedChunks(stream, m_planes, *m_kind.element, turn, threads)))
+        if (Failed(WriteTurnedChunks(stream, m_planes, turn, threads)))
             return E_FAIL;
         stream.seekp(0, std::ios::end); // the directory is written last
         return stream ? S_OK : E_FAIL;
@@ -51,27 +50,47 @@ class CStoredWordCoef final : public CStoredCoef {
     CWordPlanes m_planes;
 };
 
-bool IsMapSide(std::uint32_t side) { return side >= 1 && side <= std::uint32_t{kLargestMapSide}; }
+SStoredLoad Loaded(const SListedWordKind& kind, Status status, CWordPlanes planes) {
+    return {status, std::make_unique<CStoredWordCoef>(kind, std::move(planes))};
+}
 
-/// Whether the kind's load takes a file with this header as one of its own words.
-bool IsPlainFile(const SWordKind& kind, const SChunkHeader& header) {
-    return header.formatId == kind.formatId &&
-           (!kind.hasFileKind || header.fileKind == FileKindOf(kind)) && IsMapSide(header.width) &&
-           IsMapSide(header.height);
+SStoredLoad WithoutPixels(const SListedWordKind& kind, Status status) {
+    return Loaded(kind, status, CWordPlanes(*kind.element, 0, 0));
+}
+
+bool HasMagicOf(const SWordKind& kind, CWordFileSource& file) {
+    ChunkFormatId magic{};
+    return !Failed(ReadFileMagic(file, magic)) && kind.HasFormat(magic);
+}
+
+/// Reads the extra words of a file whose matrix part was read with `status`. A turn loses them, but
+/// what is damaged there is damage of the file.
+Status PassOverExtraWords(CWordFileSource& file, const SChunkHeader& header, Status status) {
+    if (Failed(status))
+        return E_FAIL;
+    return PassOverChunks(*file.Open(), header, kWordElementKind<SWordCoef>);
 }
 
 } // namespace
 
-std::unique_ptr<CStoredCoef> LoadStoredWordCoef(EWordKind kind, std::istream& stream,
-                                                std::size_t threads) {
+SStoredLoad LoadStoredWordCoef(EWordKind kind, std::istream& stream, std::size_t threads) {
     const SListedWordKind* const listed = FindListedKind(kind);
-    const auto header = ReadChunkHeader(stream);
-    if (listed == nullptr || !header || !IsPlainFile(*listed->row, *header))
-        return nullptr;
-    auto planes = ReadWordPlanes(stream, *header, *listed->element, threads);
-    if (!planes)
-        return nullptr;
-    return std::make_unique<CStoredWordCoef>(*listed, std::move(*planes));
+    if (listed == nullptr)
+        return {};
+    const SWordKind& row = *listed->row;
+    CWordFileSource file(stream);
+    SChunkHeader header;
+    if (const Status status = ReadChunkFileHeader(file, row, header); Failed(status))
+        return HasMagicOf(row, file) ? WithoutPixels(*listed, status) : SStoredLoad{};
+    if (header.width > kLargestMapSide || header.height > kLargestMapSide)
+        return {};
+    if (row.hasFileKind && header.fileKind != FileKindOf(row))
+        return WithoutPixels(*listed, E_COEF_BADFORMAT);
+    auto [status, planes] = ReadWordPlanes(stream, header, *listed->element, threads);
+    if (header.formatId == row.extraWordFormatId)
+        status = PassOverExtraWords(file, header, status);
+    return Failed(status) ? WithoutPixels(*listed, status)
+                          : Loaded(*listed, status, std::move(planes));
 }
 
 } // namespace trevolt

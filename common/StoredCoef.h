@@ -1,10 +1,11 @@
 // A coefficient file in the elements that it stores: what is loaded so is turned and written without
-// a coefficient map. Only whole and intact files of a kind's own are taken; for every other one the
-// map's way, which tells what is wrong with it, is there.
+// a coefficient map, whether the file is whole or not. What is not a file of the kind's own is left to
+// the map's way.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <ostream>
 
 #include "trevolt/QuarterTurn.h"
@@ -18,13 +19,12 @@ class CStoredCoef {
     CStoredCoef(const CStoredCoef&) = delete;
     CStoredCoef& operator=(const CStoredCoef&) = delete;
 
-    /// The size that the file's header tells, in pixels.
+    /// The size of what was read, in pixels: that of the file's header, 0 × 0 when nothing was.
     virtual PixelSize Size() const = 0;
 
     /// Writes the top-left `size` pixels, turned by a known code (1 to 3), as a file of the kind at
     /// the stream's position, byte for byte what the kind's writer makes of a turned map; pixels
-    /// that the file does not hold are the stored form of a map's default element. Both sides of
-    /// `size` are 1 to 65535. The work is shared among `threads` threads at most; the bytes do not
+    /// beyond the read ones are the stored form of a map's default element. Both sides of `size` are 1 to 65535. The work is shared among `threads` threads at most; the bytes do not
     /// depend on their number. E_FAIL when the stream fails or memory is refused, which the
     /// thread's transfer report hears of; the file is not whole then.
     virtual Status WriteTurned(std::ostream& stream, const PixelSize& size, std::uint32_t code,
@@ -32,6 +32,15 @@ class CStoredCoef {
 
   protected:
     CStoredCoef() = default;
+};
+
+/// A file that was loaded in its stored elements.
+struct SStoredLoad {
+    /// What the load of the file into a map answers; the thread's transfer report tells the same, too,
+    /// but for what memory the two need.
+    Status status{};
+    /// What could be read, as a map holds it. Null for a file that is not of the kind's own.
+    std::unique_ptr<CStoredCoef> coef;
 };
 
 } // namespace trevolt

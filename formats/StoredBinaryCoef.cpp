@@ -3,6 +3,7 @@
 #include <array>
 #include <bit>
 #include <cstdint>
+#include <utility>
 
 #include "common/CheckedArithmetic.h"
 #include "common/ElementTurn.h"
@@ -107,15 +108,14 @@ class CStoredBinaryCoef : public CStoredCoef {
 } // namespace
 
 template <class Kind>
-std::unique_ptr<CStoredCoef> LoadStoredBinaryCoef(std::istream& stream, std::size_t threads) {
+SStoredLoad LoadStoredBinaryCoef(std::istream& stream, std::size_t threads) {
     auto coef = std::make_unique<CStoredBinaryCoef<Kind>>();
-    if (Failed(coef->Load(stream, threads)))
-        return nullptr;
-    return coef;
+    const Status status = coef->Load(stream, threads);
+    return {status, std::move(coef)};
 }
 
 #define TREVOLT_LOAD_STORED(Kind)                                                                  \
-    template std::unique_ptr<CStoredCoef> LoadStoredBinaryCoef<Kind>(std::istream&, std::size_t);
+    template SStoredLoad LoadStoredBinaryCoef<Kind>(std::istream&, std::size_t);
 TREVOLT_EACH_BINARY_COEF_KIND(TREVOLT_LOAD_STORED)
 #undef TREVOLT_LOAD_STORED
 

@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <istream>
-#include <memory>
 
 #include "common/StoredCoef.h"
 #include "formats/BinaryCoefKind.h"
@@ -11,9 +10,9 @@
 namespace trevolt {
 
 /// Loads the file that lies in the stream from its position to its end; up to `threads` threads
-/// decode its body. Null for what `ReadCoefBody` refuses; when that is for want of memory, the
-/// thread's transfer report hears of it. Compiled for every kind.
+/// decode its body. Every file counts as the kind's own. Its body is read whole or not at all, with
+/// the statuses of `ReadCoefBody`. Compiled for every kind.
 template <class Kind>
-std::unique_ptr<CStoredCoef> LoadStoredBinaryCoef(std::istream& stream, std::size_t threads);
+SStoredLoad LoadStoredBinaryCoef(std::istream& stream, std::size_t threads);
 
 } // namespace trevolt

@@ -140,17 +140,23 @@ class CFileRotation {
 
     /// Turns the file in its own elements; false where only a map can tell or write what it holds.
     bool TurnStored() {
-        if (m_storedKind == nullptr || !m_source.IsOpen() || !IsPossibleMap(m_outcome.size) ||
-            !m_share.Holds(PixelsOf(m_outcome.size) * m_storedKind->elementBytes))
+        if (m_storedKind == nullptr || !m_source.IsOpen() || !IsPossibleMap(m_outcome.size))
             return false;
+        if (!m_share.Holds(PixelsOf(m_outcome.size) * m_storedKind->elementBytes)) {
+            FailForMemory();
+            return true;
+        }
         CWorkShare::CPart part(m_share, StoredBytes() + kSideBytes);
         if (m_interrupted)
             return true;
         const std::size_t threads =
             1 + part.Extend(kThreadBytes, std::min(m_share.ThreadsOfOne(), MostThreads()) - 1);
-        const auto source = m_storedKind->load(m_source.FirstByte(), threads);
-        if (source == nullptr)
+        const CTransferReport report;
+        const SStoredLoad source = m_storedKind->load(m_source.FirstByte(), threads);
+        if (source.coef == nullptr)
             return false;
+        if (!IsTurnable(source.status, report) || report.WasMemoryRefused())
+            return true;
         const std::uint32_t code = m_request.angle.code;
         const CQuarterTurn turn(code, m_outcome.size.width, m_outcome.size.height);
         m_outcome.turnedSize = turn.TurnedSize();
@@ -158,7 +164,7 @@ class CFileRotation {
             COutputFile file;
             if (!OpenWritten(file, path, std::ios::out | std::ios::trunc))
                 return m_storedKind->openFailed;
-            const Status status = source->WriteTurned(file, m_outcome.size, code, threads);
+            const Status status = source.coef->WriteTurned(file, m_outcome.size, code, threads);
             CloseWritten(file);
             return status;
         });
@@ -175,8 +181,7 @@ class CFileRotation {
                          std::max(LargestStoreBytes(m_ownSize), LargestStoreBytes(turnedSize)) +
                          kSideBytes);
         CChromaCorrectCoef source;
-        if (m_interrupted || !Size(source) || (!Load(source) && !m_request.lenient) ||
-            m_interrupted)
+        if (m_interrupted || !Size(source) || !Load(source) || m_interrupted)
             return;
         CChromaCorrectCoef turned;
         const auto width = static_cast<std::int32_t>(m_outcome.size.width);
@@ -208,18 +213,28 @@ class CFileRotation {
                       static_cast<std::int32_t>(m_outcome.size.height));
         if (source.IsEmpty() || source.HasStorage())
             return true;
-        Fail(fmt::format("not enough memory for {} x {} pixels", m_outcome.size.width,
-                         m_outcome.size.height));
+        FailForMemory();
         return false;
     }
 
+    void FailForMemory() {
+        Fail(fmt::format("not enough memory for {} x {} pixels", m_outcome.size.width,
+                         m_outcome.size.height));
+    }
+
+    /// Loads the map; false when the file is not to be turned.
     bool Load(CChromaCorrectCoef& source) {
         const CTransferReport report;
         const Status status = m_source.Take(
             [&](std::istream& stream) { return m_loadKind.loadStream(source, stream); });
+        return IsTurnable(status, report);
+    }
+
+    /// Tells what a load lacks; whether the file is turned all the same.
+    bool IsTurnable(Status status, const CTransferReport& report) {
         for (std::string& problem : DescribeReadProblems(status, report))
             Fail(std::move(problem));
-        return !m_outcome.HasFailed();
+        return !m_outcome.HasFailed() || m_request.lenient;
     }
 
     /// Lets `write(path)` make the turned file and gives it its name.

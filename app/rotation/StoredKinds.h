@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <istream>
-#include <memory>
 #include <string_view>
 
 #include "common/StoredCoef.h"
@@ -18,10 +17,9 @@ struct SStoredKind {
     std::uint32_t elementBytes;
     /// The answer of the kind's writer when the file to write does not open.
     Status openFailed;
-    /// Loads the file at whose first byte the stream stands, on up to `threads` threads. Null for a
-    /// file that is not whole or not of the kind's own, and when memory is refused, which the
-    /// thread's transfer report hears of. The function is null for a kind that stores no elements.
-    std::unique_ptr<CStoredCoef> (*load)(std::istream& stream, std::size_t threads);
+    /// Loads the file at whose first byte the stream stands, on up to `threads` threads. The function
+    /// is null for a kind that stores no elements.
+    SStoredLoad (*load)(std::istream& stream, std::size_t threads);
 };
 
 /// The kind by which a file of this name can be turned in its own elements: one that stores elements

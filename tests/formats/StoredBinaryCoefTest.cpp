@@ -47,27 +47,34 @@ class StoredBinaryCoef : public testing::Test {
         return raw;
     }
 
-    static std::unique_ptr<CStoredCoef> Load(const Bytes& file, std::size_t threads = 1) {
+    static SStoredLoad Load(const Bytes& file, std::size_t threads = 1) {
         std::istringstream stream = StreamBehindPrefix(file);
         return LoadStoredBinaryCoef<Kind>(stream, threads);
     }
 
+    /// Null for a file that is not read.
+    static std::unique_ptr<CStoredCoef> LoadWhole(const Bytes& file, std::size_t threads = 1) {
+        SStoredLoad load = Load(file, threads);
+        return Failed(load.status) ? nullptr : std::move(load.coef);
+    }
+
     static Bytes Turned(const Bytes& file, const PixelSize& size, std::uint32_t code,
-                        std::size_t threads) {
-        const auto coef = Load(file, threads);
-        if (coef == nullptr)
-            return {};
+                        std::size_t threads, Status status = S_OK) {
+        const auto [told, coef] = Load(file, threads);
+        EXPECT_EQ(told, status);
         std::ostringstream stream;
         EXPECT_EQ(coef->WriteTurned(stream, size, code, threads), S_OK);
         return AsBytes(stream.str());
     }
 
     /// The same through a map that was sized before the file was read.
-    static Bytes TurnedByMap(const Bytes& file, const PixelSize& size, std::uint32_t code) {
+    static Bytes TurnedByMap(const Bytes& file, const PixelSize& size, std::uint32_t code,
+                             Status status = S_OK) {
         CChromaCorrectCoef map;
         map.Resize(static_cast<std::int32_t>(size.width), static_cast<std::int32_t>(size.height));
         std::istringstream in = StreamOf(file);
-        EXPECT_FALSE(Failed(ReadBinaryCoef<Kind>(map, in)));
+        const Status told = ReadBinaryCoef<Kind>(map, in);
+        EXPECT_EQ(Failed(told) ? told : S_OK, status);
         const CQuarterTurn turn(code, size.width, size.height);
         CChromaCorrectCoef turned;
         turned.Resize(static_cast<std::int32_t>(turn.TurnedSize().width),
@@ -152,7 +159,7 @@ TYPED_TEST(StoredBinaryCoef, TurnsAcrossBlocksAndPieces) {
     for (const PixelSize& size :
          {PixelSize{512, 512}, {517, 511}, {65535, 5}, {400, kSeveralPieces}}) {
         const Bytes raw = this->WildBody(size);
-        const auto coef = this->Load(this->File(size, raw), 2);
+        const auto coef = this->LoadWhole(this->File(size, raw), 2);
         ASSERT_NE(coef, nullptr);
         for (const std::uint32_t code : kCodes) {
             const std::string expected = AsText(this->TurnedByElements(size, raw, code));
@@ -181,18 +188,20 @@ TYPED_TEST(StoredBinaryCoef, TakesEveryFormOfAFile) {
 }
 
 TYPED_TEST(StoredBinaryCoef, TellsTheFilesSize) {
-    const auto coef = this->Load(this->File({7, 5}, this->WildBody({7, 5})));
+    const auto coef = this->LoadWhole(this->File({7, 5}, this->WildBody({7, 5})));
     ASSERT_NE(coef, nullptr);
     EXPECT_EQ(coef->Size(), (PixelSize{7, 5}));
 }
 
-TYPED_TEST(StoredBinaryCoef, TakesWholeFilesOfItsKindOnly) {
+// A body is taken whole or not at all; then every pixel is the default.
+TYPED_TEST(StoredBinaryCoef, HoldsWhatAMapHoldsOfADamagedFile) {
     const Bytes whole = this->File({7, 5}, this->WildBody({7, 5}));
     for (const std::size_t threads : {1U, 3U}) {
         for (const BinaryInput& input : InputsFrom(whole, S_OK)) {
+            SCOPED_TRACE(input.name);
             const CTransferReport report;
-            EXPECT_EQ(this->Load(input.bytes, threads) != nullptr, input.status == S_OK)
-                << input.name;
+            EXPECT_EQ(this->Turned(input.bytes, {9, 4}, 1, threads, input.status),
+                      this->TurnedByMap(input.bytes, {9, 4}, 1, input.status));
             EXPECT_FALSE(report.WasMemoryRefused());
         }
     }
@@ -200,9 +209,10 @@ TYPED_TEST(StoredBinaryCoef, TakesWholeFilesOfItsKindOnly) {
         Bytes other = whole;
         const Bytes header = Header(kind, 1, 7, 5);
         std::copy(header.begin(), header.end(), other.begin());
-        EXPECT_EQ(this->Load(other) != nullptr, kind.name == this->Named().name);
+        EXPECT_EQ(this->Load(other).status,
+                  kind.name == this->Named().name ? S_OK : E_COEF_BADFORMAT);
     }
-    EXPECT_EQ(this->Load({}), nullptr);
+    EXPECT_EQ(this->Load({}).status, E_COEF_BADFORMAT);
 }
 
 TYPED_TEST(StoredBinaryCoef, NeedsItsBodyAndAFewPieces) {
@@ -225,12 +235,12 @@ TYPED_TEST(StoredBinaryCoef, NeedsItsBodyAndAFewPieces) {
 TYPED_TEST(StoredBinaryCoef, SaysWhenTheMemoryIsRefused) {
     const Bytes raw = this->WildBody({50, 40});
     const Bytes file = this->File({50, 40}, raw);
-    const auto coef = this->Load(file);
+    const auto coef = this->LoadWhole(file);
     for (const std::size_t threads : {1U, 3U}) {
         const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + raw.size() - 1);
         {
             const CTransferReport report;
-            EXPECT_EQ(this->Load(file, threads), nullptr);
+            EXPECT_EQ(this->Load(file, threads).status, E_OUTOFMEMORY);
             EXPECT_TRUE(report.WasMemoryRefused());
         }
         const CTransferReport report;
@@ -248,7 +258,7 @@ TYPED_TEST(StoredBinaryCoef, SaysWhenTheMemoryIsRefused) {
 
 TYPED_TEST(StoredBinaryCoef, SaysWhenTheStreamFails) {
     const Bytes file = this->File({50, 40}, this->WildBody({50, 40}));
-    const auto coef = this->Load(file);
+    const auto coef = this->LoadWhole(file);
     for (const std::size_t threads : {1U, 3U}) {
         for (const std::size_t room : {std::size_t{0}, std::size_t{23}, std::size_t{24},
                                        std::size_t{100}, file.size() / 2}) {

@@ -351,12 +351,9 @@ TEST_F(FolderRotation, AMapSideEndsAt65535) {
 }
 
 TEST_F(FolderRotation, TheSourceIsGoneWhenTheOutputIsWritten) {
-    AddFile(L"a.3bcoef", 100, 100);
-    Bytes file = ReadFile(m_source.File(L"a.3bcoef"));
-    file.pop_back(); // so that it goes through a map
-    WriteFile(m_source.File(L"a.3bcoef"), file);
-    m_request.lenient = true;
-    const std::uint64_t twoMaps = 2 * 100 * 100 * (48 + 4); // and no body beside them
+    AddFile(L"a.3bcoef", 300, 100); // and under a name of two kinds, so that it goes through a map
+    ASSERT_TRUE(ReplaceWith(m_source.File(L"a.3bcoef"), m_source.File(L"a.3bcoef.4wcoef")));
+    const std::uint64_t twoMaps = 2 * 300 * 100 * (48 + 4); // and no store beside them
     const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + twoMaps);
     EXPECT_EQ(Run().written, 1U);
 }
@@ -496,8 +493,8 @@ TEST_F(FolderRotation, AFailedFileLeavesAnEarlierOutput) {
     EXPECT_EQ(ReadText(m_target.File(L"a-90\u00B0.3bcoef")), "old");
 }
 
-// In its own elements or, a damaged one, through a map: what a kind's writer answers is told.
-TEST_F(FolderRotation, AnOutputThatDoesNotOpenIsToldAlikeOnBothWays) {
+// In its own elements, whole or damaged, as through a map: what a kind's writer answers is told.
+TEST_F(FolderRotation, AnOutputThatDoesNotOpenIsToldByItsKind) {
     for (const auto& [name, status] : {std::pair{L"b.9fcoef", "E_COEF_OPENFAILED"},
                                        {L"b.9wcoef", "E_COEF_OPENFAILED"},
                                        {L"b.3wcoef", "E_HANDLE"},

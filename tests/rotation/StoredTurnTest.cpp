@@ -7,14 +7,18 @@
 #include <gtest/gtest.h>
 
 #include "app/rotation/StoredKinds.h"
+#include "common/LittleEndian.h"
 #include "formats/BinaryCoefKind.h"
 #include "platform/FileSystem.h"
+#include "tests/support/BudgetLimit.h"
 #include "tests/support/CoefMaps.h"
 #include "tests/support/Streams.h"
 #include "trevolt/CoefObjects.h"
 #include "trevolt/CoefRotation.h"
 #include "trevolt/FileKinds.h"
 #include "trevolt/FolderRotation.h"
+#include "trevolt/MemoryBudget.h"
+#include "trevolt/TransferProblems.h"
 
 namespace trevolt {
 namespace {
@@ -68,21 +72,33 @@ class StoredTurn : public testing::Test {
     bool IsTurnedInItsElements(const std::wstring& name) const {
         const SStoredKind* const kind = FindStoredKind(name);
         std::istringstream stream = StreamOf(ReadFile(m_source.File(name)));
-        return kind != nullptr && kind->load(stream, 1) != nullptr;
+        return kind != nullptr && kind->load(stream, 1).coef != nullptr;
     }
 
-    /// The bytes that the dialog's way makes of the file: a map of the size, loaded, turned, saved.
-    Bytes ThroughMaps(const std::wstring& name, const PixelSize& size) const {
+    /// What the way through a map tells of the file, and the bytes that it makes.
+    struct SThroughMaps {
+        std::vector<std::string> problems;
+        Bytes turned;
+    };
+
+    /// A map of the size, loaded, turned, saved.
+    SThroughMaps ThroughMaps(const std::wstring& name, const PixelSize& size) const {
+        SThroughMaps result;
         CChromaCorrectCoef map;
         map.Resize(static_cast<std::int32_t>(size.width), static_cast<std::int32_t>(size.height));
-        DropStatus(
-            FindLoadKind(name)->load(map, m_source.File(name).c_str())); // as the dialog does
+        {
+            const CTransferReport report;
+            std::istringstream stream = StreamOf(ReadFile(m_source.File(name)));
+            const Status status = FindLoadKind(name)->loadStream(map, stream);
+            result.problems = DescribeReadProblems(status, report);
+        }
         CChromaCorrectCoef turned;
         TurnMap(map, map.Width(), map.Height(), m_request.angle.code, turned);
         const CTemporaryFolder folder;
         const std::wstring path = folder.File(ExportName(name, m_request.angle.text));
         EXPECT_EQ(FindExportKind(name)->save(turned, path.c_str()), S_OK);
-        return ReadFile(path);
+        result.turned = ReadFile(path);
+        return result;
     }
 
     /// Turns the one file of the source folder on `jobs` threads.
@@ -105,9 +121,11 @@ class StoredTurn : public testing::Test {
                          << std::string(name.begin(), name.end()) << " of " << ownSize.width
                          << " x " << ownSize.height << " as " << size.width << " x " << size.height
                          << " by " << angle.code);
-            const Bytes expected = ThroughMaps(name, size);
-            for (const std::size_t jobs : {1U, 3U})
-                ASSERT_TRUE(Rotated(name, jobs) == expected) << jobs;
+            const SThroughMaps expected = ThroughMaps(name, size);
+            for (const std::size_t jobs : {1U, 3U}) {
+                ASSERT_TRUE(Rotated(name, jobs) == expected.turned) << jobs;
+                EXPECT_EQ(m_listener.problems, expected.problems) << jobs;
+            }
             EXPECT_EQ(m_listener.size, size);
             EXPECT_EQ(m_listener.turnedSize,
                       CQuarterTurn(angle.code, size.width, size.height).TurnedSize());
@@ -149,7 +167,7 @@ TEST_F(StoredTurn, MakesTheBytesOfTheMapsWayOverBlocksAndPieces) {
         AddWild(name, size);
         ASSERT_TRUE(IsTurnedInItsElements(name));
         m_request.angle = kAngles[0];
-        ASSERT_TRUE(Rotated(name, 2) == ThroughMaps(name, size))
+        ASSERT_TRUE(Rotated(name, 2) == ThroughMaps(name, size).turned)
             << std::string(name.begin(), name.end());
         ASSERT_TRUE(RemoveFile(m_source.File(name)));
     }
@@ -223,14 +241,6 @@ TEST_F(StoredTurn, LeavesMapImagesUnderWordNamesToTheMap) {
     }
 }
 
-TEST_F(StoredTurn, LeavesExtraWordFilesToTheMap) {
-    const auto object = CreateCoefObject(EWordKind::Chroma);
-    ASSERT_EQ(object->Create(20, 10), S_OK);
-    ASSERT_EQ(SaveWholeStoreC(*object, m_source.File(L"a.9wcoef").c_str()), S_OK);
-    EXPECT_FALSE(IsTurnedInItsElements(L"a.9wcoef"));
-    ExpectBothWays(L"a.9wcoef", {20, 10});
-}
-
 TEST_F(StoredTurn, KeepsTheLayoutThatTheEndingDecides) {
     const std::wstring name = L"a.9wcoef.9wPCoef";
     AddWild(L"a.9wcoef", {20, 10});
@@ -255,53 +265,234 @@ TEST_F(StoredTurn, TakesOriginsAsTheMapDoes) {
     ExpectBothWays(L"a.3wcoef", {rect.Width(), rect.Height()});
 }
 
-// A chunk is missing, or damaged: the strict way writes nothing, the lenient one what a map holds.
-TEST_F(StoredTurn, LeavesWhatIsNotWholeToTheMap) {
-    constexpr std::size_t kRecordAt = 168;
-    constexpr std::size_t kRecordBytes = 20 + 9 * 4;
-    struct SDamage {
-        std::size_t at;
-        std::size_t count;
-        const char* problem;
-    };
-    AddWild(L"a.9wcoef", {300, 140});
-    const Bytes whole = ReadFile(m_source.File(L"a.9wcoef"));
-    for (const SDamage& damage :
-         {SDamage{kRecordAt + 3 * kRecordBytes, kRecordBytes,
-                  "is incomplete: 528 pixels have no data"},
-          SDamage{kRecordAt + 20, 4, "is damaged: 1 of its chunks could not be read"}}) {
-        Bytes file = whole;
-        std::fill_n(file.begin() + static_cast<std::ptrdiff_t>(damage.at), damage.count,
+// ---- files that are not whole ----
+
+// The layout of `.9wcoef` and `.3wcoef` files.
+constexpr std::size_t kDirectoryAt = 168;
+constexpr std::size_t kDirectoryOffsetAt = 86;
+
+/// A word file whose bytes are changed field by field.
+class CWordFileBytes {
+  public:
+    CWordFileBytes(Bytes& file, const std::wstring& name)
+        : m_file(file),
+          m_recordBytes(name.ends_with(L".9wcoef") || name.ends_with(L".3wcoef") ? 56 : 68) {}
+
+    std::uint32_t Count() const { return Get(36); }
+    void Set(std::size_t at, std::uint32_t value) {
+        StoreLittle<std::uint32_t>(m_file.data() + at, value);
+    }
+    std::uint32_t Get(std::size_t at) const {
+        return LoadLittle<std::uint32_t>(m_file.data() + at);
+    }
+    /// Where the field at `offset` of a record stands.
+    std::size_t At(std::size_t record, std::size_t offset) const {
+        return kDirectoryAt + record * m_recordBytes + offset;
+    }
+    void Move(std::size_t record, std::uint32_t x, std::uint32_t y) {
+        Set(At(record, 4), x);
+        Set(At(record, 8), y);
+    }
+    void Clear(std::size_t record) {
+        std::fill_n(m_file.begin() + static_cast<std::ptrdiff_t>(At(record, 0)), m_recordBytes,
                     std::byte{0});
-        WriteFile(m_source.File(L"a.9wcoef"), file);
-        EXPECT_FALSE(IsTurnedInItsElements(L"a.9wcoef"));
+    }
+    void CutTo(std::size_t count) { m_file.resize(std::min(m_file.size(), count)); }
+    std::size_t Size() const { return m_file.size(); }
+
+  private:
+    Bytes& m_file;
+    std::size_t m_recordBytes;
+};
+
+struct SWordDamage {
+    const char* name;
+    void (*change)(CWordFileBytes& file);
+};
+
+/// Of a file of 259 × 130 pixels: whole blocks or parts of them at (0, 0), (0, 128), (256, 0) and
+/// (256, 128), in this order.
+constexpr SWordDamage kWordDamages[]{
+    {"none", [](CWordFileBytes&) {}},
+    {"first chunk damaged", [](CWordFileBytes& f) { f.Set(f.At(0, 20), 0); }},
+    {"last chunk damaged", [](CWordFileBytes& f) { f.Set(f.At(3, 20), 0); }},
+    {"impossible chunk", [](CWordFileBytes& f) { f.Set(f.At(1, 12), 257); }},
+    {"chunk past every size", [](CWordFileBytes& f) { f.Set(f.At(1, 16), 0xFFFFFFFF); }},
+    {"no first chunk", [](CWordFileBytes& f) { f.Clear(0); }},
+    {"no last chunk", [](CWordFileBytes& f) { f.Clear(3); }},
+    {"no chunks", [](CWordFileBytes& f) { f.Set(36, 0); }},
+    {"more chunks than bytes", [](CWordFileBytes& f) { f.Set(36, 0x7FFFFFFF); }},
+    {"second over the first", [](CWordFileBytes& f) { f.Move(1, 100, 50); }},
+    {"first over the others", [](CWordFileBytes& f) { f.Move(0, 60, 60); }},
+    {"behind the width", [](CWordFileBytes& f) { f.Move(3, 300, 0); }},
+    {"behind the blocks", [](CWordFileBytes& f) { f.Move(3, 512, 0); }},
+    {"behind the grid", [](CWordFileBytes& f) { f.Move(2, 0xFFFFFFFF, 0xFFFFFFFF); }},
+    {"before the origin",
+     [](CWordFileBytes& f) {
+         f.Set(20, 2);
+         f.Set(24, 1);
+     }},
+    {"cut to the directory", [](CWordFileBytes& f) { f.CutTo(f.At(4, 0)); }},
+    {"cut in the directory", [](CWordFileBytes& f) { f.CutTo(f.At(3, 9)); }},
+    {"cut in the first chunk", [](CWordFileBytes& f) { f.CutTo(f.At(4, 0) + 100); }},
+    {"cut in the last chunk", [](CWordFileBytes& f) { f.CutTo(f.Size() - 1); }},
+};
+
+class StoredDamage : public StoredTurn {
+  protected:
+    void WriteSource(const std::wstring& name, const Bytes& file) {
+        WriteFile(m_source.File(name), file);
+    }
+
+    /// The strict way tells the same as the map's and writes nothing of what is not whole; the lenient
+    /// one writes the same.
+    void ExpectBothToldAndWritten(const std::wstring& name, const PixelSize& size) {
+        const SThroughMaps expected = ThroughMaps(name, size);
+        const bool isWhole = expected.problems.empty();
+        m_request.jobs = m_calls % 2 == 0 ? 1 : 3;
         m_request.lenient = false;
-        EXPECT_EQ(RotateFolder(m_request, m_interrupted, m_listener).written, 0U);
-        ASSERT_FALSE(m_listener.problems.empty());
-        EXPECT_EQ(m_listener.problems.back(), damage.problem);
-        EXPECT_TRUE(m_target.Names().empty());
+        m_listener = {};
+        EXPECT_EQ(RotateFolder(m_request, m_interrupted, m_listener).written, isWhole ? 1U : 0U);
+        EXPECT_EQ(m_listener.problems, expected.problems);
+        EXPECT_EQ(m_target.Names().empty(), !isWhole);
         m_request.lenient = true;
-        ExpectBothWays(L"a.9wcoef", {300, 140});
-        for (const std::wstring& name : m_target.Names())
-            ASSERT_TRUE(RemoveFile(m_target.File(name)));
+        EXPECT_TRUE(Rotated(name, 4 - m_request.jobs) == expected.turned);
+        EXPECT_EQ(m_listener.problems, expected.problems);
+        ASSERT_TRUE(RemoveFile(m_target.File(ExportName(name, m_request.angle.text))));
+    }
+
+    /// By an angle that goes on from call to call, at the file's own size and three others.
+    void ExpectDamageBothWays(const std::wstring& name, const PixelSize& size, const char* damage) {
+        SCOPED_TRACE(testing::Message() << std::string(name.begin(), name.end()) << ", " << damage);
+        const PixelSize sizes[]{size, {300, 140}, {130, 200}, {20, 10}};
+        const PixelSize& other = sizes[m_calls % std::size(sizes)];
+        m_request.angle = kAngles[m_calls++ % kAngles.size()];
+        m_request.size = other == size ? std::nullopt : std::optional(other);
+        ExpectBothToldAndWritten(name, other);
+    }
+
+    std::size_t m_calls = 0;
+};
+
+TEST_F(StoredDamage, OfWordFilesIsToldAndWrittenAsByAMap) {
+    const PixelSize size{259, 130};
+    for (const wchar_t* name : {L"a.9wcoef", L"a.3wcoef", L"a.4wcoef", L"a.12wcoef"}) {
+        AddWild(name, size);
+        const Bytes whole = ReadFile(m_source.File(name));
+        for (const SWordDamage& damage : kWordDamages) {
+            Bytes file = whole;
+            CWordFileBytes fields(file, name);
+            damage.change(fields);
+            WriteSource(name, file);
+            ASSERT_NE(FindStoredKind(name), nullptr);
+            ExpectDamageBothWays(name, size, damage.name);
+            ASSERT_FALSE(HasFatalFailure());
+        }
+        ASSERT_TRUE(RemoveFile(m_source.File(name)));
     }
 }
 
-TEST_F(StoredTurn, LeavesDamagedBodiesToTheMap) {
+TEST_F(StoredDamage, OfBinaryFilesIsToldAndWrittenAsByAMap) {
+    const PixelSize size{30, 14};
     for (const wchar_t* name : {L"a.9fcoef", L"a.3fcoef", L"a.9bcoef", L"a.3bcoef"}) {
-        AddWild(name, {30, 14});
-        Bytes file = ReadFile(m_source.File(name));
-        file[file.size() - 1] ^= std::byte{1};
-        WriteFile(m_source.File(name), file);
-        EXPECT_FALSE(IsTurnedInItsElements(name));
-        m_request.lenient = true;
-        ExpectBothWays(name, {30, 14});
-        EXPECT_EQ(
-            m_listener.problems.back(),
-            "cannot be read: E_FAIL (0x80004005): the content is damaged or does not match its "
-            "header");
+        AddWild(name, size);
+        const Bytes whole = ReadFile(m_source.File(name));
+        for (const std::size_t at : {std::size_t{22}, std::size_t{24}, std::size_t{40},
+                                     whole.size() / 2, whole.size() - 1}) {
+            Bytes file = whole;
+            file[at] ^= std::byte{1};
+            WriteSource(name, file);
+            const PixelSize own{30, at == 22 ? 15 : 14};
+            ExpectDamageBothWays(name, own, "a bit");
+            file.resize(at);
+            WriteSource(name, file);
+            m_request.size = size;
+            ExpectBothToldAndWritten(name, size);
+            ASSERT_FALSE(HasFatalFailure());
+        }
         ASSERT_TRUE(RemoveFile(m_source.File(name)));
     }
+}
+
+TEST_F(StoredDamage, OfHeadersIsToldAndWrittenAsByAMap) {
+    m_request.size = PixelSize{20, 10};
+    for (const std::wstring& name : StoredNames()) {
+        AddWild(name, {20, 10});
+        const Bytes whole = ReadFile(m_source.File(name));
+        for (const std::size_t count : {0U, 15U, 16U, 23U, 100U}) {
+            WriteSource(name,
+                        Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(count)));
+            SCOPED_TRACE(count);
+            ExpectBothToldAndWritten(name, {20, 10});
+        }
+        ASSERT_TRUE(RemoveFile(m_source.File(name)));
+    }
+}
+
+/// A file with extra words of 259 × 130 pixels.
+Bytes ExtraWordFile(const CTemporaryFolder& folder) {
+    const auto object = CreateCoefObject(EWordKind::Chroma);
+    EXPECT_EQ(object->Create(259, 130), S_OK);
+    for (std::uint32_t x = 0; x < 259; ++x)
+        object->SetPixelChannel(static_cast<std::int32_t>(x % 9), x, x % 130, 0.25F, 0);
+    EXPECT_EQ(SaveWholeStoreC(*object, folder.File(L"extra").c_str()), S_OK);
+    return ReadFile(folder.File(L"extra"));
+}
+
+TEST_F(StoredDamage, OfEitherPartOfAnExtraWordFileIsToldAsByAMap) {
+    const CTemporaryFolder folder;
+    const Bytes whole = ExtraWordFile(folder);
+    const std::wstring name = L"a.9wcoef";
+    for (const SWordDamage& damage : kWordDamages) {
+        Bytes file = whole;
+        CWordFileBytes fields(file, name);
+        damage.change(fields);
+        WriteSource(name, file);
+        ExpectDamageBothWays(name, {259, 130}, damage.name);
+    }
+    const auto extraAt = LoadLittle<std::uint32_t>(whole.data() + kDirectoryOffsetAt);
+    const auto damaged = [&](std::size_t at, std::uint32_t value) {
+        Bytes file = whole;
+        CWordFileBytes(file, name).Set(at, value);
+        WriteSource(name, file);
+        ExpectDamageBothWays(name, {259, 130}, "extra words");
+    };
+    damaged(kDirectoryOffsetAt, 167);
+    damaged(kDirectoryOffsetAt, 168);
+    damaged(kDirectoryOffsetAt, 0xFFFFFFFF);
+    damaged(extraAt + 20, 0);          // the first chunk's only plane
+    damaged(extraAt + 3 * 24 + 20, 0); // and that of the last
+}
+
+// Less memory than two maps take is enough for whatever is of a kind's own.
+TEST_F(StoredDamage, IsTurnedWithoutMaps) {
+    const PixelSize size{300, 200};
+    constexpr std::uint64_t kTwoMaps = std::uint64_t{2} * 300 * 200 * (48 + 4);
+    const auto expectTurned = [&](const std::wstring& name) {
+        const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + kTwoMaps - 1);
+        for (const std::size_t jobs : {1U, 2U})
+            EXPECT_FALSE(Rotated(name, jobs).empty()) << std::string(name.begin(), name.end());
+        ASSERT_TRUE(RemoveFile(m_source.File(name)));
+    };
+    m_request.lenient = true;
+    for (const std::wstring& name : StoredNames()) {
+        if (name == L"a.9fcoef") // one that is written in one piece takes three of its bodies
+            continue;
+        AddWild(name, size);
+        const Bytes whole = ReadFile(m_source.File(name));
+        expectTurned(name);
+        WriteSource(name, Bytes(whole.begin(), whole.end() - 1));
+        expectTurned(name);
+    }
+    AddWild(L"a.9wcoef", size);
+    Bytes file = ReadFile(m_source.File(L"a.9wcoef"));
+    CWordFileBytes(file, L"a.9wcoef").Clear(3);
+    WriteSource(L"a.9wcoef", file);
+    expectTurned(L"a.9wcoef");
+    const auto object = CreateCoefObject(EWordKind::Chroma);
+    ASSERT_EQ(object->Create(300, 200), S_OK);
+    ASSERT_EQ(SaveWholeStoreC(*object, m_source.File(L"a.9wcoef").c_str()), S_OK);
+    expectTurned(L"a.9wcoef");
 }
 
 } // namespace

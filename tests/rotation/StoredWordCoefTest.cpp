@@ -149,13 +149,13 @@ SLoaded LoadMap(EWordKind kind, const Bytes& file, CChromaCorrectCoef& map) {
 }
 
 /// What the way through the map writes.
-Bytes TurnedThroughMap(EWordKind kind, const Bytes& file, const PixelSize& size,
-                       std::uint32_t code) {
+Bytes TurnedThroughMap(EWordKind kind, const Bytes& file, const PixelSize& size, std::uint32_t code,
+                       const SLoaded& told = SLoaded::Whole()) {
     CChromaCorrectCoef map;
     const auto width = static_cast<std::int32_t>(size.width);
     const auto height = static_cast<std::int32_t>(size.height);
     map.Resize(width, height);
-    EXPECT_EQ(LoadMap(kind, file, map), SLoaded::Whole());
+    EXPECT_EQ(LoadMap(kind, file, map), told);
     CChromaCorrectCoef turned;
     TurnMap(map, width, height, code, turned);
     std::stringstream stream;
@@ -163,10 +163,31 @@ Bytes TurnedThroughMap(EWordKind kind, const Bytes& file, const PixelSize& size,
     return AsBytes(stream.str());
 }
 
-std::unique_ptr<CStoredCoef> LoadStored(EWordKind kind, const Bytes& file,
-                                        std::size_t threads = 1) {
+/// The file as the direct way holds it, and what that way tells.
+struct SStored {
+    SLoaded told;
+    bool wasMemoryRefused = false;
+    std::unique_ptr<CStoredCoef> coef;
+};
+
+SStored LoadStoredFrom(EWordKind kind, std::istream& stream, std::size_t threads) {
+    const CTransferReport report;
+    SStoredLoad load = LoadStoredWordCoef(kind, stream, threads);
+    return {{load.status, report.FailedChunks(), report.MissingPixels(), report.FailedRead()},
+            report.WasMemoryRefused(),
+            std::move(load.coef)};
+}
+
+SStored LoadStored(EWordKind kind, const Bytes& file, std::size_t threads = 1) {
     std::istringstream stream = StreamOf(file);
-    return LoadStoredWordCoef(kind, stream, threads);
+    return LoadStoredFrom(kind, stream, threads);
+}
+
+/// Null when anything is wrong with the file.
+std::unique_ptr<CStoredCoef> LoadWhole(EWordKind kind, const Bytes& file, std::size_t threads = 1) {
+    SStored stored = LoadStored(kind, file, threads);
+    return stored.told == SLoaded::Whole() && !stored.wasMemoryRefused ? std::move(stored.coef)
+                                                                       : nullptr;
 }
 
 Bytes TurnedStored(const CStoredCoef& stored, const PixelSize& size, std::uint32_t code,
@@ -182,7 +203,7 @@ void ExpectSameBothWays(EWordKind kind, const Bytes& file, const PixelSize& size
                         std::size_t threads = 1) {
     SCOPED_TRACE(::testing::Message()
                  << size.width << " x " << size.height << ", " << threads << " threads");
-    const auto stored = LoadStored(kind, file, threads);
+    const auto stored = LoadWhole(kind, file, threads);
     ASSERT_NE(stored, nullptr);
     for (const std::uint32_t code : kCodes)
         ASSERT_TRUE(TurnedStored(*stored, size, code, threads) ==
@@ -202,14 +223,25 @@ class StoredWordCoef : public ::testing::Test {
     static constexpr EWordKind kKind = Kind::kKind;
     static constexpr auto kPixel = MixedPixel<typename Kind::Element>;
 
-    /// The file is not taken. What the map's way tells of it is `told`.
-    static void ExpectRefused(const Bytes& file, const SLoaded& told) {
-        const CTransferReport report;
-        EXPECT_EQ(LoadStored(kKind, file, 2), nullptr);
-        EXPECT_FALSE(report.WasMemoryRefused());
-        CChromaCorrectCoef map;
-        map.Resize(8, 8);
-        EXPECT_EQ(LoadMap(kKind, file, map), told);
+    /// Both ways tell the same of the file, and write the same of what can be read of it.
+    static void ExpectTold(const Bytes& file, const SLoaded& told) {
+        for (const std::size_t threads : {1U, 3U}) {
+            const SStored stored = LoadStored(kKind, file, threads);
+            EXPECT_EQ(stored.told, told);
+            EXPECT_FALSE(stored.wasMemoryRefused);
+            ASSERT_NE(stored.coef, nullptr);
+            for (const PixelSize& size : {PixelSize{8, 8}, PixelSize{310, 210}})
+                EXPECT_TRUE(TurnedStored(*stored.coef, size, 1) ==
+                            TurnedThroughMap(kKind, file, size, 1, told))
+                    << size.width;
+        }
+    }
+
+    /// The file is none of the kind's own.
+    static void ExpectLeft(const Bytes& file) {
+        const SStored stored = LoadStored(kKind, file, 2);
+        EXPECT_EQ(stored.coef, nullptr);
+        EXPECT_EQ(stored.told, SLoaded::Whole());
     }
 };
 using EveryKind = ::testing::Types<
@@ -235,7 +267,7 @@ TYPED_TEST(StoredWordCoef, TurnsSeveralBlocksOnAnyNumberOfThreads) {
 }
 
 TYPED_TEST(StoredWordCoef, TellsTheSizeOfTheFile) {
-    const auto stored = LoadStored(TypeParam::kKind, MixedFile<typename TypeParam::Element>(30, 7));
+    const auto stored = LoadWhole(TypeParam::kKind, MixedFile<typename TypeParam::Element>(30, 7));
     ASSERT_NE(stored, nullptr);
     EXPECT_EQ(stored->Size(), (PixelSize{30, 7}));
 }
@@ -331,7 +363,7 @@ TYPED_TEST(StoredWordCoef, ReadsAndWritesAtTheStreamsPosition) {
     using Element = typename TypeParam::Element;
     const Bytes file = MixedFile<Element>(50, 20);
     std::istringstream source = StreamBehindPrefix(file);
-    const auto stored = LoadStoredWordCoef(TypeParam::kKind, source, 1);
+    const auto stored = LoadStoredWordCoef(TypeParam::kKind, source, 1).coef;
     ASSERT_NE(stored, nullptr);
     std::stringstream target;
     target << kPrefix;
@@ -341,21 +373,28 @@ TYPED_TEST(StoredWordCoef, ReadsAndWritesAtTheStreamsPosition) {
     EXPECT_EQ(target.str().substr(0, kPrefix.size()), kPrefix);
 }
 
-// ---- what is not taken ----
+// ---- what is not plain ----
 
-TYPED_TEST(StoredWordCoef, RefusesAHeaderOfAnotherKindOrCutShort) {
+TYPED_TEST(StoredWordCoef, LeavesAHeaderOfAnotherKind) {
     using Element = typename TypeParam::Element;
     SMadeFile<Element> file(20, 10);
     file.Cover(256, 128, TestFixture::kPixel);
-    const Bytes whole = file.AsFile();
-    ASSERT_NE(LoadStored(TypeParam::kKind, whole), nullptr);
-    this->ExpectRefused(Bytes(whole.begin(), whole.begin() + kChunkHeaderBytes - 1),
-                        {.status = E_COEF_BADFORMAT});
-    this->ExpectRefused({}, {.status = E_COEF_BADFORMAT});
+    ASSERT_NE(LoadWhole(TypeParam::kKind, file.AsFile()), nullptr);
+    const ChunkFormatId own = file.header.formatId;
     ++file.header.formatId[15];
-    this->ExpectRefused(file.AsFile(), {.status = E_COEF_BADFORMAT});
+    this->ExpectLeft(file.AsFile());
     file.header.formatId = kBrightChunkFormat2;
-    this->ExpectRefused(file.AsFile(), {.status = E_COEF_BADFORMAT});
+    this->ExpectLeft(file.AsFile());
+    this->ExpectLeft({});
+    this->ExpectLeft(Bytes(reinterpret_cast<const std::byte*>(own.data()),
+                           reinterpret_cast<const std::byte*>(own.data()) + own.size() - 1));
+}
+
+TYPED_TEST(StoredWordCoef, TellsOfAHeaderCutShort) {
+    const Bytes whole = MixedFile<typename TypeParam::Element>(20, 10);
+    for (const std::size_t count : {std::size_t{16}, kChunkHeaderBytes - 1})
+        this->ExpectTold(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(count)),
+                         {.status = E_COEF_BADFORMAT});
 }
 
 TYPED_TEST(StoredWordCoef, TakesTheFileKindOfVirtualGreenAlone) {
@@ -365,43 +404,36 @@ TYPED_TEST(StoredWordCoef, TakesTheFileKindOfVirtualGreenAlone) {
     for (const int fileKind : {0, 1, 3, 255}) {
         file.header.fileKind = static_cast<std::uint8_t>(fileKind);
         if (kWordKind<Element>.hasFileKind)
-            this->ExpectRefused(file.AsFile(), {.status = E_COEF_BADFORMAT});
+            this->ExpectTold(file.AsFile(), {.status = E_COEF_BADFORMAT});
         else
             ExpectSameBothWays(TypeParam::kKind, file.AsFile(), {20, 10});
     }
 }
 
-TEST(StoredWordCoefOfNoKind, IsRefused) {
-    EXPECT_EQ(LoadStored(static_cast<EWordKind>(4), MixedFile<S9WordCoef>(2, 2)), nullptr);
-    EXPECT_EQ(LoadStored(static_cast<EWordKind>(-1), MixedFile<S9WordCoef>(2, 2)), nullptr);
+TEST(StoredWordCoefOfNoKind, IsLeft) {
+    EXPECT_EQ(LoadStored(static_cast<EWordKind>(4), MixedFile<S9WordCoef>(2, 2)).coef, nullptr);
+    EXPECT_EQ(LoadStored(static_cast<EWordKind>(-1), MixedFile<S9WordCoef>(2, 2)).coef, nullptr);
 }
 
-TEST(StoredWordCoefWithExtraWords, IsRefused) {
-    SMadeFile<S9WordCoef> file(20, 10);
-    file.Cover(256, 128, MixedPixel<S9WordCoef>);
-    file.header.formatId = kChromaChunkFormat2;
-    EXPECT_EQ(LoadStored(EWordKind::Chroma, file.AsFile()), nullptr);
-}
-
-TEST(StoredWordCoefOfAFloatFile, IsRefused) {
+TEST(StoredWordCoefOfAFloatFile, IsLeft) {
     for (const wchar_t* sample : {L"cabinet/Cab_01.9fcoef", L"cabinet/Cab_02.3fcoef"}) {
         const Bytes file = ReadFile(Sample(sample));
         ASSERT_GT(file.size(), kChunkHeaderBytes);
-        EXPECT_EQ(LoadStored(EWordKind::Chroma, file), nullptr);
-        EXPECT_EQ(LoadStored(EWordKind::Brightness, file), nullptr);
+        EXPECT_EQ(LoadStored(EWordKind::Chroma, file).coef, nullptr);
+        EXPECT_EQ(LoadStored(EWordKind::Brightness, file).coef, nullptr);
     }
 }
 
-TYPED_TEST(StoredWordCoef, RefusesAFileWithoutPixels) {
+TYPED_TEST(StoredWordCoef, TakesAFileWithoutPixels) {
     using Element = typename TypeParam::Element;
     SMadeFile<Element> file(20, 10);
     file.Cover(256, 128, TestFixture::kPixel);
     file.header.width = 0;
-    this->ExpectRefused(file.AsFile(), SLoaded::Whole());
+    this->ExpectTold(file.AsFile(), SLoaded::Whole());
     file.header = SMadeFile<Element>(20, 0).header;
-    this->ExpectRefused(file.AsFile(), SLoaded::Whole());
-    this->ExpectRefused(SMadeFile<Element>(20, 0).AsFile(), SLoaded::Whole());
-    this->ExpectRefused(SMadeFile<Element>(0, 10).AsFile(), SLoaded::Whole());
+    this->ExpectTold(file.AsFile(), SLoaded::Whole());
+    this->ExpectTold(SMadeFile<Element>(20, 0).AsFile(), SLoaded::Whole());
+    this->ExpectTold(SMadeFile<Element>(0, 10).AsFile(), SLoaded::Whole());
 }
 
 // Not beside the map's way: its stores of such sides take hundreds of megabytes.
@@ -410,7 +442,7 @@ TYPED_TEST(StoredWordCoef, TakesSidesUpToThoseOfAMap) {
     const auto isTaken = [](std::uint32_t width, std::uint32_t height) {
         SMadeFile<Element> file(width, height);
         file.Cover(256, 128, TestFixture::kPixel);
-        return LoadStored(TypeParam::kKind, file.AsFile(), 2) != nullptr;
+        return LoadWhole(TypeParam::kKind, file.AsFile(), 2) != nullptr;
     };
     EXPECT_TRUE(isTaken(65535, 1));
     EXPECT_TRUE(isTaken(1, 65535));
@@ -418,7 +450,7 @@ TYPED_TEST(StoredWordCoef, TakesSidesUpToThoseOfAMap) {
     EXPECT_FALSE(isTaken(1, 65536));
 }
 
-TYPED_TEST(StoredWordCoef, RefusesAFileCutShort) {
+TYPED_TEST(StoredWordCoef, TellsOfAFileCutShort) {
     using Element = typename TypeParam::Element;
     SMadeFile<Element> file(300, 10);
     file.Cover(256, 128, TestFixture::kPixel);
@@ -427,13 +459,13 @@ TYPED_TEST(StoredWordCoef, RefusesAFileCutShort) {
         return Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(count));
     };
     const std::size_t dataAt = whole.size() - file.data.size();
-    this->ExpectRefused(first(dataAt - 1), {.status = E_FAIL});
-    this->ExpectRefused(first(kChunkHeaderBytes), {.status = E_FAIL});
-    this->ExpectRefused(first(dataAt), {.status = E_FAIL, .failedChunks = 2});
-    this->ExpectRefused(first(whole.size() - 1), {.status = E_FAIL, .failedChunks = 1});
+    this->ExpectTold(first(dataAt - 1), {.status = E_FAIL});
+    this->ExpectTold(first(kChunkHeaderBytes), {.status = E_FAIL});
+    this->ExpectTold(first(dataAt), {.status = E_FAIL, .failedChunks = 2});
+    this->ExpectTold(first(whole.size() - 1), {.status = E_FAIL, .failedChunks = 1});
 }
 
-TYPED_TEST(StoredWordCoef, RefusesADamagedChunkWhereverItIs) {
+TYPED_TEST(StoredWordCoef, TellsOfADamagedChunkWhereverItIs) {
     using Element = typename TypeParam::Element;
     for (const std::size_t damaged : {0U, 3U, 8U}) {
         SMadeFile<Element> file(24, 9);
@@ -442,44 +474,44 @@ TYPED_TEST(StoredWordCoef, RefusesADamagedChunkWhereverItIs) {
         --file.records[damaged].planeSizes[1];
         ++file.records[damaged].planeSizes[2];
         const bool isLast = damaged == 8;
-        this->ExpectRefused(file.AsFile(), {.status = isLast ? E_FAIL : S_OK, .failedChunks = 1});
+        this->ExpectTold(file.AsFile(), {.status = isLast ? E_FAIL : S_OK, .failedChunks = 1});
     }
 }
 
-TYPED_TEST(StoredWordCoef, RefusesPlanesPastTheChunksBytes) {
+TYPED_TEST(StoredWordCoef, TellsOfPlanesPastTheChunksBytes) {
     using Element = typename TypeParam::Element;
     SMadeFile<Element> file(24, 9);
     file.Cover(256, 128, TestFixture::kPixel);
     --file.records[0].totalSize;
-    this->ExpectRefused(file.AsFile(), {.status = E_FAIL, .failedChunks = 1});
+    this->ExpectTold(file.AsFile(), {.status = E_FAIL, .failedChunks = 1});
 }
 
-TYPED_TEST(StoredWordCoef, RefusesPixelsInNoChunkOrInTwo) {
+TYPED_TEST(StoredWordCoef, TellsOfPixelsInNoChunk) {
     using Element = typename TypeParam::Element;
     SMadeFile<Element> missing(24, 9);
     missing.Add({0, 0, 24, 8}, TestFixture::kPixel);
     missing.Add({0, 8, 23, 1}, TestFixture::kPixel);
-    this->ExpectRefused(missing.AsFile(), {.missingPixels = 1});
+    this->ExpectTold(missing.AsFile(), {.missingPixels = 1});
 
     SMadeFile<Element> one(24, 9);
     one.Add({0, 0, 24, 8}, TestFixture::kPixel);
-    this->ExpectRefused(one.AsFile(), {.missingPixels = 24});
+    this->ExpectTold(one.AsFile(), {.missingPixels = 24});
 
     SMadeFile<Element> none(24, 9);
-    this->ExpectRefused(none.AsFile(), {.missingPixels = 216});
+    this->ExpectTold(none.AsFile(), {.missingPixels = 216});
 
     SMadeFile<Element> twice(24, 9);
     twice.Add({0, 0, 24, 9}, TestFixture::kPixel);
     twice.Add({23, 8, 1, 1}, TestFixture::kPixel);
-    this->ExpectRefused(twice.AsFile(), SLoaded::Whole());
+    this->ExpectTold(twice.AsFile(), SLoaded::Whole());
 
     SMadeFile<Element> moved(24, 9); // as many pixels as the area, one of them elsewhere
     moved.Add({0, 0, 24, 8}, TestFixture::kPixel);
     moved.Add({0, 7, 24, 1}, TestFixture::kPixel);
-    this->ExpectRefused(moved.AsFile(), {.missingPixels = 24});
+    this->ExpectTold(moved.AsFile(), {.missingPixels = 24});
 }
 
-TYPED_TEST(StoredWordCoef, RefusesChunksThatBeginOutsideTheArea) {
+TYPED_TEST(StoredWordCoef, TellsOfChunksThatBeginOutsideTheArea) {
     using Element = typename TypeParam::Element;
     const auto withPieceAt = [&](std::int32_t x, std::int32_t y) {
         SMadeFile<Element> file(24, 9, 100, 50);
@@ -487,27 +519,25 @@ TYPED_TEST(StoredWordCoef, RefusesChunksThatBeginOutsideTheArea) {
         file.Add({x, y, 4, 4}, TestFixture::kPixel);
         return file.AsFile();
     };
-    this->ExpectRefused(withPieceAt(-4, 0), {.status = E_FAIL, .failedChunks = 1});
-    this->ExpectRefused(withPieceAt(0, -1), {.status = E_FAIL, .failedChunks = 1});
-    this->ExpectRefused(withPieceAt(24, 0), SLoaded::Whole());
-    this->ExpectRefused(withPieceAt(0, 9), SLoaded::Whole());
-    this->ExpectRefused(withPieceAt(5000, 0), SLoaded::Whole());
+    this->ExpectTold(withPieceAt(-4, 0), {.status = E_FAIL, .failedChunks = 1});
+    this->ExpectTold(withPieceAt(0, -1), {.status = E_FAIL, .failedChunks = 1});
+    this->ExpectTold(withPieceAt(24, 0), SLoaded::Whole());
+    this->ExpectTold(withPieceAt(0, 9), SLoaded::Whole());
+    this->ExpectTold(withPieceAt(5000, 0), SLoaded::Whole());
 }
 
 // An origin near the largest: what lies 2^32 behind it is before it, not in the area.
-TYPED_TEST(StoredWordCoef, RefusesChunksWhosePlacePassesTheLargest) {
+TYPED_TEST(StoredWordCoef, TellsOfChunksWhosePlacePassesTheLargest) {
     using Element = typename TypeParam::Element;
     SMadeFile<Element> wide(24, 9, 0xFFFFFFF8, 0);
     wide.Cover(8, 9, TestFixture::kPixel);
-    this->ExpectRefused(wide.AsFile(),
-                        {.status = E_FAIL, .failedChunks = 2, .missingPixels = 16 * 9});
+    this->ExpectTold(wide.AsFile(), {.status = E_FAIL, .failedChunks = 2, .missingPixels = 16 * 9});
     SMadeFile<Element> high(9, 24, 0, 0xFFFFFFF8);
     high.Cover(9, 8, TestFixture::kPixel);
-    this->ExpectRefused(high.AsFile(),
-                        {.status = E_FAIL, .failedChunks = 2, .missingPixels = 16 * 9});
+    this->ExpectTold(high.AsFile(), {.status = E_FAIL, .failedChunks = 2, .missingPixels = 16 * 9});
 }
 
-TYPED_TEST(StoredWordCoef, RefusesRecordsThatNoChunkCanHave) {
+TYPED_TEST(StoredWordCoef, TellsOfRecordsThatNoChunkCanHave) {
     using Element = typename TypeParam::Element;
     const auto withRecord = [](const std::function<void(SChunkRecord&)>& change) {
         SMadeFile<Element> file(300, 200);
@@ -516,21 +546,21 @@ TYPED_TEST(StoredWordCoef, RefusesRecordsThatNoChunkCanHave) {
         return file.AsFile();
     };
     const SLoaded failed{.status = E_FAIL, .failedChunks = 1};
-    this->ExpectRefused(withRecord([](SChunkRecord& r) { r.width = 257; }), failed);
-    this->ExpectRefused(withRecord([](SChunkRecord& r) { r.height = 129; }), failed);
-    this->ExpectRefused(withRecord([](SChunkRecord& r) {
-                            r.totalSize = static_cast<std::uint32_t>(sizeof(Element)) * 65536 + 1;
-                        }),
-                        failed);
+    this->ExpectTold(withRecord([](SChunkRecord& r) { r.width = 257; }), failed);
+    this->ExpectTold(withRecord([](SChunkRecord& r) { r.height = 129; }), failed);
+    this->ExpectTold(withRecord([](SChunkRecord& r) {
+                         r.totalSize = static_cast<std::uint32_t>(sizeof(Element)) * 65536 + 1;
+                     }),
+                     failed);
     SMadeFile<Element> large(20, 10); // and its bytes are there
     large.Cover(256, 128, TestFixture::kPixel);
     large.records[0].totalSize = static_cast<std::uint32_t>(sizeof(Element)) * 65536 + 1;
     large.data.resize(large.records[0].totalSize);
-    this->ExpectRefused(large.AsFile(), failed);
+    this->ExpectTold(large.AsFile(), failed);
     SLoaded missing = failed;
     missing.missingPixels = 44U * 72U;
-    this->ExpectRefused(withRecord([](SChunkRecord& r) { r.width = 0; }), missing);
-    this->ExpectRefused(withRecord([](SChunkRecord& r) { r.totalSize = 0; }), failed);
+    this->ExpectTold(withRecord([](SChunkRecord& r) { r.width = 0; }), missing);
+    this->ExpectTold(withRecord([](SChunkRecord& r) { r.totalSize = 0; }), failed);
 }
 
 // ---- memory ----
@@ -547,7 +577,7 @@ TYPED_TEST(StoredWordCoef, NeedsItsPlanesAndSomeChunksOfMemory) {
     const CTransferReport report;
     {
         const CBudgetLimit limit(before + planes + kExtraBytes<Element>);
-        const auto stored = LoadStored(TypeParam::kKind, file, 1);
+        const auto stored = LoadWhole(TypeParam::kKind, file, 1);
         ASSERT_NE(stored, nullptr);
         EXPECT_EQ(CMemoryBudget::Process().Outstanding(), before + planes);
         std::stringstream target;
@@ -555,7 +585,7 @@ TYPED_TEST(StoredWordCoef, NeedsItsPlanesAndSomeChunksOfMemory) {
     }
     {
         const CBudgetLimit limit(before + planes + 5 * kExtraBytes<Element>);
-        const auto stored = LoadStored(TypeParam::kKind, file, 2);
+        const auto stored = LoadWhole(TypeParam::kKind, file, 2);
         ASSERT_NE(stored, nullptr);
         std::stringstream target;
         EXPECT_EQ(stored->WriteTurned(target, {1030, 700}, 1, 2), S_OK);
@@ -570,7 +600,7 @@ TYPED_TEST(StoredWordCoef, NeedsNoMemoryForThreadsWithoutWork) {
     const Bytes file = MixedFile<Element>(256, 128);
     const CTransferReport report;
     const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + 2 * kExtraBytes<Element>);
-    const auto stored = LoadStored(TypeParam::kKind, file, 1000);
+    const auto stored = LoadWhole(TypeParam::kKind, file, 1000);
     ASSERT_NE(stored, nullptr);
     std::stringstream target;
     EXPECT_EQ(stored->WriteTurned(target, {256, 128}, 2, 1000), S_OK);
@@ -581,7 +611,7 @@ TYPED_TEST(StoredWordCoef, NeedsLittleMemoryForASmallCabinet) {
     const Bytes file = MixedFile<typename TypeParam::Element>(20, 10);
     const CTransferReport report;
     const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + 40000);
-    const auto stored = LoadStored(TypeParam::kKind, file, 2);
+    const auto stored = LoadWhole(TypeParam::kKind, file, 2);
     ASSERT_NE(stored, nullptr);
     std::stringstream target;
     EXPECT_EQ(stored->WriteTurned(target, {20, 10}, 3, 2), S_OK);
@@ -596,13 +626,13 @@ TYPED_TEST(StoredWordCoef, NotesRefusedMemory) {
     const std::uint64_t records = 12 * ChunkRecordBytes(kWordElementKind<Element>.planeCount);
     for (const std::uint64_t room :
          {std::uint64_t{0}, records, planes - 1, planes + records, planes + records + 100000}) {
-        const CTransferReport report;
         const CBudgetLimit limit(before + room);
-        EXPECT_EQ(LoadStored(TypeParam::kKind, file, 2), nullptr) << room;
-        EXPECT_TRUE(report.WasMemoryRefused()) << room;
+        const SStored refused = LoadStored(TypeParam::kKind, file, 2);
+        EXPECT_TRUE(refused.wasMemoryRefused) << room;
+        EXPECT_EQ(refused.told, (SLoaded{.status = E_COEF_NOBUFFER})) << room;
     }
     EXPECT_EQ(CMemoryBudget::Process().Outstanding(), before);
-    const auto stored = LoadStored(TypeParam::kKind, file);
+    const auto stored = LoadWhole(TypeParam::kKind, file);
     ASSERT_NE(stored, nullptr);
     const CTransferReport report;
     const CBudgetLimit limit(before + planes + 1000);
@@ -616,9 +646,11 @@ TYPED_TEST(StoredWordCoef, AsksForNoMemoryThatTheFileCannotFill) {
     using Element = typename TypeParam::Element;
     constexpr auto kMost = static_cast<std::uint32_t>(sizeof(Element)) * 65536;
     SMadeFile<Element> file(8192, 8192);
-    const CTransferReport report;
+    constexpr std::uint64_t kAll = 8192 * 8192;
     const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + (std::uint64_t{64} << 20));
-    EXPECT_EQ(LoadStored(TypeParam::kKind, file.AsFile()), nullptr) << "no record";
+    const SStored empty = LoadStored(TypeParam::kKind, file.AsFile());
+    EXPECT_EQ(empty.told, (SLoaded{.missingPixels = kAll}));
+    EXPECT_FALSE(empty.wasMemoryRefused);
     for (const std::uint32_t totalSize : {1U, kMost}) {
         file.records.clear();
         for (std::uint32_t y = 0; y < 8192; y += 128)
@@ -626,16 +658,29 @@ TYPED_TEST(StoredWordCoef, AsksForNoMemoryThatTheFileCannotFill) {
                 file.records.push_back(
                     {.x = x, .y = y, .width = 256, .height = 128, .totalSize = totalSize});
         file.data.resize(file.records.size());
-        EXPECT_EQ(LoadStored(TypeParam::kKind, file.AsFile()), nullptr) << totalSize;
+        const SStored lying = LoadStored(TypeParam::kKind, file.AsFile());
+        EXPECT_EQ(lying.told, (SLoaded{.status = E_FAIL, .failedChunks = 64 * 32})) << totalSize;
+        EXPECT_FALSE(lying.wasMemoryRefused) << totalSize;
     }
-    EXPECT_FALSE(report.WasMemoryRefused());
+}
+
+// The blocks that no chunk falls on take none either, and read as defaults.
+TYPED_TEST(StoredWordCoef, TakesMemoryForTheBlocksThatAreThere) {
+    using Element = typename TypeParam::Element;
+    SMadeFile<Element> file(4096, 2048);
+    file.Add({300, 200, 40, 30}, TestFixture::kPixel);
+    file.Add({4000, 2000, 96, 48}, TestFixture::kPixel);
+    const std::uint64_t before = CMemoryBudget::Process().Outstanding();
+    const SStored stored = LoadStored(TypeParam::kKind, file.AsFile());
+    EXPECT_EQ(CMemoryBudget::Process().Outstanding(), before + 2 * 256 * 128 * sizeof(Element));
+    EXPECT_EQ(stored.told, (SLoaded{.missingPixels = 4096 * 2048 - 40 * 30 - 96 * 48}));
 }
 
 // ---- streams that fail ----
 
 TYPED_TEST(StoredWordCoef, TellsOfAStreamThatTakesNotAll) {
     using Element = typename TypeParam::Element;
-    const auto stored = LoadStored(TypeParam::kKind, MixedFile<Element>(300, 200));
+    const auto stored = LoadWhole(TypeParam::kKind, MixedFile<Element>(300, 200));
     ASSERT_NE(stored, nullptr);
     for (const std::size_t room : {0U, 100U, 500U, 5000U}) {
         CFullDisk disk(room);
@@ -670,7 +715,7 @@ class CBrokenFile : public std::istream {
 };
 
 // What was read before is not taken once more in place of what cannot be read.
-TYPED_TEST(StoredWordCoef, RefusesAFileThatBreaksOffWhileItIsRead) {
+TYPED_TEST(StoredWordCoef, TellsOfAFileThatBreaksOffWhileItIsRead) {
     using Element = typename TypeParam::Element;
     SMadeFile<Element> file(512, 128);
     file.Cover(256, 128, [](std::int32_t x, std::int32_t y) {
@@ -683,19 +728,20 @@ TYPED_TEST(StoredWordCoef, RefusesAFileThatBreaksOffWhileItIsRead) {
     ASSERT_EQ(file.records[0].planeSizes, file.records[1].planeSizes);
     const Bytes bytes = file.AsFile();
     CBrokenFile whole(bytes, bytes.size());
-    EXPECT_NE(LoadStoredWordCoef(TypeParam::kKind, whole, 1), nullptr);
+    EXPECT_EQ(LoadStoredFrom(TypeParam::kKind, whole, 1).told, SLoaded::Whole());
     CBrokenFile broken(bytes, bytes.size() - 1);
-    EXPECT_EQ(LoadStoredWordCoef(TypeParam::kKind, broken, 1), nullptr);
+    EXPECT_EQ(LoadStoredFrom(TypeParam::kKind, broken, 1).told,
+              (SLoaded{.status = E_FAIL, .failedChunks = 1}));
 }
 
-TYPED_TEST(StoredWordCoef, RefusesAStreamThatHasFailedOrCannotBeSought) {
+TYPED_TEST(StoredWordCoef, LeavesAStreamThatHasFailedOrCannotBeSought) {
     using Element = typename TypeParam::Element;
     const Bytes file = MixedFile<Element>(30, 20);
     std::istringstream failed = StreamOf(file);
     failed.setstate(std::ios::failbit);
-    EXPECT_EQ(LoadStoredWordCoef(TypeParam::kKind, failed, 1), nullptr);
+    EXPECT_EQ(LoadStoredWordCoef(TypeParam::kKind, failed, 1).coef, nullptr);
     CPipe pipe(file);
-    EXPECT_EQ(LoadStoredWordCoef(TypeParam::kKind, pipe, 1), nullptr);
+    EXPECT_EQ(LoadStoredWordCoef(TypeParam::kKind, pipe, 1).coef, nullptr);
 }
 
 } // namespace
