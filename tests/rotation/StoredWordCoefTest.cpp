@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <functional>
 #include <optional>
+#include <random>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -561,6 +562,52 @@ TYPED_TEST(StoredWordCoef, TellsOfRecordsThatNoChunkCanHave) {
     missing.missingPixels = 44U * 72U;
     this->ExpectTold(withRecord([](SChunkRecord& r) { r.width = 0; }), missing);
     this->ExpectTold(withRecord([](SChunkRecord& r) { r.totalSize = 0; }), failed);
+}
+
+/// A file of a few chunks of any place and size; some are damaged, and it may be cut short.
+template <class Element>
+Bytes RandomFile(std::minstd_rand& random) {
+    const auto below = [&](std::uint32_t count) {
+        return static_cast<std::uint32_t>(random() % count);
+    };
+    SMadeFile<Element> file(1 + below(400), 1 + below(200), below(2) * below(300),
+                            below(2) * below(200));
+    const auto moved = [](Element element, std::uint32_t by) {
+        for (std::uint16_t& word : element.w)
+            word = static_cast<std::uint16_t>(word + by);
+        return element;
+    };
+    const std::uint32_t count = below(9);
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const auto x = static_cast<std::int32_t>(below(600)) - 100;
+        const auto y = static_cast<std::int32_t>(below(300)) - 50;
+        file.Add({below(3) == 0 ? x : std::max(x, 0), below(3) == 0 ? y : std::max(y, 0),
+                  static_cast<std::uint16_t>(1 + below(256)),
+                  static_cast<std::uint16_t>(1 + below(128))},
+                 [&](std::int32_t column, std::int32_t row) {
+                     return moved(MixedPixel<Element>(column, row), i * 3001);
+                 });
+        if (below(6) == 0)
+            file.records.back().planeSizes[below(3)] += below(3);
+        if (below(12) == 0)
+            file.records.back().width = static_cast<std::uint16_t>(below(300));
+    }
+    Bytes bytes = file.AsFile();
+    if (below(4) == 0)
+        bytes.resize(kChunkHeaderBytes +
+                     below(static_cast<std::uint32_t>(bytes.size() - kChunkHeaderBytes) + 1));
+    return bytes;
+}
+
+TYPED_TEST(StoredWordCoef, TellsAndWritesAnyChunksAsTheMapDoes) {
+    std::minstd_rand random(20);
+    for (int i = 0; i < 6; ++i) {
+        SCOPED_TRACE(i);
+        const Bytes file = RandomFile<typename TypeParam::Element>(random);
+        CChromaCorrectCoef map;
+        map.Resize(1, 1);
+        this->ExpectTold(file, LoadMap(TypeParam::kKind, file, map));
+    }
 }
 
 // ---- memory ----
