@@ -207,12 +207,14 @@ class CCaliBuf {
     // data of the last record, unless there was no memory to read with.
     // Damage that the result hides stands in `LastRead` and in the thread's transfer report.
     //
-    // Whole files and images also note there how many pixels of the size in their header no record
-    // of the directory holds (one whose chunk fails has failed and is not missing). It is the file
-    // that is measured: neither clip nor blocks of the store count. A band read takes a part, which
-    // may leave out anything, and notes nothing; nor does a single-word store, whose words stand
-    // beside a matrix store's. Without memory for counting the read goes on, and the report tells
-    // of the refusal.
+    // Whole files and images also note there in what their directory differs from a writer's: pixels
+    // of the size in their header in no record or in several, chunks that reach out of it, block
+    // indices that are not those of the places; and a file, bytes behind its last chunk. A record whose
+    // chunk fails still holds its pixels. It is the file that is measured: neither clip nor blocks of
+    // the store count. A band read takes a part, which may leave out anything, and notes nothing; a
+    // single-word store, whose words stand beside a matrix store's, notes the bytes behind it
+    // alone. Without memory for counting pixels the read goes on, and the report tells of the
+    // refusal.
 
     /// Reads the chunk file that starts at the current position and moves it so that its origin
     /// comes to (x, y). With both clip sizes non-zero a chunk is cut to so many columns and rows.

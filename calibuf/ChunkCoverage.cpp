@@ -7,7 +7,6 @@
 
 #include "calibuf/BlockGrid.h"
 #include "trevolt/MemoryBudget.h"
-#include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {
@@ -115,16 +114,6 @@ std::optional<SCoverage> MeasureCoverage(const SChunkDirectory& directory,
         coverage.repeated += count.repeated;
         first = end;
     }
-    return coverage;
-}
-
-std::optional<SCoverage> NoteCoverage(const SChunkDirectory& directory, const SChunkHeader& header,
-                                      std::uint64_t x, std::uint64_t y, std::size_t elemSize) {
-    if (elemSize == sizeof(SWordCoef))
-        return std::nullopt;
-    const auto coverage = MeasureCoverage(directory, {x, y, x + header.width, y + header.height});
-    if (coverage)
-        CTransferReport::NoteMissingPixels(coverage->missing);
     return coverage;
 }
 

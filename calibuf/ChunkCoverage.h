@@ -1,7 +1,6 @@
 // How much of the area that a file states its directory holds.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 
@@ -33,12 +32,5 @@ struct SCoverage {
 /// sound is not looked at. Memory and time are in proportion to the records, whatever the area.
 /// Nothing when the memory is refused, which the thread's transfer report tells.
 std::optional<SCoverage> MeasureCoverage(const SChunkDirectory& directory, const SStatedArea& area);
-
-/// Measures how a directory holds the area whose left top is (x, y), in the records' own coordinates,
-/// and whose size the header states, and notes in the thread's transfer report what is missing.
-/// Nothing is noted of a part for single words (`elemSize` 2): extra words go beside a matrix
-/// store, whose part of the file is the one that counts. Nothing then, and as above.
-std::optional<SCoverage> NoteCoverage(const SChunkDirectory& directory, const SChunkHeader& header,
-                                      std::uint64_t x, std::uint64_t y, std::size_t elemSize);
 
 } // namespace trevolt

@@ -1,8 +1,8 @@
 // The readers of chunk files and memory images into a store.
 
 #include "calibuf/CaliBuf.h"
-#include "calibuf/ChunkCoverage.h"
 #include "calibuf/ChunkPlacer.h"
+#include "calibuf/ChunkStructure.h"
 
 namespace trevolt {
 namespace {
@@ -84,7 +84,8 @@ Status CCaliBuf::ReadRectChunks(std::istream& stream, std::uint32_t x, std::uint
     if (Failed(status))
         return status;
     const SChunkDirectory directory{directoryBytes.Data(), header->recordCount, m_nPlaneCount};
-    NoteCoverage(directory, *header, header->originX, header->originY, m_nElemSize);
+    NoteStructure(directory, *header, header->originX, header->originY, m_nElemSize);
+    NoteStrayBytes(stream, directory, *header, m_nElemSize);
     const SPlacement placement{std::int64_t{x} - header->originX, std::int64_t{y} - header->originY,
                                clipWidth, clipHeight};
     return ReadIntoStore(stream, directory, *this, m_lastRead, placement, AllChunksWanted);
@@ -121,7 +122,7 @@ Status CCaliBuf::LoadFromMemory(const std::byte* source, std::size_t length) {
     if (directoryBytes > length - kChunkHeaderBytes)
         return E_FAIL;
     const SChunkDirectory directory{source + kChunkHeaderBytes, header.recordCount, m_nPlaneCount};
-    NoteCoverage(directory, header, 0, 0, m_nElemSize);
+    NoteStructure(directory, header, 0, 0, m_nElemSize);
     const SLargestChunk largest(directory, m_nElemSize);
     CStoreTarget target(*this, largest.elements);
     CChunkPlacer placer(target, m_nElemSize, largest.elements);

@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "calibuf/ChunkCoverage.h"
 #include "calibuf/ChunkPlacer.h"
+#include "calibuf/ChunkStructure.h"
 #include "common/OrderedJobs.h"
 #include "platform/FileStream.h"
 
@@ -250,7 +250,8 @@ SPlanesRead ReadWordPlanes(std::istream& stream, const SChunkHeader& header,
     const SChunkDirectory directory{records.Data(), header.recordCount, kind.planeCount};
     const std::streamoff dataAt = stream.tellg();
     const auto coverage =
-        NoteCoverage(directory, header, header.originX, header.originY, kind.elemSize);
+        NoteStructure(directory, header, header.originX, header.originY, kind.elemSize);
+    NoteStrayBytes(stream, directory, header, kind.elemSize);
     if (coverage && coverage->HasEachPixelOnce()) {
         if (auto plain = ReadPlain(stream, directory, header, kind, threads))
             return std::move(*plain);
@@ -268,6 +269,7 @@ Status PassOverChunks(std::istream& stream, const SChunkHeader& header,
     if (Failed(status))
         return status;
     const SChunkDirectory directory{records.Data(), header.recordCount, kind.planeCount};
+    NoteStrayBytes(stream, directory, header, kind.elemSize);
     CSizedTarget target(header);
     return ReadChunks(stream, directory, kind.elemSize, target, PlacementOf(header),
                       AllChunksWanted)

@@ -8,6 +8,10 @@ namespace {
 
 thread_local CTransferReport* t_innermost = nullptr;
 
+void AddUpToMost(std::uint64_t& sum, std::uint64_t count) {
+    sum += std::min(count, std::numeric_limits<std::uint64_t>::max() - sum);
+}
+
 } // namespace
 
 CTransferReport::CTransferReport() : m_outer(t_innermost) { t_innermost = this; }
@@ -36,9 +40,28 @@ void CTransferReport::NoteFailedChunks(std::uint32_t count) {
 }
 
 void CTransferReport::NoteMissingPixels(std::uint64_t count) {
-    constexpr std::uint64_t kMostPixels = std::numeric_limits<std::uint64_t>::max();
     for (CTransferReport* report = t_innermost; report != nullptr; report = report->m_outer)
-        report->m_missingPixels += std::min(count, kMostPixels - report->m_missingPixels);
+        AddUpToMost(report->m_missingPixels, count);
+}
+
+void CTransferReport::NoteRepeatedPixels(std::uint64_t count) {
+    for (CTransferReport* report = t_innermost; report != nullptr; report = report->m_outer)
+        AddUpToMost(report->m_repeatedPixels, count);
+}
+
+void CTransferReport::NoteChunksOutside(std::uint32_t count) {
+    for (CTransferReport* report = t_innermost; report != nullptr; report = report->m_outer)
+        report->m_chunksOutside += count;
+}
+
+void CTransferReport::NoteStrayBytes(std::uint64_t count) {
+    for (CTransferReport* report = t_innermost; report != nullptr; report = report->m_outer)
+        report->m_strayBytes += count;
+}
+
+void CTransferReport::NoteForeignIndices(std::uint32_t count) {
+    for (CTransferReport* report = t_innermost; report != nullptr; report = report->m_outer)
+        report->m_foreignIndices += count;
 }
 
 void CTransferReport::NoteFailedRead(Status status) {

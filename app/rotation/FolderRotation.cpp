@@ -234,6 +234,7 @@ class CFileRotation {
     bool IsTurnable(Status status, const CTransferReport& report) {
         for (std::string& problem : DescribeReadProblems(status, report))
             Fail(std::move(problem));
+        m_outcome.notes = DescribeReadNotes(report);
         return !m_outcome.HasFailed() || m_request.lenient;
     }
 

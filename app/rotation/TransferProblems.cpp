@@ -1,5 +1,7 @@
 #include "trevolt/TransferProblems.h"
 
+#include <string_view>
+
 #include <fmt/format.h>
 
 #include "platform/SystemError.h"
@@ -13,15 +15,28 @@ std::vector<std::string> DescribeReadProblems(Status status, const CTransferRepo
         if (Failed(answer))
             return {fmt::format("cannot be read: {}", DescribeStatus(answer))};
     std::vector<std::string> problems;
-    if (report.FailedChunks() != 0)
-        problems.push_back(
-            fmt::format("is damaged: {} of its chunks could not be read", report.FailedChunks()));
-    if (report.MissingPixels() != 0)
-        problems.push_back(fmt::format(
-            "is incomplete: {} no data",
-            report.MissingPixels() == 1 ? std::string("1 pixel has")
-                                        : fmt::format("{} pixels have", report.MissingPixels())));
+    const auto add = [&](std::uint64_t count, std::string_view one, std::string_view several) {
+        if (count != 0)
+            problems.push_back(fmt::format(fmt::runtime(count == 1 ? one : several), count));
+    };
+    constexpr std::string_view kFailed = "is damaged: {} of its chunks could not be read";
+    add(report.FailedChunks(), kFailed, kFailed);
+    add(report.ChunksOutside(), "is damaged: {} of its chunks reaches out of its area",
+        "is damaged: {} of its chunks reach out of its area");
+    add(report.RepeatedPixels(), "is damaged: {} pixel lies in several of its chunks",
+        "is damaged: {} pixels lie in several of its chunks");
+    add(report.StrayBytes(), "is damaged: {} byte lies behind its last chunk",
+        "is damaged: {} bytes lie behind its last chunk");
+    add(report.MissingPixels(), "is incomplete: {} pixel has no data",
+        "is incomplete: {} pixels have no data");
     return problems;
+}
+
+std::vector<std::string> DescribeReadNotes(const CTransferReport& report) {
+    if (report.ForeignIndices() == 0)
+        return {};
+    return {fmt::format("{} of its chunks {} a block index that is not that of the place",
+                        report.ForeignIndices(), report.ForeignIndices() == 1 ? "has" : "have")};
 }
 
 std::string DescribeWriteProblem(Status status, const CTransferReport& report) {

@@ -13,6 +13,9 @@ namespace trevolt {
 /// What a load lacks, one entry each; none when the file is whole in the map.
 std::vector<std::string> DescribeReadProblems(Status status, const CTransferReport& report);
 
+/// What is unusual about a file that was read, and no problem; one entry each.
+std::vector<std::string> DescribeReadNotes(const CTransferReport& report);
+
 /// Why an output is not whole; empty when it is.
 std::string DescribeWriteProblem(Status status, const CTransferReport& report);
 

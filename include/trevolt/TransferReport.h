@@ -30,6 +30,15 @@ class CTransferReport {
     /// Pixels of word files' stated sizes that none of their chunks holds; 2^64 − 1 stands for
     /// more.
     std::uint64_t MissingPixels() const { return m_missingPixels; }
+    /// Pixels of word files' stated sizes that several of their chunks hold; limited as above.
+    std::uint64_t RepeatedPixels() const { return m_repeatedPixels; }
+    /// Chunks that reach out of their word file's stated area. Whole blocks that it touches may.
+    std::uint32_t ChunksOutside() const { return m_chunksOutside; }
+    /// Bytes of word files behind their last chunk that are no part for extra words.
+    std::uint64_t StrayBytes() const { return m_strayBytes; }
+    /// Chunks of word files whose block index is not that of their place. No damage: bands that are
+    /// moved by a part of a block have such, and whole files are read by the place alone.
+    std::uint32_t ForeignIndices() const { return m_foreignIndices; }
     /// The status of the first read that failed behind a success, S_OK when there was none.
     Status FailedRead() const { return m_failedRead; }
 
@@ -38,6 +47,10 @@ class CTransferReport {
     static void NoteMemoryRefused();
     static void NoteFailedChunks(std::uint32_t count);
     static void NoteMissingPixels(std::uint64_t count);
+    static void NoteRepeatedPixels(std::uint64_t count);
+    static void NoteChunksOutside(std::uint32_t count);
+    static void NoteStrayBytes(std::uint64_t count);
+    static void NoteForeignIndices(std::uint32_t count);
     static void NoteFailedRead(Status status);
 
   private:
@@ -47,6 +60,10 @@ class CTransferReport {
     bool m_memoryRefused = false;
     std::uint32_t m_failedChunks = 0;
     std::uint64_t m_missingPixels = 0;
+    std::uint64_t m_repeatedPixels = 0;
+    std::uint32_t m_chunksOutside = 0;
+    std::uint64_t m_strayBytes = 0;
+    std::uint32_t m_foreignIndices = 0;
     Status m_failedRead{};
 };
 

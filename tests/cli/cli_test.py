@@ -592,18 +592,20 @@ class Damage(CliTest):
         (self.source / 'b.9wcoef').write_bytes(resized(41, 30))
         (self.source / 'c.9wcoef').write_bytes(resized(1, 25))
         (self.source / 'd.9wcoef').write_bytes(resized(30, 20))
+        outside = 'is damaged: 1 of its chunks reaches out of its area'
         problems = ['a.9wcoef: is incomplete: 960 pixels have no data',
                     'b.9wcoef: is incomplete: 270 pixels have no data',
-                    'c.9wcoef: is incomplete: 1 pixel has no data']
-        self.expect(self.rotate(), 1, ['d.9wcoef -> d-90°.9wcoef  (30 x 20 -> 20 x 30)',
-                                       '1 file turned by 90°, 3 failed'], problems)
-        self.assertEqual(self.targets(), ['d-90°.9wcoef'])
+                    f'c.9wcoef: {outside}',
+                    'c.9wcoef: is incomplete: 1 pixel has no data',
+                    f'd.9wcoef: {outside}']
+        self.expect(self.rotate(), 1, ['0 files turned by 90°, 4 failed'], problems)
+        self.assertEqual(self.targets(), [])
         self.expect(self.rotate('--lenient'), 1,
                     ['a.9wcoef -> a-90°.9wcoef  (40 x 24 -> 24 x 40)',
                      'b.9wcoef -> b-90°.9wcoef  (41 x 30 -> 30 x 41)',
                      'c.9wcoef -> c-90°.9wcoef  (1 x 25 -> 25 x 1)',
                      'd.9wcoef -> d-90°.9wcoef  (30 x 20 -> 20 x 30)',
-                     '4 files turned by 90°, 3 failed'], problems)
+                     '4 files turned by 90°, 4 failed'], problems)
         self.assertEqual(len(self.targets()), 4)
 
     def test_pixels_without_data_are_counted_once_in_a_file_with_extra_words(self):
@@ -614,6 +616,23 @@ class Damage(CliTest):
         (self.source / 'y.9wcoef').write_bytes(whole[:32] + struct.pack('<I', 30) + whole[36:])
         self.expect(self.rotate(), 1, ['0 files turned by 90°, 1 failed'],
                     ['y.9wcoef: is incomplete: 240 pixels have no data'])
+
+    def test_chunks_that_differ_from_what_a_writer_makes_are_told(self):
+        whole = (SAMPLES / 'cabinet' / 'Cab_06.9wcoef').read_bytes()  # 40 x 24 in one chunk
+        record, data = whole[168:168 + 56], whole[168 + 56:]
+        twice = whole[:36] + struct.pack('<I', 2) + whole[40:168] + record + record + data + data
+        (self.source / 'a.9wcoef').write_bytes(twice)
+        (self.source / 'b.9wcoef').write_bytes(whole + b'xyz')
+        (self.source / 'c.9wcoef').write_bytes(whole[:168] + struct.pack('<I', 7) + whole[172:])
+        problems = ['a.9wcoef: is damaged: 960 pixels lie in several of its chunks',
+                    'b.9wcoef: is damaged: 3 bytes lie behind its last chunk']
+        turned = ['c.9wcoef -> c-90°.9wcoef  (40 x 24 -> 24 x 40)',
+                  'c.9wcoef: 1 of its chunks has a block index that is not that of the place']
+        self.expect(self.rotate(), 1, turned + ['1 file turned by 90°, 2 failed'], problems)
+        self.expect(self.rotate('--lenient'), 1,
+                    ['a.9wcoef -> a-90°.9wcoef  (40 x 24 -> 24 x 40)',
+                     'b.9wcoef -> b-90°.9wcoef  (40 x 24 -> 24 x 40)',
+                     *turned, '3 files turned by 90°, 2 failed'], problems)
 
 
 class Trouble(CliTest):

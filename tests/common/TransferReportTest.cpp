@@ -19,6 +19,10 @@ TEST(TransferReport, StartsClean) {
     EXPECT_FALSE(report.WasMemoryRefused());
     EXPECT_EQ(report.FailedChunks(), 0U);
     EXPECT_EQ(report.MissingPixels(), 0U);
+    EXPECT_EQ(report.RepeatedPixels(), 0U);
+    EXPECT_EQ(report.ChunksOutside(), 0U);
+    EXPECT_EQ(report.StrayBytes(), 0U);
+    EXPECT_EQ(report.ForeignIndices(), 0U);
     EXPECT_EQ(report.FailedRead(), S_OK);
     EXPECT_EQ(report.SystemError(), 0);
 }
@@ -53,6 +57,31 @@ TEST(TransferReport, AddsMissingPixelsAndKeepsTheFirstFailedRead) {
     }
     EXPECT_EQ(outer.MissingPixels(), 8589974592U);
     EXPECT_EQ(outer.FailedRead(), E_COEF_BADFORMAT);
+}
+
+TEST(TransferReport, AddsWhatDiffersFromAWritersFile) {
+    const CTransferReport outer;
+    CTransferReport::NoteRepeatedPixels(1);
+    CTransferReport::NoteChunksOutside(2);
+    CTransferReport::NoteStrayBytes(3);
+    CTransferReport::NoteForeignIndices(4);
+    {
+        const CTransferReport inner;
+        CTransferReport::NoteRepeatedPixels(10);
+        CTransferReport::NoteChunksOutside(20);
+        CTransferReport::NoteStrayBytes(8589934592);
+        CTransferReport::NoteForeignIndices(40);
+        EXPECT_EQ(inner.RepeatedPixels(), 10U);
+        EXPECT_EQ(inner.ChunksOutside(), 20U);
+        EXPECT_EQ(inner.StrayBytes(), 8589934592U);
+        EXPECT_EQ(inner.ForeignIndices(), 40U);
+    }
+    EXPECT_EQ(outer.RepeatedPixels(), 11U);
+    EXPECT_EQ(outer.ChunksOutside(), 22U);
+    EXPECT_EQ(outer.StrayBytes(), 8589934595U);
+    EXPECT_EQ(outer.ForeignIndices(), 44U);
+    CTransferReport::NoteRepeatedPixels(std::numeric_limits<std::uint64_t>::max());
+    EXPECT_EQ(outer.RepeatedPixels(), std::numeric_limits<std::uint64_t>::max());
 }
 
 TEST(TransferReport, NeverCountsMissingPixelsBackToNone) {

@@ -336,10 +336,10 @@ TEST_F(FolderRotation, AMapSideEndsAt65535) {
         const char* problem;
     };
     for (const SCase& size :
-         {SCase{65535, 1, "is incomplete: 65531 pixels have no data"},
-          SCase{1, 65535, "is incomplete: 65532 pixels have no data"},
-          SCase{65536, 1, "its size 65536 x 1 is above 65535 in one direction"},
-          SCase{1, 65536, "its size 1 x 65536 is above 65535 in one direction"}}) {
+         {SCase{65535, 3, "is incomplete: 196593 pixels have no data"},
+          SCase{4, 65535, "is incomplete: 262128 pixels have no data"},
+          SCase{65536, 3, "its size 65536 x 3 is above 65535 in one direction"},
+          SCase{4, 65536, "its size 4 x 65536 is above 65535 in one direction"}}) {
         AddFile(L"a.3wcoef", 4, 3);
         Bytes file = ReadFile(m_source.File(L"a.3wcoef"));
         StoreLittle<std::uint32_t>(&file[28], size.width);

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "app/rotation/StoredKinds.h"
+#include "calibuf/CaliOperation.h"
 #include "common/LittleEndian.h"
 #include "formats/BinaryCoefKind.h"
 #include "platform/FileSystem.h"
@@ -45,11 +46,13 @@ class CSilentListener : public CRotationListener {
   public:
     void OnFile(const SFileOutcome& outcome, std::size_t /*done*/, std::size_t /*count*/) override {
         problems.insert(problems.end(), outcome.problems.begin(), outcome.problems.end());
+        notes.insert(notes.end(), outcome.notes.begin(), outcome.notes.end());
         size = outcome.size;
         turnedSize = outcome.turnedSize;
     }
 
     std::vector<std::string> problems;
+    std::vector<std::string> notes;
     PixelSize size;
     PixelSize turnedSize;
 };
@@ -263,6 +266,71 @@ TEST_F(StoredTurn, TakesOriginsAsTheMapDoes) {
     ExpectBothWays(L"a.3wcoef", {rect.Width(), rect.Height()});
     m_request.size = PixelSize{400, 150};
     ExpectBothWays(L"a.3wcoef", {rect.Width(), rect.Height()});
+}
+
+/// Of an object with content, in one file a writer: its whole store, rectangles, bands of which the
+/// second is moved by 28 rows, and where there is one the layout with extra words.
+constexpr std::array<const char*, 5> kWriters{"whole store", "rectangle", "whole rectangle",
+                                              "bands", "extra words"};
+
+Status WriteBy(const std::string& writer, CColorCorrectCoef& object, const wchar_t* path) {
+    if (writer == "whole store")
+        return object.ExportCoefDefault(path);
+    if (writer == "rectangle")
+        return object.ExportCoef(path, {37, 121, 290, 150}, nullptr, nullptr);
+    if (writer == "whole rectangle")
+        return object.ExportCoef(path, {0, 0, 300, 156}, nullptr, nullptr);
+    if (writer == "extra words")
+        return SaveWholeStoreC(object, path);
+    constexpr SPixelRect kWhole{0, 0, 300, 156};
+    std::uint64_t directory = 0;
+    std::uint64_t data = 0;
+    const Status status =
+        object.ExportCoefEx(path, {0, 0, 300, 128}, kWhole, directory, data, 0, nullptr, nullptr);
+    return Failed(status) ? status
+                          : object.ExportCoefEx(path, {0, 100, 300, 128}, kWhole, directory, data,
+                                                28, nullptr, nullptr);
+}
+
+TEST_F(StoredTurn, TakesAFileOfEveryWriterAsWhole) {
+    const std::pair<EWordKind, const wchar_t*> kinds[]{
+        {EWordKind::Chroma, L"a.9wcoef"},
+        {EWordKind::Brightness, L"a.3wcoef"},
+        {EWordKind::VirtualGreenBrightness, L"a.4wcoef"},
+        {EWordKind::VirtualGreenChroma, L"a.12wcoef"}};
+    for (const auto& [kind, name] : kinds) {
+        const auto object = CreateCoefObject(kind);
+        object->SetFileKind(2); // of the virtual-green kinds
+        ASSERT_EQ(object->Create(300, 156), S_OK);
+        for (std::uint32_t x = 0; x < 300; ++x)
+            object->SetPixelChannel(0, x, x % 156, 0.25F, 0);
+        for (const std::string writer : kWriters) {
+            if (writer == "extra words" && kind != EWordKind::Chroma)
+                continue;
+            SCOPED_TRACE(writer + " of kind " + std::to_string(static_cast<int>(kind)));
+            ASSERT_EQ(WriteBy(writer, *object, m_source.File(name).c_str()), S_OK);
+            std::vector<std::string> notes;
+            if (writer == "bands")
+                notes = {"2 of its chunks have a block index that is not that of the place"};
+            EXPECT_FALSE(Rotated(name, 2).empty());
+            EXPECT_EQ(m_listener.problems, std::vector<std::string>{});
+            EXPECT_EQ(m_listener.notes, notes);
+            EXPECT_EQ(ThroughMaps(name, {8, 8}).problems, std::vector<std::string>{});
+        }
+        ASSERT_TRUE(RemoveFile(m_source.File(name)));
+    }
+}
+
+TEST_F(StoredTurn, TakesAnImageInAFileAsWhole) {
+    CCaliOperation<S9WordCoef> owner;
+    ASSERT_EQ(owner.Buffer().Allocate(300, 156), S_OK);
+    Bytes image(static_cast<std::size_t>(owner.Buffer().MaxMemoryImageBytes()));
+    std::uint64_t count = 0;
+    ASSERT_EQ(owner.Buffer().SaveToMemory(image.data(), 0, 0, &count), S_OK);
+    image.resize(static_cast<std::size_t>(count));
+    WriteFile(m_source.File(L"a.9wcoef"), image);
+    ExpectBothWays(L"a.9wcoef", {300, 156});
+    EXPECT_EQ(m_listener.problems, std::vector<std::string>{});
 }
 
 // ---- files that are not whole ----

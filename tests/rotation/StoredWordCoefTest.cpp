@@ -61,11 +61,11 @@ struct SMadeFile {
             for (std::int32_t x = piece.x; x < piece.x + piece.width; ++x)
                 elements.push_back(pixel(x, y));
         const CCaliOperation<Element> store;
-        SChunkRecord record{.index = 4711, // no reader looks at it
-                            .x = header.originX + static_cast<std::uint32_t>(piece.x),
+        SChunkRecord record{.x = header.originX + static_cast<std::uint32_t>(piece.x),
                             .y = header.originY + static_cast<std::uint32_t>(piece.y),
                             .width = piece.width,
                             .height = piece.height};
+        record.index = BlockIndexOfPixel(record.x, record.y);
         Bytes compressed(store.Buffer().CompressedBound());
         ASSERT_EQ(store.Buffer().CompressPlanes(compressed.data(), record.totalSize,
                                                 reinterpret_cast<const std::byte*>(elements.data()),
@@ -131,22 +131,38 @@ struct SLoaded {
     Status status{};
     std::uint32_t failedChunks = 0;
     std::uint64_t missingPixels = 0;
+    std::uint64_t repeatedPixels = 0;
+    std::uint32_t chunksOutside = 0;
+    std::uint64_t strayBytes = 0;
+    std::uint32_t foreignIndices = 0;
     Status failedRead{};
 
+    static SLoaded From(Status status, const CTransferReport& report) {
+        return {status,
+                report.FailedChunks(),
+                report.MissingPixels(),
+                report.RepeatedPixels(),
+                report.ChunksOutside(),
+                report.StrayBytes(),
+                report.ForeignIndices(),
+                report.FailedRead()};
+    }
     static SLoaded Whole() { return {}; }
     friend bool operator==(const SLoaded&, const SLoaded&) = default;
 };
 void PrintTo(const SLoaded& loaded, std::ostream* to) {
     *to << "status " << static_cast<std::int32_t>(loaded.status) << ", " << loaded.failedChunks
-        << " failed chunks, " << loaded.missingPixels << " missing pixels, failed read "
-        << static_cast<std::int32_t>(loaded.failedRead);
+        << " failed chunks, " << loaded.missingPixels << " missing pixels, "
+        << loaded.repeatedPixels << " repeated, " << loaded.chunksOutside << " chunks outside, "
+        << loaded.strayBytes << " stray bytes, " << loaded.foreignIndices
+        << " foreign indices, failed read " << static_cast<std::int32_t>(loaded.failedRead);
 }
 
 SLoaded LoadMap(EWordKind kind, const Bytes& file, CChromaCorrectCoef& map) {
     const CTransferReport report;
     std::istringstream stream = StreamOf(file);
     const Status status = LoadWordCoefFile(kind, map, stream);
-    return {status, report.FailedChunks(), report.MissingPixels(), report.FailedRead()};
+    return SLoaded::From(status, report);
 }
 
 /// What the way through the map writes.
@@ -174,9 +190,7 @@ struct SStored {
 SStored LoadStoredFrom(EWordKind kind, std::istream& stream, std::size_t threads) {
     const CTransferReport report;
     SStoredLoad load = LoadStoredWordCoef(kind, stream, threads);
-    return {{load.status, report.FailedChunks(), report.MissingPixels(), report.FailedRead()},
-            report.WasMemoryRefused(),
-            std::move(load.coef)};
+    return {SLoaded::From(load.status, report), report.WasMemoryRefused(), std::move(load.coef)};
 }
 
 SStored LoadStored(EWordKind kind, const Bytes& file, std::size_t threads = 1) {
@@ -326,7 +340,7 @@ TYPED_TEST(StoredWordCoef, CutsWholeBlocksToTheArea) {
     ExpectSameBothWays(TypeParam::kKind, file.AsFile(), {320, 140}, 2);
 }
 
-TYPED_TEST(StoredWordCoef, PassesOverUnusedRecordsAndWhatFollowsTheFile) {
+TYPED_TEST(StoredWordCoef, PassesOverUnusedRecords) {
     using Element = typename TypeParam::Element;
     SMadeFile<Element> file(300, 100);
     file.records.push_back({.index = 9, .x = 9999, .y = 7, .width = 40});
@@ -335,7 +349,6 @@ TYPED_TEST(StoredWordCoef, PassesOverUnusedRecordsAndWhatFollowsTheFile) {
     file.records.push_back({.height = 128});
     file.Add({256, 0, 44, 100}, TestFixture::kPixel);
     file.records.push_back({});
-    file.data.push_back(std::byte{0x55});
     ExpectSameBothWays(TypeParam::kKind, file.AsFile(), {300, 100}, 2);
 }
 
@@ -430,9 +443,9 @@ TYPED_TEST(StoredWordCoef, TakesAFileWithoutPixels) {
     SMadeFile<Element> file(20, 10);
     file.Cover(256, 128, TestFixture::kPixel);
     file.header.width = 0;
-    this->ExpectTold(file.AsFile(), SLoaded::Whole());
+    this->ExpectTold(file.AsFile(), {.chunksOutside = 1});
     file.header = SMadeFile<Element>(20, 0).header;
-    this->ExpectTold(file.AsFile(), SLoaded::Whole());
+    this->ExpectTold(file.AsFile(), {.chunksOutside = 1});
     this->ExpectTold(SMadeFile<Element>(20, 0).AsFile(), SLoaded::Whole());
     this->ExpectTold(SMadeFile<Element>(0, 10).AsFile(), SLoaded::Whole());
 }
@@ -484,10 +497,10 @@ TYPED_TEST(StoredWordCoef, TellsOfPlanesPastTheChunksBytes) {
     SMadeFile<Element> file(24, 9);
     file.Cover(256, 128, TestFixture::kPixel);
     --file.records[0].totalSize;
-    this->ExpectTold(file.AsFile(), {.status = E_FAIL, .failedChunks = 1});
+    this->ExpectTold(file.AsFile(), {.status = E_FAIL, .failedChunks = 1, .strayBytes = 1});
 }
 
-TYPED_TEST(StoredWordCoef, TellsOfPixelsInNoChunk) {
+TYPED_TEST(StoredWordCoef, TellsOfPixelsInNoChunkOrInTwo) {
     using Element = typename TypeParam::Element;
     SMadeFile<Element> missing(24, 9);
     missing.Add({0, 0, 24, 8}, TestFixture::kPixel);
@@ -504,12 +517,32 @@ TYPED_TEST(StoredWordCoef, TellsOfPixelsInNoChunk) {
     SMadeFile<Element> twice(24, 9);
     twice.Add({0, 0, 24, 9}, TestFixture::kPixel);
     twice.Add({23, 8, 1, 1}, TestFixture::kPixel);
-    this->ExpectTold(twice.AsFile(), SLoaded::Whole());
+    this->ExpectTold(twice.AsFile(), {.repeatedPixels = 1});
 
     SMadeFile<Element> moved(24, 9); // as many pixels as the area, one of them elsewhere
     moved.Add({0, 0, 24, 8}, TestFixture::kPixel);
     moved.Add({0, 7, 24, 1}, TestFixture::kPixel);
-    this->ExpectTold(moved.AsFile(), {.missingPixels = 24});
+    this->ExpectTold(moved.AsFile(), {.missingPixels = 24, .repeatedPixels = 24});
+}
+
+TYPED_TEST(StoredWordCoef, TellsOfBytesBehindTheLastChunk) {
+    using Element = typename TypeParam::Element;
+    SMadeFile<Element> file(24, 9);
+    file.Cover(8, 3, TestFixture::kPixel);
+    file.data.resize(file.data.size() + 3);
+    this->ExpectTold(file.AsFile(), {.strayBytes = 3});
+    const std::uint64_t lastChunk = file.records.back().totalSize;
+    file.records.pop_back();
+    this->ExpectTold(file.AsFile(), {.missingPixels = 24, .strayBytes = 3 + lastChunk});
+}
+
+TYPED_TEST(StoredWordCoef, TakesNoIndexForThePlace) {
+    using Element = typename TypeParam::Element;
+    SMadeFile<Element> file(300, 140);
+    file.Cover(256, 128, TestFixture::kPixel);
+    file.records[0].index = 4711;
+    file.records[3].index = 1;
+    this->ExpectTold(file.AsFile(), {.foreignIndices = 2});
 }
 
 TYPED_TEST(StoredWordCoef, TellsOfChunksThatBeginOutsideTheArea) {
@@ -520,11 +553,13 @@ TYPED_TEST(StoredWordCoef, TellsOfChunksThatBeginOutsideTheArea) {
         file.Add({x, y, 4, 4}, TestFixture::kPixel);
         return file.AsFile();
     };
-    this->ExpectTold(withPieceAt(-4, 0), {.status = E_FAIL, .failedChunks = 1});
-    this->ExpectTold(withPieceAt(0, -1), {.status = E_FAIL, .failedChunks = 1});
-    this->ExpectTold(withPieceAt(24, 0), SLoaded::Whole());
-    this->ExpectTold(withPieceAt(0, 9), SLoaded::Whole());
-    this->ExpectTold(withPieceAt(5000, 0), SLoaded::Whole());
+    this->ExpectTold(withPieceAt(-4, 0), {.status = E_FAIL, .failedChunks = 1, .chunksOutside = 1});
+    this->ExpectTold(
+        withPieceAt(0, -1),
+        {.status = E_FAIL, .failedChunks = 1, .repeatedPixels = 4 * 3, .chunksOutside = 1});
+    this->ExpectTold(withPieceAt(24, 0), {.chunksOutside = 1});
+    this->ExpectTold(withPieceAt(0, 9), {.chunksOutside = 1});
+    this->ExpectTold(withPieceAt(5000, 0), {.chunksOutside = 1});
 }
 
 // An origin near the largest: what lies 2^32 behind it is before it, not in the area.
@@ -532,10 +567,14 @@ TYPED_TEST(StoredWordCoef, TellsOfChunksWhosePlacePassesTheLargest) {
     using Element = typename TypeParam::Element;
     SMadeFile<Element> wide(24, 9, 0xFFFFFFF8, 0);
     wide.Cover(8, 9, TestFixture::kPixel);
-    this->ExpectTold(wide.AsFile(), {.status = E_FAIL, .failedChunks = 2, .missingPixels = 16 * 9});
+    this->ExpectTold(
+        wide.AsFile(),
+        {.status = E_FAIL, .failedChunks = 2, .missingPixels = 16 * 9, .chunksOutside = 2});
     SMadeFile<Element> high(9, 24, 0, 0xFFFFFFF8);
     high.Cover(9, 8, TestFixture::kPixel);
-    this->ExpectTold(high.AsFile(), {.status = E_FAIL, .failedChunks = 2, .missingPixels = 16 * 9});
+    this->ExpectTold(
+        high.AsFile(),
+        {.status = E_FAIL, .failedChunks = 2, .missingPixels = 16 * 9, .chunksOutside = 2});
 }
 
 TYPED_TEST(StoredWordCoef, TellsOfRecordsThatNoChunkCanHave) {
@@ -561,7 +600,12 @@ TYPED_TEST(StoredWordCoef, TellsOfRecordsThatNoChunkCanHave) {
     SLoaded missing = failed;
     missing.missingPixels = 44U * 72U;
     this->ExpectTold(withRecord([](SChunkRecord& r) { r.width = 0; }), missing);
-    this->ExpectTold(withRecord([](SChunkRecord& r) { r.totalSize = 0; }), failed);
+    SMadeFile<Element> empty(300, 200);
+    empty.Cover(256, 128, TestFixture::kPixel);
+    SLoaded stray = failed;
+    stray.strayBytes = empty.records.back().totalSize;
+    empty.records.back().totalSize = 0;
+    this->ExpectTold(empty.AsFile(), stray);
 }
 
 /// A file of a few chunks of any place and size; some are damaged, and it may be cut short.
@@ -702,8 +746,12 @@ TYPED_TEST(StoredWordCoef, AsksForNoMemoryThatTheFileCannotFill) {
         file.records.clear();
         for (std::uint32_t y = 0; y < 8192; y += 128)
             for (std::uint32_t x = 0; x < 8192; x += 256)
-                file.records.push_back(
-                    {.x = x, .y = y, .width = 256, .height = 128, .totalSize = totalSize});
+                file.records.push_back({.index = BlockIndexOfPixel(x, y),
+                                        .x = x,
+                                        .y = y,
+                                        .width = 256,
+                                        .height = 128,
+                                        .totalSize = totalSize});
         file.data.resize(file.records.size());
         const SStored lying = LoadStored(TypeParam::kKind, file.AsFile());
         EXPECT_EQ(lying.told, (SLoaded{.status = E_FAIL, .failedChunks = 64 * 32})) << totalSize;

@@ -60,6 +60,41 @@ TEST(ReadProblems, ChunksAndPixelsAreCounted) {
                         "is incomplete: 8589934592 pixels have no data"}));
 }
 
+TEST(ReadProblems, WhatNoWriterMakesIsCounted) {
+    struct SCase {
+        void (*note)();
+        const char* one;
+        const char* several;
+    };
+    for (const SCase& test : {SCase{[] { CTransferReport::NoteChunksOutside(1); },
+                                    "is damaged: 1 of its chunks reaches out of its area",
+                                    "is damaged: 2 of its chunks reach out of its area"},
+                              SCase{[] { CTransferReport::NoteRepeatedPixels(1); },
+                                    "is damaged: 1 pixel lies in several of its chunks",
+                                    "is damaged: 2 pixels lie in several of its chunks"},
+                              SCase{[] { CTransferReport::NoteStrayBytes(1); },
+                                    "is damaged: 1 byte lies behind its last chunk",
+                                    "is damaged: 2 bytes lie behind its last chunk"}}) {
+        const CTransferReport report;
+        test.note();
+        EXPECT_EQ(DescribeReadProblems(S_OK, report), Problems{test.one});
+        test.note();
+        EXPECT_EQ(DescribeReadProblems(S_OK, report), Problems{test.several});
+    }
+}
+
+TEST(ReadNotes, AnIndexOfAnotherPlaceIsNoProblem) {
+    const CTransferReport report;
+    EXPECT_EQ(DescribeReadNotes(report), Problems{});
+    CTransferReport::NoteForeignIndices(1);
+    EXPECT_EQ(DescribeReadNotes(report),
+              Problems{"1 of its chunks has a block index that is not that of the place"});
+    CTransferReport::NoteForeignIndices(4);
+    EXPECT_EQ(DescribeReadNotes(report),
+              Problems{"5 of its chunks have a block index that is not that of the place"});
+    EXPECT_EQ(DescribeReadProblems(S_OK, report), Problems{});
+}
+
 // Memory that was refused says nothing of the file, whatever else it led to.
 TEST(ReadProblems, RefusedMemoryComesFirst) {
     const CTransferReport report;
