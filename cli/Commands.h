@@ -14,5 +14,6 @@ inline constexpr int kExitInterrupted = 130;
 /// Each adds its command and leaves its exit status in `exitStatus` when it is the one called.
 void AddRotateCommand(CLI::App& program, int& exitStatus);
 void AddDemoCommand(CLI::App& program, int& exitStatus);
+void AddVerifyCommand(CLI::App& program, int& exitStatus);
 
 } // namespace trevolt

@@ -34,6 +34,7 @@ int ConsoleMain(const std::vector<std::string>& arguments) {
     int exitStatus = kExitAllDone;
     AddRotateCommand(program, exitStatus);
     AddDemoCommand(program, exitStatus);
+    AddVerifyCommand(program, exitStatus);
     try {
         const int status = Run(program, arguments, exitStatus);
         return std::fflush(stdout) == 0 ? status : ReportLostOutput();

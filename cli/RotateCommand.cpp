@@ -25,6 +25,7 @@ struct Options {
     bool wholeScreen = false;
     bool lenient = false;
     unsigned jobs = DefaultJobs();
+    std::string manifest;
     std::string source;
     std::string target;
 };
@@ -83,8 +84,8 @@ PixelSize ParseSize(const std::string& size) {
     return {ParseSide(text.substr(0, cross), size), ParseSide(height, size)};
 }
 
-std::wstring ParseFolder(const char* name, const std::string& folder) {
-    auto wide = Utf8ToWide(folder);
+std::wstring ParsePath(const char* name, const std::string& path) {
+    auto wide = Utf8ToWide(path);
     if (!wide)
         throw CLI::ValidationError(name, "its name is not valid UTF-8");
     return *std::move(wide);
@@ -92,14 +93,15 @@ std::wstring ParseFolder(const char* name, const std::string& folder) {
 
 SRotationRequest MakeRequest(const Options& options) {
     SRotationRequest request;
-    request.sourceFolder = ParseFolder("SOURCE", options.source);
-    request.targetFolder = ParseFolder("TARGET", options.target);
+    request.sourceFolder = ParsePath("SOURCE", options.source);
+    request.targetFolder = ParsePath("TARGET", options.target);
     request.angle = kAngles[static_cast<std::size_t>(options.angle / 90 - 1)];
     if (!options.size.empty())
         request.size = ParseSize(options.size);
     request.wholeScreen = options.wholeScreen;
     request.lenient = options.lenient;
     request.jobs = options.jobs;
+    request.manifest = ParsePath("--manifest", options.manifest);
     return request;
 }
 
@@ -126,6 +128,8 @@ int Rotate(const Options& options) {
         fmt::print(stderr, "trevolt-cli: {}\n", outcome.error);
         return kExitUsage;
     }
+    if (!outcome.error.empty())
+        fmt::print(stderr, "trevolt-cli: {}\n", outcome.error);
     fmt::print("{} file{} turned by {}\u00B0, {} failed{}\n", outcome.written,
                outcome.written == 1 ? "" : "s", options.angle, outcome.failed,
                outcome.end == ERotationEnd::Interrupted ? ", interrupted" : "");
@@ -153,6 +157,11 @@ void AddRotateCommand(CLI::App& program, int& exitStatus) {
             "--jobs", options->jobs,
             "Threads that turn files, or share one large file (without it: one a processor)")
         ->check(CLI::Range(1U, kMostJobs));
+    command
+        ->add_option("--manifest", options->manifest,
+                     "New file for the SHA-256 sums of the files turned and written, as sha256sum "
+                     "takes them; check them with the command verify")
+        ->check([](const std::string& file) { return file.empty() ? "it has no name" : ""; });
     command->add_option("SOURCE", options->source, "Folder of the coefficient files")->required();
     command->add_option("TARGET", options->target, "Existing folder for the turned files")
         ->required();

@@ -11,7 +11,7 @@ target_include_directories(trevolt INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_
 target_compile_features(trevolt INTERFACE cxx_std_20)
 target_link_libraries(trevolt PRIVATE lz4 Threads::Threads)
 if(WIN32)
-    target_link_libraries(trevolt PRIVATE advapi32)
+    target_link_libraries(trevolt PRIVATE advapi32 bcrypt)
 else()
     target_link_libraries(trevolt PRIVATE OpenSSL::Crypto)
 endif()

@@ -8,6 +8,7 @@
 
 #include <fmt/format.h>
 
+#include "app/rotation/Manifest.h"
 #include "app/rotation/SourceFile.h"
 #include "app/rotation/StoredKinds.h"
 #include "app/rotation/WorkShare.h"
@@ -16,6 +17,7 @@
 #include "common/WrittenFile.h"
 #include "platform/FileSystem.h"
 #include "platform/Process.h"
+#include "platform/SystemError.h"
 #include "trevolt/FileKinds.h"
 #include "trevolt/MemoryBudget.h"
 #include "trevolt/TransferProblems.h"
@@ -82,6 +84,11 @@ constexpr std::uint64_t kThreadBytes = std::uint64_t{32} << 20;
 /// A map's bytes a pixel: an element and a gain.
 constexpr std::uint64_t kMapBytes = sizeof(SMatrixCoef) + sizeof(float);
 
+std::string WithReason(std::string problem, int error) {
+    const std::string reason = SystemErrorText(error);
+    return reason.empty() ? problem : fmt::format("{}: {}", problem, reason);
+}
+
 /// One file's way from the source folder to the target folder.
 class CFileRotation {
   public:
@@ -112,10 +119,59 @@ class CFileRotation {
         if (m_interrupted)
             return;
         m_source.Open(WithSeparator(m_request.sourceFolder) + m_name);
-        if (!FindSize())
+        if (!SumSource() || !FindSize())
             return;
         if (!TurnStored())
             TurnThroughMap();
+    }
+
+    bool WantsSums() const { return !m_request.manifest.empty(); }
+
+    bool SumSource() {
+        if (!WantsSums() || !m_source.IsOpen())
+            return true;
+        m_sourceSum = Sha256Of(m_source.FirstByte());
+        if (!m_sourceSum)
+            FailWithReason("cannot be read", errno);
+        return m_sourceSum.has_value();
+    }
+
+    /// Fails where not.
+    bool IsSourceUnchanged() {
+        if (!m_sourceSum)
+            return true;
+        const auto sum = Sha256Of(m_source.FirstByte());
+        if (!sum)
+            FailWithReason("cannot be read", errno);
+        else if (sum != m_sourceSum)
+            Fail("changed while it was turned");
+        return sum == m_sourceSum;
+    }
+
+    /// The manifest's lines of the source and of what was written of it, none where no manifest is
+    /// wanted; nothing when the file fails. The source is summed before the first look at it and
+    /// behind the last one: what was turned is then what both found.
+    std::optional<std::string> SumBoth(const std::wstring& written,
+                                       const std::wstring& outputName) {
+        if (!WantsSums())
+            return std::string();
+        if (!IsSourceUnchanged())
+            return std::nullopt;
+        const auto writtenSum = Sha256OfFile(written);
+        if (!writtenSum) {
+            FailWithReason("cannot be read back", errno);
+            return std::nullopt;
+        }
+        const auto writtenLine =
+            ManifestLine(*writtenSum, WithSeparator(m_request.targetFolder) + outputName);
+        const auto sourceLine =
+            m_sourceSum ? ManifestLine(*m_sourceSum, WithSeparator(m_request.sourceFolder) + m_name)
+                        : std::string();
+        if (!writtenLine || !sourceLine) {
+            Fail("its name cannot stand in a manifest: it has no UTF-8 form");
+            return std::nullopt;
+        }
+        return *sourceLine + *writtenLine;
     }
 
     bool FindSize() {
@@ -249,21 +305,25 @@ class CFileRotation {
         const Status status = write(output.Path().c_str());
         if (std::string problem = DescribeWriteProblem(status, report); !problem.empty())
             Fail(std::move(problem));
+        else if (auto lines = SumBoth(output.Path(), outputName); !lines)
+            return;
         else if (m_interrupted) // asked once: what has its final name is also told of
             return;
         else if (!output.Keep())
             Fail(DescribeRenameProblem(errno));
         else
-            NoteWritten(outputName);
+            NoteWritten(outputName, *std::move(lines));
     }
 
-    void NoteWritten(const std::wstring& outputName) {
+    void NoteWritten(const std::wstring& outputName, std::string manifestLines) {
         m_outcome.outputName = WideToShownUtf8(outputName);
+        m_outcome.manifestLines = std::move(manifestLines);
         if (m_loadKind.describeStreamLosses != nullptr && m_source.IsOpen())
             m_outcome.losses = m_loadKind.describeStreamLosses(m_source.FirstByte());
     }
 
     void Fail(std::string problem) { m_outcome.problems.push_back(std::move(problem)); }
+    void FailWithReason(const char* problem, int error) { Fail(WithReason(problem, error)); }
 
     const SRotationRequest& m_request;
     const std::atomic<bool>& m_interrupted;
@@ -273,7 +333,8 @@ class CFileRotation {
     const SFileKind& m_loadKind;
     const SStoredKind* m_storedKind; ///< null when the file must go through a map
     CSourceFile m_source;
-    PixelSize m_ownSize; ///< that the file tells, 0 × 0 when it tells none
+    std::optional<std::string> m_sourceSum; ///< of an open source, when a manifest is wanted
+    PixelSize m_ownSize;                    ///< that the file tells, 0 × 0 when it tells none
     SFileOutcome m_outcome;
 };
 
@@ -298,6 +359,24 @@ KnownFiles FindKnownFiles(const std::wstring& folder) {
     return known;
 }
 
+/// Why the run cannot leave a manifest there; empty when it can, or none is wanted.
+std::string FindManifestObstacle(const std::wstring& manifest) {
+    if (manifest.empty())
+        return {};
+    const std::string shown = WideToShownUtf8(manifest);
+    const std::wstring folder = FolderPart(manifest);
+    const std::wstring name = manifest.substr(folder.size());
+    if (PathExists(manifest))
+        return fmt::format("the manifest {} exists already: choose another name", shown);
+    if (name.empty() || (!folder.empty() && !IsFolder(folder)))
+        return fmt::format("the folder of the manifest {} does not exist", shown);
+    // A later run would take it for a cabinet.
+    if (FindLoadKind(name) != nullptr)
+        return fmt::format(
+            "the manifest {} has the name of a coefficient file: choose another name", shown);
+    return {};
+}
+
 /// Why nothing can be done; empty when the run can begin.
 std::string FindObstacle(const SRotationRequest& request) {
     const std::string source = WideToShownUtf8(request.sourceFolder);
@@ -313,7 +392,7 @@ std::string FindObstacle(const SRotationRequest& request) {
     if (IsSameEntry(request.sourceFolder, request.targetFolder))
         return "source and target are the same folder: choose another target, so that the source "
                "stays as it is";
-    return {};
+    return FindManifestObstacle(request.manifest);
 }
 
 std::string FindObstacle(const SRotationRequest& request, const KnownFiles& known) {
@@ -327,6 +406,26 @@ std::string FindObstacle(const SRotationRequest& request, const KnownFiles& know
         return fmt::format("a whole screen is exactly one coefficient file, but {} holds {}",
                            source, count);
     return {};
+}
+
+/// Why the manifest does not stand; empty when it does.
+std::string WriteManifest(const std::wstring& manifest, const std::string& lines,
+                          std::size_t number) {
+    const std::wstring folder = FolderPart(manifest);
+    CTemporaryOutput output(folder, manifest.substr(folder.size()), number);
+    const CTransferReport report;
+    COutputFile file;
+    Status status = E_COEF_OPENFAILED;
+    if (OpenWritten(file, output.Path().c_str(), std::ios::out | std::ios::trunc)) {
+        file.write(lines.data(), static_cast<std::streamsize>(lines.size()));
+        CloseWritten(file);
+        status = S_OK;
+    }
+    std::string problem = DescribeWriteProblem(status, report);
+    if (problem.empty() && !output.Keep())
+        problem = WithReason("cannot be given its name", errno);
+    return problem.empty() ? problem
+                           : fmt::format("the manifest {} {}", WideToShownUtf8(manifest), problem);
 }
 
 SFileOutcome UnnamableOutcome(const std::string& raw) {
@@ -355,7 +454,9 @@ SRotationOutcome RotateFolder(const SRotationRequest& request, const std::atomic
 
     const std::size_t count = known.names.size() + known.unnamable.size();
     std::size_t done = 0;
+    std::string manifestLines;
     const auto deliver = [&](const SFileOutcome& outcome) {
+        manifestLines += outcome.manifestLines;
         total.written += outcome.outputName.empty() ? 0 : 1;
         total.failed += outcome.HasFailed() ? 1 : 0;
         if (!outcome.interrupted || outcome.HasFailed())
@@ -373,10 +474,13 @@ SRotationOutcome RotateFolder(const SRotationRequest& request, const std::atomic
         },
         deliver);
     budget.GiveBackKept();
+    if (!manifestLines.empty())
+        total.error = WriteManifest(request.manifest, manifestLines, known.names.size());
+    const bool isDone = total.failed == 0 && total.error.empty();
     if (interrupted)
         total.end = ERotationEnd::Interrupted;
     else
-        total.end = total.failed == 0 ? ERotationEnd::AllDone : ERotationEnd::SomeFailed;
+        total.end = isDone ? ERotationEnd::AllDone : ERotationEnd::SomeFailed;
     return total;
 }
 

@@ -30,6 +30,9 @@ struct SRotationRequest {
     /// one. Files that would not fit the memory budget together are turned one after the other.
     /// What is written and told does not depend on it.
     std::size_t jobs = 1;
+    /// A file that does not stand yet, for the SHA-256 sums of what was turned and of what was
+    /// written; empty for none. A file that changes while it is turned then fails.
+    std::wstring manifest;
 };
 
 /// What became of one file.
@@ -42,6 +45,7 @@ struct SFileOutcome {
     std::vector<std::string> losses; ///< what the written file lacks of the source, in plain words
     std::vector<std::string> notes;  ///< what is unusual about the source and no problem
     bool interrupted = false;        ///< given up because the run was interrupted
+    std::string manifestLines;       ///< of a file that was written, when a manifest is wanted
 
     bool HasFailed() const { return !problems.empty(); }
 };
@@ -50,7 +54,7 @@ enum class ERotationEnd { AllDone, SomeFailed, NothingToDo, Interrupted };
 
 struct SRotationOutcome {
     ERotationEnd end = ERotationEnd::AllDone;
-    std::string error; ///< with NothingToDo: why, in plain words
+    std::string error; ///< with NothingToDo: why; else why there is no manifest, in plain words
     std::size_t written = 0;
     std::size_t failed = 0;
 };
@@ -65,7 +69,10 @@ class CRotationListener {
 
 /// Turns every known file of the source folder into the target folder, in sorted order. The source
 /// is never written to: both folders must exist and differ. When `interrupted` becomes true the
-/// files in work are given up and their temporary files removed.
+/// files in work are given up and their temporary files removed. The manifest, if one is wanted,
+/// lists each written file behind the one it was turned from, in the same order, also of an
+/// interrupted run; where nothing was written there is none. When it cannot be written the end is
+/// SomeFailed at best.
 SRotationOutcome RotateFolder(const SRotationRequest& request, const std::atomic<bool>& interrupted,
                               CRotationListener& listener);
 

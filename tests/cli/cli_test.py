@@ -95,8 +95,8 @@ class CliTest(unittest.TestCase):
         self.source.mkdir()
         self.target.mkdir()
 
-    def run_cli(self, *arguments, locale='C.UTF-8', **options):
-        options |= {'cwd': ROOT, 'env': dict(os.environ, LC_ALL=locale), 'timeout': 300}
+    def run_cli(self, *arguments, locale='C.UTF-8', cwd=ROOT, **options):
+        options |= {'cwd': cwd, 'env': dict(os.environ, LC_ALL=locale), 'timeout': 300}
         command = [*PROGRAM, *map(str, arguments)]
         if not IS_WRAPPED:
             return subprocess.run(command, capture_output=True, **options)
@@ -165,7 +165,8 @@ class Usage(CliTest):
         self.assertEqual(self.lines(result.stdout), [f'trevolt-cli {version}'])
         result = self.run_cli('rotate', '--help')
         self.expect(result, 0)
-        for word in ('--angle', '--size', '--screen', '--lenient', '--jobs', 'SOURCE', 'TARGET'):
+        for word in ('--angle', '--size', '--screen', '--lenient', '--jobs', '--manifest', 'SOURCE',
+                     'TARGET'):
             self.assertIn(word, result.stdout.decode())
 
     def test_wrong_usage_is_status_2(self):
@@ -180,7 +181,9 @@ class Usage(CliTest):
                           ('rotate', '--angle', 90, '--jobs', 0, self.source, self.target),
                           ('rotate', '--angle', 90, '--jobs', 257, self.source, self.target),
                           ('rotate', '--angle', 90, '--unknown', self.source, self.target),
-                          ('rotate', '--angle', 90, self.source, self.target, 'more'), ('demo',)):
+                          ('rotate', '--angle', 90, self.source, self.target, 'more'), ('demo',),
+                          ('rotate', '--angle', 90, '--manifest', '', self.source, self.target),
+                          ('verify',), ('verify', self.folder / 'none', 'more')):
             with self.subTest(arguments=arguments):
                 self.expect(self.run_cli(*arguments), 2)
         self.assertEqual(self.targets(), [])
@@ -769,6 +772,128 @@ class Trouble(CliTest):
         run.communicate(timeout=60)
         self.assertEqual(run.returncode, 0)
         self.assertEqual(len(self.targets()), 100)
+
+
+class Manifest(CliTest):
+    """Sums of inputs and outputs, as sha256sum and the command verify both read them."""
+
+    def setUp(self):
+        super().setUp()
+        self.manifest = self.folder / 'sums'
+
+    def by_sha256sum(self, cwd=ROOT):
+        """What sha256sum answers: its status, and its lines as verify puts them."""
+        run = subprocess.run(['sha256sum', '-c', self.manifest], capture_output=True, cwd=cwd)
+        lines = [line.replace(': FAILED open or read', ': missing')
+                 for line in self.lines(run.stdout)]
+        return run.returncode, lines
+
+    def verify(self, status, closing, err=(), cwd=ROOT):
+        result = self.run_cli('verify', self.manifest, cwd=cwd)
+        self.expect(result, status, err=list(err))
+        lines = self.lines(result.stdout)
+        self.assertEqual(lines[-1], closing)
+        self.assertEqual((status, lines[:-1]), self.by_sha256sum(cwd))
+        return lines[:-1]
+
+    def test_sha256sum_and_verify_give_the_same_answers(self):
+        for cabinet in (SAMPLES / 'cabinet').iterdir():
+            if cabinet.suffix != '.csv':
+                shutil.copy(cabinet, self.source)
+        self.expect(self.rotate('--manifest', self.manifest, '--jobs', 4), 0, err=[])
+        content = self.manifest.read_bytes()
+        self.assertEqual(content.count(b'\n'), 18)
+        lines = self.verify(0, '18 OK, 0 failed, 0 missing')
+        cabinets = sorted(p.name for p in self.source.iterdir())
+        self.assertEqual(lines[::2], [f'{self.source}/{name}: OK' for name in cabinets])
+        self.assertEqual(lines[1], f'{self.target}/Cab_01-90°.9fcoef: OK')
+
+        output = self.target / 'Cab_01-90°.9fcoef'
+        whole = output.read_bytes()
+        for at in (0, len(whole) // 2, len(whole) - 1):
+            output.write_bytes(whole[:at] + bytes([whole[at] ^ 4]) + whole[at + 1:])
+            self.assertIn(f'{output}: FAILED', self.verify(1, '17 OK, 1 failed, 0 missing'))
+        output.write_bytes(whole[:-1])
+        self.verify(1, '17 OK, 1 failed, 0 missing')
+        (self.source / 'Cab_05.cccoef').unlink()
+        self.assertIn(f'{self.source}/Cab_05.cccoef: missing',
+                      self.verify(1, '16 OK, 1 failed, 1 missing'))
+
+        self.manifest.unlink()
+        output.write_bytes(whole)
+        shutil.copy(SAMPLES / 'cabinet' / 'Cab_05.cccoef', self.source)
+        self.expect(self.rotate('--manifest', self.manifest, '--jobs', 1), 0, err=[])
+        self.assertEqual(self.manifest.read_bytes(), content)
+
+    def test_names_are_as_the_folders_were_given(self):
+        self.add('a.3bcoef')
+        self.expect(self.run_cli('rotate', '--angle', 180, '--manifest', 'sums', 'source',
+                                 'target/../target', cwd=self.folder), 0, err=[])
+        names = [line[66:] for line in self.manifest.read_text(encoding='utf-8').splitlines()]
+        self.assertEqual(names, ['source/a.3bcoef', 'target/../target/a-180°.3bcoef'])
+        self.verify(0, '2 OK, 0 failed, 0 missing', cwd=self.folder)
+        self.verify(1, '0 OK, 0 failed, 2 missing', cwd=self.source)
+
+    @posix_only
+    def test_names_that_need_escapes(self):
+        for name in ('a\\b.3bcoef', 'c\nd.3bcoef', 'e\rf.3bcoef', ' g.3bcoef', '#.3bcoef'):
+            self.add(name)
+        self.expect(self.rotate('--manifest', self.manifest), 0, err=[])
+        self.assertEqual(self.by_sha256sum()[0], 0)
+        result = self.run_cli('verify', self.manifest)
+        self.expect(result, 0, err=[])
+        self.assertEqual(self.lines(result.stdout)[-1], '10 OK, 0 failed, 0 missing')
+        self.assertIn(f'\\{self.source}/a\\\\b.3bcoef: OK', self.lines(result.stdout))
+        own = subprocess.run(['sha256sum', *sorted(self.source.iterdir())], capture_output=True)
+        self.assertEqual(sorted(own.stdout.splitlines()),
+                         sorted(self.manifest.read_bytes().splitlines()[::2]))
+
+    def test_a_manifest_by_sha256sum_is_verified(self):
+        self.add('a.3bcoef')
+        for mode in ('-b', '-t'):
+            with open(self.manifest, 'wb') as sums:
+                subprocess.run(['sha256sum', mode, self.source / 'a.3bcoef'], stdout=sums, check=True)
+            self.verify(0, '1 OK, 0 failed, 0 missing')
+
+    def test_what_stands_is_not_replaced(self):
+        self.add('a.3bcoef')
+        self.manifest.write_text('kept')
+        self.expect(self.rotate('--manifest', self.manifest), 2, [],
+                    [f'trevolt-cli: the manifest {self.manifest} exists already: '
+                     'choose another name'])
+        self.assertEqual(self.manifest.read_text(), 'kept')
+        self.assertEqual(self.targets(), [])
+
+    def test_a_manifest_that_is_none_is_told_by_its_lines(self):
+        self.add('a.3bcoef')
+        self.expect(self.rotate('--manifest', self.manifest), 0)
+        content = self.manifest.read_bytes()
+        self.manifest.write_bytes(content[:10] + b'g' + content[11:])
+        self.expect(self.run_cli('verify', self.manifest), 1,
+                    [f'{self.target}/a-90°.3bcoef: OK', '1 OK, 0 failed, 0 missing'],
+                    [f'{self.manifest}: line 1 is no sum with its file name'])
+        self.manifest.write_bytes(b'')
+        self.expect(self.run_cli('verify', self.manifest), 1, ['0 OK, 0 failed, 0 missing'],
+                    [f'trevolt-cli: the manifest {self.manifest} holds no sum'])
+        self.manifest.unlink()
+        self.expect(self.run_cli('verify', self.manifest), 2, [],
+                    [f'trevolt-cli: the manifest {self.manifest} cannot be read: '
+                     'No such file or directory'])
+
+    @posix_only
+    def test_a_manifest_that_the_disk_refuses_is_no_success(self):
+        for i in range(30):
+            self.add(f'cab{i:02}.3bcoef')
+        def refuse_long_files():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (5000, 5000))
+        result = self.rotate('--manifest', self.manifest, preexec_fn=refuse_long_files,
+                             restore_signals=False)
+        self.expect(result, 1, err=[f'trevolt-cli: the manifest {self.manifest} cannot be written: '
+                                    'File too large'])
+        self.assertEqual(self.lines(result.stdout)[-1], '30 files turned by 90°, 0 failed')
+        self.assertEqual(len(self.targets()), 30)
+        self.assertEqual(sorted(p.name for p in self.folder.iterdir()), ['source', 'target'])
 
 
 class WordKinds(CliTest):

@@ -1,5 +1,6 @@
 #include "trevolt/FolderRotation.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <functional>
@@ -7,12 +8,14 @@
 
 #include <gtest/gtest.h>
 
+#include "app/rotation/Manifest.h"
 #include "common/LittleEndian.h"
 #include "platform/FileSystem.h"
 #include "tests/rotation/AllocationLimit.h"
 #include "tests/support/CoefMaps.h"
 #include "trevolt/BinaryCoefFile.h"
 #include "trevolt/FileKinds.h"
+#include "trevolt/Utf8.h"
 
 #ifndef _WIN32
 #include <sys/stat.h>
@@ -642,6 +645,131 @@ TEST_F(FolderRotation, TellsOfEveryOutputOfAnInterruptedRun) {
     }
 }
 
+class ManifestOfRun : public FolderRotation {
+  protected:
+    ManifestOfRun() { m_request.manifest = m_place.File(L"sums.txt"); }
+
+    static std::string LineOf(const std::wstring& path) {
+        return ManifestLine(Sha256OfFile(path).value_or("no sum"), path).value_or("no line");
+    }
+    /// What the manifest has of a source and its output.
+    std::string LinesOf(const std::wstring& name) const {
+        return LineOf(m_source.File(name)) +
+               LineOf(m_target.File(ExportName(name, m_request.angle.text)));
+    }
+
+    CTemporaryFolder m_place;
+};
+
+TEST_F(ManifestOfRun, ListsEachOutputBehindItsSourceWhateverTheJobs) {
+    Names names;
+    for (const wchar_t* ending : {L".9bcoef", L".3wcoef", L".cccoef", L".9wcoef.9wPCoef"})
+        for (const wchar_t* number : {L"1", L"2"}) {
+            names.push_back(std::wstring(L"cab") + number + ending);
+            AddFile(names.back(), 5, 3);
+        }
+    std::sort(names.begin(), names.end());
+    for (const std::size_t jobs : {1U, 2U, 7U}) {
+        m_request.jobs = jobs;
+        const SRotationOutcome outcome = Run();
+        EXPECT_EQ(outcome.end, ERotationEnd::AllDone);
+        EXPECT_EQ(outcome.error, "");
+        std::string expected;
+        for (const std::wstring& name : names)
+            expected += LinesOf(name);
+        EXPECT_EQ(m_place.Names(), Names{L"sums.txt"});
+        EXPECT_EQ(ReadText(m_request.manifest), expected);
+        ASSERT_TRUE(RemoveFile(m_request.manifest));
+    }
+}
+
+TEST_F(ManifestOfRun, ListsNoFailedFile) {
+    AddFile(L"a.3bcoef", 4, 3);
+    AddCutShort(L"b.3bcoef", *FindExportKind(L"b.3bcoef"));
+    WriteText(m_source.File(L"c.cccoef"), "no tag\n");
+    EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
+    EXPECT_EQ(ReadText(m_request.manifest), LinesOf(L"a.3bcoef"));
+}
+
+TEST_F(ManifestOfRun, ListsWhatALenientRunWrites) {
+    AddCutShort(L"b.3bcoef", *FindExportKind(L"b.3bcoef"));
+    m_request.lenient = true;
+    EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
+    EXPECT_EQ(ReadText(m_request.manifest), LinesOf(L"b.3bcoef"));
+}
+
+TEST_F(ManifestOfRun, IsNotWrittenWhereNothingIs) {
+    AddCutShort(L"b.3bcoef", *FindExportKind(L"b.3bcoef"));
+    EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
+    EXPECT_EQ(m_place.Names(), Names{});
+}
+
+TEST_F(ManifestOfRun, ListsWhatAnInterruptedRunWrote) {
+    for (const wchar_t* name : {L"a.3bcoef", L"b.3bcoef", L"c.3bcoef"})
+        AddFile(name, 4, 3);
+    m_listener.afterFile = [&] { m_interrupted = true; };
+    EXPECT_EQ(Run().end, ERotationEnd::Interrupted);
+    EXPECT_EQ(ReadText(m_request.manifest), LinesOf(L"a.3bcoef"));
+}
+
+TEST_F(ManifestOfRun, NoFileIsReplaced) {
+    AddFile(L"a.3bcoef", 4, 3);
+    WriteText(m_request.manifest, "kept");
+    ExpectNothingToDo("sums.txt exists already: choose another name");
+    EXPECT_EQ(ReadText(m_request.manifest), "kept");
+    m_request.manifest = m_place.Path();
+    ExpectNothingToDo("exists already: choose another name");
+}
+
+TEST_F(ManifestOfRun, ItsFolderMustStand) {
+    AddFile(L"a.3bcoef", 4, 3);
+    m_request.manifest = m_place.File(L"no") + kPathSeparator + L"sums.txt";
+    ExpectNothingToDo("sums.txt does not exist");
+    m_request.manifest = m_place.File(L"no") + kPathSeparator;
+    ExpectNothingToDo("does not exist");
+    EXPECT_EQ(m_place.Names(), Names{});
+}
+
+TEST_F(ManifestOfRun, IsNeverTakenForACabinet) {
+    AddFile(L"a.3bcoef", 4, 3);
+    for (const wchar_t* name : {L"sums.9fcoef", L"sums.CCCOEF.txt"}) {
+        m_request.manifest = m_place.File(name);
+        ExpectNothingToDo("has the name of a coefficient file: choose another name");
+    }
+    m_request.manifest = m_source.File(L"sums");
+    EXPECT_EQ(Run().written, 1U);
+    EXPECT_EQ(m_source.Names(), (Names{L"a.3bcoef", L"sums"}));
+    m_request.manifest = m_target.File(L"sums");
+    EXPECT_EQ(Run().written, 1U);
+    EXPECT_EQ(ReadText(m_target.File(L"sums")), LinesOf(L"a.3bcoef"));
+}
+
+TEST_F(ManifestOfRun, IsToldWhenItCannotBeWritten) {
+    AddFile(L"a.3bcoef", 4, 3);
+    const std::wstring folder = m_place.File(L"folder");
+    m_request.manifest = folder + kPathSeparator + L"sums.txt";
+    ASSERT_TRUE(CreateFolders(folder));
+    const std::wstring away = m_place.File(L"away");
+    m_listener.afterFile = [&] { EXPECT_TRUE(ReplaceWith(folder, away)); };
+    SRotationOutcome outcome = Run();
+    EXPECT_EQ(outcome.end, ERotationEnd::SomeFailed);
+    EXPECT_EQ(outcome.failed, 0U);
+    EXPECT_EQ(outcome.written, 1U);
+    EXPECT_EQ(outcome.error, "the manifest " + WideToShownUtf8(m_request.manifest) +
+                                 " cannot be written: E_COEF_OPENFAILED (0xE0830011): the file "
+                                 "could not be opened: No such file or directory");
+
+    ASSERT_TRUE(CreateFolders(folder));
+    m_listener.afterFile = [&] { EXPECT_TRUE(CreateFolders(m_request.manifest)); };
+    outcome = Run();
+    EXPECT_EQ(outcome.end, ERotationEnd::SomeFailed);
+    const std::string told =
+        "the manifest " + WideToShownUtf8(m_request.manifest) + " cannot be given its name: ";
+    EXPECT_EQ(outcome.error.substr(0, told.size()), told);
+    const auto left = ListEntries(folder + kPathSeparator).entries;
+    EXPECT_EQ(left.size(), 3U) << "'.', '..' and the folder in the manifest's place";
+}
+
 #ifndef _WIN32
 std::string Narrow(const std::wstring& path) { return ToNativePath(path).value(); }
 
@@ -679,6 +807,41 @@ TEST_F(FolderRotation, ALinkInTheOutputsPlaceIsReplacedAndNotWrittenThrough) {
     EXPECT_EQ(Run().end, ERotationEnd::AllDone);
     EXPECT_EQ(ReadFile(m_source.File(L"a.3bcoef")), before);
     EXPECT_NE(ReadFile(m_target.File(L"a-90\u00B0.3bcoef")), before);
+}
+
+// The system makes this file anew whenever it is read.
+TEST_F(ManifestOfRun, ASourceThatChangesWhileItIsTurnedFails) {
+    ASSERT_EQ(symlink("/proc/sys/kernel/random/uuid", Narrow(m_source.File(L"a.cccoef")).c_str()),
+              0);
+    m_request.size = PixelSize{2, 2};
+    m_request.lenient = true;
+    const std::string damage =
+        "cannot be read: E_COEF_BADTEXT (0xE0830013): the first line is not a known tag";
+    EXPECT_EQ(Run().written, 0U);
+    EXPECT_EQ(Only().problems, (std::vector<std::string>{damage, "changed while it was turned"}));
+    EXPECT_EQ(m_target.Names(), Names{});
+    EXPECT_EQ(m_place.Names(), Names{});
+    m_request.manifest.clear();
+    EXPECT_EQ(Run().written, 1U);
+    EXPECT_EQ(Only().problems, std::vector<std::string>{damage});
+}
+
+// The first page of a process's memory cannot be read.
+TEST_F(ManifestOfRun, ASourceThatCannotBeReadToItsEndIsNamedWithTheReason) {
+    ASSERT_EQ(symlink("/proc/self/mem", Narrow(m_source.File(L"a.cccoef")).c_str()), 0);
+    m_request.size = PixelSize{2, 2};
+    m_request.lenient = true;
+    EXPECT_EQ(Run().written, 0U);
+    ExpectProblem("cannot be read: Input/output error");
+    EXPECT_EQ(m_target.Names(), Names{});
+}
+
+TEST_F(ManifestOfRun, ListsNoSourceThatDidNotOpen) {
+    ASSERT_EQ(symlink("nowhere", Narrow(m_source.File(L"a.3bcoef")).c_str()), 0);
+    m_request.size = PixelSize{2, 2};
+    m_request.lenient = true;
+    EXPECT_EQ(Run().written, 1U);
+    EXPECT_EQ(ReadText(m_request.manifest), LineOf(m_target.File(L"a-90\u00B0.3bcoef")));
 }
 
 TEST_F(FolderRotation, ReportsNamesThatAreNotUtf8) {

@@ -1,0 +1,253 @@
+#include "app/rotation/Manifest.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <fstream>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include "platform/FileStream.h"
+#include "platform/FileSystem.h"
+#include "platform/Sha256.h"
+#include "platform/SystemError.h"
+#include "trevolt/Utf8.h"
+
+namespace trevolt {
+namespace {
+
+constexpr std::size_t kPieceBytes = std::size_t{256} << 10;
+constexpr std::size_t kSumDigits = 64;
+
+struct SEscape {
+    char byte;
+    char letter; ///< behind a backslash it stands for the byte
+};
+constexpr std::array kEscapes{SEscape{'\\', '\\'}, SEscape{'\n', 'n'}, SEscape{'\r', 'r'}};
+
+std::string HexOf(const std::array<std::uint8_t, 32>& digest) {
+    std::string hex;
+    for (const std::uint8_t byte : digest)
+        hex += fmt::format("{:02x}", byte);
+    return hex;
+}
+
+std::string Escaped(std::string_view name) {
+    std::string escaped;
+    for (const char c : name) {
+        const auto* const escape = std::find_if(kEscapes.begin(), kEscapes.end(),
+                                                [c](const SEscape& e) { return e.byte == c; });
+        if (escape == kEscapes.end())
+            escaped += c;
+        else
+            (escaped += '\\') += escape->letter;
+    }
+    return escaped;
+}
+
+std::optional<std::string> Unescaped(std::string_view escaped) {
+    std::string name;
+    for (std::size_t i = 0; i < escaped.size(); ++i) {
+        if (escaped[i] != '\\') {
+            name += escaped[i];
+            continue;
+        }
+        if (++i == escaped.size())
+            return std::nullopt;
+        const char letter = escaped[i];
+        const auto* const escape =
+            std::find_if(kEscapes.begin(), kEscapes.end(),
+                         [letter](const SEscape& e) { return e.letter == letter; });
+        if (escape == kEscapes.end())
+            return std::nullopt;
+        name += escape->byte;
+    }
+    return name;
+}
+
+/// The sum in lower case; nothing when it is none.
+std::optional<std::string> SumOfDigits(std::string_view digits) {
+    std::string sum;
+    for (const char c : digits) {
+        const char lower = c >= 'A' && c <= 'F' ? static_cast<char>(c - 'A' + 'a') : c;
+        if ((lower < '0' || lower > '9') && (lower < 'a' || lower > 'f'))
+            return std::nullopt;
+        sum += lower;
+    }
+    return sum;
+}
+
+/// Takes a manifest line by line.
+class CManifestLines {
+  public:
+    explicit CManifestLines(std::istream& stream) : m_stream(stream) {}
+
+    /// The next line without its end; false behind the last one, and where the stream turns bad,
+    /// of which `errno` then tells as after `Sha256Of`.
+    bool Next() {
+        m_line.clear();
+        m_isTooLong = false;
+        errno = 0;
+        for (char c = 0; m_stream.get(c) && c != '\n';) {
+            if (m_line.size() < kLongestManifestLine)
+                m_line += c;
+            else
+                m_isTooLong = true;
+        }
+        if (m_stream.bad() || (m_stream.eof() && m_line.empty()))
+            return false;
+        ++m_number;
+        if (m_line.ends_with('\r')) // as an editor on Windows leaves it
+            m_line.pop_back();
+        return true;
+    }
+
+    std::uint64_t Number() const { return m_number; }
+    bool IsBlank() const { return m_line.empty() || m_line.starts_with('#'); }
+    std::optional<SManifestEntry> Entry() const {
+        return m_isTooLong ? std::nullopt : ParseManifestLine(m_line);
+    }
+
+  private:
+    std::istream& m_stream;
+    std::string m_line;
+    bool m_isTooLong = false;
+    std::uint64_t m_number = 0;
+};
+
+void NoteUnreadable(SVerifiedFile& file, int error) {
+    if (error == ENOENT || error == ENOTDIR) {
+        file.answer = SVerifiedFile::EAnswer::Missing;
+        return;
+    }
+    const std::string reason = SystemErrorText(error);
+    file.answer = SVerifiedFile::EAnswer::Unreadable;
+    file.problem = fmt::format("cannot be read{}{}", reason.empty() ? "" : ": ", reason);
+}
+
+SVerifiedFile Verify(const SManifestEntry& entry) {
+    SVerifiedFile file;
+    file.name = entry.shownName;
+    const auto path = Utf8ToWide(entry.name);
+    if (!path) {
+        file.answer = SVerifiedFile::EAnswer::Unreadable;
+        file.problem = "its name is not valid UTF-8";
+        return file;
+    }
+    const auto sum = Sha256OfFile(*path);
+    if (!sum)
+        NoteUnreadable(file, errno);
+    else if (*sum != entry.sum)
+        file.answer = SVerifiedFile::EAnswer::Differs;
+    return file;
+}
+
+void Count(SVerification& total, SVerifiedFile::EAnswer answer) {
+    switch (answer) {
+    case SVerifiedFile::EAnswer::Right:
+        ++total.right;
+        break;
+    case SVerifiedFile::EAnswer::Missing:
+        ++total.missing;
+        break;
+    case SVerifiedFile::EAnswer::Differs:
+    case SVerifiedFile::EAnswer::Unreadable:
+        ++total.differing;
+        break;
+    }
+}
+
+std::string UnreadableManifest(const std::wstring& path, int error) {
+    const std::string reason = SystemErrorText(error);
+    return fmt::format("the manifest {} cannot be read{}{}", WideToShownUtf8(path),
+                       reason.empty() ? "" : ": ", reason);
+}
+
+} // namespace
+
+std::optional<std::string> Sha256Of(std::istream& stream) {
+    std::vector<std::byte> piece(kPieceBytes);
+    CSha256 sha;
+    std::array<std::uint8_t, 32> digest{};
+    errno = 0;
+    while (stream.good()) {
+        stream.read(reinterpret_cast<char*>(piece.data()), kPieceBytes);
+        if (stream.bad())
+            return std::nullopt;
+        if (!sha.Add(piece.data(), static_cast<std::size_t>(stream.gcount())))
+            break;
+    }
+    if (!stream.eof() || !sha.Finish(digest)) {
+        errno = 0;
+        return std::nullopt;
+    }
+    return HexOf(digest);
+}
+
+std::optional<std::string> Sha256OfFile(const std::wstring& path) {
+    std::fstream stream;
+    if (!OpenFileStream(stream, path.c_str(), std::ios::in))
+        return std::nullopt;
+    return Sha256Of(stream);
+}
+
+std::optional<std::string> ManifestLine(std::string_view sum, const std::wstring& path) {
+    std::wstring name = path;
+    if constexpr (kPathSeparator != L'/')
+        std::replace(name.begin(), name.end(), kPathSeparator, L'/');
+    const auto plain = WideToUtf8(name);
+    if (!plain)
+        return std::nullopt;
+    const std::string escaped = Escaped(*plain);
+    return fmt::format("{}{}  {}\n", escaped == *plain ? "" : "\\", sum, escaped);
+}
+
+std::optional<SManifestEntry> ParseManifestLine(std::string_view line) {
+    const bool isEscaped = line.starts_with('\\');
+    const std::string_view plain = line.substr(isEscaped ? 1 : 0);
+    if (plain.size() < kSumDigits + 3 || line.find('\0') != std::string_view::npos)
+        return std::nullopt;
+    const std::string_view mark = plain.substr(kSumDigits, 2);
+    const auto sum = SumOfDigits(plain.substr(0, kSumDigits));
+    if (!sum || (mark != "  " && mark != " *"))
+        return std::nullopt;
+    const std::string_view shown = plain.substr(kSumDigits + 2);
+    const auto name = isEscaped ? Unescaped(shown) : std::string(shown);
+    if (!name)
+        return std::nullopt;
+    return SManifestEntry{*sum, fmt::format("{}{}", isEscaped ? "\\" : "", shown), *name};
+}
+
+SVerification VerifyManifest(const std::wstring& path, CVerificationListener& listener) {
+    SVerification total;
+    std::fstream stream;
+    if (!OpenFileStream(stream, path.c_str(), std::ios::in)) {
+        total.end = EVerificationEnd::NothingToDo;
+        total.error = UnreadableManifest(path, errno);
+        return total;
+    }
+    CManifestLines lines(stream);
+    while (lines.Next()) {
+        if (lines.IsBlank())
+            continue;
+        const auto entry = lines.Entry();
+        if (!entry) {
+            ++total.badLines;
+            listener.OnBadLine(lines.Number());
+            continue;
+        }
+        const SVerifiedFile file = Verify(*entry);
+        Count(total, file.answer);
+        listener.OnFile(file);
+    }
+    if (stream.bad())
+        total.error = UnreadableManifest(path, errno);
+    else if (total.right + total.differing + total.missing + total.badLines == 0)
+        total.error = fmt::format("the manifest {} holds no sum", WideToShownUtf8(path));
+    if (!total.error.empty() || total.differing + total.missing + total.badLines != 0)
+        total.end = EVerificationEnd::SomeWrong;
+    return total;
+}
+
+} // namespace trevolt

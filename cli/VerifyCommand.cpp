@@ -1,0 +1,82 @@
+#include <memory>
+
+#include <fmt/format.h>
+
+#include "app/rotation/Manifest.h"
+#include "cli/Commands.h"
+#include "trevolt/Utf8.h"
+
+namespace trevolt {
+namespace {
+
+/// Prints a line a file, and where a line of the manifest is none.
+class CConsoleVerification : public CVerificationListener {
+  public:
+    explicit CConsoleVerification(const std::string& manifest) : m_manifest(manifest) {}
+
+    void OnFile(const SVerifiedFile& file) override {
+        fmt::print("{}: {}\n", file.name, AnswerTo(file));
+    }
+    void OnBadLine(std::uint64_t number) override {
+        fmt::print(stderr, "{}: line {} is no sum with its file name\n", m_manifest, number);
+    }
+
+  private:
+    static std::string AnswerTo(const SVerifiedFile& file) {
+        switch (file.answer) {
+        case SVerifiedFile::EAnswer::Right:
+            return "OK";
+        case SVerifiedFile::EAnswer::Missing:
+            return "missing";
+        case SVerifiedFile::EAnswer::Unreadable:
+            return fmt::format("FAILED: {}", file.problem);
+        case SVerifiedFile::EAnswer::Differs:
+            break;
+        }
+        return "FAILED";
+    }
+
+    const std::string& m_manifest;
+};
+
+int ExitStatus(EVerificationEnd end) {
+    switch (end) {
+    case EVerificationEnd::AllRight:
+        return kExitAllDone;
+    case EVerificationEnd::SomeWrong:
+        return kExitSomeFailed;
+    case EVerificationEnd::NothingToDo:
+        break;
+    }
+    return kExitUsage;
+}
+
+int Verify(const std::string& manifest) {
+    const auto path = Utf8ToWide(manifest);
+    if (!path)
+        throw CLI::ValidationError("MANIFEST", "its name is not valid UTF-8");
+    CConsoleVerification listener(manifest);
+    const SVerification outcome = VerifyManifest(*path, listener);
+    if (!outcome.error.empty())
+        fmt::print(stderr, "trevolt-cli: {}\n", outcome.error);
+    if (outcome.end != EVerificationEnd::NothingToDo)
+        fmt::print("{} OK, {} failed, {} missing\n", outcome.right, outcome.differing,
+                   outcome.missing);
+    return ExitStatus(outcome.end);
+}
+
+} // namespace
+
+void AddVerifyCommand(CLI::App& program, int& exitStatus) {
+    const auto manifest = std::make_shared<std::string>();
+    CLI::App* command =
+        program.add_subcommand("verify", "Compare the files of a manifest with their SHA-256 sums");
+    command
+        ->add_option("MANIFEST", *manifest,
+                     "File of sums, by rotate --manifest or sha256sum; the names in it are "
+                     "relative to the current folder")
+        ->required();
+    command->callback([manifest, &exitStatus] { exitStatus = Verify(*manifest); });
+}
+
+} // namespace trevolt

@@ -1,0 +1,35 @@
+// A digest of libcrypto in the making, of whichever algorithm it is started with.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+#include <openssl/evp.h>
+
+namespace trevolt {
+
+class CLibcryptoDigest {
+  public:
+    /// False when libcrypto does not offer the algorithm.
+    bool Start(const EVP_MD* algorithm) {
+        return m_context != nullptr && EVP_DigestInit_ex(m_context.get(), algorithm, nullptr) == 1;
+    }
+    bool Add(const std::byte* bytes, std::size_t count) {
+        return EVP_DigestUpdate(m_context.get(), bytes, count) == 1;
+    }
+    /// Of a digest that has as many bytes as the algorithm's.
+    template <std::size_t bytes>
+    bool Finish(std::array<std::uint8_t, bytes>& digest) {
+        return EVP_DigestFinal_ex(m_context.get(), digest.data(), nullptr) == 1;
+    }
+
+  private:
+    struct SFree {
+        void operator()(EVP_MD_CTX* context) const { EVP_MD_CTX_free(context); }
+    };
+    std::unique_ptr<EVP_MD_CTX, SFree> m_context{EVP_MD_CTX_new()};
+};
+
+} // namespace trevolt
