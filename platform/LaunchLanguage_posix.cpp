@@ -2,8 +2,10 @@
 
 #include <array>
 #include <bit>
+#include <cerrno>
 #include <cstring>
 
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -18,12 +20,27 @@ bool IsPipeOrFile(int input) {
            (S_ISREG(info.st_mode) || S_ISFIFO(info.st_mode) || S_ISSOCK(info.st_mode));
 }
 
+/// Whether a read would not block, now or within `patience`.
+bool WaitForInput(int input, std::chrono::milliseconds patience) {
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point end = Clock::now() + patience;
+    pollfd waited{input, POLLIN, 0};
+    for (;;) {
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now()).count();
+        const int answer = poll(&waited, 1, left > 0 ? static_cast<int>(left) : 0);
+        if (answer >= 0 || errno != EINTR)
+            return answer > 0;
+    }
+}
+
 } // namespace
 
-std::int32_t ReadLaunchLanguage() {
+std::int32_t ReadLaunchLanguage(std::chrono::milliseconds patience) {
     std::array<char, 10000> bytes{};
     std::int32_t id = 0;
-    if (IsPipeOrFile(STDIN_FILENO) && read(STDIN_FILENO, bytes.data(), bytes.size()) >= 0)
+    if (IsPipeOrFile(STDIN_FILENO) && WaitForInput(STDIN_FILENO, patience) &&
+        read(STDIN_FILENO, bytes.data(), bytes.size()) >= 0)
         std::memcpy(&id, bytes.data(), sizeof id);
     close(STDIN_FILENO);
     return id;

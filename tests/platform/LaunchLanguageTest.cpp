@@ -1,7 +1,9 @@
 #include "platform/LaunchLanguage.h"
 
+#include <chrono>
 #include <optional>
 #include <string>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -29,16 +31,23 @@ class CStandardInput {
     ~CStandardInput() { SetStdHandle(STD_INPUT_HANDLE, m_former); }
 
     void BePipe(const std::string& bytes) {
+        BeOpenPipe();
+        Write(bytes);
+        CloseWriter();
+    }
+    /// A pipe whose writer does not go away.
+    void BeOpenPipe() {
         HANDLE reader = nullptr;
-        HANDLE writer = nullptr;
-        ASSERT_TRUE(CreatePipe(&reader, &writer, nullptr, 65536));
+        ASSERT_TRUE(CreatePipe(&reader, &m_writer, nullptr, 65536));
+        SetStdHandle(STD_INPUT_HANDLE, reader);
+    }
+    void Write(const std::string& bytes) const {
         DWORD written = 0;
         ASSERT_TRUE(
             bytes.empty() ||
-            WriteFile(writer, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr));
-        CloseHandle(writer);
-        SetStdHandle(STD_INPUT_HANDLE, reader);
+            WriteFile(m_writer, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr));
     }
+    void CloseWriter() const { CloseHandle(m_writer); }
     void BeFile(const std::wstring& path) {
         SetStdHandle(STD_INPUT_HANDLE, CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr,
                                                    OPEN_EXISTING, 0, nullptr));
@@ -52,6 +61,7 @@ class CStandardInput {
 
   private:
     HANDLE m_former;
+    HANDLE m_writer = nullptr;
 };
 
 #else
@@ -68,12 +78,21 @@ class CStandardInput {
     }
 
     void BePipe(const std::string& bytes) {
+        BeOpenPipe();
+        Write(bytes);
+        CloseWriter();
+    }
+    /// A pipe whose writer does not go away.
+    void BeOpenPipe() {
         int ends[2] = {-1, -1};
         ASSERT_EQ(pipe(ends), 0);
-        ASSERT_EQ(write(ends[1], bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
-        close(ends[1]);
+        m_writer = ends[1];
         Become(ends[0]);
     }
+    void Write(const std::string& bytes) const {
+        ASSERT_EQ(write(m_writer, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+    }
+    void CloseWriter() const { close(m_writer); }
     void BeFile(const std::wstring& path) {
         Become(open(ToNativePath(path)->c_str(), O_RDONLY | O_CLOEXEC));
     }
@@ -91,6 +110,7 @@ class CStandardInput {
     }
 
     int m_former;
+    int m_writer = -1;
 };
 
 #endif
@@ -137,6 +157,48 @@ TEST(LaunchLanguage, IsZeroWithoutAStandardInput) {
     CStandardInput input;
     input.BeAbsent();
     EXPECT_EQ(ReadLaunchLanguage(), 0);
+}
+
+// The program's window must come up, whatever the launcher does.
+TEST(LaunchLanguage, IsZeroWhenTheLauncherHoldsItsPipeOpenAndWritesNothing) {
+    static_assert(kLaunchPatience <= std::chrono::milliseconds(1500),
+                  "of the window's two seconds");
+    CStandardInput input;
+    input.BeOpenPipe();
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(ReadLaunchLanguage(std::chrono::milliseconds(60)), 0);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(40));
+    EXPECT_TRUE(input.IsClosed());
+    input.CloseWriter();
+}
+
+TEST(LaunchLanguage, IsWaitedForWhileItIsNotWritten) {
+    for (const bool isGiven : {true, false}) {
+        CStandardInput input;
+        input.BeOpenPipe();
+        std::thread launcher([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(40));
+            if (isGiven)
+                input.Write("\x06\x00\x00\x00"s);
+            else
+                input.CloseWriter();
+        });
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(ReadLaunchLanguage(std::chrono::minutes(1)), isGiven ? 6 : 0);
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
+        EXPECT_TRUE(input.IsClosed());
+        launcher.join();
+        if (isGiven)
+            input.CloseWriter();
+    }
+}
+
+TEST(LaunchLanguage, AnOpenPipeThatHoldsTheIdIsNotWaitedFor) {
+    CStandardInput input;
+    input.BeOpenPipe();
+    input.Write("\x06\x00\x00\x00"s);
+    EXPECT_EQ(ReadLaunchLanguage(std::chrono::milliseconds(0)), 6);
+    input.CloseWriter();
 }
 
 TEST(LaunchLanguage, DeviceIsClosedAndNotRead) {

@@ -75,6 +75,7 @@ TEST_F(TrevoltStart, OddStandardInputsAreDefined) {
         {{SLaunch::Input::File, ""}, L"Multi_eng.ini"},
         {{SLaunch::Input::File, LanguageBytes(4)}, L"Multi_French.ini"},
         {{SLaunch::Input::OpenPipe, LanguageBytes(10)}, L"Multi_Polish.ini"},
+        {{SLaunch::Input::OpenPipe, ""}, L"Multi_eng.ini"},
         {{SLaunch::Input::Pipe, ""}, L"Multi_eng.ini"},
         {{SLaunch::Input::Pipe, "\x05\x00\x00"s}, L"Multi_Japanese.ini"},
         {{SLaunch::Input::Pipe, Padded(6, 10000)}, L"Multi_Korean.ini"},
