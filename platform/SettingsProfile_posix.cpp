@@ -48,6 +48,8 @@ bool WriteLines(const std::wstring& path, const SettingsLines& lines) {
     std::string bytes(kUtf16Mark);
     for (const std::wstring& line : lines)
         bytes += ToUtf16(line + L"\r\n");
+    if (bytes.size() > kLargestSettingsFile) // it could not be read again
+        return false;
     const std::wstring whole = path + L".new";
     std::fstream stream;
     if (!OpenFileStream(stream, whole.c_str(), std::ios::out | std::ios::trunc))

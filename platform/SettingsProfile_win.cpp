@@ -35,6 +35,8 @@ bool MakeUtf16(const std::wstring& path, unsigned codePage) {
     std::wstring text;
     for (const std::wstring& line : DecodeSettings(*bytes, codePage))
         text += line + L"\r\n";
+    if (kUtf16Mark.size() + text.size() * sizeof(wchar_t) > kLargestSettingsFile)
+        return false; // it could not be read again
     const std::wstring whole = path + L".new";
     if (WriteUtf16(whole, text) && ReplaceWith(whole, path))
         return true;

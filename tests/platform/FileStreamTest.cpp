@@ -7,9 +7,7 @@
 #include "tests/support/TestFiles.h"
 
 #ifndef _WIN32
-#include <csignal>
-
-#include <sys/resource.h>
+#include "tests/support/FileSizeLimit.h"
 #endif
 
 namespace trevolt {
@@ -83,33 +81,13 @@ TEST(OutputFile, AFailureThatIsNotTheSystemsHasNoReason) {
 }
 
 #ifndef _WIN32
-/// No file grows past `bytes`, until the holder goes.
-class CFileSizeLimit {
-  public:
-    explicit CFileSizeLimit(rlim_t bytes) : m_handler(std::signal(SIGXFSZ, SIG_IGN)) {
-        EXPECT_EQ(getrlimit(RLIMIT_FSIZE, &m_before), 0);
-        const rlimit limit{bytes, m_before.rlim_max};
-        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-    }
-    ~CFileSizeLimit() {
-        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &m_before), 0);
-        EXPECT_NE(std::signal(SIGXFSZ, m_handler), SIG_ERR);
-    }
-    CFileSizeLimit(const CFileSizeLimit&) = delete;
-    CFileSizeLimit& operator=(const CFileSizeLimit&) = delete;
-
-  private:
-    void (*m_handler)(int);
-    rlimit m_before{};
-};
-
 TEST(OutputFile, TellsOfAFileThatTakesAPartOnly) {
     const CTemporaryFolder folder;
     const std::string bytes(kPastTheBuffer, 'x');
     COutputFile file;
     ASSERT_TRUE(file.Open(folder.File(L"f").c_str(), std::ios::trunc));
     {
-        const CFileSizeLimit limit(1000);
+        const test::CFileSizeLimit limit(1000);
         file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     }
     EXPECT_FALSE(file.good());
