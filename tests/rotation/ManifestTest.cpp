@@ -162,14 +162,14 @@ TEST_F(Verification, ComparesEveryFile) {
 
     WriteText(m_folder.File(L"c"), "x");
     ASSERT_TRUE(CreateFolders(m_folder.File(L"d")));
-    answer = Run(Line(kSumOfAbc, L"e") + Line(kSumOfAbc, L"d") + Line(kSumOfNothing, L"c") +
-                 Line(kSumOfAbc, L"a b"));
+    answer = Run(Line(kSumOfAbc, L"e") + Line(kSumOfAbc, L"c/e") + Line(kSumOfAbc, L"d") +
+                 Line(kSumOfNothing, L"c") + Line(kSumOfAbc, L"a b"));
     EXPECT_EQ(answer.end, EVerificationEnd::SomeWrong);
     EXPECT_EQ(answer.error, "");
     EXPECT_EQ(answer.right, 1U);
     EXPECT_EQ(answer.differing, 2U);
-    EXPECT_EQ(answer.missing, 1U);
-    EXPECT_EQ(m_answers.lines, (Lines{Listed(L"e") + ": missing",
+    EXPECT_EQ(answer.missing, 2U);
+    EXPECT_EQ(m_answers.lines, (Lines{Listed(L"e") + ": missing", Listed(L"c/e") + ": missing",
                                       Listed(L"d") + ": unreadable, cannot be read: Is a directory",
                                       Listed(L"c") + ": differs", Listed(L"a b") + ": OK"}));
 }
