@@ -2,6 +2,7 @@
 #include <charconv>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <thread>
 
 #include <fmt/format.h>
@@ -9,6 +10,7 @@
 #include "cli/Commands.h"
 #include "platform/Process.h"
 #include "trevolt/FolderRotation.h"
+#include "trevolt/MemoryBudget.h"
 #include "trevolt/Utf8.h"
 
 namespace trevolt {
@@ -26,6 +28,9 @@ struct Options {
     bool lenient = false;
     unsigned jobs = DefaultJobs();
     std::string manifest;
+    std::optional<std::string> maxSize;
+    std::optional<std::string> maxFileSize;
+    std::optional<std::string> maxMemory;
     std::string source;
     std::string target;
 };
@@ -64,24 +69,24 @@ class CConsoleListener : public CRotationListener {
 };
 
 /// A side of "WxH", 1 to the largest, or an error that names it.
-std::int64_t ParseSide(std::string_view text, const std::string& size) {
+std::int64_t ParseSide(const char* option, std::string_view text, const std::string& size) {
     std::int64_t side = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), side);
     const bool isNumber = !text.empty() && end == text.data() + text.size() && text[0] != '-';
     if (isNumber && (error == std::errc::result_out_of_range || side > kLargestMapSide))
         throw CLI::ValidationError(
-            "--size", fmt::format("{} is above {} in one direction", size, kLargestMapSide));
+            option, fmt::format("{} is above {} in one direction", size, kLargestMapSide));
     if (!isNumber || side < 1)
         throw CLI::ValidationError(
-            "--size", fmt::format("{} is not a size: give WIDTHxHEIGHT in pixels", size));
+            option, fmt::format("{} is not a size: give WIDTHxHEIGHT in pixels", size));
     return side;
 }
 
-PixelSize ParseSize(const std::string& size) {
+PixelSize ParseSize(const char* option, const std::string& size) {
     const std::size_t cross = std::min(size.find_first_of("xX"), size.size());
     const std::string_view text = size;
     const std::string_view height = cross < size.size() ? text.substr(cross + 1) : "";
-    return {ParseSide(text.substr(0, cross), size), ParseSide(height, size)};
+    return {ParseSide(option, text.substr(0, cross), size), ParseSide(option, height, size)};
 }
 
 std::wstring ParsePath(const char* name, const std::string& path) {
@@ -91,13 +96,55 @@ std::wstring ParsePath(const char* name, const std::string& path) {
     return *std::move(wide);
 }
 
+/// The factor of the unit behind a number, none or one letter; 0 for any other text.
+std::uint64_t UnitBytes(std::string_view unit) {
+    constexpr std::string_view kUnits = "KkMmGgTt"; // each 1024 of the one before
+    if (unit.empty())
+        return 1;
+    const std::size_t place = unit.size() == 1 ? kUnits.find(unit[0]) : std::string_view::npos;
+    return place == std::string_view::npos ? 0 : std::uint64_t{1024} << 10 * (place / 2);
+}
+
+/// Bytes as "500", "500K" or "2G", or an error that names the option.
+std::uint64_t ParseBytes(const char* option, const std::string& text) {
+    std::uint64_t number = 0;
+    const char* const textEnd = text.data() + text.size();
+    const auto [end, error] = std::from_chars(text.data(), textEnd, number);
+    const std::uint64_t unit = UnitBytes({end, static_cast<std::size_t>(textEnd - end)});
+    if (error == std::errc::result_out_of_range || (unit != 0 && number > UINT64_MAX / unit))
+        throw CLI::ValidationError(option, fmt::format("{} is too large", text));
+    if (error != std::errc{} || unit == 0 || number == 0)
+        throw CLI::ValidationError(
+            option,
+            fmt::format("{} is no number of bytes: give one, or one with K, M, G or T", text));
+    return number * unit;
+}
+
+SRotationLimits ParseLimits(const Options& options) {
+    SRotationLimits limits;
+    if (options.maxSize)
+        limits.largestSize = ParseSize("--max-size", *options.maxSize);
+    if (options.maxFileSize)
+        limits.fileBytes = ParseBytes("--max-file-size", *options.maxFileSize);
+    return limits;
+}
+
+PixelSize ParseSizeWithin(const std::string& text, const PixelSize& largest) {
+    const PixelSize size = ParseSize("--size", text);
+    if (size.width > largest.width || size.height > largest.height)
+        throw CLI::ValidationError("--size", fmt::format("{} is above --max-size {}x{}", text,
+                                                         largest.width, largest.height));
+    return size;
+}
+
 SRotationRequest MakeRequest(const Options& options) {
     SRotationRequest request;
     request.sourceFolder = ParsePath("SOURCE", options.source);
     request.targetFolder = ParsePath("TARGET", options.target);
     request.angle = kAngles[static_cast<std::size_t>(options.angle / 90 - 1)];
+    request.limits = ParseLimits(options);
     if (!options.size.empty())
-        request.size = ParseSize(options.size);
+        request.size = ParseSizeWithin(options.size, request.limits.largestSize);
     request.wholeScreen = options.wholeScreen;
     request.lenient = options.lenient;
     request.jobs = options.jobs;
@@ -121,6 +168,8 @@ int ExitStatus(ERotationEnd end) {
 
 int Rotate(const Options& options) {
     const SRotationRequest request = MakeRequest(options);
+    if (options.maxMemory)
+        CMemoryBudget::Process().SetLimit(ParseBytes("--max-memory", *options.maxMemory));
     CConsoleListener listener;
     const SRotationOutcome outcome = RotateFolder(request, CatchInterrupts(), listener);
     listener.ClearProgress();
@@ -162,6 +211,13 @@ void AddRotateCommand(CLI::App& program, int& exitStatus) {
                      "New file for the SHA-256 sums of the files turned and written, as sha256sum "
                      "takes them; check them with the command verify")
         ->check([](const std::string& file) { return file.empty() ? "it has no name" : ""; });
+    command->add_option("--max-memory", options->maxMemory,
+                        "Memory for pixels, in bytes or as 500M or 2G; what does not fit fails "
+                        "(without it: 90 % of the machine's)");
+    command->add_option("--max-file-size", options->maxFileSize,
+                        "Bytes that a file may have, or as 500M or 2G; larger ones fail");
+    command->add_option("--max-size", options->maxSize,
+                        "Size that a file may have, as WIDTHxHEIGHT in pixels; larger ones fail");
     command->add_option("SOURCE", options->source, "Folder of the coefficient files")->required();
     command->add_option("TARGET", options->target, "Existing folder for the turned files")
         ->required();

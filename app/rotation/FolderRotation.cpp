@@ -15,6 +15,7 @@
 #include "coef/WordObjects.h"
 #include "common/OrderedJobs.h"
 #include "common/WrittenFile.h"
+#include "platform/FileStream.h"
 #include "platform/FileSystem.h"
 #include "platform/Process.h"
 #include "platform/SystemError.h"
@@ -119,10 +120,19 @@ class CFileRotation {
         if (m_interrupted)
             return;
         m_source.Open(WithSeparator(m_request.sourceFolder) + m_name);
-        if (!SumSource() || !FindSize())
+        if (!IsWithinBytes() || !SumSource() || !FindSize())
             return;
         if (!TurnStored())
             TurnThroughMap();
+    }
+
+    bool IsWithinBytes() {
+        const std::uint64_t limit = m_request.limits.fileBytes;
+        const std::uint64_t bytes =
+            m_source.IsOpen() ? BytesToEnd(m_source.FirstByte()).value_or(0) : 0;
+        if (bytes > limit)
+            Fail(fmt::format("its {} bytes are above the limit of {}", bytes, limit));
+        return bytes <= limit;
     }
 
     bool WantsSums() const { return !m_request.manifest.empty(); }
@@ -182,6 +192,12 @@ class CFileRotation {
         if (!Failed(status) && !IsMapSize({width, height})) {
             Fail(fmt::format("its size {} x {} is above {} in one direction", width, height,
                              kLargestMapSide));
+            return false;
+        }
+        const PixelSize& largest = m_request.limits.largestSize;
+        if (!Failed(status) && (width > largest.width || height > largest.height)) {
+            Fail(fmt::format("its size {} x {} is above the limit of {} x {}", width, height,
+                             largest.width, largest.height));
             return false;
         }
         if (!m_request.size && Failed(status)) {
@@ -368,7 +384,7 @@ std::string FindManifestObstacle(const std::wstring& manifest) {
     const std::wstring name = manifest.substr(folder.size());
     if (PathExists(manifest))
         return fmt::format("the manifest {} exists already: choose another name", shown);
-    if (name.empty() || (!folder.empty() && !IsFolder(folder)))
+    if (!folder.empty() && !IsFolder(folder))
         return fmt::format("the folder of the manifest {} does not exist", shown);
     // A later run would take it for a cabinet.
     if (FindLoadKind(name) != nullptr)

@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -14,6 +15,13 @@
 #include "trevolt/QuarterTurn.h"
 
 namespace trevolt {
+
+/// What a file may have at most, beside what its kind and the memory budget allow.
+struct SRotationLimits {
+    /// Of a file's own size and of the size of its map, in pixels.
+    PixelSize largestSize{kLargestMapSide, kLargestMapSide};
+    std::uint64_t fileBytes = UINT64_MAX;
+};
 
 struct SRotationRequest {
     std::wstring sourceFolder;
@@ -33,6 +41,8 @@ struct SRotationRequest {
     /// A file that does not stand yet, for the SHA-256 sums of what was turned and of what was
     /// written; empty for none. A file that changes while it is turned then fails.
     std::wstring manifest;
+    /// A file past one of them fails before its pixels are read, in a lenient run too.
+    SRotationLimits limits;
 };
 
 /// What became of one file.

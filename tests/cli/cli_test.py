@@ -165,8 +165,8 @@ class Usage(CliTest):
         self.assertEqual(self.lines(result.stdout), [f'trevolt-cli {version}'])
         result = self.run_cli('rotate', '--help')
         self.expect(result, 0)
-        for word in ('--angle', '--size', '--screen', '--lenient', '--jobs', '--manifest', 'SOURCE',
-                     'TARGET'):
+        for word in ('--angle', '--size', '--screen', '--lenient', '--jobs', '--manifest', '--max-memory',
+                     '--max-file-size', '--max-size', 'SOURCE', 'TARGET'):
             self.assertIn(word, result.stdout.decode())
 
     def test_wrong_usage_is_status_2(self):
@@ -894,6 +894,78 @@ class Manifest(CliTest):
         self.assertEqual(self.lines(result.stdout)[-1], '30 files turned by 90°, 0 failed')
         self.assertEqual(len(self.targets()), 30)
         self.assertEqual(sorted(p.name for p in self.folder.iterdir()), ['source', 'target'])
+
+
+class Limits(CliTest):
+    """What stands in docs/limits.md, on both sides of each limit."""
+
+    def test_bytes_of_a_file(self):
+        self.add('a.3bcoef', 40, 30)
+        file = self.source / 'a.3bcoef'
+        file.write_bytes(coef_file('.3bcoef', 40, 30, os.urandom(3600)))
+        size = file.stat().st_size
+        self.assertLess(size, 4096)
+        for limit in (size, '4K', '4k', '1M', '1g', '1T', 2 ** 64 - 1):
+            self.expect(self.rotate('--max-file-size', limit), 0)
+        for limit, bytes_of_limit in ((size - 1, size - 1), ('3K', 3072), (1, 1)):
+            self.expect(self.rotate('--max-file-size', limit), 1,
+                        ['0 files turned by 90°, 1 failed'],
+                        [f'a.3bcoef: its {size} bytes are above the limit of {bytes_of_limit}'])
+
+    def test_pixels_of_a_file(self):
+        self.add('a.3bcoef', 4, 3)
+        for limit in ('4x3', '4X4', '5x3', '65535x65535'):
+            self.expect(self.rotate('--max-size', limit), 0)
+        for limit in ('3x3', '4x2', '3x4'):
+            self.expect(self.rotate('--lenient', '--max-size', limit), 1,
+                        ['0 files turned by 90°, 1 failed'],
+                        [f'a.3bcoef: its size 4 x 3 is above the limit of '
+                         f'{limit.replace("x", " x ")}'])
+        self.expect(self.rotate('--max-size', '9x9', '--size', '9x9'), 0)
+        for size in ('10x9', '9x10'):
+            self.expect_words(self.rotate('--max-size', '9x9', '--size', size), 2,
+                              f'{size} is above --max-size 9x9')
+
+    def test_pixels_of_any_file(self):
+        header = lambda width, height: MAGICS['.3bcoef'] + struct.pack('<IHH', 1, width, height)
+        for width, height in ((65535, 32769), (46341, 46341)):  # more than 2^31 - 1
+            (self.source / 'a.3bcoef').write_bytes(header(width, height))
+            self.expect(self.rotate(), 1, ['0 files turned by 90°, 1 failed'],
+                        [f'a.3bcoef: not enough memory for {width} x {height} pixels'])
+        (self.source / 'a.3bcoef').unlink()
+        for side, problem in ((65535, None), (65536, 'its size 65536 x 1 is above 65535 in one '
+                                                     'direction')):
+            (self.source / 'a.cccoef').write_text(f'[T9COEF20]\nwidth={side}\nheight=1\n')
+            self.expect(self.rotate(), 0 if problem is None else 1,
+                        err=[] if problem is None else [f'a.cccoef: {problem}'])
+
+    def test_memory(self):
+        self.add('a.9bcoef', 400, 300)  # 1,080,000 bytes, in pieces of up to 4 MiB
+        for limit in ('6M', '1G'):
+            self.expect(self.rotate('--max-memory', limit), 0, err=[])
+        (output,) = self.target.iterdir()
+        output.unlink()
+        for limit in ('1', 400 * 300 * 9 - 1, '1M'):
+            self.expect(self.rotate('--max-memory', limit), 1, ['0 files turned by 90°, 1 failed'],
+                        ['a.9bcoef: not enough memory for 400 x 300 pixels'])
+        self.expect(self.rotate('--max-memory', '2M'), 1,
+                    err=['a.9bcoef: not enough memory to write it whole'])
+        self.assertEqual(self.targets(), [])
+
+    def test_limits_are_checked_by_name(self):
+        self.add('a.3bcoef')
+        for option in ('--max-memory', '--max-file-size'):
+            for text in ('0', '0K', '-1', '+1', '1.5G', 'x', 'K', ' 1', '1 K', '1KB', '1P'):
+                self.expect_words(self.rotate(f'{option}={text}'), 2,
+                                  f'{option}: {text} is no number of bytes: give one, or one with '
+                                  'K, M, G or T')
+            for text in ('18446744073709551616', '16777216T', '18014398509481984K'):
+                self.expect_words(self.rotate(f'{option}={text}'), 2, f'{option}: {text} is too large')
+        for text in ('0x5', '5', 'ax5', '65536x1'):
+            self.expect_words(self.rotate(f'--max-size={text}'), 2, f'--max-size: {text} is ')
+        for option in ('--max-memory', '--max-file-size', '--max-size'):
+            self.expect_words(self.rotate(option, ''), 2, f'{option}:  is no')
+        self.assertEqual(self.targets(), [])
 
 
 class WordKinds(CliTest):

@@ -645,6 +645,40 @@ TEST_F(FolderRotation, TellsOfEveryOutputOfAnInterruptedRun) {
     }
 }
 
+TEST_F(FolderRotation, FilesOfMorePixelsThanTheLimitFail) {
+    m_request.lenient = true;
+    for (const wchar_t* name : {L"a.3bcoef", L"a.3wcoef", L"a.cccoef"}) {
+        AddFile(name, 5, 3);
+        for (const PixelSize& largest : {PixelSize{5, 3}, PixelSize{65535, 3}, PixelSize{5, 9}}) {
+            m_request.limits.largestSize = largest;
+            EXPECT_EQ(Run().end, ERotationEnd::AllDone);
+        }
+        ASSERT_TRUE(RemoveFile(m_target.File(ExportName(name, L"90\u00B0"))));
+        for (const PixelSize& largest : {PixelSize{4, 3}, PixelSize{5, 2}, PixelSize{3, 5}}) {
+            m_request.limits.largestSize = largest;
+            EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
+            ExpectProblem("its size 5 x 3 is above the limit of " + std::to_string(largest.width) +
+                          " x " + std::to_string(largest.height));
+        }
+        EXPECT_EQ(m_target.Names(), Names{});
+        ASSERT_TRUE(RemoveFile(m_source.File(name)));
+    }
+}
+
+TEST_F(FolderRotation, FilesOfMoreBytesThanTheLimitFail) {
+    m_request.lenient = true;
+    AddFile(L"a.3bcoef", 5, 3);
+    const std::uint64_t bytes = ReadFile(m_source.File(L"a.3bcoef")).size();
+    m_request.limits.fileBytes = bytes;
+    EXPECT_EQ(Run().end, ERotationEnd::AllDone);
+    ASSERT_TRUE(RemoveFile(m_target.File(L"a-90\u00B0.3bcoef")));
+    m_request.limits.fileBytes = bytes - 1;
+    EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
+    ExpectProblem("its " + std::to_string(bytes) + " bytes are above the limit of " +
+                  std::to_string(bytes - 1));
+    EXPECT_EQ(m_target.Names(), Names{});
+}
+
 class ManifestOfRun : public FolderRotation {
   protected:
     ManifestOfRun() { m_request.manifest = m_place.File(L"sums.txt"); }
