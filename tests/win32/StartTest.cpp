@@ -75,7 +75,6 @@ TEST_F(TrevoltStart, OddStandardInputsAreDefined) {
         {{SLaunch::Input::File, ""}, L"Multi_eng.ini"},
         {{SLaunch::Input::File, LanguageBytes(4)}, L"Multi_French.ini"},
         {{SLaunch::Input::OpenPipe, LanguageBytes(10)}, L"Multi_Polish.ini"},
-        {{SLaunch::Input::OpenPipe, ""}, L"Multi_eng.ini"},
         {{SLaunch::Input::Pipe, ""}, L"Multi_eng.ini"},
         {{SLaunch::Input::Pipe, "\x05\x00\x00"s}, L"Multi_Japanese.ini"},
         {{SLaunch::Input::Pipe, Padded(6, 10000)}, L"Multi_Korean.ini"},
@@ -86,6 +85,21 @@ TEST_F(TrevoltStart, OddStandardInputsAreDefined) {
         Start(launch);
         ExpectTexts(file, static_cast<int>(launch.bytes.size()));
     }
+}
+
+TEST_F(TrevoltStart, ComesUpAmongJunkWhenItsLauncherIsSilent) {
+    const std::wstring language = ToolsLanguageFolder(m_tree.ModuleFolder()) + L"Multi_eng.ini";
+    const std::string whole = test::ReadText(language);
+    test::WriteText(language, whole.substr(0, whole.size() / 2) + std::string(70000, '\0'));
+    test::WriteText(m_tree.SettingsFile(),
+                    "[coefInfo]\nBoxWidth=7\nBoxHeight=\0\nOriCoefPath=\0\1\2"s +
+                        std::string(std::size_t{1} << 20, 'x'));
+    const auto& trevolt = Start({SLaunch::Input::OpenPipe, ""});
+    EXPECT_EQ(trevolt.Title(), English(L"Trevolt_102"));
+    EXPECT_EQ(trevolt.Text(kIdWidth), L"7");
+    trevolt.Type(kIdHeight, L"12");
+    EXPECT_EQ(Saved(kKeyCabinetHeight), L"12");
+    EXPECT_EQ(Saved(kKeyCabinetWidth), L"7");
 }
 
 TEST_F(TrevoltStart, ChangesItsLanguageWhileItRuns) {
@@ -110,6 +124,8 @@ TEST_F(TrevoltStart, OddLanguageMessagesAreDefined) {
     }
     trevolt.SendCopyData(0, Padded(7, 5000));
     ExpectTexts(L"Multi_Russian.ini", 5000);
+    trevolt.SendCopyData(0, Padded(4, std::size_t{4} << 20));
+    ExpectTexts(L"Multi_French.ini", 4 << 20);
 }
 
 TEST_F(TrevoltStart, EscapeCloses) {

@@ -137,6 +137,16 @@ TEST(TrevoltWindow, CopyDataWithoutABlockIsIgnored) {
     EXPECT_TRUE(IsWindow(window.Get()));
 }
 
+TEST(TrevoltWindow, CopyDataWithoutItsDataIsIgnored) {
+    const CShownWindow window;
+    for (const DWORD size : {DWORD{4}, DWORD{0xFFFFFFFF}}) {
+        COPYDATASTRUCT data{};
+        data.cbData = size;
+        EXPECT_EQ(SendMessageW(window.Get(), WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data)), 0);
+    }
+    EXPECT_TRUE(IsWindow(window.Get()));
+}
+
 TEST(TrevoltWindow, PaintsWhileItIsMinimised) {
     const CShownWindow window;
     SendMessageW(window.Get(), WM_SYSCOMMAND, SC_MINIMIZE, 0);
