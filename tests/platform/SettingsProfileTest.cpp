@@ -191,14 +191,12 @@ TEST_F(SettingsProfile, AFileTooLargeForSettingsIsLeftAlone) {
 TEST_F(SettingsProfile, AFileThatWouldGrowTooLargeForSettingsIsLeftAlone) {
     const std::string head = "[coefInfo]\r\nBoxWidth=1\r\n";
     const std::size_t half = (std::size_t{4} << 20) / 2;
-    for (const std::string& large :
-         {head + std::string(half - head.size(), ';'), head + std::string(half / 2, '\n')}) {
-        Fill(large);
-        EXPECT_FALSE(m_profile.WriteString(L"BoxWidth", L"2"));
-        EXPECT_EQ(m_profile.ReadString(L"BoxWidth"), L"1");
-        EXPECT_TRUE(Bytes() == large);
-        EXPECT_FALSE(test::FileExists(m_path + L".new"));
-    }
+    const std::string large = head + std::string(half - head.size() - 2, ';');
+    Fill(large);
+    EXPECT_FALSE(m_profile.WriteString(L"BoxWidth", L"2"));
+    EXPECT_EQ(m_profile.ReadString(L"BoxWidth"), L"1");
+    EXPECT_TRUE(Bytes() == large);
+    EXPECT_FALSE(test::FileExists(m_path + L".new"));
     Fill(head + std::string(half - head.size() - 3, ';'));
     EXPECT_TRUE(m_profile.WriteString(L"BoxWidth", L"2"));
     EXPECT_EQ(m_profile.ReadString(L"BoxWidth"), L"2");
