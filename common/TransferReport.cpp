@@ -23,6 +23,11 @@ void CTransferReport::NoteWriteFailed() {
         report->m_writeFailed = true;
 }
 
+void CTransferReport::NoteReadFailed() {
+    for (CTransferReport* report = t_innermost; report != nullptr; report = report->m_outer)
+        report->m_readFailed = true;
+}
+
 void CTransferReport::NoteSystemError(int error) {
     for (CTransferReport* report = t_innermost; report != nullptr; report = report->m_outer)
         if (report->m_systemError == 0)
@@ -68,6 +73,16 @@ void CTransferReport::NoteFailedRead(Status status) {
     for (CTransferReport* report = t_innermost; report != nullptr; report = report->m_outer)
         if (report->m_failedRead == S_OK)
             report->m_failedRead = status;
+}
+
+void CTransferReport::NoteTextFlaws(const CTextFlaws& flaws) {
+    for (CTransferReport* report = t_innermost; report != nullptr; report = report->m_outer)
+        report->m_textFlaws.Add(flaws);
+}
+
+void CTransferReport::NoteCleanedPixels(std::uint64_t count) {
+    for (CTransferReport* report = t_innermost; report != nullptr; report = report->m_outer)
+        report->m_cleanedPixels += count;
 }
 
 } // namespace trevolt

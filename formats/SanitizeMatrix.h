@@ -15,11 +15,15 @@ inline constexpr float kLargestCoefficient = 1.00001F; // 0x3F800054
 /// Cleans a row-major 3×3 matrix in float32 arithmetic: values below the smallest coefficient
 /// become 0, values above the largest become 1, and the three values of each column whose sum is
 /// above the largest are divided by that sum. NaN stays. Cleaning again changes nothing but a
-/// value that the division took below the smallest coefficient.
-inline void SanitizeMatrix(std::span<float, 9> m) {
+/// value that the division took below the smallest coefficient. True when a value changed by more
+/// than the sign of a zero.
+inline bool SanitizeMatrix(std::span<float, 9> m) {
+    bool isChanged = false;
     for (float& value : m) {
+        const float given = value;
         value = value < kSmallestCoefficient ? 0.0F : value;
         value = value > kLargestCoefficient ? 1.0F : value;
+        isChanged |= (value < given) | (value > given); // a NaN stays one
     }
     for (std::size_t column = 0; column < 3; ++column) {
         const float sum = m[column] + m[3 + column] + m[6 + column];
@@ -27,7 +31,9 @@ inline void SanitizeMatrix(std::span<float, 9> m) {
             continue;
         for (std::size_t k = column; k < m.size(); k += 3)
             m[k] /= sum;
+        isChanged = true; // by more than a rounding, since it has a value that is not 0
     }
+    return isChanged;
 }
 
 } // namespace trevolt

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -12,6 +14,8 @@
 #include "formats/TextLines.h"
 #include "formats/TextNumber.h"
 #include "formats/TextScan.h"
+#include "trevolt/MemoryBudget.h"
+#include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {
@@ -42,20 +46,27 @@ bool ScanCoordinates(CTextScan& scan, Coordinates& at) {
     return scan.TakeInteger(at.x) && scan.TakeLiteral(",") && scan.TakeInteger(at.y);
 }
 
-void ScanDataLine(std::string_view line, ParseRecord& record) {
+const char* EndOf(std::string_view line) { return line.data() + line.size(); }
+
+/// Whether it is a whole data line: all fields, and nothing but blanks behind them.
+bool ScanDataLine(std::string_view line, ParseRecord& record) {
     CTextScan scan(line);
     if (!ScanCoordinates(scan, record.at))
-        return;
+        return false;
     for (float& value : record.m)
         if (!scan.TakeLiteral(",") || !scan.TakeReal(value))
-            return;
+            return false;
+    return scan.TakeBlanksTo(EndOf(line));
 }
 
-void ScanSizeLine(std::string_view line, std::string_view key, std::uint32_t& size) {
+/// Whether it is a whole size line: the key, a size, and nothing but blanks behind it.
+bool ScanSizeLine(std::string_view line, std::string_view key, std::uint32_t& size) {
     CTextScan scan(line);
     std::int32_t value = 0;
-    if (scan.TakeLiteral(key) && scan.TakeInteger(value))
-        size = static_cast<std::uint32_t>(value);
+    if (!scan.TakeLiteral(key) || !scan.TakeInteger(value))
+        return false;
+    size = static_cast<std::uint32_t>(value);
+    return value >= 0 && scan.TakeBlanksTo(EndOf(line));
 }
 
 /// Raises `size` to `atLeast`; negative ones raise nothing.
@@ -67,6 +78,13 @@ void RaiseToHold(const Coordinates& at, std::uint32_t& width, std::uint32_t& hei
     Raise(width, std::int64_t{at.x} + 1);
     Raise(height, std::int64_t{at.y} + 1);
 }
+
+/// How much of a data line there is.
+enum class EDataLine : std::uint8_t {
+    Flawless,
+    Whole,  ///< all fields, but a flaw that has been noted
+    Partial ///< not all fields, or more than those; or the empty one at the end of the file
+};
 
 /// A file that begins with a tag line.
 class CTaggedText {
@@ -82,6 +100,8 @@ class CTaggedText {
         if (dialect == kDialects.end())
             return E_COEF_BADTEXT;
         m_sized = dialect->sized;
+        if (!m_lines.HasMore())
+            NoteFlaw(ETextFlaw::NoEnd);
         return S_OK;
     }
 
@@ -89,17 +109,76 @@ class CTaggedText {
 
     /// Takes the size lines, which are told by their position alone, where the dialect has them.
     void TakeSizeLines(std::uint32_t& width, std::uint32_t& height) {
-        if (m_sized && m_lines.HasMore())
-            ScanSizeLine(m_lines.Next(), kWidthKey, width);
-        if (m_sized && m_lines.HasMore())
-            ScanSizeLine(m_lines.Next(), kHeightKey, height);
+        if (!m_sized)
+            return;
+        const bool hasWidth = TakeSizeLine(kWidthKey, width);
+        if (TakeSizeLine(kHeightKey, height) && hasWidth)
+            m_stated = {width, height};
     }
 
-    CTextLines& Lines() { return m_lines; }
+    bool HasMore() const { return m_lines.HasMore(); }
+
+    /// Takes a data line into `record`, and tells how much it gave.
+    EDataLine TakeDataLine(ParseRecord& record) {
+        const std::string_view line = m_lines.Next();
+        const bool isWhole = ScanDataLine(line, record);
+        if (!HasGoodEnd(line))
+            return isWhole ? EDataLine::Whole : EDataLine::Partial;
+        if (isWhole && m_stated.Holds(record.at))
+            return EDataLine::Flawless;
+        NoteFlaw(isWhole ? ETextFlaw::Outside : ETextFlaw::DataLine);
+        return isWhole ? EDataLine::Whole : EDataLine::Partial;
+    }
+
+    /// Takes a data line's coordinates.
+    void TakeCoordinates(Coordinates& at) {
+        CTextScan scan(m_lines.Next());
+        ScanCoordinates(scan, at);
+    }
+
+    /// Tells that the line that was taken last has a flaw.
+    void NoteFlaw(ETextFlaw flaw) { m_flaws.Note(flaw, m_lines.Number()); }
+
+    const CTextFlaws& Flaws() const { return m_flaws; }
 
   private:
+    /// The size of a file that states none reaches as far as numbers do.
+    struct StatedSize {
+        std::int64_t width = std::int64_t{1} << 31;
+        std::int64_t height = std::int64_t{1} << 31;
+
+        bool Holds(const Coordinates& at) const {
+            return at.x >= 0 && at.y >= 0 && at.x < width && at.y < height;
+        }
+    };
+
+    /// Whether it is there and whole.
+    bool TakeSizeLine(std::string_view key, std::uint32_t& size) {
+        if (!m_lines.HasMore())
+            return false; // and the flaw is that of the line before
+        const std::string_view line = m_lines.Next();
+        const bool isWhole = ScanSizeLine(line, key, size);
+        if ((HasGoodEnd(line) || line.empty()) && !isWhole)
+            NoteFlaw(ETextFlaw::SizeLine);
+        return isWhole;
+    }
+
+    /// Whether more follows a line. Notes it of one that is too long or has no end; the empty one
+    /// that meets the end of the file is as the format has it.
+    bool HasGoodEnd(std::string_view line) {
+        if (m_lines.HasMore())
+            return true;
+        if (m_lines.IsOverlong())
+            NoteFlaw(ETextFlaw::LongLine);
+        else if (!line.empty())
+            NoteFlaw(ETextFlaw::NoEnd);
+        return false;
+    }
+
     CTextLines m_lines;
     bool m_sized = false;
+    StatedSize m_stated;
+    CTextFlaws m_flaws;
 };
 
 SMatrixCoef ElementOf(const ParseRecord& record, bool diagonalOnly) {
@@ -112,6 +191,43 @@ SMatrixCoef ElementOf(const ParseRecord& record, bool diagonalOnly) {
         element.m[k] = record.m[k];
     return element;
 }
+
+/// The pixels of a map that lines have named, a bit each.
+class CNamedPixels {
+  public:
+    explicit CNamedPixels(const CChromaCorrectCoef& map)
+        : m_width(map.HasStorage() ? map.Width() : 0), m_height(map.Height()) {}
+
+    /// Names a pixel; whether it had been named. Always false outside the map, and without memory for
+    /// the bits, which the thread's transfer report hears of.
+    bool Name(std::int64_t x, std::int64_t y) {
+        if (x < 0 || y < 0 || x >= m_width || y >= m_height || !HasBits())
+            return false;
+        const auto pixel = static_cast<std::size_t>(y * m_width + x);
+        std::byte& bits = m_bits.Data()[pixel / 8];
+        const std::byte bit = std::byte{1} << (pixel % 8);
+        const bool wasNamed = (bits & bit) != std::byte{0};
+        bits |= bit;
+        return wasNamed;
+    }
+
+  private:
+    /// Only the first pixel that is named takes memory.
+    bool HasBits() {
+        if (m_bits)
+            return true;
+        m_bits = CBudgetBlock(static_cast<std::size_t>((m_width * m_height + 7) / 8));
+        if (m_bits)
+            std::memset(m_bits.Data(), 0, m_bits.Size());
+        else
+            m_width = 0;
+        return static_cast<bool>(m_bits);
+    }
+
+    std::int64_t m_width;
+    std::int64_t m_height;
+    CBudgetBlock m_bits;
+};
 
 bool HasShapeOf(const CMassiveGrid& grid, const CChromaCorrectCoef& map) {
     return grid.ElementBytes() == sizeof(SMatrixCoef) && grid.Width() == map.Width() &&
@@ -203,6 +319,27 @@ struct Placing {
     bool diagonalOnly;
 };
 
+/// Stores what the data lines name; what they have that the format passes over is noted.
+void StoreDataLines(CTaggedText& text, CChromaCorrectCoef& map, const Placing& placing,
+                    std::uint32_t& width, std::uint32_t& height) {
+    ParseRecord record;
+    CNamedPixels named(map);
+    std::uint64_t cleaned = 0;
+    while (text.HasMore()) {
+        const EDataLine line = text.TakeDataLine(record);
+        if (SanitizeMatrix(record.m) && line != EDataLine::Partial)
+            ++cleaned;
+        const std::int64_t x = std::int64_t{record.at.x} + placing.xOffset;
+        const std::int64_t y = std::int64_t{record.at.y} + placing.yOffset;
+        map.SetElement(x, y, ElementOf(record, placing.diagonalOnly));
+        if (line == EDataLine::Flawless && named.Name(x, y))
+            text.NoteFlaw(ETextFlaw::Repeated);
+        if (!text.IsSized())
+            RaiseToHold(record.at, width, height);
+    }
+    CTransferReport::NoteCleanedPixels(cleaned);
+}
+
 Status ReadLines(std::istream& stream, CChromaCorrectCoef& map, const Placing& placing,
                  std::uint32_t& width, std::uint32_t& height) {
     CTaggedText text(stream);
@@ -210,16 +347,8 @@ Status ReadLines(std::istream& stream, CChromaCorrectCoef& map, const Placing& p
         return status;
     map.FillDefaults();
     text.TakeSizeLines(width, height);
-    ParseRecord record;
-    while (text.Lines().HasMore()) {
-        ScanDataLine(text.Lines().Next(), record);
-        SanitizeMatrix(record.m);
-        map.SetElement(std::int64_t{record.at.x} + placing.xOffset,
-                       std::int64_t{record.at.y} + placing.yOffset,
-                       ElementOf(record, placing.diagonalOnly));
-        if (!text.IsSized())
-            RaiseToHold(record.at, width, height);
-    }
+    StoreDataLines(text, map, placing, width, height);
+    CTransferReport::NoteTextFlaws(text.Flaws());
     return S_OK;
 }
 
@@ -237,9 +366,8 @@ Status ProbeLines(std::istream& stream, std::uint32_t& width, std::uint32_t& hei
         return status;
     text.TakeSizeLines(width, height);
     Coordinates at;
-    while (!text.IsSized() && text.Lines().HasMore()) {
-        CTextScan scan(text.Lines().Next());
-        ScanCoordinates(scan, at);
+    while (!text.IsSized() && text.HasMore()) {
+        text.TakeCoordinates(at);
         RaiseToHold(at, width, height);
     }
     return S_OK;

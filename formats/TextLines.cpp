@@ -25,10 +25,12 @@ std::string_view CTextLines::Next() {
     m_at += m_ended ? length : length + 1;
     if (!m_ended && length > 0 && line[length - 1] == '\r')
         --length;
-    if (length > kLongestLine) {
+    m_overlong = length > kLongestLine;
+    if (m_overlong) {
         length = kLongestLine;
         m_ended = true;
     }
+    ++m_number;
     line[length] = '\0';
     return {line, length};
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <istream>
 #include <string_view>
 #include <vector>
@@ -27,6 +28,11 @@ class CTextLines {
     /// call, and followed by a NUL in memory. Asked for only while `HasMore()`.
     std::string_view Next();
 
+    /// The number of the line that was taken last, from 1.
+    std::uint64_t Number() const { return m_number; }
+    /// Whether the line that was taken last has more characters than those.
+    bool IsOverlong() const { return m_overlong; }
+
   private:
     void Refill();
 
@@ -36,6 +42,8 @@ class CTextLines {
     std::size_t m_filled = 0;
     bool m_streamEnded = false;
     bool m_ended = false;
+    bool m_overlong = false;
+    std::uint64_t m_number = 0;
 };
 
 } // namespace trevolt

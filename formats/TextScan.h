@@ -38,6 +38,12 @@ class CTextScan {
         return TakeShortDecimal(value) || TakeAnyReal(value);
     }
 
+    /// Takes blanks; whether the scan then stands at `end`, where its line ends.
+    bool TakeBlanksTo(const char* end) {
+        SkipBlanks();
+        return m_at == end;
+    }
+
   private:
     static bool IsDigit(char c) { return c >= '0' && c <= '9'; }
     static bool IsBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }

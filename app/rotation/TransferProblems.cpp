@@ -1,5 +1,6 @@
 #include "trevolt/TransferProblems.h"
 
+#include <array>
 #include <string_view>
 
 #include <fmt/format.h>
@@ -8,9 +9,53 @@
 
 namespace trevolt {
 
+namespace {
+
+/// How the lines of a flaw are told: of one line its number is filled in, of several how many they
+/// are and the number of the first.
+struct SFlawText {
+    ETextFlaw flaw;
+    const char* one;
+    const char* several;
+};
+
+constexpr std::array kFlawTexts{
+    SFlawText{ETextFlaw::SizeLine, "line {} is no whole size line",
+              "{} lines are no whole size lines, the first is line {}"},
+    SFlawText{ETextFlaw::DataLine, "line {} is no whole data line",
+              "{} lines are no whole data lines, the first is line {}"},
+    SFlawText{ETextFlaw::Outside, "line {} names a pixel outside the file's size",
+              "{} lines name pixels outside the file's size, the first is line {}"},
+    SFlawText{ETextFlaw::Repeated, "line {} names a pixel that an earlier line names",
+              "{} lines name pixels that earlier lines name, the first is line {}"},
+    SFlawText{ETextFlaw::LongLine, "line {} is too long, and what follows in the file is not read",
+              "{} lines are too long, and what follows is not read, the first is line {}"},
+    SFlawText{ETextFlaw::NoEnd, "line {} is the last and has no end",
+              "{} last lines have no end, the first is line {}"},
+};
+static_assert(kFlawTexts.size() == CTextFlaws::kKinds);
+
+void AppendTextProblems(const CTextFlaws& flaws, std::vector<std::string>& problems) {
+    for (const SFlawText& text : kFlawTexts) {
+        const SFlawedLines& lines = flaws[text.flaw];
+        if (lines.count == 1)
+            problems.push_back("is damaged: " + fmt::format(fmt::runtime(text.one), lines.first));
+        if (lines.count > 1)
+            problems.push_back("is damaged: " +
+                               fmt::format(fmt::runtime(text.several), lines.count, lines.first));
+    }
+}
+
+} // namespace
+
 std::vector<std::string> DescribeReadProblems(Status status, const CTransferReport& report) {
     if (report.WasMemoryRefused())
         return {"not enough memory to read it whole"};
+    if (report.HasReadFailed()) {
+        const std::string reason = SystemErrorText(report.SystemError());
+        return {"cannot be read: " +
+                (reason.empty() ? "the system did not give all of its bytes" : reason)};
+    }
     for (const Status answer : {status, report.FailedRead()})
         if (Failed(answer))
             return {fmt::format("cannot be read: {}", DescribeStatus(answer))};
@@ -29,14 +74,19 @@ std::vector<std::string> DescribeReadProblems(Status status, const CTransferRepo
         "is damaged: {} bytes lie behind its last chunk");
     add(report.MissingPixels(), "is incomplete: {} pixel has no data",
         "is incomplete: {} pixels have no data");
+    AppendTextProblems(report.TextFlaws(), problems);
     return problems;
 }
 
 std::vector<std::string> DescribeReadNotes(const CTransferReport& report) {
-    if (report.ForeignIndices() == 0)
-        return {};
-    return {fmt::format("{} of its chunks {} a block index that is not that of the place",
-                        report.ForeignIndices(), report.ForeignIndices() == 1 ? "has" : "have")};
+    std::vector<std::string> notes;
+    if (const std::uint32_t count = report.ForeignIndices(); count != 0)
+        notes.push_back(
+            fmt::format("{} of its chunks {} a block index that is not that of the place", count,
+                        count == 1 ? "has" : "have"));
+    if (report.CleanedPixels() != 0)
+        notes.push_back(fmt::format("cleaning changed {} of its pixels", report.CleanedPixels()));
+    return notes;
 }
 
 std::string DescribeWriteProblem(Status status, const CTransferReport& report) {

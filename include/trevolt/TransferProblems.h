@@ -13,7 +13,8 @@ namespace trevolt {
 /// What a load lacks, one entry each; none when the file is whole in the map.
 std::vector<std::string> DescribeReadProblems(Status status, const CTransferReport& report);
 
-/// What is unusual about a file that was read, and no problem; one entry each.
+/// What is unusual about a file that was read, and what was done to its values, as far as neither is a
+/// problem; one entry each.
 std::vector<std::string> DescribeReadNotes(const CTransferReport& report);
 
 /// Why an output is not whole; empty when it is.

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "trevolt/StatusCodes.h"
+#include "trevolt/TextFlaws.h"
 
 namespace trevolt {
 
@@ -20,8 +21,11 @@ class CTransferReport {
 
     /// An output stream had failed when it was closed: the file is not whole.
     bool HasWriteFailed() const { return m_writeFailed; }
+    /// An input stream broke: it was told that bytes cannot be read, and what a reader made of those
+    /// before them is not the whole file, whatever its status.
+    bool HasReadFailed() const { return m_readFailed; }
     /// The system's reason (an `errno` value) for the first output file that did not open or take
-    /// its bytes, 0 when there was none or the system gave none.
+    /// its bytes, or input that could not be read; 0 when there was none or the system gave none.
     int SystemError() const { return m_systemError; }
     /// The memory budget or the system refused a block.
     bool WasMemoryRefused() const { return m_memoryRefused; }
@@ -41,8 +45,14 @@ class CTransferReport {
     std::uint32_t ForeignIndices() const { return m_foreignIndices; }
     /// The status of the first read that failed behind a success, S_OK when there was none.
     Status FailedRead() const { return m_failedRead; }
+    /// What the reader of text files passed over.
+    const CTextFlaws& TextFlaws() const { return m_textFlaws; }
+    /// Pixels that the cleaning of text files changed: whole data lines of which it changed a value
+    /// by more than the sign of a zero.
+    std::uint64_t CleanedPixels() const { return m_cleanedPixels; }
 
     static void NoteWriteFailed();
+    static void NoteReadFailed();
     static void NoteSystemError(int error);
     static void NoteMemoryRefused();
     static void NoteFailedChunks(std::uint32_t count);
@@ -52,10 +62,13 @@ class CTransferReport {
     static void NoteStrayBytes(std::uint64_t count);
     static void NoteForeignIndices(std::uint32_t count);
     static void NoteFailedRead(Status status);
+    static void NoteTextFlaws(const CTextFlaws& flaws);
+    static void NoteCleanedPixels(std::uint64_t count);
 
   private:
     CTransferReport* m_outer;
     bool m_writeFailed = false;
+    bool m_readFailed = false;
     int m_systemError = 0;
     bool m_memoryRefused = false;
     std::uint32_t m_failedChunks = 0;
@@ -65,6 +78,8 @@ class CTransferReport {
     std::uint64_t m_strayBytes = 0;
     std::uint32_t m_foreignIndices = 0;
     Status m_failedRead{};
+    CTextFlaws m_textFlaws;
+    std::uint64_t m_cleanedPixels = 0;
 };
 
 } // namespace trevolt

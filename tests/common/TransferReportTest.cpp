@@ -2,10 +2,12 @@
 
 #include <cerrno>
 #include <limits>
+#include <sstream>
 #include <thread>
 
 #include <gtest/gtest.h>
 
+#include "common/BrokenStream.h"
 #include "common/WrittenFile.h"
 #include "platform/FileStream.h"
 #include "tests/support/TestFiles.h"
@@ -25,6 +27,9 @@ TEST(TransferReport, StartsClean) {
     EXPECT_EQ(report.ForeignIndices(), 0U);
     EXPECT_EQ(report.FailedRead(), S_OK);
     EXPECT_EQ(report.SystemError(), 0);
+    EXPECT_FALSE(report.HasReadFailed());
+    EXPECT_EQ(report.CleanedPixels(), 0U);
+    EXPECT_EQ(report.TextFlaws()[ETextFlaw::DataLine].count, 0U);
 }
 
 TEST(TransferReport, NotesReachTheInnermostReportAndThoseAroundIt) {
@@ -94,6 +99,42 @@ TEST(TransferReport, NeverCountsMissingPixelsBackToNone) {
     EXPECT_EQ(report.MissingPixels(), kMost);
     CTransferReport::NoteMissingPixels(kMost);
     EXPECT_EQ(report.MissingPixels(), kMost);
+}
+
+TEST(TransferReport, AddsWhatTextFilesTell) {
+    const CTransferReport outer;
+    CTextFlaws flaws;
+    flaws.Note(ETextFlaw::NoEnd, 9);
+    CTransferReport::NoteTextFlaws(flaws);
+    CTransferReport::NoteCleanedPixels(3);
+    {
+        const CTransferReport inner;
+        CTransferReport::NoteTextFlaws(flaws);
+        CTransferReport::NoteCleanedPixels(4);
+        CTransferReport::NoteReadFailed();
+        EXPECT_EQ(inner.TextFlaws()[ETextFlaw::NoEnd].count, 1U);
+        EXPECT_EQ(inner.CleanedPixels(), 4U);
+        EXPECT_TRUE(inner.HasReadFailed());
+    }
+    EXPECT_EQ(outer.TextFlaws()[ETextFlaw::NoEnd].count, 2U);
+    EXPECT_EQ(outer.TextFlaws()[ETextFlaw::NoEnd].first, 9U);
+    EXPECT_EQ(outer.TextFlaws()[ETextFlaw::LongLine].count, 0U);
+    EXPECT_EQ(outer.CleanedPixels(), 7U);
+    EXPECT_TRUE(outer.HasReadFailed());
+}
+
+TEST(TransferReport, NotesOnlyAStreamThatBroke) {
+    const CTransferReport report;
+    std::istringstream stream("x");
+    std::string line;
+    std::getline(stream, line);
+    EXPECT_TRUE(stream.eof());
+    stream.setstate(std::ios::failbit);
+    NoteIfBroken(stream);
+    EXPECT_FALSE(report.HasReadFailed());
+    stream.setstate(std::ios::badbit);
+    NoteIfBroken(stream);
+    EXPECT_TRUE(report.HasReadFailed());
 }
 
 TEST(TransferReport, KeepsTheFirstReasonOfTheSystem) {

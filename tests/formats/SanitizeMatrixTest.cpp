@@ -18,6 +18,8 @@ Matrix Sanitized(Matrix m) {
     return m;
 }
 
+bool Changes(Matrix m) { return SanitizeMatrix(m); }
+
 Matrix WithFirst(float value) { return {value, 0, 0, 0, 0, 0, 0, 0, 0}; }
 
 TEST(SanitizeMatrix, ItsThresholdsAreTheExactFloats) {
@@ -69,6 +71,25 @@ TEST(SanitizeMatrix, AQuotientBelowTheSmallestGoesWithTheNextCleaning) {
     EXPECT_GT(once[0], 0.0F);
     EXPECT_LT(once[0], kSmallestCoefficient);
     EXPECT_EQ(Sanitized(once)[0], 0.0F);
+}
+
+TEST(SanitizeMatrix, TellsWhetherAValueChanged) {
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    EXPECT_FALSE(Changes(WithFirst(0.0F)));
+    EXPECT_FALSE(Changes(WithFirst(-0.0F)));
+    EXPECT_FALSE(Changes(WithFirst(nan)));
+    EXPECT_FALSE(Changes(WithFirst(kSmallestCoefficient)));
+    EXPECT_FALSE(Changes(WithFirst(kLargestCoefficient)));
+    EXPECT_FALSE(Changes({0.5F, 0, 0, 0.25F, 1, 0, 0.25F, 0, 1}));
+    EXPECT_TRUE(Changes(WithFirst(std::bit_cast<float>(0x3727C5ABU))));
+    EXPECT_TRUE(Changes(WithFirst(-0.5F)));
+    EXPECT_TRUE(Changes(WithFirst(std::bit_cast<float>(0x3F800055U))));
+    EXPECT_TRUE(Changes({nan, 0, 0, nan, 0, 0, nan, 0, 2}));
+    for (std::size_t column = 0; column < 3; ++column) {
+        Matrix m{};
+        m[column] = m[column + 3] = 0.50002F;
+        EXPECT_TRUE(Changes(m)) << column;
+    }
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "formats/TextLines.h"
 
+#include <sstream>
+
 #include <gtest/gtest.h>
 
 #include "platform/FileStream.h"
@@ -89,6 +91,20 @@ TEST(TextLines, IsTheSameWhereverItsReadsEnd) {
     }
     expected.emplace_back();
     EXPECT_EQ(LinesOf(text), expected);
+}
+
+TEST(TextLines, AreNumberedAndToldWhenTheyAreTooLong) {
+    const std::string longest(CTextLines::kLongestLine, 'x');
+    std::istringstream stream("a\n" + longest + "\n" + longest + "y\nb");
+    CTextLines lines(stream);
+    EXPECT_EQ(lines.Number(), 0U);
+    for (std::uint64_t number = 1; number <= 3; ++number) {
+        ASSERT_TRUE(lines.HasMore());
+        lines.Next();
+        EXPECT_EQ(lines.Number(), number);
+        EXPECT_EQ(lines.IsOverlong(), number == 3);
+    }
+    EXPECT_FALSE(lines.HasMore());
 }
 
 } // namespace

@@ -258,5 +258,21 @@ TEST(TextScan, AgreesWithTheLibraryOnShortDecimals) {
 
 #endif
 
+TEST(TextScan, TellsWhatStandsBeforeTheEndOfTheLine) {
+    using namespace std::string_view_literals;
+    for (const std::string_view line : {"7"sv, "7 \t\n\v\f\r"sv}) {
+        CTextScan scan(line);
+        std::int32_t value = 0;
+        EXPECT_TRUE(scan.TakeInteger(value));
+        EXPECT_TRUE(scan.TakeBlanksTo(line.data() + line.size())) << line;
+    }
+    for (const std::string_view line : {"7x"sv, "7 ,"sv, "7\0"sv, "7 \0 "sv, "7 8"sv}) {
+        CTextScan scan(line);
+        std::int32_t value = 0;
+        EXPECT_TRUE(scan.TakeInteger(value));
+        EXPECT_FALSE(scan.TakeBlanksTo(line.data() + line.size())) << line;
+    }
+}
+
 } // namespace
 } // namespace trevolt

@@ -95,6 +95,67 @@ TEST(ReadNotes, AnIndexOfAnotherPlaceIsNoProblem) {
     EXPECT_EQ(DescribeReadProblems(S_OK, report), Problems{});
 }
 
+TEST(ReadProblems, ABrokenStreamIsToldByTheSystemsReasonWhateverFollowed) {
+    const CTransferReport report;
+    CTransferReport::NoteReadFailed();
+    CTransferReport::NoteFailedRead(E_FAIL);
+    CTransferReport::NoteFailedChunks(1);
+    CTextFlaws flaws;
+    flaws.Note(ETextFlaw::NoEnd, 4);
+    CTransferReport::NoteTextFlaws(flaws);
+    for (const Status status : {S_OK, E_COEF_BADTEXT})
+        EXPECT_EQ(DescribeReadProblems(status, report),
+                  Problems{"cannot be read: the system did not give all of its bytes"});
+    CTransferReport::NoteSystemError(EIO);
+    for (const Status status : {S_OK, E_COEF_BADTEXT})
+        EXPECT_EQ(DescribeReadProblems(status, report),
+                  Problems{"cannot be read: Input/output error"});
+}
+
+TEST(ReadProblems, EachFlawOfATextIsToldWithALine) {
+    struct SCase {
+        ETextFlaw flaw;
+        const char* one;
+        const char* several;
+    };
+    for (const SCase& c : {
+             SCase{ETextFlaw::SizeLine, "is damaged: line 2 is no whole size line",
+                   "is damaged: 2 lines are no whole size lines, the first is line 2"},
+             {ETextFlaw::DataLine, "is damaged: line 2 is no whole data line",
+              "is damaged: 2 lines are no whole data lines, the first is line 2"},
+             {ETextFlaw::Outside, "is damaged: line 2 names a pixel outside the file's size",
+              "is damaged: 2 lines name pixels outside the file's size, the first is line 2"},
+             {ETextFlaw::Repeated, "is damaged: line 2 names a pixel that an earlier line names",
+              "is damaged: 2 lines name pixels that earlier lines name, the first is line 2"},
+             {ETextFlaw::LongLine,
+              "is damaged: line 2 is too long, and what follows in the file is not read",
+              "is damaged: 2 lines are too long, and what follows is not read, the first is line "
+              "2"},
+             {ETextFlaw::NoEnd, "is damaged: line 2 is the last and has no end",
+              "is damaged: 2 last lines have no end, the first is line 2"},
+         }) {
+        const CTransferReport report;
+        CTextFlaws flaws;
+        flaws.Note(c.flaw, 2);
+        CTransferReport::NoteTextFlaws(flaws);
+        EXPECT_EQ(DescribeReadProblems(S_OK, report), Problems{c.one});
+        CTransferReport::NoteTextFlaws(flaws);
+        EXPECT_EQ(DescribeReadProblems(S_OK, report), Problems{c.several});
+        // A file that is refused is told by its status alone.
+        EXPECT_EQ(DescribeReadProblems(E_COEF_BADTEXT, report),
+                  Problems{"cannot be read: E_COEF_BADTEXT (0xE0830013): the first line is not a "
+                           "known tag"});
+    }
+}
+
+TEST(ReadNotes, TellOfCleanedPixelsAlone) {
+    const CTransferReport report;
+    CTransferReport::NoteFailedChunks(1);
+    EXPECT_EQ(DescribeReadNotes(report), Problems{});
+    CTransferReport::NoteCleanedPixels(12);
+    EXPECT_EQ(DescribeReadNotes(report), Problems{"cleaning changed 12 of its pixels"});
+}
+
 // Memory that was refused says nothing of the file, whatever else it led to.
 TEST(ReadProblems, RefusedMemoryComesFirst) {
     const CTransferReport report;
@@ -102,6 +163,7 @@ TEST(ReadProblems, RefusedMemoryComesFirst) {
     const Problems expected{"not enough memory to read it whole"};
     EXPECT_EQ(DescribeReadProblems(S_OK, report), expected);
     CTransferReport::NoteFailedRead(E_FAIL);
+    CTransferReport::NoteReadFailed();
     CTransferReport::NoteFailedChunks(3);
     CTransferReport::NoteMissingPixels(2);
     for (const Status status : {S_OK, E_FAIL, E_OUTOFMEMORY, E_COEF_NOBUFFER})
