@@ -51,8 +51,9 @@ class CConsoleListener : public CRotationListener {
         if (!outcome.losses.empty())
             fmt::print("{}: the turned file lacks {}\n", outcome.name,
                        fmt::join(outcome.losses, ", "));
-        for (const std::string& note : outcome.notes)
-            fmt::print("{}: {}\n", outcome.name, note);
+        if (!outcome.outputName.empty())
+            for (const std::string& note : outcome.notes)
+                fmt::print("{}: {}\n", outcome.name, note);
         if (m_showProgress && done < count) {
             fmt::print(stderr, "{} of {} ...", done, count);
             std::fflush(stderr);

@@ -9,6 +9,7 @@ CWordFileSource::CWordFileSource(std::istream& stream)
 
 std::istream* CWordFileSource::Open() {
     if (m_stream == nullptr) {
+        NoteIfBroken(m_file);
         m_file = std::fstream();
         return OpenFileStream(m_file, m_path, std::ios::in) ? &m_file : nullptr;
     }
@@ -17,7 +18,8 @@ std::istream* CWordFileSource::Open() {
 }
 
 void CWordFileSource::Rewind() {
-    std::istream& stream = m_stream == nullptr ? m_file : *m_stream;
+    std::istream& stream = Stream();
+    NoteIfBroken(stream);
     if (m_start < 0)
         return stream.setstate(std::ios::failbit);
     stream.clear();

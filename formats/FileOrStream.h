@@ -7,6 +7,7 @@
 #include <istream>
 #include <ostream>
 
+#include "common/BrokenStream.h"
 #include "common/WrittenFile.h"
 #include "platform/FileStream.h"
 #include "trevolt/StatusCodes.h"
@@ -20,20 +21,28 @@ class CFileSource {
     CFileSource(std::istream& stream) : m_stream(&stream) {}
 
     /// The answer of `read`, which is handed the stream, or that of the file, opened for it.
-    /// E_COEF_INVALIDARG for a null path, E_COEF_OPENFAILED.
+    /// E_COEF_INVALIDARG for a null path, E_COEF_OPENFAILED. The thread's transfer report hears when
+    /// the stream or the file broke.
     template <class Read>
     Status Take(Read read) const {
         if (m_stream != nullptr)
-            return read(*m_stream);
+            return TakeFrom(*m_stream, read);
         if (m_path == nullptr)
             return E_COEF_INVALIDARG;
         std::fstream file;
         if (!OpenFileStream(file, m_path, std::ios::in))
             return E_COEF_OPENFAILED;
-        return read(file);
+        return TakeFrom(file, read);
     }
 
   private:
+    template <class Read>
+    static Status TakeFrom(std::istream& stream, Read& read) {
+        const Status status = read(stream);
+        NoteIfBroken(stream);
+        return status;
+    }
+
     const wchar_t* m_path = nullptr;
     std::istream* m_stream = nullptr;
 };

@@ -2,6 +2,7 @@
 
 #include "formats/BinaryCoefKind.h"
 #include "formats/FileOrStream.h"
+#include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {
@@ -15,10 +16,13 @@ Status ReadGrids(CChromaCorrectCoef& map, std::istream& stream) {
     // The stored size never outlives the reset that follows it, so it is not even looked at.
     stream.ignore(kUnusedFields);
     map.Reset();
-    // A grid that cannot be read stays empty; the magic alone decides the result.
-    if (Failed(map.ColourGrid().ReadFromFile(stream)))
-        return S_OK; // nothing tells where the gain grid's image begins
-    DropStatus(map.GainGrid().ReadFromFile(stream));
+    // A grid that cannot be read stays empty; the magic alone decides the result. Without the first
+    // one nothing tells where the image of the second begins.
+    Status status = map.ColourGrid().ReadFromFile(stream);
+    if (!Failed(status))
+        status = map.GainGrid().ReadFromFile(stream);
+    if (Failed(status))
+        CTransferReport::NoteFailedRead(status);
     return S_OK;
 }
 

@@ -32,6 +32,34 @@ bool OpenFileStream(std::fstream& stream, const wchar_t* path, std::ios::openmod
     return OpenBinary(stream, path, mode);
 }
 
+CInputFile::CInputFile() : std::istream(nullptr) { rdbuf(&m_buffer); }
+
+bool CInputFile::Open(const wchar_t* path) {
+    if (!OpenBinary<std::filebuf>(m_buffer, path, std::ios::in))
+        setstate(std::ios::failbit);
+    return good();
+}
+
+template <class Read>
+auto CInputFile::CBuffer::KeepingReason(Read read) {
+    errno = 0;
+    try {
+        return read();
+    } catch (...) {
+        if (m_systemError == 0)
+            m_systemError = errno;
+        throw;
+    }
+}
+
+CInputFile::CBuffer::int_type CInputFile::CBuffer::underflow() {
+    return KeepingReason([&] { return std::filebuf::underflow(); });
+}
+
+std::streamsize CInputFile::CBuffer::xsgetn(char* bytes, std::streamsize count) {
+    return KeepingReason([&] { return std::filebuf::xsgetn(bytes, count); });
+}
+
 COutputFile::COutputFile() : std::ostream(nullptr) { rdbuf(&m_buffer); }
 
 bool COutputFile::Open(const wchar_t* path, std::ios::openmode mode) {

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <fstream>
+#include <istream>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -12,6 +13,42 @@ namespace trevolt {
 /// Opens `stream` in binary mode, with `mode` added, on `path`. False when the path is null, is a
 /// folder, or does not open. Offsets and sizes are 64-bit on every system.
 bool OpenFileStream(std::fstream& stream, const wchar_t* path, std::ios::openmode mode);
+
+/// A binary file that is read, which remembers why the system refused it.
+class CInputFile : public std::istream {
+  public:
+    CInputFile();
+    ~CInputFile() override = default;
+    CInputFile(const CInputFile&) = delete;
+    CInputFile& operator=(const CInputFile&) = delete;
+
+    /// Opens as `OpenFileStream` does.
+    bool Open(const wchar_t* path);
+
+    /// The `errno` value of the first read that the system refused; 0 when it refused none or gave no
+    /// reason.
+    int SystemError() const { return m_buffer.SystemError(); }
+
+  private:
+    /// Asks for the reason where the refused read throws: any thread may read, and later calls may
+    /// overwrite it.
+    class CBuffer : public std::filebuf {
+      public:
+        int SystemError() const { return m_systemError; }
+
+      protected:
+        int_type underflow() override;
+        std::streamsize xsgetn(char* bytes, std::streamsize count) override;
+
+      private:
+        template <class Read>
+        auto KeepingReason(Read read);
+
+        int m_systemError = 0;
+    };
+
+    CBuffer m_buffer;
+};
 
 /// A binary file that is written to, which remembers why the system refused it.
 class COutputFile : public std::ostream {

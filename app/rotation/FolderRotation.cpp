@@ -187,6 +187,7 @@ class CFileRotation {
     bool FindSize() {
         std::uint32_t width = 0;
         std::uint32_t height = 0;
+        const CTransferReport report;
         const Status status = m_source.Take(
             [&](std::istream& stream) { return m_loadKind.readStreamSize(stream, width, height); });
         if (!Failed(status) && !IsMapSize({width, height})) {
@@ -200,8 +201,9 @@ class CFileRotation {
                              largest.width, largest.height));
             return false;
         }
-        if (!m_request.size && Failed(status)) {
-            Fail(fmt::format("cannot be read: {}", DescribeStatus(status)));
+        if (!m_request.size && (Failed(status) || report.HasReadFailed())) {
+            for (std::string& problem : DescribeReadProblems(status, report))
+                Fail(std::move(problem));
             return false;
         }
         if (!Failed(status))
@@ -306,6 +308,8 @@ class CFileRotation {
     bool IsTurnable(Status status, const CTransferReport& report) {
         for (std::string& problem : DescribeReadProblems(status, report))
             Fail(std::move(problem));
+        if (m_source.HasOtherSize())
+            Fail("its size changed while it was read");
         m_outcome.notes = DescribeReadNotes(report);
         return !m_outcome.HasFailed() || m_request.lenient;
     }

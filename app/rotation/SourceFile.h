@@ -1,18 +1,22 @@
 // A coefficient file that is opened once and looked at several times.
 #pragma once
 
-#include <fstream>
+#include <cstdint>
+#include <optional>
 #include <string>
 
 #include "platform/FileStream.h"
 #include "trevolt/StatusCodes.h"
+#include "trevolt/TransferReport.h"
 
 namespace trevolt {
 
 class CSourceFile {
   public:
     void Open(const std::wstring& path) {
-        m_isOpen = OpenFileStream(m_stream, path.c_str(), std::ios::in);
+        m_isOpen = m_stream.Open(path.c_str());
+        if (m_isOpen)
+            m_size = BytesToEnd(m_stream);
     }
     bool IsOpen() const { return m_isOpen; }
 
@@ -24,14 +28,22 @@ class CSourceFile {
     }
 
     /// The answer of `look`, which is handed the stream at the first byte; E_COEF_OPENFAILED when the
-    /// file did not open.
+    /// file did not open. The thread's transfer report hears why the system refused to read.
     template <class Look>
     Status Take(Look look) {
-        return m_isOpen ? look(FirstByte()) : E_COEF_OPENFAILED;
+        if (!m_isOpen)
+            return E_COEF_OPENFAILED;
+        const Status status = look(FirstByte());
+        CTransferReport::NoteSystemError(m_stream.SystemError());
+        return status;
     }
 
+    /// Whether the file has grown or shrunk since it was opened, as one does that is being written.
+    bool HasOtherSize() { return m_isOpen && BytesToEnd(FirstByte()) != m_size; }
+
   private:
-    std::fstream m_stream;
+    CInputFile m_stream;
+    std::optional<std::uint64_t> m_size; ///< at the opening; nothing when it could not be told
     bool m_isOpen = false;
 };
 

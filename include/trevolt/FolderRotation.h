@@ -53,9 +53,10 @@ struct SFileOutcome {
     PixelSize turnedSize;              ///< after it
     std::vector<std::string> problems; ///< what went wrong, in plain words; none: all went well
     std::vector<std::string> losses; ///< what the written file lacks of the source, in plain words
-    std::vector<std::string> notes;  ///< what is unusual about the source and no problem
-    bool interrupted = false;        ///< given up because the run was interrupted
-    std::string manifestLines;       ///< of a file that was written, when a manifest is wanted
+    std::vector<std::string>
+        notes;                 ///< what is unusual about the source, or was changed, and no problem
+    bool interrupted = false;  ///< given up because the run was interrupted
+    std::string manifestLines; ///< of a file that was written, when a manifest is wanted
 
     bool HasFailed() const { return !problems.empty(); }
 };

@@ -17,7 +17,8 @@ namespace trevolt {
 /// the header says, and so are the grids' shapes: only their storage holds what the file held. A
 /// grid that could not be read is empty, and behind an unread colour grid so is the gain grid.
 /// E_COEF_INVALIDARG for a null path, E_COEF_OPENFAILED, E_COEF_BADFORMAT for another magic or a
-/// file shorter than one, the map then as it was; else 0, whether the grids could be read or not.
+/// file shorter than one, the map then as it was; else 0, whether the grids could be read or not: the
+/// thread's transfer report hears of a failed read when one could not.
 Status ReadRawMapFile(CChromaCorrectCoef& map, const wchar_t* path);
 Status ReadRawMapFile(CChromaCorrectCoef& map, std::istream& stream);
 

@@ -520,6 +520,45 @@ class Damage(CliTest):
                      f'version_2.9fcoef: {self.BAD_FORMAT}', f'wrong.9bcoef: {self.BAD_FORMAT}'])
         self.assertEqual(self.targets(), ['good-90°.3bcoef'])
 
+    TEXT = ('[T9COEF20]\nwidth=4\nheight=3\n'
+            '1,1,0.5,0,0,0,0.5,0,0,0,0.5\n2,2,0.5,0,0,0,0.5,0,0,0,0.5\n')
+
+    def test_a_text_that_is_not_whole_is_named(self):
+        texts = {'a_whole': self.TEXT, 'b_cut': self.TEXT[:-9],
+                 'c_flipped': self.TEXT.replace('1,1,0.5,0', '1,1,0.5l0'),
+                 'd_outside': self.TEXT + '4,2,1,0,0,0,1,0,0,0,1\n',
+                 'e_repeated': self.TEXT + self.TEXT[-28:] * 2,
+                 'f_sizeless': self.TEXT.replace('height', 'heigh4'),
+                 'g_long': self.TEXT + ' ' * 2048 + '\n' + self.TEXT[-28:],
+                 'h_cleaned': self.TEXT + '0,0,1,0,0,0,1,1,0,0,1\n'}
+        for name, text in texts.items():
+            (self.source / f'{name}.cccoef').write_bytes(text.encode())
+        problems = ['b_cut.cccoef: is damaged: line 5 is the last and has no end',
+                    'c_flipped.cccoef: is damaged: line 4 is no whole data line',
+                    "d_outside.cccoef: is damaged: line 6 names a pixel outside the file's size",
+                    'e_repeated.cccoef: is damaged: 2 lines name pixels that earlier lines name, '
+                    'the first is line 6',
+                    'f_sizeless.cccoef: is damaged: line 3 is no whole size line',
+                    'g_long.cccoef: is damaged: line 6 is too long, and what follows in the file '
+                    'is not read']
+        turned = lambda name: f'{name}.cccoef -> {name}-90°.cccoef  (4 x 3 -> 3 x 4)'
+        note = 'h_cleaned.cccoef: cleaning changed 1 of its pixels'
+        options = ('--size', '4x3')
+        self.expect(self.rotate(*options), 1,
+                    [turned('a_whole'), turned('h_cleaned'), note,
+                     '2 files turned by 90°, 6 failed'], problems)
+        self.expect(self.rotate('--lenient', *options), 1,
+                    [*map(turned, texts), note, '8 files turned by 90°, 6 failed'], problems)
+
+    @posix_only
+    def test_a_file_that_cannot_be_read_is_told_by_the_systems_reason(self):
+        # The first page of a process is nobody's: its memory opens, and the first read fails.
+        for kind in ('.9fcoef', '.cccoef', '.12wcoef'):
+            (self.source / f'a{kind}').symlink_to('/proc/self/mem')
+        self.expect(self.rotate(), 1, ['0 files turned by 90°, 3 failed'],
+                    [f'a{kind}: cannot be read: Input/output error'
+                     for kind in ('.12wcoef', '.9fcoef', '.cccoef')])
+
     def test_lenient_writes_what_the_map_holds(self):
         shutil.copy(SAMPLES / 'awkward' / 'cut_short.9fcoef', self.source)
         result = self.rotate('--lenient')

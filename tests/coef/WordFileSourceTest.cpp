@@ -1,11 +1,14 @@
 #include "coef/WordFileSource.h"
 
+#include <array>
 #include <sstream>
 
 #include <gtest/gtest.h>
 
+#include "tests/support/FailingFile.h"
 #include "tests/support/Streams.h"
 #include "tests/support/TestFiles.h"
+#include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {
@@ -70,6 +73,37 @@ TEST(WordFileSource, AStreamThatCannotBeSoughtHasNoBytes) {
     ASSERT_EQ(file.Open(), &stream);
     EXPECT_EQ(stream.get(), EOF);
     EXPECT_TRUE(stream.fail());
+}
+
+TEST(WordFileSource, TellsOfAStreamThatBreaksInAnyLook) {
+    const test::Bytes bytes(8, std::byte{'x'});
+    const auto readEight = [](std::istream& stream) {
+        std::array<char, 8> to{};
+        stream.read(to.data(), to.size());
+        return S_OK;
+    };
+    {
+        const CTransferReport report;
+        test::CFailingFile stream(bytes, bytes.size());
+        CWordFileSource file(stream);
+        EXPECT_EQ(file.Take(readEight), S_OK);
+        EXPECT_FALSE(report.HasReadFailed());
+    }
+    for (const bool isPutBack : {false, true}) {
+        const CTransferReport report;
+        test::CFailingFile stream(bytes, 5);
+        {
+            CWordFileSource file(stream);
+            EXPECT_EQ(file.Take(readEight), S_OK);
+            EXPECT_FALSE(report.HasReadFailed());
+            if (isPutBack) {
+                file.Rewind();
+                EXPECT_TRUE(report.HasReadFailed());
+                EXPECT_TRUE(stream.good());
+            }
+        }
+        EXPECT_TRUE(report.HasReadFailed());
+    }
 }
 
 } // namespace

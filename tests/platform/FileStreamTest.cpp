@@ -129,5 +129,49 @@ TEST(OutputFile, TellsOfAFullDiskMidway) {
 }
 #endif
 
+TEST(InputFile, GivesBytesAndNoReason) {
+    const CTemporaryFolder folder;
+    const std::wstring path = folder.File(L"f");
+    test::WriteText(path, "text\r\n\x1A.");
+    CInputFile file;
+    ASSERT_TRUE(file.Open(path.c_str()));
+    std::string bytes(20, '-');
+    file.read(bytes.data(), 20);
+    EXPECT_EQ(file.gcount(), 8);
+    EXPECT_EQ(bytes.substr(0, 8), "text\r\n\x1A.");
+    EXPECT_TRUE(file.eof());
+    EXPECT_FALSE(file.bad());
+    file.clear();
+    file.seekg(2);
+    EXPECT_EQ(file.get(), 'x');
+    EXPECT_EQ(file.SystemError(), 0);
+}
+
+TEST(InputFile, DoesNotOpenWhatIsNoFile) {
+    const CTemporaryFolder folder;
+    CInputFile file;
+    EXPECT_FALSE(file.Open(folder.File(L"missing").c_str()));
+    EXPECT_TRUE(file.fail());
+    CInputFile ofFolder;
+    EXPECT_FALSE(ofFolder.Open(folder.Path().c_str()));
+    CInputFile ofNothing;
+    EXPECT_FALSE(ofNothing.Open(nullptr));
+}
+
+#ifdef __linux__
+// The first page of a process is nobody's: its memory opens, and the first read fails.
+TEST(InputFile, TellsWhyItCannotBeRead) {
+    for (const std::streamsize count : {1, 1 << 20}) { // through the buffer and past it
+        CInputFile file;
+        ASSERT_TRUE(file.Open(L"/proc/self/mem"));
+        std::vector<char> bytes(static_cast<std::size_t>(count));
+        file.read(bytes.data(), count);
+        EXPECT_TRUE(file.bad());
+        EXPECT_EQ(file.SystemError(), EIO);
+    }
+    EXPECT_EQ(ReadWholeFile(L"/proc/self/mem", 1 << 20), std::nullopt);
+}
+#endif
+
 } // namespace
 } // namespace trevolt

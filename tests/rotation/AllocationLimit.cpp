@@ -4,14 +4,25 @@
 #include <cstdint>
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 namespace {
 
 std::atomic<std::size_t> g_refusedBytes{SIZE_MAX};
+std::atomic<std::size_t> g_eventBytes{SIZE_MAX};
+std::function<void()> g_event;
+
+/// Whether this allocation is the one that the event waits for.
+bool TakeEvent(std::size_t bytes) {
+    std::size_t waitsFor = g_eventBytes;
+    return bytes >= waitsFor && g_eventBytes.compare_exchange_strong(waitsFor, SIZE_MAX);
+}
 
 } // namespace
 
 void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+    if (TakeEvent(bytes))
+        g_event();
     return bytes < g_refusedBytes ? std::malloc(bytes == 0 ? 1 : bytes) : nullptr;
 }
 void* operator new(std::size_t bytes) {
@@ -32,5 +43,17 @@ namespace trevolt::test {
 CAllocationLimit::CAllocationLimit(std::size_t refusedBytes) { g_refusedBytes = refusedBytes; }
 
 CAllocationLimit::~CAllocationLimit() { g_refusedBytes = SIZE_MAX; }
+
+CAllocationEvent::CAllocationEvent(std::size_t bytes, std::function<void()> event) {
+    g_event = std::move(event);
+    g_eventBytes = bytes;
+}
+
+CAllocationEvent::~CAllocationEvent() {
+    g_eventBytes = SIZE_MAX;
+    g_event = nullptr;
+}
+
+bool CAllocationEvent::IsOver() const { return g_eventBytes == SIZE_MAX; }
 
 } // namespace trevolt::test

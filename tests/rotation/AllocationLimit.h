@@ -1,7 +1,9 @@
-// The test program's own operator new, which refuses large allocations when a test asks for it.
+// The test program's own operator new, which refuses large allocations when a test asks for it, or
+// lets something happen at one.
 #pragma once
 
 #include <cstddef>
+#include <functional>
 
 namespace trevolt::test {
 
@@ -12,6 +14,18 @@ class CAllocationLimit {
     ~CAllocationLimit();
     CAllocationLimit(const CAllocationLimit&) = delete;
     CAllocationLimit& operator=(const CAllocationLimit&) = delete;
+};
+
+/// While it lives, `event` happens at the first allocation of at least that size, once.
+class CAllocationEvent {
+  public:
+    CAllocationEvent(std::size_t bytes, std::function<void()> event);
+    ~CAllocationEvent();
+    CAllocationEvent(const CAllocationEvent&) = delete;
+    CAllocationEvent& operator=(const CAllocationEvent&) = delete;
+
+    /// Whether it has happened.
+    bool IsOver() const;
 };
 
 } // namespace trevolt::test

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
+#include <fstream>
 #include <functional>
 #include <optional>
 
@@ -10,11 +11,13 @@
 
 #include "app/rotation/Manifest.h"
 #include "common/LittleEndian.h"
+#include "platform/FileStream.h"
 #include "platform/FileSystem.h"
 #include "tests/rotation/AllocationLimit.h"
 #include "tests/support/CoefMaps.h"
 #include "trevolt/BinaryCoefFile.h"
 #include "trevolt/FileKinds.h"
+#include "trevolt/TextCoefFile.h"
 #include "trevolt/Utf8.h"
 
 #ifndef _WIN32
@@ -269,6 +272,71 @@ TEST_F(FolderRotation, NamesDamagedFilesAndTurnsTheOthers) {
         EXPECT_EQ(m_listener.outcomes[i].problems,
                   (std::vector<std::string>{"cannot be read: E_COEF_BADFORMAT (0xE0830010): not a "
                                             "file of this kind, or of a newer version"}));
+}
+
+constexpr std::string_view kTextOf4x3 = "[T9COEF20]\nwidth=4\nheight=3\n"
+                                        "1,1,0.5,0,0,0,0.5,0,0,0,0.5\n"
+                                        "2,1,0.5,0,0,0,0.5,0,0,0,0.5\n";
+
+TEST_F(FolderRotation, ATextThatIsNotWholeIsNamedLineByLine) {
+    WriteText(m_source.File(L"a.cccoef"), kTextOf4x3);
+    WriteText(m_source.File(L"b.cccoef"), kTextOf4x3.substr(0, kTextOf4x3.size() - 1));
+    WriteText(m_source.File(L"c.cccoef"), std::string(kTextOf4x3) + "2,1,1,0,0,0,1,0,0,0,1\n" +
+                                              "3,1,1\n\n4,1,1,0,0,0,1,0,0,0,1\n");
+    const std::vector<std::vector<std::string>> problems{
+        {},
+        {"is damaged: line 5 is the last and has no end"},
+        {"is damaged: 2 lines are no whole data lines, the first is line 7",
+         "is damaged: line 9 names a pixel outside the file's size",
+         "is damaged: line 6 names a pixel that an earlier line names"}};
+    for (const bool lenient : {false, true}) {
+        m_request.lenient = lenient;
+        const SRotationOutcome outcome = Run();
+        EXPECT_EQ(outcome.end, ERotationEnd::SomeFailed);
+        EXPECT_EQ(outcome.failed, 2U);
+        EXPECT_EQ(outcome.written, lenient ? 3U : 1U);
+        ASSERT_EQ(m_listener.outcomes.size(), 3U);
+        for (std::size_t i = 0; i < 3; ++i)
+            EXPECT_EQ(m_listener.outcomes[i].problems, problems[i]) << i;
+    }
+    CChromaCorrectCoef turned;
+    turned.Resize(3, 4);
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    ASSERT_EQ(ReadTextCoefFile(turned, m_target.File(L"c-90\u00B0.cccoef").c_str(), 0, 0, width,
+                               height, false),
+              S_OK);
+    EXPECT_EQ(turned.FindElement(1, 1)->m[0], 0.5F);
+    EXPECT_EQ(turned.FindElement(1, 2)->m[0], 1.0F); // the later line's, as the reader has it
+}
+
+TEST_F(FolderRotation, CleanedPixelsAreANoteAndNoProblem) {
+    WriteText(m_source.File(L"a.cccoef"), std::string(kTextOf4x3) + "3,2,2,0,0,0,1,0,0,0,1\n");
+    EXPECT_EQ(Run().end, ERotationEnd::AllDone);
+    EXPECT_EQ(Only().notes, std::vector<std::string>{"cleaning changed 1 of its pixels"});
+    WriteText(m_source.File(L"a.cccoef"), kTextOf4x3);
+    EXPECT_EQ(Run().end, ERotationEnd::AllDone);
+    EXPECT_EQ(Only().notes, std::vector<std::string>{});
+}
+
+// What remains is whole lines; the reader takes it for all there is.
+TEST_F(FolderRotation, AFileThatChangesItsSizeMeanwhileIsNamed) {
+    const std::string longer = std::string(kTextOf4x3) + "3,2,1,0,0,0,1,0,0,0,1\n";
+    const std::size_t linesOfTheReader = std::size_t{1} << 18;
+    for (const auto& [before, after] :
+         {std::pair(std::string(kTextOf4x3), longer), {longer, std::string(kTextOf4x3)}}) {
+        WriteText(m_source.File(L"a.cccoef"), before);
+        const CAllocationEvent event(linesOfTheReader, [&] {
+            std::fstream sameFile;
+            EXPECT_TRUE(OpenFileStream(sameFile, m_source.File(L"a.cccoef").c_str(),
+                                       std::ios::out | std::ios::trunc));
+            sameFile << after;
+        });
+        EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
+        EXPECT_TRUE(event.IsOver());
+        ExpectProblem("its size changed while it was read");
+        EXPECT_TRUE(m_target.Names().empty());
+    }
 }
 
 TEST_F(FolderRotation, LenientWritesWhatTheMapHolds) {
@@ -831,6 +899,25 @@ TEST_F(FolderRotation, FollowsLinksToFilesAndReportsThoseThatLeadNowhere) {
               (std::vector<std::string>{
                   "cannot be read: E_COEF_OPENFAILED (0xE0830011): the file could not be opened"}));
 }
+
+#ifdef __linux__
+// The first page of a process is nobody's: its memory opens, and the first read fails.
+TEST_F(FolderRotation, TellsWhyAFileCannotBeRead) {
+    for (const SFileKind& kind : FileKinds())
+        ASSERT_EQ(symlink("/proc/self/mem",
+                          Narrow(m_source.File(L"a" + std::wstring(kind.extension))).c_str()),
+                  0);
+    for (const auto& size : {std::optional<PixelSize>(), std::optional(PixelSize{4, 3})}) {
+        m_request.size = size;
+        const SRotationOutcome outcome = Run();
+        EXPECT_EQ(outcome.written, 0U);
+        EXPECT_EQ(outcome.failed, FileKinds().size());
+        for (const SFileOutcome& file : m_listener.outcomes)
+            EXPECT_EQ(file.problems, std::vector<std::string>{"cannot be read: Input/output error"})
+                << file.name;
+    }
+}
+#endif
 
 TEST_F(FolderRotation, ALinkInTheOutputsPlaceIsReplacedAndNotWrittenThrough) {
     AddFile(L"a.3bcoef", 2, 3);

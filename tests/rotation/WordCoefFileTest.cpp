@@ -12,6 +12,7 @@
 #include "coef/VirtualGreenChromaCorrectCoef.h"
 #include "common/LittleEndian.h"
 #include "tests/support/BudgetLimit.h"
+#include "tests/support/FailingFile.h"
 #include "tests/support/TestFiles.h"
 #include "trevolt/MemoryBudget.h"
 #include "trevolt/TransferReport.h"
@@ -651,6 +652,50 @@ TYPED_TEST(WordCoefBridge, EachQuestionAndEachLoadOpensTheFileOnce) {
     EXPECT_EQ(opens.Take(), 1);
 }
 #endif
+
+/// A file of 4 × 3 pixels of a kind, in memory.
+test::Bytes SmallWordFile(EWordKind kind) {
+    CChromaCorrectCoef map;
+    map.Resize(4, 3);
+    std::ostringstream written(std::ios::binary);
+    EXPECT_EQ(SaveWordCoefFile(kind, map, written), S_OK);
+    const std::string text = written.str();
+    test::Bytes bytes(text.size());
+    std::memcpy(bytes.data(), text.data(), text.size());
+    return bytes;
+}
+
+// A file is looked at more than once, and each look clears the stream's state.
+TEST(BrokenWordFile, IsToldWhereverItBreaks) {
+    for (const EWordKind kind :
+         {EWordKind::Chroma, EWordKind::Brightness, EWordKind::VirtualGreenBrightness,
+          EWordKind::VirtualGreenChroma}) {
+        const test::Bytes file = SmallWordFile(kind);
+        for (std::size_t readable = 0; readable <= file.size(); ++readable) {
+            SCOPED_TRACE(readable);
+            CChromaCorrectCoef map;
+            map.Resize(4, 3);
+            test::CFailingFile stream(file, readable);
+            const CTransferReport report;
+            const Status status = LoadWordCoefFile(kind, map, stream);
+            EXPECT_EQ(report.HasReadFailed(), readable < file.size());
+            EXPECT_TRUE(!Failed(status) || readable < file.size());
+
+            test::CFailingFile asked(file, readable);
+            const CTransferReport ofSize;
+            std::uint32_t width = 0;
+            std::uint32_t height = 0;
+            EXPECT_EQ(Failed(ReadWordCoefSize(kind, asked, width, height)),
+                      readable < kChunkHeaderBytes);
+            EXPECT_EQ(ofSize.HasReadFailed(), readable < kChunkHeaderBytes);
+
+            test::CFailingFile described(file, readable);
+            const CTransferReport ofLosses;
+            EXPECT_TRUE(DescribeWordFileLosses(described).empty());
+            EXPECT_EQ(ofLosses.HasReadFailed(), readable < kChunkHeaderBytes);
+        }
+    }
+}
 
 } // namespace
 } // namespace trevolt
