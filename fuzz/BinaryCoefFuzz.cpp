@@ -35,40 +35,6 @@ constexpr std::array<SKind, 4> kKinds{
      {S9bCoefKind::kMagic, Read9bCoefFile, Write9bCoefFile, Read9bCoefSize, S_OK},
      {S3bCoefKind::kMagic, Read3bCoefFile, Write3bCoefFile, Read3bCoefSize, S_OK}}};
 
-/// The kind whose magic begins as the input does; of another first byte, whose file no kind reads,
-/// the one that it names.
-const SKind& KindOf(std::span<const std::byte> input) {
-    const auto first =
-        input.empty() ? std::uint8_t{0} : std::to_integer<std::uint8_t>(input.front());
-    for (const SKind& kind : kKinds)
-        if (kind.magic.front() == first)
-            return kind;
-    return kKinds[first % kKinds.size()];
-}
-
-std::vector<std::byte> BytesOf(const CMassiveBuf& buffer) {
-    std::vector<std::byte> bytes;
-    bytes.reserve(static_cast<std::size_t>(buffer.ByteCount()));
-    for (std::size_t i = 0; i < buffer.BlockCount(); ++i)
-        bytes.insert(bytes.end(), buffer.Block(i), buffer.Block(i) + buffer.BlockSize(i));
-    return bytes;
-}
-
-/// A map whose values no file is likely to hold.
-CChromaCorrectCoef PaintedMap(std::uint32_t width, std::uint32_t height) {
-    CChromaCorrectCoef map;
-    map.Resize(static_cast<std::int32_t>(width), static_cast<std::int32_t>(height));
-    Check(map.IsEmpty() || map.HasStorage());
-    for (std::int32_t y = 0; y < map.Height(); ++y)
-        for (std::int32_t x = 0; x < map.Width(); ++x) {
-            SMatrixCoef element;
-            for (std::size_t k = 0; k < element.m.size(); ++k)
-                element.m[k] = -1.0F - static_cast<float>(y * 64 + x * 12) - static_cast<float>(k);
-            map.SetElement(x, y, element);
-        }
-    return map;
-}
-
 struct SSize {
     std::uint32_t width = 0;
     std::uint32_t height = 0;
@@ -144,7 +110,7 @@ void CheckWrittenBack(const SKind& kind, const CChromaCorrectCoef& map) {
 }
 
 void CheckInput(std::span<const std::byte> input) {
-    const SKind& kind = KindOf(input);
+    const SKind& kind = KindOf(kKinds, input);
     const auto fileSize = ExpectedSize(input, kind);
     CheckSize(input, kind, fileSize);
     // A map of a size of its own, which a file overlaps in every way.
