@@ -13,10 +13,12 @@
 #include <system_error>
 
 #include "formats/SanitizeMatrix.h"
+#include "fuzz/ExpectedFlaws.h"
 #include "fuzz/FuzzInput.h"
 #include "fuzz/FuzzMap.h"
 #include "trevolt/MemoryBudget.h"
 #include "trevolt/TextCoefFile.h"
+#include "trevolt/TransferReport.h"
 
 namespace trevolt::fuzz {
 namespace {
@@ -40,15 +42,31 @@ struct SRead {
     Status status{};
     std::uint32_t width = 0;
     std::uint32_t height = 0;
+    CTextFlaws flaws;
+    std::uint64_t cleaned = 0;
 };
 
 SRead ReadMap(std::string_view text, const SOffset& offset, bool diagonalOnly) {
     SRead read;
     read.map.Resize(kWidth, kHeight);
     std::istringstream stream = TextStream(text);
+    const CTransferReport report;
     read.status = ReadTextCoefFile(read.map, stream, offset.x, offset.y, read.width, read.height,
                                    diagonalOnly);
+    Check(!report.HasReadFailed() && !report.WasMemoryRefused());
+    read.flaws = report.TextFlaws();
+    read.cleaned = report.CleanedPixels();
     return read;
+}
+
+/// Whether two reads tell the same, as far as the map's place has no part in it.
+bool TellSame(const SRead& a, const SRead& b) {
+    for (const ETextFlaw flaw : {ETextFlaw::LongLine, ETextFlaw::NoEnd, ETextFlaw::SizeLine,
+                                 ETextFlaw::DataLine, ETextFlaw::Outside})
+        if (a.flaws[flaw].count != b.flaws[flaw].count ||
+            a.flaws[flaw].first != b.flaws[flaw].first)
+            return false;
+    return a.cleaned == b.cleaned;
 }
 
 bool SameMap(const CChromaCorrectCoef& a, const CChromaCorrectCoef& b) {
@@ -97,6 +115,8 @@ void CheckOffset(std::string_view text, const SRead& plain, const SOffset& offse
     const SRead moved = ReadMap(text, offset, /*diagonalOnly=*/false);
     Check(moved.status == plain.status);
     Check(moved.width == plain.width && moved.height == plain.height);
+    Check(TellSame(moved, plain));
+    Check(moved.flaws[ETextFlaw::Repeated].count <= plain.flaws[ETextFlaw::Repeated].count);
     CheckMap(moved);
     for (std::int64_t y = offset.y; y < kHeight; ++y)
         for (std::int64_t x = offset.x; x < kWidth; ++x)
@@ -108,6 +128,7 @@ void CheckOffset(std::string_view text, const SRead& plain, const SOffset& offse
 void CheckDiagonal(std::string_view text, const SRead& plain) {
     const SRead diagonal = ReadMap(text, {}, /*diagonalOnly=*/true);
     Check(diagonal.status == plain.status);
+    Check(TellSame(diagonal, plain));
     for (std::int32_t y = 0; y < kHeight; ++y)
         for (std::int32_t x = 0; x < kWidth; ++x) {
             SMatrixCoef expected = *plain.map.FindElement(x, y);
@@ -140,6 +161,7 @@ void CheckWrittenBack(const CChromaCorrectCoef& map) {
     const SRead back = ReadMap(written.str(), {}, /*diagonalOnly=*/false);
     Check(back.status == S_OK);
     Check(back.width == kWidth && back.height == kHeight);
+    CheckFlaws(back.flaws, {});
     for (std::int32_t y = 0; y < kHeight; ++y)
         for (std::int32_t x = 0; x < kWidth; ++x) {
             std::array<float, 9> expected{};
@@ -149,6 +171,18 @@ void CheckWrittenBack(const CChromaCorrectCoef& map) {
             for (std::size_t k = 0; k < expected.size(); ++k)
                 Check(SameValue(back.map.FindElement(x, y)->m[k], expected[k]));
         }
+}
+
+/// Checks what is told of the lines in a file of an older dialect and in one whose size is stated.
+void CheckTold(std::string_view lines) {
+    constexpr std::int64_t kUnbounded = std::int64_t{1} << 31;
+    const std::string text(lines);
+    const SRead older = ReadMap("[VU30]\n" + text, {}, /*diagonalOnly=*/false);
+    CheckFlaws(older.flaws, ExpectFlaws(lines, kUnbounded, kUnbounded, kWidth, kHeight));
+    const SRead sized =
+        ReadMap("[T9COEF20]\nwidth=9\nheight=100\n" + text, {}, /*diagonalOnly=*/false);
+    CheckFlaws(sized.flaws, ExpectFlaws(lines, 9, 100, kWidth, kHeight));
+    Check(older.cleaned == sized.cleaned && SameMap(older.map, sized.map));
 }
 
 /// Checks all that is told of a text of a known tag.
@@ -205,6 +239,7 @@ void CheckInput(std::string_view input) {
     Check(SameMap(older.map, oldest.map));
     Check(older.width == oldest.width && older.height == oldest.height);
     CheckExtent(lines);
+    CheckTold(lines);
 }
 
 } // namespace
