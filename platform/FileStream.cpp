@@ -119,6 +119,10 @@ std::optional<std::string> ReadWholeFile(const std::wstring& path, std::uint64_t
     std::fstream stream;
     if (!OpenFileStream(stream, path.c_str(), std::ios::in))
         return std::nullopt;
+    return ReadToEnd(stream, limit);
+}
+
+std::optional<std::string> ReadToEnd(std::istream& stream, std::uint64_t limit) {
     const auto size = BytesToEnd(stream);
     if (!size || *size > limit)
         return std::nullopt;

@@ -94,7 +94,11 @@ class COutputFile : public std::ostream {
 /// the stream cannot tell.
 std::optional<std::uint64_t> BytesToEnd(std::istream& stream);
 
-/// The file's bytes; nothing when it does not open, cannot be read or holds more than `limit`.
+/// The bytes from the current position to the end of the stream; nothing when they cannot all be read
+/// or are more than `limit`.
+std::optional<std::string> ReadToEnd(std::istream& stream, std::uint64_t limit);
+
+/// The file's bytes; nothing when it does not open, cannot be read whole or holds more than `limit`.
 std::optional<std::string> ReadWholeFile(const std::wstring& path, std::uint64_t limit);
 
 } // namespace trevolt

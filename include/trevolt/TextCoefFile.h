@@ -5,7 +5,7 @@
 // - A reader takes the bytes from the stream's position to its end as the file, and seeks nothing. It
 //   reads ahead, 2^18 bytes at a time: where the stream stands afterwards is left open, and as a rule
 //   it is at its end with its fail bit set. A piece that cannot be read whole for another reason ends
-//   the file before it, and the stream's bad bit tells.
+//   the file before it, and the stream's bad bit and the thread's transfer report tell.
 // - The writer puts the file at the stream's position, seeks nothing and stops behind it. It answers
 //   0 whatever becomes of the bytes: what fails stays in the stream's state, and the thread's
 //   transfer report does not hear of it. Flushing and closing are the caller's.
@@ -40,7 +40,9 @@ Status WriteTextCoefFile(const CChromaCorrectCoef& map, std::ostream& stream,
 /// raised to the largest x + 1 and y + 1, without the offsets, so a caller sets them to 0 first.
 /// E_COEF_INVALIDARG for a null path or a negative offset, E_COEF_OPENFAILED, E_COEF_BADTEXT for an
 /// empty first line or an unknown tag: map and sizes are then as they were. Lines that are no data
-/// are no failure: what does not convert keeps the previous line's values.
+/// are no failure: what does not convert keeps the previous line's values. The thread's transfer
+/// report hears of them and of the other lines that are not what their dialect says, and how many
+/// pixels the cleaning changed; meanwhile a bit is held for each pixel of the map.
 Status ReadTextCoefFile(CChromaCorrectCoef& map, const wchar_t* path, std::int32_t xOffset,
                         std::int32_t yOffset, std::uint32_t& width, std::uint32_t& height,
                         bool diagonalOnly);

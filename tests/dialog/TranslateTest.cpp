@@ -87,6 +87,17 @@ TEST_F(Translate, TooLargeAFileCountsAsEmpty) {
     EXPECT_EQ(m_translate.TranslateString(L"A"), L"fallback");
 }
 
+#ifdef __linux__
+// The first page of a process is nobody's: its memory opens, and the first read fails.
+TEST_F(Translate, AFileThatCannotBeReadCountsAsEmpty) {
+    test::WriteText(m_folder.File(L"fallback.ini"), "Trevolt_A=second\n");
+    m_translate.SetLangPath(L"/proc/self/mem", m_folder.File(L"fallback.ini"));
+    EXPECT_EQ(m_translate.TranslateString(L"Trevolt_A"), L"second");
+    m_translate.SetLangPath(L"/proc/self/mem", L"/proc/self/mem");
+    EXPECT_EQ(m_translate.TranslateString(L"Trevolt_A"), L"A");
+}
+#endif
+
 TEST_F(Translate, SettingThePathForgetsTheFormerTexts) {
     Load("A=text\n");
     m_translate.SetLangPath(m_folder.File(L"missing.ini"), m_folder.Path());

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/FailingFile.h"
 #include "tests/support/TestFiles.h"
 
 #ifndef _WIN32
@@ -128,6 +129,22 @@ TEST(OutputFile, TellsOfAFullDiskMidway) {
     EXPECT_EQ(oneByOne.SystemError(), ENOSPC);
 }
 #endif
+
+// Settings and languages are read so: all of a file, or nothing of it.
+TEST(ReadToEnd, GivesAllOrNothing) {
+    const test::Bytes bytes(100, std::byte{'x'});
+    for (std::size_t readable = 0; readable <= bytes.size(); ++readable)
+        for (const bool hasShrunk : {false, true}) {
+            test::CFailingFile stream(bytes, readable, hasShrunk);
+            const auto read = ReadToEnd(stream, 100);
+            EXPECT_EQ(read, readable < bytes.size() ? std::nullopt
+                                                    : std::optional(std::string(100, 'x')));
+        }
+    test::CFailingFile stream(bytes, bytes.size());
+    EXPECT_EQ(ReadToEnd(stream, 99), std::nullopt);
+    stream.seekg(60);
+    EXPECT_EQ(ReadToEnd(stream, 40), std::string(40, 'x'));
+}
 
 TEST(InputFile, GivesBytesAndNoReason) {
     const CTemporaryFolder folder;

@@ -1,5 +1,7 @@
 #include "platform/SettingsProfile.h"
 
+#include <filesystem>
+
 #include <gtest/gtest.h>
 
 #include "tests/support/TestFiles.h"
@@ -201,6 +203,16 @@ TEST_F(SettingsProfile, AFileThatWouldGrowTooLargeForSettingsIsLeftAlone) {
     EXPECT_TRUE(m_profile.WriteString(L"BoxWidth", L"2"));
     EXPECT_EQ(m_profile.ReadString(L"BoxWidth"), L"2");
 }
+
+#ifdef __linux__
+// The first page of a process is nobody's: its memory opens, and the first read fails.
+TEST_F(SettingsProfile, AFileThatCannotBeReadIsNotWrittenOver) {
+    std::filesystem::create_symlink("/proc/self/mem", m_path);
+    EXPECT_EQ(m_profile.ReadString(L"BoxWidth"), L"");
+    EXPECT_FALSE(m_profile.WriteString(L"BoxWidth", L"64"));
+    EXPECT_TRUE(std::filesystem::is_symlink(m_path));
+}
+#endif
 
 TEST_F(SettingsProfile, WritingToAPlaceThatIsNoneFails) {
     const CSettingsProfile nowhere{m_folder.File(L"missing") + L"/Trevo.ini", L"coefInfo"};
