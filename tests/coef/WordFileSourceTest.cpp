@@ -106,5 +106,21 @@ TEST(WordFileSource, TellsOfAStreamThatBreaksInAnyLook) {
     }
 }
 
+#ifdef __linux__
+// The first page of a process is nobody's: its memory opens, and the first read fails.
+TEST(WordFileSource, TellsOfAFileThatBreaksWhenItIsOpenedAnew) {
+    const CTransferReport report;
+    CWordFileSource file(L"/proc/self/mem");
+    EXPECT_EQ(file.Take([](std::istream& stream) {
+        stream.get();
+        return S_OK;
+    }),
+              S_OK);
+    EXPECT_FALSE(report.HasReadFailed());
+    ASSERT_NE(file.Open(), nullptr);
+    EXPECT_TRUE(report.HasReadFailed());
+}
+#endif
+
 } // namespace
 } // namespace trevolt
