@@ -960,10 +960,10 @@ class Limits(CliTest):
                         ['0 files turned by 90°, 1 failed'],
                         [f'a.3bcoef: its size 4 x 3 is above the limit of '
                          f'{limit.replace("x", " x ")}'])
-        self.expect(self.rotate('--max-size', '9x9', '--size', '9x9'), 0)
-        for size in ('10x9', '9x10'):
-            self.expect_words(self.rotate('--max-size', '9x9', '--size', size), 2,
-                              f'{size} is above --max-size 9x9')
+        self.expect(self.rotate('--max-size', '9x7', '--size', '9x7'), 0)
+        for size in ('10x7', '9x8', '8x8'):
+            self.expect_words(self.rotate('--max-size', '9x7', '--size', size), 2,
+                              f'{size} is above --max-size 9x7')
 
     def test_pixels_of_any_file(self):
         header = lambda width, height: MAGICS['.3bcoef'] + struct.pack('<IHH', 1, width, height)
