@@ -226,7 +226,8 @@ class CFileRotation {
         const std::size_t threads =
             1 + part.Extend(kThreadBytes, std::min(m_share.ThreadsOfOne(), MostThreads()) - 1);
         const CTransferReport report;
-        const SStoredLoad source = m_storedKind->load(m_source.FirstByte(), threads);
+        const SStoredLoad source = m_source.TakeOpen(
+            [&](std::istream& stream) { return m_storedKind->load(stream, threads); });
         if (source.coef == nullptr)
             return false;
         if (!IsTurnable(source.status, report) || report.WasMemoryRefused())

@@ -27,15 +27,19 @@ class CSourceFile {
         return m_stream;
     }
 
-    /// The answer of `look`, which is handed the stream at the first byte; E_COEF_OPENFAILED when the
-    /// file did not open. The thread's transfer report hears why the system refused to read.
+    /// The answer of `look`, which is handed the stream at the first byte of a file that is open. The
+    /// thread's transfer report hears why the system refused to read.
+    template <class Look>
+    auto TakeOpen(Look look) {
+        auto answer = look(FirstByte());
+        CTransferReport::NoteSystemError(m_stream.SystemError());
+        return answer;
+    }
+
+    /// As `TakeOpen`; E_COEF_OPENFAILED when the file did not open.
     template <class Look>
     Status Take(Look look) {
-        if (!m_isOpen)
-            return E_COEF_OPENFAILED;
-        const Status status = look(FirstByte());
-        CTransferReport::NoteSystemError(m_stream.SystemError());
-        return status;
+        return m_isOpen ? TakeOpen(look) : E_COEF_OPENFAILED;
     }
 
     /// Whether the file has grown or shrunk since it was opened, as one does that is being written.

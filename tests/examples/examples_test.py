@@ -10,6 +10,7 @@ import argparse
 import pathlib
 import re
 import shutil
+import struct
 import subprocess
 import sys
 import tempfile
@@ -173,6 +174,11 @@ class ReadDamage(Example):
         content[begin:begin + count] = bytes(count)
         path.write_bytes(content)
 
+    def chunk_bytes(self, chunk):
+        """What the chunk's record tells of its compressed bytes."""
+        record = self.HEADER_BYTES + chunk * self.RECORD_BYTES
+        return struct.unpack_from('<I', (self.folder / self.NAME).read_bytes(), record + 16)[0]
+
     def test_a_whole_file(self):
         self.expect('ReadDamage', self.NAME, lines=[
             'size: 320 x 180 pixels',
@@ -193,12 +199,14 @@ class ReadDamage(Example):
         ])
 
     def test_a_missing_chunk(self):
+        chunk_bytes = self.chunk_bytes(3)
         self.damage(3, 0, self.RECORD_BYTES)
         self.expect('ReadDamage', self.NAME, lines=[
             'size: 320 x 180 pixels',
             'status: S_OK (0x00000000): success',
             'chunks that could not be read: 0',
             f'pixels that no chunk holds: {64 * 52}',
+            f'the file is damaged: {chunk_bytes} bytes lie behind its last chunk',
             f'the file is incomplete: {64 * 52} pixels have no data',
         ])
 
