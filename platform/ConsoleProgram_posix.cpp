@@ -1,5 +1,9 @@
 #include "platform/ConsoleProgram.h"
 
+#include <csignal>
+
+#include "platform/StandardDescriptors.h"
+
 #ifdef __GLIBC__
 #include <malloc.h>
 #endif
@@ -19,6 +23,8 @@ void KeepFreedHeap() {
 } // namespace
 
 int main(int argc, char** argv) {
+    trevolt::OpenStandardDescriptors();
+    std::signal(SIGXFSZ, SIG_IGN); // a file that the system lets grow no more is a full disk
     KeepFreedHeap();
     return trevolt::ConsoleMain({argv + (argc > 0 ? 1 : 0), argv + argc});
 }

@@ -2,9 +2,11 @@
 
 #include <windows.h>
 
+#include "platform/StandardDescriptors.h"
 #include "trevolt/Utf8.h"
 
 int wmain(int argc, wchar_t** argv) {
+    trevolt::OpenStandardDescriptors();
     SetConsoleOutputCP(CP_UTF8);
     std::vector<std::string> arguments;
     for (int i = 1; i < argc; ++i)

@@ -7,6 +7,7 @@
 #include "app/dialog/StartConstants.h"
 #include "app/dialog/TrevoltApp.h"
 #include "platform/ProgramFolder.h"
+#include "platform/StandardDescriptors.h"
 #include "win32/TrevoltWindow.h"
 
 namespace {
@@ -27,6 +28,7 @@ void InitControlClasses() {
 
 int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int) {
     using namespace trevolt;
+    OpenStandardDescriptors();
     // A long run answers no message; the system must not replace its window by a blank one.
     DisableProcessWindowsGhosting();
     InitControlClasses();

@@ -737,6 +737,15 @@ class Trouble(CliTest):
                      'the file could not be opened: No space left on device'])
 
     @posix_only
+    def test_a_limit_of_file_sizes_is_a_full_disk(self):
+        noise = bytes((i * i * 2654435761 >> 15) & 0xFF for i in range(400 * 300 * 9))
+        (self.source / 'a.9bcoef').write_bytes(coef_file('.9bcoef', 400, 300, noise))
+        limit = lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (5000, 5000))
+        self.expect(self.rotate(preexec_fn=limit), 1, ['0 files turned by 90°, 1 failed'],
+                    ['a.9bcoef: cannot be written: File too large'])
+        self.assertEqual(self.targets(), [])
+
+    @posix_only
     def test_a_demo_wall_that_the_disk_refuses_is_no_success(self):
         wall = self.folder / 'wall'
         def refuse_long_files():
@@ -797,6 +806,40 @@ class Trouble(CliTest):
         self.assertEqual(result.returncode, 1)
         self.assertEqual(result.stderr, b'trevolt-cli: the standard output cannot be written\n')
         self.assertEqual(self.targets(), ['a-90°.3bcoef'])
+
+    @posix_only
+    def test_closed_descriptors_take_no_output_file(self):
+        raws = [self.add(f'cab{i}.3bcoef', 60, 40) for i in range(6)]
+        (self.source / 'damaged.3bcoef').write_bytes(b'damaged')
+        for closed in ((0,), (1,), (2,), (0, 1), (1, 2), (0, 1, 2)):
+            def close():
+                for descriptor in closed:
+                    os.close(descriptor)
+            with self.subTest(closed=closed):
+                result = subprocess.run([*PROGRAM, 'rotate', '--angle', '90', '--jobs', '2',
+                                         str(self.source), str(self.target)], preexec_fn=close,
+                                        stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+                self.assertEqual(result.returncode, 1)
+                self.assertEqual(self.lines(result.stdout)[-1:],
+                                 [] if 1 in closed else ['6 files turned by 90°, 1 failed'])
+                self.assertEqual(self.lines(result.stderr),
+                                 [] if 2 in closed else [f'damaged.3bcoef: {Damage.BAD_FORMAT}'])
+                self.assertEqual(self.targets(), [f'cab{i}-90°.3bcoef' for i in range(6)])
+                for i, raw in enumerate(raws):
+                    output = self.target / f'cab{i}-90°.3bcoef'
+                    self.assertEqual(self.body(output, '.3bcoef', 40, 60),
+                                     turned(90, 60, 40, raw, 3)[2])
+                    output.unlink()
+
+    @posix_only
+    def test_a_closed_output_does_not_end_a_long_run(self):
+        for i in range(150):
+            self.add(f'{"cab" * 30}{i:03}.3bcoef', 2, 2)
+        result = subprocess.run([*PROGRAM, 'rotate', '--angle', '90', str(self.source),
+                                 str(self.target)], preexec_fn=lambda: os.close(1),
+                                stderr=subprocess.PIPE)
+        self.assertEqual((result.returncode, result.stderr), (0, b''))
+        self.assertEqual(len(self.targets()), 150)
 
     @posix_only
     def test_an_ignored_interrupt_stays_ignored(self):
