@@ -58,14 +58,27 @@ class CResultQueue {
         if (m_next == m_count)
             return std::nullopt;
         const std::size_t piece = m_next++;
-        m_delivered.wait(lock, [&] { return piece - m_first < m_ahead; });
-        return piece;
+        m_delivered.wait(lock, [&] { return m_isStopped || piece - m_first < m_ahead; });
+        return m_isStopped ? std::nullopt : std::optional(piece);
     }
 
     void Put(std::size_t piece, Result result) {
         const std::lock_guard lock(m_mutex);
         PlaceOf(piece) = std::move(result);
         m_finished.notify_one();
+    }
+
+    /// No further piece is given out, and nobody waits for the delivery of earlier ones.
+    void Stop() {
+        const std::lock_guard lock(m_mutex);
+        m_isStopped = true;
+        m_delivered.notify_all();
+    }
+
+    /// Whether the result behind the last one taken is there.
+    bool IsReady() {
+        const std::lock_guard lock(m_mutex);
+        return m_first < m_count && PlaceOf(m_first).has_value();
     }
 
     /// The result behind the last one taken.
@@ -92,26 +105,54 @@ class CResultQueue {
     std::size_t m_ahead;
     std::size_t m_next = 0;
     std::size_t m_first = 0; ///< the piece whose result is taken next
+    bool m_isStopped = false;
     /// All places are there from the start: threads have nobody to catch what they throw.
     std::vector<std::optional<Result>> m_waiting;
 };
 
-/// Calls `work(i)` for every i below `count`, on up to `jobs` threads at once, and `deliver(result)`
-/// on the calling thread in the order of i, each as soon as it and those before it are there. No
-/// more than `ahead` (at least 1) pieces are in work or wait for their delivery. With one job, and
-/// where the system gives no thread, the calling thread does the work itself. Neither `work` nor, with
-/// a limit ahead, `deliver` may throw.
+/// Calls `work(i)` for every i below `count`, on up to `jobs` threads at once, while it lives, and
+/// gives the results out in the order of i. No more than `ahead` (at least 1) pieces are in work or
+/// wait to be taken. With one job, and where the system gives no thread, the taker does the work
+/// itself. `work` must not throw where threads do it. What is not taken when it goes is let go: the
+/// pieces in work are finished, no further one is begun.
+template <class Result, class Work, class Thread = std::jthread>
+class COrderedWork {
+  public:
+    COrderedWork(std::size_t count, std::size_t jobs, const Work& work,
+                 std::size_t ahead = SIZE_MAX)
+        : m_work(work), m_queue(count, ahead) {
+        const std::size_t workers = std::min(std::max<std::size_t>(jobs, 1), count);
+        m_threads = StartThreads<Thread>(workers <= 1 ? 0 : workers, [this] {
+            while (const auto piece = m_queue.Next())
+                m_queue.Put(*piece, m_work(*piece));
+        });
+    }
+    ~COrderedWork() { m_queue.Stop(); }
+    COrderedWork(const COrderedWork&) = delete;
+    COrderedWork& operator=(const COrderedWork&) = delete;
+
+    bool HasThreads() const { return !m_threads.empty(); }
+    /// Whether `Take` would neither wait nor work.
+    bool IsReady() { return m_queue.IsReady(); }
+    /// The next result; to be called no more than `count` times.
+    Result Take() { return HasThreads() ? m_queue.Take() : m_work(m_taken++); }
+
+  private:
+    const Work& m_work;
+    CResultQueue<Result> m_queue;
+    std::size_t m_taken = 0; ///< without threads
+    std::vector<Thread> m_threads;
+};
+
+/// Calls `work(i)` as `COrderedWork` does for every i below `count`, and `deliver(result)` on the
+/// calling thread in the order of i, each as soon as it and those before it are there. What `deliver`
+/// throws comes through, once the pieces in work are finished.
 template <class Result, class Thread = std::jthread, class Work, class Deliver>
 void RunOrdered(std::size_t count, std::size_t jobs, const Work& work, const Deliver& deliver,
                 std::size_t ahead = SIZE_MAX) {
-    CResultQueue<Result> queue(count, ahead);
-    const std::size_t workers = std::min(std::max<std::size_t>(jobs, 1), count);
-    const std::vector<Thread> threads = StartThreads<Thread>(workers <= 1 ? 0 : workers, [&] {
-        while (const auto piece = queue.Next())
-            queue.Put(*piece, work(*piece));
-    });
+    COrderedWork<Result, Work, Thread> results(count, jobs, work, ahead);
     for (std::size_t i = 0; i < count; ++i)
-        deliver(threads.empty() ? work(i) : queue.Take());
+        deliver(results.Take());
 }
 
 } // namespace trevolt

@@ -1,7 +1,9 @@
 #include "common/OrderedJobs.h"
 
+#include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <stdexcept>
 #include <string>
 #include <system_error>
 
@@ -138,6 +140,49 @@ TEST(OrderedJobs, SharesOutAmongTheCallerAndOthers) {
     EXPECT_LE(most, 3);
     EXPECT_GE(most, 2);
     EXPECT_GT(byCaller, 0);
+}
+
+TEST(OrderedJobs, WhatDeliverThrowsEndsTheWorkAndComesThrough) {
+    for (const std::size_t jobs : {1U, 3U}) {
+        std::atomic<std::size_t> begun{0};
+        const auto work = [&](std::size_t i) {
+            ++begun;
+            return i;
+        };
+        const auto deliver = [](std::size_t i) {
+            if (i == 2)
+                throw std::out_of_range("no more");
+        };
+        EXPECT_THROW(RunOrdered<std::size_t>(1000, jobs, work, deliver, 4), std::out_of_range);
+        EXPECT_LE(begun, 2 + 1 + 4U) << "none that was not on its way";
+        EXPECT_GE(begun, 3U);
+    }
+}
+
+TEST(OrderedJobs, GivesResultsOutAsTheyAreAskedFor) {
+    const auto work = [](std::size_t i) { return i * 2; };
+    COrderedWork<std::size_t, decltype(work)> alone(3, 1, work);
+    EXPECT_FALSE(alone.HasThreads());
+    EXPECT_FALSE(alone.IsReady());
+    EXPECT_EQ(alone.Take(), 0U);
+    EXPECT_EQ(alone.Take(), 2U);
+
+    std::atomic<bool> mayEnd{false};
+    const auto held = [&](std::size_t i) {
+        while (i == 1 && !mayEnd)
+            std::this_thread::sleep_for(1ms);
+        return i;
+    };
+    COrderedWork<std::size_t, decltype(held)> shared(3, 2, held);
+    EXPECT_TRUE(shared.HasThreads());
+    EXPECT_EQ(shared.Take(), 0U);
+    EXPECT_FALSE(shared.IsReady());
+    mayEnd = true;
+    while (!shared.IsReady())
+        std::this_thread::sleep_for(1ms);
+    EXPECT_EQ(shared.Take(), 1U);
+    EXPECT_EQ(shared.Take(), 2U);
+    EXPECT_FALSE(shared.IsReady()) << "no further one comes";
 }
 
 /// A thread of a system that gives only some, or has memory only for some.
