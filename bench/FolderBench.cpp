@@ -39,7 +39,7 @@ class CWalls {
         fs::remove_all(m_root);
         fs::create_directories(m_root / "demo");
         fs::create_directories(m_root / "out");
-        if (Failed(WriteDemoWall((m_root / "demo").wstring())))
+        if (!WriteDemoWall((m_root / "demo").wstring(), false).empty())
             throw std::runtime_error("the demo wall cannot be written");
         for (const auto& entry : fs::directory_iterator(m_root / "demo"))
             Multiply(entry.path());
@@ -82,6 +82,7 @@ void Rotate(benchmark::State& state) {
     SRotationRequest request;
     request.sourceFolder = Walls().Folder(static_cast<std::size_t>(state.range(0))).wstring();
     request.targetFolder = Walls().Output().wstring();
+    request.sync = false;
     for (auto _ : state) {
         CSilentListener listener;
         if (RotateFolder(request, interrupted, listener).end != ERotationEnd::AllDone)

@@ -11,6 +11,9 @@ inline constexpr int kExitSomeFailed = 1;
 inline constexpr int kExitUsage = 2;
 inline constexpr int kExitInterrupted = 130;
 
+inline constexpr const char* kNoSyncHelp =
+    "Do not wait until the outputs are on the disk: quicker, but a power cut may cost them";
+
 /// Each adds its command and leaves its exit status in `exitStatus` when it is the one called.
 void AddRotateCommand(CLI::App& program, int& exitStatus);
 void AddDemoCommand(CLI::App& program, int& exitStatus);

@@ -7,13 +7,12 @@
 #include "cli/Commands.h"
 #include "platform/FileSystem.h"
 #include "platform/SystemError.h"
-#include "trevolt/TransferProblems.h"
 #include "trevolt/Utf8.h"
 
 namespace trevolt {
 namespace {
 
-int WriteDemo(const std::string& folder) {
+int WriteDemo(const std::string& folder, bool sync) {
     const auto wide = Utf8ToWide(folder);
     if (!wide || !CreateFolders(*wide)) {
         const std::string reason = wide ? SystemErrorText(errno) : "its name is not valid UTF-8";
@@ -21,8 +20,7 @@ int WriteDemo(const std::string& folder) {
                    reason.empty() ? "" : ": ", reason);
         return kExitUsage;
     }
-    const CTransferReport report;
-    const std::string problem = DescribeWriteProblem(WriteDemoWall(*wide), report);
+    const std::string problem = WriteDemoWall(*wide, sync);
     if (!problem.empty()) {
         fmt::print(stderr, "trevolt-cli: {}: {}\n", folder, problem);
         return kExitSomeFailed;
@@ -39,7 +37,9 @@ void AddDemoCommand(CLI::App& program, int& exitStatus) {
         program.add_subcommand("demo", "Write a small made-up wall of cabinets into a folder");
     command->add_option("FOLDER", *folder, "Folder for the cabinets, made when missing")
         ->required();
-    command->callback([folder, &exitStatus] { exitStatus = WriteDemo(*folder); });
+    const auto noSync = std::make_shared<bool>(false);
+    command->add_flag("--no-sync", *noSync, kNoSyncHelp);
+    command->callback([=, &exitStatus] { exitStatus = WriteDemo(*folder, !*noSync); });
 }
 
 } // namespace trevolt

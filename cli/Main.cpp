@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <cstdio>
 #include <system_error>
 
@@ -5,6 +6,7 @@
 
 #include "cli/Commands.h"
 #include "platform/ConsoleProgram.h"
+#include "platform/SystemError.h"
 
 namespace trevolt {
 namespace {
@@ -18,8 +20,12 @@ int Run(CLI::App& program, const std::vector<std::string>& arguments, const int&
     return exitStatus;
 }
 
-int ReportLostOutput() {
-    std::fputs("trevolt-cli: the standard output cannot be written\n", stderr);
+/// Printing throws when its place takes no more; what else throws so has a cause of its own.
+int ReportSystemError(const std::system_error& error) {
+    if (std::ferror(stdout) != 0)
+        std::fputs("trevolt-cli: the standard output cannot be written\n", stderr);
+    else
+        fmt::print(stderr, "trevolt-cli: {}\n", SystemErrorText(error.code().value()));
     return kExitSomeFailed;
 }
 
@@ -37,10 +43,17 @@ int ConsoleMain(const std::vector<std::string>& arguments) {
     AddVerifyCommand(program, exitStatus);
     try {
         const int status = Run(program, arguments, exitStatus);
-        return std::fflush(stdout) == 0 ? status : ReportLostOutput();
-    } catch (const std::system_error&) { // printing answers so when the output is lost
-        return ReportLostOutput();
+        if (std::fflush(stdout) == 0)
+            return status;
+        throw std::system_error(errno, std::generic_category());
+    } catch (const std::system_error& error) {
+        return ReportSystemError(error);
     }
+}
+
+int ConsoleOutOfMemory() noexcept {
+    std::fputs("trevolt-cli: not enough memory\n", stderr);
+    return kExitSomeFailed;
 }
 
 } // namespace trevolt

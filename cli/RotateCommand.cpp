@@ -26,6 +26,7 @@ struct Options {
     std::string size;
     bool wholeScreen = false;
     bool lenient = false;
+    bool noSync = false;
     unsigned jobs = DefaultJobs();
     std::string manifest;
     std::optional<std::string> maxSize;
@@ -150,6 +151,7 @@ SRotationRequest MakeRequest(const Options& options) {
     request.lenient = options.lenient;
     request.jobs = options.jobs;
     request.manifest = ParsePath("--manifest", options.manifest);
+    request.sync = !options.noSync;
     return request;
 }
 
@@ -174,12 +176,12 @@ int Rotate(const Options& options) {
     CConsoleListener listener;
     const SRotationOutcome outcome = RotateFolder(request, CatchInterrupts(), listener);
     listener.ClearProgress();
-    if (outcome.end == ERotationEnd::NothingToDo) {
+    if (!outcome.error.empty()) {
         fmt::print(stderr, "trevolt-cli: {}\n", outcome.error);
-        return kExitUsage;
+        return ExitStatus(outcome.end);
     }
-    if (!outcome.error.empty())
-        fmt::print(stderr, "trevolt-cli: {}\n", outcome.error);
+    if (!outcome.manifestError.empty())
+        fmt::print(stderr, "trevolt-cli: {}\n", outcome.manifestError);
     fmt::print("{} file{} turned by {}\u00B0, {} failed{}\n", outcome.written,
                outcome.written == 1 ? "" : "s", options.angle, outcome.failed,
                outcome.end == ERotationEnd::Interrupted ? ", interrupted" : "");
@@ -219,6 +221,7 @@ void AddRotateCommand(CLI::App& program, int& exitStatus) {
                         "Bytes that a file may have, or as 500M or 2G; larger ones fail");
     command->add_option("--max-size", options->maxSize,
                         "Size that a file may have, as WIDTHxHEIGHT in pixels; larger ones fail");
+    command->add_flag("--no-sync", options->noSync, kNoSyncHelp);
     command->add_option("SOURCE", options->source, "Folder of the coefficient files")->required();
     command->add_option("TARGET", options->target, "Existing folder for the turned files")
         ->required();

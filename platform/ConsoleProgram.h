@@ -11,4 +11,8 @@ namespace trevolt {
 /// from then on.
 int ConsoleMain(const std::vector<std::string>& arguments);
 
+/// What a console program defines beside it: says that memory was refused, without any, when that
+/// ended `ConsoleMain` or came before it. The program ends with its result.
+int ConsoleOutOfMemory() noexcept;
+
 } // namespace trevolt

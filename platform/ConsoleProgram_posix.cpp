@@ -1,6 +1,7 @@
 #include "platform/ConsoleProgram.h"
 
 #include <csignal>
+#include <new>
 
 #include "platform/StandardDescriptors.h"
 
@@ -26,5 +27,9 @@ int main(int argc, char** argv) {
     trevolt::OpenStandardDescriptors();
     std::signal(SIGXFSZ, SIG_IGN); // a file that the system lets grow no more is a full disk
     KeepFreedHeap();
-    return trevolt::ConsoleMain({argv + (argc > 0 ? 1 : 0), argv + argc});
+    try {
+        return trevolt::ConsoleMain({argv + (argc > 0 ? 1 : 0), argv + argc});
+    } catch (const std::bad_alloc&) {
+        return trevolt::ConsoleOutOfMemory();
+    }
 }

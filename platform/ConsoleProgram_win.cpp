@@ -1,5 +1,7 @@
 #include "platform/ConsoleProgram.h"
 
+#include <new>
+
 #include <windows.h>
 
 #include "platform/StandardDescriptors.h"
@@ -8,8 +10,12 @@
 int wmain(int argc, wchar_t** argv) {
     trevolt::OpenStandardDescriptors();
     SetConsoleOutputCP(CP_UTF8);
-    std::vector<std::string> arguments;
-    for (int i = 1; i < argc; ++i)
-        arguments.push_back(trevolt::WideToShownUtf8(argv[i]));
-    return trevolt::ConsoleMain(arguments);
+    try {
+        std::vector<std::string> arguments;
+        for (int i = 1; i < argc; ++i)
+            arguments.push_back(trevolt::WideToShownUtf8(argv[i]));
+        return trevolt::ConsoleMain(arguments);
+    } catch (const std::bad_alloc&) {
+        return trevolt::ConsoleOutOfMemory();
+    }
 }

@@ -2,6 +2,9 @@
 // names, and a path that has no UTF-8 form exists nowhere.
 #pragma once
 
+#include <chrono>
+#include <compare>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -34,13 +37,13 @@ struct FolderEntry {
 };
 
 struct FolderListing {
-    bool denied = false;                    ///< the folder stands and may not be read
+    int error = 0; ///< the `errno` value of what ended the listing before the folder's end, else 0
     std::vector<FolderEntry> entries;       ///< in the system's order, "." and ".." included
     std::vector<std::string> unnamedByUtf8; ///< files (POSIX) whose raw names are not valid UTF-8
 };
 
 /// Every entry whose full name begins with `prefix`: a folder's path with its separator gives all
-/// of its entries. Empty when the folder does not exist or cannot be read.
+/// of its entries. What the system refuses to tell is missing, and the listing's error says why.
 FolderListing ListEntries(const std::wstring& prefix);
 
 /// Whether `path` names a file, a folder or another entry; links are followed.
@@ -60,8 +63,36 @@ bool CreateFolders(const std::wstring& path);
 /// and `errno` tells why where the system does, else it is 0.
 bool ReplaceWith(const std::wstring& from, const std::wstring& to);
 
+/// The same, and where the system has it, not before the new name is on the disk; elsewhere
+/// `SyncFolder` sees to that.
+bool ReplaceDurably(const std::wstring& from, const std::wstring& to);
+
 /// Removes a file. False when it stays.
 bool RemoveFile(const std::wstring& path);
+
+/// The same of a path in the system's form; allocates nothing.
+bool RemoveNativeFile(const NativePath& path) noexcept;
+
+/// Waits until the file's bytes are on the disk; allocates nothing. The `errno` value of the reason
+/// when they are not, 0 when they are.
+int SyncNativeFile(const NativePath& path) noexcept;
+
+/// Waits until the names that a folder holds are on the disk, where the file system has a way to ask
+/// for it. The `errno` value of the reason when they may not be, else 0.
+int SyncFolder(const std::wstring& folder);
+
+/// What tells an entry of the file system from every other that stands at the same time.
+struct EntryIdentity {
+    std::uint64_t volume = 0;
+    std::uint64_t entry = 0;
+    auto operator<=>(const EntryIdentity&) const = default;
+};
+
+/// Of the file or folder that stands at `path`, or of the link itself; nothing when none does.
+std::optional<EntryIdentity> IdentityOf(const std::wstring& path);
+
+/// How long ago the file was last written, by this machine's clock; nothing when it cannot be told.
+std::optional<std::chrono::seconds> AgeOf(const std::wstring& path);
 
 /// `path` up to and including its last separator, empty when it has none.
 std::wstring FolderPart(const std::wstring& path);

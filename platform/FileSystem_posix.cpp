@@ -2,9 +2,11 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <ctime>
 #include <memory>
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -31,6 +33,26 @@ EntryKind KindOf(const std::string& path) {
     return S_ISREG(info.st_mode) ? EntryKind::File : EntryKind::Other;
 }
 
+void AddEntry(FolderListing& listing, const std::string& name, EntryKind kind) {
+    if (auto wide = Utf8ToWide(name))
+        listing.entries.push_back({std::move(*wide), kind});
+    else if (kind == EntryKind::File)
+        listing.unnamedByUtf8.push_back(name);
+}
+
+/// What `fsync` has to say of an entry that is opened for it.
+int SyncEntry(const char* path) noexcept {
+    const int descriptor = open(path, O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0)
+        return errno;
+    int error = 0;
+    do
+        error = fsync(descriptor) == 0 ? 0 : errno;
+    while (error == EINTR);
+    close(descriptor);
+    return error;
+}
+
 } // namespace
 
 std::optional<NativePath> ToNativePath(const std::wstring& path) {
@@ -48,21 +70,18 @@ FolderListing ListEntries(const std::wstring& prefix) {
     const std::size_t nameStart = native->rfind('/') + 1; // npos + 1 is 0
     const std::string folder = nameStart == 0 ? "./" : native->substr(0, nameStart);
     const std::string nameBegin = native->substr(nameStart);
+    // The C++ library's iterator ends the program when it gets no memory.
     const std::unique_ptr<DIR, DirCloser> dir(opendir(folder.c_str()));
-    if (!dir) {
-        listing.denied = errno == EACCES;
-        return listing;
-    }
-    while (const dirent* entry = readdir(dir.get())) {
+    while (dir) {
+        errno = 0;
+        const dirent* const entry = readdir(dir.get());
+        if (entry == nullptr)
+            break;
         const std::string name = entry->d_name;
-        if (!name.starts_with(nameBegin))
-            continue;
-        const EntryKind kind = KindOf(folder + name);
-        if (auto wide = Utf8ToWide(name))
-            listing.entries.push_back({std::move(*wide), kind});
-        else if (kind == EntryKind::File)
-            listing.unnamedByUtf8.push_back(name);
+        if (name.starts_with(nameBegin))
+            AddEntry(listing, name, KindOf(folder + name));
     }
+    listing.error = errno;
     return listing;
 }
 
@@ -110,9 +129,40 @@ bool ReplaceWith(const std::wstring& from, const std::wstring& to) {
     return nativeFrom && nativeTo && std::rename(nativeFrom->c_str(), nativeTo->c_str()) == 0;
 }
 
+bool ReplaceDurably(const std::wstring& from, const std::wstring& to) {
+    return ReplaceWith(from, to);
+}
+
 bool RemoveFile(const std::wstring& path) {
     const auto native = ToNativePath(path);
-    return native && unlink(native->c_str()) == 0;
+    return native && RemoveNativeFile(*native);
+}
+
+bool RemoveNativeFile(const NativePath& path) noexcept { return unlink(path.c_str()) == 0; }
+
+int SyncNativeFile(const NativePath& path) noexcept { return SyncEntry(path.c_str()); }
+
+int SyncFolder(const std::wstring& folder) {
+    const auto native = ToNativePath(folder.empty() ? L"." : folder);
+    if (!native)
+        return ENOENT;
+    const int error = SyncEntry(native->c_str());
+    return error == EINVAL ? 0 : error; // the file system has nothing of the kind
+}
+
+std::optional<EntryIdentity> IdentityOf(const std::wstring& path) {
+    struct stat info {};
+    const auto native = ToNativePath(path);
+    if (!native || lstat(native->c_str(), &info) != 0)
+        return std::nullopt;
+    return EntryIdentity{info.st_dev, info.st_ino};
+}
+
+std::optional<std::chrono::seconds> AgeOf(const std::wstring& path) {
+    struct stat info {};
+    if (!Stat(path, info))
+        return std::nullopt;
+    return std::chrono::seconds(time(nullptr) - info.st_mtime);
 }
 
 std::wstring FolderPart(const std::wstring& path) {

@@ -19,10 +19,11 @@ EntryKind KindOf(DWORD attributes) {
 /// A handle that only identifies its entry, closed with the holder.
 class CEntryHandle {
   public:
-    explicit CEntryHandle(const std::wstring& path)
+    /// `flags` are further ones.
+    explicit CEntryHandle(const std::wstring& path, DWORD flags = 0)
         : m_handle(CreateFileW(path.c_str(), 0,
                                FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                               OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr)) {}
+                               OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS | flags, nullptr)) {}
     ~CEntryHandle() {
         if (m_handle != INVALID_HANDLE_VALUE)
             CloseHandle(m_handle);
@@ -38,11 +39,31 @@ class CEntryHandle {
     HANDLE m_handle;
 };
 
+/// A moment in the system's steps of 100 ns.
+std::int64_t StepsOf(const FILETIME& time) {
+    return static_cast<std::int64_t>(std::uint64_t{time.dwHighDateTime} << 32U |
+                                     time.dwLowDateTime);
+}
+
 /// The `errno` value of a system call's error, 0 for one that has none.
 int ErrnoOf(DWORD error) {
     const std::error_condition condition =
         std::error_code(static_cast<int>(error), std::system_category()).default_error_condition();
     return condition.category() == std::generic_category() ? condition.value() : 0;
+}
+
+/// That of a call which failed: where it has none, as of a read or write that went wrong.
+int ErrnoOfFailure(DWORD error) {
+    const int value = ErrnoOf(error);
+    return value == 0 ? EIO : value;
+}
+
+bool Replace(const std::wstring& from, const std::wstring& to, DWORD flags) {
+    errno = 0;
+    if (MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | flags) != 0)
+        return true;
+    errno = ErrnoOf(GetLastError());
+    return false;
 }
 
 } // namespace
@@ -58,12 +79,15 @@ FolderListing ListEntries(const std::wstring& prefix) {
     WIN32_FIND_DATAW found{};
     const HANDLE search = FindFirstFileW((prefix + L"*.*").c_str(), &found);
     if (search == INVALID_HANDLE_VALUE) {
-        listing.denied = GetLastError() == ERROR_ACCESS_DENIED;
+        const DWORD error = GetLastError();
+        listing.error = error == ERROR_FILE_NOT_FOUND ? 0 : ErrnoOfFailure(error);
         return listing;
     }
     do {
         listing.entries.push_back({found.cFileName, KindOf(found.dwFileAttributes)});
     } while (FindNextFileW(search, &found) != 0);
+    const DWORD error = GetLastError();
+    listing.error = error == ERROR_NO_MORE_FILES ? 0 : ErrnoOfFailure(error);
     FindClose(search);
     return listing;
 }
@@ -104,15 +128,46 @@ bool CreateFolders(const std::wstring& path) {
     return stands;
 }
 
-bool ReplaceWith(const std::wstring& from, const std::wstring& to) {
-    errno = 0;
-    if (MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING) != 0)
-        return true;
-    errno = ErrnoOf(GetLastError());
-    return false;
+bool ReplaceWith(const std::wstring& from, const std::wstring& to) { return Replace(from, to, 0); }
+
+bool ReplaceDurably(const std::wstring& from, const std::wstring& to) {
+    return Replace(from, to, MOVEFILE_WRITE_THROUGH);
 }
 
-bool RemoveFile(const std::wstring& path) { return DeleteFileW(path.c_str()) != 0; }
+bool RemoveFile(const std::wstring& path) { return RemoveNativeFile(path); }
+
+bool RemoveNativeFile(const NativePath& path) noexcept { return DeleteFileW(path.c_str()) != 0; }
+
+int SyncNativeFile(const NativePath& path) noexcept {
+    const HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                    OPEN_EXISTING, 0, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return ErrnoOfFailure(GetLastError());
+    const int error = FlushFileBuffers(file) != 0 ? 0 : ErrnoOfFailure(GetLastError());
+    CloseHandle(file);
+    return error;
+}
+
+int SyncFolder(const std::wstring& /*folder*/) { return 0; } // names are written through
+
+std::optional<EntryIdentity> IdentityOf(const std::wstring& path) {
+    BY_HANDLE_FILE_INFORMATION info{};
+    if (!CEntryHandle(path, FILE_FLAG_OPEN_REPARSE_POINT).Identify(info))
+        return std::nullopt;
+    return EntryIdentity{info.dwVolumeSerialNumber,
+                         std::uint64_t{info.nFileIndexHigh} << 32U | info.nFileIndexLow};
+}
+
+std::optional<std::chrono::seconds> AgeOf(const std::wstring& path) {
+    WIN32_FILE_ATTRIBUTE_DATA data{};
+    if (GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data) == 0)
+        return std::nullopt;
+    constexpr std::int64_t kStepsOfSecond = 10'000'000;
+    FILETIME now{};
+    GetSystemTimeAsFileTime(&now);
+    return std::chrono::seconds((StepsOf(now) - StepsOf(data.ftLastWriteTime)) / kStepsOfSecond);
+}
 
 std::wstring FolderPart(const std::wstring& path) {
     return path.substr(0, path.find_last_of(L"\\/") + 1); // npos + 1 is 0

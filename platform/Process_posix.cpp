@@ -1,7 +1,13 @@
 #include "platform/Process.h"
 
+#include <array>
+#include <cerrno>
 #include <csignal>
+#include <functional>
+#include <string>
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace trevolt {
@@ -26,6 +32,26 @@ void CatchSignal(int signal) {
 } // namespace
 
 std::uint32_t ProcessId() { return static_cast<std::uint32_t>(getpid()); }
+
+std::uint32_t ProcessRealm() {
+    // New with each start of the system. A stream's buffer would take more memory than it needs.
+    const int start = open("/proc/sys/kernel/random/boot_id", O_RDONLY | O_CLOEXEC);
+    std::array<char, 36> text{};
+    const ssize_t count = start < 0 ? 0 : read(start, text.data(), text.size());
+    if (start >= 0)
+        close(start);
+    struct stat counting {};
+    if (count <= 0 || stat("/proc/self/ns/pid", &counting) != 0)
+        return 0;
+    const std::string realm =
+        std::string(text.data(), static_cast<std::size_t>(count)) + std::to_string(counting.st_ino);
+    return static_cast<std::uint32_t>(std::hash<std::string>()(realm));
+}
+
+bool IsProcessGone(std::uint32_t id) {
+    const auto process = static_cast<pid_t>(id);
+    return process > 0 && kill(process, 0) != 0 && errno == ESRCH;
+}
 
 const std::atomic<bool>& CatchInterrupts() {
     // A reader of the output that goes away (SIGPIPE) wants no more of it either.

@@ -1,5 +1,9 @@
 #include "platform/Process.h"
 
+#include <array>
+#include <functional>
+#include <string>
+
 #include <windows.h>
 
 namespace trevolt {
@@ -21,6 +25,25 @@ BOOL WINAPI OnControl(DWORD event) {
 } // namespace
 
 std::uint32_t ProcessId() { return GetCurrentProcessId(); }
+
+/// A computer's name is its own in its network. Ids are given again after a start of the system: a
+/// process that has one then is taken for the earlier.
+std::uint32_t ProcessRealm() {
+    std::array<wchar_t, MAX_COMPUTERNAME_LENGTH + 1> name{};
+    auto length = static_cast<DWORD>(name.size());
+    if (GetComputerNameW(name.data(), &length) == 0)
+        return 0;
+    return static_cast<std::uint32_t>(std::hash<std::wstring>()({name.data(), length}));
+}
+
+bool IsProcessGone(std::uint32_t id) {
+    const HANDLE process = OpenProcess(SYNCHRONIZE, FALSE, id);
+    if (process == nullptr)
+        return GetLastError() == ERROR_INVALID_PARAMETER;
+    const bool hasEnded = WaitForSingleObject(process, 0) == WAIT_OBJECT_0;
+    CloseHandle(process);
+    return hasEnded;
+}
 
 const std::atomic<bool>& CatchInterrupts() {
     SetConsoleCtrlHandler(OnControl, TRUE);

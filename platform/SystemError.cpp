@@ -12,9 +12,10 @@ struct ErrorText {
     const char* text;
 };
 
-// What opening and writing a file meets. The systems' own texts follow the locale.
+// What listing a folder, opening and writing a file and starting a thread meet. The systems' own texts follow the locale.
 constexpr std::array kErrorTexts{
     ErrorText{EACCES, "Permission denied"},
+    ErrorText{EAGAIN, "Resource temporarily unavailable"},
     ErrorText{EBUSY, "Device or resource busy"},
 #ifdef EDQUOT
     ErrorText{EDQUOT, "Disk quota exceeded"},
@@ -29,11 +30,15 @@ constexpr std::array kErrorTexts{
     ErrorText{ENFILE, "Too many open files in system"},
     ErrorText{ENODEV, "No such device"},
     ErrorText{ENOENT, "No such file or directory"},
+    ErrorText{ENOMEM, "Cannot allocate memory"},
     ErrorText{ENOSPC, "No space left on device"},
     ErrorText{ENOTDIR, "Not a directory"},
     ErrorText{ENXIO, "No such device or address"},
     ErrorText{EPERM, "Operation not permitted"},
     ErrorText{EROFS, "Read-only file system"},
+#ifdef ESTALE
+    ErrorText{ESTALE, "Stale file handle"},
+#endif
 };
 
 } // namespace

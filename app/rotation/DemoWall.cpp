@@ -4,9 +4,10 @@
 
 #include <fmt/xchar.h>
 
-#include "platform/FileSystem.h"
+#include "app/rotation/OutputFolder.h"
 #include "trevolt/FileKinds.h"
 #include "trevolt/FixedPoint.h"
+#include "trevolt/TransferProblems.h"
 
 namespace trevolt {
 namespace {
@@ -32,23 +33,39 @@ SMatrixCoef DemoPixel(std::int32_t x, std::int32_t y, std::uint32_t cabinet) {
     return pixel;
 }
 
+void PaintCabinet(CChromaCorrectCoef& map, std::uint32_t cabinet) {
+    map.Resize(kCabinetWidth, kCabinetHeight);
+    for (std::int32_t y = 0; y < kCabinetHeight; ++y)
+        for (std::int32_t x = 0; x < kCabinetWidth; ++x)
+            map.SetElement(x, y, DemoPixel(x, y, cabinet));
+}
+
+/// What went wrong, in plain words; nothing when the cabinet has its name.
+std::string WriteCabinet(COutputFolder& target, const SFileKind& kind, std::uint32_t cabinet) {
+    CChromaCorrectCoef map;
+    PaintCabinet(map, cabinet);
+    const auto output = target.Begin(fmt::format(L"Cab_{:02}{}", cabinet, kind.extension));
+    const CTransferReport report;
+    const Status status = kind.save(map, output->Path().c_str());
+    if (std::string problem = DescribeWriteProblem(status, report); !problem.empty())
+        return problem;
+    if (const int error = target.IsSynced() ? output->Sync() : 0; error != 0)
+        return DescribeSyncProblem(error);
+    const SKeptOutput kept = target.Keep(*output);
+    return kept.isKept ? std::string() : DescribeRenameProblem(kept.error);
+}
+
 } // namespace
 
-Status WriteDemoWall(const std::wstring& folder) {
+std::string WriteDemoWall(const std::wstring& folder, bool sync) {
+    COutputFolder target(folder, sync);
+    target.RemoveAbandoned();
     std::uint32_t cabinet = 0;
-    for (const SFileKind& kind : FileKinds()) {
-        ++cabinet;
-        CChromaCorrectCoef map;
-        map.Resize(kCabinetWidth, kCabinetHeight);
-        for (std::int32_t y = 0; y < kCabinetHeight; ++y)
-            for (std::int32_t x = 0; x < kCabinetWidth; ++x)
-                map.SetElement(x, y, DemoPixel(x, y, cabinet));
-        const std::wstring name = fmt::format(L"Cab_{:02}{}", cabinet, kind.extension);
-        const Status status = kind.save(map, (WithSeparator(folder) + name).c_str());
-        if (Failed(status))
-            return status;
-    }
-    return S_OK;
+    for (const SFileKind& kind : FileKinds())
+        if (std::string problem = WriteCabinet(target, kind, ++cabinet); !problem.empty())
+            return problem;
+    const int error = target.SyncNames();
+    return error == 0 ? std::string() : DescribeFolderSyncProblem(error);
 }
 
 } // namespace trevolt

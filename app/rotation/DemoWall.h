@@ -3,13 +3,12 @@
 
 #include <string>
 
-#include "trevolt/StatusCodes.h"
-
 namespace trevolt {
 
-/// Writes one small cabinet of every file kind into an existing folder. The status of the first
-/// writer that fails, those before it written; what that status hides is in the thread's transfer
-/// report. The values are the same at every call: gains that drift over a cabinet, with pixel noise.
-Status WriteDemoWall(const std::wstring& folder);
+/// Writes one small cabinet of every file kind into an existing folder, each whole or not at all; with
+/// `sync` they have reached the disk when it succeeds. Nothing, or what went wrong with the first that
+/// failed, in plain words; those before it are written. The values are the same at every call: gains
+/// that drift over a cabinet, with pixel noise.
+std::string WriteDemoWall(const std::wstring& folder, bool sync);
 
 } // namespace trevolt

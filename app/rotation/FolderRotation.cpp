@@ -2,13 +2,16 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <limits>
+#include <memory>
 #include <new>
-#include <random>
+#include <utility>
 
 #include <fmt/format.h>
 
 #include "app/rotation/Manifest.h"
+#include "app/rotation/OutputFolder.h"
 #include "app/rotation/SourceFile.h"
 #include "app/rotation/StoredKinds.h"
 #include "app/rotation/WorkShare.h"
@@ -17,7 +20,6 @@
 #include "common/WrittenFile.h"
 #include "platform/FileStream.h"
 #include "platform/FileSystem.h"
-#include "platform/Process.h"
 #include "platform/SystemError.h"
 #include "trevolt/FileKinds.h"
 #include "trevolt/MemoryBudget.h"
@@ -27,41 +29,11 @@
 namespace trevolt {
 namespace {
 
-/// A file under work in the target folder, removed unless it became the output.
-class CTemporaryOutput {
-  public:
-    CTemporaryOutput(const std::wstring& folder, const std::wstring& outputName, std::size_t number)
-        : m_final(folder + outputName),
-          m_path(folder + L".trevolt-" + std::to_wstring(ProcessId()) + L"-" + RunMark() + L"-" +
-                 std::to_wstring(number) + LastExtension(outputName)) {}
-    ~CTemporaryOutput() {
-        if (!m_kept)
-            RemoveFile(m_path);
-    }
-    CTemporaryOutput(const CTemporaryOutput&) = delete;
-    CTemporaryOutput& operator=(const CTemporaryOutput&) = delete;
-
-    const std::wstring& Path() const { return m_path; }
-    /// False when the output cannot be given its name; `errno` then tells as after `ReplaceWith`.
-    bool Keep() {
-        m_kept = ReplaceWith(m_path, m_final);
-        return m_kept;
-    }
-
-  private:
-    /// Keeps runs apart that share a target folder but not a list of processes.
-    static const std::wstring& RunMark() {
-        static const std::wstring mark = std::to_wstring(std::random_device{}());
-        return mark;
-    }
-    static std::wstring LastExtension(const std::wstring& name) {
-        const std::size_t dot = name.rfind(L'.');
-        return dot == std::wstring::npos ? L"" : name.substr(dot);
-    }
-
-    std::wstring m_final;
-    std::wstring m_path;
-    bool m_kept = false;
+/// A file that went as far as a thread of its own can take it.
+struct STurnedFile {
+    SFileOutcome outcome;
+    std::unique_ptr<CTemporaryOutput> output; ///< null when there is nothing to keep
+    bool isMemoryRefused = false;             ///< then the outcome tells nothing
 };
 
 bool IsMapSize(const PixelSize& size) {
@@ -90,29 +62,24 @@ std::string WithReason(std::string problem, int error) {
     return reason.empty() ? problem : fmt::format("{}: {}", problem, reason);
 }
 
-/// One file's way from the source folder to the target folder.
+/// One file's way from the source folder to its output, which has yet to get its name.
 class CFileRotation {
   public:
     CFileRotation(const SRotationRequest& request, const std::atomic<bool>& interrupted,
-                  CWorkShare& share, const std::wstring& name, std::size_t number)
+                  CWorkShare& share, COutputFolder& target, const std::wstring& name)
         : m_request(request),
           m_interrupted(interrupted),
           m_share(share),
+          m_target(target),
           m_name(name),
-          m_number(number),
           m_loadKind(*FindLoadKind(name)),
           m_storedKind(FindStoredKind(name)) {}
 
-    SFileOutcome Run() {
+    STurnedFile Run() {
         m_outcome.name = WideToShownUtf8(m_name);
-        try {
-            Turn();
-        } catch (const std::bad_alloc&) {
-            Fail("not enough memory");
-        }
-        m_outcome.interrupted = m_interrupted && m_outcome.outputName.empty();
-        m_share.Finish();
-        return m_outcome;
+        Turn();
+        m_outcome.interrupted = m_interrupted && m_output == nullptr;
+        return {std::move(m_outcome), std::move(m_output)};
     }
 
   private:
@@ -315,30 +282,24 @@ class CFileRotation {
         return !m_outcome.HasFailed() || m_request.lenient;
     }
 
-    /// Lets `write(path)` make the turned file and gives it its name.
+    /// Lets `write(path)` make the turned file.
     template <class Write>
     void Save(const Write& write) {
         if (m_interrupted)
             return;
-        const std::wstring outputName = ExportName(m_name, m_request.angle.text);
-        CTemporaryOutput output(WithSeparator(m_request.targetFolder), outputName, m_number);
+        auto output = m_target.Begin(ExportName(m_name, m_request.angle.text));
         const CTransferReport report;
-        const Status status = write(output.Path().c_str());
-        if (std::string problem = DescribeWriteProblem(status, report); !problem.empty())
+        const Status status = write(output->Path().c_str());
+        if (std::string problem = DescribeWriteProblem(status, report); !problem.empty()) {
             Fail(std::move(problem));
-        else if (auto lines = SumBoth(output.Path(), outputName); !lines)
             return;
-        else if (m_interrupted) // asked once: what has its final name is also told of
+        }
+        auto lines = SumBoth(output->Path(), output->FinalName());
+        if (!lines)
             return;
-        else if (!output.Keep())
-            Fail(DescribeRenameProblem(errno));
-        else
-            NoteWritten(outputName, *std::move(lines));
-    }
-
-    void NoteWritten(const std::wstring& outputName, std::string manifestLines) {
-        m_outcome.outputName = WideToShownUtf8(outputName);
-        m_outcome.manifestLines = std::move(manifestLines);
+        m_output = std::move(output);
+        m_outcome.outputName = WideToShownUtf8(m_output->FinalName());
+        m_outcome.manifestLines = *std::move(lines);
         if (m_loadKind.describeStreamLosses != nullptr && m_source.IsOpen())
             m_outcome.losses = m_loadKind.describeStreamLosses(m_source.FirstByte());
     }
@@ -349,18 +310,99 @@ class CFileRotation {
     const SRotationRequest& m_request;
     const std::atomic<bool>& m_interrupted;
     CWorkShare& m_share;
+    COutputFolder& m_target;
     const std::wstring& m_name;
-    std::size_t m_number;
     const SFileKind& m_loadKind;
     const SStoredKind* m_storedKind; ///< null when the file must go through a map
     CSourceFile m_source;
     std::optional<std::string> m_sourceSum; ///< of an open source, when a manifest is wanted
     PixelSize m_ownSize;                    ///< that the file tells, 0 × 0 when it tells none
     SFileOutcome m_outcome;
+    std::unique_ptr<CTemporaryOutput> m_output; ///< once it is written
+};
+
+/// How many outputs are brought to the disk together, and told then.
+constexpr std::size_t kFilesOfSync = 32;
+/// How many of them at a time: the threads wait for the disk and take no processor.
+constexpr std::size_t kSyncsAtOnce = 8;
+/// How long a finished file waits for others where one thread does all the work.
+constexpr std::chrono::milliseconds kLongestWait{200};
+/// How many outputs may lie in the target folder without their names.
+constexpr std::size_t kFilesAhead = 256;
+
+/// Gives the outputs of turned files their names. What it has gone through is true on the disk, too.
+class CKeeper {
+  public:
+    CKeeper(COutputFolder& target, const std::atomic<bool>& interrupted)
+        : m_target(target), m_interrupted(interrupted) {}
+
+    /// In the order of the files, which decides where two have one name.
+    void Keep(std::vector<STurnedFile>& files) {
+        const std::vector<int> errors = Sync(files);
+        bool isAnyKept = false;
+        for (std::size_t i = 0; i < files.size(); ++i)
+            isAnyKept |= files[i].output != nullptr && Keep(files[i], errors[i]);
+        const int error = isAnyKept ? m_target.SyncNames() : 0;
+        if (error != 0)
+            for (STurnedFile& file : files)
+                if (!file.outcome.outputName.empty())
+                    Fail(file, DescribeFolderSyncProblem(error));
+    }
+
+  private:
+    /// The `errno` values of what did not reach the disk.
+    std::vector<int> Sync(const std::vector<STurnedFile>& files) const {
+        std::vector<int> errors(files.size());
+        if (m_target.IsSynced() && !m_interrupted)
+            ShareOut(files.size(), kSyncsAtOnce, [&](std::size_t i) {
+                errors[i] = files[i].output == nullptr ? 0 : files[i].output->Sync();
+            });
+        return errors;
+    }
+
+    bool Keep(STurnedFile& file, int error) {
+        if (m_interrupted) { // asked once: what has its final name is also told of
+            file.outcome.interrupted = true;
+            Drop(file);
+            return false;
+        }
+        if (error != 0) {
+            Fail(file, DescribeSyncProblem(error));
+            return false;
+        }
+        const SKeptOutput kept = m_target.Keep(*file.output);
+        if (kept.isKept)
+            return true;
+        Fail(file, kept.sameEntryAs.empty() ? DescribeRenameProblem(kept.error)
+                                            : DescribeSharedName(kept.sameEntryAs));
+        return false;
+    }
+
+    static void Fail(STurnedFile& file, std::string problem) {
+        Drop(file);
+        file.outcome.problems.push_back(std::move(problem));
+    }
+
+    /// Nothing is told to be written.
+    static void Drop(STurnedFile& file) {
+        file.output.reset();
+        file.outcome.outputName.clear();
+        file.outcome.losses.clear();
+        file.outcome.manifestLines.clear();
+    }
+
+    static std::string DescribeSharedName(const std::wstring& other) {
+        return fmt::format("cannot be written: its name means the file {} in the target folder, "
+                           "which this run wrote before",
+                           WideToShownUtf8(other));
+    }
+
+    COutputFolder& m_target;
+    const std::atomic<bool>& m_interrupted;
 };
 
 struct KnownFiles {
-    bool denied = false;                ///< the folder may not be read
+    int error = 0;                      ///< the `errno` value of what ended the listing early
     std::vector<std::wstring> names;    ///< sorted
     std::vector<std::string> unnamable; ///< of a known kind, but not valid UTF-8
 };
@@ -368,7 +410,7 @@ struct KnownFiles {
 KnownFiles FindKnownFiles(const std::wstring& folder) {
     KnownFiles known;
     const FolderListing listing = ListEntries(folder);
-    known.denied = listing.denied;
+    known.error = listing.error;
     for (const FolderEntry& entry : listing.entries)
         if (entry.kind == EntryKind::File && FindLoadKind(entry.name) != nullptr)
             known.names.push_back(entry.name);
@@ -419,8 +461,11 @@ std::string FindObstacle(const SRotationRequest& request) {
 std::string FindObstacle(const SRotationRequest& request, const KnownFiles& known) {
     const std::size_t count = known.names.size() + known.unnamable.size();
     const std::string source = WideToShownUtf8(request.sourceFolder);
-    if (known.denied)
+    if (known.error == EACCES)
         return fmt::format("the source folder {} may not be read", source);
+    if (known.error != 0)
+        return fmt::format("the source folder {} cannot be listed: {}", source,
+                           SystemErrorText(known.error));
     if (count == 0)
         return fmt::format("there is no coefficient file in {}", source);
     if (request.wholeScreen && count != 1)
@@ -429,11 +474,8 @@ std::string FindObstacle(const SRotationRequest& request, const KnownFiles& know
     return {};
 }
 
-/// Why the manifest does not stand; empty when it does.
-std::string WriteManifest(const std::wstring& manifest, const std::string& lines,
-                          std::size_t number) {
-    const std::wstring folder = FolderPart(manifest);
-    CTemporaryOutput output(folder, manifest.substr(folder.size()), number);
+/// Why `lines` are not the output's content, on the disk where that is wanted; empty when they are.
+std::string WriteLines(const CTemporaryOutput& output, const std::string& lines, bool sync) {
     const CTransferReport report;
     COutputFile file;
     Status status = E_COEF_OPENFAILED;
@@ -443,8 +485,23 @@ std::string WriteManifest(const std::wstring& manifest, const std::string& lines
         status = S_OK;
     }
     std::string problem = DescribeWriteProblem(status, report);
-    if (problem.empty() && !output.Keep())
-        problem = WithReason("cannot be given its name", errno);
+    if (const int error = problem.empty() && sync ? output.Sync() : 0; error != 0)
+        problem = DescribeSyncProblem(error);
+    return problem;
+}
+
+/// Why the manifest does not stand; empty when it does.
+std::string WriteManifest(const std::wstring& manifest, const std::string& lines, bool sync) {
+    const std::wstring part = FolderPart(manifest);
+    COutputFolder folder(part.empty() ? L"." : part, sync);
+    const auto output = folder.Begin(manifest.substr(part.size()));
+    std::string problem = WriteLines(*output, lines, sync);
+    if (problem.empty())
+        if (const SKeptOutput kept = folder.Keep(*output); !kept.isKept)
+            problem = WithReason("cannot be given its name", kept.error);
+    if (problem.empty())
+        if (const int error = folder.SyncNames(); error != 0)
+            problem = DescribeFolderSyncProblem(error);
     return problem.empty() ? problem
                            : fmt::format("the manifest {} {}", WideToShownUtf8(manifest), problem);
 }
@@ -459,50 +516,141 @@ SFileOutcome UnnamableOutcome(const std::string& raw) {
     return outcome;
 }
 
+/// The turn of a folder whose files are known.
+class CFolderRun {
+  public:
+    CFolderRun(const SRotationRequest& request, const std::atomic<bool>& interrupted,
+               const KnownFiles& known, COutputFolder& target, CRotationListener& listener)
+        : m_request(request),
+          m_interrupted(interrupted),
+          m_known(known),
+          m_target(target),
+          m_listener(listener),
+          m_share(known.names.size(), request.jobs, FreeMemory()) {}
+    ~CFolderRun() { CMemoryBudget::Process().GiveBackKept(); }
+    CFolderRun(const CFolderRun&) = delete;
+    CFolderRun& operator=(const CFolderRun&) = delete;
+
+    SRotationOutcome Run() {
+        for (const std::string& raw : m_known.unnamable)
+            Deliver(UnnamableOutcome(raw));
+        TurnAll();
+        if (!m_manifestLines.empty())
+            m_total.manifestError =
+                WriteManifest(m_request.manifest, m_manifestLines, m_request.sync);
+        const bool isDone = m_total.failed == 0 && m_total.manifestError.empty();
+        if (m_interrupted)
+            m_total.end = ERotationEnd::Interrupted;
+        else
+            m_total.end = isDone ? ERotationEnd::AllDone : ERotationEnd::SomeFailed;
+        return m_total;
+    }
+
+  private:
+    static std::uint64_t FreeMemory() {
+        const CMemoryBudget& budget = CMemoryBudget::Process();
+        return budget.Limit() - std::min(budget.Outstanding(), budget.Limit());
+    }
+
+    void TurnAll() {
+        const auto turn = [this](std::size_t i) { return TurnFile(m_known.names[i]); };
+        COrderedWork<STurnedFile, decltype(turn)> turned(m_known.names.size(), m_request.jobs, turn,
+                                                         kFilesAhead);
+        CKeeper keeper(m_target, m_interrupted);
+        std::size_t taken = 0;
+        while (taken < m_known.names.size()) {
+            std::vector<STurnedFile> files = TakeTogether(turned, m_known.names.size() - taken);
+            for (std::size_t i = 0; i < files.size(); ++i)
+                if (files[i].isMemoryRefused)
+                    files[i].outcome = RefusedOutcome(m_known.names[taken + i]);
+            taken += files.size();
+            keeper.Keep(files);
+            for (const STurnedFile& file : files)
+                Deliver(file.outcome);
+        }
+    }
+
+    /// Throws nothing: on another thread there is nobody to catch it.
+    STurnedFile TurnFile(const std::wstring& name) {
+        STurnedFile file;
+        try {
+            file = CFileRotation(m_request, m_interrupted, m_share, m_target, name).Run();
+        } catch (const std::bad_alloc&) {
+            file.isMemoryRefused = true;
+        }
+        m_share.Finish();
+        return file;
+    }
+
+    /// The next file, and those up to `most` that are finished with it, where they are synced.
+    template <class Turned>
+    std::vector<STurnedFile> TakeTogether(Turned& turned, std::size_t most) const {
+        most = std::min(most, m_target.IsSynced() ? kFilesOfSync : 1);
+        const auto begin = std::chrono::steady_clock::now();
+        const auto isSoon = [&] {
+            return turned.HasThreads() ? turned.IsReady()
+                                       : std::chrono::steady_clock::now() - begin < kLongestWait;
+        };
+        std::vector<STurnedFile> files;
+        do
+            files.push_back(turned.Take());
+        while (files.size() < most && isSoon());
+        return files;
+    }
+
+    static SFileOutcome RefusedOutcome(const std::wstring& name) {
+        SFileOutcome outcome;
+        outcome.name = WideToShownUtf8(name);
+        outcome.problems.emplace_back("not enough memory");
+        return outcome;
+    }
+
+    void Deliver(const SFileOutcome& outcome) {
+        m_manifestLines += outcome.manifestLines;
+        m_total.written += outcome.outputName.empty() ? 0 : 1;
+        m_total.failed += outcome.HasFailed() ? 1 : 0;
+        if (!outcome.interrupted || outcome.HasFailed())
+            m_listener.OnFile(outcome, ++m_done, m_known.names.size() + m_known.unnamable.size());
+    }
+
+    const SRotationRequest& m_request;
+    const std::atomic<bool>& m_interrupted;
+    const KnownFiles& m_known;
+    COutputFolder& m_target;
+    CRotationListener& m_listener;
+    CWorkShare m_share;
+    std::size_t m_done = 0;
+    std::string m_manifestLines; ///< of the files that were told as written
+    SRotationOutcome m_total;
+};
+
+SRotationOutcome NothingToDo(std::string why) {
+    SRotationOutcome outcome;
+    outcome.end = ERotationEnd::NothingToDo;
+    outcome.error = std::move(why);
+    return outcome;
+}
+
 } // namespace
 
 SRotationOutcome RotateFolder(const SRotationRequest& request, const std::atomic<bool>& interrupted,
                               CRotationListener& listener) {
-    SRotationOutcome total;
-    total.end = ERotationEnd::NothingToDo;
-    total.error = FindObstacle(request);
-    if (!total.error.empty())
-        return total;
+    if (std::string obstacle = FindObstacle(request); !obstacle.empty())
+        return NothingToDo(std::move(obstacle));
     const KnownFiles known = FindKnownFiles(WithSeparator(request.sourceFolder));
-    total.error = FindObstacle(request, known);
-    if (!total.error.empty())
-        return total;
-
-    const std::size_t count = known.names.size() + known.unnamable.size();
-    std::size_t done = 0;
-    std::string manifestLines;
-    const auto deliver = [&](const SFileOutcome& outcome) {
-        manifestLines += outcome.manifestLines;
-        total.written += outcome.outputName.empty() ? 0 : 1;
-        total.failed += outcome.HasFailed() ? 1 : 0;
-        if (!outcome.interrupted || outcome.HasFailed())
-            listener.OnFile(outcome, ++done, count);
-    };
-    for (const std::string& raw : known.unnamable)
-        deliver(UnnamableOutcome(raw));
-    CMemoryBudget& budget = CMemoryBudget::Process();
-    const std::uint64_t outstanding = std::min(budget.Outstanding(), budget.Limit());
-    CWorkShare share(known.names.size(), request.jobs, budget.Limit() - outstanding);
-    RunOrdered<SFileOutcome>(
-        known.names.size(), request.jobs,
-        [&](std::size_t i) {
-            return CFileRotation(request, interrupted, share, known.names[i], i).Run();
-        },
-        deliver);
-    budget.GiveBackKept();
-    if (!manifestLines.empty())
-        total.error = WriteManifest(request.manifest, manifestLines, known.names.size());
-    const bool isDone = total.failed == 0 && total.error.empty();
-    if (interrupted)
-        total.end = ERotationEnd::Interrupted;
-    else
-        total.end = isDone ? ERotationEnd::AllDone : ERotationEnd::SomeFailed;
-    return total;
+    if (std::string obstacle = FindObstacle(request, known); !obstacle.empty()) {
+        SRotationOutcome outcome = NothingToDo(std::move(obstacle));
+        if (known.error != 0 && known.error != EACCES)
+            outcome.end = ERotationEnd::SomeFailed;
+        return outcome;
+    }
+    COutputFolder target(request.targetFolder, request.sync);
+    if (const int error = target.SyncNames(); error != 0)
+        return NothingToDo(fmt::format("the target folder {} cannot be synced: {}",
+                                       WideToShownUtf8(request.targetFolder),
+                                       SystemErrorText(error)));
+    target.RemoveAbandoned();
+    return CFolderRun(request, interrupted, known, target, listener).Run();
 }
 
 } // namespace trevolt

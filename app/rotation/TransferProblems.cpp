@@ -108,4 +108,13 @@ std::string DescribeRenameProblem(int error) {
                        reason.empty() ? "" : ": ", reason);
 }
 
+std::string DescribeSyncProblem(int error) {
+    return fmt::format("cannot be written: {}", SystemErrorText(error));
+}
+
+std::string DescribeFolderSyncProblem(int error) {
+    return fmt::format("written, but its name may be lost: the target folder cannot be synced: {}",
+                       SystemErrorText(error));
+}
+
 } // namespace trevolt

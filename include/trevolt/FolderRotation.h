@@ -43,6 +43,10 @@ struct SRotationRequest {
     std::wstring manifest;
     /// A file past one of them fails before its pixels are read, in a lenient run too.
     SRotationLimits limits;
+    /// What the listener hears of has reached the disk: each output before it gets its name, the
+    /// target folder before its names are told. Without it a power cut soon after the run may leave
+    /// empty files.
+    bool sync = true;
 };
 
 /// What became of one file.
@@ -65,7 +69,10 @@ enum class ERotationEnd { AllDone, SomeFailed, NothingToDo, Interrupted };
 
 struct SRotationOutcome {
     ERotationEnd end = ERotationEnd::AllDone;
-    std::string error; ///< with NothingToDo: why; else why there is no manifest, in plain words
+    /// In plain words: with NothingToDo why; with SomeFailed, where the listing of the source folder
+    /// broke off and nothing was turned, what ended it.
+    std::string error;
+    std::string manifestError; ///< why the manifest that is wanted does not stand, in plain words
     std::size_t written = 0;
     std::size_t failed = 0;
 };
@@ -80,10 +87,12 @@ class CRotationListener {
 
 /// Turns every known file of the source folder into the target folder, in sorted order. The source
 /// is never written to: both folders must exist and differ. When `interrupted` becomes true the
-/// files in work are given up and their temporary files removed. The manifest, if one is wanted,
-/// lists each written file behind the one it was turned from, in the same order, also of an
-/// interrupted run; where nothing was written there is none. When it cannot be written the end is
-/// SomeFailed at best.
+/// files in work are given up and their temporary files removed. What earlier runs that were killed
+/// left under work in the target folder is removed. The manifest, if one is wanted, lists each written
+/// file behind the one it was turned from, in the same order, also of an interrupted run; where
+/// nothing was written there is none. When it cannot be written the end is SomeFailed at best. Throws
+/// what the listener throws, and std::bad_alloc when memory is refused for more than one file's work:
+/// temporary files are removed then, and what was told stays true.
 SRotationOutcome RotateFolder(const SRotationRequest& request, const std::atomic<bool>& interrupted,
                               CRotationListener& listener);
 

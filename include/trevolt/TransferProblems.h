@@ -23,4 +23,10 @@ std::string DescribeWriteProblem(Status status, const CTransferReport& report);
 /// Why a whole output lacks its final name, by the `errno` value of the refused renaming.
 std::string DescribeRenameProblem(int error);
 
+/// Why an output's bytes may not be on the disk; `error` is the `errno` value.
+std::string DescribeSyncProblem(int error);
+
+/// Why the names of outputs that were written may not be on the disk; `error` is the `errno` value.
+std::string DescribeFolderSyncProblem(int error);
+
 } // namespace trevolt

@@ -1,10 +1,10 @@
 #!/usr/bin/python3
 """Tests of the trevolt-cli program as its users run it.
 
-    cli_test.py PROGRAM [--wrapper COMMAND] [unittest options]
+    cli_test.py PROGRAM [--wrapper COMMAND] [--recorder LIBRARY] [unittest options]
 
 The wrapper starts the program, for example Wine for the Windows build; tests whose subject is a
-POSIX system are then passed over. Expected values are made here and not by the program: bodies
+POSIX system are then passed over. The recorder is what CallRecorder.cpp makes. Expected values are made here and not by the program: bodies
 are packed and unpacked by another LZ4 implementation's front end.
 """
 import os
@@ -27,6 +27,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 SAMPLES = ROOT / 'samples'
 PROGRAM = []
 IS_WRAPPED = False
+RECORDER = None
 
 MAGICS = {
     '.9fcoef': bytes.fromhex('a700f3ce46c71e48b3d25edd63314661'),
@@ -55,6 +56,16 @@ def posix_only(test):
     def run(self, *args):
         if IS_WRAPPED:
             self.skipTest('a POSIX subject')
+        test(self, *args)
+    run.__name__ = test.__name__
+    return run
+
+
+def with_recorder(test):
+    """Needs the library that is loaded before the program."""
+    def run(self, *args):
+        if RECORDER is None:
+            self.skipTest('no recorder here')
         test(self, *args)
     run.__name__ = test.__name__
     return run
@@ -95,8 +106,9 @@ class CliTest(unittest.TestCase):
         self.source.mkdir()
         self.target.mkdir()
 
-    def run_cli(self, *arguments, locale='C.UTF-8', cwd=ROOT, **options):
-        options |= {'cwd': cwd, 'env': dict(os.environ, LC_ALL=locale), 'timeout': 300}
+    def run_cli(self, *arguments, locale='C.UTF-8', cwd=ROOT, environment=(), **options):
+        options |= {'cwd': cwd, 'env': dict(os.environ, LC_ALL=locale) | dict(environment),
+                    'timeout': 300}
         command = [*PROGRAM, *map(str, arguments)]
         if not IS_WRAPPED:
             return subprocess.run(command, capture_output=True, **options)
@@ -166,7 +178,7 @@ class Usage(CliTest):
         result = self.run_cli('rotate', '--help')
         self.expect(result, 0)
         for word in ('--angle', '--size', '--screen', '--lenient', '--jobs', '--manifest', '--max-memory',
-                     '--max-file-size', '--max-size', 'SOURCE', 'TARGET'):
+                     '--max-file-size', '--max-size', '--no-sync', 'SOURCE', 'TARGET'):
             self.assertIn(word, result.stdout.decode())
 
     def test_wrong_usage_is_status_2(self):
@@ -470,6 +482,34 @@ class Names(CliTest):
             listener.bind(str(self.source / 'socket.3bcoef'))
             self.expect(self.rotate(), 0, err=[])
         self.assertEqual(self.targets(), ['a-90°.3bcoef'])
+
+    def test_names_that_differ_in_case_only_are_not_lost(self):
+        raws = {name: self.add(name, width) for name, width in (('CAB.3bcoef', 4), ('cab.3bcoef', 5))}
+        if len(list(self.source.iterdir())) != 2:
+            self.skipTest('this folder does not tell the names apart')
+        result = self.rotate()
+        first = turned(90, 4, 3, raws['CAB.3bcoef'], 3)[2]
+        self.assertEqual(self.body(self.target / 'CAB-90°.3bcoef', '.3bcoef', 3, 4), first)
+        if not IS_WRAPPED:
+            self.expect(result, 0, err=[])
+            self.assertEqual(self.targets(), ['CAB-90°.3bcoef', 'cab-90°.3bcoef'])
+            return
+        # Windows opens either file by either name: what is read is one of them.
+        self.expect(result, 1, ['CAB.3bcoef -> CAB-90°.3bcoef  (4 x 3 -> 3 x 4)',
+                                '1 file turned by 90°, 1 failed'],
+                    ['cab.3bcoef: cannot be written: its name means the file CAB-90°.3bcoef in the '
+                     'target folder, which this run wrote before'])
+        self.assertEqual(self.targets(), ['CAB-90°.3bcoef'])
+
+    @posix_only
+    def test_an_output_may_have_the_longest_name(self):
+        names = ['.3bcoef.' + 'y' * 242, 'n' * 243 + '.3bcoef', '.9wcoef.' + 'z' * 234 + '.9wPCoef']
+        for name in names:
+            shutil.copy(SAMPLES / 'cabinet' / ('Cab_06.9wcoef' if 'w' in name else 'Cab_04.3bcoef'),
+                        self.source / name)
+        self.expect(self.rotate(), 0, err=[])
+        self.assertEqual({len(os.fsencode(name)) for name in self.targets()}, {255})
+        self.assertEqual(len(self.targets()), 3)
 
     @posix_only
     def test_a_name_that_cannot_grow_is_reported(self):
@@ -784,6 +824,32 @@ class Trouble(CliTest):
                 (self.target / name).unlink()
 
     @posix_only
+    def test_what_a_killed_run_leaves_is_no_cabinet_and_goes_with_the_next(self):
+        noise = os.urandom(900 * 700 * 9)
+        for i in range(12):
+            (self.source / f'cab{i:02}.9bcoef').write_bytes(coef_file('.9bcoef', 900, 700, noise))
+        for _ in range(20):
+            run = subprocess.Popen([*PROGRAM, 'rotate', '--angle', '90', '--jobs', '2',
+                                    str(self.source), str(self.target)],
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+            while not self.targets() and run.poll() is None:
+                time.sleep(0.0005)
+            run.kill()
+            run.wait()
+            left = [name for name in self.targets() if name.startswith('.')]
+            if left:
+                break
+        self.assertTrue(left, 'no run was killed at its work')
+        again = self.folder / 'again'
+        again.mkdir()
+        result = self.run_cli('rotate', '--angle', 180, self.target, again)
+        whole = [name for name in self.targets() if not name.startswith('.')]
+        self.expect(result, 0 if whole else 2)
+        self.assertEqual(len(list(again.iterdir())), len(whole))
+        self.expect(self.rotate(), 0, err=[])
+        self.assertEqual(self.targets(), [f'cab{i:02}-90°.9bcoef' for i in range(12)])
+
+    @posix_only
     def test_a_reader_that_goes_away_leaves_no_temporary(self):
         for i in range(150):
             self.add(f'{"cab" * 30}{i:03}.3bcoef', 60, 60)
@@ -1050,6 +1116,162 @@ class Limits(CliTest):
         self.assertEqual(self.targets(), [])
 
 
+class Durability(CliTest):
+    """What is told as done is on the disk: each file before its name, the names before the lines."""
+
+    def recorded(self, command, *arguments, **failures):
+        """The result and the calls of a run in which some of them may fail."""
+        calls = self.folder / 'calls'
+        calls.unlink(missing_ok=True)
+        environment = {f'TREVOLT_{name.upper()}': str(value) for name, value in failures.items()}
+        result = command(*arguments, environment=environment | {
+            'LD_PRELOAD': RECORDER, 'TREVOLT_CALLS': str(calls)})
+        lines = calls.read_text(encoding='utf-8').splitlines() if calls.exists() else []
+        return result, [tuple(line.split(' ', 1)) for line in lines]
+
+    def check_order(self, calls, folder, told):
+        """Every file is synced before it is renamed, and the folder before what `told` names of a
+        line that is printed; the names in their order."""
+        synced, renamed, lasting, names = set(), set(), set(), []
+        for call, what in calls:
+            if call == 'sync' and what == str(folder):
+                lasting |= renamed
+            elif call == 'sync':
+                synced.add(what)
+            elif call == 'rename':
+                temporary, final = what.split(' ')
+                self.assertIn(temporary, synced)
+                renamed.add(os.path.basename(final))
+                names.append(os.path.basename(final))
+            else:
+                self.assertLessEqual(told(what), lasting, what)
+        self.assertEqual(lasting, renamed)
+        return names
+
+    @with_recorder
+    def test_what_is_told_is_on_the_disk(self):
+        for i in range(100):
+            self.add(f'cab{i:03}.3bcoef')
+        outputs = [f'cab{i:03}-90°.3bcoef' for i in range(100)]
+        told_names = lambda line: set(re.findall(r'-> (cab\S+)', line))
+        for jobs in (1, 2, 8):
+            result, calls = self.recorded(self.rotate, '--jobs', jobs)
+            self.expect(result, 0)
+            self.assertEqual([what for call, what in calls if call == 'print'],
+                             self.lines(result.stdout))
+            names = self.check_order(calls, self.target, lambda line: set(outputs) if
+                                     'turned by' in line else told_names(line))
+            self.assertEqual(names, outputs)
+            folder_syncs = [what for call, what in calls if what == str(self.target)]
+            self.assertLessEqual(100 / 32, len(folder_syncs))
+
+    @with_recorder
+    def test_the_demo_wall_is_on_the_disk_when_it_is_told(self):
+        wall = self.folder / 'wall'
+        result, calls = self.recorded(self.run_cli, 'demo', wall)
+        self.expect(result, 0)
+        names = self.check_order(calls, wall, lambda line: {p.name for p in wall.iterdir()})
+        self.assertEqual(len(names), 9)
+        self.assertEqual(calls[-1], ('print', f'demo wall written to {wall}'))
+
+    @with_recorder
+    def test_nothing_is_synced_where_nobody_wants_it(self):
+        self.add('a.3bcoef')
+        wall = self.folder / 'wall'
+        for command, arguments in ((self.rotate, ['--no-sync']),
+                                   (self.run_cli, ['demo', '--no-sync', wall])):
+            result, calls = self.recorded(command, *arguments)
+            self.expect(result, 0)
+            self.assertEqual({call for call, _ in calls}, {'rename', 'print'})
+
+    @with_recorder
+    def test_a_file_that_does_not_reach_the_disk_has_failed(self):
+        for name in ('a.3bcoef', 'b.3bcoef'):
+            self.add(name)
+        result, _ = self.recorded(self.rotate, fail_sync='.tmp')
+        self.expect(result, 1, ['0 files turned by 90°, 2 failed'],
+                    ['a.3bcoef: cannot be written: Input/output error',
+                     'b.3bcoef: cannot be written: Input/output error'])
+        self.assertEqual(self.targets(), [])
+        wall = self.folder / 'wall'
+        result, _ = self.recorded(self.run_cli, 'demo', wall, fail_sync='.tmp')
+        self.expect(result, 1, [], [f'trevolt-cli: {wall}: cannot be written: Input/output error'])
+        self.assertEqual(list(wall.iterdir()), [])
+
+    @with_recorder
+    def test_a_target_that_cannot_be_synced_is_named_before_anything_is_done(self):
+        self.add('a.3bcoef')
+        result, _ = self.recorded(self.rotate, fail_sync=self.target)
+        self.expect(result, 2, [], [f'trevolt-cli: the target folder {self.target} cannot be synced: '
+                                    'Input/output error'])
+        self.assertEqual(self.targets(), [])
+
+    @with_recorder
+    def test_names_that_may_be_lost_are_not_told_as_done(self):
+        for name in ('a.3bcoef', 'b.3bcoef'):
+            self.add(name)
+        lost = ('written, but its name may be lost: the target folder cannot be synced: '
+                'Input/output error')
+        result, _ = self.recorded(self.rotate, fail_sync=self.target, spare_syncs=1)
+        self.expect(result, 1, ['0 files turned by 90°, 2 failed'],
+                    [f'a.3bcoef: {lost}', f'b.3bcoef: {lost}'])
+        wall = self.folder / 'wall'
+        result, _ = self.recorded(self.run_cli, 'demo', wall, fail_sync=wall)
+        self.expect(result, 1, [], [f'trevolt-cli: {wall}: {lost}'])
+
+    @with_recorder
+    def test_a_listing_that_breaks_off_ends_the_run(self):
+        for i in range(20):
+            self.add(f'cab{i}.3bcoef')
+        for number in (1, 5, 22):
+            result, calls = self.recorded(self.rotate, fail_readdir=number)
+            self.expect(result, 1, [], [f'trevolt-cli: the source folder {self.source} cannot be '
+                                        'listed: Input/output error'])
+            self.assertEqual((self.targets(), calls), ([], []))
+
+    @with_recorder
+    def test_refused_threads_leave_their_work_to_others(self):
+        for i in range(5):
+            self.add(f'cab{i}.3bcoef')
+        expected = None
+        for refused in (0, 1, 2, 3, 1000):
+            result, _ = self.recorded(self.rotate, '--jobs', 4, fail_thread=refused)
+            expected = expected or self.lines(result.stdout)
+            self.expect(result, 0, expected, [])
+
+    @with_recorder
+    def test_memory_that_is_refused_at_any_place_ends_in_one_message(self):
+        raw = self.add('a.3bcoef')
+        whole = turned(90, 4, 3, raw, 3)[2]
+        self.add('b.3bcoef')
+        outputs = ['a-90°.3bcoef', 'b-90°.3bcoef']
+        messages = set()
+        refused = 0
+        while True:
+            refused += 7
+            result, calls = self.recorded(self.rotate, '--jobs', 2,
+                                          *['--no-sync'] * (refused % 2), fail_new=refused)
+            lines, errors = self.lines(result.stdout), self.lines(result.stderr)
+            if ('refuse', 'memory') not in calls:
+                break
+            targets = self.targets()
+            self.assertLessEqual(set(targets), set(outputs), 'a file under work was left')
+            for name in targets:
+                self.assertEqual(self.body(self.target / name, '.3bcoef', 3, 4), whole)
+                (self.target / name).unlink()
+            self.assertIn(result.returncode, (0, 1), (refused, errors))
+            self.assertEqual(len(errors), result.returncode, (refused, errors))
+            messages |= {re.sub('^[ab].3bcoef', 'FILE', error) for error in errors}
+            if lines and 'turned by' in lines[-1]:
+                done = len(targets)
+                self.assertEqual(lines[-1], f'{done} file{"s" * (done != 1)} turned by 90°, '
+                                            f'{2 - done} failed')
+        self.assertIn('trevolt-cli: not enough memory', messages)
+        self.assertIn('FILE: not enough memory', messages)
+        for message in messages:
+            self.assertIn('not enough memory', message)
+
+
 class WordKinds(CliTest):
     """What only the word kinds have: losses that are told, and a kind found before the ending."""
 
@@ -1122,5 +1344,8 @@ if __name__ == '__main__':
     if arguments[:1] == ['--wrapper']:
         IS_WRAPPED = True
         PROGRAM = [arguments[1], *PROGRAM]
+        arguments = arguments[2:]
+    if arguments[:1] == ['--recorder']:
+        RECORDER = os.path.abspath(arguments[1])
         arguments = arguments[2:]
     unittest.main(argv=[sys.argv[0], *arguments])

@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
+#include <filesystem>
 #include <fstream>
+#include <optional>
 
 #include <gtest/gtest.h>
 
@@ -51,6 +54,75 @@ TEST(FileSystem, ListsOnlyNamesThatBeginWithThePrefix) {
 TEST(FileSystem, ListsNothingOfAMissingFolder) {
     const CTemporaryFolder folder;
     EXPECT_TRUE(ListEntries(WithSeparator(folder.File(L"missing"))).entries.empty());
+}
+
+TEST(FileSystem, AListingThatIsRefusedTellsWhy) {
+    const CTemporaryFolder folder;
+    EXPECT_EQ(ListEntries(folder.Path()).error, 0);
+    EXPECT_EQ(ListEntries(folder.File(L"nothing begins so")).error, 0);
+    EXPECT_EQ(ListEntries(WithSeparator(folder.File(L"missing"))).error, ENOENT);
+    test::WriteText(folder.File(L"file"), "x");
+    const FolderListing listing = ListEntries(WithSeparator(folder.File(L"file")));
+    EXPECT_NE(listing.error, 0);
+    EXPECT_TRUE(listing.entries.empty());
+}
+
+TEST(FileSystem, SyncsWhatIsThereAndTellsWhatIsNot) {
+    const CTemporaryFolder folder;
+    test::WriteText(folder.File(L"a"), "x");
+    EXPECT_EQ(SyncNativeFile(*ToNativePath(folder.File(L"a"))), 0);
+    EXPECT_EQ(SyncNativeFile(*ToNativePath(folder.File(L"missing"))), ENOENT);
+    EXPECT_EQ(SyncFolder(folder.Path()), 0);
+    EXPECT_EQ(SyncFolder(L""), 0) << "the current one";
+    EXPECT_TRUE(RemoveNativeFile(*ToNativePath(folder.File(L"a"))));
+    EXPECT_FALSE(RemoveNativeFile(*ToNativePath(folder.File(L"a"))));
+#ifndef _WIN32 // where names are written through
+    EXPECT_EQ(SyncFolder(folder.File(L"missing")), ENOENT);
+    EXPECT_EQ(SyncFolder(L"/proc/self"), 0) << "which knows no sync of folders";
+#endif
+}
+
+TEST(FileSystem, ReplacesDurably) {
+    const CTemporaryFolder folder;
+    test::WriteText(folder.File(L"a"), "new");
+    test::WriteText(folder.File(L"b"), "old");
+    EXPECT_TRUE(ReplaceDurably(folder.File(L"a"), folder.File(L"b")));
+    EXPECT_EQ(test::ReadText(folder.File(L"b")), "new");
+    EXPECT_FALSE(ReplaceDurably(folder.File(L"a"), folder.File(L"b")));
+    EXPECT_EQ(errno, ENOENT);
+}
+
+TEST(FileSystem, AnEntryHasOneIdentityUnderAllItsNames) {
+    const CTemporaryFolder folder;
+    const auto native = [&](const wchar_t* name) {
+        return std::filesystem::path(*ToNativePath(folder.File(name)));
+    };
+    test::WriteText(folder.File(L"a"), "x");
+    test::WriteText(folder.File(L"b"), "x");
+    std::filesystem::create_hard_link(native(L"a"), native(L"c"));
+    ASSERT_TRUE(IdentityOf(folder.File(L"a")).has_value());
+    EXPECT_EQ(IdentityOf(folder.File(L"a")), IdentityOf(folder.File(L"c")));
+    EXPECT_NE(IdentityOf(folder.File(L"a")), IdentityOf(folder.File(L"b")));
+    EXPECT_EQ(IdentityOf(folder.File(L"missing")), std::nullopt);
+    EXPECT_EQ(IdentityOf(folder.File(L"A")).has_value(), kNamesIgnoreCase);
+#ifndef _WIN32
+    std::filesystem::create_symlink(native(L"a"), native(L"link"));
+    EXPECT_NE(IdentityOf(folder.File(L"link")), IdentityOf(folder.File(L"a")));
+#endif
+}
+
+TEST(FileSystem, TheAgeOfAFileIsTheTimeSinceItsLastWrite) {
+    const CTemporaryFolder folder;
+    const std::wstring path = folder.File(L"a");
+    test::WriteText(path, "x");
+    ASSERT_TRUE(AgeOf(path).has_value());
+    EXPECT_LT(*AgeOf(path), std::chrono::minutes(5));
+    std::filesystem::last_write_time(std::filesystem::path(*ToNativePath(path)),
+                                     std::filesystem::file_time_type::clock::now() -
+                                         std::chrono::hours(48));
+    EXPECT_GE(*AgeOf(path), std::chrono::hours(48));
+    EXPECT_LT(*AgeOf(path), std::chrono::hours(49));
+    EXPECT_EQ(AgeOf(folder.File(L"missing")), std::nullopt);
 }
 
 TEST(FileSystem, ReplacesRemovesAndCompares) {

@@ -4,6 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#ifndef _WIN32
+#include <unistd.h>
+#endif
+
+#include "platform/FileSystem.h"
 #include "tests/support/TestFiles.h"
 
 namespace trevolt {
@@ -211,6 +216,23 @@ TEST_F(SettingsProfile, AFileThatCannotBeReadIsNotWrittenOver) {
     EXPECT_EQ(m_profile.ReadString(L"BoxWidth"), L"");
     EXPECT_FALSE(m_profile.WriteString(L"BoxWidth", L"64"));
     EXPECT_TRUE(std::filesystem::is_symlink(m_path));
+}
+#endif
+
+#ifndef _WIN32
+TEST_F(SettingsProfile, TheFileIsReplacedWholeOrStays) {
+    ASSERT_TRUE(m_profile.WriteString(L"BoxWidth", L"1"));
+    const std::string before = Bytes();
+    const std::wstring link = m_folder.File(L"link");
+    ASSERT_EQ(::link(ToNativePath(m_path)->c_str(), ToNativePath(link)->c_str()), 0);
+    ASSERT_TRUE(m_profile.WriteString(L"BoxWidth", L"2"));
+    EXPECT_EQ(test::ReadText(link), before) << "the earlier file itself is not written to";
+    EXPECT_EQ(m_profile.ReadString(L"BoxWidth"), L"2");
+    EXPECT_EQ(m_folder.Names(), (std::vector<std::wstring>{L"Trevo.ini", L"link"}));
+
+    ASSERT_TRUE(CreateFolders(m_path + L".new")); // where the new one is to be written
+    EXPECT_FALSE(m_profile.WriteString(L"BoxWidth", L"3"));
+    EXPECT_EQ(m_profile.ReadString(L"BoxWidth"), L"2");
 }
 #endif
 

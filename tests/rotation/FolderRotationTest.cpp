@@ -3,16 +3,23 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
+#include <filesystem>
 #include <fstream>
 #include <functional>
+#include <memory>
 #include <optional>
+#include <stdexcept>
 
 #include <gtest/gtest.h>
 
+#include <fmt/xchar.h>
+
 #include "app/rotation/Manifest.h"
+#include "app/rotation/OutputFolder.h"
 #include "common/LittleEndian.h"
 #include "platform/FileStream.h"
 #include "platform/FileSystem.h"
+#include "platform/Process.h"
 #include "tests/rotation/AllocationLimit.h"
 #include "tests/support/CoefMaps.h"
 #include "trevolt/BinaryCoefFile.h"
@@ -51,6 +58,7 @@ class FolderRotation : public testing::Test {
     FolderRotation() {
         m_request.sourceFolder = m_source.Path();
         m_request.targetFolder = m_target.Path();
+        m_request.sync = false; // which takes long
     }
 
     /// Writes a file of the kind that its name tells, painted in whole 255ths.
@@ -605,6 +613,18 @@ TEST_F(FolderRotation, AFolderInTheOutputsPlaceIsReported) {
     EXPECT_EQ(m_target.Names(), Names{L"a-90\u00B0.3bcoef"});
 }
 
+TEST_F(FolderRotation, AnOutputWithoutItsNameLacksNothing) {
+    const Bytes file = ReadFile(Sample(L"awkward/origin_1000_777.9wcoef"));
+    WriteFile(m_source.File(L"a.9wcoef"), file);
+    EXPECT_EQ(Run().end, ERotationEnd::AllDone);
+    EXPECT_EQ(Only().losses.size(), 1U);
+    ASSERT_TRUE(RemoveFile(m_target.File(L"a-90\u00B0.9wcoef")));
+    ASSERT_TRUE(CreateFolders(m_target.File(L"a-90\u00B0.9wcoef/inside")));
+    EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
+    EXPECT_TRUE(Only().outputName.empty());
+    EXPECT_TRUE(Only().losses.empty());
+}
+
 TEST_F(FolderRotation, GivesTheSameForAnyNumberOfJobs) {
     for (int i = 0; i < 12; ++i)
         AddFile(L"cab" + std::to_wstring(i) + L".9bcoef", 5 + i, 40 - i);
@@ -623,6 +643,107 @@ TEST_F(FolderRotation, GivesTheSameForAnyNumberOfJobs) {
         }
     }
     EXPECT_EQ(m_target.Names().size(), 12U);
+}
+
+TEST_F(FolderRotation, SyncedOutputsAreTheSameAndToldAlike) {
+    for (int i = 0; i < 40; ++i)
+        AddFile(L"cab" + std::to_wstring(i) + L".3bcoef", 2 + i, 3);
+    WriteText(m_source.File(L"cab5x.3bcoef"), "damaged");
+    EXPECT_EQ(Run().written, 40U);
+    const std::vector<SFileOutcome> unsynced = m_listener.outcomes;
+    m_request.sync = true;
+    for (const std::size_t jobs : {1U, 3U}) {
+        m_request.jobs = jobs;
+        const SRotationOutcome outcome = Run();
+        EXPECT_EQ(outcome.written, 40U);
+        EXPECT_EQ(outcome.failed, 1U);
+        ASSERT_EQ(m_listener.outcomes.size(), unsynced.size());
+        for (std::size_t i = 0; i < unsynced.size(); ++i) {
+            EXPECT_EQ(m_listener.outcomes[i].name, unsynced[i].name);
+            EXPECT_EQ(m_listener.outcomes[i].outputName, unsynced[i].outputName);
+            EXPECT_EQ(m_listener.outcomes[i].problems, unsynced[i].problems);
+        }
+    }
+    EXPECT_EQ(m_target.Names().size(), 40U);
+}
+
+TEST_F(FolderRotation, WhatAListenerThrowsLeavesNothingBehind) {
+    for (int i = 0; i < 12; ++i)
+        AddFile(L"cab" + std::to_wstring(i) + L".3bcoef", 200, 300);
+    m_listener.afterFile = [] { throw std::out_of_range("no more of it"); };
+    for (const bool sync : {true, false})
+        for (const std::size_t jobs : {1U, 3U}) {
+            m_request.jobs = jobs;
+            m_request.sync = sync;
+            EXPECT_THROW(Run(), std::out_of_range);
+            EXPECT_EQ(CMemoryBudget::Process().Kept(), 0U);
+            const Names names = m_target.Names();
+            ASSERT_FALSE(names.empty());
+            EXPECT_EQ(names.front().rfind(L"cab0-90", 0), 0U) << "nothing under work";
+        }
+}
+
+TEST_F(FolderRotation, WhatAKilledRunLeftIsNoCabinet) {
+    AddFile(L"a.3bcoef", 2, 3);
+    COutputFolder killed(m_source.Path(), true);
+    std::vector<std::unique_ptr<CTemporaryOutput>> left;
+    for (const SFileKind& kind : FileKinds()) {
+        left.push_back(killed.Begin(L"b" + std::wstring(kind.extension)));
+        WriteText(left.back()->Path(), "half");
+    }
+    EXPECT_EQ(Run().end, ERotationEnd::AllDone);
+    EXPECT_EQ(m_target.Names(), Names{L"a-90\u00B0.3bcoef"});
+}
+
+TEST_F(FolderRotation, WhatAKilledRunLeftInTheTargetIsRemoved) {
+    AddFile(L"a.3bcoef", 2, 3);
+    WriteText(m_target.File(fmt::format(L".trevolt-{:x}-7ffffff0-1-1.tmp", ProcessRealm())),
+              "half");
+    EXPECT_EQ(Run().end, ERotationEnd::AllDone);
+    EXPECT_EQ(m_target.Names(), Names{L"a-90\u00B0.3bcoef"});
+}
+
+TEST_F(FolderRotation, AnOutputThatWouldReplaceAnotherOfTheRunIsNamed) {
+    AddFile(L"a.3bcoef", 2, 3);
+    AddFile(L"b.3bcoef", 4, 5);
+    Bytes first;
+    // As in a folder that does not tell the two names apart.
+    m_listener.afterFile = [&] {
+        if (m_listener.outcomes.size() > 1)
+            return;
+        first = ReadFile(m_target.File(L"a-90\u00B0.3bcoef"));
+        std::filesystem::create_hard_link(
+            std::filesystem::path(*ToNativePath(m_target.File(L"a-90\u00B0.3bcoef"))),
+            std::filesystem::path(*ToNativePath(m_target.File(L"b-90\u00B0.3bcoef"))));
+    };
+    const SRotationOutcome outcome = Run();
+    EXPECT_EQ(outcome.written, 1U);
+    EXPECT_EQ(outcome.failed, 1U);
+    EXPECT_EQ(m_listener.outcomes[1].problems,
+              std::vector<std::string>{"cannot be written: its name means the file "
+                                       "a-90\xC2\xB0.3bcoef in the target folder, which this run "
+                                       "wrote before"});
+    EXPECT_EQ(ReadFile(m_target.File(L"a-90\u00B0.3bcoef")), first);
+    EXPECT_EQ(m_target.Names().size(), 2U);
+}
+
+TEST_F(FolderRotation, ATargetInsideTheSourceAndOneAroundItAreOrdinaryFolders) {
+    AddFile(L"a.3bcoef", 2, 3);
+    const Bytes before = ReadFile(m_source.File(L"a.3bcoef"));
+    m_request.targetFolder = m_source.File(L"inside.3bcoef");
+    ASSERT_TRUE(CreateFolders(m_request.targetFolder));
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(Run().written, 1U);
+        EXPECT_EQ(m_source.Names(), (Names{L"a.3bcoef", L"inside.3bcoef"}));
+    }
+    EXPECT_TRUE(PathExists(WithSeparator(m_request.targetFolder) + L"a-90\u00B0.3bcoef"));
+
+    m_request.sourceFolder = m_request.targetFolder;
+    m_request.targetFolder = m_source.Path();
+    EXPECT_EQ(Run().written, 1U);
+    EXPECT_EQ(m_source.Names(),
+              (Names{L"a-90\u00B0-90\u00B0.3bcoef", L"a.3bcoef", L"inside.3bcoef"}));
+    EXPECT_EQ(ReadFile(m_source.File(L"a.3bcoef")), before);
 }
 
 TEST_F(FolderRotation, HoldsMemoryOfTheFilesInWorkOnly) {
@@ -697,6 +818,7 @@ TEST_F(FolderRotation, TellsOfEveryOutputOfAnInterruptedRun) {
     m_listener.afterFile = [&] { m_interrupted = true; };
     for (int round = 0; round < 50; ++round) {
         m_interrupted = false;
+        m_request.sync = round % 10 == 0;
         m_listener.outcomes.clear();
         const SRotationOutcome outcome = Run();
         EXPECT_EQ(outcome.end, ERotationEnd::Interrupted);

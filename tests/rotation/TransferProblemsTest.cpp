@@ -208,6 +208,13 @@ TEST(WriteProblem, RefusedMemoryComesFirst) {
     EXPECT_EQ(DescribeWriteProblem(E_FAIL, report), "not enough memory to write it whole");
 }
 
+TEST(SyncProblem, IsToldByTheSystemsReason) {
+    EXPECT_EQ(DescribeSyncProblem(EIO), "cannot be written: Input/output error");
+    EXPECT_EQ(DescribeFolderSyncProblem(EIO),
+              "written, but its name may be lost: the target folder cannot be synced: "
+              "Input/output error");
+}
+
 TEST(RenameProblem, IsToldByTheSystemsReason) {
     EXPECT_EQ(DescribeRenameProblem(0), "cannot be given its final name in the target folder");
     EXPECT_EQ(DescribeRenameProblem(ENAMETOOLONG),

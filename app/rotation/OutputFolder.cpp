@@ -1,0 +1,136 @@
+#include "app/rotation/OutputFolder.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cstdint>
+#include <string_view>
+#include <utility>
+
+#include <fmt/xchar.h>
+
+#include "coef/WordObjects.h"
+#include "platform/Process.h"
+
+namespace trevolt {
+namespace {
+
+constexpr std::wstring_view kTemporaryBegin = L".trevolt-";
+/// No kind matches either; the writer of extra words decides by the second.
+constexpr std::array<std::wstring_view, 2> kTemporaryEnds{L".tmp", L".9wPCoef"};
+constexpr std::size_t kNumbers = 4; ///< realm, process, run and file, in this order
+constexpr std::chrono::hours kAbandonedAge{24 * 7};
+
+std::wstring_view TemporaryEnd(const std::wstring& name) {
+    return kTemporaryEnds[NamesExtraWordFile(name) ? 1 : 0];
+}
+
+/// Keeps runs of one process apart, and of those that got its id after it.
+std::uint32_t NewRunNumber() {
+    return static_cast<std::uint32_t>(std::chrono::system_clock::now().time_since_epoch() /
+                                      std::chrono::microseconds(1));
+}
+
+std::optional<std::uint32_t> DigitOf(wchar_t c) {
+    if (c >= L'0' && c <= L'9')
+        return static_cast<std::uint32_t>(c - L'0');
+    if (c >= L'a' && c <= L'f')
+        return static_cast<std::uint32_t>(c - L'a' + 10);
+    return std::nullopt;
+}
+
+/// One to eight hexadecimal digits.
+std::optional<std::uint32_t> NumberOf(std::wstring_view digits) {
+    std::uint32_t number = 0;
+    for (const wchar_t c : digits) {
+        const auto digit = DigitOf(c);
+        if (!digit)
+            return std::nullopt;
+        number = number << 4U | *digit;
+    }
+    return digits.empty() || digits.size() > 8 ? std::nullopt : std::optional(number);
+}
+
+/// Whose a file under work is.
+struct SOwner {
+    std::uint32_t realm = 0;
+    std::uint32_t process = 0;
+};
+
+std::optional<SOwner> OwnerOf(std::wstring_view name) {
+    const auto end = std::find_if(kTemporaryEnds.begin(), kTemporaryEnds.end(),
+                                  [&](std::wstring_view text) { return name.ends_with(text); });
+    if (!name.starts_with(kTemporaryBegin) || end == kTemporaryEnds.end())
+        return std::nullopt;
+    name.remove_suffix(end->size());
+    name.remove_prefix(std::min(kTemporaryBegin.size(), name.size()));
+    std::array<std::uint32_t, kNumbers> numbers{};
+    for (std::size_t i = 0; i < kNumbers; ++i) {
+        const std::size_t length = i + 1 < kNumbers ? name.find(L'-') : name.size();
+        const auto number = NumberOf(name.substr(0, length));
+        if (length == std::wstring_view::npos || !number)
+            return std::nullopt;
+        numbers[i] = *number;
+        name.remove_prefix(std::min(length + 1, name.size()));
+    }
+    return SOwner{numbers[0], numbers[1]};
+}
+
+bool IsAbandoned(const std::wstring& path, const SOwner& owner) {
+    if (owner.realm != 0 && owner.realm == ProcessRealm() && IsProcessGone(owner.process))
+        return true;
+    const auto age = AgeOf(path);
+    return age && *age >= kAbandonedAge;
+}
+
+} // namespace
+
+CTemporaryOutput::CTemporaryOutput(std::wstring path, std::wstring finalName)
+    : m_path(std::move(path)), m_finalName(std::move(finalName)), m_native(ToNativePath(m_path)) {}
+
+CTemporaryOutput::~CTemporaryOutput() {
+    if (!m_kept && m_native)
+        RemoveNativeFile(*m_native);
+}
+
+int CTemporaryOutput::Sync() const noexcept {
+    return m_native ? SyncNativeFile(*m_native) : ENOENT;
+}
+
+COutputFolder::COutputFolder(const std::wstring& folder, bool sync)
+    : m_folder(WithSeparator(folder)),
+      m_prefix(fmt::format(L"{}{:x}-{:x}-{:x}-", kTemporaryBegin, ProcessRealm(), ProcessId(),
+                           NewRunNumber())),
+      m_sync(sync) {}
+
+void COutputFolder::RemoveAbandoned() const {
+    const FolderListing listing = ListEntries(m_folder + std::wstring(kTemporaryBegin));
+    for (const FolderEntry& entry : listing.entries) {
+        const auto owner = OwnerOf(entry.name);
+        if (owner && entry.kind == EntryKind::File && IsAbandoned(m_folder + entry.name, *owner))
+            RemoveFile(m_folder + entry.name);
+    }
+}
+
+std::unique_ptr<CTemporaryOutput> COutputFolder::Begin(const std::wstring& name) {
+    return std::make_unique<CTemporaryOutput>(
+        fmt::format(L"{}{}{:x}{}", m_folder, m_prefix, ++m_begun, TemporaryEnd(name)), name);
+}
+
+SKeptOutput COutputFolder::Keep(CTemporaryOutput& output) {
+    const std::wstring path = m_folder + output.m_finalName;
+    if (const auto standing = IdentityOf(path))
+        if (const auto earlier = m_kept.find(*standing); earlier != m_kept.end())
+            return {false, 0, earlier->second};
+    output.m_kept = m_sync ? ReplaceDurably(output.m_path, path) : ReplaceWith(output.m_path, path);
+    if (!output.m_kept)
+        return {false, errno, {}};
+    if (const auto written = IdentityOf(path))
+        m_kept.emplace(*written, output.m_finalName);
+    return {true, 0, {}};
+}
+
+int COutputFolder::SyncNames() const { return m_sync ? SyncFolder(m_folder) : 0; }
+
+} // namespace trevolt

@@ -1,0 +1,85 @@
+// The folder that a run's outputs go into. Each is written under a name of its own that no kind
+// matches, brought to the disk, and only then given its final name; what a run leaves there that is
+// ended by force, a later one removes.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/FileSystem.h"
+
+namespace trevolt {
+
+/// A file under work in the output folder, removed unless it was given its final name.
+class CTemporaryOutput {
+  public:
+    /// Nothing is written yet.
+    CTemporaryOutput(std::wstring path, std::wstring finalName);
+    ~CTemporaryOutput();
+    CTemporaryOutput(const CTemporaryOutput&) = delete;
+    CTemporaryOutput& operator=(const CTemporaryOutput&) = delete;
+
+    /// Where the output is to be written.
+    const std::wstring& Path() const { return m_path; }
+    /// The name that it is to have, without its folder.
+    const std::wstring& FinalName() const { return m_finalName; }
+
+    /// Waits until the file's bytes are on the disk: the `errno` value of the reason when they are
+    /// not, else 0. Throws nothing; several outputs may be synced at a time.
+    int Sync() const noexcept;
+
+  private:
+    friend class COutputFolder;
+
+    std::wstring m_path;
+    std::wstring m_finalName;
+    std::optional<NativePath> m_native; ///< to be removed without memory
+    bool m_kept = false;
+};
+
+/// What became of an output that was to get its final name.
+struct SKeptOutput {
+    bool isKept = false;
+    int error = 0;            ///< else the `errno` value of the reason, 0 without one
+    std::wstring sameEntryAs; ///< or the run's earlier output whose name means the same file
+};
+
+/// Used by one thread, `Begin` by any.
+class COutputFolder {
+  public:
+    /// A run that writes into the existing folder begins; with `sync`, what it is told to be there
+    /// has reached the disk.
+    COutputFolder(const std::wstring& folder, bool sync);
+
+    /// Removes the files under work of runs that certainly ended: those of a process that was counted
+    /// as this one is and is gone, and those that nobody has written to for a week. What other
+    /// machines work on stays.
+    void RemoveAbandoned() const;
+
+    /// A file of this run under work, to become `name`.
+    std::unique_ptr<CTemporaryOutput> Begin(const std::wstring& name);
+
+    /// Whether outputs are to be synced before they are kept.
+    bool IsSynced() const { return m_sync; }
+
+    /// Gives an output its final name; a file of that name is replaced, unless this run wrote it
+    /// under another one: some folders do not tell "A" from "a".
+    SKeptOutput Keep(CTemporaryOutput& output);
+
+    /// Waits until the names that were given are on the disk: the `errno` value of the reason when
+    /// they may not be, else 0. Does nothing without `sync`.
+    int SyncNames() const;
+
+  private:
+    std::wstring m_folder;
+    std::wstring m_prefix; ///< of the names of this run's files under work
+    bool m_sync;
+    std::atomic<std::size_t> m_begun{0};
+    std::map<EntryIdentity, std::wstring> m_kept; ///< what this run wrote, with its name
+};
+
+} // namespace trevolt
