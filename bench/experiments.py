@@ -150,6 +150,18 @@ class Cores(Experiment):
         return place.rotate(self.source, '--jobs', str(self.jobs[step]))
 
 
+class Syncs(Experiment):
+    """Cabinets that reach the disk before they are told, and those that nobody waits for."""
+    steps = ('synced', 'unsynced')
+
+    def prepare(self, place, steps):
+        self.source = place.wall(*CABINET, CABINETS, COMMON_KIND)
+
+    def run_step(self, place, step):
+        os.sync()  # the disk is to have nothing to do but this
+        return place.rotate(self.source, sync=step == 'synced')
+
+
 class Faults(Experiment):
     """The command on some cabinets and on more of them, of each kind."""
     steps = tuple(f'{step}.{kind}' for kind in RAW_BYTES for step in ('few', 'all'))

@@ -5,7 +5,7 @@ import typing
 
 from experiments import (BINARY_KINDS, CABINET, CABINETS, COUNTS, DIALOG_CABINETS,
                          FURTHER_CABINETS, RAW_BYTES, SCREEN, SCREEN_PIXELS, TEXT_CABINETS, Cabinets,
-                         Cores, Counts, Dialog, Faults, MapTurn, Screen, Sizes, Start, Text)
+                         Cores, Counts, Dialog, Faults, MapTurn, Screen, Sizes, Start, Syncs, Text)
 from figures import Goal, Result, exponent, median_run, slope
 
 PEAK_FACTOR, PEAK_SPARE_BYTES = 2.2, 64e6
@@ -96,6 +96,12 @@ def core_rows():
                   Goal('>=', goal), Cores(size, count), ('one', 'two'), ratio('one', 'two'))
 
 
+def sync_rows():
+    yield Row('sync.cabinets', f'{CABINETS} cabinets of {side(CABINET)} that reach the disk beside '
+              'those that nobody waits for', 'times as long', None, Syncs(), Syncs.steps,
+              ratio('synced', 'unsynced'))
+
+
 def turn_rows():
     turn = MapTurn()
     for angle in ('90', '180', '270'):
@@ -131,7 +137,7 @@ def single_rows():
 MEAN_ROWS = (MeanRow('cabinets', 'the eight kinds together, as the geometric mean',
                      'times as fast', Goal('>=', 4)),)
 ROWS = (*cabinet_rows(), *(row for kind in RAW_BYTES for row in screen_rows(kind)), *core_rows(),
-        *turn_rows(), *growth_rows(), *single_rows())
+        *sync_rows(), *turn_rows(), *growth_rows(), *single_rows())
 
 
 def chosen(names):

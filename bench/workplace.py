@@ -111,9 +111,11 @@ class Workplace:
             raise Failure(f'{written} files were written of {files}')
         return run
 
-    def rotate(self, source, *options, target='turned', angle=90):
-        return self.timed_turn([self.command, 'rotate', '--angle', str(angle), *options], source,
-                               target)
+    def rotate(self, source, *options, target='turned', angle=90, sync=False):
+        """Without waiting for the disk, as the peers do, unless told."""
+        waiting = [] if sync else ['--no-sync']
+        return self.timed_turn([self.command, 'rotate', '--angle', str(angle), *waiting, *options],
+                               source, target)
 
     def peer_turn(self, source, target='turned'):
         return self.timed_turn([sys.executable, PEERS / 'turn_folder.py'], source, target)

@@ -96,7 +96,8 @@ class Table(unittest.TestCase):
                     'cores.cabinets': '≥ 1.8', 'cores.screen': '≥ 1.5', 'turn.90': '≤ 1.25',
                     'turn.180': '≤ 1.25', 'turn.270': '≤ 1.25', 'growth.size': '≤ 1.1',
                     'growth.count': '≤ 1.1', 'growth.memory': '≤ 1024', 'faults': '< 40',
-                    'start': '< 15', 'text': 'None', 'dialog': 'None'}
+                    'start': '< 15', 'text': 'None', 'dialog': 'None',
+                    'sync.cabinets': 'None'}
         for kind in kinds:
             expected[f'cabinets.{kind}'] = '≥ 3'
             expected[f'screen-copy.{kind}'] = '≤ 2' if 'w' in kind else '≤ 1.5'
@@ -118,6 +119,18 @@ class Table(unittest.TestCase):
 
     def test_two_jobs_are_told_by_how_much_faster_they_are(self):
         self.assertEqual(self.figure('cores.screen', runs_of(one=[3], two=[2])), 1.5)
+
+    def test_syncing_is_told_by_how_much_longer_it_takes(self):
+        self.assertEqual(self.figure('sync.cabinets', runs_of(synced=[3], unsynced=[2])), 1.5)
+
+    def test_only_what_measures_it_waits_for_the_disk(self):
+        place = mock.Mock()
+        syncs = experiments.Syncs()
+        syncs.prepare(place, syncs.steps)
+        for step in syncs.steps:
+            syncs.run_step(place, step)
+        self.assertEqual([call.kwargs for call in place.rotate.call_args_list],
+                         [{'sync': True}, {'sync': False}])
 
     def test_faults_are_those_of_the_further_cabinets_of_the_worst_kind(self):
         runs = {step: [Run(1, 1000 if step.startswith('few') else 1192)]
@@ -261,6 +274,14 @@ class Programs(unittest.TestCase):
     def test_a_run_tells_what_the_program_between_told(self):
         place = self.place()
         self.assertEqual(place.rotate(self.source(place, 1)), Run(0.25, 12, 34 * 1024))
+
+    def test_nobody_waits_for_the_disk_unless_told(self):
+        self.program('trevolt-cli', 'for last; do :; done; echo "$@" >"$last/a"')
+        place = self.place()
+        for sync in (False, True):
+            place.rotate(self.source(place, 1), sync=sync)
+            said = (place.folder / 'turned' / 'a').read_text(encoding='utf-8')
+            self.assertEqual('--no-sync' in said.split(), not sync)
 
     def test_a_run_that_does_not_write_every_file_is_no_run(self):
         place = self.place()
