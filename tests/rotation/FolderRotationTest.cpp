@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <stdexcept>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -897,7 +898,7 @@ TEST_F(ManifestOfRun, ListsEachOutputBehindItsSourceWhateverTheJobs) {
         m_request.jobs = jobs;
         const SRotationOutcome outcome = Run();
         EXPECT_EQ(outcome.end, ERotationEnd::AllDone);
-        EXPECT_EQ(outcome.error, "");
+        EXPECT_EQ(outcome.manifestError, "");
         std::string expected;
         for (const std::wstring& name : names)
             expected += LinesOf(name);
@@ -979,9 +980,10 @@ TEST_F(ManifestOfRun, IsToldWhenItCannotBeWritten) {
     EXPECT_EQ(outcome.end, ERotationEnd::SomeFailed);
     EXPECT_EQ(outcome.failed, 0U);
     EXPECT_EQ(outcome.written, 1U);
-    EXPECT_EQ(outcome.error, "the manifest " + WideToShownUtf8(m_request.manifest) +
-                                 " cannot be written: E_COEF_OPENFAILED (0xE0830011): the file "
-                                 "could not be opened: No such file or directory");
+    EXPECT_EQ(outcome.manifestError,
+              "the manifest " + WideToShownUtf8(m_request.manifest) +
+                  " cannot be written: E_COEF_OPENFAILED (0xE0830011): the file "
+                  "could not be opened: No such file or directory");
 
     ASSERT_TRUE(CreateFolders(folder));
     m_listener.afterFile = [&] { EXPECT_TRUE(CreateFolders(m_request.manifest)); };
@@ -989,9 +991,25 @@ TEST_F(ManifestOfRun, IsToldWhenItCannotBeWritten) {
     EXPECT_EQ(outcome.end, ERotationEnd::SomeFailed);
     const std::string told =
         "the manifest " + WideToShownUtf8(m_request.manifest) + " cannot be given its name: ";
-    EXPECT_EQ(outcome.error.substr(0, told.size()), told);
+    EXPECT_EQ(outcome.manifestError.substr(0, told.size()), told);
     const auto left = ListEntries(folder + kPathSeparator).entries;
     EXPECT_EQ(left.size(), 3U) << "'.', '..' and the folder in the manifest's place";
+}
+
+TEST_F(FolderRotation, WhatHasNoNameWhenTheRunIsInterruptedGetsNone) {
+    for (int i = 0; i < 3; ++i)
+        AddFile(L"cab" + std::to_wstring(i) + L".3bcoef", 10, 10);
+    m_request.jobs = 3;
+    m_listener.afterFile = [&] {
+        while (m_target.Names().size() < 3) // the others are written by then, or about to be
+            std::this_thread::yield();
+        m_interrupted = true;
+    };
+    const SRotationOutcome outcome = Run();
+    EXPECT_EQ(outcome.end, ERotationEnd::Interrupted);
+    EXPECT_EQ(outcome.written, 1U);
+    EXPECT_EQ(m_target.Names(), Names{L"cab0-90\u00B0.3bcoef"});
+    EXPECT_EQ(m_listener.outcomes.size(), 1U);
 }
 
 #ifndef _WIN32
