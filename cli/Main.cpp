@@ -1,8 +1,8 @@
 #include <cerrno>
 #include <cstdio>
+#include <new>
+#include <string>
 #include <system_error>
-
-#include <fmt/format.h>
 
 #include "cli/Commands.h"
 #include "platform/ConsoleProgram.h"
@@ -22,16 +22,15 @@ int Run(CLI::App& program, const std::vector<std::string>& arguments, const int&
 
 /// Printing throws when its place takes no more; what else throws so has a cause of its own.
 int ReportSystemError(const std::system_error& error) {
-    if (std::ferror(stdout) != 0)
-        std::fputs("trevolt-cli: the standard output cannot be written\n", stderr);
-    else
-        fmt::print(stderr, "trevolt-cli: {}\n", SystemErrorText(error.code().value()));
+    const std::string cause = std::ferror(stdout) != 0 ? "the standard output cannot be written"
+                                                       : SystemErrorText(error.code().value());
+    std::fputs(("trevolt-cli: " + cause + "\n").c_str(), stderr); // which may be lost itself
     return kExitSomeFailed;
 }
 
 } // namespace
 
-int ConsoleMain(const std::vector<std::string>& arguments) {
+int ConsoleMain(const std::vector<std::string>& arguments) try {
     CLI::App program("Turns the per-pixel calibration of LED display walls");
     program.name("trevolt-cli");
     program.require_subcommand(1);
@@ -41,17 +40,13 @@ int ConsoleMain(const std::vector<std::string>& arguments) {
     AddRotateCommand(program, exitStatus);
     AddDemoCommand(program, exitStatus);
     AddVerifyCommand(program, exitStatus);
-    try {
-        const int status = Run(program, arguments, exitStatus);
-        if (std::fflush(stdout) == 0)
-            return status;
-        throw std::system_error(errno, std::generic_category());
-    } catch (const std::system_error& error) {
-        return ReportSystemError(error);
-    }
-}
-
-int ConsoleOutOfMemory() noexcept {
+    const int status = Run(program, arguments, exitStatus);
+    if (std::fflush(stdout) == 0)
+        return status;
+    throw std::system_error(errno, std::generic_category());
+} catch (const std::system_error& error) {
+    return ReportSystemError(error);
+} catch (const std::bad_alloc&) {
     std::fputs("trevolt-cli: not enough memory\n", stderr);
     return kExitSomeFailed;
 }

@@ -1,6 +1,8 @@
 // The way into a console program, the same on every system.
 #pragma once
 
+#include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -11,8 +13,10 @@ namespace trevolt {
 /// from then on.
 int ConsoleMain(const std::vector<std::string>& arguments);
 
-/// What a console program defines beside it: says that memory was refused, without any, when that
-/// ended `ConsoleMain` or came before it. The program ends with its result.
-int ConsoleOutOfMemory() noexcept;
+/// Says that memory was refused before `ConsoleMain` or ended it; the program's exit status.
+inline int EndWithoutMemory() noexcept {
+    std::fputs("not enough memory\n", stderr);
+    return EXIT_FAILURE;
+}
 
 } // namespace trevolt

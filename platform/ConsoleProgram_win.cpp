@@ -16,6 +16,6 @@ int wmain(int argc, wchar_t** argv) {
             arguments.push_back(trevolt::WideToShownUtf8(argv[i]));
         return trevolt::ConsoleMain(arguments);
     } catch (const std::bad_alloc&) {
-        return trevolt::ConsoleOutOfMemory();
+        return trevolt::EndWithoutMemory();
     }
 }
