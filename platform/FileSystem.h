@@ -3,10 +3,10 @@
 #pragma once
 
 #include <chrono>
-#include <compare>
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace trevolt {
@@ -81,12 +81,9 @@ int SyncNativeFile(const NativePath& path) noexcept;
 /// for it. The `errno` value of the reason when they may not be, else 0.
 int SyncFolder(const std::wstring& folder);
 
-/// What tells an entry of the file system from every other that stands at the same time.
-struct EntryIdentity {
-    std::uint64_t volume = 0;
-    std::uint64_t entry = 0;
-    auto operator<=>(const EntryIdentity&) const = default;
-};
+/// What tells an entry of the file system from every other that stands at the same time: the numbers
+/// of its volume and of itself there.
+using EntryIdentity = std::pair<std::uint64_t, std::uint64_t>;
 
 /// Of the file or folder that stands at `path`, or of the link itself; nothing when none does.
 std::optional<EntryIdentity> IdentityOf(const std::wstring& path);
