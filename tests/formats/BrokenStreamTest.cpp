@@ -152,7 +152,8 @@ TEST(BrokenStream, ARawMapThatIsNotWholeIsAFailedRead) {
     const Bytes file = RawMap();
     for (std::size_t size = 16; size <= file.size(); ++size) {
         CChromaCorrectCoef map = SmallMap();
-        std::istringstream stream = test::StreamOf({file.begin(), file.begin() + size});
+        std::istringstream stream =
+            test::StreamOf({file.begin(), file.begin() + static_cast<std::ptrdiff_t>(size)});
         const CTransferReport report;
         EXPECT_EQ(ReadRawMapFile(map, stream), S_OK);
         EXPECT_EQ(report.FailedRead(), size < file.size() ? E_FAIL : S_OK) << size;

@@ -332,9 +332,10 @@ TEST_F(FolderRotation, CleanedPixelsAreANoteAndNoProblem) {
 TEST_F(FolderRotation, AFileThatChangesItsSizeMeanwhileIsNamed) {
     const std::string longer = std::string(kTextOf4x3) + "3,2,1,0,0,0,1,0,0,0,1\n";
     const std::size_t linesOfTheReader = std::size_t{1} << 18;
-    for (const auto& [before, after] :
-         {std::pair(std::string(kTextOf4x3), longer), {longer, std::string(kTextOf4x3)}}) {
-        WriteText(m_source.File(L"a.cccoef"), before);
+    const std::string shorter(kTextOf4x3);
+    for (const bool grows : {false, true}) {
+        const std::string& after = grows ? longer : shorter;
+        WriteText(m_source.File(L"a.cccoef"), grows ? shorter : longer);
         const CAllocationEvent event(linesOfTheReader, [&] {
             std::fstream sameFile;
             EXPECT_TRUE(OpenFileStream(sameFile, m_source.File(L"a.cccoef").c_str(),
