@@ -2,7 +2,9 @@
 // May be used from any thread.
 #pragma once
 
+#include <bit>
 #include <cstddef>
+#include <cstdint>
 #include <span>
 
 namespace trevolt {
@@ -18,13 +20,14 @@ inline constexpr float kLargestCoefficient = 1.00001F; // 0x3F800054
 /// value that the division took below the smallest coefficient. True when a value changed by more
 /// than the sign of a zero.
 inline bool SanitizeMatrix(std::span<float, 9> m) {
-    bool isChanged = false;
+    std::uint32_t changedBits = 0;
     for (float& value : m) {
-        const float given = value;
+        const auto given = std::bit_cast<std::uint32_t>(value);
         value = value < kSmallestCoefficient ? 0.0F : value;
         value = value > kLargestCoefficient ? 1.0F : value;
-        isChanged |= (value < given) | (value > given); // a NaN stays one
+        changedBits |= (std::bit_cast<std::uint32_t>(value) ^ given) << 1; // all but the sign
     }
+    bool isChanged = changedBits != 0;
     for (std::size_t column = 0; column < 3; ++column) {
         const float sum = m[column] + m[3 + column] + m[6 + column];
         if (!(sum > kLargestCoefficient))
