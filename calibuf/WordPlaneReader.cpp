@@ -31,8 +31,7 @@ class CSizedTarget : public CChunkTarget {
           m_rows(BlocksCovering(header.height, kBlockHeight)) {}
 
     bool HasBlock(std::uint32_t index) const override {
-        return index % kGridColumns < m_columns && index / kGridColumns < m_rows &&
-               index < kGridBlocks;
+        return index % kGridColumns < m_columns && index / kGridColumns < m_rows;
     }
     bool Put(const SChunkPiece& /*piece*/) override { return true; }
 
@@ -53,7 +52,7 @@ class CPlaneTarget final : public CSizedTarget {
         const auto top = static_cast<std::uint32_t>(piece.rect.top);
         if (left >= m_planes.Width() || top >= m_planes.Height())
             return true;
-        if (!m_isWhole && (m_wasRefused || !m_planes.HoldBlock(left, top))) {
+        if (!m_isWhole && !m_planes.HoldBlock(left, top)) {
             m_wasRefused = true;
             return false;
         }

@@ -532,6 +532,22 @@ TEST_F(StoredDamage, OfEitherPartOfAnExtraWordFileIsToldAsByAMap) {
     damaged(extraAt + 3 * 24 + 20, 0); // and that of the last
 }
 
+// Of a file that memory did not suffice for, not even a lenient run makes one of defaults.
+TEST_F(StoredDamage, IsNotTakenForMemoryThatWasRefused) {
+    m_request.lenient = true;
+    m_request.size = PixelSize{8, 8};
+    for (const wchar_t* name : {L"a.9wcoef", L"a.3bcoef"}) {
+        AddWild(name, {300, 200});
+        const std::uint64_t stored = std::uint64_t{300} * 200 * FindStoredKind(name)->elementBytes;
+        const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + stored - 1);
+        m_listener = {};
+        EXPECT_EQ(RotateFolder(m_request, m_interrupted, m_listener).written, 0U);
+        EXPECT_EQ(m_listener.problems,
+                  std::vector<std::string>{"not enough memory to read it whole"});
+        ASSERT_TRUE(RemoveFile(m_source.File(name)));
+    }
+}
+
 // Less memory than two maps take is enough for whatever is of a kind's own.
 TEST_F(StoredDamage, IsTurnedWithoutMaps) {
     const PixelSize size{300, 200};

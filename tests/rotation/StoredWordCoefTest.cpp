@@ -762,13 +762,44 @@ TYPED_TEST(StoredWordCoef, AsksForNoMemoryThatTheFileCannotFill) {
 // The blocks that no chunk falls on take none either, and read as defaults.
 TYPED_TEST(StoredWordCoef, TakesMemoryForTheBlocksThatAreThere) {
     using Element = typename TypeParam::Element;
-    SMadeFile<Element> file(4096, 2048);
+    SMadeFile<Element> file(4010, 2010); // whose last block is one of 170 x 90
     file.Add({300, 200, 40, 30}, TestFixture::kPixel);
-    file.Add({4000, 2000, 96, 48}, TestFixture::kPixel);
+    file.Add({4000, 2000, 10, 10}, TestFixture::kPixel);
     const std::uint64_t before = CMemoryBudget::Process().Outstanding();
+    constexpr std::uint64_t kTwoBlocks = (256 * 128 + 170 * 90) * sizeof(Element);
     const SStored stored = LoadStored(TypeParam::kKind, file.AsFile());
-    EXPECT_EQ(CMemoryBudget::Process().Outstanding(), before + 2 * 256 * 128 * sizeof(Element));
-    EXPECT_EQ(stored.told, (SLoaded{.missingPixels = 4096 * 2048 - 40 * 30 - 96 * 48}));
+    EXPECT_EQ(CMemoryBudget::Process().Outstanding(), before + kTwoBlocks);
+    EXPECT_EQ(stored.told, (SLoaded{.missingPixels = 4010 * 2010 - 40 * 30 - 10 * 10}));
+}
+
+TYPED_TEST(StoredWordCoef, NotesTheRefusedMemoryOfABlock) {
+    using Element = typename TypeParam::Element;
+    SMadeFile<Element> file(600, 10);
+    file.Add({0, 0, 4, 4}, TestFixture::kPixel);
+    file.Add({256, 0, 4, 4}, TestFixture::kPixel);
+    const std::uint64_t block = 256 * 10 * sizeof(Element);
+    const std::uint64_t before = CMemoryBudget::Process().Outstanding();
+    const CBudgetLimit limit(before + 2 * block - 1);
+    const SStored stored = LoadStored(TypeParam::kKind, file.AsFile());
+    EXPECT_TRUE(stored.wasMemoryRefused);
+    EXPECT_EQ(stored.told.status, E_COEF_NOBUFFER);
+    EXPECT_EQ(stored.coef->Size(), PixelSize{});
+    EXPECT_EQ(CMemoryBudget::Process().Outstanding(), before);
+}
+
+// Which of two chunks stays is decided by their order: however many threads there are, one reads.
+TYPED_TEST(StoredWordCoef, ReadsChunksThatOverlapOnOneThread) {
+    using Element = typename TypeParam::Element;
+    SMadeFile<Element> file(256, 600);
+    file.Cover(256, 128, TestFixture::kPixel);
+    file.Add({0, 0, 256, 128},
+             [](std::int32_t x, std::int32_t y) { return MixedPixel<Element>(x + 1, y); });
+    const std::uint64_t planes = std::uint64_t{256} * 600 * sizeof(Element);
+    const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + planes +
+                             kExtraBytes<Element>);
+    const SStored stored = LoadStored(TypeParam::kKind, file.AsFile(), 1000);
+    EXPECT_FALSE(stored.wasMemoryRefused);
+    EXPECT_EQ(stored.told, (SLoaded{.repeatedPixels = 256 * 128}));
 }
 
 // ---- streams that fail ----
