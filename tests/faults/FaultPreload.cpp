@@ -2,7 +2,7 @@
 // see what the program makes of it. Told by the environment:
 //
 //   TREVOLT_FAULT        CALL:FIRST:COUNT, for example write:3:1: of the calls of that name the
-//                        FIRST-th (from 1) and COUNT - 1 more fail
+//                        FIRST-th (from 1, as soon as main runs) and COUNT - 1 more fail
 //   TREVOLT_FAULT_MARK   a file that is made when the first fault happens
 //   TREVOLT_FAULT_PATH   what the calls that change something on the disk change
 //
@@ -68,10 +68,19 @@ void Mark() {
 
 bool IsChosen(const char* call) { return std::strcmp(Fault().call, call) == 0; }
 
+/// The program's own main, which may catch what fails; before it nothing does.
+int (*g_main)(int, char**, char**) = nullptr;
+std::atomic<bool> g_isInMain{false};
+
+int CountedMain(int count, char** arguments, char** environment) {
+    g_isInMain = true;
+    return g_main(count, arguments, environment);
+}
+
 /// Counts one call of this name; true when it is to fail.
 bool Fails(const char* call) {
     static std::atomic<long> calls{0};
-    if (!IsChosen(call))
+    if (!g_isInMain || !IsChosen(call))
         return false;
     const long number = ++calls;
     if (number < Fault().first || number - Fault().first >= Fault().count)
@@ -136,6 +145,14 @@ ssize_t WriteSome(std::size_t count, const Write& write) {
 #define TREVOLT_REAL(name) (Real<decltype(name)>(#name))
 
 extern "C" {
+
+// NOLINTNEXTLINE(readability-identifier-naming)
+int __libc_start_main(int (*main)(int, char**, char**), int count, char** arguments,
+                      void (*begin)(), void (*end)(), void (*unload)(), void* stackEnd) {
+    g_main = main;
+    return TREVOLT_REAL(__libc_start_main)(CountedMain, count, arguments, begin, end, unload,
+                                           stackEnd);
+}
 
 // ---- memory ----
 

@@ -28,8 +28,8 @@ ONCE, FROM_THEN_ON = 1, 1 << 30
 CLOSING_LINE = re.compile(r'^(\d+) files? turned by 90°, (\d+) failed$', re.MULTILINE)
 
 # How many calls are passed over from one that fails to the next in the short form.
-STRIDES = {'alloc': 211, 'thread': 1, 'open': 9, 'read': 23, 'end': 23, 'short-read': 23, 'write': 9,
-           'short-write': 9, 'seek': 53, 'close': 13, 'sync': 5, 'rename': 5, 'list': 7}
+STRIDES = {'alloc': 101, 'thread': 1, 'open': 5, 'read': 7, 'end': 7, 'short-read': 11, 'write': 5,
+           'short-write': 9, 'seek': 23, 'close': 7, 'sync': 3, 'rename': 3, 'list': 3}
 # Calls that may be cut short or fail without anything being lost by it.
 HARMLESS = {'short-read', 'short-write', 'thread'}
 MOST_CALLS = 100000  # a loop that gets so far never passes
@@ -107,8 +107,11 @@ class Bench:
             raise Wrong('an input has changed')
         self.check_target(self.target)
 
-    def check_target(self, target):
+    def check_target(self, target, is_open=True):
+        """A folder that went away during the run may hold what was under work."""
         for name, content in bytes_of(target).items():
+            if not is_open and name.startswith('.trevolt-'):
+                continue
             if name not in self.outputs:
                 raise Wrong(f'{name} is left in the target')
             if content != self.outputs[name]:
@@ -118,15 +121,18 @@ class Bench:
         """The exit status and the lines are those of a run that made so many files."""
         closing = CLOSING_LINE.search(done.stdout)
         if closing is None:
-            if done.returncode not in (1, 2) or 'trevolt-cli: ' not in done.stderr:
+            # What is refused before the arguments are there is told without the program's name.
+            is_told = 'trevolt-cli: ' in done.stderr or done.stderr == 'not enough memory\n'
+            if done.returncode not in (1, 2) or not is_told:
                 raise Wrong('it ends without a message')
             if made:
                 raise Wrong('it made files and does not tell of them')
             return
         turned, failed = map(int, closing.groups())
-        if turned != made:
-            raise Wrong(f'it tells of {turned} files and made {made}')
-        if done.stdout.count(' -> ') < made:
+        lasting = made - done.stderr.count(': written, but its name may be lost: ')
+        if turned != lasting:
+            raise Wrong(f'it tells of {turned} files and made {lasting}')
+        if done.stdout.count(' -> ') < lasting:
             raise Wrong('it made a file and does not name it')
         if done.returncode != (1 if failed else 0):
             raise Wrong(f'{failed} failed, and the exit status is {done.returncode}')
@@ -193,7 +199,7 @@ def change_midway(bench, call, path, stride):
             if done.returncode not in (0, 1, 2) or not (happened or done.returncode == 0):
                 raise Wrong('it does not end well')
             bench.check_target(bench.target)
-            bench.check_target(gone)
+            bench.check_target(gone, is_open=False)
             if not gone.exists():
                 bench.check_told(done, len(bytes_of(bench.target)))
         except Wrong as wrong:
