@@ -41,10 +41,8 @@ std::uint32_t CountChunks(const SChunkDirectory& directory, std::size_t elemSize
 
 std::uint64_t DataBytes(const SChunkDirectory& directory) {
     std::uint64_t bytes = 0;
-    for (std::uint32_t i = 0; i < directory.count; ++i) {
-        const SChunkRecord record = directory[i];
-        bytes += IsUnused(record) ? 0 : record.totalSize;
-    }
+    for (std::uint32_t i = 0; i < directory.count; ++i)
+        bytes += directory[i].totalSize;
     return bytes;
 }
 

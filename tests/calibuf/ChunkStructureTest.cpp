@@ -174,7 +174,8 @@ TEST(ChunkStructure, ExtraWordsMayFollowTheMatrixPart) {
 
 // The part for extra words is the last one, and its records are told of in nothing else.
 TEST(ChunkStructure, NothingMayFollowTheExtraWords) {
-    const SChunkHeader header{.width = 300, .height = 200, .directoryOffset = 168};
+    const SChunkHeader header{
+        .formatId = kChromaChunkFormat2, .width = 300, .height = 200, .directoryOffset = 168};
     SChunkRecord record = Placed(400, 0, 10, 10);
     record.index = 7;
     record.totalSize = 30;

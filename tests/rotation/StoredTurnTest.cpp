@@ -518,6 +518,12 @@ TEST_F(StoredDamage, OfEitherPartOfAnExtraWordFileIsToldAsByAMap) {
         WriteSource(name, file);
         ExpectDamageBothWays(name, {259, 130}, damage.name);
     }
+    Bytes longer = whole;
+    longer.resize(whole.size() + 5);
+    WriteSource(name, longer);
+    ExpectDamageBothWays(name, {259, 130}, "bytes behind it");
+    EXPECT_EQ(m_listener.problems,
+              std::vector<std::string>{"is damaged: 5 bytes lie behind its last chunk"});
     const auto extraAt = LoadLittle<std::uint32_t>(whole.data() + kDirectoryOffsetAt);
     const auto damaged = [&](std::size_t at, std::uint32_t value) {
         Bytes file = whole;
