@@ -34,15 +34,23 @@ std::vector<STurnedPiece> PiecesOf(const SPixelRect& picture) {
 class CPlaneRows {
   public:
     CPlaneRows(const CWordPlanes& planes, std::size_t k, std::uint16_t beyond)
-        : m_planes(planes), m_k(k), m_beyond(beyond) {}
+        : m_planes(planes),
+          m_plane(planes.FindPlane(k)),
+          m_width(planes.Width()),
+          m_height(planes.Height()),
+          m_k(k),
+          m_beyond(beyond) {}
 
     const std::uint16_t* operator()(std::int64_t x, std::int64_t y, std::int32_t count) const {
         const auto column = static_cast<std::uint32_t>(x);
         const auto row = static_cast<std::uint32_t>(y);
         const auto length = static_cast<std::uint32_t>(count);
-        if (row < m_planes.Height() && column + length <= m_planes.Width())
-            if (const std::uint16_t* const run = m_planes.FindRun(m_k, column, row, length))
-                return run;
+        const bool isInside = row < m_height && column + length <= m_width;
+        if (isInside && m_plane != nullptr)
+            return m_plane + std::size_t{row} * m_width + column;
+        if (const std::uint16_t* const run =
+                isInside ? m_planes.FindRun(m_k, column, row, length) : nullptr)
+            return run;
         for (std::uint32_t i = 0; i < length; ++i)
             m_run[i] = WordAt(column + i, row);
         return m_run.data();
@@ -50,13 +58,16 @@ class CPlaneRows {
 
   private:
     std::uint16_t WordAt(std::uint32_t x, std::uint32_t y) const {
-        if (x >= m_planes.Width() || y >= m_planes.Height())
+        if (x >= m_width || y >= m_height)
             return m_beyond;
         const std::uint16_t* const word = m_planes.FindRun(m_k, x, y, 1);
         return word == nullptr ? m_planes.Kind().defaultWords[m_k] : *word;
     }
 
     const CWordPlanes& m_planes;
+    const std::uint16_t* m_plane; ///< null where the planes lie in blocks
+    std::uint32_t m_width;
+    std::uint32_t m_height;
     std::size_t m_k;
     std::uint16_t m_beyond;
     mutable std::array<std::uint16_t, kTurnTile> m_run{}; ///< a run that is not held in one piece

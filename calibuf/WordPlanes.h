@@ -57,6 +57,11 @@ class CWordPlanes {
         return Words(m_blocks[at.index]) + at.PlaceOf(k, x, y);
     }
 
+    /// Plane k where all pixels have their memory in one piece, else null.
+    const std::uint16_t* FindPlane(std::size_t k) const {
+        return m_isWhole ? Words(m_blocks.front()) + std::size_t{m_width} * m_height * k : nullptr;
+    }
+
     /// Word k of `count` pixels of the picture from (x, y) on to the right; null when they are not
     /// all in one block that is held.
     const std::uint16_t* FindRun(std::size_t k, std::uint32_t x, std::uint32_t y,
