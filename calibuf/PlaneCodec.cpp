@@ -3,12 +3,12 @@
 #include <lz4.h>
 
 #include "calibuf/BlockGrid.h"
+#include "calibuf/PlaneLayout.h"
 #include "calibuf/WordElementKind.h"
 
 namespace trevolt {
 namespace {
 
-constexpr std::size_t kWordBytes = sizeof(std::uint16_t);
 constexpr std::size_t kPlaneGap = 160; // words, a few cache lines: planes start in different sets
 constexpr std::size_t kWordsOfUnknownKind = 3;
 constexpr int kAcceleration = 1;

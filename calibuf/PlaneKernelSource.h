@@ -21,7 +21,6 @@
 namespace trevolt {
 namespace {
 
-constexpr std::size_t kWordBytes = sizeof(std::uint16_t);
 constexpr std::size_t kLaneBytes = 16;
 constexpr std::size_t kLaneElements = 8;
 constexpr std::size_t kLineBytes = 64; ///< a cache line

@@ -2,8 +2,11 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 namespace trevolt {
+
+inline constexpr std::size_t kWordBytes = sizeof(std::uint16_t);
 
 /// Where planes lie: plane k starts `stride` words behind plane k - 1. A stride that is no large
 /// power of two keeps the planes out of each other's cache lines.

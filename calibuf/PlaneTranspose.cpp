@@ -5,8 +5,6 @@
 namespace trevolt {
 namespace {
 
-constexpr std::size_t kWordBytes = sizeof(std::uint16_t);
-
 using Planes = std::span<const std::byte* const>;
 
 void GatherSingly(const std::byte* elements, std::size_t first, std::size_t count,

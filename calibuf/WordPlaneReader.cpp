@@ -9,6 +9,7 @@
 
 #include "calibuf/ChunkPlacer.h"
 #include "calibuf/ChunkStructure.h"
+#include "calibuf/PlaneLayout.h"
 #include "common/OrderedJobs.h"
 #include "platform/FileStream.h"
 
@@ -73,8 +74,6 @@ class CPlaneTarget final : public CSizedTarget {
     bool WasRefused() const { return m_wasRefused; }
 
   private:
-    static constexpr std::size_t kWordBytes = sizeof(std::uint16_t);
-
     CWordPlanes& m_planes;
     bool m_isWhole;
     bool m_wasRefused = false;

@@ -64,7 +64,7 @@ bool CreateFolders(const std::wstring& path);
 bool ReplaceWith(const std::wstring& from, const std::wstring& to);
 
 /// The same, and where the system has it, not before the new name is on the disk; elsewhere
-/// `SyncFolder` sees to that.
+/// `SyncNativeFolder` sees to that.
 bool ReplaceDurably(const std::wstring& from, const std::wstring& to);
 
 /// Removes a file. False when it stays.
@@ -79,7 +79,7 @@ int SyncNativeFile(const NativePath& path) noexcept;
 
 /// Waits until the names that a folder holds are on the disk, where the file system has a way to ask
 /// for it. The `errno` value of the reason when they may not be, else 0.
-int SyncFolder(const std::wstring& folder);
+int SyncNativeFolder(const NativePath& folder) noexcept;
 
 /// What tells an entry of the file system from every other that stands at the same time: the numbers
 /// of its volume and of itself there.

@@ -142,11 +142,8 @@ bool RemoveNativeFile(const NativePath& path) noexcept { return unlink(path.c_st
 
 int SyncNativeFile(const NativePath& path) noexcept { return SyncEntry(path.c_str()); }
 
-int SyncFolder(const std::wstring& folder) {
-    const auto native = ToNativePath(folder.empty() ? L"." : folder);
-    if (!native)
-        return ENOENT;
-    const int error = SyncEntry(native->c_str());
+int SyncNativeFolder(const NativePath& folder) noexcept {
+    const int error = SyncEntry(folder.c_str());
     return error == EINVAL ? 0 : error; // the file system has nothing of the kind
 }
 

@@ -149,7 +149,9 @@ int SyncNativeFile(const NativePath& path) noexcept {
     return error;
 }
 
-int SyncFolder(const std::wstring& /*folder*/) { return 0; } // names are written through
+int SyncNativeFolder(const NativePath& /*folder*/) noexcept {
+    return 0;
+} // names are written through
 
 std::optional<EntryIdentity> IdentityOf(const std::wstring& path) {
     BY_HANDLE_FILE_INFORMATION info{};

@@ -341,7 +341,7 @@ class CKeeper {
         const std::vector<int> errors = Sync(files);
         bool isAnyKept = false;
         for (std::size_t i = 0; i < files.size(); ++i)
-            isAnyKept |= files[i].output != nullptr && Keep(files[i], errors[i]);
+            isAnyKept |= files[i].output != nullptr && KeepOrRefuse(files[i], errors[i]);
         const int error = isAnyKept ? m_target.SyncNames() : 0;
         if (error != 0)
             for (STurnedFile& file : files)
@@ -358,6 +358,17 @@ class CKeeper {
                 errors[i] = files[i].output == nullptr ? 0 : files[i].output->Sync();
             });
         return errors;
+    }
+
+    /// The files before this one have their names, whatever it lacks.
+    bool KeepOrRefuse(STurnedFile& file, int error) {
+        try {
+            return Keep(file, error);
+        } catch (const std::bad_alloc&) {
+            Drop(file);
+            file.isMemoryRefused = true;
+            return false;
+        }
     }
 
     bool Keep(STurnedFile& file, int error) {
@@ -560,14 +571,28 @@ class CFolderRun {
         std::size_t taken = 0;
         while (taken < m_known.names.size()) {
             std::vector<STurnedFile> files = TakeTogether(turned, m_known.names.size() - taken);
-            for (std::size_t i = 0; i < files.size(); ++i)
-                if (files[i].isMemoryRefused)
-                    files[i].outcome = RefusedOutcome(m_known.names[taken + i]);
-            taken += files.size();
             keeper.Keep(files);
-            for (const STurnedFile& file : files)
-                Deliver(file.outcome);
+            DeliverAll(files, taken);
+            taken += files.size();
         }
+    }
+
+    /// Tells of the files from number `first` on. Where memory is refused for the telling of one, the
+    /// others are told all the same: those that have their names.
+    void DeliverAll(const std::vector<STurnedFile>& files, std::size_t first) {
+        bool isMemoryRefused = false;
+        for (std::size_t i = 0; i < files.size(); ++i) {
+            try {
+                if (files[i].isMemoryRefused)
+                    Deliver(RefusedOutcome(m_known.names[first + i]));
+                else
+                    Deliver(files[i].outcome);
+            } catch (const std::bad_alloc&) {
+                isMemoryRefused = true;
+            }
+        }
+        if (isMemoryRefused)
+            throw std::bad_alloc();
     }
 
     /// Throws nothing: on another thread there is nobody to catch it.
@@ -606,11 +631,11 @@ class CFolderRun {
     }
 
     void Deliver(const SFileOutcome& outcome) {
-        m_manifestLines += outcome.manifestLines;
         m_total.written += outcome.outputName.empty() ? 0 : 1;
         m_total.failed += outcome.HasFailed() ? 1 : 0;
         if (!outcome.interrupted || outcome.HasFailed())
             m_listener.OnFile(outcome, ++m_done, m_known.names.size() + m_known.unnamable.size());
+        m_manifestLines += outcome.manifestLines;
     }
 
     const SRotationRequest& m_request;

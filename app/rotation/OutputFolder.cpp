@@ -100,6 +100,7 @@ int CTemporaryOutput::Sync() const noexcept {
 
 COutputFolder::COutputFolder(const std::wstring& folder, bool sync)
     : m_folder(WithSeparator(folder)),
+      m_nativeFolder(ToNativePath(m_folder)),
       m_prefix(fmt::format(L"{}{:x}-{:x}-{:x}-", kTemporaryBegin, ProcessRealm(), ProcessId(),
                            NewRunNumber())),
       m_sync(sync) {}
@@ -123,14 +124,21 @@ SKeptOutput COutputFolder::Keep(CTemporaryOutput& output) {
     if (const auto standing = IdentityOf(path))
         if (const auto earlier = m_kept.find(*standing); earlier != m_kept.end())
             return {false, 0, earlier->second};
+    // Whatever needs memory comes before the name is given: what has it is told.
+    std::map<EntryIdentity, std::wstring> written;
+    if (const auto own = IdentityOf(output.m_path))
+        written.emplace(*own, output.m_finalName);
     output.m_kept = m_sync ? ReplaceDurably(output.m_path, path) : ReplaceWith(output.m_path, path);
     if (!output.m_kept)
         return {false, errno, {}};
-    if (const auto written = IdentityOf(path))
-        m_kept.emplace(*written, output.m_finalName);
+    m_kept.merge(written);
     return {true, 0, {}};
 }
 
-int COutputFolder::SyncNames() const { return m_sync ? SyncFolder(m_folder) : 0; }
+int COutputFolder::SyncNames() const noexcept {
+    if (!m_sync)
+        return 0;
+    return m_nativeFolder ? SyncNativeFolder(*m_nativeFolder) : ENOENT;
+}
 
 } // namespace trevolt

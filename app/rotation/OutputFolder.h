@@ -72,10 +72,11 @@ class COutputFolder {
 
     /// Waits until the names that were given are on the disk: the `errno` value of the reason when
     /// they may not be, else 0. Does nothing without `sync`.
-    int SyncNames() const;
+    int SyncNames() const noexcept;
 
   private:
     std::wstring m_folder;
+    std::optional<NativePath> m_nativeFolder; ///< to be synced without memory
     std::wstring m_prefix; ///< of the names of this run's files under work
     bool m_sync;
     std::atomic<std::size_t> m_begun{0};

@@ -25,6 +25,7 @@ import time
 SAMPLES = pathlib.Path(__file__).resolve().parents[2] / 'samples' / 'cabinet'
 KINDS = ('9fcoef', '3fcoef', '9bcoef', '3bcoef', 'cccoef', '9wcoef', '3wcoef', '4wcoef', '12wcoef')
 ONCE, FROM_THEN_ON = 1, 1 << 30
+FILE_LINE = re.compile(r'^\S+ -> \S+  \(', re.MULTILINE)
 CLOSING_LINE = re.compile(r'^(\d+) files? turned by 90°, (\d+) failed$', re.MULTILINE)
 
 # How many calls are passed over from one that fails to the next in the short form.
@@ -120,19 +121,20 @@ class Bench:
     def check_told(self, done, made):
         """The exit status and the lines are those of a run that made so many files."""
         closing = CLOSING_LINE.search(done.stdout)
+        named = len(FILE_LINE.findall(done.stdout))
         if closing is None:
             # What is refused before the arguments are there is told without the program's name.
             is_told = 'trevolt-cli: ' in done.stderr or done.stderr == 'not enough memory\n'
             if done.returncode not in (1, 2) or not is_told:
                 raise Wrong('it ends without a message')
-            if made:
+            if named != made:
                 raise Wrong('it made files and does not tell of them')
             return
         turned, failed = map(int, closing.groups())
         lasting = made - done.stderr.count(': written, but its name may be lost: ')
         if turned != lasting:
             raise Wrong(f'it tells of {turned} files and made {lasting}')
-        if done.stdout.count(' -> ') < lasting:
+        if named != turned:
             raise Wrong('it made a file and does not name it')
         if done.returncode != (1 if failed else 0):
             raise Wrong(f'{failed} failed, and the exit status is {done.returncode}')

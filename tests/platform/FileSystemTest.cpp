@@ -72,13 +72,13 @@ TEST(FileSystem, SyncsWhatIsThereAndTellsWhatIsNot) {
     test::WriteText(folder.File(L"a"), "x");
     EXPECT_EQ(SyncNativeFile(*ToNativePath(folder.File(L"a"))), 0);
     EXPECT_EQ(SyncNativeFile(*ToNativePath(folder.File(L"missing"))), ENOENT);
-    EXPECT_EQ(SyncFolder(folder.Path()), 0);
-    EXPECT_EQ(SyncFolder(L""), 0) << "the current one";
+    EXPECT_EQ(SyncNativeFolder(*ToNativePath(folder.Path())), 0);
     EXPECT_TRUE(RemoveNativeFile(*ToNativePath(folder.File(L"a"))));
     EXPECT_FALSE(RemoveNativeFile(*ToNativePath(folder.File(L"a"))));
 #ifndef _WIN32 // where names are written through
-    EXPECT_EQ(SyncFolder(folder.File(L"missing")), ENOENT);
-    EXPECT_EQ(SyncFolder(L"/proc/self"), 0) << "which knows no sync of folders";
+    EXPECT_EQ(SyncNativeFolder(*ToNativePath(folder.File(L"missing"))), ENOENT);
+    EXPECT_EQ(SyncNativeFolder(*ToNativePath(L"/proc/self")), 0)
+        << "which knows no sync of folders";
 #endif
 }
 
