@@ -1,12 +1,15 @@
-// Language files through the translator. An input is a file as it stands.
+// Language files through the translator, and the language id that a launching program hands over. An
+// input is a file as it stands, or what the program wrote.
 #include <cstdint>
 #include <optional>
 #include <set>
 #include <string>
 #include <string_view>
 
+#include "app/dialog/Languages.h"
 #include "app/dialog/Translate.h"
 #include "fuzz/FuzzInput.h"
+#include "platform/LaunchLanguage.h"
 #include "trevolt/Utf8.h"
 
 namespace trevolt::fuzz {
@@ -54,7 +57,19 @@ void CheckFirstWins(std::string_view file, const std::wstring& key) {
     Check(TranslateBy(twice, "").Find(key) == TranslateBy(file, "").Find(key));
 }
 
+/// Checks that an id chooses a language's two files only where it is one of those that have them.
+void CheckLaunch(std::string_view given) {
+    const std::int32_t id = LaunchLanguageOf(given);
+    std::int64_t expected = 0;
+    for (std::size_t i = 0; i < 4 && i < given.size(); ++i)
+        expected += std::int64_t{static_cast<unsigned char>(given[i])} << (8 * i);
+    Check(id == static_cast<std::int32_t>(expected));
+    const bool isListed = id >= 1 && id <= 12 && id != 3;
+    Check((FindLanguageFiles(id).language == L"Multi_eng.ini") != isListed);
+}
+
 void CheckInput(std::string_view file) {
+    CheckLaunch(file);
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     if (file.starts_with(kByteOrderMark)) // no mark once it stands in the middle
         file.remove_prefix(kByteOrderMark.size());

@@ -1,9 +1,8 @@
 #include "platform/LaunchLanguage.h"
 
+#include <algorithm>
 #include <array>
-#include <bit>
 #include <cerrno>
-#include <cstring>
 
 #include <poll.h>
 #include <sys/stat.h>
@@ -11,8 +10,6 @@
 
 namespace trevolt {
 namespace {
-
-static_assert(std::endian::native == std::endian::little, "the id is copied as it lies");
 
 bool IsPipeOrFile(int input) {
     struct stat info {};
@@ -38,12 +35,11 @@ bool WaitForInput(int input, std::chrono::milliseconds patience) {
 
 std::int32_t ReadLaunchLanguage(std::chrono::milliseconds patience) {
     std::array<char, 10000> bytes{};
-    std::int32_t id = 0;
-    if (IsPipeOrFile(STDIN_FILENO) && WaitForInput(STDIN_FILENO, patience) &&
-        read(STDIN_FILENO, bytes.data(), bytes.size()) >= 0)
-        std::memcpy(&id, bytes.data(), sizeof id);
+    ssize_t count = 0;
+    if (IsPipeOrFile(STDIN_FILENO) && WaitForInput(STDIN_FILENO, patience))
+        count = read(STDIN_FILENO, bytes.data(), bytes.size());
     close(STDIN_FILENO);
-    return id;
+    return LaunchLanguageOf({bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))});
 }
 
 } // namespace trevolt

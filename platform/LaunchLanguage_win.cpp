@@ -1,7 +1,6 @@
 #include "platform/LaunchLanguage.h"
 
 #include <array>
-#include <cstring>
 
 #include <windows.h>
 
@@ -35,14 +34,13 @@ std::int32_t ReadLaunchLanguage(std::chrono::milliseconds patience) {
         return 0;
 
     std::array<char, 10000> bytes{};
-    std::int32_t id = 0;
     DWORD count = 0;
-    if (IsPipeOrFile(input) && WaitForInput(input, patience) &&
-        ReadFile(input, bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr) != 0)
-        std::memcpy(&id, bytes.data(), sizeof id); // Windows is little-endian
+    const bool isRead =
+        IsPipeOrFile(input) && WaitForInput(input, patience) &&
+        ReadFile(input, bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr) != 0;
     CloseHandle(input);
     SetStdHandle(STD_INPUT_HANDLE, nullptr); // nobody may use the closed handle
-    return id;
+    return isRead ? LaunchLanguageOf({bytes.data(), count}) : 0;
 }
 
 } // namespace trevolt
