@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <string_view>
 
 #include "common/CheckedArithmetic.h"
 #include "common/FrameBlocks.h"
 #include "common/FrameLayout.h"
+#include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {
@@ -19,9 +21,21 @@ SFrameBlocks BlocksOf(const LZ4F_frameInfo_t& info) {
             info.contentChecksumFlag != 0};
 }
 
+/// A decoder asks for its own buffers when it has seen a frame's header.
+Status StatusOfFailure(std::size_t code) {
+    if (std::string_view(LZ4F_getErrorName(code)) != "ERROR_allocation_failed")
+        return E_FAIL;
+    CTransferReport::NoteMemoryRefused();
+    return E_OUTOFMEMORY;
+}
+
 } // namespace
 
 Status CFrameReader::Read(std::size_t threads) {
+    if (!MakeContext()) {
+        CTransferReport::NoteMemoryRefused();
+        return E_OUTOFMEMORY;
+    }
     if (!TakeHeader())
         return E_FAIL;
     if (const Status status = ReserveDeclared(); Failed(status))
@@ -31,12 +45,16 @@ Status CFrameReader::Read(std::size_t threads) {
     return DecodeThrough();
 }
 
+/// Fails for want of memory alone.
+bool CFrameReader::MakeContext() {
+    LZ4F_dctx* context = nullptr;
+    const std::size_t made = LZ4F_createDecompressionContext(&context, LZ4F_VERSION);
+    m_context.reset(context);
+    return LZ4F_isError(made) == 0U;
+}
+
 /// False when it is not one of a frame that is read here.
 bool CFrameReader::TakeHeader() {
-    LZ4F_dctx* context = nullptr;
-    if (LZ4F_isError(LZ4F_createDecompressionContext(&context, LZ4F_VERSION)) != 0U)
-        return false;
-    m_context.reset(context);
     m_bound = CheckedProduct<std::uint64_t>(m_source.Left(), kLargestRatio).value_or(UINT64_MAX);
     std::array<std::byte, kLongestHeaderBytes> header{};
     if (!m_source.Take(header.data(), kShortestHeaderBytes))
@@ -45,7 +63,7 @@ bool CFrameReader::TakeHeader() {
     if (LZ4F_isError(size) != 0U || size > header.size() ||
         !m_source.Take(&header[kShortestHeaderBytes], size - kShortestHeaderBytes))
         return false;
-    const std::size_t hint = LZ4F_getFrameInfo(context, &m_info, header.data(), &size);
+    const std::size_t hint = LZ4F_getFrameInfo(m_context.get(), &m_info, header.data(), &size);
     if (LZ4F_isError(hint) != 0U || m_info.frameType != LZ4F_frame || m_info.dictID != 0)
         return false;
     // The frame's information does not tell a declared 0 from no declaration.
@@ -81,7 +99,7 @@ Status CFrameReader::DecodeThrough() {
         const std::size_t hint = LZ4F_decompress(m_context.get(), out == nullptr ? &spare : out,
                                                  &made, m_in.Data() + m_inDone, &taken, nullptr);
         if (LZ4F_isError(hint) != 0U)
-            return E_FAIL;
+            return StatusOfFailure(hint);
         m_inDone += taken;
         m_made += made;
         if (hint == 0)

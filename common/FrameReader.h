@@ -29,6 +29,7 @@ class CFrameReader {
         void operator()(LZ4F_dctx* context) const { LZ4F_freeDecompressionContext(context); }
     };
 
+    bool MakeContext();
     bool TakeHeader();
     Status ReserveDeclared();
     Status DecodeThrough();
