@@ -5,8 +5,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "formats/FileOrStream.h"
@@ -198,10 +200,14 @@ class CNamedPixels {
     explicit CNamedPixels(const CChromaCorrectCoef& map)
         : m_width(map.HasStorage() ? map.Width() : 0), m_height(map.Height()) {}
 
-    /// Names a pixel; whether it had been named. Always false outside the map, and without memory for
-    /// the bits, which the thread's transfer report hears of.
+    /// Names a pixel; whether it had been named. Always false without memory for the map's bits, which
+    /// the thread's transfer report hears of.
     bool Name(std::int64_t x, std::int64_t y) {
-        if (x < 0 || y < 0 || x >= m_width || y >= m_height || !HasBits())
+        if (m_isRefused)
+            return false;
+        if (x < 0 || y < 0 || x >= m_width || y >= m_height) // each takes what its line justifies
+            return !m_outside.emplace(x, y).second;
+        if (!HasBits())
             return false;
         const auto pixel = static_cast<std::size_t>(y * m_width + x);
         std::byte& bits = m_bits.Data()[pixel / 8];
@@ -219,14 +225,15 @@ class CNamedPixels {
         m_bits = CBudgetBlock(static_cast<std::size_t>((m_width * m_height + 7) / 8));
         if (m_bits)
             std::memset(m_bits.Data(), 0, m_bits.Size());
-        else
-            m_width = 0;
+        m_isRefused = !m_bits;
         return static_cast<bool>(m_bits);
     }
 
     std::int64_t m_width;
     std::int64_t m_height;
-    CBudgetBlock m_bits;
+    CBudgetBlock m_bits; ///< of the map's pixels
+    bool m_isRefused = false;
+    std::set<std::pair<std::int64_t, std::int64_t>> m_outside; ///< of the map
 };
 
 bool HasShapeOf(const CMassiveGrid& grid, const CChromaCorrectCoef& map) {

@@ -68,8 +68,8 @@ inline SLook LookAt(std::string_view line) {
     return look;
 }
 
-/// The bounds of what is told of the data lines in `lines`, read into a map of a size with nothing
-/// said before them that is damaged.
+/// The bounds of what is told of the data lines in `lines`, with nothing said before them that is
+/// damaged, of a file of a size.
 struct SExpectedFlaws {
     std::uint64_t partial = 0;
     std::uint64_t outside = 0;
@@ -79,8 +79,7 @@ struct SExpectedFlaws {
     bool isTooLong = false;
 };
 
-inline SExpectedFlaws ExpectFlaws(std::string_view lines, std::int64_t width, std::int64_t height,
-                                  std::int64_t mapWidth, std::int64_t mapHeight) {
+inline SExpectedFlaws ExpectFlaws(std::string_view lines, std::int64_t width, std::int64_t height) {
     constexpr std::size_t kLongest = 2047;
     SExpectedFlaws flaws;
     std::set<std::pair<std::int64_t, std::int64_t>> named;
@@ -100,8 +99,7 @@ inline SExpectedFlaws ExpectFlaws(std::string_view lines, std::int64_t width, st
             ++(look.look == ELook::Partial ? flaws.partial : flaws.unsure);
         } else if (look.x < 0 || look.y < 0 || look.x >= width || look.y >= height) {
             ++flaws.outside;
-        } else if (look.x < mapWidth && look.y < mapHeight &&
-                   !named.insert({look.x, look.y}).second) {
+        } else if (!named.insert({look.x, look.y}).second) {
             ++flaws.repeated;
         }
     }

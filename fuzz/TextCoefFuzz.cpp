@@ -178,10 +178,10 @@ void CheckTold(std::string_view lines) {
     constexpr std::int64_t kUnbounded = std::int64_t{1} << 31;
     const std::string text(lines);
     const SRead older = ReadMap("[VU30]\n" + text, {}, /*diagonalOnly=*/false);
-    CheckFlaws(older.flaws, ExpectFlaws(lines, kUnbounded, kUnbounded, kWidth, kHeight));
+    CheckFlaws(older.flaws, ExpectFlaws(lines, kUnbounded, kUnbounded));
     const SRead sized =
         ReadMap("[T9COEF20]\nwidth=9\nheight=100\n" + text, {}, /*diagonalOnly=*/false);
-    CheckFlaws(sized.flaws, ExpectFlaws(lines, 9, 100, kWidth, kHeight));
+    CheckFlaws(sized.flaws, ExpectFlaws(lines, 9, 100));
     Check(older.cleaned == sized.cleaned && SameMap(older.map, sized.map));
 }
 

@@ -11,6 +11,7 @@
 #include "tests/support/CoefMaps.h"
 #include "tests/support/ExtremeNumbers.h"
 #include "tests/support/Streams.h"
+#include "trevolt/PixelRect.h"
 #include "trevolt/TextCoefFile.h"
 #include "trevolt/TransferReport.h"
 
@@ -166,13 +167,18 @@ TEST(TextFlaws, PixelsOutsideTheStatedSizeAreCounted) {
     ExpectFlaws("[T9COEF20]\nwidth?\nheight=4\n" + Line("9", "9"), {{ETextFlaw::SizeLine, {1, 2}}});
 }
 
-// A map smaller than the file, or moved, cuts what it has not room for: the file is whole.
+// A map smaller than the file, or moved, cuts what it has not room for; what is told of the file stays.
 TEST(TextFlaws, TheMapsSizeAndTheOffsetsAreNoPartOfTheFile) {
-    const std::string text = kSized + Line("39", "23") + Line("0", "0") + Line("39", "23");
-    ExpectFlaws(TellOfText(text, 2, 2).flaws, {}, text);
-    ExpectFlaws(TellOfText(text, 40, 24, 1, 0).flaws, {}, text);
-    ExpectFlaws(TellOfText(text, 0, 0).flaws, {}, text);
-    ExpectFlaws(TellOfText(text, 43, 26, 3, 2).flaws, {{ETextFlaw::Repeated, {1, 6}}}, text);
+    const std::string whole = kSized + Line("39", "23") + Line("0", "0");
+    const std::string twice = whole + Line("39", "23");
+    for (const SPixelRect& map : {SPixelRect{0, 0, 2, 2}, SPixelRect{1, 0, 40, 24},
+                                  SPixelRect{0, 0, 0, 0}, SPixelRect{3, 2, 43, 26}}) {
+        const auto tell = [&](const std::string& text) {
+            return TellOfText(text, map.right, map.bottom, map.left, map.top).flaws;
+        };
+        ExpectFlaws(tell(whole), {}, whole);
+        ExpectFlaws(tell(twice), {{ETextFlaw::Repeated, {1, 6}}}, twice);
+    }
 }
 
 TEST(TextFlaws, PixelsThatAreNamedAgainAreCounted) {
