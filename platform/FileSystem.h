@@ -85,8 +85,12 @@ int SyncNativeFolder(const NativePath& folder) noexcept;
 /// of its volume and of itself there.
 using EntryIdentity = std::pair<std::uint64_t, std::uint64_t>;
 
-/// Of the file or folder that stands at `path`, or of the link itself; nothing when none does.
+/// Of the file or folder that stands at `path`, or of the link itself; nothing when none does, or
+/// where the file system numbers nothing.
 std::optional<EntryIdentity> IdentityOf(const std::wstring& path);
+
+/// Whether a link stands at `path`, wherever it leads.
+bool IsLink(const std::wstring& path);
 
 /// How long ago the file was last written, by this machine's clock; nothing when it cannot be told.
 std::optional<std::chrono::seconds> AgeOf(const std::wstring& path);

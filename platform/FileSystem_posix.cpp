@@ -147,10 +147,16 @@ int SyncNativeFolder(const NativePath& folder) noexcept {
     return error == EINVAL ? 0 : error; // the file system has nothing of the kind
 }
 
+bool IsLink(const std::wstring& path) {
+    struct stat info {};
+    const auto native = ToNativePath(path);
+    return native && lstat(native->c_str(), &info) == 0 && S_ISLNK(info.st_mode);
+}
+
 std::optional<EntryIdentity> IdentityOf(const std::wstring& path) {
     struct stat info {};
     const auto native = ToNativePath(path);
-    if (!native || lstat(native->c_str(), &info) != 0)
+    if (!native || lstat(native->c_str(), &info) != 0 || info.st_ino == 0)
         return std::nullopt;
     return EntryIdentity{info.st_dev, info.st_ino};
 }

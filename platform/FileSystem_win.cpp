@@ -153,12 +153,19 @@ int SyncNativeFolder(const NativePath& /*folder*/) noexcept {
     return 0;
 } // names are written through
 
+bool IsLink(const std::wstring& path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES &&
+           (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
 std::optional<EntryIdentity> IdentityOf(const std::wstring& path) {
     BY_HANDLE_FILE_INFORMATION info{};
     if (!CEntryHandle(path, FILE_FLAG_OPEN_REPARSE_POINT).Identify(info))
         return std::nullopt;
-    return EntryIdentity{info.dwVolumeSerialNumber,
-                         std::uint64_t{info.nFileIndexHigh} << 32U | info.nFileIndexLow};
+    const std::uint64_t index = std::uint64_t{info.nFileIndexHigh} << 32U | info.nFileIndexLow;
+    return index == 0 ? std::nullopt
+                      : std::optional(EntryIdentity{info.dwVolumeSerialNumber, index});
 }
 
 std::optional<std::chrono::seconds> AgeOf(const std::wstring& path) {

@@ -29,9 +29,9 @@ std::uint32_t ProcessId() { return GetCurrentProcessId(); }
 /// A computer's name is its own in its network. Ids are given again after a start of the system: a
 /// process that has one then is taken for the earlier.
 std::uint32_t ProcessRealm() {
-    std::array<wchar_t, MAX_COMPUTERNAME_LENGTH + 1> name{};
+    std::array<wchar_t, 256> name{}; // whole: the older names are cut to 15 characters
     auto length = static_cast<DWORD>(name.size());
-    if (GetComputerNameW(name.data(), &length) == 0)
+    if (GetComputerNameExW(ComputerNamePhysicalDnsHostname, name.data(), &length) == 0)
         return 0;
     return static_cast<std::uint32_t>(std::hash<std::wstring>()({name.data(), length}));
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
@@ -115,8 +116,9 @@ void COutputFolder::RemoveAbandoned() const {
 }
 
 std::unique_ptr<CTemporaryOutput> COutputFolder::Begin(const std::wstring& name) {
+    static std::atomic<std::uint32_t> begun{0}; // of all runs: two may begin within one tick
     return std::make_unique<CTemporaryOutput>(
-        fmt::format(L"{}{}{:x}{}", m_folder, m_prefix, ++m_begun, TemporaryEnd(name)), name);
+        fmt::format(L"{}{}{:x}{}", m_folder, m_prefix, ++begun, TemporaryEnd(name)), name);
 }
 
 SKeptOutput COutputFolder::Keep(CTemporaryOutput& output) {

@@ -3,7 +3,6 @@
 // ended by force, a later one removes.
 #pragma once
 
-#include <atomic>
 #include <cstddef>
 #include <map>
 #include <memory>
@@ -77,9 +76,8 @@ class COutputFolder {
   private:
     std::wstring m_folder;
     std::optional<NativePath> m_nativeFolder; ///< to be synced without memory
-    std::wstring m_prefix; ///< of the names of this run's files under work
+    std::wstring m_prefix;                    ///< of the names of this run's files under work
     bool m_sync;
-    std::atomic<std::size_t> m_begun{0};
     std::map<EntryIdentity, std::wstring> m_kept; ///< what this run wrote, with its name
 };
 
