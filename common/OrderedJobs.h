@@ -112,20 +112,21 @@ class CResultQueue {
 
 /// Calls `work(i)` for every i below `count`, on up to `jobs` threads at once, while it lives, and
 /// gives the results out in the order of i. No more than `ahead` (at least 1) pieces are in work or
-/// wait to be taken. With one job, and where the system gives no thread, the taker does the work
-/// itself. `work` must not throw where threads do it. What is not taken when it goes is let go: the
+/// wait to be taken. With fewer jobs than `fewestThreads`, with one piece, and where the system gives no
+/// thread, the taker does the work itself. `work` must not throw where threads do it. What is not taken when it goes is let go: the
 /// pieces in work are finished, no further one is begun.
 template <class Result, class Work, class Thread = std::jthread>
 class COrderedWork {
   public:
     COrderedWork(std::size_t count, std::size_t jobs, const Work& work,
-                 std::size_t ahead = SIZE_MAX)
+                 std::size_t ahead = SIZE_MAX, std::size_t fewestThreads = 2)
         : m_work(work), m_queue(count, ahead) {
         const std::size_t workers = std::min(std::max<std::size_t>(jobs, 1), count);
-        m_threads = StartThreads<Thread>(workers <= 1 ? 0 : workers, [this] {
-            while (const auto piece = m_queue.Next())
-                m_queue.Put(*piece, m_work(*piece));
-        });
+        m_threads =
+            StartThreads<Thread>(workers < fewestThreads || count == 1 ? 0 : workers, [this] {
+                while (const auto piece = m_queue.Next())
+                    m_queue.Put(*piece, m_work(*piece));
+            });
     }
     ~COrderedWork() { m_queue.Stop(); }
     COrderedWork(const COrderedWork&) = delete;

@@ -24,9 +24,10 @@ class CStoredCoef {
 
     /// Writes the top-left `size` pixels, turned by a known code (1 to 3), as a file of the kind at
     /// the stream's position, byte for byte what the kind's writer makes of a turned map; pixels
-    /// beyond the read ones are the stored form of a map's default element. Both sides of `size` are 1 to 65535. The work is shared among `threads` threads at most; the bytes do not
-    /// depend on their number. E_FAIL when the stream fails or memory is refused, which the
-    /// thread's transfer report hears of; the file is not whole then.
+    /// beyond the read ones are the stored form of a map's default element. Both sides of `size` are 1
+    /// to 65535. The work is shared among `threads` threads at most; the bytes do not depend on their
+    /// number. E_FAIL when the stream fails or memory is refused, which the thread's transfer report
+    /// hears of; the file is not whole then.
     virtual Status WriteTurned(std::ostream& stream, const PixelSize& size, std::uint32_t code,
                                std::size_t threads) const = 0;
 

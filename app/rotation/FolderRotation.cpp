@@ -295,13 +295,28 @@ class CFileRotation {
             return;
         }
         auto lines = SumBoth(output->Path(), output->FinalName());
-        if (!lines)
+        if (!lines || !FindLosses())
             return;
         m_output = std::move(output);
         m_outcome.outputName = WideToShownUtf8(m_output->FinalName());
         m_outcome.manifestLines = *std::move(lines);
-        if (m_loadKind.describeStreamLosses != nullptr && m_source.IsOpen())
-            m_outcome.losses = m_loadKind.describeStreamLosses(m_source.FirstByte());
+        if (IsLink(WithSeparator(m_request.sourceFolder) + m_name))
+            m_outcome.notes.emplace_back("is a link: what it leads to was turned");
+    }
+
+    /// False when the source can no longer be read.
+    bool FindLosses() {
+        if (m_loadKind.describeStreamLosses == nullptr || !m_source.IsOpen())
+            return true;
+        const CTransferReport report;
+        std::vector<std::string> losses = m_source.TakeOpen(m_loadKind.describeStreamLosses);
+        if (report.HasReadFailed()) {
+            for (std::string& problem : DescribeReadProblems(S_OK, report))
+                Fail(std::move(problem));
+            return false;
+        }
+        m_outcome.losses = std::move(losses);
+        return true;
     }
 
     void Fail(std::string problem) { m_outcome.problems.push_back(std::move(problem)); }
@@ -353,10 +368,15 @@ class CKeeper {
     /// The `errno` values of what did not reach the disk.
     std::vector<int> Sync(const std::vector<STurnedFile>& files) const {
         std::vector<int> errors(files.size());
-        if (m_target.IsSynced() && !m_interrupted)
-            ShareOut(files.size(), kSyncsAtOnce, [&](std::size_t i) {
-                errors[i] = files[i].output == nullptr ? 0 : files[i].output->Sync();
-            });
+        if (!m_target.IsSynced() || m_interrupted)
+            return errors;
+        const auto sync = [&](std::size_t i) {
+            errors[i] = files[i].output == nullptr ? 0 : files[i].output->Sync();
+        };
+        ShareOut(files.size(), kSyncsAtOnce, sync);
+        for (std::size_t i = 0; i < files.size(); ++i)
+            if (errors[i] == EMFILE || errors[i] == ENFILE) // for several at a time alone, perhaps
+                sync(i);
         return errors;
     }
 
@@ -413,6 +433,7 @@ class CKeeper {
 };
 
 struct KnownFiles {
+    bool isDenied = false;              ///< the folder may not be read
     int error = 0;                      ///< the `errno` value of what ended the listing early
     std::vector<std::wstring> names;    ///< sorted
     std::vector<std::string> unnamable; ///< of a known kind, but not valid UTF-8
@@ -421,6 +442,7 @@ struct KnownFiles {
 KnownFiles FindKnownFiles(const std::wstring& folder) {
     KnownFiles known;
     const FolderListing listing = ListEntries(folder);
+    known.isDenied = listing.error == EACCES && listing.entries.empty();
     known.error = listing.error;
     for (const FolderEntry& entry : listing.entries)
         if (entry.kind == EntryKind::File && FindLoadKind(entry.name) != nullptr)
@@ -472,7 +494,7 @@ std::string FindObstacle(const SRotationRequest& request) {
 std::string FindObstacle(const SRotationRequest& request, const KnownFiles& known) {
     const std::size_t count = known.names.size() + known.unnamable.size();
     const std::string source = WideToShownUtf8(request.sourceFolder);
-    if (known.error == EACCES)
+    if (known.isDenied)
         return fmt::format("the source folder {} may not be read", source);
     if (known.error != 0)
         return fmt::format("the source folder {} cannot be listed: {}", source,
@@ -565,8 +587,9 @@ class CFolderRun {
 
     void TurnAll() {
         const auto turn = [this](std::size_t i) { return TurnFile(m_known.names[i]); };
+        // A file that is done waits for the disk, never for the next one: one job has its thread, too.
         COrderedWork<STurnedFile, decltype(turn)> turned(m_known.names.size(), m_request.jobs, turn,
-                                                         kFilesAhead);
+                                                         kFilesAhead, m_target.IsSynced() ? 1 : 2);
         CKeeper keeper(m_target, m_interrupted);
         std::size_t taken = 0;
         while (taken < m_known.names.size()) {
@@ -665,7 +688,7 @@ SRotationOutcome RotateFolder(const SRotationRequest& request, const std::atomic
     const KnownFiles known = FindKnownFiles(WithSeparator(request.sourceFolder));
     if (std::string obstacle = FindObstacle(request, known); !obstacle.empty()) {
         SRotationOutcome outcome = NothingToDo(std::move(obstacle));
-        if (known.error != 0 && known.error != EACCES)
+        if (known.error != 0 && !known.isDenied)
             outcome.end = ERotationEnd::SomeFailed;
         return outcome;
     }
