@@ -21,9 +21,9 @@ constexpr std::int32_t LaunchLanguageOf(std::string_view given) {
 }
 
 /// Reads up to 10000 bytes from the standard input in one read, which hold the id, and closes it. The
-/// id is 0 when the standard input is absent, fails, is neither a pipe nor a file (a console would block, and holds
-/// no id), or is a pipe that is held open and gives nothing for `patience`. To be called once, before
-/// another thread uses the standard input.
+/// id is 0 when the standard input is absent, fails, is neither a pipe nor a file (a console would
+/// block, and holds no id), or is a pipe that is held open and gives nothing for `patience`. To be
+/// called once, before another thread uses the standard input.
 std::int32_t ReadLaunchLanguage(std::chrono::milliseconds patience = kLaunchPatience);
 
 } // namespace trevolt

@@ -35,7 +35,9 @@ void OpenHandle(DWORD id) {
 /// The C library's own, which it took from the handles when the program began.
 bool IsOpen(FILE* stream) {
     const int descriptor = _fileno(stream);
-    return descriptor >= 0 && IsOpen(reinterpret_cast<HANDLE>(_get_osfhandle(descriptor)));
+    if (descriptor < 0)
+        return false;
+    return IsOpen(reinterpret_cast<HANDLE>(_get_osfhandle(descriptor))); // NOLINT(*-no-int-to-ptr)
 }
 
 } // namespace

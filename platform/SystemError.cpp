@@ -12,7 +12,8 @@ struct ErrorText {
     const char* text;
 };
 
-// What listing a folder, opening and writing a file and starting a thread meet. The systems' own texts follow the locale.
+// What listing a folder, opening and writing a file and starting a thread meet. The systems' own
+// texts follow the locale.
 constexpr std::array kErrorTexts{
     ErrorText{EACCES, "Permission denied"},
     ErrorText{EAGAIN, "Resource temporarily unavailable"},
