@@ -342,8 +342,9 @@ constexpr std::size_t kFilesOfSync = 32;
 constexpr std::size_t kSyncsAtOnce = 8;
 /// How long a finished file waits for others where one thread does all the work.
 constexpr std::chrono::milliseconds kLongestWait{200};
-/// How many outputs may lie in the target folder without their names.
-constexpr std::size_t kFilesAhead = 256;
+/// How many outputs may lie in the target folder without their names: those of one sync, and as many
+/// that are turned meanwhile.
+constexpr std::size_t kFilesAhead = 2 * kFilesOfSync;
 
 /// Gives the outputs of turned files their names. What it has gone through is true on the disk, too.
 class CKeeper {
