@@ -23,6 +23,10 @@ if(TREVOLT_SANITIZERS)
     endif()
 endif()
 
+if(TREVOLT_COVERAGE)
+    add_link_options(--coverage)
+endif()
+
 # Warnings are errors.
 function(trevolt_warnings target)
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
@@ -64,7 +68,6 @@ function(trevolt_folder folder)
     if(TREVOLT_COVERAGE)
         # Threads count the same lines; a branch that only an exception takes is none of the source's.
         target_compile_options(trevolt_${folder} PRIVATE --coverage -fprofile-update=atomic)
-        target_link_options(trevolt_${folder} PUBLIC --coverage)
     endif()
 endfunction()
 
