@@ -92,8 +92,12 @@ def core_rows():
     for key, what, size, count, goal in (
             ('cabinets', f'{CABINETS} cabinets of {side(CABINET)}', CABINET, CABINETS, 1.8),
             ('screen', f'a screen of {side(SCREEN)}', SCREEN, 1, 1.5)):
+        cores = Cores(size, count)
         yield Row(f'cores.{key}', f'{what}, two jobs beside one', 'times as fast',
-                  Goal('>=', goal), Cores(size, count), ('one', 'two'), ratio('one', 'two'))
+                  Goal('>=', goal), cores, ('one', 'two'), ratio('one', 'two'))
+        yield Row(f'cores-apart.{key}', f'twice {what}, by two commands at once beside one',
+                  'times as fast', None, cores, ('one', 'apart'),
+                  lambda runs: 2 * runs['one'].seconds / runs['apart'].seconds)
 
 
 def sync_rows():

@@ -117,6 +117,14 @@ class Workplace:
         return self.timed_turn([self.command, 'rotate', '--angle', str(angle), *waiting, *options],
                                source, target)
 
+    def rotate_twice_at_once(self, source):
+        """Two commands of one job, each with a target of its own."""
+        one = [self.command, 'rotate', '--angle', '90', '--no-sync', '--jobs', '1', source]
+        both = ['sh', '-c', '"$@" "$0/one" & "$@" "$0/other" && wait $!', self.fresh('turned'), *one]
+        for name in ('one', 'other'):
+            (self.folder / 'turned' / name).mkdir()
+        return self.timed(both)
+
     def peer_turn(self, source, target='turned'):
         return self.timed_turn([sys.executable, PEERS / 'turn_folder.py'], source, target)
 

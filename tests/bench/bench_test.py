@@ -93,7 +93,9 @@ class Table(unittest.TestCase):
         kinds = ['9fcoef', '3fcoef', '9bcoef', '3bcoef', '9wcoef', '3wcoef', '4wcoef', '12wcoef']
         expected = {'screen-lz4.9fcoef': '≤ 0.75', 'screen-script.9fcoef': '≥ 6',
                     'screen-script.9wcoef': '≥ 20', 'screen-script.3bcoef': '≥ 5',
-                    'cores.cabinets': '≥ 1.8', 'cores.screen': '≥ 1.5', 'turn.90': '≤ 1.25',
+                    'cores.cabinets': '≥ 1.8', 'cores.screen': '≥ 1.5',
+                    'cores-apart.cabinets': 'None', 'cores-apart.screen': 'None',
+                    'turn.90': '≤ 1.25',
                     'turn.180': '≤ 1.25', 'turn.270': '≤ 1.25', 'growth.size': '≤ 1.1',
                     'growth.count': '≤ 1.1', 'growth.memory': '≤ 1024', 'faults': '< 40',
                     'start': '< 15', 'text': 'None', 'dialog': 'None',
@@ -119,6 +121,21 @@ class Table(unittest.TestCase):
 
     def test_two_jobs_are_told_by_how_much_faster_they_are(self):
         self.assertEqual(self.figure('cores.screen', runs_of(one=[3], two=[2])), 1.5)
+
+    def test_two_commands_at_once_are_told_by_how_much_more_is_done_in_the_time(self):
+        self.assertEqual(self.figure('cores-apart.cabinets', runs_of(one=[3], apart=[4])), 1.5)
+
+    def test_the_disk_has_nothing_to_do_when_cores_are_compared(self):
+        place = mock.Mock()
+        cores = experiments.Cores((16, 16), 2)
+        cores.prepare(place, cores.steps)
+        for step in cores.steps:
+            with mock.patch.object(experiments.os, 'sync') as sync:
+                cores.run_step(place, step)
+            sync.assert_called_once_with()
+        self.assertEqual([call.args[1:] for call in place.rotate.call_args_list],
+                         [('--jobs', '1'), ('--jobs', '2')])
+        place.rotate_twice_at_once.assert_called_once_with(cores.source)
 
     def test_syncing_is_told_by_how_much_longer_it_takes(self):
         self.assertEqual(self.figure('sync.cabinets', runs_of(synced=[3], unsynced=[2])), 1.5)
