@@ -9,4 +9,7 @@ namespace trevolt {
 /// is shown as such, and 0 has none.
 std::string SystemErrorText(int error);
 
+/// "problem: meaning", or the problem alone where there is no meaning.
+std::string WithSystemReason(std::string problem, int error);
+
 } // namespace trevolt

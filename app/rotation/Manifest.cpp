@@ -8,10 +8,13 @@
 
 #include <fmt/format.h>
 
+#include "app/rotation/OutputFolder.h"
+#include "common/WrittenFile.h"
 #include "platform/FileStream.h"
 #include "platform/FileSystem.h"
 #include "platform/Sha256.h"
 #include "platform/SystemError.h"
+#include "trevolt/TransferProblems.h"
 #include "trevolt/Utf8.h"
 
 namespace trevolt {
@@ -164,6 +167,22 @@ std::string UnreadableManifest(const std::wstring& path, int error) {
                        reason.empty() ? "" : ": ", reason);
 }
 
+/// Why `lines` are not the output's content, on the disk where that is wanted; empty when they are.
+std::string WriteLines(const CTemporaryOutput& output, const std::string& lines, bool sync) {
+    const CTransferReport report;
+    COutputFile file;
+    Status status = E_COEF_OPENFAILED;
+    if (OpenWritten(file, output.Path().c_str(), std::ios::out | std::ios::trunc)) {
+        file.write(lines.data(), static_cast<std::streamsize>(lines.size()));
+        CloseWritten(file);
+        status = S_OK;
+    }
+    std::string problem = DescribeWriteProblem(status, report);
+    if (const int error = problem.empty() && sync ? output.Sync() : 0; error != 0)
+        problem = DescribeSyncProblem(error);
+    return problem;
+}
+
 } // namespace
 
 std::optional<std::string> Sha256Of(std::istream& stream) {
@@ -248,6 +267,21 @@ SVerification VerifyManifest(const std::wstring& path, CVerificationListener& li
     if (!total.error.empty() || total.differing + total.missing + total.badLines != 0)
         total.end = EVerificationEnd::SomeWrong;
     return total;
+}
+
+std::string WriteManifest(const std::wstring& manifest, const std::string& lines, bool sync) {
+    const std::wstring part = FolderPart(manifest);
+    COutputFolder folder(part.empty() ? L"." : part, sync);
+    const auto output = folder.Begin(manifest.substr(part.size()));
+    std::string problem = WriteLines(*output, lines, sync);
+    if (problem.empty())
+        if (const SKeptOutput kept = folder.Keep(*output); !kept.isKept)
+            problem = WithSystemReason("cannot be given its name", kept.error);
+    if (problem.empty())
+        if (const int error = folder.SyncNames(); error != 0)
+            problem = DescribeFolderSyncProblem(error);
+    return problem.empty() ? problem
+                           : fmt::format("the manifest {} {}", WideToShownUtf8(manifest), problem);
 }
 
 } // namespace trevolt

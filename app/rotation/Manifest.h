@@ -24,6 +24,10 @@ std::optional<std::string> Sha256OfFile(const std::wstring& path);
 /// `path` has no UTF-8 form.
 std::optional<std::string> ManifestLine(std::string_view sum, const std::wstring& path);
 
+/// Writes a manifest of these lines, in place of nothing: whole, and with `sync` on the disk, or not
+/// at all. Why it does not stand, in plain words; empty when it does.
+std::string WriteManifest(const std::wstring& manifest, const std::string& lines, bool sync);
+
 struct SManifestEntry {
     std::string sum;       ///< 64 lower-case hex digits
     std::string shownName; ///< as it stands in the line, with the backslash that begins it

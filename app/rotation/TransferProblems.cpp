@@ -103,18 +103,14 @@ std::string DescribeWriteProblem(Status status, const CTransferReport& report) {
 }
 
 std::string DescribeRenameProblem(int error) {
-    const std::string reason = SystemErrorText(error);
-    return fmt::format("cannot be given its final name in the target folder{}{}",
-                       reason.empty() ? "" : ": ", reason);
+    return WithSystemReason("cannot be given its final name in the target folder", error);
 }
 
-std::string DescribeSyncProblem(int error) {
-    return fmt::format("cannot be written: {}", SystemErrorText(error));
-}
+std::string DescribeSyncProblem(int error) { return WithSystemReason("cannot be written", error); }
 
 std::string DescribeFolderSyncProblem(int error) {
-    return fmt::format("written, but its name may be lost: the target folder cannot be synced: {}",
-                       SystemErrorText(error));
+    return WithSystemReason("written, but its name may be lost: the target folder cannot be synced",
+                            error);
 }
 
 } // namespace trevolt

@@ -1,0 +1,338 @@
+#include "app/rotation/FileRotation.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <limits>
+#include <new>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include "app/rotation/Manifest.h"
+#include "app/rotation/SourceFile.h"
+#include "app/rotation/StoredKinds.h"
+#include "coef/WordObjects.h"
+#include "common/WrittenFile.h"
+#include "platform/FileStream.h"
+#include "platform/FileSystem.h"
+#include "platform/SystemError.h"
+#include "trevolt/FileKinds.h"
+#include "trevolt/TransferProblems.h"
+#include "trevolt/Utf8.h"
+
+namespace trevolt {
+namespace {
+
+bool IsMapSize(const PixelSize& size) {
+    return size.width <= kLargestMapSide && size.height <= kLargestMapSide;
+}
+
+/// Whether a map can have the size, so that a file may be written in it without one.
+bool IsPossibleMap(const PixelSize& size) {
+    return size.width > 0 && size.height > 0 && IsMapSize(size) &&
+           size.width * size.height <= std::numeric_limits<std::int32_t>::max();
+}
+
+std::uint64_t PixelsOf(const PixelSize& size) {
+    return static_cast<std::uint64_t>(size.width) * static_cast<std::uint64_t>(size.height);
+}
+
+/// What a file in work takes beside its pixels, and more.
+constexpr std::uint64_t kSideBytes = std::uint64_t{32} << 20;
+/// What each further thread that works on a file takes, and more: the pieces of the widest body.
+constexpr std::uint64_t kThreadBytes = std::uint64_t{32} << 20;
+/// A map's bytes a pixel: an element and a gain.
+constexpr std::uint64_t kMapBytes = sizeof(SMatrixCoef) + sizeof(float);
+
+/// One file's way from the source folder to its output, which has yet to get its name.
+class CFileRotation {
+  public:
+    CFileRotation(const SRotationRequest& request, const std::atomic<bool>& interrupted,
+                  CWorkShare& share, COutputFolder& target, const std::wstring& name)
+        : m_request(request),
+          m_interrupted(interrupted),
+          m_share(share),
+          m_target(target),
+          m_name(name),
+          m_loadKind(*FindLoadKind(name)),
+          m_storedKind(FindStoredKind(name)) {}
+
+    STurnedFile Run() {
+        m_outcome.name = WideToShownUtf8(m_name);
+        Turn();
+        m_outcome.interrupted = m_interrupted && m_output == nullptr;
+        return {std::move(m_outcome), std::move(m_output)};
+    }
+
+  private:
+    void Turn() {
+        if (m_interrupted)
+            return;
+        m_source.Open(WithSeparator(m_request.sourceFolder) + m_name);
+        if (!IsWithinBytes() || !SumSource() || !FindSize())
+            return;
+        if (!TurnStored())
+            TurnThroughMap();
+    }
+
+    bool IsWithinBytes() {
+        const std::uint64_t limit = m_request.limits.fileBytes;
+        const std::uint64_t bytes =
+            m_source.IsOpen() ? BytesToEnd(m_source.FirstByte()).value_or(0) : 0;
+        if (bytes > limit)
+            Fail(fmt::format("its {} bytes are above the limit of {}", bytes, limit));
+        return bytes <= limit;
+    }
+
+    bool WantsSums() const { return !m_request.manifest.empty(); }
+
+    bool SumSource() {
+        if (!WantsSums() || !m_source.IsOpen())
+            return true;
+        m_sourceSum = Sha256Of(m_source.FirstByte());
+        if (!m_sourceSum)
+            FailWithReason("cannot be read", errno);
+        return m_sourceSum.has_value();
+    }
+
+    /// Fails where not.
+    bool IsSourceUnchanged() {
+        if (!m_sourceSum)
+            return true;
+        const auto sum = Sha256Of(m_source.FirstByte());
+        if (!sum)
+            FailWithReason("cannot be read", errno);
+        else if (sum != m_sourceSum)
+            Fail("changed while it was turned");
+        return sum == m_sourceSum;
+    }
+
+    /// The manifest's lines of the source and of what was written of it, none where no manifest is
+    /// wanted; nothing when the file fails. The source is summed before the first look at it and
+    /// behind the last one: what was turned is then what both found.
+    std::optional<std::string> SumBoth(const std::wstring& written,
+                                       const std::wstring& outputName) {
+        if (!WantsSums())
+            return std::string();
+        if (!IsSourceUnchanged())
+            return std::nullopt;
+        const auto writtenSum = Sha256OfFile(written);
+        if (!writtenSum) {
+            FailWithReason("cannot be read back", errno);
+            return std::nullopt;
+        }
+        const auto writtenLine =
+            ManifestLine(*writtenSum, WithSeparator(m_request.targetFolder) + outputName);
+        const auto sourceLine =
+            m_sourceSum ? ManifestLine(*m_sourceSum, WithSeparator(m_request.sourceFolder) + m_name)
+                        : std::string();
+        if (!writtenLine || !sourceLine) {
+            Fail("its name cannot stand in a manifest: it has no UTF-8 form");
+            return std::nullopt;
+        }
+        return *sourceLine + *writtenLine;
+    }
+
+    bool FindSize() {
+        std::uint32_t width = 0;
+        std::uint32_t height = 0;
+        const CTransferReport report;
+        const Status status = m_source.Take(
+            [&](std::istream& stream) { return m_loadKind.readStreamSize(stream, width, height); });
+        if (!Failed(status) && !IsMapSize({width, height})) {
+            Fail(fmt::format("its size {} x {} is above {} in one direction", width, height,
+                             kLargestMapSide));
+            return false;
+        }
+        const PixelSize& largest = m_request.limits.largestSize;
+        if (!Failed(status) && (width > largest.width || height > largest.height)) {
+            Fail(fmt::format("its size {} x {} is above the limit of {} x {}", width, height,
+                             largest.width, largest.height));
+            return false;
+        }
+        if (!m_request.size && (Failed(status) || report.HasReadFailed())) {
+            for (std::string& problem : DescribeReadProblems(status, report))
+                Fail(std::move(problem));
+            return false;
+        }
+        if (!Failed(status))
+            m_ownSize = {width, height};
+        m_outcome.size = m_request.size.value_or(m_ownSize);
+        return true;
+    }
+
+    /// Turns the file in its own elements; false where only a map can tell or write what it holds.
+    bool TurnStored() {
+        if (m_storedKind == nullptr || !m_source.IsOpen() || !IsPossibleMap(m_outcome.size))
+            return false;
+        if (!m_share.Holds(PixelsOf(m_outcome.size) * m_storedKind->elementBytes)) {
+            FailForMemory();
+            return true;
+        }
+        CWorkShare::CPart part(m_share, StoredBytes() + kSideBytes);
+        if (m_interrupted)
+            return true;
+        const std::size_t threads =
+            1 + part.Extend(kThreadBytes, std::min(m_share.ThreadsOfOne(), MostThreads()) - 1);
+        const CTransferReport report;
+        const SStoredLoad source = m_source.TakeOpen(
+            [&](std::istream& stream) { return m_storedKind->load(stream, threads); });
+        if (source.coef == nullptr)
+            return false;
+        if (!IsTurnable(source.status, report) || report.WasMemoryRefused())
+            return true;
+        const std::uint32_t code = m_request.angle.code;
+        const CQuarterTurn turn(code, m_outcome.size.width, m_outcome.size.height);
+        m_outcome.turnedSize = turn.TurnedSize();
+        Save([&](const wchar_t* path) {
+            COutputFile file;
+            if (!OpenWritten(file, path, std::ios::out | std::ios::trunc))
+                return m_storedKind->openFailed;
+            const Status status = source.coef->WriteTurned(file, m_outcome.size, code, threads);
+            CloseWritten(file);
+            return status;
+        });
+        return true;
+    }
+
+    void TurnThroughMap() {
+        // Both maps, and the larger of the file's own elements and those of the turned file.
+        const PixelSize& size = m_outcome.size;
+        const PixelSize turnedSize =
+            CQuarterTurn(m_request.angle.code, size.width, size.height).TurnedSize();
+        const CWorkShare::CPart part(
+            m_share, PixelsOf(size) * (2 * kMapBytes + sizeof(SMatrixCoef)) + StoredBytes() +
+                         std::max(LargestStoreBytes(m_ownSize), LargestStoreBytes(turnedSize)) +
+                         kSideBytes);
+        CChromaCorrectCoef source;
+        if (m_interrupted || !Size(source) || !Load(source) || m_interrupted)
+            return;
+        CChromaCorrectCoef turned;
+        const auto width = static_cast<std::int32_t>(m_outcome.size.width);
+        const auto height = static_cast<std::int32_t>(m_outcome.size.height);
+        TurnMap(source, width, height, m_request.angle.code, turned);
+        source.Reset();
+        if (!turned.IsEmpty() && !turned.HasStorage()) {
+            Fail("not enough memory for the turned map");
+            return;
+        }
+        m_outcome.turnedSize = {turned.Width(), turned.Height()};
+        Save([&](const wchar_t* path) { return FindExportKind(m_name)->save(turned, path); });
+    }
+
+    /// So many that what they have on their way stays below the file's own pixels.
+    std::size_t MostThreads() const {
+        constexpr std::uint64_t kOwnBytes = std::uint64_t{16} << 20; // for each
+        return static_cast<std::size_t>(2 + StoredBytes() / kOwnBytes);
+    }
+
+    /// The bytes of the file's own pixels in memory.
+    std::uint64_t StoredBytes() const {
+        return PixelsOf(m_ownSize) * (m_storedKind == nullptr ? 0 : m_storedKind->elementBytes);
+    }
+
+    /// Gives the map its memory; without any there is nothing that even a lenient run could write.
+    bool Size(CChromaCorrectCoef& source) {
+        source.Resize(static_cast<std::int32_t>(m_outcome.size.width),
+                      static_cast<std::int32_t>(m_outcome.size.height));
+        if (source.IsEmpty() || source.HasStorage())
+            return true;
+        FailForMemory();
+        return false;
+    }
+
+    void FailForMemory() {
+        Fail(fmt::format("not enough memory for {} x {} pixels", m_outcome.size.width,
+                         m_outcome.size.height));
+    }
+
+    /// Loads the map; false when the file is not to be turned.
+    bool Load(CChromaCorrectCoef& source) {
+        const CTransferReport report;
+        const Status status = m_source.Take(
+            [&](std::istream& stream) { return m_loadKind.loadStream(source, stream); });
+        return IsTurnable(status, report);
+    }
+
+    /// Tells what a load lacks; whether the file is turned all the same.
+    bool IsTurnable(Status status, const CTransferReport& report) {
+        for (std::string& problem : DescribeReadProblems(status, report))
+            Fail(std::move(problem));
+        if (m_source.HasOtherSize())
+            Fail("its size changed while it was read");
+        m_outcome.notes = DescribeReadNotes(report);
+        return !m_outcome.HasFailed() || m_request.lenient;
+    }
+
+    /// Lets `write(path)` make the turned file.
+    template <class Write>
+    void Save(const Write& write) {
+        if (m_interrupted)
+            return;
+        auto output = m_target.Begin(ExportName(m_name, m_request.angle.text));
+        const CTransferReport report;
+        const Status status = write(output->Path().c_str());
+        if (std::string problem = DescribeWriteProblem(status, report); !problem.empty()) {
+            Fail(std::move(problem));
+            return;
+        }
+        auto lines = SumBoth(output->Path(), output->FinalName());
+        if (!lines || !FindLosses())
+            return;
+        m_output = std::move(output);
+        m_outcome.outputName = WideToShownUtf8(m_output->FinalName());
+        m_outcome.manifestLines = *std::move(lines);
+        if (IsLink(WithSeparator(m_request.sourceFolder) + m_name))
+            m_outcome.notes.emplace_back("is a link: what it leads to was turned");
+    }
+
+    /// False when the source can no longer be read.
+    bool FindLosses() {
+        if (m_loadKind.describeStreamLosses == nullptr || !m_source.IsOpen())
+            return true;
+        const CTransferReport report;
+        std::vector<std::string> losses = m_source.TakeOpen(m_loadKind.describeStreamLosses);
+        if (report.HasReadFailed()) {
+            for (std::string& problem : DescribeReadProblems(S_OK, report))
+                Fail(std::move(problem));
+            return false;
+        }
+        m_outcome.losses = std::move(losses);
+        return true;
+    }
+
+    void Fail(std::string problem) { m_outcome.problems.push_back(std::move(problem)); }
+    void FailWithReason(const char* problem, int error) { Fail(WithSystemReason(problem, error)); }
+
+    const SRotationRequest& m_request;
+    const std::atomic<bool>& m_interrupted;
+    CWorkShare& m_share;
+    COutputFolder& m_target;
+    const std::wstring& m_name;
+    const SFileKind& m_loadKind;
+    const SStoredKind* m_storedKind; ///< null when the file must go through a map
+    CSourceFile m_source;
+    std::optional<std::string> m_sourceSum; ///< of an open source, when a manifest is wanted
+    PixelSize m_ownSize;                    ///< that the file tells, 0 × 0 when it tells none
+    SFileOutcome m_outcome;
+    std::unique_ptr<CTemporaryOutput> m_output; ///< once it is written
+};
+
+} // namespace
+
+STurnedFile TurnFile(const SRotationRequest& request, const std::atomic<bool>& interrupted,
+                     CWorkShare& share, COutputFolder& target, const std::wstring& name) noexcept {
+    STurnedFile file;
+    try {
+        file = CFileRotation(request, interrupted, share, target, name).Run();
+    } catch (const std::bad_alloc&) {
+        file.isMemoryRefused = true;
+    }
+    share.Finish();
+    return file;
+}
+
+} // namespace trevolt
