@@ -209,6 +209,17 @@ TEST_F(SettingsProfile, AFileThatWouldGrowTooLargeForSettingsIsLeftAlone) {
     EXPECT_EQ(m_profile.ReadString(L"BoxWidth"), L"2");
 }
 
+#ifndef _WIN32
+TEST_F(SettingsProfile, AValueThatIsNoLineIsNotWritten) {
+    const std::string before = Utf16(u"[coefInfo]\r\nBoxWidth=1\r\n");
+    Fill(before);
+    for (const std::wstring& value :
+         {std::wstring(L"1\n[other]"), std::wstring(L"1\r"), std::wstring(1, L'\0')})
+        EXPECT_FALSE(m_profile.WriteString(L"BoxWidth", value));
+    EXPECT_EQ(Bytes(), before);
+}
+#endif
+
 #ifdef __linux__
 // The first page of a process is nobody's: its memory opens, and the first read fails.
 TEST_F(SettingsProfile, AFileThatCannotBeReadIsNotWrittenOver) {
