@@ -28,6 +28,39 @@ TEST(CoefObjects, AreMadeByKind) {
     EXPECT_EQ(CreateCoefObject(static_cast<EWordKind>(99)), nullptr);
 }
 
+// Row 31 of a table adds 1.
+TEST(CoefObjects, OfVirtualGreenTakeACallersTable) {
+    CCaliOperationData table;
+    const auto four = CreateCoefObject(EWordKind::VirtualGreenBrightness);
+    ASSERT_EQ(four->Create(1, 1), S_OK);
+    ASSERT_EQ(four->SetPixel4Word(0, 0, {{10, 20, 30, 40}}), S_OK);
+    EXPECT_TRUE(SetTransferTable(*four, &table));
+    EXPECT_FALSE(four->SetPixelChannel(1, 0, 0, 0.0F, 31));
+    EXPECT_TRUE(SetTransferTable(*four, nullptr));
+    EXPECT_FALSE(four->SetPixelChannel(1, 0, 0, 0.0F, 31));
+    EXPECT_EQ(four->GetPixel4Word(0, 0).w, (std::array<std::uint16_t, 4>{10, 21, 30, 40}));
+
+    const auto twelve = CreateCoefObject(EWordKind::VirtualGreenChroma);
+    ASSERT_EQ(twelve->Create(1, 1), S_OK);
+    ASSERT_EQ(twelve->SetPixel12Word(0, 0, {{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}}), S_OK);
+    EXPECT_TRUE(SetTransferTable(*twelve, &table));
+    EXPECT_FALSE(twelve->SetPixelChannel(11, 0, 0, 0.0F, 31));
+    EXPECT_EQ(twelve->GetPixel12Word(0, 0).w,
+              (std::array<std::uint16_t, 12>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 13}));
+
+    for (const EWordKind other : {EWordKind::Brightness, EWordKind::Chroma})
+        EXPECT_FALSE(SetTransferTable(*CreateCoefObject(other), &table));
+}
+
+TEST(CoefObjects, OfTheChromaKindCarryAMode) {
+    CCNewChromaCorrectCoef chroma;
+    EXPECT_TRUE(SetChromaMode(chroma, 7));
+    EXPECT_EQ(chroma.ChromaMode(), 7U);
+    for (const EWordKind other :
+         {EWordKind::Brightness, EWordKind::VirtualGreenBrightness, EWordKind::VirtualGreenChroma})
+        EXPECT_FALSE(SetChromaMode(*CreateCoefObject(other), 7));
+}
+
 TEST(CoefObjects, TellTheirMostImageBytesWhateverTheirKind) {
     for (const EWordKind kind :
          {EWordKind::Brightness, EWordKind::Chroma, EWordKind::VirtualGreenBrightness,
