@@ -1,6 +1,7 @@
 #include "coef/WordFileSource.h"
 
-#include "platform/FileStream.h"
+#include "common/BrokenStream.h"
+#include "common/ReadFile.h"
 
 namespace trevolt {
 
@@ -9,21 +10,29 @@ CWordFileSource::CWordFileSource(std::istream& stream)
 
 std::istream* CWordFileSource::Open() {
     if (m_stream == nullptr) {
-        NoteIfBroken(m_file);
-        m_file = std::fstream();
-        return OpenFileStream(m_file, m_path, std::ios::in) ? &m_file : nullptr;
+        NoteTrouble();
+        if (!OpenRead(m_file.emplace(), m_path))
+            m_file.reset();
+        return m_file ? &*m_file : nullptr;
     }
     Rewind();
     return m_stream;
 }
 
 void CWordFileSource::Rewind() {
-    std::istream& stream = Stream();
-    NoteIfBroken(stream);
+    NoteTrouble();
+    std::istream& stream = m_stream == nullptr ? *m_file : *m_stream;
     if (m_start < 0)
         return stream.setstate(std::ios::failbit);
     stream.clear();
     stream.seekg(m_start);
+}
+
+void CWordFileSource::NoteTrouble() const {
+    if (m_stream != nullptr)
+        NoteIfBroken(*m_stream);
+    else if (m_file)
+        NoteIfRefused(*m_file);
 }
 
 } // namespace trevolt

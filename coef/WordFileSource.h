@@ -1,24 +1,24 @@
 // A file that is looked at more than once: the operations first recognise a file and then read it.
 #pragma once
 
-#include <fstream>
 #include <istream>
+#include <optional>
 
-#include "common/BrokenStream.h"
+#include "platform/FileStream.h"
 #include "trevolt/StatusCodes.h"
 
 namespace trevolt {
 
 /// A file under a path, which every look opens anew, or in a stream, which every look puts back. When
 /// it breaks in one of them the thread's transfer report hears of it, at the latest as the source
-/// goes.
+/// goes, and of a path also why.
 class CWordFileSource {
   public:
     /// The path may be null.
     explicit CWordFileSource(const wchar_t* path) : m_path(path) {}
     /// The file begins at the stream's position; the stream must outlive the source.
     explicit CWordFileSource(std::istream& stream);
-    ~CWordFileSource() { NoteIfBroken(Stream()); }
+    ~CWordFileSource() { NoteTrouble(); }
     CWordFileSource(const CWordFileSource&) = delete;
     CWordFileSource& operator=(const CWordFileSource&) = delete;
 
@@ -41,12 +41,12 @@ class CWordFileSource {
     void Rewind();
 
   private:
-    std::istream& Stream() { return m_stream == nullptr ? m_file : *m_stream; }
+    void NoteTrouble() const;
 
     const wchar_t* m_path = nullptr;
     std::istream* m_stream = nullptr; ///< not owned
     std::streamoff m_start = 0;       ///< negative for a stream that cannot tell it
-    std::fstream m_file;
+    std::optional<CInputFile> m_file; ///< under the path, from the first look on
 };
 
 } // namespace trevolt

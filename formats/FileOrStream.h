@@ -3,11 +3,11 @@
 // one reader and one writer.
 #pragma once
 
-#include <fstream>
 #include <istream>
 #include <ostream>
 
 #include "common/BrokenStream.h"
+#include "common/ReadFile.h"
 #include "common/WrittenFile.h"
 #include "platform/FileStream.h"
 #include "trevolt/StatusCodes.h"
@@ -22,27 +22,25 @@ class CFileSource {
 
     /// The answer of `read`, which is handed the stream, or that of the file, opened for it.
     /// E_COEF_INVALIDARG for a null path, E_COEF_OPENFAILED. The thread's transfer report hears when
-    /// the stream or the file broke.
+    /// the stream or the file broke, and of a file why.
     template <class Read>
     Status Take(Read read) const {
-        if (m_stream != nullptr)
-            return TakeFrom(*m_stream, read);
+        if (m_stream != nullptr) {
+            const Status status = read(*m_stream);
+            NoteIfBroken(*m_stream);
+            return status;
+        }
         if (m_path == nullptr)
             return E_COEF_INVALIDARG;
-        std::fstream file;
-        if (!OpenFileStream(file, m_path, std::ios::in))
+        CInputFile file;
+        if (!OpenRead(file, m_path))
             return E_COEF_OPENFAILED;
-        return TakeFrom(file, read);
-    }
-
-  private:
-    template <class Read>
-    static Status TakeFrom(std::istream& stream, Read& read) {
-        const Status status = read(stream);
-        NoteIfBroken(stream);
+        const Status status = read(file);
+        NoteIfRefused(file);
         return status;
     }
 
+  private:
     const wchar_t* m_path = nullptr;
     std::istream* m_stream = nullptr;
 };

@@ -26,6 +26,33 @@ bool OpenBinary(File& file, const wchar_t* path, std::ios::openmode mode) {
     return file.is_open();
 }
 
+/// The answer of `call`. Where the system refuses it, by the answer or by what is thrown, and `reason`
+/// is still 0, that becomes the `errno` value.
+template <class Call, class Refused>
+auto KeepingReason(int& reason, Call call, Refused isRefused) {
+    errno = 0;
+    const auto keep = [&] {
+        if (reason == 0)
+            reason = errno;
+    };
+    try {
+        const auto answer = call();
+        if (isRefused(answer))
+            keep();
+        return answer;
+    } catch (...) {
+        keep();
+        throw;
+    }
+}
+
+bool IsFalse(bool answer) { return !answer; }
+
+/// Where a file has no such place, the system answers with EINVAL.
+bool IsRefusedSeek(std::streambuf::pos_type place) {
+    return place == std::streambuf::pos_type(-1) && errno != EINVAL;
+}
+
 } // namespace
 
 bool OpenFileStream(std::fstream& stream, const wchar_t* path, std::ios::openmode mode) {
@@ -35,29 +62,38 @@ bool OpenFileStream(std::fstream& stream, const wchar_t* path, std::ios::openmod
 CInputFile::CInputFile() : std::istream(nullptr) { rdbuf(&m_buffer); }
 
 bool CInputFile::Open(const wchar_t* path) {
-    if (!OpenBinary<std::filebuf>(m_buffer, path, std::ios::in))
+    if (!m_buffer.Open(path))
         setstate(std::ios::failbit);
     return good();
 }
 
-template <class Read>
-auto CInputFile::CBuffer::KeepingReason(Read read) {
-    errno = 0;
-    try {
-        return read();
-    } catch (...) {
-        if (m_systemError == 0)
-            m_systemError = errno;
-        throw;
-    }
+bool CInputFile::CBuffer::Open(const wchar_t* path) {
+    return KeepingReason(
+        m_systemError, [&] { return OpenBinary<std::filebuf>(*this, path, std::ios::in); },
+        IsFalse);
 }
 
+// A refused read throws.
 CInputFile::CBuffer::int_type CInputFile::CBuffer::underflow() {
-    return KeepingReason([&] { return std::filebuf::underflow(); });
+    return KeepingReason(
+        m_systemError, [&] { return std::filebuf::underflow(); }, [](int_type) { return false; });
 }
 
 std::streamsize CInputFile::CBuffer::xsgetn(char* bytes, std::streamsize count) {
-    return KeepingReason([&] { return std::filebuf::xsgetn(bytes, count); });
+    return KeepingReason(
+        m_systemError, [&] { return std::filebuf::xsgetn(bytes, count); },
+        [](std::streamsize) { return false; });
+}
+
+CInputFile::CBuffer::pos_type CInputFile::CBuffer::seekoff(off_type offset, std::ios::seekdir from,
+                                                           std::ios::openmode which) {
+    return KeepingReason(
+        m_systemError, [&] { return std::filebuf::seekoff(offset, from, which); }, IsRefusedSeek);
+}
+
+CInputFile::CBuffer::pos_type CInputFile::CBuffer::seekpos(pos_type to, std::ios::openmode which) {
+    return KeepingReason(
+        m_systemError, [&] { return std::filebuf::seekpos(to, which); }, IsRefusedSeek);
 }
 
 COutputFile::COutputFile() : std::ostream(nullptr) { rdbuf(&m_buffer); }
@@ -74,33 +110,38 @@ bool COutputFile::Close() {
     return good();
 }
 
-template <class Call, class Refused>
-auto COutputFile::CBuffer::KeepingReason(Call call, Refused isRefused) {
-    errno = 0;
-    const auto result = call();
-    if (isRefused(result) && m_systemError == 0)
-        m_systemError = errno;
-    return result;
-}
-
 bool COutputFile::CBuffer::Open(const wchar_t* path, std::ios::openmode mode) {
-    return KeepingReason([&] { return OpenBinary<std::filebuf>(*this, path, mode); },
-                         [](bool opened) { return !opened; });
+    return KeepingReason(
+        m_systemError, [&] { return OpenBinary<std::filebuf>(*this, path, mode); }, IsFalse);
 }
 
 bool COutputFile::CBuffer::Close() {
-    return KeepingReason([&] { return close() != nullptr; }, [](bool closed) { return !closed; });
+    return KeepingReason(
+        m_systemError, [&] { return close() != nullptr; }, IsFalse);
 }
 
 COutputFile::CBuffer::int_type COutputFile::CBuffer::overflow(int_type byte) {
     return KeepingReason(
-        [&] { return std::filebuf::overflow(byte); },
+        m_systemError, [&] { return std::filebuf::overflow(byte); },
         [](int_type put) { return traits_type::eq_int_type(put, traits_type::eof()); });
 }
 
 std::streamsize COutputFile::CBuffer::xsputn(const char* bytes, std::streamsize count) {
-    return KeepingReason([&] { return std::filebuf::xsputn(bytes, count); },
-                         [&](std::streamsize put) { return put != count; });
+    return KeepingReason(
+        m_systemError, [&] { return std::filebuf::xsputn(bytes, count); },
+        [&](std::streamsize put) { return put != count; });
+}
+
+COutputFile::CBuffer::pos_type
+COutputFile::CBuffer::seekoff(off_type offset, std::ios::seekdir from, std::ios::openmode which) {
+    return KeepingReason(
+        m_systemError, [&] { return std::filebuf::seekoff(offset, from, which); }, IsRefusedSeek);
+}
+
+COutputFile::CBuffer::pos_type COutputFile::CBuffer::seekpos(pos_type to,
+                                                             std::ios::openmode which) {
+    return KeepingReason(
+        m_systemError, [&] { return std::filebuf::seekpos(to, which); }, IsRefusedSeek);
 }
 
 std::optional<std::uint64_t> BytesToEnd(std::istream& stream) {

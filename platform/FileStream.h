@@ -14,7 +14,7 @@ namespace trevolt {
 /// folder, or does not open. Offsets and sizes are 64-bit on every system.
 bool OpenFileStream(std::fstream& stream, const wchar_t* path, std::ios::openmode mode);
 
-/// A binary file that is read, which remembers why the system refused it.
+/// A binary file that is read, which remembers why the system refused it. Any thread may read.
 class CInputFile : public std::istream {
   public:
     CInputFile();
@@ -25,25 +25,25 @@ class CInputFile : public std::istream {
     /// Opens as `OpenFileStream` does.
     bool Open(const wchar_t* path);
 
-    /// The `errno` value of the first read that the system refused; 0 when it refused none or gave no
-    /// reason.
+    /// The `errno` value of the first open, read or seek that the system refused; 0 when it refused
+    /// none or gave no reason. A seek to where the file has no place is no such refusal.
     int SystemError() const { return m_buffer.SystemError(); }
 
   private:
-    /// Asks for the reason where the refused read throws: any thread may read, and later calls may
-    /// overwrite it.
+    /// Asks for the reason where the refused call returns or throws: later calls may overwrite it.
     class CBuffer : public std::filebuf {
       public:
+        bool Open(const wchar_t* path);
         int SystemError() const { return m_systemError; }
 
       protected:
         int_type underflow() override;
         std::streamsize xsgetn(char* bytes, std::streamsize count) override;
+        pos_type seekoff(off_type offset, std::ios::seekdir from,
+                         std::ios::openmode which) override;
+        pos_type seekpos(pos_type to, std::ios::openmode which) override;
 
       private:
-        template <class Read>
-        auto KeepingReason(Read read);
-
         int m_systemError = 0;
     };
 
@@ -64,8 +64,8 @@ class COutputFile : public std::ostream {
     /// Writes what is still held back and closes. False when that failed or anything before it.
     bool Close();
 
-    /// The `errno` value of the first open, write or close that the system refused; 0 when it
-    /// refused none or gave no reason.
+    /// The `errno` value of the first open, write, seek or close that the system refused; 0 when it
+    /// refused none or gave no reason. A seek to where no file has a place is no such refusal.
     int SystemError() const { return m_buffer.SystemError(); }
 
   private:
@@ -79,11 +79,11 @@ class COutputFile : public std::ostream {
       protected:
         int_type overflow(int_type byte) override;
         std::streamsize xsputn(const char* bytes, std::streamsize count) override;
+        pos_type seekoff(off_type offset, std::ios::seekdir from,
+                         std::ios::openmode which) override;
+        pos_type seekpos(pos_type to, std::ios::openmode which) override;
 
       private:
-        template <class Call, class Refused>
-        auto KeepingReason(Call call, Refused isRefused);
-
         int m_systemError = 0;
     };
 

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/FileStream.h"
+#include "common/ReadFile.h"
 #include "trevolt/StatusCodes.h"
 #include "trevolt/TransferReport.h"
 
@@ -28,26 +28,31 @@ class CSourceFile {
     }
 
     /// The answer of `look`, which is handed the stream at the first byte of a file that is open. The
-    /// thread's transfer report hears why the system refused to read.
+    /// thread's transfer report hears when the system refused to read, and why.
     template <class Look>
     auto TakeOpen(Look look) {
         auto answer = look(FirstByte());
-        CTransferReport::NoteSystemError(m_stream.SystemError());
+        m_sizeBehindLook = BytesToEnd(FirstByte());
+        NoteIfRefused(m_stream);
         return answer;
     }
 
-    /// As `TakeOpen`; E_COEF_OPENFAILED when the file did not open.
+    /// As `TakeOpen`; E_COEF_OPENFAILED when the file did not open, and the report hears why.
     template <class Look>
     Status Take(Look look) {
-        return m_isOpen ? TakeOpen(look) : E_COEF_OPENFAILED;
+        if (m_isOpen)
+            return TakeOpen(look);
+        CTransferReport::NoteSystemError(m_stream.SystemError());
+        return E_COEF_OPENFAILED;
     }
 
-    /// Whether the file has grown or shrunk since it was opened, as one does that is being written.
-    bool HasOtherSize() { return m_isOpen && BytesToEnd(FirstByte()) != m_size; }
+    /// Whether the file had grown or shrunk behind the last look, as one has that is being written.
+    bool HasOtherSize() const { return m_size && m_sizeBehindLook && *m_size != *m_sizeBehindLook; }
 
   private:
     CInputFile m_stream;
     std::optional<std::uint64_t> m_size; ///< at the opening; nothing when it could not be told
+    std::optional<std::uint64_t> m_sizeBehindLook;
     bool m_isOpen = false;
 };
 

@@ -58,7 +58,8 @@ std::vector<std::string> DescribeReadProblems(Status status, const CTransferRepo
     }
     for (const Status answer : {status, report.FailedRead()})
         if (Failed(answer))
-            return {fmt::format("cannot be read: {}", DescribeStatus(answer))};
+            return {WithSystemReason(fmt::format("cannot be read: {}", DescribeStatus(answer)),
+                                     report.SystemError())};
     std::vector<std::string> problems;
     const auto add = [&](std::uint64_t count, std::string_view one, std::string_view several) {
         if (count != 0)
@@ -92,14 +93,15 @@ std::vector<std::string> DescribeReadNotes(const CTransferReport& report) {
 std::string DescribeWriteProblem(Status status, const CTransferReport& report) {
     if (report.WasMemoryRefused())
         return "not enough memory to write it whole";
-    const std::string reason = SystemErrorText(report.SystemError());
-    if (report.HasWriteFailed())
+    if (report.HasWriteFailed()) {
+        const std::string reason = SystemErrorText(report.SystemError());
         return fmt::format("cannot be written: {}",
                            reason.empty() ? "the target refused some of the bytes" : reason);
+    }
     if (!Failed(status))
         return {};
-    return fmt::format("cannot be written: {}{}{}", DescribeStatus(status),
-                       reason.empty() ? "" : ": ", reason);
+    return WithSystemReason(fmt::format("cannot be written: {}", DescribeStatus(status)),
+                            report.SystemError());
 }
 
 std::string DescribeRenameProblem(int error) {

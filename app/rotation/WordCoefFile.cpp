@@ -1,7 +1,6 @@
 #include "trevolt/WordCoefFile.h"
 
 #include <algorithm>
-#include <fstream>
 #include <istream>
 #include <ostream>
 
@@ -9,7 +8,7 @@
 
 #include "coef/FileSize.h"
 #include "coef/WordObjects.h"
-#include "platform/FileStream.h"
+#include "common/ReadFile.h"
 #include "trevolt/FixedPoint.h"
 #include "trevolt/TransferReport.h"
 
@@ -133,12 +132,18 @@ Status SaveThroughObject(EWordKind kind, const CChromaCorrectCoef& map, const Wr
     });
 }
 
-/// Opens the file at `path` for what follows on it. E_COEF_INVALIDARG for a null path,
-/// E_COEF_OPENFAILED.
-Status OpenOnce(std::fstream& stream, const wchar_t* path) {
+/// The answer of `look`, which is handed the file at `path`, opened once for all that follows on it.
+/// E_COEF_INVALIDARG for a null path, E_COEF_OPENFAILED.
+template <class Look>
+Status TakeOnce(const wchar_t* path, Look look) {
     if (path == nullptr)
         return E_COEF_INVALIDARG;
-    return OpenFileStream(stream, path, std::ios::in) ? S_OK : E_COEF_OPENFAILED;
+    CInputFile file;
+    if (!OpenRead(file, path))
+        return E_COEF_OPENFAILED;
+    const Status status = look(file);
+    NoteIfRefused(file);
+    return status;
 }
 
 /// Whether a word file starts so; a float file may carry a word kind's name.
@@ -176,10 +181,8 @@ std::vector<std::string> DescribeLosses(const SChunkHeader& header) {
 
 Status LoadWordCoefFile(EWordKind kind, CChromaCorrectCoef& map, const wchar_t* path,
                         const SMapRegion& region) {
-    std::fstream stream;
-    if (const Status status = OpenOnce(stream, path); Failed(status))
-        return status;
-    return LoadWordCoefFile(kind, map, stream, region);
+    return TakeOnce(
+        path, [&](std::istream& stream) { return LoadWordCoefFile(kind, map, stream, region); });
 }
 
 Status LoadWordCoefFile(EWordKind kind, CChromaCorrectCoef& map, std::istream& stream,
@@ -211,10 +214,8 @@ Status ReadWordCoefSize(EWordKind kind, const wchar_t* path, std::uint32_t& widt
                         std::uint32_t& height) {
     width = 0;
     height = 0;
-    std::fstream stream;
-    if (const Status status = OpenOnce(stream, path); Failed(status))
-        return status;
-    return ReadWordCoefSize(kind, stream, width, height);
+    return TakeOnce(
+        path, [&](std::istream& stream) { return ReadWordCoefSize(kind, stream, width, height); });
 }
 
 Status ReadWordCoefSize(EWordKind kind, std::istream& stream, std::uint32_t& width,
@@ -230,15 +231,22 @@ Status ReadWordCoefSize(EWordKind kind, std::istream& stream, std::uint32_t& wid
 }
 
 std::vector<std::string> DescribeWordFileLosses(const wchar_t* path) {
-    std::fstream stream;
-    return OpenFileStream(stream, path, std::ios::in) ? DescribeWordFileLosses(stream)
-                                                      : std::vector<std::string>();
+    std::vector<std::string> losses;
+    DropStatus(TakeOnce(path, [&](std::istream& stream) { // a file that does not open has none
+        losses = DescribeWordFileLosses(stream);
+        return S_OK;
+    }));
+    return losses;
 }
 
 std::vector<std::string> DescribeWordFileLosses(std::istream& stream) {
     CWordFileSource file(stream);
-    const auto header = ReadChunkHeader(*file.Open());
+    std::istream& looked = *file.Open();
+    const bool hasHeader = BytesToEnd(looked).value_or(0) >= kChunkHeaderBytes;
+    const auto header = ReadChunkHeader(looked);
     file.Rewind();
+    if (hasHeader && !header)
+        CTransferReport::NoteReadFailed();
     return header ? DescribeLosses(*header) : std::vector<std::string>();
 }
 

@@ -24,8 +24,9 @@ class CTransferReport {
     /// An input stream broke: it was told that bytes cannot be read, and what a reader made of those
     /// before them is not the whole file, whatever its status.
     bool HasReadFailed() const { return m_readFailed; }
-    /// The system's reason (an `errno` value) for the first output file that did not open or take
-    /// its bytes, or input that could not be read; 0 when there was none or the system gave none.
+    /// The system's reason (an `errno` value) for the first file that did not open, output that did
+    /// not take its bytes, or input that could not be read; 0 when there was none or the system gave
+    /// none.
     int SystemError() const { return m_systemError; }
     /// The memory budget or the system refused a block.
     bool WasMemoryRefused() const { return m_memoryRefused; }

@@ -1,6 +1,7 @@
 #include "coef/WordFileSource.h"
 
 #include <array>
+#include <cerrno>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -39,6 +40,18 @@ TEST(WordFileSource, OpensAPathAnewForEveryLook) {
         return S_OK;
     }),
               E_COEF_INVALIDARG);
+}
+
+TEST(WordFileSource, TellsWhyAPathDoesNotOpen) {
+    const test::CTemporaryFolder folder;
+    const CTransferReport report;
+    {
+        const std::wstring missing = folder.File(L"missing");
+        CWordFileSource file(missing.c_str());
+        EXPECT_EQ(file.Open(), nullptr);
+    }
+    EXPECT_EQ(report.SystemError(), ENOENT);
+    EXPECT_FALSE(report.HasReadFailed());
 }
 
 TEST(WordFileSource, PutsAStreamBackForEveryLook) {
@@ -119,6 +132,7 @@ TEST(WordFileSource, TellsOfAFileThatBreaksWhenItIsOpenedAnew) {
     EXPECT_FALSE(report.HasReadFailed());
     ASSERT_NE(file.Open(), nullptr);
     EXPECT_TRUE(report.HasReadFailed());
+    EXPECT_EQ(report.SystemError(), EIO);
 }
 #endif
 

@@ -4,10 +4,17 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/FileSystem.h"
 #include "tests/support/FailingFile.h"
 #include "tests/support/TestFiles.h"
 
-#ifndef _WIN32
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include "tests/support/FileSizeLimit.h"
 #endif
 
@@ -164,16 +171,104 @@ TEST(InputFile, GivesBytesAndNoReason) {
     EXPECT_EQ(file.SystemError(), 0);
 }
 
-TEST(InputFile, DoesNotOpenWhatIsNoFile) {
+TEST(InputFile, DoesNotOpenWhatIsNoFileAndTellsWhy) {
     const CTemporaryFolder folder;
     CInputFile file;
     EXPECT_FALSE(file.Open(folder.File(L"missing").c_str()));
     EXPECT_TRUE(file.fail());
+    EXPECT_EQ(file.SystemError(), ENOENT);
     CInputFile ofFolder;
     EXPECT_FALSE(ofFolder.Open(folder.Path().c_str()));
+    EXPECT_EQ(ofFolder.SystemError(), EISDIR);
     CInputFile ofNothing;
+    errno = EIO; // of an earlier call
     EXPECT_FALSE(ofNothing.Open(nullptr));
+    EXPECT_EQ(ofNothing.SystemError(), 0);
 }
+
+TEST(InputFile, ASeekToNoPlaceIsNoRefusal) {
+    const CTemporaryFolder folder;
+    test::WriteText(folder.File(L"f"), "text");
+    for (const bool isRelative : {false, true}) {
+        CInputFile file;
+        ASSERT_TRUE(file.Open(folder.File(L"f").c_str()));
+        if (isRelative)
+            file.seekg(-5, std::ios::end);
+        else
+            file.seekg(-5);
+        EXPECT_TRUE(file.fail());
+        EXPECT_EQ(file.SystemError(), 0);
+    }
+    CInputFile unopened;
+    errno = EIO;
+    EXPECT_EQ(unopened.tellg(), std::streampos(-1));
+    EXPECT_EQ(unopened.SystemError(), 0);
+}
+
+#ifdef _WIN32
+TEST(InputFile, TellsOfAFileThatAnotherProgramHasForItself) {
+    const CTemporaryFolder folder;
+    const std::wstring path = folder.File(L"f");
+    test::WriteText(path, "text");
+    const HANDLE owner =
+        CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(owner, INVALID_HANDLE_VALUE);
+    CInputFile file;
+    EXPECT_FALSE(file.Open(path.c_str()));
+    EXPECT_EQ(file.SystemError(), EACCES);
+    CloseHandle(owner);
+}
+#else
+/// A pipe with a name, whose seeks the system refuses.
+class CNamedPipe {
+  public:
+    CNamedPipe() {
+        const std::string path = *ToNativePath(Path());
+        EXPECT_EQ(mkfifo(path.c_str(), 0600), 0);
+        m_ends = open(path.c_str(), O_RDWR | O_CLOEXEC); // nobody waits for the other end then
+        EXPECT_GE(m_ends, 0);
+    }
+    ~CNamedPipe() { close(m_ends); }
+    CNamedPipe(const CNamedPipe&) = delete;
+    CNamedPipe& operator=(const CNamedPipe&) = delete;
+
+    std::wstring Path() const { return m_folder.File(L"pipe"); }
+
+  private:
+    CTemporaryFolder m_folder;
+    int m_ends = -1;
+};
+
+TEST(InputFile, TellsWhyItCannotBeSought) {
+    const CNamedPipe pipe;
+    const auto reasonOf = [&](auto seek) {
+        CInputFile file;
+        EXPECT_TRUE(file.Open(pipe.Path().c_str()));
+        seek(file);
+        errno = EIO; // of a later call
+        return file.SystemError();
+    };
+    EXPECT_EQ(reasonOf([](CInputFile& file) { file.seekg(1); }), ESPIPE);
+    EXPECT_EQ(reasonOf([](CInputFile& file) { file.seekg(0, std::ios::end); }), ESPIPE);
+    EXPECT_EQ(reasonOf([](CInputFile& file) { EXPECT_EQ(BytesToEnd(file), std::nullopt); }),
+              ESPIPE);
+}
+
+TEST(OutputFile, TellsWhyItCannotBeSought) {
+    const CNamedPipe pipe;
+    for (const bool isRelative : {false, true}) {
+        COutputFile file;
+        ASSERT_TRUE(file.Open(pipe.Path().c_str(), std::ios::openmode{}));
+        if (isRelative)
+            file.seekp(0, std::ios::end);
+        else
+            file.seekp(1);
+        EXPECT_TRUE(file.fail());
+        EXPECT_FALSE(file.Close());
+        EXPECT_EQ(file.SystemError(), ESPIPE);
+    }
+}
+#endif
 
 #ifdef __linux__
 // The first page of a process is nobody's: its memory opens, and the first read fails.

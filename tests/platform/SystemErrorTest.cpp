@@ -22,6 +22,12 @@ TEST(SystemError, NoErrorHasNoTextAndAnUnknownOneItsNumber) {
     EXPECT_EQ(SystemErrorText(-1), "system error -1");
 }
 
+TEST(SystemError, AReasonStandsBehindWhatItIsOf) {
+    EXPECT_EQ(WithSystemReason("it is refused", EACCES), "it is refused: Permission denied");
+    EXPECT_EQ(WithSystemReason("it is refused", 30000), "it is refused: system error 30000");
+    EXPECT_EQ(WithSystemReason("it is refused", 0), "it is refused");
+}
+
 #ifdef __GLIBC__
 TEST(SystemError, TextsAreThoseOfTheSystem) {
     ASSERT_STREQ(std::setlocale(LC_MESSAGES, nullptr), "C");

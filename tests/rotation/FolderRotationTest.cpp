@@ -1040,7 +1040,8 @@ TEST_F(FolderRotation, FollowsLinksToFilesAndReportsThoseThatLeadNowhere) {
               std::vector<std::string>{"is a link: what it leads to was turned"});
     EXPECT_EQ(m_listener.outcomes[1].problems,
               (std::vector<std::string>{
-                  "cannot be read: E_COEF_OPENFAILED (0xE0830011): the file could not be opened"}));
+                  "cannot be read: E_COEF_OPENFAILED (0xE0830011): the file could not be opened: "
+                  "No such file or directory"}));
 }
 
 #ifdef __linux__

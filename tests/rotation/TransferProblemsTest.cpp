@@ -22,6 +22,15 @@ TEST(ReadProblems, AStatusIsNamed) {
                        "tag"});
 }
 
+TEST(ReadProblems, AFileThatDoesNotOpenIsNamedWithTheReason) {
+    const CTransferReport report;
+    CTransferReport::NoteSystemError(EMFILE);
+    EXPECT_EQ(DescribeReadProblems(S_OK, report), Problems{});
+    EXPECT_EQ(DescribeReadProblems(E_COEF_OPENFAILED, report),
+              Problems{"cannot be read: E_COEF_OPENFAILED (0xE0830011): the file could not be "
+                       "opened: Too many open files"});
+}
+
 TEST(ReadProblems, ReadsThatFailBehindASuccessAreNamed) {
     const CTransferReport report;
     CTransferReport::NoteFailedRead(E_COEF_BADFORMAT);

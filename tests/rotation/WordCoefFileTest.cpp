@@ -693,6 +693,11 @@ TEST(BrokenWordFile, IsToldWhereverItBreaks) {
             const CTransferReport ofLosses;
             EXPECT_TRUE(DescribeWordFileLosses(described).empty());
             EXPECT_EQ(ofLosses.HasReadFailed(), readable < kChunkHeaderBytes);
+
+            test::CFailingFile shrunk(file, readable, true);
+            const CTransferReport ofShrunk;
+            EXPECT_TRUE(DescribeWordFileLosses(shrunk).empty());
+            EXPECT_EQ(ofShrunk.HasReadFailed(), readable < kChunkHeaderBytes);
         }
     }
 }
