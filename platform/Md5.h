@@ -2,31 +2,14 @@
 // elsewhere.
 #pragma once
 
-#include <array>
-#include <cstddef>
-#include <cstdint>
-#include <memory>
+#include "platform/Digest.h"
 
 namespace trevolt {
 
-/// One digest in the making. Used by one thread.
-class CMd5 {
-  public:
-    /// Starts a digest; a system that offers none makes every further step fail.
-    CMd5();
-    ~CMd5();
-    CMd5(const CMd5&) = delete;
-    CMd5& operator=(const CMd5&) = delete;
+struct SMd5State;
+extern template class CDigest<SMd5State, 16>;
 
-    /// Adds `count` bytes. False when the system's hashing fails, now or before.
-    bool Add(const std::byte* bytes, std::size_t count);
-
-    /// Ends the digest and gives it out. False, and `digest` unchanged, when hashing fails.
-    bool Finish(std::array<std::uint8_t, 16>& digest);
-
-  private:
-    struct SState;
-    std::unique_ptr<SState> m_state; ///< null when hashing has failed
-};
+/// One digest in the making.
+using CMd5 = CDigest<SMd5State, 16>;
 
 } // namespace trevolt

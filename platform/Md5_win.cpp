@@ -6,6 +6,8 @@
 
 #include <wincrypt.h>
 
+#include "platform/DigestSteps.h"
+
 namespace trevolt {
 namespace {
 
@@ -13,14 +15,14 @@ constexpr std::size_t kPieceBytes = 1024;
 
 } // namespace
 
-struct CMd5::SState {
+struct SMd5State {
     HCRYPTPROV context = 0;
     HCRYPTHASH hash = 0;
 
-    SState() = default;
-    SState(const SState&) = delete;
-    SState& operator=(const SState&) = delete;
-    ~SState() {
+    SMd5State() = default;
+    SMd5State(const SMd5State&) = delete;
+    SMd5State& operator=(const SMd5State&) = delete;
+    ~SMd5State() {
         if (hash != 0)
             CryptDestroyHash(hash);
         if (context != 0)
@@ -53,22 +55,6 @@ struct CMd5::SState {
     }
 };
 
-CMd5::CMd5() : m_state(std::make_unique<SState>()) {
-    if (!m_state->Start())
-        m_state.reset();
-}
-
-CMd5::~CMd5() = default;
-
-bool CMd5::Add(const std::byte* bytes, std::size_t count) {
-    if (m_state && !m_state->Add(bytes, count))
-        m_state.reset();
-    return m_state != nullptr;
-}
-
-bool CMd5::Finish(std::array<std::uint8_t, 16>& digest) {
-    const auto state = std::move(m_state);
-    return state && state->Finish(digest);
-}
+template class CDigest<SMd5State, 16>;
 
 } // namespace trevolt

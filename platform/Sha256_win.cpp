@@ -7,6 +7,8 @@
 
 #include <bcrypt.h>
 
+#include "platform/DigestSteps.h"
+
 namespace trevolt {
 namespace {
 
@@ -14,14 +16,14 @@ constexpr bool IsDone(NTSTATUS status) { return status >= 0; }
 
 } // namespace
 
-struct CSha256::SState {
+struct SSha256State {
     BCRYPT_ALG_HANDLE algorithm = nullptr;
     BCRYPT_HASH_HANDLE hash = nullptr;
 
-    SState() = default;
-    SState(const SState&) = delete;
-    SState& operator=(const SState&) = delete;
-    ~SState() {
+    SSha256State() = default;
+    SSha256State(const SSha256State&) = delete;
+    SSha256State& operator=(const SSha256State&) = delete;
+    ~SSha256State() {
         if (hash != nullptr)
             BCryptDestroyHash(hash);
         if (algorithm != nullptr)
@@ -56,22 +58,6 @@ struct CSha256::SState {
     }
 };
 
-CSha256::CSha256() : m_state(std::make_unique<SState>()) {
-    if (!m_state->Start())
-        m_state.reset();
-}
-
-CSha256::~CSha256() = default;
-
-bool CSha256::Add(const std::byte* bytes, std::size_t count) {
-    if (m_state && !m_state->Add(bytes, count))
-        m_state.reset();
-    return m_state != nullptr;
-}
-
-bool CSha256::Finish(std::array<std::uint8_t, 32>& digest) {
-    const auto state = std::move(m_state);
-    return state && state->Finish(digest);
-}
+template class CDigest<SSha256State, 32>;
 
 } // namespace trevolt
