@@ -328,6 +328,23 @@ class Turn(CliTest):
         self.assertLess(peak_of_two - peaks_of_hundred[1], 3 * 2048)
 
     @posix_only
+    def test_ten_thousand_files_are_all_turned_and_told(self):
+        if 'ASAN_OPTIONS' in os.environ:
+            self.skipTest('takes long under a sanitizer')
+        count = 10000
+        raw = self.add('cab00000.3bcoef')
+        for i in range(1, count):
+            os.link(self.source / 'cab00000.3bcoef', self.source / f'cab{i:05}.3bcoef')
+        self.expect(self.rotate('--no-sync'), 0,
+                    [*(f'cab{i:05}.3bcoef -> cab{i:05}-90°.3bcoef  (4 x 3 -> 3 x 4)'
+                       for i in range(count)), f'{count} files turned by 90°, 0 failed'], [])
+        self.assertEqual(self.targets(), [f'cab{i:05}-90°.3bcoef' for i in range(count)])
+        first = self.target / 'cab00000-90°.3bcoef'
+        self.assertEqual(self.body(first, '.3bcoef', 3, 4), turned(90, 4, 3, raw, 3)[2])
+        self.assertEqual({path.read_bytes() for path in self.target.iterdir()},
+                         {first.read_bytes()})
+
+    @posix_only
     def test_many_threads_take_little_memory_beside_the_file(self):
         side = 2600
         bytes_of_body = side * side * 36
