@@ -331,6 +331,12 @@ class Turn(CliTest):
     def test_ten_thousand_files_are_all_turned_and_told(self):
         if 'ASAN_OPTIONS' in os.environ:
             self.skipTest('takes long under a sanitizer')
+        if os.access('/dev/shm', os.W_OK):  # where files are made in half the time
+            folder = pathlib.Path(tempfile.mkdtemp(dir='/dev/shm'))
+            self.addCleanup(shutil.rmtree, folder, ignore_errors=True)
+            self.source, self.target = folder / 'source', folder / 'target'
+            self.source.mkdir()
+            self.target.mkdir()
         count = 10000
         raw = self.add('cab00000.3bcoef')
         for i in range(1, count):
