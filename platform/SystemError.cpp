@@ -52,10 +52,9 @@ std::string SystemErrorText(int error) {
     return found == kErrorTexts.end() ? "system error " + std::to_string(error) : found->text;
 }
 
-std::string WithSystemReason(std::string text, int error) {
-    if (error != 0)
-        text += ": " + SystemErrorText(error);
-    return text;
+std::string WithSystemReason(std::string problem, int error) {
+    const std::string reason = SystemErrorText(error);
+    return reason.empty() ? problem : problem + ": " + reason;
 }
 
 } // namespace trevolt

@@ -9,7 +9,7 @@ namespace trevolt {
 /// is shown as such, and 0 has none.
 std::string SystemErrorText(int error);
 
-/// `text` with the meaning of an `errno` value behind it, as "it is refused: Permission denied".
-std::string WithSystemReason(std::string text, int error);
+/// "problem: meaning", or the problem alone where there is no meaning.
+std::string WithSystemReason(std::string problem, int error);
 
 } // namespace trevolt

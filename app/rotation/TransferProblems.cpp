@@ -93,19 +93,20 @@ std::vector<std::string> DescribeReadNotes(const CTransferReport& report) {
 std::string DescribeWriteProblem(Status status, const CTransferReport& report) {
     if (report.WasMemoryRefused())
         return "not enough memory to write it whole";
-    if (report.HasWriteFailed()) {
-        const std::string reason = SystemErrorText(report.SystemError());
+    const std::string reason = SystemErrorText(report.SystemError());
+    if (report.HasWriteFailed())
         return fmt::format("cannot be written: {}",
                            reason.empty() ? "the target refused some of the bytes" : reason);
-    }
     if (!Failed(status))
         return {};
-    return WithSystemReason(fmt::format("cannot be written: {}", DescribeStatus(status)),
-                            report.SystemError());
+    return fmt::format("cannot be written: {}{}{}", DescribeStatus(status),
+                       reason.empty() ? "" : ": ", reason);
 }
 
 std::string DescribeRenameProblem(int error) {
-    return WithSystemReason("cannot be given its final name in the target folder", error);
+    const std::string reason = SystemErrorText(error);
+    return fmt::format("cannot be given its final name in the target folder{}{}",
+                       reason.empty() ? "" : ": ", reason);
 }
 
 std::string DescribeSyncProblem(int error) { return WithSystemReason("cannot be written", error); }
