@@ -6,15 +6,18 @@
 #include <cstdint>
 #include <memory>
 
+#include <openssl/crypto.h>
 #include <openssl/evp.h>
 
 namespace trevolt {
 
 class CLibcryptoDigest {
   public:
-    /// False when libcrypto does not offer the algorithm.
+    /// False when libcrypto does not offer the algorithm, or has got no memory for what it works with,
+    /// which it does not check itself.
     bool Start(const EVP_MD* algorithm) {
-        return m_context != nullptr && EVP_DigestInit_ex(m_context.get(), algorithm, nullptr) == 1;
+        return OSSL_LIB_CTX_get0_global_default() != nullptr && m_context != nullptr &&
+               EVP_DigestInit_ex(m_context.get(), algorithm, nullptr) == 1;
     }
     bool Add(const std::byte* bytes, std::size_t count) {
         return EVP_DigestUpdate(m_context.get(), bytes, count) == 1;
