@@ -1,6 +1,7 @@
 #include "trevolt/WordCoefFile.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <sstream>
 
@@ -701,6 +702,18 @@ TEST(BrokenWordFile, IsToldWhereverItBreaks) {
         }
     }
 }
+
+#ifdef __linux__
+// The first page of a process is nobody's: its memory opens, and the first read fails.
+TEST(BrokenWordFile, TellsWhyAPathCannotBeRead) {
+    CChromaCorrectCoef map;
+    map.Resize(4, 3);
+    const CTransferReport report;
+    EXPECT_TRUE(Failed(LoadWordCoefFile(EWordKind::Chroma, map, L"/proc/self/mem")));
+    EXPECT_TRUE(report.HasReadFailed());
+    EXPECT_EQ(report.SystemError(), EIO);
+}
+#endif
 
 } // namespace
 } // namespace trevolt
