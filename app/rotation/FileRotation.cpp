@@ -80,11 +80,23 @@ class CFileRotation {
 
     bool IsWithinBytes() {
         const std::uint64_t limit = m_request.limits.fileBytes;
-        const std::uint64_t bytes =
-            m_source.IsOpen() ? BytesToEnd(m_source.FirstByte()).value_or(0) : 0;
-        if (bytes > limit)
-            Fail(fmt::format("its {} bytes are above the limit of {}", bytes, limit));
-        return bytes <= limit;
+        if (!m_source.IsOpen() || limit == SRotationLimits{}.fileBytes)
+            return true;
+        const auto bytes = BytesToEnd(m_source.FirstByte());
+        if (!bytes)
+            FailWithReason("its bytes cannot be counted, which are limited",
+                           m_source.SystemError());
+        else if (*bytes > limit)
+            Fail(fmt::format("its {} bytes are above the limit of {}", *bytes, limit));
+        return bytes && *bytes <= limit;
+    }
+
+    /// Nothing, with its cause told, when it cannot be read.
+    std::optional<std::string> SumOfSource() {
+        auto sum = Sha256Of(m_source.FirstByte());
+        if (!sum)
+            FailWithReason("cannot be read", m_source.SystemError());
+        return sum;
     }
 
     bool WantsSums() const { return !m_request.manifest.empty(); }
@@ -92,9 +104,7 @@ class CFileRotation {
     bool SumSource() {
         if (!WantsSums() || !m_source.IsOpen())
             return true;
-        m_sourceSum = Sha256Of(m_source.FirstByte());
-        if (!m_sourceSum)
-            FailWithReason("cannot be read", errno);
+        m_sourceSum = SumOfSource();
         return m_sourceSum.has_value();
     }
 
@@ -102,10 +112,8 @@ class CFileRotation {
     bool IsSourceUnchanged() {
         if (!m_sourceSum)
             return true;
-        const auto sum = Sha256Of(m_source.FirstByte());
-        if (!sum)
-            FailWithReason("cannot be read", errno);
-        else if (sum != m_sourceSum)
+        const auto sum = SumOfSource();
+        if (sum && sum != m_sourceSum)
             Fail("changed while it was turned");
         return sum == m_sourceSum;
     }
@@ -261,10 +269,14 @@ class CFileRotation {
     bool IsTurnable(Status status, const CTransferReport& report) {
         for (std::string& problem : DescribeReadProblems(status, report))
             Fail(std::move(problem));
-        if (m_source.HasOtherSize())
-            Fail("its size changed while it was read");
+        NameOtherSize();
         m_outcome.notes = DescribeReadNotes(report);
         return !m_outcome.HasFailed() || m_request.lenient;
+    }
+
+    void NameOtherSize() {
+        if (m_source.HasOtherSize() && !std::exchange(m_isOtherSizeNamed, true))
+            Fail("its size changed while it was read");
     }
 
     /// Lets `write(path)` make the turned file.
@@ -301,7 +313,8 @@ class CFileRotation {
             return false;
         }
         m_outcome.losses = std::move(losses);
-        return true;
+        NameOtherSize();
+        return !m_outcome.HasFailed() || m_request.lenient;
     }
 
     void Fail(std::string problem) { m_outcome.problems.push_back(std::move(problem)); }
@@ -316,7 +329,8 @@ class CFileRotation {
     const SStoredKind* m_storedKind; ///< null when the file must go through a map
     CSourceFile m_source;
     std::optional<std::string> m_sourceSum; ///< of an open source, when a manifest is wanted
-    PixelSize m_ownSize;                    ///< that the file tells, 0 × 0 when it tells none
+    bool m_isOtherSizeNamed = false;
+    PixelSize m_ownSize; ///< that the file tells, 0 × 0 when it tells none
     SFileOutcome m_outcome;
     std::unique_ptr<CTemporaryOutput> m_output; ///< once it is written
 };

@@ -189,15 +189,20 @@ std::optional<std::string> Sha256Of(std::istream& stream) {
     std::vector<std::byte> piece(kPieceBytes);
     CSha256 sha;
     std::array<std::uint8_t, 32> digest{};
+    const auto bytes = BytesToEnd(stream);
+    if (!bytes) // a pipe, say, which can be read all the same
+        stream.clear(stream.rdstate() & ~std::ios::failbit);
+    std::uint64_t left = bytes.value_or(0);
     errno = 0;
     while (stream.good()) {
         stream.read(reinterpret_cast<char*>(piece.data()), kPieceBytes);
         if (stream.bad())
             return std::nullopt;
+        left -= std::min(left, static_cast<std::uint64_t>(stream.gcount()));
         if (!sha.Add(piece.data(), static_cast<std::size_t>(stream.gcount())))
             break;
     }
-    if (!stream.eof() || !sha.Finish(digest)) {
+    if (!stream.eof() || left != 0 || !sha.Finish(digest)) {
         errno = 0;
         return std::nullopt;
     }

@@ -46,6 +46,9 @@ class CSourceFile {
         return E_COEF_OPENFAILED;
     }
 
+    /// The `errno` value of why the system refused the last read or seek, else 0.
+    int SystemError() const { return m_stream.SystemError(); }
+
     /// Whether the file had grown or shrunk behind the last look, as one has that is being written.
     bool HasOtherSize() const { return m_size && m_sizeBehindLook && *m_size != *m_sizeBehindLook; }
 

@@ -871,6 +871,18 @@ TEST_F(FolderRotation, FilesOfMoreBytesThanTheLimitFail) {
     EXPECT_EQ(m_target.Names(), Names{});
 }
 
+#ifndef _WIN32
+TEST_F(FolderRotation, AFileWhoseBytesCannotBeCountedIsNotTakenForAShortOne) {
+    m_request.lenient = true;
+    m_request.size = PixelSize{2, 2};
+    ASSERT_EQ(symlink("/proc/self/mem", ToNativePath(m_source.File(L"a.3bcoef"))->c_str()), 0);
+    m_request.limits.fileBytes = 1000;
+    EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
+    ExpectProblem("its bytes cannot be counted, which are limited");
+    EXPECT_EQ(m_target.Names(), Names{});
+}
+#endif
+
 class ManifestOfRun : public FolderRotation {
   protected:
     ManifestOfRun() { m_request.manifest = m_place.File(L"sums.txt"); }

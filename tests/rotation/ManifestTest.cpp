@@ -1,5 +1,7 @@
 #include "app/rotation/Manifest.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -21,6 +23,27 @@ using namespace test;
 const std::string kSumOfNothing =
     "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855";
 const std::string kSumOfAbc = "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad";
+
+/// Tells of more bytes than it gives.
+class CEarlyEnd : public std::stringbuf {
+  public:
+    using std::stringbuf::stringbuf;
+
+  protected:
+    std::streamsize xsgetn(char* bytes, std::streamsize count) override {
+        return std::stringbuf::xsgetn(bytes, std::min<std::streamsize>(count, 2));
+    }
+};
+
+TEST(Manifest, AnEndThatComesTooEarlyGivesNoSum) {
+    std::stringbuf whole("abc");
+    std::istream abc(&whole);
+    EXPECT_EQ(Sha256Of(abc), kSumOfAbc);
+    CEarlyEnd cut("abc");
+    std::istream stream(&cut);
+    EXPECT_EQ(Sha256Of(stream), std::nullopt);
+    EXPECT_EQ(errno, 0);
+}
 
 TEST(Sum, IsOfWhatTheStreamStillHolds) {
     std::istringstream stream("xyabc");
