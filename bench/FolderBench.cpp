@@ -18,7 +18,7 @@
 #include "coef/VirtualGreenBrightCorrectCoef.h"
 #include "coef/VirtualGreenChromaCorrectCoef.h"
 #include "trevolt/FileKinds.h"
-#include "trevolt/FolderRotation.h"
+#include "trevolt/RotationRun.h"
 
 namespace trevolt {
 namespace {
@@ -39,7 +39,7 @@ class CWalls {
         fs::remove_all(m_root);
         fs::create_directories(m_root / "demo");
         fs::create_directories(m_root / "out");
-        if (!WriteDemoWall((m_root / "demo").wstring(), false).empty())
+        if (!WriteDemoWall((m_root / "demo").wstring(), false, false).empty())
             throw std::runtime_error("the demo wall cannot be written");
         for (const auto& entry : fs::directory_iterator(m_root / "demo"))
             Multiply(entry.path());
@@ -80,12 +80,12 @@ class CSilentListener : public CRotationListener {
 void Rotate(benchmark::State& state) {
     const std::atomic<bool> interrupted{false};
     SRotationRequest request;
-    request.sourceFolder = Walls().Folder(static_cast<std::size_t>(state.range(0))).wstring();
+    request.sources = {Walls().Folder(static_cast<std::size_t>(state.range(0))).wstring()};
     request.targetFolder = Walls().Output().wstring();
     request.sync = false;
     for (auto _ : state) {
         CSilentListener listener;
-        if (RotateFolder(request, interrupted, listener).end != ERotationEnd::AllDone)
+        if (RunRotation(request, interrupted, listener).end != ERotationEnd::AllDone)
             state.SkipWithError("not all files were turned");
     }
     state.counters["a file"] = benchmark::Counter(

@@ -20,7 +20,7 @@ int WriteDemo(const std::string& folder, bool sync) {
                    reason.empty() ? "" : ": ", reason);
         return kExitUsage;
     }
-    const std::string problem = WriteDemoWall(*wide, sync);
+    const std::string problem = WriteDemoWall(*wide, true, sync);
     if (!problem.empty()) {
         fmt::print(stderr, "trevolt-cli: {}: {}\n", folder, problem);
         return kExitSomeFailed;

@@ -9,7 +9,7 @@
 
 #include "cli/Commands.h"
 #include "platform/Process.h"
-#include "trevolt/FolderRotation.h"
+#include "trevolt/RotationRun.h"
 #include "trevolt/MemoryBudget.h"
 #include "trevolt/Utf8.h"
 
@@ -141,7 +141,7 @@ PixelSize ParseSizeWithin(const std::string& text, const PixelSize& largest) {
 
 SRotationRequest MakeRequest(const Options& options) {
     SRotationRequest request;
-    request.sourceFolder = ParsePath("SOURCE", options.source);
+    request.sources = {ParsePath("SOURCE", options.source)};
     request.targetFolder = ParsePath("TARGET", options.target);
     request.angle = kAngles[static_cast<std::size_t>(options.angle / 90 - 1)];
     request.limits = ParseLimits(options);
@@ -174,10 +174,10 @@ int Rotate(const Options& options) {
     if (options.maxMemory)
         CMemoryBudget::Process().SetLimit(ParseBytes("--max-memory", *options.maxMemory));
     CConsoleListener listener;
-    const SRotationOutcome outcome = RotateFolder(request, CatchInterrupts(), listener);
+    const SRotationOutcome outcome = RunRotation(request, CatchInterrupts(), listener);
     listener.ClearProgress();
-    if (!outcome.error.empty()) {
-        fmt::print(stderr, "trevolt-cli: {}\n", outcome.error);
+    if (!outcome.errors.empty()) {
+        fmt::print(stderr, "trevolt-cli: {}\n", outcome.errors.front());
         return ExitStatus(outcome.end);
     }
     if (!outcome.manifestError.empty())

@@ -52,6 +52,9 @@ bool PathExists(const std::wstring& path);
 /// Whether `path` names a folder; links are followed.
 bool IsFolder(const std::wstring& path);
 
+/// What stands at `path`, links followed; nothing when nothing does.
+std::optional<EntryKind> KindOfEntry(const std::wstring& path);
+
 /// Whether both paths exist and name the same entry.
 bool IsSameEntry(const std::wstring& a, const std::wstring& b);
 
@@ -66,6 +69,11 @@ bool ReplaceWith(const std::wstring& from, const std::wstring& to);
 /// The same, and where the system has it, not before the new name is on the disk; elsewhere
 /// `SyncNativeFolder` sees to that.
 bool ReplaceDurably(const std::wstring& from, const std::wstring& to);
+
+/// Renames `from` to `to` in one step where nothing stands at `to`, not even a link that leads nowhere;
+/// with `isDurable` as `ReplaceDurably`. False leaves both as they were, and `errno` tells why where
+/// the system does, EEXIST when something stands there, else it is 0.
+bool NameNew(const std::wstring& from, const std::wstring& to, bool isDurable);
 
 /// Removes a file. False when it stays.
 bool RemoveFile(const std::wstring& path);
@@ -85,15 +93,26 @@ int SyncNativeFolder(const NativePath& folder) noexcept;
 /// of its volume and of itself there.
 using EntryIdentity = std::pair<std::uint64_t, std::uint64_t>;
 
-/// Of the file or folder that stands at `path`, or of the link itself; nothing when none does, or
-/// where the file system numbers nothing.
-std::optional<EntryIdentity> IdentityOf(const std::wstring& path);
+enum class EIdentified { Link, WhereItLeads };
+
+/// Of the file or folder that stands at `path`, and where that is a link, of it or of what it leads to;
+/// nothing when none does, or where the file system numbers nothing.
+std::optional<EntryIdentity> IdentityOf(const std::wstring& path,
+                                        EIdentified identified = EIdentified::Link);
 
 /// Whether a link stands at `path`, wherever it leads.
 bool IsLink(const std::wstring& path);
 
 /// How long ago the file was last written, by this machine's clock; nothing when it cannot be told.
 std::optional<std::chrono::seconds> AgeOf(const std::wstring& path);
+
+/// Gives the file at `to` the time at which that at `from` was last written. False when it has not got
+/// it, and `errno` tells why where the system does, else it is 0.
+bool CopyWriteTime(const std::wstring& from, const std::wstring& to);
+
+/// Lets the system forget what it holds of a file whose bytes are on the disk, so that the next read
+/// comes from there, where the system can be asked to.
+void DropCachedPages(const std::wstring& path);
 
 /// `path` up to and including its last separator, empty when it has none.
 std::wstring FolderPart(const std::wstring& path);

@@ -1,5 +1,6 @@
 #include "platform/FileSystem.h"
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <ctime>
@@ -24,13 +25,15 @@ bool Stat(const std::wstring& path, struct stat& out) {
     return native && stat(native->c_str(), &out) == 0;
 }
 
-EntryKind KindOf(const std::string& path) {
-    struct stat info {};
-    if (stat(path.c_str(), &info) != 0)
-        return EntryKind::File;
+EntryKind KindOf(const struct stat& info) {
     if (S_ISDIR(info.st_mode))
         return EntryKind::Folder;
     return S_ISREG(info.st_mode) ? EntryKind::File : EntryKind::Other;
+}
+
+EntryKind KindOf(const std::string& path) {
+    struct stat info {};
+    return stat(path.c_str(), &info) == 0 ? KindOf(info) : EntryKind::File;
 }
 
 void AddEntry(FolderListing& listing, const std::string& name, EntryKind kind) {
@@ -95,6 +98,14 @@ bool IsFolder(const std::wstring& path) {
     return Stat(path, info) && S_ISDIR(info.st_mode);
 }
 
+std::optional<EntryKind> KindOfEntry(const std::wstring& path) {
+    const auto native = ToNativePath(path);
+    struct stat info {};
+    if (!native || stat(native->c_str(), &info) != 0)
+        return std::nullopt;
+    return KindOf(info);
+}
+
 bool IsSameEntry(const std::wstring& a, const std::wstring& b) {
     struct stat first {};
     struct stat second {};
@@ -133,6 +144,24 @@ bool ReplaceDurably(const std::wstring& from, const std::wstring& to) {
     return ReplaceWith(from, to);
 }
 
+bool NameNew(const std::wstring& from, const std::wstring& to, bool /*isDurable*/) {
+    const auto nativeFrom = ToNativePath(from);
+    const auto nativeTo = ToNativePath(to);
+    errno = 0;
+    if (!nativeFrom || !nativeTo)
+        return false;
+    if (renameat2(AT_FDCWD, nativeFrom->c_str(), AT_FDCWD, nativeTo->c_str(), RENAME_NOREPLACE) ==
+        0)
+        return true;
+    if (errno != EINVAL && errno != ENOSYS)
+        return false;
+    // The file system has no such rename; a second name it refuses as well where one stands.
+    if (link(nativeFrom->c_str(), nativeTo->c_str()) != 0)
+        return false;
+    RemoveNativeFile(*nativeFrom);
+    return true;
+}
+
 bool RemoveFile(const std::wstring& path) {
     const auto native = ToNativePath(path);
     return native && RemoveNativeFile(*native);
@@ -153,10 +182,11 @@ bool IsLink(const std::wstring& path) {
     return native && lstat(native->c_str(), &info) == 0 && S_ISLNK(info.st_mode);
 }
 
-std::optional<EntryIdentity> IdentityOf(const std::wstring& path) {
+std::optional<EntryIdentity> IdentityOf(const std::wstring& path, EIdentified identified) {
     struct stat info {};
     const auto native = ToNativePath(path);
-    if (!native || lstat(native->c_str(), &info) != 0 || info.st_ino == 0)
+    const auto tell = identified == EIdentified::Link ? lstat : stat;
+    if (!native || tell(native->c_str(), &info) != 0 || info.st_ino == 0)
         return std::nullopt;
     return EntryIdentity{info.st_dev, info.st_ino};
 }
@@ -166,6 +196,25 @@ std::optional<std::chrono::seconds> AgeOf(const std::wstring& path) {
     if (!Stat(path, info))
         return std::nullopt;
     return std::chrono::seconds(time(nullptr) - info.st_mtime);
+}
+
+bool CopyWriteTime(const std::wstring& from, const std::wstring& to) {
+    const auto nativeTo = ToNativePath(to);
+    struct stat info {};
+    errno = 0;
+    if (!nativeTo || !Stat(from, info))
+        return false;
+    const std::array<timespec, 2> times{timespec{0, UTIME_OMIT}, info.st_mtim};
+    return utimensat(AT_FDCWD, nativeTo->c_str(), times.data(), 0) == 0;
+}
+
+void DropCachedPages(const std::wstring& path) {
+    const auto native = ToNativePath(path);
+    const int descriptor = native ? open(native->c_str(), O_RDONLY | O_CLOEXEC) : -1;
+    if (descriptor < 0)
+        return;
+    posix_fadvise(descriptor, 0, 0, POSIX_FADV_DONTNEED);
+    close(descriptor);
 }
 
 std::wstring FolderPart(const std::wstring& path) {

@@ -19,9 +19,9 @@ EntryKind KindOf(DWORD attributes) {
 /// A handle that only identifies its entry, closed with the holder.
 class CEntryHandle {
   public:
-    /// `flags` are further ones.
-    explicit CEntryHandle(const std::wstring& path, DWORD flags = 0)
-        : m_handle(CreateFileW(path.c_str(), 0,
+    /// `flags` are further ones; without `access` the handle only identifies.
+    explicit CEntryHandle(const std::wstring& path, DWORD flags = 0, DWORD access = 0)
+        : m_handle(CreateFileW(path.c_str(), access,
                                FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS | flags, nullptr)) {}
     ~CEntryHandle() {
@@ -33,6 +33,16 @@ class CEntryHandle {
 
     bool Identify(BY_HANDLE_FILE_INFORMATION& info) const {
         return m_handle != INVALID_HANDLE_VALUE && GetFileInformationByHandle(m_handle, &info) != 0;
+    }
+
+    /// The moment of the last write.
+    bool TellWriteTime(FILETIME& time) const {
+        return m_handle != INVALID_HANDLE_VALUE &&
+               GetFileTime(m_handle, nullptr, nullptr, &time) != 0;
+    }
+    bool TakeWriteTime(const FILETIME& time) const {
+        return m_handle != INVALID_HANDLE_VALUE &&
+               SetFileTime(m_handle, nullptr, nullptr, &time) != 0;
     }
 
   private:
@@ -58,9 +68,9 @@ int ErrnoOfFailure(DWORD error) {
     return value == 0 ? EIO : value;
 }
 
-bool Replace(const std::wstring& from, const std::wstring& to, DWORD flags) {
+bool Move(const std::wstring& from, const std::wstring& to, DWORD flags) {
     errno = 0;
-    if (MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | flags) != 0)
+    if (MoveFileExW(from.c_str(), to.c_str(), flags) != 0)
         return true;
     errno = ErrnoOf(GetLastError());
     return false;
@@ -101,6 +111,11 @@ bool IsFolder(const std::wstring& path) {
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
+std::optional<EntryKind> KindOfEntry(const std::wstring& path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    return attributes == INVALID_FILE_ATTRIBUTES ? std::nullopt : std::optional(KindOf(attributes));
+}
+
 bool IsSameEntry(const std::wstring& a, const std::wstring& b) {
     BY_HANDLE_FILE_INFORMATION first{};
     BY_HANDLE_FILE_INFORMATION second{};
@@ -128,10 +143,16 @@ bool CreateFolders(const std::wstring& path) {
     return stands;
 }
 
-bool ReplaceWith(const std::wstring& from, const std::wstring& to) { return Replace(from, to, 0); }
+bool ReplaceWith(const std::wstring& from, const std::wstring& to) {
+    return Move(from, to, MOVEFILE_REPLACE_EXISTING);
+}
 
 bool ReplaceDurably(const std::wstring& from, const std::wstring& to) {
-    return Replace(from, to, MOVEFILE_WRITE_THROUGH);
+    return Move(from, to, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+}
+
+bool NameNew(const std::wstring& from, const std::wstring& to, bool isDurable) {
+    return Move(from, to, isDurable ? MOVEFILE_WRITE_THROUGH : 0);
 }
 
 bool RemoveFile(const std::wstring& path) { return RemoveNativeFile(path); }
@@ -159,9 +180,10 @@ bool IsLink(const std::wstring& path) {
            (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
 }
 
-std::optional<EntryIdentity> IdentityOf(const std::wstring& path) {
+std::optional<EntryIdentity> IdentityOf(const std::wstring& path, EIdentified identified) {
     BY_HANDLE_FILE_INFORMATION info{};
-    if (!CEntryHandle(path, FILE_FLAG_OPEN_REPARSE_POINT).Identify(info))
+    const DWORD flags = identified == EIdentified::Link ? FILE_FLAG_OPEN_REPARSE_POINT : 0;
+    if (!CEntryHandle(path, flags).Identify(info))
         return std::nullopt;
     const std::uint64_t index = std::uint64_t{info.nFileIndexHigh} << 32U | info.nFileIndexLow;
     return index == 0 ? std::nullopt
@@ -176,6 +198,21 @@ std::optional<std::chrono::seconds> AgeOf(const std::wstring& path) {
     FILETIME now{};
     GetSystemTimeAsFileTime(&now);
     return std::chrono::seconds((StepsOf(now) - StepsOf(data.ftLastWriteTime)) / kStepsOfSecond);
+}
+
+bool CopyWriteTime(const std::wstring& from, const std::wstring& to) {
+    FILETIME time{};
+    errno = 0;
+    if (CEntryHandle(from, 0, FILE_READ_ATTRIBUTES).TellWriteTime(time) &&
+        CEntryHandle(to, 0, FILE_WRITE_ATTRIBUTES).TakeWriteTime(time))
+        return true;
+    errno = ErrnoOf(GetLastError());
+    return false;
+}
+
+void DropCachedPages(const std::wstring& path) {
+    const CEntryHandle unbuffered(path, FILE_FLAG_NO_BUFFERING,
+                                  GENERIC_READ); // opening it is enough
 }
 
 std::wstring FolderPart(const std::wstring& path) {

@@ -5,9 +5,11 @@
 #include <fmt/xchar.h>
 
 #include "app/rotation/OutputFolder.h"
+#include "platform/SystemError.h"
 #include "trevolt/FileKinds.h"
 #include "trevolt/FixedPoint.h"
 #include "trevolt/TransferProblems.h"
+#include "trevolt/Utf8.h"
 
 namespace trevolt {
 namespace {
@@ -41,7 +43,8 @@ void PaintCabinet(CChromaCorrectCoef& map, std::uint32_t cabinet) {
 }
 
 /// What went wrong, in plain words; nothing when the cabinet has its name.
-std::string WriteCabinet(COutputFolder& target, const SFileKind& kind, std::uint32_t cabinet) {
+std::string WriteCabinet(COutputFolder& target, const SFileKind& kind, std::uint32_t cabinet,
+                         bool replaces) {
     CChromaCorrectCoef map;
     PaintCabinet(map, cabinet);
     const auto output = target.Begin(fmt::format(L"Cab_{:02}{}", cabinet, kind.extension));
@@ -51,18 +54,23 @@ std::string WriteCabinet(COutputFolder& target, const SFileKind& kind, std::uint
         return problem;
     if (const int error = target.IsSynced() ? output->Sync() : 0; error != 0)
         return DescribeSyncProblem(error);
-    const SKeptOutput kept = target.Keep(*output);
-    return kept.isKept ? std::string() : DescribeRenameProblem(kept.error);
+    const SKeptOutput kept = target.Keep(*output, replaces);
+    if (kept.isKept)
+        return {};
+    return kept.isTaken ? DescribeExistingOutput(WideToShownUtf8(output->FinalName()))
+                        : DescribeRenameProblem(kept.error);
 }
 
 } // namespace
 
-std::string WriteDemoWall(const std::wstring& folder, bool sync) {
+std::string WriteDemoWall(const std::wstring& folder, bool replaces, bool sync) {
     COutputFolder target(folder, sync);
+    if (const int error = target.Make(); error != 0)
+        return WithSystemReason("the folder cannot be made or synced", error);
     target.RemoveAbandoned();
     std::uint32_t cabinet = 0;
     for (const SFileKind& kind : FileKinds())
-        if (std::string problem = WriteCabinet(target, kind, ++cabinet); !problem.empty())
+        if (std::string problem = WriteCabinet(target, kind, ++cabinet, replaces); !problem.empty())
             return problem;
     const int error = target.SyncNames();
     return error == 0 ? std::string() : DescribeFolderSyncProblem(error);

@@ -45,24 +45,31 @@ constexpr std::uint64_t kSideBytes = std::uint64_t{32} << 20;
 /// What each further thread that works on a file takes, and more: the pieces of the widest body.
 constexpr std::uint64_t kThreadBytes = std::uint64_t{32} << 20;
 /// A map's bytes a pixel: an element and a gain.
+constexpr std::size_t kPieceBytes = std::size_t{256} << 10;
 constexpr std::uint64_t kMapBytes = sizeof(SMatrixCoef) + sizeof(float);
+
+/// `name` without the folders before it.
+std::wstring NamePart(const std::wstring& name) { return name.substr(name.rfind(L'/') + 1); }
 
 /// One file's way from the source folder to its output, which has yet to get its name.
 class CFileRotation {
   public:
     CFileRotation(const SRotationRequest& request, const std::atomic<bool>& interrupted,
-                  CWorkShare& share, COutputFolder& target, const std::wstring& name)
+                  CWorkShare& share, COutputFolder& target, const SPlannedTurn& planned)
         : m_request(request),
           m_interrupted(interrupted),
           m_share(share),
           m_target(target),
-          m_name(name),
-          m_loadKind(*FindLoadKind(name)),
-          m_storedKind(FindStoredKind(name)) {}
+          m_planned(planned),
+          m_name(NamePart(planned.name)),
+          m_loadKind(*FindLoadKind(m_name)),
+          m_storedKind(FindStoredKind(m_name)) {}
 
     STurnedFile Run() {
-        m_outcome.name = WideToShownUtf8(m_name);
-        Turn();
+        m_outcome.name = WideToShownUtf8(m_planned.name);
+        m_outcome.angleCode = m_planned.angle.code;
+        if (!IsOutputTaken())
+            Turn();
         m_outcome.interrupted = m_interrupted && m_output == nullptr;
         return {std::move(m_outcome), std::move(m_output)};
     }
@@ -71,11 +78,27 @@ class CFileRotation {
     void Turn() {
         if (m_interrupted)
             return;
-        m_source.Open(WithSeparator(m_request.sourceFolder) + m_name);
+        m_source.Open(m_planned.path);
         if (!IsWithinBytes() || !SumSource() || !FindSize())
             return;
         if (!TurnStored())
             TurnThroughMap();
+        if (m_request.verify && m_output != nullptr && !IsRightOnDisk())
+            Drop();
+    }
+
+    /// What comes to stand there meanwhile is seen when the output gets its name.
+    bool IsOutputTaken() {
+        if (m_request.existing == EExistingOutput::Replace || !m_planned.isTaken)
+            return false;
+        m_outcome.skipped = m_request.existing == EExistingOutput::Skip;
+        if (!m_outcome.skipped)
+            Fail(DescribeExistingOutput(WideToShownUtf8(m_planned.outputName)));
+        return true;
+    }
+
+    std::wstring OutputPath() const {
+        return WithSeparator(m_request.targetFolder) + m_planned.outputName;
     }
 
     bool IsWithinBytes() {
@@ -99,7 +122,7 @@ class CFileRotation {
         return sum;
     }
 
-    bool WantsSums() const { return !m_request.manifest.empty(); }
+    bool WantsSums() const { return !m_request.manifest.empty() && !m_request.dryRun; }
 
     bool SumSource() {
         if (!WantsSums() || !m_source.IsOpen())
@@ -121,8 +144,7 @@ class CFileRotation {
     /// The manifest's lines of the source and of what was written of it, none where no manifest is
     /// wanted; nothing when the file fails. The source is summed before the first look at it and
     /// behind the last one: what was turned is then what both found.
-    std::optional<std::string> SumBoth(const std::wstring& written,
-                                       const std::wstring& outputName) {
+    std::optional<std::string> SumBoth(const std::wstring& written) {
         if (!WantsSums())
             return std::string();
         if (!IsSourceUnchanged())
@@ -132,11 +154,9 @@ class CFileRotation {
             FailWithReason("cannot be read back", errno);
             return std::nullopt;
         }
-        const auto writtenLine =
-            ManifestLine(*writtenSum, WithSeparator(m_request.targetFolder) + outputName);
+        const auto writtenLine = ManifestLine(*writtenSum, OutputPath());
         const auto sourceLine =
-            m_sourceSum ? ManifestLine(*m_sourceSum, WithSeparator(m_request.sourceFolder) + m_name)
-                        : std::string();
+            m_sourceSum ? ManifestLine(*m_sourceSum, m_planned.path) : std::string();
         if (!writtenLine || !sourceLine) {
             Fail("its name cannot stand in a manifest: it has no UTF-8 form");
             return std::nullopt;
@@ -168,8 +188,15 @@ class CFileRotation {
         }
         if (!Failed(status))
             m_ownSize = {width, height};
+        m_outcome.ownSize = m_ownSize;
         m_outcome.size = m_request.size.value_or(m_ownSize);
         return true;
+    }
+
+    PixelSize TurnedSize() const {
+        const PixelSize& size = m_outcome.size;
+        return IsCopy() ? size
+                        : CQuarterTurn(m_planned.angle.code, size.width, size.height).TurnedSize();
     }
 
     /// Turns the file in its own elements; false where only a map can tell or write what it holds.
@@ -192,25 +219,44 @@ class CFileRotation {
             return false;
         if (!IsTurnable(source.status, report) || report.WasMemoryRefused())
             return true;
-        const std::uint32_t code = m_request.angle.code;
-        const CQuarterTurn turn(code, m_outcome.size.width, m_outcome.size.height);
-        m_outcome.turnedSize = turn.TurnedSize();
         Save([&](const wchar_t* path) {
-            COutputFile file;
-            if (!OpenWritten(file, path, std::ios::out | std::ios::trunc))
-                return m_storedKind->openFailed;
-            const Status status = source.coef->WriteTurned(file, m_outcome.size, code, threads);
-            CloseWritten(file);
-            return status;
+            return WriteOutput(path, m_storedKind->openFailed, [&](COutputFile& file) {
+                return source.coef->WriteTurned(file, m_outcome.size, m_planned.angle.code,
+                                                threads);
+            });
         });
         return true;
+    }
+
+    bool IsCopy() const { return m_planned.angle.code == 0; }
+
+    /// The source's own bytes; it was read whole before, and is damaged or not.
+    Status CopySource(const wchar_t* path) {
+        return WriteOutput(path, E_COEF_OPENFAILED, [&](COutputFile& file) {
+            std::vector<char> piece(kPieceBytes);
+            std::istream& source = m_source.FirstByte();
+            while (source.read(piece.data(), static_cast<std::streamsize>(piece.size())) ||
+                   source.gcount() > 0)
+                file.write(piece.data(), source.gcount());
+            return source.bad() ? E_FAIL : S_OK;
+        });
+    }
+
+    /// What `write(file)` answers, or `openFailed`.
+    template <class Write>
+    static Status WriteOutput(const wchar_t* path, Status openFailed, const Write& write) {
+        COutputFile file;
+        if (!OpenWritten(file, path, std::ios::out | std::ios::trunc))
+            return openFailed;
+        const Status status = write(file);
+        CloseWritten(file);
+        return status;
     }
 
     void TurnThroughMap() {
         // Both maps, and the larger of the file's own elements and those of the turned file.
         const PixelSize& size = m_outcome.size;
-        const PixelSize turnedSize =
-            CQuarterTurn(m_request.angle.code, size.width, size.height).TurnedSize();
+        const PixelSize turnedSize = TurnedSize();
         const CWorkShare::CPart part(
             m_share, PixelsOf(size) * (2 * kMapBytes + sizeof(SMatrixCoef)) + StoredBytes() +
                          std::max(LargestStoreBytes(m_ownSize), LargestStoreBytes(turnedSize)) +
@@ -221,13 +267,13 @@ class CFileRotation {
         CChromaCorrectCoef turned;
         const auto width = static_cast<std::int32_t>(m_outcome.size.width);
         const auto height = static_cast<std::int32_t>(m_outcome.size.height);
-        TurnMap(source, width, height, m_request.angle.code, turned);
+        if (!IsCopy())
+            TurnMap(source, width, height, m_planned.angle.code, turned);
         source.Reset();
         if (!turned.IsEmpty() && !turned.HasStorage()) {
             Fail("not enough memory for the turned map");
             return;
         }
-        m_outcome.turnedSize = {turned.Width(), turned.Height()};
         Save([&](const wchar_t* path) { return FindExportKind(m_name)->save(turned, path); });
     }
 
@@ -284,26 +330,120 @@ class CFileRotation {
     void Save(const Write& write) {
         if (m_interrupted)
             return;
-        auto output = m_target.Begin(ExportName(m_name, m_request.angle.text));
-        const CTransferReport report;
-        const Status status = write(output->Path().c_str());
-        if (std::string problem = DescribeWriteProblem(status, report); !problem.empty()) {
-            Fail(std::move(problem));
+        m_outcome.turnedSize = TurnedSize();
+        if (!m_request.dryRun && !WriteUnderWork(write))
+            return;
+        if (!FindLosses()) {
+            Drop();
             return;
         }
-        auto lines = SumBoth(output->Path(), output->FinalName());
-        if (!lines || !FindLosses())
-            return;
-        m_output = std::move(output);
-        m_outcome.outputName = WideToShownUtf8(m_output->FinalName());
-        m_outcome.manifestLines = *std::move(lines);
-        if (IsLink(WithSeparator(m_request.sourceFolder) + m_name))
+        m_outcome.outputName = WideToShownUtf8(m_planned.outputName);
+        NoteSize();
+        if (IsLink(m_planned.path))
             m_outcome.notes.emplace_back("is a link: what it leads to was turned");
+    }
+
+    /// Whether the output is written, with all that belongs to it but its name.
+    template <class Write>
+    bool WriteUnderWork(const Write& write) {
+        auto output = m_target.Begin(m_planned.outputName);
+        const CTransferReport report;
+        const std::wstring& path = output->Path();
+        const Status status = IsCopy() ? CopySource(path.c_str()) : write(path.c_str());
+        if (std::string problem = DescribeWriteProblem(status, report); !problem.empty()) {
+            Fail(std::move(problem));
+            return false;
+        }
+        if (m_request.keepTimes && !CopyWriteTime(m_planned.path, path)) {
+            FailWithReason("its time cannot be given to its output", errno);
+            return false;
+        }
+        auto lines = SumBoth(path);
+        if (!lines)
+            return false;
+        m_output = std::move(output);
+        m_outcome.manifestLines = *std::move(lines);
+        return true;
+    }
+
+    /// Nothing is written.
+    void Drop() {
+        m_output.reset();
+        m_outcome.outputName.clear();
+        m_outcome.losses.clear();
+        m_outcome.manifestLines.clear();
+    }
+
+    void NoteSize() {
+        const PixelSize& own = m_outcome.ownSize;
+        const PixelSize& used = m_outcome.size;
+        if (IsCopy() || own == PixelSize{} || own == used)
+            return;
+        const std::uint64_t common =
+            PixelsOf({std::min(own.width, used.width), std::min(own.height, used.height)});
+        std::vector<std::string> changes;
+        if (PixelsOf(own) > common)
+            changes.push_back(fmt::format("{} of its pixels are cut off", PixelsOf(own) - common));
+        if (PixelsOf(used) > common)
+            changes.push_back(fmt::format("{} are filled with defaults", PixelsOf(used) - common));
+        m_outcome.notes.push_back(
+            fmt::format("its own size is {} x {}, it was turned at {} x {}: {}", own.width,
+                        own.height, used.width, used.height, fmt::join(changes, ", ")));
+    }
+
+    /// Whether what the disk holds of the output is what was written, and can be read.
+    bool IsRightOnDisk() {
+        const std::size_t problems = m_outcome.problems.size();
+        const std::wstring& path = m_output->Path();
+        const auto written = Sha256OfFile(path);
+        if (const int error = m_output->Sync(); error != 0) {
+            Fail(DescribeSyncProblem(error));
+            return false;
+        }
+        DropCachedPages(path);
+        const auto read = Sha256OfFile(path);
+        if (!written || !read)
+            FailWithReason("cannot be read back", errno);
+        else if (*written != *read)
+            Fail("what was read back is not what was written");
+        else
+            ReadBack(path);
+        return m_outcome.problems.size() == problems;
+    }
+
+    /// Names what the kind's own reader finds wrong with the output.
+    void ReadBack(const std::wstring& path) {
+        if (IsCopy() || &m_loadKind != FindExportKind(m_name))
+            return; // as damaged as its source, or of a kind that its name does not tell
+        CSourceFile output;
+        output.Open(path);
+        const CTransferReport report;
+        const Status status = output.Take([&](std::istream& stream) {
+            return m_storedKind ? LoadStored(stream) : LoadMap(stream);
+        });
+        for (const std::string& problem : DescribeReadProblems(status, report))
+            Fail(fmt::format("read back from the disk: {}", problem));
+    }
+
+    Status LoadStored(std::istream& stream) {
+        const CWorkShare::CPart part(
+            m_share, PixelsOf(m_outcome.turnedSize) * m_storedKind->elementBytes + kSideBytes);
+        const SStoredLoad loaded = m_storedKind->load(stream, 1);
+        return loaded.coef == nullptr ? E_COEF_BADFORMAT : loaded.status;
+    }
+
+    Status LoadMap(std::istream& stream) {
+        const PixelSize& size = m_outcome.turnedSize;
+        const CWorkShare::CPart part(m_share, PixelsOf(size) * (kMapBytes + sizeof(SMatrixCoef)) +
+                                                  kSideBytes);
+        CChromaCorrectCoef map;
+        map.Resize(static_cast<std::int32_t>(size.width), static_cast<std::int32_t>(size.height));
+        return m_loadKind.loadStream(map, stream);
     }
 
     /// False when the source can no longer be read.
     bool FindLosses() {
-        if (m_loadKind.describeStreamLosses == nullptr || !m_source.IsOpen())
+        if (m_loadKind.describeStreamLosses == nullptr || !m_source.IsOpen() || IsCopy())
             return true;
         const CTransferReport report;
         std::vector<std::string> losses = m_source.TakeOpen(m_loadKind.describeStreamLosses);
@@ -324,7 +464,8 @@ class CFileRotation {
     const std::atomic<bool>& m_interrupted;
     CWorkShare& m_share;
     COutputFolder& m_target;
-    const std::wstring& m_name;
+    const SPlannedTurn& m_planned;
+    const std::wstring m_name; ///< without folders
     const SFileKind& m_loadKind;
     const SStoredKind* m_storedKind; ///< null when the file must go through a map
     CSourceFile m_source;
@@ -338,10 +479,11 @@ class CFileRotation {
 } // namespace
 
 STurnedFile TurnFile(const SRotationRequest& request, const std::atomic<bool>& interrupted,
-                     CWorkShare& share, COutputFolder& target, const std::wstring& name) noexcept {
+                     CWorkShare& share, COutputFolder& target,
+                     const SPlannedTurn& planned) noexcept {
     STurnedFile file;
     try {
-        file = CFileRotation(request, interrupted, share, target, name).Run();
+        file = CFileRotation(request, interrupted, share, target, planned).Run();
     } catch (const std::bad_alloc&) {
         file.isMemoryRefused = true;
     }

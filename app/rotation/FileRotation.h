@@ -7,7 +7,7 @@
 
 #include "app/rotation/OutputFolder.h"
 #include "app/rotation/WorkShare.h"
-#include "trevolt/FolderRotation.h"
+#include "trevolt/RotationRun.h"
 
 namespace trevolt {
 
@@ -18,10 +18,11 @@ struct STurnedFile {
     bool isMemoryRefused = false;             ///< then the outcome tells nothing
 };
 
-/// Turns the file `name` of the request's source folder into a file under work of `target`, with
-/// memory and threads of `share`, which takes it for finished then. Gives it up once `interrupted`.
-/// Throws nothing: on a thread of its own there is nobody to catch it.
+/// Turns a file as planned into a file under work of `target`, with memory and threads of `share`,
+/// which takes it for finished then. Gives it up once `interrupted`. Throws nothing: on a thread of
+/// its own there is nobody to catch it.
 STurnedFile TurnFile(const SRotationRequest& request, const std::atomic<bool>& interrupted,
-                     CWorkShare& share, COutputFolder& target, const std::wstring& name) noexcept;
+                     CWorkShare& share, COutputFolder& target,
+                     const SPlannedTurn& planned) noexcept;
 
 } // namespace trevolt

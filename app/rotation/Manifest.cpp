@@ -277,14 +277,16 @@ SVerification VerifyManifest(const std::wstring& path, CVerificationListener& li
 std::string WriteManifest(const std::wstring& manifest, const std::string& lines, bool sync) {
     const std::wstring part = FolderPart(manifest);
     COutputFolder folder(part.empty() ? L"." : part, sync);
+    folder.RemoveAbandoned();
     const auto output = folder.Begin(manifest.substr(part.size()));
     std::string problem = WriteLines(*output, lines, sync);
     if (problem.empty())
-        if (const SKeptOutput kept = folder.Keep(*output); !kept.isKept)
+        if (const SKeptOutput kept = folder.Keep(*output, false); !kept.isKept)
             problem = WithSystemReason("cannot be given its name", kept.error);
     if (problem.empty())
         if (const int error = folder.SyncNames(); error != 0)
-            problem = DescribeFolderSyncProblem(error);
+            problem = WithSystemReason(
+                "is written, but its name may be lost: its folder cannot be synced", error);
     return problem.empty() ? problem
                            : fmt::format("the manifest {} {}", WideToShownUtf8(manifest), problem);
 }

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include <fmt/xchar.h>
 
@@ -78,6 +79,12 @@ std::optional<SOwner> OwnerOf(std::wstring_view name) {
     return SOwner{numbers[0], numbers[1]};
 }
 
+std::wstring WithoutSeparator(std::wstring path) {
+    while (path.size() > 1 && !FolderPart(path).empty() && FolderPart(path) == path)
+        path.pop_back();
+    return path;
+}
+
 bool IsAbandoned(const std::wstring& path, const SOwner& owner) {
     if (owner.realm != 0 && owner.realm == ProcessRealm() && IsProcessGone(owner.process))
         return true;
@@ -101,46 +108,85 @@ int CTemporaryOutput::Sync() const noexcept {
 
 COutputFolder::COutputFolder(const std::wstring& folder, bool sync)
     : m_folder(WithSeparator(folder)),
-      m_nativeFolder(ToNativePath(m_folder)),
       m_prefix(fmt::format(L"{}{:x}-{:x}-{:x}-", kTemporaryBegin, ProcessRealm(), ProcessId(),
                            NewRunNumber())),
       m_sync(sync) {}
 
-void COutputFolder::RemoveAbandoned() const {
-    const FolderListing listing = ListEntries(m_folder + std::wstring(kTemporaryBegin));
+int COutputFolder::Make(const std::wstring& below) const {
+    const std::wstring folder = WithoutSeparator(m_folder + below);
+    std::vector<std::wstring> grown; // the folders that get a new one, the inmost first
+    for (std::wstring missing = folder; !PathExists(missing);) {
+        const std::wstring parent = WithoutSeparator(FolderPart(missing));
+        grown.push_back(parent.empty() ? L"." : parent);
+        if (parent.empty() || parent == missing)
+            break;
+        missing = parent;
+    }
+    if (!CreateFolders(folder))
+        return errno == 0 ? ENOENT : errno;
+    grown.push_back(folder); // what cannot be synced is told before anything is written
+    int error = 0;
+    for (const std::wstring& parent : grown)
+        if (const auto native = ToNativePath(parent); m_sync && native && error == 0)
+            error = SyncNativeFolder(*native);
+    return error;
+}
+
+void COutputFolder::RemoveAbandoned(const std::wstring& below) const {
+    const std::wstring folder = m_folder + below;
+    const FolderListing listing = ListEntries(folder + std::wstring(kTemporaryBegin));
     for (const FolderEntry& entry : listing.entries) {
         const auto owner = OwnerOf(entry.name);
-        if (owner && entry.kind == EntryKind::File && IsAbandoned(m_folder + entry.name, *owner))
-            RemoveFile(m_folder + entry.name);
+        if (owner && entry.kind == EntryKind::File && IsAbandoned(folder + entry.name, *owner))
+            RemoveFile(folder + entry.name);
     }
 }
 
 std::unique_ptr<CTemporaryOutput> COutputFolder::Begin(const std::wstring& name) {
     static std::atomic<std::uint32_t> begun{0}; // of all runs: two may begin within one tick
-    return std::make_unique<CTemporaryOutput>(
-        fmt::format(L"{}{}{:x}{}", m_folder, m_prefix, ++begun, TemporaryEnd(name)), name);
+    return std::make_unique<CTemporaryOutput>(fmt::format(L"{}{}{}{:x}{}", m_folder,
+                                                          FolderPart(name), m_prefix, ++begun,
+                                                          TemporaryEnd(name)),
+                                              name);
 }
 
-SKeptOutput COutputFolder::Keep(CTemporaryOutput& output) {
+std::optional<std::wstring> COutputFolder::FindKept(const std::wstring& path) const {
+    const auto standing = IdentityOf(path);
+    const auto earlier = standing ? m_kept.find(*standing) : m_kept.end();
+    return earlier == m_kept.end() ? std::nullopt : std::optional(earlier->second);
+}
+
+SKeptOutput COutputFolder::Keep(CTemporaryOutput& output, bool replaces) {
     const std::wstring path = m_folder + output.m_finalName;
-    if (const auto standing = IdentityOf(path))
-        if (const auto earlier = m_kept.find(*standing); earlier != m_kept.end())
-            return {false, 0, earlier->second};
+    if (replaces)
+        if (const auto earlier = FindKept(path))
+            return {false, true, 0, *earlier};
     // Whatever needs memory comes before the name is given: what has it is told.
     std::map<EntryIdentity, std::wstring> written;
     if (const auto own = IdentityOf(output.m_path))
         written.emplace(*own, output.m_finalName);
-    output.m_kept = m_sync ? ReplaceDurably(output.m_path, path) : ReplaceWith(output.m_path, path);
-    if (!output.m_kept)
-        return {false, errno, {}};
+    if (const auto folder = m_sync ? ToNativePath(FolderPart(path)) : std::nullopt)
+        m_unsynced.insert(*folder);
+    if (replaces)
+        output.m_kept =
+            m_sync ? ReplaceDurably(output.m_path, path) : ReplaceWith(output.m_path, path);
+    else
+        output.m_kept = NameNew(output.m_path, path, m_sync);
+    if (!output.m_kept) {
+        const int error = errno;
+        return {false, error == EEXIST, error, FindKept(path).value_or(L"")};
+    }
     m_kept.merge(written);
-    return {true, 0, {}};
+    return {true, false, 0, {}};
 }
 
-int COutputFolder::SyncNames() const noexcept {
-    if (!m_sync)
-        return 0;
-    return m_nativeFolder ? SyncNativeFolder(*m_nativeFolder) : ENOENT;
+int COutputFolder::SyncNames() noexcept {
+    int error = 0;
+    for (const NativePath& folder : m_unsynced)
+        if (const int its = SyncNativeFolder(folder); error == 0)
+            error = its;
+    m_unsynced.clear();
+    return error;
 }
 
 } // namespace trevolt

@@ -29,6 +29,13 @@ void Fail(STurnedFile& file, std::string problem) {
     file.outcome.problems.push_back(std::move(problem));
 }
 
+/// Another program was quicker.
+void Skip(STurnedFile& file) {
+    Drop(file);
+    file.outcome.notes.clear();
+    file.outcome.skipped = true;
+}
+
 std::string DescribeSharedName(const std::wstring& other) {
     return fmt::format("cannot be written: its name means the file {} in the target folder, "
                        "which this run wrote before",
@@ -83,11 +90,17 @@ bool COutputKeeper::Keep(STurnedFile& file, int error) {
         Fail(file, DescribeSyncProblem(error));
         return false;
     }
-    const SKeptOutput kept = m_target.Keep(*file.output);
+    const SKeptOutput kept = m_target.Keep(*file.output, m_existing == EExistingOutput::Replace);
     if (kept.isKept)
         return true;
-    Fail(file, kept.sameEntryAs.empty() ? DescribeRenameProblem(kept.error)
-                                        : DescribeSharedName(kept.sameEntryAs));
+    if (!kept.sameEntryAs.empty())
+        Fail(file, DescribeSharedName(kept.sameEntryAs));
+    else if (!kept.isTaken)
+        Fail(file, DescribeRenameProblem(kept.error));
+    else if (m_existing == EExistingOutput::Skip)
+        Skip(file);
+    else
+        Fail(file, DescribeExistingOutput(file.outcome.outputName));
     return false;
 }
 

@@ -17,8 +17,9 @@ inline constexpr std::size_t kFilesOfSync = 32;
 /// Gives the outputs of turned files their names. What it has gone through is true on the disk, too.
 class COutputKeeper {
   public:
-    COutputKeeper(COutputFolder& target, const std::atomic<bool>& interrupted)
-        : m_target(target), m_interrupted(interrupted) {}
+    COutputKeeper(COutputFolder& target, EExistingOutput existing,
+                  const std::atomic<bool>& interrupted)
+        : m_target(target), m_existing(existing), m_interrupted(interrupted) {}
 
     /// In the order of the files, which decides where two have one name.
     void Keep(std::vector<STurnedFile>& files);
@@ -31,6 +32,7 @@ class COutputKeeper {
     bool Keep(STurnedFile& file, int error);
 
     COutputFolder& m_target;
+    EExistingOutput m_existing;
     const std::atomic<bool>& m_interrupted;
 };
 

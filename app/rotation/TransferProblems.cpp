@@ -103,6 +103,10 @@ std::string DescribeWriteProblem(Status status, const CTransferReport& report) {
                        reason.empty() ? "" : ": ", reason);
 }
 
+std::string DescribeExistingOutput(const std::string& name) {
+    return fmt::format("its output {} exists already and is not replaced", name);
+}
+
 std::string DescribeRenameProblem(int error) {
     const std::string reason = SystemErrorText(error);
     return fmt::format("cannot be given its final name in the target folder{}{}",

@@ -20,6 +20,9 @@ std::vector<std::string> DescribeReadNotes(const CTransferReport& report);
 /// Why an output is not whole; empty when it is.
 std::string DescribeWriteProblem(Status status, const CTransferReport& report);
 
+/// Why an output of this name was not written: something stands there that is not to be replaced.
+std::string DescribeExistingOutput(const std::string& name);
+
 /// Why a whole output lacks its final name, by the `errno` value of the refused renaming.
 std::string DescribeRenameProblem(int error);
 

@@ -12,7 +12,7 @@
 #include "tests/support/TestFiles.h"
 #include "trevolt/CoefRotation.h"
 #include "trevolt/FileKinds.h"
-#include "trevolt/FolderRotation.h"
+#include "trevolt/RotationRun.h"
 #include "trevolt/Utf8.h"
 
 namespace trevolt {
@@ -118,10 +118,10 @@ TEST(NineKinds, TheCommandLinesRunTurnsEveryCabinetAsExpected) {
         const CTemporaryFolder target;
         CQuietListener listener;
         SRotationRequest request;
-        request.sourceFolder = source.Path();
+        request.sources = {source.Path()};
         request.targetFolder = target.Path();
         request.angle = angle;
-        const SRotationOutcome outcome = RotateFolder(request, false, listener);
+        const SRotationOutcome outcome = RunRotation(request, false, listener);
         EXPECT_EQ(outcome.end, ERotationEnd::AllDone);
         EXPECT_EQ(outcome.written, kCabinets.size());
         EXPECT_EQ(target.Names().size(), kCabinets.size());
@@ -163,9 +163,9 @@ TEST(NineKinds, AwkwardFilesAreNamedWithTheirStatus) {
         test::WriteFile(source.File(name), test::ReadFile(test::Sample(L"awkward/" + name)));
     CQuietListener listener;
     SRotationRequest request;
-    request.sourceFolder = source.Path();
+    request.sources = {source.Path()};
     request.targetFolder = target.Path();
-    const SRotationOutcome outcome = RotateFolder(request, false, listener);
+    const SRotationOutcome outcome = RunRotation(request, false, listener);
     EXPECT_EQ(outcome.end, ERotationEnd::SomeFailed);
     EXPECT_EQ(outcome.written, 3U);
     EXPECT_EQ(outcome.failed, 2U);
@@ -187,16 +187,16 @@ TEST(NineKinds, DamagedChunksAreReportedAndNotWritten) {
     test::WriteFile(source.File(L"a.9wcoef"), bytes);
     CQuietListener listener;
     SRotationRequest request;
-    request.sourceFolder = source.Path();
+    request.sources = {source.Path()};
     request.targetFolder = target.Path();
-    RotateFolder(request, false, listener);
+    RunRotation(request, false, listener);
     ASSERT_EQ(listener.outcomes.size(), 1U);
     EXPECT_EQ(listener.outcomes[0].problems,
               (std::vector<std::string>{"is damaged: 1 of its chunks could not be read"}));
     EXPECT_TRUE(target.Names().empty());
 
     request.lenient = true;
-    const SRotationOutcome outcome = RotateFolder(request, false, listener);
+    const SRotationOutcome outcome = RunRotation(request, false, listener);
     EXPECT_EQ(outcome.end, ERotationEnd::SomeFailed);
     EXPECT_EQ(outcome.written, 1U);
     EXPECT_EQ(target.Names(), (std::vector<std::wstring>{L"a-90\u00B0.9wcoef"}));
@@ -211,14 +211,14 @@ TEST(NineKinds, ManySmallFilesGiveTheSameOutputsWithTwoJobs) {
     const CTemporaryFolder one;
     const CTemporaryFolder two;
     SRotationRequest request;
-    request.sourceFolder = source.Path();
+    request.sources = {source.Path()};
     CQuietListener first;
     CQuietListener second;
     request.targetFolder = one.Path();
-    EXPECT_EQ(RotateFolder(request, false, first).end, ERotationEnd::AllDone);
+    EXPECT_EQ(RunRotation(request, false, first).end, ERotationEnd::AllDone);
     request.targetFolder = two.Path();
     request.jobs = 2;
-    EXPECT_EQ(RotateFolder(request, false, second).end, ERotationEnd::AllDone);
+    EXPECT_EQ(RunRotation(request, false, second).end, ERotationEnd::AllDone);
     ASSERT_EQ(one.Names().size(), 108U);
     ASSERT_EQ(one.Names(), two.Names());
     for (const std::wstring& name : one.Names())

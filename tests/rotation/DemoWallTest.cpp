@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/FileSystem.h"
 #include "tests/support/CoefMaps.h"
 #include "trevolt/FileKinds.h"
 
@@ -21,7 +22,7 @@ std::size_t KindsThatAreOffered() {
 
 TEST(DemoWall, WritesACabinetOfEveryKindThatLoads) {
     const CTemporaryFolder folder;
-    ASSERT_EQ(WriteDemoWall(folder.Path(), true), "");
+    ASSERT_EQ(WriteDemoWall(folder.Path(), false, true), "");
     const std::vector<std::wstring> names = folder.Names();
     ASSERT_EQ(names.size(), KindsThatAreOffered());
     EXPECT_EQ(names.front(), L"Cab_01.9fcoef");
@@ -48,17 +49,30 @@ TEST(DemoWall, WritesACabinetOfEveryKindThatLoads) {
 TEST(DemoWall, IsTheSameAtEveryCall) {
     const CTemporaryFolder folder;
     const CTemporaryFolder again;
-    ASSERT_EQ(WriteDemoWall(folder.Path(), false), "");
-    ASSERT_EQ(WriteDemoWall(again.Path(), false), "");
+    ASSERT_EQ(WriteDemoWall(folder.Path(), false, false), "");
+    ASSERT_EQ(WriteDemoWall(again.Path(), false, false), "");
     for (const std::wstring& name : folder.Names())
         EXPECT_EQ(ReadFile(folder.File(name)), ReadFile(again.File(name)));
 }
 
-TEST(DemoWall, ReportsAFolderThatIsNotThere) {
+TEST(DemoWall, MakesTheFolderOrTellsWhyItCannot) {
     const CTemporaryFolder folder;
-    EXPECT_EQ(WriteDemoWall(folder.File(L"missing"), true),
-              "cannot be written: E_COEF_OPENFAILED (0xE0830011): the file could not be opened: "
-              "No such file or directory");
+    const std::wstring made = folder.File(L"some") + kPathSeparator + L"where";
+    ASSERT_EQ(WriteDemoWall(made, false, true), "");
+    EXPECT_EQ(ListEntries(made + kPathSeparator + L"Cab_").entries.size(), 9U);
+    WriteText(folder.File(L"file"), "x");
+    const std::string told = WriteDemoWall(folder.File(L"file"), false, true);
+    EXPECT_EQ(told.substr(0, 37), "the folder cannot be made or synced: ") << told;
+}
+
+TEST(DemoWall, ReplacesOnlyWhenTold) {
+    const CTemporaryFolder folder;
+    WriteText(folder.File(L"Cab_01.9fcoef"), "mine");
+    EXPECT_EQ(WriteDemoWall(folder.Path(), false, false),
+              "its output Cab_01.9fcoef exists already and is not replaced");
+    EXPECT_EQ(ReadText(folder.File(L"Cab_01.9fcoef")), "mine");
+    EXPECT_EQ(WriteDemoWall(folder.Path(), true, false), "");
+    EXPECT_NE(ReadText(folder.File(L"Cab_01.9fcoef")), "mine");
 }
 
 } // namespace

@@ -78,7 +78,7 @@ TEST(OutputFolder, AnOutputHasItsNameOnlyWhenItIsKept) {
             WriteText(left->Path(), "left");
             EXPECT_EQ(kept->Sync(), 0);
             EXPECT_EQ(ReadText(folder.File(L"b")), "earlier");
-            EXPECT_TRUE(outputs.Keep(*kept).isKept);
+            EXPECT_TRUE(outputs.Keep(*kept, true).isKept);
             EXPECT_EQ(outputs.SyncNames(), 0);
         }
         EXPECT_EQ(folder.Names(), std::vector<std::wstring>{L"b"});
@@ -89,7 +89,7 @@ TEST(OutputFolder, AnOutputHasItsNameOnlyWhenItIsKept) {
 TEST(OutputFolder, ARefusedNameTellsWhy) {
     const CTemporaryFolder folder;
     COutputFolder outputs(folder.Path(), true);
-    const SKeptOutput kept = outputs.Keep(*outputs.Begin(L"b")); // which is not written
+    const SKeptOutput kept = outputs.Keep(*outputs.Begin(L"b"), true); // which is not written
     EXPECT_FALSE(kept.isKept);
     EXPECT_EQ(kept.error, ENOENT);
     EXPECT_TRUE(kept.sameEntryAs.empty());
@@ -100,20 +100,20 @@ TEST(OutputFolder, AnOutputOfThisRunIsNotReplacedUnderAnotherName) {
     COutputFolder outputs(folder.Path(), true);
     const auto first = outputs.Begin(L"Cab");
     WriteText(first->Path(), "first");
-    ASSERT_TRUE(outputs.Keep(*first).isKept);
+    ASSERT_TRUE(outputs.Keep(*first, true).isKept);
     // Some folders make two names one file by themselves.
     std::filesystem::create_hard_link(NativeOf(folder.File(L"Cab")),
                                       NativeOf(folder.File(L"other")));
     const auto second = outputs.Begin(L"other");
     WriteText(second->Path(), "second");
-    const SKeptOutput kept = outputs.Keep(*second);
+    const SKeptOutput kept = outputs.Keep(*second, true);
     EXPECT_FALSE(kept.isKept);
     EXPECT_EQ(kept.sameEntryAs, L"Cab");
     EXPECT_EQ(ReadText(folder.File(L"Cab")), "first");
 
     const auto third = outputs.Begin(kNamesIgnoreCase ? L"cAB" : L"third");
     WriteText(third->Path(), "third");
-    EXPECT_EQ(outputs.Keep(*third).isKept, !kNamesIgnoreCase);
+    EXPECT_EQ(outputs.Keep(*third, true).isKept, !kNamesIgnoreCase);
     EXPECT_EQ(ReadText(folder.File(L"Cab")), "first");
 }
 
@@ -166,14 +166,61 @@ TEST(OutputFolder, AnotherRunsFilesUnderWorkStay) {
     EXPECT_TRUE(PathExists(output->Path()));
 }
 
-TEST(OutputFolder, AFolderThatIsNotThereCannotBeSynced) {
+TEST(OutputFolder, AFolderThatWentAwayCannotBeSynced) {
     const CTemporaryFolder folder;
-    const std::wstring missing = folder.File(L"missing");
-    COutputFolder(missing, true).RemoveAbandoned();
-    EXPECT_EQ(COutputFolder(missing, false).SyncNames(), 0);
+    const std::wstring gone = folder.File(L"gone");
+    for (const bool sync : {false, true}) {
+        COutputFolder outputs(gone, sync);
+        outputs.RemoveAbandoned();
+        ASSERT_EQ(outputs.Make(), 0);
+        const auto output = outputs.Begin(L"b");
+        WriteText(output->Path(), "kept");
+        ASSERT_TRUE(outputs.Keep(*output, false).isKept);
+        ASSERT_TRUE(ReplaceWith(gone, folder.File(sync ? L"there" : L"elsewhere")));
 #ifndef _WIN32 // where names are written through
-    EXPECT_EQ(COutputFolder(missing, true).SyncNames(), ENOENT);
+        EXPECT_EQ(outputs.SyncNames(), sync ? ENOENT : 0);
+        EXPECT_EQ(outputs.SyncNames(), 0) << "nothing was named since";
 #endif
+    }
+}
+
+TEST(OutputFolder, FoldersAreMadeWithThoseAboveThem) {
+    const CTemporaryFolder folder;
+    const COutputFolder outputs(folder.File(L"a") + kPathSeparator + L"b", true);
+    EXPECT_EQ(outputs.Make(L"c/d/"), 0);
+    EXPECT_EQ(outputs.Make(L"c/d/"), 0);
+    EXPECT_TRUE(IsFolder(folder.File(L"a/b/c/d")));
+    WriteText(folder.File(L"file"), "x");
+    EXPECT_NE(COutputFolder(folder.File(L"file"), true).Make(L"below/"), 0);
+}
+
+TEST(OutputFolder, WhatStandsIsReplacedOnlyWhenTold) {
+    for (const bool sync : {false, true}) {
+        const CTemporaryFolder folder;
+        WriteText(folder.File(L"b"), "earlier");
+        COutputFolder outputs(folder.Path(), sync);
+        const auto output = outputs.Begin(L"b");
+        WriteText(output->Path(), "new");
+        const SKeptOutput kept = outputs.Keep(*output, false);
+        EXPECT_FALSE(kept.isKept);
+        EXPECT_TRUE(kept.isTaken);
+        EXPECT_TRUE(kept.sameEntryAs.empty());
+        EXPECT_EQ(ReadText(folder.File(L"b")), "earlier");
+        EXPECT_TRUE(outputs.Keep(*output, true).isKept);
+        EXPECT_EQ(ReadText(folder.File(L"b")), "new");
+    }
+}
+
+TEST(OutputFolder, OutputsLieUnderWorkInTheFolderThatTheyGoInto) {
+    const CTemporaryFolder folder;
+    COutputFolder outputs(folder.Path(), true);
+    ASSERT_EQ(outputs.Make(L"sub/"), 0);
+    const auto output = outputs.Begin(L"sub/b");
+    EXPECT_EQ(output->Path().find(folder.File(L"sub/.trevolt-")), 0U);
+    WriteText(output->Path(), "x");
+    EXPECT_TRUE(outputs.Keep(*output, false).isKept);
+    EXPECT_EQ(outputs.SyncNames(), 0);
+    EXPECT_EQ(ReadText(folder.File(L"sub/b")), "x");
 }
 
 } // namespace

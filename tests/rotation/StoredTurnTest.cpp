@@ -17,8 +17,8 @@
 #include "trevolt/CoefObjects.h"
 #include "trevolt/CoefRotation.h"
 #include "trevolt/FileKinds.h"
-#include "trevolt/FolderRotation.h"
 #include "trevolt/MemoryBudget.h"
+#include "trevolt/RotationRun.h"
 #include "trevolt/TransferProblems.h"
 
 namespace trevolt {
@@ -60,7 +60,7 @@ class CSilentListener : public CRotationListener {
 class StoredTurn : public testing::Test {
   protected:
     StoredTurn() {
-        m_request.sourceFolder = m_source.Path();
+        m_request.sources = {m_source.Path()};
         m_request.targetFolder = m_target.Path();
     }
 
@@ -108,8 +108,8 @@ class StoredTurn : public testing::Test {
     Bytes Rotated(const std::wstring& name, std::size_t jobs) {
         m_request.jobs = jobs;
         m_listener = {};
-        const SRotationOutcome outcome = RotateFolder(m_request, m_interrupted, m_listener);
-        EXPECT_EQ(outcome.written, 1U) << outcome.error;
+        const SRotationOutcome outcome = RunRotation(m_request, m_interrupted, m_listener);
+        EXPECT_EQ(outcome.written, 1U) << testing::PrintToString(outcome.errors);
         return outcome.written == 1
                    ? ReadFile(m_target.File(ExportName(name, m_request.angle.text)))
                    : Bytes();
@@ -420,7 +420,7 @@ class StoredDamage : public StoredTurn {
         m_request.jobs = m_calls % 2 == 0 ? 1 : 3;
         m_request.lenient = false;
         m_listener = {};
-        EXPECT_EQ(RotateFolder(m_request, m_interrupted, m_listener).written, isWhole ? 1U : 0U);
+        EXPECT_EQ(RunRotation(m_request, m_interrupted, m_listener).written, isWhole ? 1U : 0U);
         EXPECT_EQ(m_listener.problems, expected.problems);
         EXPECT_EQ(m_target.Names().empty(), !isWhole);
         m_request.lenient = true;
@@ -547,7 +547,7 @@ TEST_F(StoredDamage, IsNotTakenForMemoryThatWasRefused) {
         const std::uint64_t stored = std::uint64_t{300} * 200 * FindStoredKind(name)->elementBytes;
         const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + stored - 1);
         m_listener = {};
-        EXPECT_EQ(RotateFolder(m_request, m_interrupted, m_listener).written, 0U);
+        EXPECT_EQ(RunRotation(m_request, m_interrupted, m_listener).written, 0U);
         EXPECT_EQ(m_listener.problems,
                   std::vector<std::string>{"not enough memory to read it whole"});
         ASSERT_TRUE(RemoveFile(m_source.File(name)));

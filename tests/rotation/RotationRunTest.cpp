@@ -1,4 +1,4 @@
-#include "trevolt/FolderRotation.h"
+#include "trevolt/RotationRun.h"
 
 #include <algorithm>
 #include <atomic>
@@ -54,12 +54,17 @@ class CCollectingListener : public CRotationListener {
     std::function<void()> afterFile;
 };
 
-class FolderRotation : public testing::Test {
+std::string FirstOf(const std::vector<std::string>& errors) {
+    return errors.empty() ? std::string() : errors.front();
+}
+
+class RotationRun : public testing::Test {
   protected:
-    FolderRotation() {
-        m_request.sourceFolder = m_source.Path();
+    RotationRun() {
+        m_request.sources = {m_source.Path()};
         m_request.targetFolder = m_target.Path();
-        m_request.sync = false; // which takes long
+        m_request.sync = false;                        // which takes long
+        m_request.existing = EExistingOutput::Replace; // tests run again and again
     }
 
     /// Writes a file of the kind that its name tells, painted in whole 255ths.
@@ -74,13 +79,14 @@ class FolderRotation : public testing::Test {
 
     SRotationOutcome Run() {
         m_listener.outcomes.clear();
-        return RotateFolder(m_request, m_interrupted, m_listener);
+        return RunRotation(m_request, m_interrupted, m_listener);
     }
 
     void ExpectNothingToDo(const std::string& error) {
         const SRotationOutcome outcome = Run();
         EXPECT_EQ(outcome.end, ERotationEnd::NothingToDo);
-        EXPECT_NE(outcome.error.find(error), std::string::npos) << outcome.error;
+        EXPECT_NE(FirstOf(outcome.errors).find(error), std::string::npos)
+            << testing::PrintToString(outcome.errors);
         EXPECT_TRUE(m_listener.outcomes.empty());
         EXPECT_TRUE(m_target.Names().empty());
     }
@@ -112,7 +118,7 @@ class FolderRotation : public testing::Test {
     CCollectingListener m_listener;
 };
 
-TEST_F(FolderRotation, TurnsEveryKnownFileInSortedOrder) {
+TEST_F(RotationRun, TurnsEveryKnownFileInSortedOrder) {
     AddFile(L"b.9bcoef", 5, 3);
     AddFile(L"A.9FCOEF", 4, 2);
     AddFile(L"c.d.3fcoef", 3, 3);
@@ -125,7 +131,7 @@ TEST_F(FolderRotation, TurnsEveryKnownFileInSortedOrder) {
     EXPECT_EQ(outcome.end, ERotationEnd::AllDone);
     EXPECT_EQ(outcome.written, 4U);
     EXPECT_EQ(outcome.failed, 0U);
-    EXPECT_TRUE(outcome.error.empty());
+    EXPECT_TRUE(outcome.errors.empty());
     EXPECT_EQ(m_target.Names(), (Names{L"A-90\u00B0.9FCOEF", L"a-90\u00B0.3bcoef",
                                        L"b-90\u00B0.9bcoef", L"c-90\u00B0.d.3fcoef"}));
     ASSERT_EQ(m_listener.outcomes.size(), 4U);
@@ -143,7 +149,7 @@ TEST_F(FolderRotation, TurnsEveryKnownFileInSortedOrder) {
     ExpectPixels(turned, [](std::int32_t x, std::int32_t y) { return BytePixel(y, 2 - x); });
 }
 
-TEST_F(FolderRotation, KeepsMemoryForItsOwnFilesOnly) {
+TEST_F(RotationRun, KeepsMemoryForItsOwnFilesOnly) {
     for (const wchar_t* name : {L"a.9fcoef", L"b.9fcoef", L"c.9fcoef"})
         AddFile(name, 100, 60);
     std::uint64_t keptMidway = 0;
@@ -155,7 +161,7 @@ TEST_F(FolderRotation, KeepsMemoryForItsOwnFilesOnly) {
     EXPECT_EQ(CMemoryBudget::Process().Kept(), 0U);
 }
 
-TEST_F(FolderRotation, TurnsByEachAngle) {
+TEST_F(RotationRun, TurnsByEachAngle) {
     AddFile(L"a.9bcoef", 5, 3);
     m_request.angle = kAngles[1];
     EXPECT_EQ(Run().end, ERotationEnd::AllDone);
@@ -171,7 +177,7 @@ TEST_F(FolderRotation, TurnsByEachAngle) {
     ExpectPixels(turned, [](std::int32_t x, std::int32_t y) { return BytePixel(4 - y, x); });
 }
 
-TEST_F(FolderRotation, TurnsTheSamplesToTheGivenOnes) {
+TEST_F(RotationRun, TurnsTheSamplesToTheGivenOnes) {
     for (const std::wstring name :
          {L"Cab_01.9fcoef", L"Cab_02.3fcoef", L"Cab_03.9bcoef", L"Cab_04.3bcoef"})
         WriteFile(m_source.File(name), ReadFile(Sample(L"cabinet/" + name)));
@@ -200,7 +206,7 @@ TEST_F(FolderRotation, TurnsTheSamplesToTheGivenOnes) {
     }
 }
 
-TEST_F(FolderRotation, CutsAndFillsToAGivenSize) {
+TEST_F(RotationRun, CutsAndFillsToAGivenSize) {
     AddFile(L"large.9bcoef", 10, 10);
     AddFile(L"small.9bcoef", 2, 9);
     m_request.size = PixelSize{8, 6};
@@ -216,28 +222,26 @@ TEST_F(FolderRotation, CutsAndFillsToAGivenSize) {
     });
 }
 
-TEST_F(FolderRotation, NamesWhatIsMissing) {
+TEST_F(RotationRun, NamesWhatIsMissing) {
     ExpectNothingToDo("there is no coefficient file in");
     WriteText(m_source.File(L"notes.txt"), "x");
     ASSERT_TRUE(CreateFolders(m_source.File(L"x.9fcoef")));
     ExpectNothingToDo("there is no coefficient file in");
     AddFile(L"a.3bcoef", 2, 2);
 
-    m_request.sourceFolder = m_source.File(L"missing");
-    ExpectNothingToDo("the source folder ");
+    m_request.sources = {m_source.File(L"missing")};
+    ExpectNothingToDo("the source " + WideToShownUtf8(m_source.File(L"missing")) +
+                      " does not exist");
+    m_request.sources = {m_source.File(L"notes.txt")};
+    ExpectNothingToDo("notes.txt is no coefficient file by its name");
+    m_request.sources = {L""};
     ExpectNothingToDo("does not exist");
-    m_request.sourceFolder = m_source.File(L"notes.txt");
-    ExpectNothingToDo("is not a folder");
-    m_request.sourceFolder.clear();
-    ExpectNothingToDo("does not exist");
-    m_request.sourceFolder = m_source.Path();
-    m_request.targetFolder = m_target.File(L"missing");
-    ExpectNothingToDo("the target folder ");
+    m_request.sources = {m_source.Path()};
     m_request.targetFolder = m_source.File(L"notes.txt");
     ExpectNothingToDo("is not a folder");
 }
 
-TEST_F(FolderRotation, RefusesTheSameFolderUnderAnyName) {
+TEST_F(RotationRun, RefusesTheSameFolderUnderAnyName) {
     AddFile(L"a.3bcoef", 2, 2);
     ASSERT_TRUE(CreateFolders(m_source.File(L"sub")));
     const Names before = m_source.Names();
@@ -246,12 +250,13 @@ TEST_F(FolderRotation, RefusesTheSameFolderUnderAnyName) {
         m_request.targetFolder = same;
         const SRotationOutcome outcome = Run();
         EXPECT_EQ(outcome.end, ERotationEnd::NothingToDo);
-        EXPECT_NE(outcome.error.find("same folder"), std::string::npos) << outcome.error;
+        EXPECT_NE(FirstOf(outcome.errors).find("same folder"), std::string::npos)
+            << testing::PrintToString(outcome.errors);
     }
     EXPECT_EQ(m_source.Names(), before);
 }
 
-TEST_F(FolderRotation, AScreenIsExactlyOneFile) {
+TEST_F(RotationRun, AScreenIsExactlyOneFile) {
     m_request.wholeScreen = true;
     AddFile(L"a.3bcoef", 2, 2);
     EXPECT_EQ(Run().end, ERotationEnd::AllDone);
@@ -261,7 +266,7 @@ TEST_F(FolderRotation, AScreenIsExactlyOneFile) {
     ExpectNothingToDo("a whole screen is exactly one coefficient file");
 }
 
-TEST_F(FolderRotation, NamesDamagedFilesAndTurnsTheOthers) {
+TEST_F(RotationRun, NamesDamagedFilesAndTurnsTheOthers) {
     AddFile(L"a.9fcoef", 3, 3);
     WriteFile(m_source.File(L"b.9fcoef"), ReadFile(Sample(L"awkward/cut_short.9fcoef")));
     WriteFile(m_source.File(L"c.9fcoef"), ReadFile(Sample(L"awkward/version_2.9fcoef")));
@@ -287,7 +292,7 @@ constexpr std::string_view kTextOf4x3 = "[T9COEF20]\nwidth=4\nheight=3\n"
                                         "1,1,0.5,0,0,0,0.5,0,0,0,0.5\n"
                                         "2,1,0.5,0,0,0,0.5,0,0,0,0.5\n";
 
-TEST_F(FolderRotation, ATextThatIsNotWholeIsNamedLineByLine) {
+TEST_F(RotationRun, ATextThatIsNotWholeIsNamedLineByLine) {
     WriteText(m_source.File(L"a.cccoef"), kTextOf4x3);
     WriteText(m_source.File(L"b.cccoef"), kTextOf4x3.substr(0, kTextOf4x3.size() - 1));
     WriteText(m_source.File(L"c.cccoef"), std::string(kTextOf4x3) + "2,1,1,0,0,0,1,0,0,0,1\n" +
@@ -319,7 +324,7 @@ TEST_F(FolderRotation, ATextThatIsNotWholeIsNamedLineByLine) {
     EXPECT_EQ(turned.FindElement(1, 2)->m[0], 1.0F); // the later line's, as the reader has it
 }
 
-TEST_F(FolderRotation, CleanedPixelsAreANoteAndNoProblem) {
+TEST_F(RotationRun, CleanedPixelsAreANoteAndNoProblem) {
     WriteText(m_source.File(L"a.cccoef"), std::string(kTextOf4x3) + "3,2,2,0,0,0,1,0,0,0,1\n");
     EXPECT_EQ(Run().end, ERotationEnd::AllDone);
     EXPECT_EQ(Only().notes, std::vector<std::string>{"cleaning changed 1 of its pixels"});
@@ -329,7 +334,7 @@ TEST_F(FolderRotation, CleanedPixelsAreANoteAndNoProblem) {
 }
 
 // What remains is whole lines; the reader takes it for all there is.
-TEST_F(FolderRotation, AFileThatChangesItsSizeMeanwhileIsNamed) {
+TEST_F(RotationRun, AFileThatChangesItsSizeMeanwhileIsNamed) {
     const std::string longer = std::string(kTextOf4x3) + "3,2,1,0,0,0,1,0,0,0,1\n";
     const std::size_t linesOfTheReader = std::size_t{1} << 18;
     const std::string shorter(kTextOf4x3);
@@ -349,7 +354,7 @@ TEST_F(FolderRotation, AFileThatChangesItsSizeMeanwhileIsNamed) {
     }
 }
 
-TEST_F(FolderRotation, LenientWritesWhatTheMapHolds) {
+TEST_F(RotationRun, LenientWritesWhatTheMapHolds) {
     AddFile(L"a.9fcoef", 3, 3);
     WriteFile(m_source.File(L"b.9fcoef"), ReadFile(Sample(L"awkward/cut_short.9fcoef")));
     m_request.lenient = true;
@@ -365,7 +370,7 @@ TEST_F(FolderRotation, LenientWritesWhatTheMapHolds) {
     EXPECT_EQ(turned.FindElement(5, 5)->m[1], 0.0F);
 }
 
-TEST_F(FolderRotation, LenientStandsOnDefaultsWhereOnlyTheSizeIsKnown) {
+TEST_F(RotationRun, LenientStandsOnDefaultsWhereOnlyTheSizeIsKnown) {
     WriteText(m_source.File(L"a.9bcoef"), "not one");
     m_request.lenient = true;
     EXPECT_EQ(Run().written, 0U); // without a size there is no map
@@ -381,7 +386,7 @@ TEST_F(FolderRotation, LenientStandsOnDefaultsWhereOnlyTheSizeIsKnown) {
     EXPECT_EQ(turned.FindElement(1, 3)->m[0], 1.0F);
 }
 
-TEST_F(FolderRotation, AFileWithoutPixelsIsNotWritten) {
+TEST_F(RotationRun, AFileWithoutPixelsIsNotWritten) {
     AddFile(L"a.3bcoef", 1, 1);
     Bytes file = ReadFile(m_source.File(L"a.3bcoef"));
     file.resize(24);
@@ -397,7 +402,7 @@ TEST_F(FolderRotation, AFileWithoutPixelsIsNotWritten) {
     EXPECT_TRUE(m_target.Names().empty());
 }
 
-TEST_F(FolderRotation, ASizeBeyondTheMemoryEndsCleanly) {
+TEST_F(RotationRun, ASizeBeyondTheMemoryEndsCleanly) {
     AddFile(L"a.9fcoef", 3, 3);
     m_request.size = PixelSize{65535, 32768};
     const CBudgetLimit limit(std::uint64_t{1} << 30);
@@ -410,7 +415,7 @@ TEST_F(FolderRotation, ASizeBeyondTheMemoryEndsCleanly) {
 }
 
 // A word file's header can state sizes that no map has.
-TEST_F(FolderRotation, AMapSideEndsAt65535) {
+TEST_F(RotationRun, AMapSideEndsAt65535) {
     struct SCase {
         std::uint32_t width;
         std::uint32_t height;
@@ -431,7 +436,7 @@ TEST_F(FolderRotation, AMapSideEndsAt65535) {
     }
 }
 
-TEST_F(FolderRotation, TheSourceIsGoneWhenTheOutputIsWritten) {
+TEST_F(RotationRun, TheSourceIsGoneWhenTheOutputIsWritten) {
     AddFile(L"a.3bcoef", 300, 100); // and under a name of two kinds, so that it goes through a map
     ASSERT_TRUE(ReplaceWith(m_source.File(L"a.3bcoef"), m_source.File(L"a.3bcoef.4wcoef")));
     const std::uint64_t twoMaps = 2 * 300 * 100 * (48 + 4); // and no store beside them
@@ -439,7 +444,7 @@ TEST_F(FolderRotation, TheSourceIsGoneWhenTheOutputIsWritten) {
     EXPECT_EQ(Run().written, 1U);
 }
 
-TEST_F(FolderRotation, ATurnedMapBeyondTheMemoryEndsCleanly) {
+TEST_F(RotationRun, ATurnedMapBeyondTheMemoryEndsCleanly) {
     AddFile(L"a.cccoef", 100, 100);
     const CBudgetLimit limit(100 * 100 * (48 + 4) + 40000); // one map, not two
     EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
@@ -447,7 +452,7 @@ TEST_F(FolderRotation, ATurnedMapBeyondTheMemoryEndsCleanly) {
     EXPECT_TRUE(m_target.Names().empty());
 }
 
-TEST_F(FolderRotation, AFileWhoseSmallMemoryIsRefusedIsNamedAndTheOthersGoOn) {
+TEST_F(RotationRun, AFileWhoseSmallMemoryIsRefusedIsNamedAndTheOthersGoOn) {
     AddFile(L"a.3bcoef", 4, 3);
     AddFile(L"b.cccoef", 4, 3); // whose reader takes memory for many lines at once
     const SRotationOutcome outcome = [&] {
@@ -461,7 +466,7 @@ TEST_F(FolderRotation, AFileWhoseSmallMemoryIsRefusedIsNamedAndTheOthersGoOn) {
 }
 
 #ifndef _WIN32 // where a stream's buffer is no larger than others
-TEST_F(FolderRotation, AFileThatGetsNoMemoryToBeOpenedIsNamed) {
+TEST_F(RotationRun, AFileThatGetsNoMemoryToBeOpenedIsNamed) {
     AddFile(L"a.3bcoef", 4, 3);
     const SRotationOutcome outcome = [&] {
         const CAllocationLimit limit(4096); // less than a stream's buffer
@@ -472,7 +477,7 @@ TEST_F(FolderRotation, AFileThatGetsNoMemoryToBeOpenedIsNamed) {
 }
 #endif
 
-TEST_F(FolderRotation, AFileThatTheMemoryDoesNotReadWholeIsNamed) {
+TEST_F(RotationRun, AFileThatTheMemoryDoesNotReadWholeIsNamed) {
     AddFile(L"a.3bcoef", 100, 100);
     ASSERT_TRUE(ReplaceWith(m_source.File(L"a.3bcoef"), m_source.File(L"a.3bcoef.12wcoef")));
     const std::uint64_t map = 100 * 100 * (48 + 4);
@@ -483,7 +488,7 @@ TEST_F(FolderRotation, AFileThatTheMemoryDoesNotReadWholeIsNamed) {
 }
 
 // Read as one kind and written as another, whose block does not fit, or whose scratch does not.
-TEST_F(FolderRotation, AFileThatTheMemoryDoesNotWriteWholeIsNamed) {
+TEST_F(RotationRun, AFileThatTheMemoryDoesNotWriteWholeIsNamed) {
     AddFile(L"a.3bcoef", 10, 10);
     ASSERT_TRUE(ReplaceWith(m_source.File(L"a.3bcoef"), m_source.File(L"a.3bcoef.12wcoef")));
     const std::uint64_t block = 256 * 128 * 24;
@@ -498,7 +503,7 @@ TEST_F(FolderRotation, AFileThatTheMemoryDoesNotWriteWholeIsNamed) {
 }
 
 // The load's status is fine: the word kinds' objects hide what a float file could not give.
-TEST_F(FolderRotation, ADamagedFloatFileUnderAWordKindsNameIsNamed) {
+TEST_F(RotationRun, ADamagedFloatFileUnderAWordKindsNameIsNamed) {
     AddCutShort(L"a.9wcoef", *FindExportKind(L".9fcoef"));
     AddCutShort(L"b.3wcoef", *FindExportKind(L".3fcoef"));
     for (const bool lenient : {false, true}) {
@@ -516,14 +521,14 @@ TEST_F(FolderRotation, ADamagedFloatFileUnderAWordKindsNameIsNamed) {
     }
 }
 
-TEST_F(FolderRotation, AFloatFileUnderAWordKindsNameLosesNothing) {
+TEST_F(RotationRun, AFloatFileUnderAWordKindsNameLosesNothing) {
     AddFile(L"a.9fcoef", 5, 3);
     ASSERT_TRUE(ReplaceWith(m_source.File(L"a.9fcoef"), m_source.File(L"a.9wcoef")));
     EXPECT_EQ(Run().end, ERotationEnd::AllDone);
     EXPECT_TRUE(Only().losses.empty());
 }
 
-TEST_F(FolderRotation, PixelsWithoutDataAreCounted) {
+TEST_F(RotationRun, PixelsWithoutDataAreCounted) {
     for (const std::wstring name : {L"a.9wcoef", L"b.3wcoef", L"c.4wcoef", L"d.12wcoef"}) {
         AddFile(name, 300, 20); // two chunks
         Bytes file = ReadFile(m_source.File(name));
@@ -545,11 +550,11 @@ TEST_F(FolderRotation, PixelsWithoutDataAreCounted) {
     }
 }
 
-TEST_F(FolderRotation, TellsKindsByTheNameAlone) {
+TEST_F(RotationRun, TellsKindsByTheNameAlone) {
     AddFile(L"a.3bcoef", 2, 3);
     const std::wstring folder = m_source.File(L"wall.9fcoef");
     ASSERT_TRUE(CreateFolders(folder));
-    m_request.sourceFolder = folder;
+    m_request.sources = {folder};
     ExpectNothingToDo("there is no coefficient file in");
     WriteText(WithSeparator(folder) + L"notes.txt", "x");
     ExpectNothingToDo("there is no coefficient file in");
@@ -558,7 +563,156 @@ TEST_F(FolderRotation, TellsKindsByTheNameAlone) {
     EXPECT_EQ(m_target.Names(), Names{L"a-90\u00B0.3bcoef"});
 }
 
-TEST_F(FolderRotation, ReplacesAnEarlierOutput) {
+TEST_F(RotationRun, AnExistingOutputIsKeptUnlessTold) {
+    AddFile(L"a.3bcoef", 2, 3);
+    AddFile(L"b.3bcoef", 2, 3);
+    WriteText(m_target.File(L"a-90\u00B0.3bcoef"), "kept");
+    m_request.existing = EExistingOutput::Refuse;
+    SRotationOutcome outcome = Run();
+    EXPECT_EQ(outcome.end, ERotationEnd::SomeFailed);
+    EXPECT_EQ(outcome.written, 1U);
+    EXPECT_EQ(outcome.failed, 1U);
+    const std::vector<std::string> refused{
+        "its output a-90\xC2\xB0.3bcoef exists already and is not replaced"};
+    EXPECT_EQ(m_listener.outcomes[0].problems, refused);
+    EXPECT_EQ(m_listener.outcomes[0].outputName, "");
+
+    m_request.existing = EExistingOutput::Skip;
+    outcome = Run();
+    EXPECT_EQ(outcome.end, ERotationEnd::AllDone);
+    EXPECT_EQ(outcome.written, 0U);
+    EXPECT_EQ(outcome.skipped, 2U);
+    EXPECT_TRUE(m_listener.outcomes[0].skipped);
+    EXPECT_EQ(ReadText(m_target.File(L"a-90\u00B0.3bcoef")), "kept");
+
+    m_request.existing = EExistingOutput::Replace;
+    EXPECT_EQ(Run().written, 2U);
+    EXPECT_NE(ReadText(m_target.File(L"a-90\u00B0.3bcoef")), "kept");
+}
+
+TEST_F(RotationRun, AnOutputThatComesMeanwhileIsKeptToo) {
+    AddFile(L"a.3bcoef", 2, 3);
+    AddFile(L"b.3bcoef", 2, 3);
+    const std::wstring taken = m_target.File(L"b-90\u00B0.3bcoef");
+    m_listener.afterFile = [&] { WriteText(taken, "kept"); };
+    m_request.existing = EExistingOutput::Refuse;
+    EXPECT_EQ(Run().failed, 1U);
+    EXPECT_EQ(m_listener.outcomes[1].problems,
+              std::vector<std::string>{
+                  "its output b-90\xC2\xB0.3bcoef exists already and is not replaced"});
+    EXPECT_EQ(ReadText(taken), "kept");
+
+    ASSERT_TRUE(RemoveFile(taken));
+    ASSERT_TRUE(RemoveFile(m_target.File(L"a-90\u00B0.3bcoef")));
+    m_request.existing = EExistingOutput::Skip;
+    const SRotationOutcome outcome = Run();
+    EXPECT_EQ(outcome.end, ERotationEnd::AllDone);
+    EXPECT_EQ(outcome.written, 1U);
+    EXPECT_EQ(outcome.skipped, 1U);
+    EXPECT_EQ(ReadText(taken), "kept");
+    EXPECT_EQ(m_target.Names().size(), 2U) << "nothing is left under work";
+}
+
+TEST_F(RotationRun, ADryRunTellsTheSameAndWritesNothing) {
+    AddFile(L"a.3bcoef", 2, 3);
+    AddCutShort(L"b.9fcoef", *FindLoadKind(L"b.9fcoef"));
+    m_request.dryRun = true;
+    m_request.targetFolder = m_target.File(L"missing");
+    m_request.manifest = m_target.File(L"sums");
+    SRotationOutcome dry = Run();
+    const std::vector<SFileOutcome> told = m_listener.outcomes;
+    EXPECT_EQ(m_target.Names(), Names{});
+    m_request.dryRun = false;
+    const SRotationOutcome done = Run();
+    EXPECT_EQ(dry.end, done.end);
+    EXPECT_EQ(dry.written, 1U);
+    EXPECT_EQ(dry.failed, done.failed);
+    ASSERT_EQ(told.size(), m_listener.outcomes.size());
+    for (std::size_t i = 0; i < told.size(); ++i) {
+        EXPECT_EQ(told[i].outputName, m_listener.outcomes[i].outputName);
+        EXPECT_EQ(told[i].problems, m_listener.outcomes[i].problems);
+        EXPECT_EQ(told[i].turnedSize, m_listener.outcomes[i].turnedSize);
+    }
+    EXPECT_EQ(told[0].outputName, "a-90\xC2\xB0.3bcoef");
+}
+
+TEST_F(RotationRun, AnAngleOfNothingCopies) {
+    AddFile(L"a.9wcoef", 4, 3);
+    AddFile(L"t.cccoef", 4, 3);
+    m_request.angles = {{L"*", 0}};
+    EXPECT_EQ(Run().written, 2U);
+    EXPECT_EQ(ReadFile(m_target.File(L"a-0\u00B0.9wcoef")), ReadFile(m_source.File(L"a.9wcoef")));
+    EXPECT_EQ(ReadFile(m_target.File(L"t-0\u00B0.cccoef")), ReadFile(m_source.File(L"t.cccoef")));
+    EXPECT_EQ(m_listener.outcomes[0].turnedSize, (PixelSize{4, 3}));
+    EXPECT_EQ(m_listener.outcomes[0].angleCode, 0U);
+
+    AddCutShort(L"b.9fcoef", *FindLoadKind(L"b.9fcoef"));
+    EXPECT_EQ(Run().failed, 1U) << "a damaged file is named, whatever becomes of it";
+    EXPECT_FALSE(PathExists(m_target.File(L"b-0\u00B0.9fcoef")));
+    m_request.lenient = true;
+    EXPECT_EQ(Run().failed, 1U);
+    EXPECT_EQ(ReadFile(m_target.File(L"b-0\u00B0.9fcoef")), ReadFile(m_source.File(L"b.9fcoef")));
+}
+
+TEST_F(RotationRun, TreesAreMirrored) {
+    ASSERT_TRUE(CreateFolders(m_source.File(L"one/two")));
+    AddFile(L"one/two/a.3bcoef", 2, 3);
+    AddFile(L"b.3bcoef", 2, 3);
+    m_request.recursive = true;
+    m_request.targetFolder = m_target.File(L"new");
+    for (const bool sync : {false, true}) {
+        m_request.sync = sync;
+        EXPECT_EQ(Run().end, ERotationEnd::AllDone);
+        EXPECT_TRUE(PathExists(m_target.File(L"new/one/two/a-90\u00B0.3bcoef")));
+        EXPECT_TRUE(PathExists(m_target.File(L"new/b-90\u00B0.3bcoef")));
+    }
+    EXPECT_EQ(m_listener.outcomes[1].name, "one/two/a.3bcoef");
+    EXPECT_EQ(m_listener.outcomes[1].outputName, "one/two/a-90\xC2\xB0.3bcoef");
+}
+
+TEST_F(RotationRun, OutputsKeepTheTimesOfTheirSources) {
+    AddFile(L"a.3bcoef", 2, 3);
+    const auto then = std::filesystem::file_time_type::clock::now() - std::chrono::hours(1000);
+    const std::filesystem::path source(*ToNativePath(m_source.File(L"a.3bcoef")));
+    const std::filesystem::path output(*ToNativePath(m_target.File(L"a-90\u00B0.3bcoef")));
+    std::filesystem::last_write_time(source, then);
+    EXPECT_EQ(Run().written, 1U);
+    EXPECT_NE(std::filesystem::last_write_time(output), std::filesystem::last_write_time(source));
+    m_request.keepTimes = true;
+    EXPECT_EQ(Run().written, 1U);
+    EXPECT_EQ(std::filesystem::last_write_time(output), std::filesystem::last_write_time(source));
+}
+
+TEST_F(RotationRun, OutputsAreReadBackWhenToldTo) {
+    for (const SFileKind& kind : FileKinds())
+        AddFile(L"a" + std::wstring(kind.extension), 40, 30);
+    m_request.verify = true;
+    const SRotationOutcome outcome = Run();
+    EXPECT_EQ(outcome.end, ERotationEnd::AllDone);
+    EXPECT_EQ(outcome.written, 9U);
+    EXPECT_EQ(m_target.Names().size(), 9U);
+}
+
+TEST_F(RotationRun, ASizeThatCutsOrFillsIsToldForEachFile) {
+    AddFile(L"large.9bcoef", 10, 10);
+    AddFile(L"mixed.9bcoef", 10, 2);
+    AddFile(L"same.9bcoef", 8, 6);
+    AddFile(L"small.9bcoef", 2, 6);
+    m_request.size = PixelSize{8, 6};
+    EXPECT_EQ(Run().end, ERotationEnd::AllDone);
+    const std::array<std::vector<std::string>, 4> notes{
+        {{"its own size is 10 x 10, it was turned at 8 x 6: 52 of its pixels are cut off"},
+         {"its own size is 10 x 2, it was turned at 8 x 6: 4 of its pixels are cut off, 32 are "
+          "filled "
+          "with defaults"},
+         {},
+         {"its own size is 2 x 6, it was turned at 8 x 6: 36 are filled with defaults"}}};
+    for (std::size_t i = 0; i < notes.size(); ++i)
+        EXPECT_EQ(m_listener.outcomes[i].notes, notes[i]);
+    EXPECT_EQ(m_listener.outcomes[0].ownSize, (PixelSize{10, 10}));
+}
+
+TEST_F(RotationRun, ReplacesAnEarlierOutput) {
     AddFile(L"a.3bcoef", 2, 3);
     WriteText(m_target.File(L"a-90\u00B0.3bcoef"), "old");
     WriteText(m_target.File(L"other.txt"), "stays");
@@ -567,7 +721,7 @@ TEST_F(FolderRotation, ReplacesAnEarlierOutput) {
     EXPECT_EQ(m_target.Names(), (Names{L"a-90\u00B0.3bcoef", L"other.txt"}));
 }
 
-TEST_F(FolderRotation, AFailedFileLeavesAnEarlierOutput) {
+TEST_F(RotationRun, AFailedFileLeavesAnEarlierOutput) {
     WriteText(m_source.File(L"a.3bcoef"), "damaged");
     WriteText(m_target.File(L"a-90\u00B0.3bcoef"), "old");
     EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
@@ -575,7 +729,7 @@ TEST_F(FolderRotation, AFailedFileLeavesAnEarlierOutput) {
 }
 
 // In its own elements, whole or damaged, as through a map: what a kind's writer answers is told.
-TEST_F(FolderRotation, AnOutputThatDoesNotOpenIsToldByItsKind) {
+TEST_F(RotationRun, AnOutputThatDoesNotOpenIsToldByItsKind) {
     for (const auto& [name, status] : {std::pair{L"b.9fcoef", "E_COEF_OPENFAILED"},
                                        {L"b.9wcoef", "E_COEF_OPENFAILED"},
                                        {L"b.3wcoef", "E_HANDLE"},
@@ -602,7 +756,7 @@ TEST_F(FolderRotation, AnOutputThatDoesNotOpenIsToldByItsKind) {
     }
 }
 
-TEST_F(FolderRotation, AFolderInTheOutputsPlaceIsReported) {
+TEST_F(RotationRun, AFolderInTheOutputsPlaceIsReported) {
     AddFile(L"a.3bcoef", 2, 3);
     ASSERT_TRUE(CreateFolders(m_target.File(L"a-90\u00B0.3bcoef/inside")));
     EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
@@ -615,7 +769,7 @@ TEST_F(FolderRotation, AFolderInTheOutputsPlaceIsReported) {
     EXPECT_EQ(m_target.Names(), Names{L"a-90\u00B0.3bcoef"});
 }
 
-TEST_F(FolderRotation, AnOutputWithoutItsNameLacksNothing) {
+TEST_F(RotationRun, AnOutputWithoutItsNameLacksNothing) {
     const Bytes file = ReadFile(Sample(L"awkward/origin_1000_777.9wcoef"));
     WriteFile(m_source.File(L"a.9wcoef"), file);
     EXPECT_EQ(Run().end, ERotationEnd::AllDone);
@@ -627,7 +781,7 @@ TEST_F(FolderRotation, AnOutputWithoutItsNameLacksNothing) {
     EXPECT_TRUE(Only().losses.empty());
 }
 
-TEST_F(FolderRotation, GivesTheSameForAnyNumberOfJobs) {
+TEST_F(RotationRun, GivesTheSameForAnyNumberOfJobs) {
     for (int i = 0; i < 12; ++i)
         AddFile(L"cab" + std::to_wstring(i) + L".9bcoef", 5 + i, 40 - i);
     WriteText(m_source.File(L"cab5x.9bcoef"), "damaged");
@@ -647,7 +801,7 @@ TEST_F(FolderRotation, GivesTheSameForAnyNumberOfJobs) {
     EXPECT_EQ(m_target.Names().size(), 12U);
 }
 
-TEST_F(FolderRotation, SyncedOutputsAreTheSameAndToldAlike) {
+TEST_F(RotationRun, SyncedOutputsAreTheSameAndToldAlike) {
     for (int i = 0; i < 40; ++i)
         AddFile(L"cab" + std::to_wstring(i) + L".3bcoef", 2 + i, 3);
     WriteText(m_source.File(L"cab5x.3bcoef"), "damaged");
@@ -669,7 +823,7 @@ TEST_F(FolderRotation, SyncedOutputsAreTheSameAndToldAlike) {
     EXPECT_EQ(m_target.Names().size(), 40U);
 }
 
-TEST_F(FolderRotation, WhatAListenerThrowsLeavesNothingBehind) {
+TEST_F(RotationRun, WhatAListenerThrowsLeavesNothingBehind) {
     for (int i = 0; i < 12; ++i)
         AddFile(L"cab" + std::to_wstring(i) + L".3bcoef", 200, 300);
     m_listener.afterFile = [] { throw std::out_of_range("no more of it"); };
@@ -685,7 +839,7 @@ TEST_F(FolderRotation, WhatAListenerThrowsLeavesNothingBehind) {
         }
 }
 
-TEST_F(FolderRotation, WhatAKilledRunLeftIsNoCabinet) {
+TEST_F(RotationRun, WhatAKilledRunLeftIsNoCabinet) {
     AddFile(L"a.3bcoef", 2, 3);
     COutputFolder killed(m_source.Path(), true);
     std::vector<std::unique_ptr<CTemporaryOutput>> left;
@@ -697,7 +851,7 @@ TEST_F(FolderRotation, WhatAKilledRunLeftIsNoCabinet) {
     EXPECT_EQ(m_target.Names(), Names{L"a-90\u00B0.3bcoef"});
 }
 
-TEST_F(FolderRotation, WhatAKilledRunLeftInTheTargetIsRemoved) {
+TEST_F(RotationRun, WhatAKilledRunLeftInTheTargetIsRemoved) {
     AddFile(L"a.3bcoef", 2, 3);
     WriteText(m_target.File(fmt::format(L".trevolt-{:x}-7ffffff0-1-1.tmp", ProcessRealm())),
               "half");
@@ -705,7 +859,7 @@ TEST_F(FolderRotation, WhatAKilledRunLeftInTheTargetIsRemoved) {
     EXPECT_EQ(m_target.Names(), Names{L"a-90\u00B0.3bcoef"});
 }
 
-TEST_F(FolderRotation, AnOutputThatWouldReplaceAnotherOfTheRunIsNamed) {
+TEST_F(RotationRun, AnOutputThatWouldReplaceAnotherOfTheRunIsNamed) {
     AddFile(L"a.3bcoef", 2, 3);
     AddFile(L"b.3bcoef", 4, 5);
     Bytes first;
@@ -729,7 +883,7 @@ TEST_F(FolderRotation, AnOutputThatWouldReplaceAnotherOfTheRunIsNamed) {
     EXPECT_EQ(m_target.Names().size(), 2U);
 }
 
-TEST_F(FolderRotation, ATargetInsideTheSourceAndOneAroundItAreOrdinaryFolders) {
+TEST_F(RotationRun, ATargetInsideTheSourceAndOneAroundItAreOrdinaryFolders) {
     AddFile(L"a.3bcoef", 2, 3);
     const Bytes before = ReadFile(m_source.File(L"a.3bcoef"));
     m_request.targetFolder = m_source.File(L"inside.3bcoef");
@@ -740,7 +894,7 @@ TEST_F(FolderRotation, ATargetInsideTheSourceAndOneAroundItAreOrdinaryFolders) {
     }
     EXPECT_TRUE(PathExists(WithSeparator(m_request.targetFolder) + L"a-90\u00B0.3bcoef"));
 
-    m_request.sourceFolder = m_request.targetFolder;
+    m_request.sources = {m_request.targetFolder};
     m_request.targetFolder = m_source.Path();
     EXPECT_EQ(Run().written, 1U);
     EXPECT_EQ(m_source.Names(),
@@ -748,7 +902,7 @@ TEST_F(FolderRotation, ATargetInsideTheSourceAndOneAroundItAreOrdinaryFolders) {
     EXPECT_EQ(ReadFile(m_source.File(L"a.3bcoef")), before);
 }
 
-TEST_F(FolderRotation, HoldsMemoryOfTheFilesInWorkOnly) {
+TEST_F(RotationRun, HoldsMemoryOfTheFilesInWorkOnly) {
     for (int i = 0; i < 20; ++i)
         AddFile(L"cab" + std::to_wstring(i) + L".3bcoef", 100, 100);
     const std::uint64_t oneFile = 100 * 100 * (2 * (48 + 4) + 3 + 3);
@@ -759,7 +913,7 @@ TEST_F(FolderRotation, HoldsMemoryOfTheFilesInWorkOnly) {
 
 // The second file comes to its turn while the first has memory, since those between are refused
 // quickly.
-TEST_F(FolderRotation, FilesThatFitOneByOneAreTurnedByAnyNumberOfJobs) {
+TEST_F(RotationRun, FilesThatFitOneByOneAreTurnedByAnyNumberOfJobs) {
     AddFile(L"a.3bcoef", 10, 10);
     AddFile(L"b.3wcoef", 4, 3);
     Bytes tooWide = ReadFile(m_source.File(L"b.3wcoef"));
@@ -777,7 +931,7 @@ TEST_F(FolderRotation, FilesThatFitOneByOneAreTurnedByAnyNumberOfJobs) {
 }
 
 // A word file's pixels are put together in whole blocks, of which a narrow one fills little.
-TEST_F(FolderRotation, NarrowWordFilesThatFitOneByOneAreTurnedByAnyNumberOfJobs) {
+TEST_F(RotationRun, NarrowWordFilesThatFitOneByOneAreTurnedByAnyNumberOfJobs) {
     for (const wchar_t* name : {L"a.3bcoef", L"b.3bcoef"}) {
         AddFile(name, 1, 16384);
         ASSERT_TRUE(
@@ -790,7 +944,7 @@ TEST_F(FolderRotation, NarrowWordFilesThatFitOneByOneAreTurnedByAnyNumberOfJobs)
     EXPECT_EQ(Run().written, 2U);
 }
 
-TEST_F(FolderRotation, ThreadsTakeNoMemoryThatOneCanDoWithout) {
+TEST_F(RotationRun, ThreadsTakeNoMemoryThatOneCanDoWithout) {
     AddFile(L"a.3bcoef", 10, 10);
     m_request.size = PixelSize{6000, 5000};
     const std::uint64_t turned = std::uint64_t{6000} * 5000 * 3;
@@ -802,7 +956,7 @@ TEST_F(FolderRotation, ThreadsTakeNoMemoryThatOneCanDoWithout) {
     }
 }
 
-TEST_F(FolderRotation, WritesNothingWhenInterruptedFromTheStart) {
+TEST_F(RotationRun, WritesNothingWhenInterruptedFromTheStart) {
     for (int i = 0; i < 9; ++i)
         AddFile(L"cab" + std::to_wstring(i) + L".3bcoef", 10, 10);
     m_interrupted = true;
@@ -814,7 +968,7 @@ TEST_F(FolderRotation, WritesNothingWhenInterruptedFromTheStart) {
 }
 
 // Many times over: the other threads are anywhere in their files when the run is interrupted.
-TEST_F(FolderRotation, TellsOfEveryOutputOfAnInterruptedRun) {
+TEST_F(RotationRun, TellsOfEveryOutputOfAnInterruptedRun) {
     for (int i = 0; i < 9; ++i)
         AddFile(L"cab" + std::to_wstring(i) + L".3bcoef", 10, 10);
     m_listener.afterFile = [&] { m_interrupted = true; };
@@ -837,7 +991,7 @@ TEST_F(FolderRotation, TellsOfEveryOutputOfAnInterruptedRun) {
     }
 }
 
-TEST_F(FolderRotation, FilesOfMorePixelsThanTheLimitFail) {
+TEST_F(RotationRun, FilesOfMorePixelsThanTheLimitFail) {
     m_request.lenient = true;
     for (const wchar_t* name : {L"a.3bcoef", L"a.3wcoef", L"a.cccoef"}) {
         AddFile(name, 5, 3);
@@ -857,7 +1011,7 @@ TEST_F(FolderRotation, FilesOfMorePixelsThanTheLimitFail) {
     }
 }
 
-TEST_F(FolderRotation, FilesOfMoreBytesThanTheLimitFail) {
+TEST_F(RotationRun, FilesOfMoreBytesThanTheLimitFail) {
     m_request.lenient = true;
     AddFile(L"a.3bcoef", 5, 3);
     const std::uint64_t bytes = ReadFile(m_source.File(L"a.3bcoef")).size();
@@ -872,7 +1026,7 @@ TEST_F(FolderRotation, FilesOfMoreBytesThanTheLimitFail) {
 }
 
 #ifndef _WIN32
-TEST_F(FolderRotation, AFileWhoseBytesCannotBeCountedIsNotTakenForAShortOne) {
+TEST_F(RotationRun, AFileWhoseBytesCannotBeCountedIsNotTakenForAShortOne) {
     m_request.lenient = true;
     m_request.size = PixelSize{2, 2};
     ASSERT_EQ(symlink("/proc/self/mem", ToNativePath(m_source.File(L"a.3bcoef"))->c_str()), 0);
@@ -883,7 +1037,7 @@ TEST_F(FolderRotation, AFileWhoseBytesCannotBeCountedIsNotTakenForAShortOne) {
 }
 #endif
 
-class ManifestOfRun : public FolderRotation {
+class ManifestOfRun : public RotationRun {
   protected:
     ManifestOfRun() { m_request.manifest = m_place.File(L"sums.txt"); }
 
@@ -1009,7 +1163,7 @@ TEST_F(ManifestOfRun, IsToldWhenItCannotBeWritten) {
     EXPECT_EQ(left.size(), 3U) << "'.', '..' and the folder in the manifest's place";
 }
 
-TEST_F(FolderRotation, WhatHasNoNameWhenTheRunIsInterruptedGetsNone) {
+TEST_F(RotationRun, WhatHasNoNameWhenTheRunIsInterruptedGetsNone) {
     for (int i = 0; i < 3; ++i)
         AddFile(L"cab" + std::to_wstring(i) + L".3bcoef", 10, 10);
     m_request.jobs = 3;
@@ -1028,14 +1182,14 @@ TEST_F(FolderRotation, WhatHasNoNameWhenTheRunIsInterruptedGetsNone) {
 #ifndef _WIN32
 std::string Narrow(const std::wstring& path) { return ToNativePath(path).value(); }
 
-TEST_F(FolderRotation, PassesOverPipesDevicesAndLinksToFolders) {
+TEST_F(RotationRun, PassesOverPipesDevicesAndLinksToFolders) {
     ASSERT_EQ(mkfifo(Narrow(m_source.File(L"pipe.9fcoef")).c_str(), 0600), 0);
     ASSERT_EQ(symlink("/dev/null", Narrow(m_source.File(L"device.9fcoef")).c_str()), 0);
     ASSERT_EQ(symlink("/", Narrow(m_source.File(L"folder.9fcoef")).c_str()), 0);
     ExpectNothingToDo("there is no coefficient file in");
 }
 
-TEST_F(FolderRotation, FollowsLinksToFilesAndReportsThoseThatLeadNowhere) {
+TEST_F(RotationRun, FollowsLinksToFilesAndReportsThoseThatLeadNowhere) {
     const CTemporaryFolder elsewhere;
     CChromaCorrectCoef map;
     map.Resize(2, 2);
@@ -1058,7 +1212,7 @@ TEST_F(FolderRotation, FollowsLinksToFilesAndReportsThoseThatLeadNowhere) {
 
 #ifdef __linux__
 // The first page of a process is nobody's: its memory opens, and the first read fails.
-TEST_F(FolderRotation, TellsWhyAFileCannotBeRead) {
+TEST_F(RotationRun, TellsWhyAFileCannotBeRead) {
     for (const SFileKind& kind : FileKinds())
         ASSERT_EQ(symlink("/proc/self/mem",
                           Narrow(m_source.File(L"a" + std::wstring(kind.extension))).c_str()),
@@ -1075,7 +1229,7 @@ TEST_F(FolderRotation, TellsWhyAFileCannotBeRead) {
 }
 #endif
 
-TEST_F(FolderRotation, ALinkInTheOutputsPlaceIsReplacedAndNotWrittenThrough) {
+TEST_F(RotationRun, ALinkInTheOutputsPlaceIsReplacedAndNotWrittenThrough) {
     AddFile(L"a.3bcoef", 2, 3);
     const Bytes before = ReadFile(m_source.File(L"a.3bcoef"));
     ASSERT_EQ(symlink(Narrow(m_source.File(L"a.3bcoef")).c_str(),
@@ -1121,7 +1275,7 @@ TEST_F(ManifestOfRun, ListsNoSourceThatDidNotOpen) {
     EXPECT_EQ(ReadText(m_request.manifest), LineOf(m_target.File(L"a-90\u00B0.3bcoef")));
 }
 
-TEST_F(FolderRotation, ReportsNamesThatAreNotUtf8) {
+TEST_F(RotationRun, ReportsNamesThatAreNotUtf8) {
     AddFile(L"a.3bcoef", 2, 3);
     const std::string odd = Narrow(m_source.Path()) + "b\xFF.3bcoef";
     ASSERT_EQ(rename(Narrow(m_source.File(L"a.3bcoef")).c_str(), odd.c_str()), 0);

@@ -1,0 +1,202 @@
+#include "trevolt/RotationRun.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <new>
+#include <set>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "app/rotation/FileRotation.h"
+#include "app/rotation/Manifest.h"
+#include "app/rotation/OutputFolder.h"
+#include "app/rotation/OutputKeeper.h"
+#include "app/rotation/WorkShare.h"
+#include "common/OrderedJobs.h"
+#include "platform/FileSystem.h"
+#include "platform/SystemError.h"
+#include "trevolt/FileKinds.h"
+#include "trevolt/MemoryBudget.h"
+#include "trevolt/Utf8.h"
+
+namespace trevolt {
+namespace {
+
+SFileOutcome UnnamableOutcome(const std::string& raw) {
+    SFileOutcome outcome;
+    for (const char c : raw)
+        outcome.name += static_cast<unsigned char>(c) < 0x80
+                            ? std::string(1, c)
+                            : fmt::format("\\x{:02X}", static_cast<unsigned char>(c));
+    outcome.problems.emplace_back("passed over: its name is not valid UTF-8");
+    return outcome;
+}
+
+/// How long a finished file waits for others where one thread does all the work.
+constexpr std::chrono::milliseconds kLongestWait{200};
+/// How many outputs may lie in the target folder without their names: those of one sync, and as many
+/// that are turned meanwhile.
+constexpr std::size_t kFilesAhead = 2 * kFilesOfSync;
+
+/// The turn of what is planned.
+class CPlannedRun {
+  public:
+    CPlannedRun(const SRotationRequest& request, const std::atomic<bool>& interrupted,
+                const SRotationPlan& plan, COutputFolder& target, CRotationListener& listener)
+        : m_request(request),
+          m_interrupted(interrupted),
+          m_plan(plan),
+          m_target(target),
+          m_listener(listener),
+          m_share(plan.turns.size(), request.jobs, FreeMemory()) {}
+    ~CPlannedRun() { CMemoryBudget::Process().GiveBackKept(); }
+    CPlannedRun(const CPlannedRun&) = delete;
+    CPlannedRun& operator=(const CPlannedRun&) = delete;
+
+    SRotationOutcome Run() {
+        for (const std::string& raw : m_plan.unnamable)
+            Deliver(UnnamableOutcome(raw));
+        TurnAll();
+        if (!m_manifestLines.empty())
+            m_total.manifestError =
+                WriteManifest(m_request.manifest, m_manifestLines, m_request.sync);
+        const bool isDone = m_total.failed == 0 && m_total.manifestError.empty();
+        if (m_interrupted)
+            m_total.end = ERotationEnd::Interrupted;
+        else
+            m_total.end = isDone ? ERotationEnd::AllDone : ERotationEnd::SomeFailed;
+        return m_total;
+    }
+
+  private:
+    static std::uint64_t FreeMemory() {
+        const CMemoryBudget& budget = CMemoryBudget::Process();
+        return budget.Limit() - std::min(budget.Outstanding(), budget.Limit());
+    }
+
+    void TurnAll() {
+        const auto turn = [this](std::size_t i) {
+            return TurnFile(m_request, m_interrupted, m_share, m_target, m_plan.turns[i]);
+        };
+        // A file that is done waits for the disk, never for the next one: one job has its thread, too.
+        COrderedWork<STurnedFile, decltype(turn)> turned(m_plan.turns.size(), m_request.jobs, turn,
+                                                         kFilesAhead, m_target.IsSynced() ? 1 : 2);
+        COutputKeeper keeper(m_target, m_request.existing, m_interrupted);
+        std::size_t taken = 0;
+        while (taken < m_plan.turns.size()) {
+            std::vector<STurnedFile> files = TakeTogether(turned, m_plan.turns.size() - taken);
+            keeper.Keep(files);
+            DeliverAll(files, taken);
+            taken += files.size();
+        }
+    }
+
+    /// Tells of the files from number `first` on. Where memory is refused for the telling of one, the
+    /// others are told all the same: those that have their names.
+    void DeliverAll(const std::vector<STurnedFile>& files, std::size_t first) {
+        bool isMemoryRefused = false;
+        for (std::size_t i = 0; i < files.size(); ++i) {
+            try {
+                if (files[i].isMemoryRefused)
+                    Deliver(RefusedOutcome(m_plan.turns[first + i]));
+                else
+                    Deliver(files[i].outcome);
+            } catch (const std::bad_alloc&) {
+                isMemoryRefused = true;
+            }
+        }
+        if (isMemoryRefused)
+            throw std::bad_alloc();
+    }
+
+    /// The next file, and those up to `most` that are finished with it, where they are synced.
+    template <class Turned>
+    std::vector<STurnedFile> TakeTogether(Turned& turned, std::size_t most) const {
+        most = std::min(most, m_target.IsSynced() ? kFilesOfSync : 1);
+        const auto begin = std::chrono::steady_clock::now();
+        const auto isSoon = [&] {
+            return turned.HasThreads() ? turned.IsReady()
+                                       : std::chrono::steady_clock::now() - begin < kLongestWait;
+        };
+        std::vector<STurnedFile> files;
+        do
+            files.push_back(turned.Take());
+        while (files.size() < most && isSoon());
+        return files;
+    }
+
+    static SFileOutcome RefusedOutcome(const SPlannedTurn& turn) {
+        SFileOutcome outcome;
+        outcome.name = WideToShownUtf8(turn.name);
+        outcome.angleCode = turn.angle.code;
+        outcome.problems.emplace_back("not enough memory");
+        return outcome;
+    }
+
+    void Deliver(const SFileOutcome& outcome) {
+        m_total.written += outcome.outputName.empty() ? 0 : 1;
+        m_total.failed += outcome.HasFailed() ? 1 : 0;
+        m_total.skipped += outcome.skipped ? 1 : 0;
+        if (!outcome.interrupted || outcome.HasFailed())
+            m_listener.OnFile(outcome, ++m_done, m_plan.turns.size() + m_plan.unnamable.size());
+        m_manifestLines += outcome.manifestLines;
+    }
+
+    const SRotationRequest& m_request;
+    const std::atomic<bool>& m_interrupted;
+    const SRotationPlan& m_plan;
+    COutputFolder& m_target;
+    CRotationListener& m_listener;
+    CWorkShare m_share;
+    std::size_t m_done = 0;
+    std::string m_manifestLines; ///< of the files that were told as written
+    SRotationOutcome m_total;
+};
+
+SRotationOutcome NothingToDo(std::vector<std::string> why) {
+    SRotationOutcome outcome;
+    outcome.end = ERotationEnd::NothingToDo;
+    outcome.errors = std::move(why);
+    return outcome;
+}
+
+/// Makes the folders of the outputs and clears what killed runs left there: why they cannot be
+/// written to, in plain words; empty when they can.
+std::string PrepareTarget(const SRotationPlan& plan, const std::wstring& folder,
+                          const COutputFolder& target) {
+    std::set<std::wstring> below{L""};
+    for (const SPlannedTurn& turn : plan.turns)
+        below.insert(turn.outputName.substr(0, turn.outputName.rfind(L'/') + 1));
+    for (const std::wstring& one : below) {
+        if (const int error = target.Make(one); error != 0)
+            return WithSystemReason(fmt::format("the target folder {} cannot be made or synced",
+                                                WideToShownUtf8(WithSeparator(folder) + one)),
+                                    error);
+        target.RemoveAbandoned(one);
+    }
+    return {};
+}
+
+} // namespace
+
+SRotationOutcome RunRotation(const SRotationRequest& request, const std::atomic<bool>& interrupted,
+                             CRotationListener& listener) {
+    const SRotationPlan plan = PlanRotation(request);
+    if (!plan.obstacles.empty()) {
+        SRotationOutcome outcome = NothingToDo(plan.obstacles);
+        if (plan.isListingBroken)
+            outcome.end = ERotationEnd::SomeFailed;
+        return outcome;
+    }
+    COutputFolder target(request.targetFolder, request.sync);
+    if (!request.dryRun)
+        if (std::string obstacle = PrepareTarget(plan, request.targetFolder, target);
+            !obstacle.empty())
+            return NothingToDo({std::move(obstacle)});
+    listener.OnPlan(plan);
+    return CPlannedRun(request, interrupted, plan, target, listener).Run();
+}
+
+} // namespace trevolt

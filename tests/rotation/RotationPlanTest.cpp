@@ -1,0 +1,219 @@
+#include <gtest/gtest.h>
+
+#include "platform/FileSystem.h"
+#include "tests/support/CoefMaps.h"
+#include "trevolt/RotationRun.h"
+#include "trevolt/Utf8.h"
+
+namespace trevolt {
+namespace {
+
+using namespace test;
+
+using Texts = std::vector<std::string>;
+
+class RotationPlan : public testing::Test {
+  protected:
+    RotationPlan() {
+        m_request.sources = {m_source.Path()};
+        m_request.targetFolder = m_target.Path();
+    }
+
+    void Add(const std::wstring& name) const { WriteText(m_source.File(name), "x"); }
+
+    void AddFolder(const std::wstring& name) const {
+        ASSERT_TRUE(CreateFolders(m_source.File(name)));
+    }
+
+    static std::string Shown(const std::wstring& path) { return WideToShownUtf8(path); }
+
+    /// "name -> output" of each turn.
+    Texts Turns() const {
+        Texts told;
+        for (const SPlannedTurn& turn : PlanRotation(m_request).turns)
+            told.push_back(Shown(turn.name) + " -> " + Shown(turn.outputName));
+        return told;
+    }
+
+    Texts Obstacles() const { return PlanRotation(m_request).obstacles; }
+
+    Texts PassedOver() const {
+        Texts told;
+        for (const SPassedOver& entry : PlanRotation(m_request).passedOver)
+            told.push_back(entry.name + ": " + entry.reason);
+        return told;
+    }
+
+    CTemporaryFolder m_source;
+    CTemporaryFolder m_target;
+    SRotationRequest m_request;
+};
+
+TEST_F(RotationPlan, TakesTheKnownFilesOfAFolderInSortedOrder) {
+    Add(L"b.3bcoef");
+    Add(L"a.9wcoef");
+    Add(L"notes.txt");
+    AddFolder(L"sub");
+    Add(L"sub/c.3bcoef");
+    EXPECT_EQ(Turns(),
+              (Texts{"a.9wcoef -> a-90\xC2\xB0.9wcoef", "b.3bcoef -> b-90\xC2\xB0.3bcoef"}));
+    EXPECT_EQ(PassedOver(), (Texts{"notes.txt: no coefficient file by its name", "sub: a folder"}));
+    EXPECT_EQ(Obstacles(), Texts{});
+}
+
+TEST_F(RotationPlan, TakesTheWholeTreeAndNotTheTargetInIt) {
+    AddFolder(L"one/two");
+    AddFolder(L"out");
+    Add(L"z.3bcoef");
+    Add(L"one/b.3bcoef");
+    Add(L"one/two/a.3bcoef");
+    Add(L"out/earlier-90.3bcoef");
+    m_request.recursive = true;
+    m_request.targetFolder = m_source.File(L"out");
+    m_request.suffix = L"turned";
+    EXPECT_EQ(Turns(), (Texts{"one/b.3bcoef -> one/b-turned.3bcoef",
+                              "one/two/a.3bcoef -> one/two/a-turned.3bcoef",
+                              "z.3bcoef -> z-turned.3bcoef"}));
+    EXPECT_EQ(PassedOver(), Texts{"out: the target folder"});
+    for (const SPlannedTurn& turn : PlanRotation(m_request).turns)
+        EXPECT_EQ(ReadText(turn.path), "x");
+}
+
+TEST_F(RotationPlan, TakesFilesAndFoldersInTheOrderInWhichTheyAreNamed) {
+    Add(L"z.3bcoef");
+    Add(L"a.3bcoef");
+    AddFolder(L"sub");
+    Add(L"sub/c.3bcoef");
+    m_request.sources = {m_source.File(L"z.3bcoef"), m_source.File(L"sub"),
+                         m_source.File(L"a.3bcoef")};
+    EXPECT_EQ(Turns(), (Texts{"z.3bcoef -> z-90\xC2\xB0.3bcoef", "c.3bcoef -> c-90\xC2\xB0.3bcoef",
+                              "a.3bcoef -> a-90\xC2\xB0.3bcoef"}));
+}
+
+TEST_F(RotationPlan, EveryObstacleIsToldAtOnce) {
+    Add(L"notes.txt");
+    WriteText(m_target.File(L"file"), "x");
+    m_request.sources = {m_source.File(L"missing"), m_source.File(L"notes.txt"), L""};
+    m_request.targetFolder = m_target.File(L"file");
+    m_request.manifest = m_target.File(L"file");
+    EXPECT_EQ(Obstacles(),
+              (Texts{"the source " + Shown(m_source.File(L"missing")) + " does not exist",
+                     "the source " + Shown(m_source.File(L"notes.txt")) +
+                         " is no coefficient file by its name",
+                     "the source  does not exist",
+                     "the target " + Shown(m_target.File(L"file")) + " is not a folder",
+                     "the manifest " + Shown(m_target.File(L"file")) +
+                         " exists already: choose another name"}));
+}
+
+TEST_F(RotationPlan, TwoFilesThatWouldBecomeOneAreRefused) {
+    AddFolder(L"sub");
+    Add(L"a.3bcoef");
+    Add(L"sub/a.3bcoef");
+    const std::wstring first = m_source.File(L"a.3bcoef");
+    const std::wstring second = m_source.File(L"sub/a.3bcoef");
+    m_request.sources = {first, second};
+    EXPECT_EQ(Obstacles(), Texts{Shown(first) + " and " + Shown(second) +
+                                 " would both become a-90\xC2\xB0.3bcoef"});
+    m_request.sources = {first, first};
+    EXPECT_EQ(Obstacles(), Texts{Shown(first) + " is named twice as a source"});
+}
+
+TEST_F(RotationPlan, ObstaclesOfOneSortAreToldUpToTen) {
+    AddFolder(L"sub");
+    for (int i = 0; i < 12; ++i) {
+        Add(L"a" + std::to_wstring(i) + L".3bcoef");
+        Add(L"sub/a" + std::to_wstring(i) + L".3bcoef");
+    }
+    m_request.sources = {m_source.Path(), m_source.File(L"sub")};
+    const Texts told = Obstacles();
+    ASSERT_EQ(told.size(), 11U);
+    EXPECT_EQ(told.back(), "and 2 more like these");
+}
+
+TEST_F(RotationPlan, AnOutputNeverFallsOnASource) {
+    Add(L"a.3bcoef");
+    Add(L"a-90\u00B0.3bcoef");
+    m_request.sources = {m_source.File(L"a.3bcoef"), m_source.File(L"a-90\u00B0.3bcoef")};
+    m_request.targetFolder = m_source.Path();
+    const Texts expected{"the output a-90\xC2\xB0.3bcoef of " + Shown(m_source.File(L"a.3bcoef")) +
+                         " is one of the sources"};
+    EXPECT_EQ(Obstacles(), expected);
+    m_request.sources.pop_back();
+    const SRotationPlan plan = PlanRotation(m_request);
+    EXPECT_EQ(plan.obstacles, Texts{});
+    EXPECT_TRUE(plan.turns.at(0).isTaken);
+}
+
+TEST_F(RotationPlan, SourceAndTargetAreNeverTheSameFolder) {
+    Add(L"a.3bcoef");
+    AddFolder(L"sub");
+    for (const std::wstring& same :
+         {m_source.Path(), m_source.File(L"."), m_source.File(L"sub/..")}) {
+        m_request.targetFolder = same;
+        EXPECT_EQ(Obstacles(),
+                  Texts{"source and target are the same folder: choose another target, so that the "
+                        "source stays as it is"});
+    }
+}
+
+TEST_F(RotationPlan, EachFileHasItsAngle) {
+    Add(L"a.3bcoef");
+    Add(L"b.3bcoef");
+    Add(L"c.3bcoef");
+    m_request.angles = {{L"b.3bcoef", 2}, {L"*", 0}, {L"c.3bcoef", 3}};
+    EXPECT_EQ(Turns(), (Texts{"a.3bcoef -> a-0\xC2\xB0.3bcoef", "b.3bcoef -> b-180\xC2\xB0.3bcoef",
+                              "c.3bcoef -> c-270\xC2\xB0.3bcoef"}));
+    EXPECT_EQ(PlanRotation(m_request).turns.at(0).angle.code, 0U);
+    EXPECT_EQ(PlanRotation(m_request).turns.at(2).angle.code, 3U);
+
+    m_request.angles = {{L"b.3bcoef", 2}, {L"d.3bcoef", 1}};
+    EXPECT_EQ(Obstacles(), (Texts{"the table of angles has no row for a.3bcoef",
+                                  "the table of angles has no row for c.3bcoef",
+                                  "the table of angles names d.3bcoef, which is no file of the "
+                                  "sources"}));
+    m_request.angles = {{L"*", 1}};
+    EXPECT_EQ(Obstacles(), Texts{}) << "the rest may be none or all";
+    m_request.angles = {{L"*", 0}};
+    m_request.size = PixelSize{2, 2};
+    EXPECT_EQ(Obstacles(), Texts{"a.3bcoef is to be copied, which no size can change"});
+}
+
+TEST_F(RotationPlan, ASuffixIsPartOfAName) {
+    Add(L"a.b.3bcoef");
+    m_request.suffix = L"90deg";
+    EXPECT_EQ(Turns(), Texts{"a.b.3bcoef -> a-90deg.b.3bcoef"});
+    for (const wchar_t* const suffix : {L"a/b", L"a\\b", L"x.9fcoef", L"a\nb", L"a:b", L"\x7F"}) {
+        m_request.suffix = suffix;
+        EXPECT_EQ(Obstacles().size(), 1U) << Shown(suffix);
+    }
+    EXPECT_EQ(Obstacles(), Texts{"\"\x7F\" cannot stand in the names of outputs"});
+}
+
+TEST_F(RotationPlan, ShardsTakeEveryFileOnce) {
+    for (int i = 0; i < 7; ++i)
+        Add(L"a" + std::to_wstring(i) + L".3bcoef");
+    const Texts all = Turns();
+    m_request.shard = {2, 3};
+    EXPECT_EQ(Turns(), (Texts{all[1], all[4]}));
+    m_request.shard = {1, 3};
+    EXPECT_EQ(Turns(), (Texts{all[0], all[3], all[6]}));
+    m_request.shard = {8, 9};
+    EXPECT_EQ(Turns(), Texts{});
+    EXPECT_EQ(Obstacles(), Texts{});
+}
+
+TEST_F(RotationPlan, AScreenIsOneFile) {
+    Add(L"a.3bcoef");
+    m_request.wholeScreen = true;
+    EXPECT_EQ(Obstacles(), Texts{});
+    Add(L"b.3bcoef");
+    EXPECT_EQ(Obstacles(), Texts{"a whole screen is exactly one coefficient file, but " +
+                                 Shown(m_source.Path()) + " holds 2"});
+    m_request.sources = {m_target.Path()};
+    m_request.targetFolder = m_source.Path();
+    EXPECT_EQ(Obstacles(), Texts{"there is no coefficient file in " + Shown(m_target.Path())});
+}
+
+} // namespace
+} // namespace trevolt
