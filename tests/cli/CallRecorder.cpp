@@ -98,6 +98,14 @@ int rename(const char* from, const char* to) noexcept {
     return Next<int(const char*, const char*)>("rename")(from, to);
 }
 
+int renameat2(int fromFolder, const char* from, int toFolder, const char* to,
+              unsigned flags) noexcept {
+    const COwnWork own;
+    Record("rename", std::string(from) + " " + to);
+    return Next<int(int, const char*, int, const char*, unsigned)>("renameat2")(
+        fromFolder, from, toFolder, to, flags);
+}
+
 sighandler_t signal(int number, sighandler_t handler) noexcept {
     g_hasBegun = true;
     return Next<sighandler_t(int, sighandler_t)>("signal")(number, handler);

@@ -276,6 +276,11 @@ int fdatasync(int file) { return Fails("sync") ? Refuse(EIO, -1) : TREVOLT_REAL(
 int rename(const char* from, const char* to) noexcept {
     return Fails("rename") ? Refuse(EACCES, -1) : TREVOLT_REAL(rename)(from, to);
 }
+int renameat2(int fromFolder, const char* from, int toFolder, const char* to,
+              unsigned flags) noexcept {
+    return Fails("rename") ? Refuse(EACCES, -1)
+                           : TREVOLT_REAL(renameat2)(fromFolder, from, toFolder, to, flags);
+}
 
 // ---- folders ----
 

@@ -21,6 +21,8 @@ namespace trevolt {
 namespace {
 
 using test::CTemporaryFolder;
+using test::ReadText;
+using test::WriteText;
 
 const FolderEntry* Find(const FolderListing& listing, const std::wstring& name) {
     const auto found = std::find_if(listing.entries.begin(), listing.entries.end(),
@@ -219,6 +221,64 @@ TEST(FileSystem, SeparatorIsAddedOnce) {
     const std::wstring once = WithSeparator(L"a");
     EXPECT_EQ(once, (std::wstring{L'a', kPathSeparator}));
     EXPECT_EQ(WithSeparator(once), once);
+}
+
+TEST(FileSystem, ANewNameReplacesNothing) {
+    const CTemporaryFolder folder;
+    for (const bool isDurable : {false, true}) {
+        WriteText(folder.File(L"a"), "new");
+        WriteText(folder.File(L"b"), "kept");
+        EXPECT_FALSE(NameNew(folder.File(L"a"), folder.File(L"b"), isDurable));
+        EXPECT_EQ(errno, EEXIST);
+        EXPECT_EQ(ReadText(folder.File(L"a")), "new");
+        EXPECT_EQ(ReadText(folder.File(L"b")), "kept");
+        ASSERT_TRUE(RemoveFile(folder.File(L"b")));
+        EXPECT_TRUE(NameNew(folder.File(L"a"), folder.File(L"b"), isDurable));
+        EXPECT_EQ(folder.Names(), std::vector<std::wstring>{L"b"});
+        EXPECT_EQ(ReadText(folder.File(L"b")), "new");
+        ASSERT_TRUE(RemoveFile(folder.File(L"b")));
+    }
+    EXPECT_FALSE(NameNew(folder.File(L"missing"), folder.File(L"b"), false));
+    EXPECT_EQ(errno, ENOENT);
+    EXPECT_FALSE(NameNew(std::wstring(L"n\0ul", 4), folder.File(L"b"), false));
+}
+
+TEST(FileSystem, TellsWhatStandsUnderAPath) {
+    const CTemporaryFolder folder;
+    WriteText(folder.File(L"a"), "x");
+    EXPECT_EQ(KindOfEntry(folder.File(L"a")), EntryKind::File);
+    EXPECT_EQ(KindOfEntry(folder.Path()), EntryKind::Folder);
+    EXPECT_EQ(KindOfEntry(folder.File(L"missing")), std::nullopt);
+#ifndef _WIN32
+    EXPECT_EQ(KindOfEntry(L"/dev/null"), EntryKind::Other);
+#endif
+}
+
+TEST(FileSystem, CopiesTheTimeOfTheLastWrite) {
+    const CTemporaryFolder folder;
+    WriteText(folder.File(L"a"), "x");
+    WriteText(folder.File(L"b"), "y");
+    const std::filesystem::path from(*ToNativePath(folder.File(L"a")));
+    const std::filesystem::path to(*ToNativePath(folder.File(L"b")));
+    std::filesystem::last_write_time(from, std::filesystem::file_time_type::clock::now() -
+                                               std::chrono::hours(1000));
+    ASSERT_NE(std::filesystem::last_write_time(from), std::filesystem::last_write_time(to));
+    EXPECT_TRUE(CopyWriteTime(folder.File(L"a"), folder.File(L"b")));
+    EXPECT_EQ(std::filesystem::last_write_time(from), std::filesystem::last_write_time(to));
+    EXPECT_FALSE(CopyWriteTime(folder.File(L"missing"), folder.File(L"b")));
+    EXPECT_EQ(errno, ENOENT);
+    EXPECT_FALSE(CopyWriteTime(folder.File(L"a"), folder.File(L"missing")));
+    EXPECT_EQ(errno, ENOENT);
+}
+
+TEST(FileSystem, AFileIsReadTheSameWhenItsPagesWereDropped) {
+    const CTemporaryFolder folder;
+    WriteText(folder.File(L"a"), "text");
+    ASSERT_EQ(SyncNativeFile(*ToNativePath(folder.File(L"a"))), 0);
+    DropCachedPages(folder.File(L"a"));
+    DropCachedPages(folder.File(L"missing"));
+    EXPECT_EQ(ReadText(folder.File(L"a")), "text");
+    EXPECT_FALSE(PathExists(folder.File(L"missing")));
 }
 
 } // namespace
