@@ -11,6 +11,8 @@ inline constexpr int kExitSomeFailed = 1;
 inline constexpr int kExitUsage = 2;
 inline constexpr int kExitInterrupted = 130;
 
+inline constexpr const char* kOverwriteHelp =
+    "Replace outputs that exist; without it they are errors";
 inline constexpr const char* kNoSyncHelp =
     "Do not wait until the outputs are on the disk: quicker, but a power cut may cost them";
 

@@ -5,6 +5,8 @@
 
 #include "app/rotation/DemoWall.h"
 #include "cli/Commands.h"
+#include "cli/OptionGroup.h"
+#include "cli/ShownText.h"
 #include "platform/FileSystem.h"
 #include "platform/SystemError.h"
 #include "trevolt/Utf8.h"
@@ -12,20 +14,20 @@
 namespace trevolt {
 namespace {
 
-int WriteDemo(const std::string& folder, bool sync) {
+int WriteDemo(const std::string& folder, bool replaces, bool sync) {
     const auto wide = Utf8ToWide(folder);
     if (!wide || !CreateFolders(*wide)) {
         const std::string reason = wide ? SystemErrorText(errno) : "its name is not valid UTF-8";
-        fmt::print(stderr, "trevolt-cli: the folder {} cannot be made{}{}\n", folder,
-                   reason.empty() ? "" : ": ", reason);
+        Complain(fmt::format("the folder {} cannot be made{}{}", folder, reason.empty() ? "" : ": ",
+                             reason));
         return kExitUsage;
     }
-    const std::string problem = WriteDemoWall(*wide, true, sync);
+    const std::string problem = WriteDemoWall(*wide, replaces, sync);
     if (!problem.empty()) {
-        fmt::print(stderr, "trevolt-cli: {}: {}\n", folder, problem);
+        Complain(fmt::format("{}: {}", folder, problem));
         return kExitSomeFailed;
     }
-    fmt::print("demo wall written to {}\n", folder);
+    PrintLine(stdout, fmt::format("demo wall written to {}", folder));
     return kExitAllDone;
 }
 
@@ -36,10 +38,15 @@ void AddDemoCommand(CLI::App& program, int& exitStatus) {
     CLI::App* command =
         program.add_subcommand("demo", "Write a small made-up wall of cabinets into a folder");
     command->add_option("FOLDER", *folder, "Folder for the cabinets, made when missing")
+        ->type_name("FOLDER")
+        ->group("Places")
         ->required();
+    const auto overwrite = std::make_shared<bool>(false);
     const auto noSync = std::make_shared<bool>(false);
-    command->add_flag("--no-sync", *noSync, kNoSyncHelp);
-    command->callback([=, &exitStatus] { exitStatus = WriteDemo(*folder, !*noSync); });
+    COptionGroup outputs(*command, "Outputs");
+    outputs.AddFlag("--overwrite", *overwrite, kOverwriteHelp);
+    outputs.AddFlag("--no-sync", *noSync, kNoSyncHelp);
+    command->callback([=, &exitStatus] { exitStatus = WriteDemo(*folder, *overwrite, !*noSync); });
 }
 
 } // namespace trevolt

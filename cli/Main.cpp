@@ -4,26 +4,65 @@
 #include <string>
 #include <system_error>
 
+#include <fmt/format.h>
+
+#include "cli/CommandLine.h"
 #include "cli/Commands.h"
+#include "cli/Program.h"
+#include "cli/ShownText.h"
 #include "platform/ConsoleProgram.h"
 #include "platform/SystemError.h"
 
 namespace trevolt {
 namespace {
 
-int Run(CLI::App& program, const std::vector<std::string>& arguments, const int& exitStatus) {
+/// "a SOURCE and a TARGET": the places that a command needs.
+std::string NeededPlaces(const CLI::App& command) {
+    std::string places;
+    for (const CLI::Option* place :
+         command.get_options([](const CLI::Option* option) { return option->get_positional(); }))
+        places += (places.empty() ? "a " : " and a ") + place->get_name(true);
+    return places;
+}
+
+/// What is wrong, and what to do.
+std::string Advice(const CLI::App& program, const CLI::ParseError& error) {
+    const std::string problem = error.what();
+    const CLI::App& command = *program.get_subcommands().front();
+    if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr)
+        return fmt::format("{} needs {}: see trevolt-cli {} --help", command.get_name(),
+                           NeededPlaces(command), command.get_name());
+    if (dynamic_cast<const CLI::ExcludesError*>(&error) != nullptr)
+        return problem + ": give one of them";
+    if (dynamic_cast<const CLI::RequiresError*>(&error) != nullptr)
+        return problem + ": give both";
+    return problem;
+}
+
+int Run(const std::vector<std::string>& arguments) {
+    int exitStatus = kExitAllDone;
+    const auto program = MakeProgram(exitStatus);
+    SCommandLine line = ArrangeWords(*program, arguments);
+    if (!line.mistake.empty()) {
+        Complain(line.mistake);
+        return kExitUsage;
+    }
     try {
-        program.parse(std::vector(arguments.rbegin(), arguments.rend())); // taken from the back
+        program->parse(std::vector(line.words.rbegin(), line.words.rend())); // taken from the back
+    } catch (const CLI::Success& wish) {
+        return program->exit(wish);
     } catch (const CLI::ParseError& error) {
-        return program.exit(error) == 0 ? kExitAllDone : kExitUsage;
+        Complain(Advice(*program, error));
+        return kExitUsage;
     }
     return exitStatus;
 }
 
 /// Printing throws when its place takes no more; what else throws so has a cause of its own.
 int ReportSystemError(const std::system_error& error) {
-    const std::string cause = std::ferror(stdout) != 0 ? "the standard output cannot be written"
-                                                       : SystemErrorText(error.code().value());
+    const std::string reason = SystemErrorText(error.code().value());
+    const std::string cause =
+        std::ferror(stdout) != 0 ? "the standard output cannot be written: " + reason : reason;
     std::fputs(("trevolt-cli: " + cause + "\n").c_str(), stderr); // which may be lost itself
     return kExitSomeFailed;
 }
@@ -31,16 +70,7 @@ int ReportSystemError(const std::system_error& error) {
 } // namespace
 
 int ConsoleMain(const std::vector<std::string>& arguments) try {
-    CLI::App program("Turns the per-pixel calibration of LED display walls");
-    program.name("trevolt-cli");
-    program.require_subcommand(1);
-    program.allow_windows_style_options(false); // a path may begin with a slash on every system
-    program.set_version_flag("--version", "trevolt-cli " TREVOLT_VERSION);
-    int exitStatus = kExitAllDone;
-    AddRotateCommand(program, exitStatus);
-    AddDemoCommand(program, exitStatus);
-    AddVerifyCommand(program, exitStatus);
-    const int status = Run(program, arguments, exitStatus);
+    const int status = Run(arguments);
     if (std::fflush(stdout) == 0)
         return status;
     throw std::system_error(errno, std::generic_category());

@@ -4,7 +4,9 @@
 
 #include "app/rotation/Manifest.h"
 #include "cli/Commands.h"
-#include "trevolt/Utf8.h"
+#include "cli/OptionGroup.h"
+#include "cli/OptionValues.h"
+#include "cli/ShownText.h"
 
 namespace trevolt {
 namespace {
@@ -15,10 +17,11 @@ class CConsoleVerification : public CVerificationListener {
     explicit CConsoleVerification(const std::string& manifest) : m_manifest(manifest) {}
 
     void OnFile(const SVerifiedFile& file) override {
-        fmt::print("{}: {}\n", file.name, AnswerTo(file));
+        PrintLine(stdout, fmt::format("{}: {}", file.name, AnswerTo(file)));
     }
     void OnBadLine(std::uint64_t number) override {
-        fmt::print(stderr, "{}: line {} is no sum with its file name\n", m_manifest, number);
+        PrintLine(stderr,
+                  fmt::format("{}: line {} is no sum with its file name", m_manifest, number));
     }
 
   private:
@@ -52,13 +55,11 @@ int ExitStatus(EVerificationEnd end) {
 }
 
 int Verify(const std::string& manifest) {
-    const auto path = Utf8ToWide(manifest);
-    if (!path)
-        throw CLI::ValidationError("MANIFEST", "its name is not valid UTF-8");
+    const std::wstring path = ParseFor("MANIFEST", "a file", manifest, ParsePath);
     CConsoleVerification listener(manifest);
-    const SVerification outcome = VerifyManifest(*path, listener);
+    const SVerification outcome = VerifyManifest(path, listener);
     if (!outcome.error.empty())
-        fmt::print(stderr, "trevolt-cli: {}\n", outcome.error);
+        Complain(outcome.error);
     if (outcome.end != EVerificationEnd::NothingToDo)
         fmt::print("{} OK, {} failed, {} missing\n", outcome.right, outcome.differing,
                    outcome.missing);
@@ -75,6 +76,8 @@ void AddVerifyCommand(CLI::App& program, int& exitStatus) {
         ->add_option("MANIFEST", *manifest,
                      "File of sums, by rotate --manifest or sha256sum; the names in it are "
                      "relative to the current folder")
+        ->type_name("FILE")
+        ->group("Places")
         ->required();
     command->callback([manifest, &exitStatus] { exitStatus = Verify(*manifest); });
 }

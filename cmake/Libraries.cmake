@@ -17,6 +17,7 @@ function(trevolt_header_library name)
 endfunction()
 
 trevolt_header_library(cli11 CLI)
+trevolt_header_library(nlohmann_json nlohmann)
 trevolt_header_library(fmt_headers fmt)
 
 # In a folder of its own: LZ4's source has an older xxhash.h beside its headers.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 
 namespace trevolt {
@@ -19,7 +20,7 @@ bool IsProcessGone(std::uint32_t id);
 /// terminate, a pipe that nobody reads any more), in place of ending it at once.
 const std::atomic<bool>& CatchInterrupts();
 
-/// Whether standard error is a terminal.
-bool IsErrorTerminal();
+/// The columns of the terminal at standard error, 80 where it does not tell; 0 when it is none.
+std::size_t ErrorTerminalColumns();
 
 } // namespace trevolt

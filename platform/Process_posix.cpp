@@ -7,6 +7,7 @@
 #include <string>
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -15,6 +16,8 @@ namespace {
 
 std::atomic<bool> g_interrupted{false};
 static_assert(std::atomic<bool>::is_always_lock_free);
+
+constexpr std::size_t kUsualColumns = 80;
 
 void OnSignal(int) { g_interrupted = true; }
 
@@ -60,6 +63,12 @@ const std::atomic<bool>& CatchInterrupts() {
     return g_interrupted;
 }
 
-bool IsErrorTerminal() { return isatty(STDERR_FILENO) != 0; }
+std::size_t ErrorTerminalColumns() {
+    if (isatty(STDERR_FILENO) == 0)
+        return 0;
+    struct winsize size {};
+    const bool isTold = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0;
+    return isTold ? size.ws_col : kUsualColumns;
+}
 
 } // namespace trevolt

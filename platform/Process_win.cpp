@@ -11,6 +11,7 @@ namespace {
 
 std::atomic<bool> g_interrupted{false};
 
+constexpr std::size_t kUsualColumns = 80;
 constexpr DWORD kGraceMilliseconds = 10000; // the system waits no longer itself
 
 BOOL WINAPI OnControl(DWORD event) {
@@ -50,9 +51,16 @@ const std::atomic<bool>& CatchInterrupts() {
     return g_interrupted;
 }
 
-bool IsErrorTerminal() {
+std::size_t ErrorTerminalColumns() {
+    const HANDLE terminal = GetStdHandle(STD_ERROR_HANDLE);
     DWORD mode = 0;
-    return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
+    if (GetConsoleMode(terminal, &mode) == 0)
+        return 0;
+    CONSOLE_SCREEN_BUFFER_INFO info{};
+    if (GetConsoleScreenBufferInfo(terminal, &info) == 0 ||
+        info.srWindow.Right < info.srWindow.Left)
+        return kUsualColumns;
+    return static_cast<std::size_t>(info.srWindow.Right - info.srWindow.Left) + 1;
 }
 
 } // namespace trevolt

@@ -9,8 +9,9 @@ set -eu
 packages_for() {
     case "$1" in
         build) echo g++ cmake ninja-build pkg-config liblz4-dev libxxhash-dev libcli11-dev libfmt-dev \
-            libssl-dev ;;
-        test) packages_for build; echo libgtest-dev locales lz4 python3 python3-lz4 ;;
+            nlohmann-json3-dev libssl-dev ;;
+        test) packages_for build; echo libgtest-dev locales lz4 python3 python3-jsonschema \
+            python3-lz4 ;;
         format) echo clang-format ;;
         lint) packages_for test; echo clang-tidy ;;
         bench) packages_for build; echo libbenchmark-dev lz4 python3 python3-lz4 python3-numpy ;;

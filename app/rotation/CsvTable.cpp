@@ -1,0 +1,133 @@
+#include "app/rotation/CsvTable.h"
+
+#include <cerrno>
+
+#include <fmt/format.h>
+
+#include "platform/FileStream.h"
+#include "platform/SystemError.h"
+
+namespace trevolt {
+namespace {
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+/// Takes a text row by row.
+class CCsvSplitter {
+  public:
+    explicit CCsvSplitter(std::string_view text) : m_text(text) {}
+
+    SCsvTable Split() {
+        while (m_place < m_text.size())
+            TakeRow();
+        return std::move(m_table);
+    }
+
+  private:
+    bool IsAtEnd() const { return m_place >= m_text.size(); }
+
+    /// Of a line that ends at the place; the length of its end.
+    std::size_t LineEnd() const {
+        if (IsAtEnd())
+            return 0;
+        if (m_text[m_place] == '\n')
+            return 1;
+        return m_text.substr(m_place, 2) == "\r\n" ? 2 : 0;
+    }
+
+    void TakeRow() {
+        SCsvRow row;
+        row.line = m_line;
+        std::string problem;
+        do
+            row.fields.push_back(TakeField(problem));
+        while (TakeComma());
+        m_place += LineEnd();
+        ++m_line;
+        if (!problem.empty())
+            m_table.problems.push_back(fmt::format("line {}: {}", row.line, problem));
+        else if (row.fields.size() > 1 || !TrimmedField(row.fields[0]).empty())
+            m_table.rows.push_back(std::move(row));
+    }
+
+    bool TakeComma() {
+        if (IsAtEnd() || m_text[m_place] != ',')
+            return false;
+        ++m_place;
+        return true;
+    }
+
+    std::string TakeField(std::string& problem) {
+        if (IsAtEnd() || m_text[m_place] != '"')
+            return TakePlain();
+        std::string field = TakeQuoted(problem);
+        if (!TakePlain().empty() && problem.empty())
+            problem = "text follows a closing quote: put two quotes for one";
+        return field;
+    }
+
+    std::string TakePlain() {
+        const std::size_t begin = m_place;
+        while (!IsAtEnd() && m_text[m_place] != ',' && LineEnd() == 0)
+            ++m_place;
+        return std::string(m_text.substr(begin, m_place - begin));
+    }
+
+    std::string TakeQuoted(std::string& problem) {
+        std::string field;
+        for (++m_place; !IsAtEnd(); ++m_place) {
+            const char c = m_text[m_place];
+            if (c == '"' && m_text.substr(m_place, 2) != "\"\"") {
+                ++m_place;
+                return field;
+            }
+            m_place += c == '"' ? 1 : 0;
+            m_line += c == '\n' ? 1 : 0;
+            field += c;
+        }
+        problem = "a quote is not closed";
+        return field;
+    }
+
+    std::string_view m_text;
+    std::size_t m_place = 0;
+    std::size_t m_line = 1;
+    SCsvTable m_table;
+};
+
+} // namespace
+
+SCsvTable SplitCsv(std::string_view text) {
+    if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark)
+        text.remove_prefix(kByteOrderMark.size());
+    return CCsvSplitter(text).Split();
+}
+
+SCsvTable ReadCsv(const std::wstring& path) {
+    SCsvTable table;
+    errno = 0;
+    CInputFile file;
+    if (!file.Open(path.c_str())) {
+        table.problems.push_back(WithSystemReason("cannot be opened", errno));
+        return table;
+    }
+    const auto text = ReadToEnd(file, kLargestCsvBytes);
+    if (text)
+        return SplitCsv(*text);
+    if (file.SystemError() == 0)
+        table.problems.push_back(
+            fmt::format("cannot be read whole: give a file of {} bytes at most", kLargestCsvBytes));
+    else
+        table.problems.push_back(WithSystemReason("cannot be read", file.SystemError()));
+    return table;
+}
+
+std::string_view TrimmedField(std::string_view field) {
+    constexpr std::string_view kBlanks = " \t";
+    const std::size_t first = field.find_first_not_of(kBlanks);
+    if (first == std::string_view::npos)
+        return {};
+    return field.substr(first, field.find_last_not_of(kBlanks) - first + 1);
+}
+
+} // namespace trevolt

@@ -1,0 +1,114 @@
+#include <cstdio>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "cli/RunPrinter.h"
+#include "trevolt/Utf8.h"
+
+namespace trevolt {
+namespace {
+
+using Json = nlohmann::ordered_json; // keys stay in the order in which they are given
+
+/// Of the objects' keys and their meaning (docs/json.md).
+constexpr int kJsonVersion = 1;
+
+void PrintObject(const Json& object) {
+    // What has no UTF-8 form becomes U+FFFD.
+    fmt::print("{}\n", object.dump(-1, ' ', false, Json::error_handler_t::replace));
+}
+
+Json SizeOrNull(const PixelSize& size) {
+    if (size == PixelSize{})
+        return nullptr;
+    return {{"width", size.width}, {"height", size.height}};
+}
+
+Json TextOrNull(const std::string& text) { return text.empty() ? Json(nullptr) : Json(text); }
+
+int Degrees(std::uint32_t code) { return 90 * static_cast<int>(code); }
+
+const char* FileStatus(const SFileOutcome& outcome) {
+    if (outcome.HasFailed())
+        return "failed";
+    return outcome.skipped ? "skipped" : "turned";
+}
+
+const char* EndName(ERotationEnd end) {
+    switch (end) {
+    case ERotationEnd::AllDone:
+        return "done";
+    case ERotationEnd::SomeFailed:
+        return "failed";
+    case ERotationEnd::Interrupted:
+        return "interrupted";
+    case ERotationEnd::NothingToDo:
+        break;
+    }
+    return "nothing_to_do";
+}
+
+class CJsonPrinter : public CRunPrinter {
+  public:
+    explicit CJsonPrinter(const SRotationRequest& request) : m_request(request) {}
+
+    void OnPlan(const SRotationPlan& plan) override {
+        Json sources = Json::array();
+        for (const std::wstring& source : m_request.sources)
+            sources.push_back(WideToShownUtf8(source));
+        Json passedOver = Json::array();
+        for (const SPassedOver& entry : plan.passedOver)
+            passedOver.push_back({{"name", entry.name}, {"reason", entry.reason}});
+        m_passedOver = plan.passedOver.size();
+        PrintObject(
+            {{"type", "plan"},
+             {"version", kJsonVersion},
+             {"program", TREVOLT_VERSION},
+             {"sources", sources},
+             {"target", WideToShownUtf8(m_request.targetFolder)},
+             {"dry_run", m_request.dryRun},
+             {"shard", {{"number", m_request.shard.number}, {"count", m_request.shard.count}}},
+             {"files", plan.turns.size() + plan.unnamable.size()},
+             {"passed_over", passedOver}});
+    }
+
+    void OnFile(const SFileOutcome& outcome, std::size_t, std::size_t) override {
+        PrintObject({{"type", "file"},
+                     {"name", outcome.name},
+                     {"output", TextOrNull(outcome.skipped ? "" : outcome.outputName)},
+                     {"status", FileStatus(outcome)},
+                     {"angle", Degrees(outcome.angleCode)},
+                     {"own_size", SizeOrNull(outcome.ownSize)},
+                     {"size", SizeOrNull(outcome.size)},
+                     {"turned_size", SizeOrNull(outcome.turnedSize)},
+                     {"problems", outcome.problems},
+                     {"losses", outcome.losses},
+                     {"notes", outcome.notes}});
+    }
+
+    void OnEnd(const SRotationOutcome& outcome) override {
+        PrintObject({{"type", "summary"},
+                     {"version", kJsonVersion},
+                     {"end", EndName(outcome.end)},
+                     {"exit_status", ExitStatus(outcome.end)},
+                     {"written", outcome.written},
+                     {"failed", outcome.failed},
+                     {"skipped", outcome.skipped},
+                     {"passed_over", m_passedOver},
+                     {"errors", outcome.errors},
+                     {"manifest_error", TextOrNull(outcome.manifestError)}});
+    }
+
+  private:
+    const SRotationRequest& m_request;
+    std::size_t m_passedOver = 0;
+};
+
+} // namespace
+
+std::unique_ptr<CRunPrinter> MakeJsonPrinter(const SRotationRequest& request) {
+    return std::make_unique<CJsonPrinter>(request);
+}
+
+} // namespace trevolt

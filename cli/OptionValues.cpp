@@ -1,0 +1,123 @@
+#include "cli/OptionValues.h"
+
+#include <algorithm>
+#include <charconv>
+#include <optional>
+#include <stdexcept>
+#include <string_view>
+#include <system_error>
+
+#include <fmt/format.h>
+
+#include "app/rotation/AngleTable.h"
+#include "trevolt/Utf8.h"
+
+namespace trevolt {
+namespace {
+
+template <class... Values>
+[[noreturn]] void Refuse(fmt::format_string<Values...> form, Values&&... values) {
+    throw std::invalid_argument(fmt::format(form, std::forward<Values>(values)...));
+}
+
+/// Decimal digits alone; saturated.
+std::optional<std::uint64_t> WholeNumber(std::string_view text) {
+    std::uint64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (text.empty() || end != text.data() + text.size())
+        return std::nullopt;
+    return error == std::errc::result_out_of_range ? UINT64_MAX : number;
+}
+
+/// The texts on both sides of the first of `separators`; the second empty where there is none.
+std::pair<std::string_view, std::string_view> SplitAt(std::string_view text,
+                                                      std::string_view separators) {
+    const std::size_t place = text.find_first_of(separators);
+    if (place == std::string_view::npos)
+        return {text, {}};
+    return {text.substr(0, place), text.substr(place + 1)};
+}
+
+/// The factor of the unit behind a number, none or one letter; 0 for any other text.
+std::uint64_t UnitBytes(std::string_view unit) {
+    constexpr std::string_view kUnits = "KkMmGgTt"; // each 1024 of the one before
+    if (unit.empty())
+        return 1;
+    const std::size_t place = unit.size() == 1 ? kUnits.find(unit[0]) : std::string_view::npos;
+    return place == std::string_view::npos ? 0 : std::uint64_t{1024} << 10 * (place / 2);
+}
+
+bool CanStandInName(wchar_t c) {
+    constexpr std::wstring_view kForbidden = L".\\/:*?\"<>|";
+    return c >= L' ' && c != 0x7F && kForbidden.find(c) == std::wstring_view::npos;
+}
+
+} // namespace
+
+std::uint32_t ParseAngle(const std::string& text) {
+    const auto code = AngleCode(text);
+    if (!code)
+        Refuse("{} is no angle: give 90, 180, 270, -90 or -180", text);
+    if (*code == 0)
+        Refuse("{} turns nothing: give 90, 180, 270, -90 or -180", text);
+    return *code;
+}
+
+PixelSize ParseSize(const std::string& text) {
+    const auto [widthText, heightText] = SplitAt(text, "xX");
+    const auto width = WholeNumber(widthText);
+    const auto height = WholeNumber(heightText);
+    if (!width || !height || *width == 0 || *height == 0)
+        Refuse("{} is not a size: give WIDTHxHEIGHT in pixels", text);
+    if (std::max(*width, *height) > kLargestMapSide)
+        Refuse("{} is above {} in one direction", text, kLargestMapSide);
+    return {static_cast<std::int64_t>(*width), static_cast<std::int64_t>(*height)};
+}
+
+std::uint64_t ParseBytes(const std::string& text) {
+    std::uint64_t number = 0;
+    const char* const textEnd = text.data() + text.size();
+    const auto [end, error] = std::from_chars(text.data(), textEnd, number);
+    const std::uint64_t unit = UnitBytes({end, static_cast<std::size_t>(textEnd - end)});
+    if (error == std::errc::result_out_of_range || (unit != 0 && number > UINT64_MAX / unit))
+        Refuse("{} is too large", text);
+    if (error != std::errc{} || unit == 0 || number == 0)
+        Refuse("{} is no number of bytes: give one, or one with K, M, G or T", text);
+    return number * unit;
+}
+
+std::size_t ParseJobs(const std::string& text) {
+    const auto jobs = WholeNumber(text);
+    if (!jobs || *jobs < 1 || *jobs > kMostJobs)
+        Refuse("{} is no number of threads: give 1 to {}", text, kMostJobs);
+    return static_cast<std::size_t>(*jobs);
+}
+
+SShard ParseShard(const std::string& text) {
+    const auto [numberText, countText] = SplitAt(text, "/");
+    const auto number = WholeNumber(numberText);
+    const auto count = WholeNumber(countText);
+    if (!number || !count || *number < 1 || *number > *count || *count > SIZE_MAX - 1)
+        Refuse("{} is no part of a run: give I/N, with I from 1 to N", text);
+    return {static_cast<std::size_t>(*number), static_cast<std::size_t>(*count)};
+}
+
+std::wstring ParsePath(const std::string& text) {
+    auto wide = Utf8ToWide(text);
+    if (text.empty())
+        Refuse("it has no name: give one");
+    if (!wide)
+        Refuse("its name is not valid UTF-8: rename it");
+    return *std::move(wide);
+}
+
+std::wstring ParseSuffix(const std::string& text) {
+    auto wide = Utf8ToWide(text);
+    if (!wide)
+        Refuse("it is not valid UTF-8: give a text that is");
+    if (wide->empty() || !std::all_of(wide->begin(), wide->end(), CanStandInName))
+        Refuse("\"{}\" cannot stand in a name: give letters, digits, - or _", text);
+    return *std::move(wide);
+}
+
+} // namespace trevolt

@@ -1,0 +1,91 @@
+#include <fmt/format.h>
+
+#include "app/rotation/AngleTable.h"
+#include "cli/OptionGroup.h"
+#include "cli/OptionValues.h"
+#include "cli/RotateOptions.h"
+#include "cli/ShownText.h"
+#include "cli/Wildcards.h"
+#include "trevolt/Utf8.h"
+
+namespace trevolt {
+namespace {
+
+std::vector<std::wstring> ExpandedSources(const std::vector<std::string>& sources) {
+    std::vector<std::wstring> paths;
+    for (const std::string& source : sources) {
+        const std::wstring path = ParseFor("SOURCE", "a file or folder", source, ParsePath);
+        const auto found =
+            kProgramsExpandWildcards ? ExpandWildcards(path) : std::vector<std::wstring>{path};
+        if (found.empty())
+            throw CLI::ValidationError("SOURCE",
+                                       fmt::format("{} stands for no file or folder", source));
+        paths.insert(paths.end(), found.begin(), found.end());
+    }
+    return paths;
+}
+
+std::vector<SFileAngle> ReadAngles(const std::wstring& path) {
+    SAngleTable table = ReadAngleTable(path);
+    if (table.problems.empty())
+        return std::move(table.rows);
+    const std::string shown = WideToShownUtf8(path);
+    for (const std::string& problem : table.problems)
+        Complain(fmt::format("{}: {}", shown, problem));
+    throw CLI::ValidationError("--angles", fmt::format("mend the table {}", shown));
+}
+
+void TakeAngles(const SRotateOptions& options, SRotationRequest& request) {
+    if (options.angleTable)
+        request.angles = ReadAngles(*options.angleTable);
+    else if (options.angle)
+        request.angle = kAngles[*options.angle - 1];
+    else
+        throw CLI::ValidationError(
+            "rotate needs an angle: give --angle 90, 180 or 270, or --angles TABLE");
+}
+
+void CheckSize(const SRotateOptions& options) {
+    const PixelSize& largest = options.limits.largestSize;
+    if (options.size &&
+        (options.size->width > largest.width || options.size->height > largest.height))
+        throw CLI::ValidationError(
+            "--size",
+            fmt::format("{}x{} is above --max-size {}x{}: give one that fits", options.size->width,
+                        options.size->height, largest.width, largest.height));
+}
+
+EExistingOutput ExistingOutputs(const SRotateOptions& options) {
+    if (options.overwrite)
+        return EExistingOutput::Replace;
+    return options.skipExisting ? EExistingOutput::Skip : EExistingOutput::Refuse;
+}
+
+} // namespace
+
+SRotationRequest MakeRotationRequest(const SRotateOptions& options) {
+    CheckSize(options);
+    SRotationRequest request;
+    TakeAngles(options, request);
+    request.sources = ExpandedSources(options.sources);
+    request.recursive = options.recursive;
+    request.targetFolder = options.target;
+    request.suffix = options.suffix;
+    request.existing = ExistingOutputs(options);
+    request.size = options.size;
+    request.wholeScreen = options.wholeScreen;
+    request.lenient = options.lenient;
+    request.keepExtras = options.keepExtras;
+    request.wall = options.wall;
+    request.keepTimes = options.keepTimes;
+    request.verify = options.verify;
+    request.dryRun = options.dryRun;
+    request.shard = options.shard;
+    request.jobs = options.jobs;
+    request.manifest = options.manifest;
+    request.limits = options.limits;
+    request.sync = !options.noSync;
+    return request;
+}
+
+} // namespace trevolt

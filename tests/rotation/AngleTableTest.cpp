@@ -1,0 +1,76 @@
+#include "app/rotation/AngleTable.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/TestFiles.h"
+
+namespace trevolt {
+namespace {
+
+using Problems = std::vector<std::string>;
+
+SAngleTable TableOf(std::string_view text) {
+    const test::CTemporaryFolder folder;
+    test::WriteText(folder.File(L"table.csv"), text);
+    return ReadAngleTable(folder.File(L"table.csv"));
+}
+
+/// "file=code " a row.
+std::wstring RowsOf(std::string_view text) {
+    const SAngleTable table = TableOf(text);
+    EXPECT_EQ(table.problems, Problems{});
+    std::wstring rows;
+    for (const SFileAngle& row : table.rows)
+        rows += row.name + L"=" + std::to_wstring(row.code) + L" ";
+    return rows;
+}
+
+TEST(AngleTable, ReadsEveryAngle) {
+    EXPECT_EQ(RowsOf("a,0\nb,90\nc,180\nd,270\ne,-90\nf,-180\n"), L"a=0 b=1 c=2 d=3 e=3 f=2 ");
+    EXPECT_EQ(RowsOf("a,0\u00B0\nb,90\u00B0\ne,-90\u00B0\n*,180 \n"), L"a=0 b=1 e=3 *=2 ");
+}
+
+TEST(AngleTable, TakesAHeadingInTheFirstRowOnly) {
+    EXPECT_EQ(RowsOf("file,angle\na,90\n"), L"a=1 ");
+    EXPECT_EQ(RowsOf("\xEF\xBB\xBF\r\n File , ANGLE\r\na,90\r\n"), L"a=1 ");
+    EXPECT_EQ(TableOf("a,90\nfile,angle\n").problems,
+              Problems{"line 2: angle is no angle: give 0, 90, 180, 270, -90 or -180"});
+    EXPECT_EQ(RowsOf("file,90\n"), L"file=1 ");
+}
+
+TEST(AngleTable, KeepsNamesAsTheyStand) {
+    EXPECT_EQ(RowsOf("\"a, b.3bcoef\",90\n c ,0\nwall/\u7BB1.3bcoef,180\n"),
+              L"a, b.3bcoef=1  c =0 wall/\u7BB1.3bcoef=2 ");
+}
+
+TEST(AngleTable, NamesEveryLineThatIsWrong) {
+    const SAngleTable table = TableOf("a,90\nb,45\n\nc\nd,90,1\n,90\na,180\n\xFF,90\ne,0x5A\nf,\n"
+                                      "\"g");
+    EXPECT_EQ(table.problems,
+              (Problems{"line 11: a quote is not closed",
+                        "line 2: 45 is no angle: give 0, 90, 180, 270, -90 or -180",
+                        "line 4: has 1 field: give a file and its angle, with a comma between",
+                        "line 5: has 3 fields: give a file and its angle, with a comma between",
+                        "line 6: has no file: give its name, or * for all that have no row",
+                        "line 7: a stands in line 1 already",
+                        "line 8: the file's name is not valid UTF-8: save the table as UTF-8",
+                        "line 9: 0x5A is no angle: give 0, 90, 180, 270, -90 or -180",
+                        "line 10:  is no angle: give 0, 90, 180, 270, -90 or -180"}));
+    ASSERT_EQ(table.rows.size(), 1U);
+    EXPECT_EQ(table.rows[0].name, L"a");
+}
+
+TEST(AngleTable, IsNothingWithoutARow) {
+    for (const char* text : {"", "\n\n", "file,angle\n"})
+        EXPECT_EQ(TableOf(text).problems,
+                  Problems{"holds no row: give a file and its angle a line"});
+}
+
+TEST(AngleTable, ThatDoesNotOpenIsTold) {
+    const test::CTemporaryFolder folder;
+    EXPECT_EQ(ReadAngleTable(folder.File(L"none")).problems,
+              Problems{"cannot be opened: No such file or directory"});
+}
+
+} // namespace
+} // namespace trevolt

@@ -1,0 +1,69 @@
+#include "app/rotation/CsvTable.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/TestFiles.h"
+
+namespace trevolt {
+namespace {
+
+using Fields = std::vector<std::string>;
+
+/// "line: field|field" a row.
+std::vector<std::string> Rows(std::string_view text) {
+    std::vector<std::string> rows;
+    for (const SCsvRow& row : SplitCsv(text).rows) {
+        std::string shown = std::to_string(row.line) + ":";
+        for (const std::string& field : row.fields)
+            shown += field + "|";
+        rows.push_back(shown);
+    }
+    return rows;
+}
+
+TEST(CsvTable, SplitsLinesAndFields) {
+    EXPECT_EQ(Rows(""), Fields{});
+    EXPECT_EQ(Rows("a,1"), Fields{"1:a|1|"});
+    EXPECT_EQ(Rows("a,1\nb,2\n"), (Fields{"1:a|1|", "2:b|2|"}));
+    EXPECT_EQ(Rows("a,1\r\nb,2\r\n"), (Fields{"1:a|1|", "2:b|2|"}));
+    EXPECT_EQ(Rows("\xEF\xBB\xBF"
+                   "a,1\n"),
+              Fields{"1:a|1|"});
+    EXPECT_EQ(Rows("\n \n\r\na\n,\n"), (Fields{"4:a|", "5:||"}));
+    EXPECT_EQ(Rows(" a b , 1,"), Fields{"1: a b | 1||"});
+    EXPECT_EQ(Rows("a\rb,1"), Fields{"1:a\rb|1|"});
+}
+
+TEST(CsvTable, TakesQuotedFields) {
+    EXPECT_EQ(Rows("\"a,b\",1\n"), Fields{"1:a,b|1|"});
+    EXPECT_EQ(Rows("\"a\"\"b\",\"\"\n"), Fields{"1:a\"b||"});
+    EXPECT_EQ(Rows("\"a\nb\",1\nc,2"), (Fields{"1:a\nb|1|", "3:c|2|"}));
+    EXPECT_EQ(Rows("a\"b,1"), Fields{"1:a\"b|1|"});
+}
+
+TEST(CsvTable, NamesLinesThatAreWrong) {
+    const SCsvTable table = SplitCsv("a,1\n\"b\"x,2\n\"c\nd,3");
+    EXPECT_EQ(table.problems,
+              (Fields{"line 2: text follows a closing quote: put two quotes for one",
+                      "line 3: a quote is not closed"}));
+    ASSERT_EQ(table.rows.size(), 1U);
+    EXPECT_EQ(table.rows[0].fields, (Fields{"a", "1"}));
+}
+
+TEST(CsvTable, TellsWhyAFileCannotBeRead) {
+    const test::CTemporaryFolder folder;
+    EXPECT_EQ(ReadCsv(folder.File(L"none")).problems,
+              Fields{"cannot be opened: No such file or directory"});
+    EXPECT_EQ(ReadCsv(folder.Path()).problems, Fields{"cannot be opened: Is a directory"});
+    test::WriteText(folder.File(L"table"), "a,1\n");
+    EXPECT_EQ(ReadCsv(folder.File(L"table")).rows.size(), 1U);
+}
+
+TEST(CsvTable, TrimsBlanks) {
+    EXPECT_EQ(TrimmedField(" \ta b\t "), "a b");
+    EXPECT_EQ(TrimmedField(" \t"), "");
+    EXPECT_EQ(TrimmedField(""), "");
+}
+
+} // namespace
+} // namespace trevolt
