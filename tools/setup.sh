@@ -1,7 +1,7 @@
 #!/bin/sh
 # Installs the Debian packages that the named jobs need and that are missing.
 #
-#   tools/setup.sh build|test|format|lint|asan|coverage|bench|fuzz|windows|arm64|bare ...
+#   tools/setup.sh build|test|format|lint|asan|coverage|bench|fuzz|windows|arm64|bare|cluster ...
 #
 # Nothing else is changed on the machine. Runs as root, or through sudo.
 set -eu
@@ -10,12 +10,13 @@ packages_for() {
     case "$1" in
         build) echo g++ cmake ninja-build pkg-config liblz4-dev libxxhash-dev libcli11-dev libfmt-dev \
             nlohmann-json3-dev libssl-dev ;;
-        test) packages_for build; echo libgtest-dev locales lz4 python3 python3-jsonschema \
-            python3-lz4 ;;
+        test) packages_for build; echo jq libgtest-dev locales lz4 parallel python3 \
+            python3-jsonschema python3-lz4 ;;
         format) echo clang-format ;;
         lint) packages_for test; echo clang-tidy ;;
         bench) packages_for build; echo libbenchmark-dev lz4 python3 python3-lz4 python3-numpy ;;
         coverage) packages_for test; echo gcovr ;;
+        cluster) packages_for build; echo hostname jq munge parallel procps python3 slurm-client slurmctld slurmd ;;
         asan | fuzz) packages_for test; echo clang libclang-rt-14-dev ;;
         windows) packages_for test; echo g++-mingw-w64-x86-64-posix dpkg-dev wine wine64 xvfb \
             fonts-wine fonts-dejavu-core fonts-droid-fallback fonts-nanum fonts-tlwg-waree-ttf ;;

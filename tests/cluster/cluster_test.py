@@ -1,0 +1,153 @@
+#!/usr/bin/python3
+"""A folder that is turned in shards, by GNU Parallel or as a Slurm job array.
+
+    cluster_test.py PROGRAM ENGINE CABINETS
+
+ENGINE is parallel, or slurm, which must be up (tools/with-slurm.sh). One shard of eight is killed in the middle
+and started again; what all of them wrote is compared file by file with one run's.
+"""
+import json
+import os
+import pathlib
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+SAMPLES = ROOT / 'samples' / 'cabinet'
+EXAMPLES = ROOT / 'examples' / 'cluster'
+SHARDS = 8
+KILLED = 3
+KINDS = ('9fcoef', '3fcoef', '9bcoef', '3bcoef', '9wcoef', '3wcoef', '4wcoef', '12wcoef', 'cccoef')
+
+
+def check(is_right, what):
+    if not is_right:
+        raise SystemExit(f'cluster: {what}')
+
+
+def make_wall(folder, count):
+    folder.mkdir()
+    samples = [next(SAMPLES.glob(f'*.{kind}')) for kind in KINDS]
+    for i in range(count):
+        sample = samples[i % len(samples)]
+        shutil.copyfile(sample, folder / f'Cab_{i:05}{sample.suffix}')
+
+
+class Place:
+    def __init__(self, program, folder, count):
+        self.program, self.count = program, count
+        self.wall, self.turned = folder / 'wall', folder / 'turned'
+        self.whole, self.reports = folder / 'whole', folder / 'reports'
+        make_wall(self.wall, count)
+        for made in (self.turned, self.reports):
+            made.mkdir()
+
+    def environment(self):
+        return dict(os.environ, TREVOLT_CLI=str(self.program), SOURCE=str(self.wall),
+                    TARGET=str(self.turned), REPORTS=str(self.reports))
+
+    def turn_whole(self):
+        done = subprocess.run([self.program, 'rotate', '--angle', '90', self.wall, self.whole],
+                              stdout=subprocess.DEVNULL, check=False)
+        check(done.returncode == 0, 'the one run fails')
+
+    def start_task(self, number):
+        """The job file as an array's task."""
+        return subprocess.Popen(
+            ['sh', EXAMPLES / 'rotate.sbatch'],
+            env=self.environment() | {'SLURM_ARRAY_TASK_ID': str(number),
+                                      'SLURM_ARRAY_TASK_COUNT': str(SHARDS),
+                                      'SLURM_CPUS_PER_TASK': '1'})
+
+    def turned_count(self):
+        return sum(name.startswith('Cab_') for name in os.listdir(self.turned))
+
+    def half_a_shard(self):
+        return self.count // SHARDS // 2
+
+    def kill_in_the_middle(self):
+        """A shard that has done something and not all."""
+        task = self.start_task(KILLED)
+        while self.turned_count() < self.half_a_shard():
+            check(task.poll() is None, 'the shard that is to be killed ends before it is')
+            time.sleep(0.001)
+        task.send_signal(signal.SIGKILL)
+        task.wait()
+
+    def check_outputs(self):
+        names = sorted(os.listdir(self.whole))
+        check(len(names) == self.count, f'the one run wrote {len(names)} files')
+        check(sorted(os.listdir(self.turned)) == names, 'the shards wrote other files')
+        for name in names:
+            check((self.turned / name).read_bytes() == (self.whole / name).read_bytes(),
+                  f'{name} differs')
+
+    def check_report(self):
+        merged = subprocess.run(['jq', '--slurp', '--from-file', EXAMPLES / 'merge-reports.jq',
+                                 *sorted(self.reports.glob('shard-*.json'))],
+                                stdout=subprocess.PIPE, check=True)
+        report = json.loads(merged.stdout)
+        check(report['shards'] == report['shards_ended'] == SHARDS, 'a shard has no summary')
+        check(report['written'] + report['skipped'] == self.count and report['failed'] == 0,
+              'the report does not add up')
+        check(report['skipped'] >= self.half_a_shard() - 1, 'the restarted shard began anew')
+        check([file['name'] for file in report['files']] == sorted(os.listdir(self.wall)),
+              'the report lacks files')
+        return report
+
+
+def run_parallel(place):
+    place.kill_in_the_middle()
+    command = ('SLURM_ARRAY_TASK_ID={} SLURM_ARRAY_TASK_COUNT=%d sh %s' %
+               (SHARDS, EXAMPLES / 'rotate.sbatch'))
+    subprocess.run(['parallel', '--will-cite', '-j', '2', command, ':::',
+                    *map(str, range(1, SHARDS + 1))], env=place.environment(), check=True)
+
+
+def told(*command, **options):
+    return subprocess.run(command, stdout=subprocess.PIPE, text=True, check=True,
+                          **options).stdout.strip()
+
+
+def await_end(job):
+    while told('squeue', '--noheader', '--job', job):
+        time.sleep(0.2)
+
+
+def run_slurm(place):
+    """The scheduler itself starts the killed task again."""
+    job = told('sbatch', '--parsable', f'--chdir={place.reports}', '--output=/dev/null',
+               '--export=ALL', str(EXAMPLES / 'rotate.sbatch'), env=place.environment())
+    report = place.reports / f'shard-{KILLED}.json'
+    while not report.exists() or len(report.read_text(encoding='utf-8').split('\n')) < \
+            place.half_a_shard():
+        time.sleep(0.001)
+    subprocess.run(['pkill', '-KILL', '-f', '--', f'--shard {KILLED}/{SHARDS} '], check=True)
+    await_end(job)
+    check('"summary"' not in report.read_text(encoding='utf-8'), 'the killed shard has a summary')
+    told('scontrol', 'requeue', f'{job}_{KILLED}')
+    time.sleep(1)
+    await_end(job)
+
+
+ENGINES = {'parallel': run_parallel, 'slurm': run_slurm}
+
+
+def main():
+    program, engine, count = pathlib.Path(sys.argv[1]).resolve(), sys.argv[2], int(sys.argv[3])
+    with tempfile.TemporaryDirectory() as folder:
+        place = Place(program, pathlib.Path(folder), count)
+        place.turn_whole()
+        ENGINES[engine](place)
+        place.check_outputs()
+        report = place.check_report()
+    print(f'{count} cabinets in {SHARDS} shards by {engine}: as one run; '
+          f'{report["skipped"]} skipped behind the restart')
+
+
+if __name__ == '__main__':
+    main()
