@@ -212,8 +212,8 @@ class CCaliBuf {
     // indices that are not those of the places; and a file, bytes behind its last chunk. A record whose
     // chunk fails still holds its pixels. It is the file that is measured: neither clip nor blocks of
     // the store count. A band read takes a part, which may leave out anything, and notes nothing; a
-    // single-word store, whose words stand beside a matrix store's, notes the bytes behind it
-    // alone. Without memory for counting pixels the read goes on, and the report tells of the
+    // single-word store, whose words stand beside a matrix store's, notes the bytes behind it and the
+    // pixels without a word alone. Without memory for counting pixels the read goes on, and the report tells of the
     // refusal.
 
     /// Reads the chunk file that starts at the current position and moves it so that its origin

@@ -50,9 +50,13 @@ std::uint64_t DataBytes(const SChunkDirectory& directory) {
 
 std::optional<SCoverage> NoteStructure(const SChunkDirectory& directory, const SChunkHeader& header,
                                        std::uint64_t x, std::uint64_t y, std::size_t elemSize) {
-    if (elemSize == sizeof(SWordCoef))
-        return std::nullopt;
     const SStatedArea area{x, y, x + header.width, y + header.height};
+    if (elemSize == sizeof(SWordCoef)) {
+        const auto coverage = MeasureCoverage(directory, area);
+        if (coverage)
+            CTransferReport::NoteMissingExtraWords(coverage->missing);
+        return coverage;
+    }
     CTransferReport::NoteChunksOutside(
         CountChunks(directory, elemSize,
                     [&](const SChunkRecord& record) { return !LiesWithin(record, area); }));

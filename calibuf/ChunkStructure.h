@@ -16,9 +16,9 @@ namespace trevolt {
 /// Measures how a directory holds the area whose left top is (x, y), in the records' own coordinates,
 /// and whose size the header states. Notes in the thread's transfer report what is missing, what is
 /// repeated, chunks that reach out of the area, and those with a block index that is not that of their
-/// place. Nothing is noted of a part for single words (`elemSize` 2): extra words go beside a matrix
-/// store, whose part of the file is the one that counts. Time and memory are in proportion to the
-/// records. Nothing then, and as `MeasureCoverage`.
+/// place. Of a part for single words (`elemSize` 2) only the pixels without one are noted, as such:
+/// extra words go beside a matrix store, whose part of the file is the one that counts. Time and
+/// memory are in proportion to the records. Nothing as `MeasureCoverage`.
 std::optional<SCoverage> NoteStructure(const SChunkDirectory& directory, const SChunkHeader& header,
                                        std::uint64_t x, std::uint64_t y, std::size_t elemSize);
 

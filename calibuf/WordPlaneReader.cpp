@@ -267,6 +267,7 @@ Status PassOverChunks(std::istream& stream, const SChunkHeader& header,
     if (Failed(status))
         return status;
     const SChunkDirectory directory{records.Data(), header.recordCount, kind.planeCount};
+    NoteStructure(directory, header, header.originX, header.originY, kind.elemSize);
     NoteStrayBytes(stream, directory, header, kind.elemSize);
     CSizedTarget target(header);
     return ReadChunks(stream, directory, kind.elemSize, target, PlacementOf(header),

@@ -54,6 +54,11 @@ void CTransferReport::NoteRepeatedPixels(std::uint64_t count) {
         AddUpToMost(report->m_repeatedPixels, count);
 }
 
+void CTransferReport::NoteMissingExtraWords(std::uint64_t count) {
+    for (CTransferReport* report = t_innermost; report != nullptr; report = report->m_outer)
+        AddUpToMost(report->m_missingExtraWords, count);
+}
+
 void CTransferReport::NoteChunksOutside(std::uint32_t count) {
     for (CTransferReport* report = t_innermost; report != nullptr; report = report->m_outer)
         report->m_chunksOutside += count;

@@ -79,6 +79,14 @@ std::vector<std::string> DescribeReadProblems(Status status, const CTransferRepo
     return problems;
 }
 
+std::vector<std::string> DescribeExtraWordProblems(const CTransferReport& report) {
+    const std::uint64_t count = report.MissingExtraWords();
+    if (count == 0)
+        return {};
+    return {fmt::format("is incomplete: {} {} no extra word", count,
+                        count == 1 ? "pixel has" : "pixels have")};
+}
+
 std::vector<std::string> DescribeReadNotes(const CTransferReport& report) {
     std::vector<std::string> notes;
     if (const std::uint32_t count = report.ForeignIndices(); count != 0)

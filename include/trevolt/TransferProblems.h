@@ -13,6 +13,10 @@ namespace trevolt {
 /// What a load lacks, one entry each; none when the file is whole in the map.
 std::vector<std::string> DescribeReadProblems(Status status, const CTransferReport& report);
 
+/// What the extra words of a file lack that was read with all of its pixels, for who keeps them; none
+/// when they are whole or there are none.
+std::vector<std::string> DescribeExtraWordProblems(const CTransferReport& report);
+
 /// What is unusual about a file that was read, and what was done to its values, as far as neither is a
 /// problem; one entry each.
 std::vector<std::string> DescribeReadNotes(const CTransferReport& report);

@@ -37,6 +37,10 @@ class CTransferReport {
     std::uint64_t MissingPixels() const { return m_missingPixels; }
     /// Pixels of word files' stated sizes that several of their chunks hold; limited as above.
     std::uint64_t RepeatedPixels() const { return m_repeatedPixels; }
+    /// Pixels of word files' stated sizes whose extra word no chunk of their part for extra words
+    /// holds; limited as above. What counts for the file is its matrix part: this counts for who
+    /// keeps extra words.
+    std::uint64_t MissingExtraWords() const { return m_missingExtraWords; }
     /// Chunks that reach out of their word file's stated area. Whole blocks that it touches may.
     std::uint32_t ChunksOutside() const { return m_chunksOutside; }
     /// Bytes of word files behind their last chunk that are no part for extra words.
@@ -59,6 +63,7 @@ class CTransferReport {
     static void NoteFailedChunks(std::uint32_t count);
     static void NoteMissingPixels(std::uint64_t count);
     static void NoteRepeatedPixels(std::uint64_t count);
+    static void NoteMissingExtraWords(std::uint64_t count);
     static void NoteChunksOutside(std::uint32_t count);
     static void NoteStrayBytes(std::uint64_t count);
     static void NoteForeignIndices(std::uint32_t count);
@@ -75,6 +80,7 @@ class CTransferReport {
     std::uint32_t m_failedChunks = 0;
     std::uint64_t m_missingPixels = 0;
     std::uint64_t m_repeatedPixels = 0;
+    std::uint64_t m_missingExtraWords = 0;
     std::uint32_t m_chunksOutside = 0;
     std::uint64_t m_strayBytes = 0;
     std::uint32_t m_foreignIndices = 0;
