@@ -56,6 +56,11 @@ SChunkHeader DecodeChunkHeader(const std::byte* bytes);
 /// has failed, when it ends before; the fields are not checked.
 std::optional<SChunkHeader> ReadChunkHeader(std::istream& stream);
 
+/// Whether a header can lead to a directory there.
+constexpr bool IsDirectoryOffset(std::streamoff position) {
+    return position >= 0 && position <= std::streamoff{UINT32_MAX};
+}
+
 /// Writes the header's 168 bytes at the stream's position.
 void WriteChunkHeader(std::ostream& stream, const SChunkHeader& header);
 

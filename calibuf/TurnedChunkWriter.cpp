@@ -84,8 +84,9 @@ class CTurnedChunk {
 
     void Make(const CWordPlanes& planes, const SPlaneTurn& turn, const STurnedPiece& piece) {
         m_record = MakeChunkRecord(piece.index, piece.rect);
+        const SPixelRect rect = turn.InPicture(piece.rect);
         for (std::size_t k = 0; k < planes.Kind().wordCount; ++k)
-            GatherTurned(turn.code, turn.size.width, turn.size.height, piece.rect,
+            GatherTurned(turn.code, turn.size.width, turn.size.height, rect,
                          CPlaneRows(planes, k, turn.beyond[k]), m_codec.Plane(k),
                          piece.rect.Width());
         m_record.totalSize =
@@ -121,8 +122,15 @@ std::vector<CTurnedChunk> MakeChunks(std::size_t count, const WordElementKind& k
 
 SPixelRect SPlaneTurn::Rect() const {
     const PixelSize turned = CQuarterTurn(code, size.width, size.height).TurnedSize();
-    return {0, 0, static_cast<std::int32_t>(turned.width),
-            static_cast<std::int32_t>(turned.height)};
+    return {static_cast<std::int32_t>(place.x), static_cast<std::int32_t>(place.y),
+            static_cast<std::int32_t>(place.x + turned.width),
+            static_cast<std::int32_t>(place.y + turned.height)};
+}
+
+SPixelRect SPlaneTurn::InPicture(const SPixelRect& rect) const {
+    const auto left = static_cast<std::int32_t>(place.x);
+    const auto top = static_cast<std::int32_t>(place.y);
+    return {rect.left - left, rect.top - top, rect.right - left, rect.bottom - top};
 }
 
 Status WriteTurnedChunks(std::ostream& stream, const CWordPlanes& planes, const SPlaneTurn& turn,

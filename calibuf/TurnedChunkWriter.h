@@ -20,9 +20,13 @@ struct SPlaneTurn {
     PixelSize size;
     std::uint32_t code;
     std::array<std::uint16_t, kMaxWords> beyond;
+    /// Where the turned picture's left top comes in the store, which holds all of it.
+    PixelPosition place{};
 
     /// The turned picture.
     SPixelRect Rect() const;
+    /// A part of it, counted from its left top.
+    SPixelRect InPicture(const SPixelRect& rect) const;
 };
 
 /// Writes the turned pixels of planes at the stream's position, to the bytes that

@@ -27,6 +27,10 @@ class CCNewChromaCorrectCoef final : public CMapCorrectCoef<S9WordCoef> {
     void SetExtraStoreOwner(std::unique_ptr<CCaliOperation<SWordCoef>> owner) {
         m_second.owner = std::move(owner);
     }
+    /// Hands the extra-word store over; the object is left without one.
+    std::unique_ptr<CCaliOperation<SWordCoef>> TakeExtraStoreOwner() {
+        return std::move(m_second.owner);
+    }
     /// A pixel's extra word, null when it is missing.
     SWordCoef* FindExtraWord(std::uint32_t x, std::uint32_t y) {
         return m_second.owner ? m_second.owner->Find(x, y) : nullptr;

@@ -136,8 +136,7 @@ Status WriteExtraWordStream(const CCaliBuf* matrix, const CCaliBuf* extra, std::
     stream.seekp(0, std::ios::end);
     const std::streamoff extraStart = stream.tellp();
     // Where no header can lead to the extra words they are left out, and the matrix still loads.
-    const bool isReachable =
-        extraStart >= 0 && extraStart <= std::streamoff{std::numeric_limits<std::uint32_t>::max()};
+    const bool isReachable = IsDirectoryOffset(extraStart);
     if (isReachable) {
         header.directoryOffset = static_cast<std::uint32_t>(extraStart);
         if (extra != nullptr && hasColumns)

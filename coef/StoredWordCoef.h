@@ -12,7 +12,9 @@ namespace trevolt {
 /// Loads the word file of the kind that begins at the stream's position. It is the kind's own when it
 /// has one of the kind's identifiers and sides up to 65535. Of a file with extra words the matrix part
 /// is loaded and the other is looked through for damage. The stream then stands anywhere and may
-/// have failed. The decoding is shared among `threads` threads at most.
-SStoredLoad LoadStoredWordCoef(EWordKind kind, std::istream& stream, std::size_t threads);
+/// have failed. The decoding is shared among `threads` threads at most. Extras that are to be kept are
+/// loaded, too; of extra words that are damaged what could be read, and 0 for the others.
+SStoredLoad LoadStoredWordCoef(EWordKind kind, std::istream& stream, std::size_t threads,
+                               const SExtrasOfTurn& extras = {});
 
 } // namespace trevolt

@@ -11,6 +11,31 @@
 
 namespace trevolt {
 
+/// Copies the pixels of `rect`, a rectangle with columns and rows and edges of 0 and more, each to
+/// where a known `mode` puts it when the turned rectangle's left top is at (left, top) of `target`,
+/// whose blocks there are allocated. Pixels past the store's size or missing there stay as they are.
+template <class Element>
+void PutTurned(const CCaliBuf& store, const SPixelRect& rect, std::uint32_t mode, CCaliBuf& target,
+               std::uint32_t left, std::uint32_t top) {
+    SStoreRect source{static_cast<std::uint64_t>(rect.left), static_cast<std::uint64_t>(rect.top),
+                      static_cast<std::uint64_t>(rect.Width()),
+                      static_cast<std::uint64_t>(rect.Height())};
+    if (Failed(CutToStore(&store, &target, source)))
+        return; // all of it lies outside
+    const CQuarterTurn turn(mode, rect.Width(), rect.Height());
+    ForEachElementRun<Element>(
+        store, source,
+        [&](const Element* run, std::uint32_t count, std::uint64_t x, std::uint64_t y) {
+            for (std::uint32_t i = 0; i < count; ++i) {
+                const PixelPosition to =
+                    turn.Turned(static_cast<std::int64_t>(x) + i, static_cast<std::int64_t>(y));
+                *reinterpret_cast<Element*>(
+                    target.FindElement(left + static_cast<std::uint32_t>(to.x),
+                                       top + static_cast<std::uint32_t>(to.y))) = run[i];
+            }
+        });
+}
+
 /// Sizes `target` to the turned rectangle and copies the rectangle's pixels into it, each where
 /// `mode` puts it; pixels that the store's size does not hold, or that are missing, become the
 /// default. E_COEF_INVALIDARG for a store without a size, an empty rectangle or one with negative
@@ -27,21 +52,7 @@ Status CopyTurned(const CCaliBuf& store, const SPixelRect& rect, std::uint32_t m
     const auto height = static_cast<std::uint32_t>(size.height);
     if (!target.HasRoomFor(width, height) || Failed(target.Allocate(width, height)))
         return E_FAIL;
-    SStoreRect source{static_cast<std::uint64_t>(rect.left), static_cast<std::uint64_t>(rect.top),
-                      static_cast<std::uint64_t>(rect.Width()),
-                      static_cast<std::uint64_t>(rect.Height())};
-    if (Failed(CutToStore(&store, &target, source)))
-        return S_OK; // all of it lies outside
-    ForEachElementRun<Element>(
-        store, source,
-        [&](const Element* run, std::uint32_t count, std::uint64_t left, std::uint64_t y) {
-            for (std::uint32_t i = 0; i < count; ++i) {
-                const PixelPosition to =
-                    turn.Turned(static_cast<std::int64_t>(left) + i, static_cast<std::int64_t>(y));
-                *reinterpret_cast<Element*>(target.FindElement(
-                    static_cast<std::uint32_t>(to.x), static_cast<std::uint32_t>(to.y))) = run[i];
-            }
-        });
+    PutTurned<Element>(store, rect, mode, target, 0, 0);
     return S_OK;
 }
 

@@ -6,12 +6,22 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <ostream>
 
 #include "trevolt/QuarterTurn.h"
 #include "trevolt/StatusCodes.h"
 
 namespace trevolt {
+
+/// What becomes of that which a file holds beside the coefficients of its pixels: extra words, the
+/// owner's name and flag, and the place of its left top among the pixels of the wall, its origin.
+struct SExtrasOfTurn {
+    bool areKept = false;
+    /// The wall's size before the turn, in whose pixels a kept origin is turned; without it the origin
+    /// stays.
+    std::optional<PixelSize> wall;
+};
 
 class CStoredCoef {
   public:
@@ -25,9 +35,12 @@ class CStoredCoef {
     /// Writes the top-left `size` pixels, turned by a known code (1 to 3), as a file of the kind at
     /// the stream's position, byte for byte what the kind's writer makes of a turned map; pixels
     /// beyond the read ones are the stored form of a map's default element. Both sides of `size` are 1
-    /// to 65535. The work is shared among `threads` threads at most; the bytes do not depend on their
-    /// number. E_FAIL when the stream fails or memory is refused, which the thread's transfer report
-    /// hears of; the file is not whole then.
+    /// to 65535. Of extras that were loaded to be kept the file has those of the source, turned with its
+    /// pixels: pixels beyond the read ones have the extra word 0. The work is shared among `threads` threads at most; the bytes do not depend on their
+    /// number. E_COEF_INVALIDARG, with nothing written, when the kept origin has no place; E_FAIL
+    /// when the stream fails or memory is refused, which the thread's transfer report hears of, or
+    /// when the matrix part ends past 4 GiB, behind which no extra words can be found; the file is
+    /// not whole then.
     virtual Status WriteTurned(std::ostream& stream, const PixelSize& size, std::uint32_t code,
                                std::size_t threads) const = 0;
 

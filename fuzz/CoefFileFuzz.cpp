@@ -121,7 +121,7 @@ std::optional<STurned> TurnStored(std::span<const std::byte> input, const SWrite
         return std::nullopt;
     std::istringstream stream = StreamOf(input);
     const CTransferReport report;
-    const SStoredLoad load = kind->load(stream, threads);
+    const SStoredLoad load = kind->load(stream, threads, {});
     if (load.coef == nullptr)
         return std::nullopt;
     std::ostringstream written(std::ios::binary);

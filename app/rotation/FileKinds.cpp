@@ -20,6 +20,7 @@ namespace {
 struct SKindRow {
     SFileKind kind;
     SStoredKind stored;
+    std::optional<EWordKind> wordKind = std::nullopt;
 };
 
 template <class Kind>
@@ -42,7 +43,10 @@ constexpr SKindRow BinaryFileKind(std::wstring_view extension, int exportOrder) 
                  return ReadBinaryCoefSize<Kind>(stream, width, height);
              },
              nullptr},
-            {Kind::kStoredBytes, E_COEF_OPENFAILED, LoadStoredBinaryCoef<Kind>}};
+            {Kind::kStoredBytes, E_COEF_OPENFAILED,
+             [](std::istream& stream, std::size_t threads, const SExtrasOfTurn& /*none*/) {
+                 return LoadStoredBinaryCoef<Kind>(stream, threads);
+             }}};
 }
 
 /// Takes every pixel that the file names, at its own place; the sizes that it tells are not needed.
@@ -67,8 +71,8 @@ Status ReadTextSize(File file, std::uint32_t& width, std::uint32_t& height) {
 template <EWordKind Kind>
 constexpr SStoredKind kStoredWords = VisitElementOf(Kind, SStoredKind{}, []<class Element>() {
     return SStoredKind{sizeof(Element), kWordKind<Element>.outputOpenFailed,
-                       [](std::istream& stream, std::size_t threads) {
-                           return LoadStoredWordCoef(Kind, stream, threads);
+                       [](std::istream& stream, std::size_t threads, const SExtrasOfTurn& extras) {
+                           return LoadStoredWordCoef(Kind, stream, threads, extras);
                        }};
 });
 
@@ -92,7 +96,8 @@ constexpr SKindRow WordFileKind(std::wstring_view extension, int exportOrder) {
                  return ReadWordCoefSize(Kind, stream, width, height);
              },
              DescribeWordFileLosses},
-            kStoredWords<Kind>};
+            kStoredWords<Kind>,
+            Kind};
 }
 
 constexpr SKindRow TextFileKind(std::wstring_view extension, int exportOrder) {
@@ -151,6 +156,10 @@ const SStoredKind* FindStoredKind(std::wstring_view name) {
         return nullptr;
     const SStoredKind& stored = kRows[static_cast<std::size_t>(kind - kFileKinds.data())].stored;
     return stored.load == nullptr ? nullptr : &stored;
+}
+
+std::optional<EWordKind> FindWordKind(const SFileKind& kind) {
+    return kRows[static_cast<std::size_t>(&kind - kFileKinds.data())].wordKind;
 }
 
 std::wstring ExportName(std::wstring_view name, std::wstring_view angle) {

@@ -14,6 +14,7 @@
 #include "app/rotation/Manifest.h"
 #include "app/rotation/SourceFile.h"
 #include "app/rotation/StoredKinds.h"
+#include "app/rotation/WordExtras.h"
 #include "coef/WordObjects.h"
 #include "common/WrittenFile.h"
 #include "platform/FileStream.h"
@@ -63,7 +64,8 @@ class CFileRotation {
           m_planned(planned),
           m_name(NamePart(planned.name)),
           m_loadKind(*FindLoadKind(m_name)),
-          m_storedKind(FindStoredKind(m_name)) {}
+          m_storedKind(FindStoredKind(m_name)),
+          m_extrasKind(request.keepExtras && !IsCopy() ? FindWordKind(m_loadKind) : std::nullopt) {}
 
     STurnedFile Run() {
         m_outcome.name = WideToShownUtf8(m_planned.name);
@@ -79,7 +81,7 @@ class CFileRotation {
         if (m_interrupted)
             return;
         m_source.Open(m_planned.path);
-        if (!IsWithinBytes() || !SumSource() || !FindSize())
+        if (!IsWithinBytes() || !SumSource() || !FindSize() || !HasPlaceForOrigin())
             return;
         if (!TurnStored())
             TurnThroughMap();
@@ -199,11 +201,26 @@ class CFileRotation {
                         : CQuarterTurn(m_planned.angle.code, size.width, size.height).TurnedSize();
     }
 
+    /// Fails where the file cannot keep its origin.
+    bool HasPlaceForOrigin() {
+        if (!m_extrasKind || !m_source.IsOpen())
+            return true;
+        std::string problem = m_source.TakeOpen([&](std::istream& stream) {
+            return DescribeOriginProblem(*m_extrasKind, stream, m_outcome.size,
+                                         m_planned.angle.code, m_request.wall);
+        });
+        const bool hasPlace = problem.empty();
+        if (!hasPlace)
+            Fail(std::move(problem));
+        return hasPlace;
+    }
+
     /// Turns the file in its own elements; false where only a map can tell or write what it holds.
     bool TurnStored() {
         if (m_storedKind == nullptr || !m_source.IsOpen() || !IsPossibleMap(m_outcome.size))
             return false;
-        if (!m_share.Holds(PixelsOf(m_outcome.size) * m_storedKind->elementBytes)) {
+        if (!m_share.Holds(PixelsOf(m_outcome.size) *
+                           (m_storedKind->elementBytes + ExtraBytes()))) {
             FailForMemory();
             return true;
         }
@@ -213,8 +230,9 @@ class CFileRotation {
         const std::size_t threads =
             1 + part.Extend(kThreadBytes, std::min(m_share.ThreadsOfOne(), MostThreads()) - 1);
         const CTransferReport report;
-        const SStoredLoad source = m_source.TakeOpen(
-            [&](std::istream& stream) { return m_storedKind->load(stream, threads); });
+        const SStoredLoad source = m_source.TakeOpen([&](std::istream& stream) {
+            return m_storedKind->load(stream, threads, KeptExtras());
+        });
         if (source.coef == nullptr)
             return false;
         if (!IsTurnable(source.status, report) || report.WasMemoryRefused())
@@ -259,7 +277,7 @@ class CFileRotation {
         const PixelSize turnedSize = TurnedSize();
         const CWorkShare::CPart part(
             m_share, PixelsOf(size) * (2 * kMapBytes + sizeof(SMatrixCoef)) + StoredBytes() +
-                         std::max(LargestStoreBytes(m_ownSize), LargestStoreBytes(turnedSize)) +
+                         std::max(LargestStoreBytes(m_ownSize), TurnedStoreBytes(turnedSize)) +
                          kSideBytes);
         CChromaCorrectCoef source;
         if (m_interrupted || !Size(source) || !Load(source) || m_interrupted)
@@ -274,7 +292,23 @@ class CFileRotation {
             Fail("not enough memory for the turned map");
             return;
         }
-        Save([&](const wchar_t* path) { return FindExportKind(m_name)->save(turned, path); });
+        Save([&](const wchar_t* path) { return SaveMap(turned, path); });
+    }
+
+    Status SaveMap(const CChromaCorrectCoef& turned, const wchar_t* path) const {
+        const SFileKind& kind = *FindExportKind(m_name);
+        const auto wordKind = FindWordKind(kind); // as that of every file that was loaded as one
+        if (m_extras.header && wordKind)
+            return SaveWordCoefFile(*wordKind, turned, path, m_extras, m_planned.angle.code,
+                                    m_request.wall);
+        return kind.save(turned, path);
+    }
+
+    /// A store at a kept origin touches up to a block more in each direction.
+    std::uint64_t TurnedStoreBytes(const PixelSize& size) const {
+        return m_extrasKind
+                   ? LargestStoreBytes({size.width + kBlockWidth, size.height + kBlockHeight})
+                   : LargestStoreBytes(size);
     }
 
     /// So many that what they have on their way stays below the file's own pixels.
@@ -285,8 +319,14 @@ class CFileRotation {
 
     /// The bytes of the file's own pixels in memory.
     std::uint64_t StoredBytes() const {
-        return PixelsOf(m_ownSize) * (m_storedKind == nullptr ? 0 : m_storedKind->elementBytes);
+        return PixelsOf(m_ownSize) *
+               ((m_storedKind == nullptr ? 0 : m_storedKind->elementBytes) + ExtraBytes());
     }
+
+    SExtrasOfTurn KeptExtras() const { return {m_extrasKind.has_value(), m_request.wall}; }
+
+    /// A pixel's bytes beside its own that a file may have and keep.
+    std::uint64_t ExtraBytes() const { return m_extrasKind ? sizeof(SWordCoef) : 0; }
 
     /// Gives the map its memory; without any there is nothing that even a lenient run could write.
     bool Size(CChromaCorrectCoef& source) {
@@ -306,8 +346,10 @@ class CFileRotation {
     /// Loads the map; false when the file is not to be turned.
     bool Load(CChromaCorrectCoef& source) {
         const CTransferReport report;
-        const Status status = m_source.Take(
-            [&](std::istream& stream) { return m_loadKind.loadStream(source, stream); });
+        const Status status = m_source.Take([&](std::istream& stream) {
+            return m_extrasKind ? LoadWordCoefFile(*m_extrasKind, source, stream, m_extras)
+                                : m_loadKind.loadStream(source, stream);
+        });
         return IsTurnable(status, report);
     }
 
@@ -315,6 +357,9 @@ class CFileRotation {
     bool IsTurnable(Status status, const CTransferReport& report) {
         for (std::string& problem : DescribeReadProblems(status, report))
             Fail(std::move(problem));
+        if (m_extrasKind)
+            for (std::string& problem : DescribeExtraWordProblems(report))
+                Fail(std::move(problem));
         NameOtherSize();
         m_outcome.notes = DescribeReadNotes(report);
         return !m_outcome.HasFailed() || m_request.lenient;
@@ -428,7 +473,7 @@ class CFileRotation {
     Status LoadStored(std::istream& stream) {
         const CWorkShare::CPart part(
             m_share, PixelsOf(m_outcome.turnedSize) * m_storedKind->elementBytes + kSideBytes);
-        const SStoredLoad loaded = m_storedKind->load(stream, 1);
+        const SStoredLoad loaded = m_storedKind->load(stream, 1, KeptExtras());
         return loaded.coef == nullptr ? E_COEF_BADFORMAT : loaded.status;
     }
 
@@ -446,7 +491,10 @@ class CFileRotation {
         if (m_loadKind.describeStreamLosses == nullptr || !m_source.IsOpen() || IsCopy())
             return true;
         const CTransferReport report;
-        std::vector<std::string> losses = m_source.TakeOpen(m_loadKind.describeStreamLosses);
+        std::vector<std::string> losses = m_source.TakeOpen([&](std::istream& stream) {
+            return m_extrasKind ? DescribeUnkeptExtras(*m_extrasKind, stream)
+                                : m_loadKind.describeStreamLosses(stream);
+        });
         if (report.HasReadFailed()) {
             for (std::string& problem : DescribeReadProblems(S_OK, report))
                 Fail(std::move(problem));
@@ -467,7 +515,9 @@ class CFileRotation {
     const SPlannedTurn& m_planned;
     const std::wstring m_name; ///< without folders
     const SFileKind& m_loadKind;
-    const SStoredKind* m_storedKind; ///< null when the file must go through a map
+    const SStoredKind* m_storedKind;       ///< null when the file must go through a map
+    std::optional<EWordKind> m_extrasKind; ///< of a word file whose extras are kept
+    SWordExtras m_extras;                  ///< that a map's way has loaded
     CSourceFile m_source;
     std::optional<std::string> m_sourceSum; ///< of an open source, when a manifest is wanted
     bool m_isOtherSizeNamed = false;

@@ -4,10 +4,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <istream>
+#include <optional>
 #include <string_view>
 
 #include "common/StoredCoef.h"
+#include "trevolt/FileKinds.h"
 #include "trevolt/StatusCodes.h"
+#include "trevolt/WordElements.h"
 
 namespace trevolt {
 
@@ -17,14 +20,17 @@ struct SStoredKind {
     std::uint32_t elementBytes;
     /// The answer of the kind's writer when the file to write does not open.
     Status openFailed;
-    /// Loads the file at whose first byte the stream stands, on up to `threads` threads. The function
-    /// is null for a kind that stores no elements.
-    SStoredLoad (*load)(std::istream& stream, std::size_t threads);
+    /// Loads the file at whose first byte the stream stands, on up to `threads` threads, and the extras
+    /// that are to be kept. The function is null for a kind that stores no elements.
+    SStoredLoad (*load)(std::istream& stream, std::size_t threads, const SExtrasOfTurn& extras);
 };
 
 /// The kind by which a file of this name can be turned in its own elements: one that stores elements
 /// and is read and written by the same kind. Null for every other name, also for one that ends in
 /// "9wPCoef": its writer decides by that what the file holds besides.
 const SStoredKind* FindStoredKind(std::wstring_view name);
+
+/// The word kind that a row of the table stands for; nothing for other kinds.
+std::optional<EWordKind> FindWordKind(const SFileKind& kind);
 
 } // namespace trevolt

@@ -75,7 +75,7 @@ class StoredTurn : public testing::Test {
     bool IsTurnedInItsElements(const std::wstring& name) const {
         const SStoredKind* const kind = FindStoredKind(name);
         std::istringstream stream = StreamOf(ReadFile(m_source.File(name)));
-        return kind != nullptr && kind->load(stream, 1).coef != nullptr;
+        return kind != nullptr && kind->load(stream, 1, {}).coef != nullptr;
     }
 
     /// What the way through a map tells of the file, and the bytes that it makes.

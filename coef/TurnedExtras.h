@@ -1,0 +1,24 @@
+// What becomes of a word file's origin when the file is turned and keeps it.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "calibuf/ChunkLayout.h"
+#include "coef/WordKind.h"
+#include "trevolt/QuarterTurn.h"
+
+namespace trevolt {
+
+/// Whether the header is that of a file which the kind loads, so that its extras are the file's own.
+bool IsHeaderOf(const SWordKind& kind, const SChunkHeader& header);
+
+/// Where the left top of the file's first `size` pixels comes by a turn of a known code: with the
+/// whole wall, or without a wall where it was. Nothing when they do not lie within the wall.
+std::optional<PixelPosition> TurnedOrigin(const SChunkHeader& header, const PixelSize& size,
+                                          std::uint32_t code, const std::optional<PixelSize>& wall);
+
+/// Whether a store, and so a word file, has room for pixels at that place.
+bool IsInGrid(const PixelPosition& place, const PixelSize& size);
+
+} // namespace trevolt
