@@ -471,8 +471,9 @@ class CFileRotation {
     }
 
     Status LoadStored(std::istream& stream) {
-        const CWorkShare::CPart part(
-            m_share, PixelsOf(m_outcome.turnedSize) * m_storedKind->elementBytes + kSideBytes);
+        const CWorkShare::CPart part(m_share, PixelsOf(m_outcome.turnedSize) *
+                                                      (m_storedKind->elementBytes + ExtraBytes()) +
+                                                  kSideBytes);
         const SStoredLoad loaded = m_storedKind->load(stream, 1, KeptExtras());
         return loaded.coef == nullptr ? E_COEF_BADFORMAT : loaded.status;
     }
