@@ -83,6 +83,7 @@ void Rotate(benchmark::State& state) {
     request.sources = {Walls().Folder(static_cast<std::size_t>(state.range(0))).wstring()};
     request.targetFolder = Walls().Output().wstring();
     request.sync = false;
+    request.existing = EExistingOutput::Replace;
     for (auto _ : state) {
         CSilentListener listener;
         if (RunRotation(request, interrupted, listener).end != ERotationEnd::AllDone)

@@ -61,6 +61,7 @@ class StoredTurn : public testing::Test {
   protected:
     StoredTurn() {
         m_request.sources = {m_source.Path()};
+        m_request.existing = EExistingOutput::Replace; // tests run again and again
         m_request.targetFolder = m_target.Path();
     }
 
