@@ -36,6 +36,7 @@ constexpr std::array kErrorTexts{
     ErrorText{ENOTDIR, "Not a directory"},
     ErrorText{ENXIO, "No such device or address"},
     ErrorText{EPERM, "Operation not permitted"},
+    ErrorText{EPIPE, "Broken pipe"},
     ErrorText{EROFS, "Read-only file system"},
 #ifdef ESTALE
     ErrorText{ESTALE, "Stale file handle"},

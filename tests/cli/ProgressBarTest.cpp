@@ -10,7 +10,7 @@ using std::chrono::milliseconds;
 TEST(ProgressBar, TellsAllThatFits) {
     const SProgress progress{2, 4, 3'000'000, milliseconds(2000)};
     EXPECT_EQ(ProgressText(progress, 80),
-              "[##############--------------]   50 %  2 of 4 files  1.5 Mpixel/s  2 s left");
+              "[################-----------------]   50 %  2 of 4 files  1.5 Mpixel/s  2 s left");
     EXPECT_EQ(ProgressText(progress, 79).size(), 79U);
 }
 
