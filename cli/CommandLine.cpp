@@ -19,6 +19,15 @@ bool IsNegativeNumber(const std::string& word) {
 
 bool TakesValue(const CLI::Option& option) { return option.get_items_expected_max() > 0; }
 
+/// By its name with dashes; null when there is none. The parser's own search ends the program where
+/// memory is refused.
+const CLI::Option* FindOption(const CLI::App& command, const std::string& name) {
+    for (const CLI::Option* option : command.get_options())
+        if (!option->get_positional() && option->check_name(name))
+            return option;
+    return nullptr;
+}
+
 std::vector<const CLI::Option*> Places(const CLI::App& command) {
     return command.get_options([](const CLI::Option* option) { return option->get_positional(); });
 }
@@ -90,7 +99,7 @@ class CCommandWords {
     void TakeLong(const std::string& word) {
         const std::size_t equals = word.find('=');
         const std::string name = word.substr(0, equals);
-        const CLI::Option* const option = m_command.get_option_no_throw(name);
+        const CLI::Option* const option = FindOption(m_command, name);
         if (option == nullptr)
             return TellUnknown(name, name);
         if (!TakesValue(*option) && equals != std::string::npos) {
@@ -111,8 +120,8 @@ class CCommandWords {
     void TakeShort(const std::string& word) {
         for (std::size_t i = 1; i < word.size(); ++i) {
             const std::string name = {'-', word[i]};
-            const CLI::Option* const option = m_command.get_option_no_throw(name);
-            const bool isLongOne = m_command.get_option_no_throw("-" + word) != nullptr;
+            const CLI::Option* const option = FindOption(m_command, name);
+            const bool isLongOne = FindOption(m_command, "-" + word) != nullptr;
             if (option == nullptr || isLongOne)
                 return TellUnknown(word.size() > 2 ? word : name, "-" + word);
             m_line.words.push_back(name);
@@ -160,7 +169,7 @@ SCommandLine WithoutCommand(const CLI::App& program, const std::vector<std::stri
     if (arguments.empty())
         return {{}, fmt::format("name a command: {}; see trevolt-cli --help", commands)};
     const std::string& word = arguments.front();
-    if (program.get_option_no_throw(word) != nullptr)
+    if (FindOption(program, word) != nullptr)
         return {{word}, {}};
     if (!IsOption(word))
         return {{},

@@ -6,23 +6,21 @@
 #include "app/rotation/DemoWall.h"
 #include "cli/Commands.h"
 #include "cli/OptionGroup.h"
+#include "cli/OptionValues.h"
 #include "cli/ShownText.h"
 #include "platform/FileSystem.h"
 #include "platform/SystemError.h"
-#include "trevolt/Utf8.h"
 
 namespace trevolt {
 namespace {
 
 int WriteDemo(const std::string& folder, bool replaces, bool sync) {
-    const auto wide = Utf8ToWide(folder);
-    if (!wide || !CreateFolders(*wide)) {
-        const std::string reason = wide ? SystemErrorText(errno) : "its name is not valid UTF-8";
-        Complain(fmt::format("the folder {} cannot be made{}{}", folder, reason.empty() ? "" : ": ",
-                             reason));
+    const std::wstring path = ParseFor("FOLDER", "a folder", folder, ParsePath);
+    if (!CreateFolders(path)) {
+        Complain(WithSystemReason(fmt::format("the folder {} cannot be made", folder), errno));
         return kExitUsage;
     }
-    const std::string problem = WriteDemoWall(*wide, replaces, sync);
+    const std::string problem = WriteDemoWall(path, replaces, sync);
     if (!problem.empty()) {
         Complain(fmt::format("{}: {}", folder, problem));
         return kExitSomeFailed;

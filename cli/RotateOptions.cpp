@@ -34,14 +34,15 @@ void AddTurn(CLI::App& command, SRotateOptions& options) {
         ->default_str("each file's own");
     group.AddFlag("--lenient", options.lenient,
                   "Also write what could be read of files that are damaged");
-    group.AddFlag("--keep-extras", options.keepExtras,
-                  "Keep the extra words, the owner and the origin of word files, which are lost "
-                  "otherwise");
+    CLI::Option* keepExtras = group.AddFlag(
+        "--keep-extras", options.keepExtras,
+        "Keep the extra words, the owner and the origin of word files, which are lost "
+        "otherwise");
     group
         .AddValue("--wall", "WIDTHxHEIGHT", options.wall, ParseSize,
                   "Size of the wall in whose pixels kept origins are turned; without it they "
                   "stay as they are")
-        ->needs(command.get_option("--keep-extras"));
+        ->needs(keepExtras);
 }
 
 void AddInputs(CLI::App& command, SRotateOptions& options) {
