@@ -6,7 +6,7 @@
 namespace trevolt {
 namespace {
 
-constexpr const char* kFooter = R"(Examples:
+constexpr const char* kProgramNotes = R"(Examples:
   trevolt-cli demo wall
       writes a small made-up wall of cabinets
   trevolt-cli rotate --angle 90 wall turned
@@ -33,7 +33,7 @@ std::unique_ptr<CLI::App> MakeProgram(int& exitStatus) {
     program->require_subcommand(1);
     program->allow_windows_style_options(false); // a path may begin with a slash on every system
     program->formatter(MakeHelpFormatter());
-    program->footer(kFooter);
+    program->footer(kProgramNotes);
     AddHelp(*program);
     program
         ->set_version_flag("--version", "trevolt-cli " TREVOLT_VERSION,

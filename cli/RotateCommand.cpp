@@ -14,7 +14,7 @@
 namespace trevolt {
 namespace {
 
-constexpr const char* kFooter = R"(Examples:
+constexpr const char* kRotateNotes = R"(Examples:
   trevolt-cli rotate -a 90 measured turned
       turns every coefficient file of the folder measured into turned
   trevolt-cli rotate -a 180 -r --skip-existing wall_a wall_b turned
@@ -90,7 +90,7 @@ void AddRotateCommand(CLI::App& program, int& exitStatus) {
     const auto options = std::make_shared<SRotateOptions>();
     CLI::App* command =
         program.add_subcommand("rotate", "Turn coefficient files into another folder");
-    command->footer(kFooter);
+    command->footer(kRotateNotes);
     AddRotateOptions(*command, *options);
     command->callback([options, &exitStatus] { exitStatus = Rotate(*options); });
 }

@@ -100,6 +100,20 @@ class Flags(CliTest):
         self.expect(self.rotate('--verify', '--overwrite'), 0, self.lines(plain.stdout), [])
         self.assertEqual({p.name: p.read_bytes() for p in self.target.iterdir()}, outputs)
 
+    def test_an_origin_is_kept_or_turned_within_the_wall(self):
+        name = 'origin_1000_777.9wcoef'
+        shutil.copy(SAMPLES / 'awkward' / name, self.source)  # 300 x 140 pixels
+        again = self.folder / 'again'
+        for flags, origin in ((['--keep-extras'], '1000, 777'),
+                              (['--keep-extras', '--wall', '4000x2000'], '1083, 1000')):
+            self.expect(self.rotate('--overwrite', *flags), 0,
+                        ['origin_1000_777.9wcoef -> origin_1000_777-90°.9wcoef  '
+                         '(300 x 140 -> 140 x 300)', '1 file turned by 90°, 0 failed'], [])
+            result = self.rotate_places('-na', 90, self.target, again)
+            self.expect(result, 0, err=[])
+            self.assertEqual(self.lines(result.stdout)[1],
+                             f'origin_1000_777-90°.9wcoef: the turned file lacks its origin ({origin})')
+
     def test_times_are_kept_where_wanted(self):
         self.add('a.3bcoef')
         old = 1_000_000_000_000_000_000
