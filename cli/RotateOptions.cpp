@@ -98,14 +98,20 @@ void AddWork(CLI::App& command, SRotateOptions& options) {
         ->default_str("90 % of the machine's");
 }
 
-void AddReport(CLI::App& command, SRotateOptions& options) {
+/// A list needs no target: then the last of several places is one all the same, as in the run.
+void LetListNeedNoTarget(CLI::Option* list, CLI::Option* target) {
+    list->trigger_on_parse()->each([target](const std::string&) { target->required(false); });
+}
+
+void AddReport(CLI::App& command, SRotateOptions& options, CLI::Option* target) {
     COptionGroup group(command, "Report");
     group.AddFlag("--dry-run,-n", options.dryRun,
                   "Do all but write: the same plan and the same lines");
     CLI::Option* list = group.AddFlag(
         "--list", options.list,
         "Print the files that a run would take, one a line, as they open and with nothing "
-        "escaped, and turn none");
+        "escaped, and turn none; one SOURCE then needs no TARGET");
+    LetListNeedNoTarget(list, target);
     group
         .AddFlag("--null,-0", options.nullEnds,
                  "End the names of --list with NUL, for names that hold line ends")
@@ -122,7 +128,8 @@ void AddReport(CLI::App& command, SRotateOptions& options) {
         ->excludes(json);
 }
 
-void AddPlaces(CLI::App& command, SRotateOptions& options) {
+/// The target's.
+CLI::Option* AddPlaces(CLI::App& command, SRotateOptions& options) {
     command
         .add_option("SOURCE", options.sources,
                     "Coefficient files, folders of them, or both; the program itself replaces "
@@ -130,7 +137,7 @@ void AddPlaces(CLI::App& command, SRotateOptions& options) {
         ->type_name("PATH")
         ->group("Places")
         ->required();
-    command
+    return command
         .add_option_function<std::string>(
             "TARGET",
             [&options](const std::string& text) {
@@ -145,12 +152,12 @@ void AddPlaces(CLI::App& command, SRotateOptions& options) {
 } // namespace
 
 void AddRotateOptions(CLI::App& command, SRotateOptions& options) {
-    AddPlaces(command, options);
+    CLI::Option* const target = AddPlaces(command, options);
     AddTurn(command, options);
     AddInputs(command, options);
     AddOutputs(command, options);
     AddWork(command, options);
-    AddReport(command, options);
+    AddReport(command, options, target);
 }
 
 } // namespace trevolt

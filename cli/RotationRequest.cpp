@@ -55,6 +55,17 @@ void CheckSize(const SRotateOptions& options) {
                         options.size->height, largest.width, largest.height));
 }
 
+/// A list has its target, if any, as the last of the sources.
+void TakePlaces(const SRotateOptions& options, SRotationRequest& request) {
+    std::vector<std::string> sources = options.sources;
+    request.targetFolder = options.target;
+    if (options.list && sources.size() > 1) {
+        request.targetFolder = ParseFor("TARGET", "a folder", sources.back(), ParsePath);
+        sources.pop_back();
+    }
+    request.sources = ExpandedSources(sources);
+}
+
 EExistingOutput ExistingOutputs(const SRotateOptions& options) {
     if (options.overwrite)
         return EExistingOutput::Replace;
@@ -67,9 +78,8 @@ SRotationRequest MakeRotationRequest(const SRotateOptions& options) {
     CheckSize(options);
     SRotationRequest request;
     TakeAngles(options, request);
-    request.sources = ExpandedSources(options.sources);
+    TakePlaces(options, request);
     request.recursive = options.recursive;
-    request.targetFolder = options.target;
     request.suffix = options.suffix;
     request.existing = ExistingOutputs(options);
     request.size = options.size;

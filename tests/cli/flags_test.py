@@ -187,6 +187,11 @@ class Flags(CliTest):
         if not cli_support.IS_WRAPPED:
             self.expect(listed(), 0, as_listed('a', 'b'), [])
             self.expect(listed('-r', '--shard', '2/2'), 0, as_listed('b'), [])
+            self.expect(self.rotate_places('--list', '-a', 90, self.source), 0, as_listed('a', 'b'), [])
+            self.expect(self.rotate_places('-a', 90, self.source, '--list', self.source / 'more', missing),
+                        0, as_listed('a', 'b', 'more/c'), [])
+            self.expect(self.rotate_places('--list', '-a', 90), 2, [],
+                        ['trevolt-cli: rotate needs a SOURCE and a TARGET: see trevolt-cli rotate --help'])
         result = listed('-r', '-v', '-0')
         self.expect(result, 0,
                     err=['notes.txt: passed over: no coefficient file by its name'])
