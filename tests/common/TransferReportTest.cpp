@@ -22,6 +22,7 @@ TEST(TransferReport, StartsClean) {
     EXPECT_EQ(report.FailedChunks(), 0U);
     EXPECT_EQ(report.MissingPixels(), 0U);
     EXPECT_EQ(report.RepeatedPixels(), 0U);
+    EXPECT_EQ(report.MissingExtraWords(), 0U);
     EXPECT_EQ(report.ChunksOutside(), 0U);
     EXPECT_EQ(report.StrayBytes(), 0U);
     EXPECT_EQ(report.ForeignIndices(), 0U);
@@ -70,23 +71,29 @@ TEST(TransferReport, AddsWhatDiffersFromAWritersFile) {
     CTransferReport::NoteChunksOutside(2);
     CTransferReport::NoteStrayBytes(3);
     CTransferReport::NoteForeignIndices(4);
+    CTransferReport::NoteMissingExtraWords(5);
     {
         const CTransferReport inner;
         CTransferReport::NoteRepeatedPixels(10);
         CTransferReport::NoteChunksOutside(20);
         CTransferReport::NoteStrayBytes(8589934592);
         CTransferReport::NoteForeignIndices(40);
+        CTransferReport::NoteMissingExtraWords(50);
+        EXPECT_EQ(inner.MissingExtraWords(), 50U);
         EXPECT_EQ(inner.RepeatedPixels(), 10U);
         EXPECT_EQ(inner.ChunksOutside(), 20U);
         EXPECT_EQ(inner.StrayBytes(), 8589934592U);
         EXPECT_EQ(inner.ForeignIndices(), 40U);
     }
+    EXPECT_EQ(outer.MissingExtraWords(), 55U);
     EXPECT_EQ(outer.RepeatedPixels(), 11U);
     EXPECT_EQ(outer.ChunksOutside(), 22U);
     EXPECT_EQ(outer.StrayBytes(), 8589934595U);
     EXPECT_EQ(outer.ForeignIndices(), 44U);
     CTransferReport::NoteRepeatedPixels(std::numeric_limits<std::uint64_t>::max());
     EXPECT_EQ(outer.RepeatedPixels(), std::numeric_limits<std::uint64_t>::max());
+    CTransferReport::NoteMissingExtraWords(std::numeric_limits<std::uint64_t>::max());
+    EXPECT_EQ(outer.MissingExtraWords(), std::numeric_limits<std::uint64_t>::max());
 }
 
 TEST(TransferReport, NeverCountsMissingPixelsBackToNone) {

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "app/rotation/StoredKinds.h"
+#include "app/rotation/WordExtras.h"
 #include "calibuf/CaliOperation.h"
 #include "common/LittleEndian.h"
 #include "formats/BinaryCoefKind.h"
@@ -89,18 +90,31 @@ class StoredTurn : public testing::Test {
     SThroughMaps ThroughMaps(const std::wstring& name, const PixelSize& size) const {
         SThroughMaps result;
         CChromaCorrectCoef map;
+        SWordExtras extras;
         map.Resize(static_cast<std::int32_t>(size.width), static_cast<std::int32_t>(size.height));
         {
             const CTransferReport report;
             std::istringstream stream = StreamOf(ReadFile(m_source.File(name)));
-            const Status status = FindLoadKind(name)->loadStream(map, stream);
-            result.problems = DescribeReadProblems(status, report);
+            if (!m_request.keepExtras) {
+                const Status status = FindLoadKind(name)->loadStream(map, stream);
+                result.problems = DescribeReadProblems(status, report);
+            } else {
+                const Status status =
+                    LoadWordCoefFile(*FindWordKind(*FindLoadKind(name)), map, stream, extras);
+                result.problems = DescribeReadProblems(status, report);
+                for (std::string& problem : DescribeExtraWordProblems(report))
+                    result.problems.push_back(std::move(problem));
+            }
         }
         CChromaCorrectCoef turned;
         TurnMap(map, map.Width(), map.Height(), m_request.angle.code, turned);
         const CTemporaryFolder folder;
         const std::wstring path = folder.File(ExportName(name, m_request.angle.text));
-        EXPECT_EQ(FindExportKind(name)->save(turned, path.c_str()), S_OK);
+        const Status saved = extras.header ? SaveWordCoefFile(*FindWordKind(*FindExportKind(name)),
+                                                              turned, path.c_str(), extras,
+                                                              m_request.angle.code, m_request.wall)
+                                           : FindExportKind(name)->save(turned, path.c_str());
+        EXPECT_EQ(saved, S_OK);
         result.turned = ReadFile(path);
         return result;
     }
@@ -274,23 +288,27 @@ TEST_F(StoredTurn, TakesOriginsAsTheMapDoes) {
 constexpr std::array<const char*, 5> kWriters{"whole store", "rectangle", "whole rectangle",
                                               "bands", "extra words"};
 
-Status WriteBy(const std::string& writer, CColorCorrectCoef& object, const wchar_t* path) {
+/// `owner` has a name and, in its first byte, a flag; null for none.
+Status WriteBy(const std::string& writer, CColorCorrectCoef& object, const wchar_t* path,
+               const std::array<std::byte, 16>* owner = nullptr) {
+    const std::byte* const name = owner == nullptr ? nullptr : owner->data();
+    const auto* const flag = reinterpret_cast<const std::uint8_t*>(name);
     if (writer == "whole store")
         return object.ExportCoefDefault(path);
     if (writer == "rectangle")
-        return object.ExportCoef(path, {37, 121, 290, 150}, nullptr, nullptr);
+        return object.ExportCoef(path, {37, 121, 290, 150}, name, flag);
     if (writer == "whole rectangle")
-        return object.ExportCoef(path, {0, 0, 300, 156}, nullptr, nullptr);
+        return object.ExportCoef(path, {0, 0, 300, 156}, name, flag);
     if (writer == "extra words")
         return SaveWholeStoreC(object, path);
     constexpr SPixelRect kWhole{0, 0, 300, 156};
     std::uint64_t directory = 0;
     std::uint64_t data = 0;
     const Status status =
-        object.ExportCoefEx(path, {0, 0, 300, 128}, kWhole, directory, data, 0, nullptr, nullptr);
+        object.ExportCoefEx(path, {0, 0, 300, 128}, kWhole, directory, data, 0, name, flag);
     return Failed(status) ? status
                           : object.ExportCoefEx(path, {0, 100, 300, 128}, kWhole, directory, data,
-                                                28, nullptr, nullptr);
+                                                28, name, flag);
 }
 
 TEST_F(StoredTurn, TakesAFileOfEveryWriterAsWhole) {
@@ -322,6 +340,72 @@ TEST_F(StoredTurn, TakesAFileOfEveryWriterAsWhole) {
     }
 }
 
+/// An object of 300 × 156 pixels with content, also in its extra words where it has some.
+std::unique_ptr<CColorCorrectCoef> MixedObject(EWordKind kind) {
+    auto object = CreateCoefObject(kind);
+    object->SetFileKind(2); // of the virtual-green kinds
+    EXPECT_EQ(object->Create(300, 156), S_OK);
+    std::minstd_rand random{11};
+    for (std::uint32_t y = 0; y < 156; ++y)
+        for (std::uint32_t x = 0; x < 300; ++x) {
+            object->SetPixelChannel(static_cast<std::int32_t>(random() % 3), x, y,
+                                    static_cast<float>(random() % 256) / 256.0F, 0);
+            if (kind != EWordKind::Chroma)
+                continue;
+            EXPECT_EQ(object->SetPixelExtraWord(x, y, static_cast<std::uint16_t>(random() % 900)),
+                      S_OK);
+        }
+    return object;
+}
+
+// By every angle, at the file's own size and others, with and without a wall.
+TEST_F(StoredTurn, KeepsExtrasAsTheMapsWayDoes) {
+    const std::pair<EWordKind, const wchar_t*> kinds[]{
+        {EWordKind::Chroma, L"a.9wcoef"},
+        {EWordKind::Brightness, L"a.3wcoef"},
+        {EWordKind::VirtualGreenBrightness, L"a.4wcoef"},
+        {EWordKind::VirtualGreenChroma, L"a.12wcoef"}};
+    std::array<std::byte, 16> owner{};
+    for (std::size_t i = 0; i < owner.size(); ++i)
+        owner[i] = static_cast<std::byte>(7 * i + 5);
+    m_request.keepExtras = true;
+    std::size_t calls = 0;
+    for (const auto& [kind, name] : kinds) {
+        const auto object = MixedObject(kind);
+        for (const std::string writer : kWriters) {
+            if (writer == "extra words" && kind != EWordKind::Chroma)
+                continue;
+            const bool isPart = writer == "rectangle";
+            const PixelSize own = isPart ? PixelSize{253, 29} : PixelSize{300, 156};
+            ASSERT_EQ(WriteBy(writer, *object, m_source.File(name).c_str(), &owner), S_OK);
+            ASSERT_TRUE(IsTurnedInItsElements(name));
+            const std::optional<PixelSize> sizes[]{std::nullopt, PixelSize{40, 170},
+                                                   PixelSize{310, 20}};
+            SCOPED_TRACE(writer);
+            m_request.size = sizes[calls % std::size(sizes)];
+            m_request.wall = calls % 2 == 0 ? std::nullopt : std::optional(PixelSize{390, 333});
+            ExpectBothWays(name, own);
+            EXPECT_EQ(m_listener.problems, std::vector<std::string>{});
+            ASSERT_FALSE(HasFatalFailure());
+            ++calls;
+        }
+        ASSERT_TRUE(RemoveFile(m_source.File(name)));
+    }
+}
+
+TEST_F(StoredTurn, KeepsExtrasOfAPartAtItsPlaceAsTheMapsWayDoes) {
+    const auto object = MixedObject(EWordKind::Chroma);
+    const std::wstring made = m_source.File(L"made.9wPCoef");
+    ASSERT_EQ(object->ExportCoef(made.c_str(), {37, 121, 290, 150}, nullptr, nullptr), S_OK);
+    ASSERT_TRUE(ReplaceWith(made, m_source.File(L"a.9wcoef")));
+    m_request.keepExtras = true;
+    ExpectBothWays(L"a.9wcoef", {253, 29});
+    m_request.wall = PixelSize{600, 420};
+    ExpectBothWays(L"a.9wcoef", {253, 29});
+    m_request.size = PixelSize{260, 200};
+    ExpectBothWays(L"a.9wcoef", {253, 29});
+}
+
 TEST_F(StoredTurn, TakesAnImageInAFileAsWhole) {
     CCaliOperation<S9WordCoef> owner;
     ASSERT_EQ(owner.Buffer().Allocate(300, 156), S_OK);
@@ -330,8 +414,11 @@ TEST_F(StoredTurn, TakesAnImageInAFileAsWhole) {
     ASSERT_EQ(owner.Buffer().SaveToMemory(image.data(), 0, 0, &count), S_OK);
     image.resize(static_cast<std::size_t>(count));
     WriteFile(m_source.File(L"a.9wcoef"), image);
-    ExpectBothWays(L"a.9wcoef", {300, 156});
-    EXPECT_EQ(m_listener.problems, std::vector<std::string>{});
+    for (const bool keepsExtras : {false, true}) {
+        m_request.keepExtras = keepsExtras;
+        ExpectBothWays(L"a.9wcoef", {300, 156});
+        EXPECT_EQ(m_listener.problems, std::vector<std::string>{});
+    }
 }
 
 // ---- files that are not whole ----
@@ -508,7 +595,14 @@ Bytes ExtraWordFile(const CTemporaryFolder& folder) {
     return ReadFile(folder.File(L"extra"));
 }
 
-TEST_F(StoredDamage, OfEitherPartOfAnExtraWordFileIsToldAsByAMap) {
+class StoredExtraDamage : public StoredDamage, public testing::WithParamInterface<bool> {
+  protected:
+    StoredExtraDamage() { m_request.keepExtras = GetParam(); }
+};
+
+INSTANTIATE_TEST_SUITE_P(LostAndKept, StoredExtraDamage, testing::Bool());
+
+TEST_P(StoredExtraDamage, OfEitherPartIsToldAsByAMap) {
     const CTemporaryFolder folder;
     const Bytes whole = ExtraWordFile(folder);
     const std::wstring name = L"a.9wcoef";
@@ -537,6 +631,9 @@ TEST_F(StoredDamage, OfEitherPartOfAnExtraWordFileIsToldAsByAMap) {
     damaged(kDirectoryOffsetAt, 0xFFFFFFFF);
     damaged(extraAt + 20, 0);          // the first chunk's only plane
     damaged(extraAt + 3 * 24 + 20, 0); // and that of the last
+    damaged(extraAt + 4, 7);           // the first chunk's place
+    damaged(extraAt + 2 * 24 + 8, 1);  // and another's
+    damaged(extraAt + 24 + 14, 0);     // no rows
 }
 
 // Of a file that memory did not suffice for, not even a lenient run makes one of defaults.

@@ -69,6 +69,18 @@ TEST(ReadProblems, ChunksAndPixelsAreCounted) {
                         "is incomplete: 8589934592 pixels have no data"}));
 }
 
+TEST(ExtraWordProblems, PixelsWithoutOneAreCounted) {
+    const CTransferReport report;
+    EXPECT_EQ(DescribeExtraWordProblems(report), Problems{});
+    CTransferReport::NoteMissingExtraWords(1);
+    EXPECT_EQ(DescribeExtraWordProblems(report),
+              Problems{"is incomplete: 1 pixel has no extra word"});
+    CTransferReport::NoteMissingExtraWords(1);
+    EXPECT_EQ(DescribeExtraWordProblems(report),
+              Problems{"is incomplete: 2 pixels have no extra word"});
+    EXPECT_EQ(DescribeReadProblems(S_OK, report), Problems{});
+}
+
 TEST(ReadProblems, WhatNoWriterMakesIsCounted) {
     struct SCase {
         void (*note)();
