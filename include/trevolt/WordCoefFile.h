@@ -63,8 +63,8 @@ Status ReadWordCoefSize(EWordKind kind, const wchar_t* path, std::uint32_t& widt
 Status ReadWordCoefSize(EWordKind kind, std::istream& stream, std::uint32_t& width,
                         std::uint32_t& height);
 
-/// What a word file holds and a map cannot, so that a turn loses it: extra words, owner name and
-/// flag, an origin. In plain words, one entry each; empty when there is nothing, or no such file.
+/// What a word file holds and a map cannot, so that a turn loses it unless it is to be kept: extra
+/// words, owner name and flag, an origin. In plain words, one entry each; empty when there is nothing, or no such file.
 std::vector<std::string> DescribeWordFileLosses(const wchar_t* path);
 
 /// As above from a stream, which is put back to where it was.
