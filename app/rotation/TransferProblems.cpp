@@ -81,7 +81,7 @@ std::vector<std::string> DescribeReadProblems(Status status, const CTransferRepo
 
 std::vector<std::string> DescribeExtraWordProblems(const CTransferReport& report) {
     const std::uint64_t count = report.MissingExtraWords();
-    if (count == 0)
+    if (count == 0 || report.WasMemoryRefused() || report.HasReadFailed())
         return {};
     return {fmt::format("is incomplete: {} {} no extra word", count,
                         count == 1 ? "pixel has" : "pixels have")};

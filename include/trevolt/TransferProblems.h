@@ -13,8 +13,8 @@ namespace trevolt {
 /// What a load lacks, one entry each; none when the file is whole in the map.
 std::vector<std::string> DescribeReadProblems(Status status, const CTransferReport& report);
 
-/// What the extra words of a file lack that was read with all of its pixels, for who keeps them; none
-/// when they are whole or there are none.
+/// What the extra words of a file lack, for who keeps them; none when they are whole, when there are
+/// none, and where memory or the system stood in the way of reading them.
 std::vector<std::string> DescribeExtraWordProblems(const CTransferReport& report);
 
 /// What is unusual about a file that was read, and what was done to its values, as far as neither is a

@@ -10,6 +10,7 @@
 #include "tests/coef/CoefObjects.h"
 #include "tests/coef/VanishingFile.h"
 #include "tests/support/BudgetLimit.h"
+#include "tests/support/Streams.h"
 #include "tests/support/TestFiles.h"
 #include "trevolt/TransferReport.h"
 
@@ -358,26 +359,6 @@ TEST_F(ExtraWordFiles, AsAStreamBehindOtherContent) {
     EXPECT_TRUE(SameExtraWords(loaded, object));
 }
 
-/// A stream of characters whose positions start far behind 0.
-class CFarBuffer : public std::stringbuf {
-  public:
-    explicit CFarBuffer(off_type start) : m_start(start) {}
-
-  protected:
-    pos_type seekoff(off_type offset, std::ios::seekdir from, std::ios::openmode which) override {
-        if (from == std::ios::beg)
-            offset -= m_start;
-        const pos_type position = std::stringbuf::seekoff(offset, from, which);
-        return position == pos_type(off_type(-1)) ? position : position + m_start;
-    }
-    pos_type seekpos(pos_type position, std::ios::openmode which) override {
-        return seekoff(off_type(position), std::ios::beg, which);
-    }
-
-  private:
-    off_type m_start;
-};
-
 // No header leads past 4 GiB: the extra words stay out, and the matrix still loads.
 TEST_F(ExtraWordFiles, AsAStreamPastWhatAHeaderHolds) {
     test::CreateWithPattern(object, 300, 140);
@@ -388,7 +369,7 @@ TEST_F(ExtraWordFiles, AsAStreamPastWhatAHeaderHolds) {
     expected.directoryOffset = 0;
 
     constexpr std::streamoff kStart = std::streamoff{5} << 30;
-    CFarBuffer buffer(kStart);
+    test::CFarBuffer buffer(kStart);
     std::iostream stream(&buffer);
     EXPECT_EQ(object.WriteChunks2(stream, Whole(object), nullptr, nullptr), E_FAIL);
     EXPECT_EQ(buffer.str().substr(168), file.substr(168, matrixEnd - 168));
@@ -411,7 +392,7 @@ TEST_F(ExtraWordFiles, AsAStreamToTheLastPositionThatAHeaderHolds) {
     const std::string file = test::ReadText(path);
     const std::streamoff matrixEnd = HeaderOf(ReadFile(path)).directoryOffset;
 
-    CFarBuffer last(kLastPosition - matrixEnd);
+    test::CFarBuffer last(kLastPosition - matrixEnd);
     std::iostream reachable(&last);
     EXPECT_EQ(object.WriteChunks2(reachable, Whole(object), nullptr, nullptr), S_OK);
     EXPECT_EQ(last.str().substr(168), file.substr(168));
@@ -420,7 +401,7 @@ TEST_F(ExtraWordFiles, AsAStreamToTheLastPositionThatAHeaderHolds) {
     ASSERT_EQ(object.ReadChunkHeader2(reachable, header), S_OK);
     EXPECT_EQ(header.directoryOffset, 0xFFFFFFFFU);
 
-    CFarBuffer past(kLastPosition - matrixEnd + 1);
+    test::CFarBuffer past(kLastPosition - matrixEnd + 1);
     std::iostream unreachable(&past);
     EXPECT_EQ(object.WriteChunks2(unreachable, Whole(object), nullptr, nullptr), E_FAIL);
     EXPECT_EQ(past.str().size(), static_cast<std::size_t>(matrixEnd));

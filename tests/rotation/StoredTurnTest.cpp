@@ -636,6 +636,34 @@ TEST_P(StoredExtraDamage, OfEitherPartIsToldAsByAMap) {
     damaged(extraAt + 24 + 14, 0);     // no rows
 }
 
+// But for origins and sizes that are too large: those are named before the pixels are looked at.
+TEST_P(StoredExtraDamage, OfAnyByteIsToldAsByAMap) {
+    const auto object = MixedObject(EWordKind::Chroma);
+    const std::wstring made = m_source.File(L"made.9wPCoef");
+    ASSERT_EQ(object->ExportCoef(made.c_str(), {250, 120, 270, 135}, nullptr, nullptr), S_OK);
+    const Bytes whole = ReadFile(made);
+    ASSERT_TRUE(RemoveFile(made));
+    std::minstd_rand random{23};
+    const auto extraAt = LoadLittle<std::uint32_t>(whole.data() + kDirectoryOffsetAt);
+    const std::pair<std::size_t, std::size_t> parts[]{
+        {16, 20}, {28, 90}, {168, 168 + 4 * 56}, {extraAt, extraAt + 4 * 24}, {0, whole.size()}};
+    for (std::size_t call = 0; call < 40; ++call) {
+        const auto& [begin, end] = parts[call % std::size(parts)];
+        const std::size_t at = begin + random() % (end - begin);
+        const bool isOrigin = at >= 20 && at < 28;
+        if (isOrigin || at == 30 || at == 31 || at == 34 || at == 35)
+            continue;
+        Bytes file = whole;
+        file[at] ^= static_cast<std::byte>(1 + random() % 255);
+        WriteSource(L"a.9wcoef", file);
+        m_request.size = PixelSize{20, 15};
+        m_request.angle = kAngles[call % kAngles.size()];
+        SCOPED_TRACE(at);
+        ExpectBothToldAndWritten(L"a.9wcoef", {20, 15});
+        ASSERT_FALSE(HasFailure());
+    }
+}
+
 // Of a file that memory did not suffice for, not even a lenient run makes one of defaults.
 TEST_F(StoredDamage, IsNotTakenForMemoryThatWasRefused) {
     m_request.lenient = true;
@@ -679,8 +707,11 @@ TEST_F(StoredDamage, IsTurnedWithoutMaps) {
     expectTurned(L"a.9wcoef");
     const auto object = CreateCoefObject(EWordKind::Chroma);
     ASSERT_EQ(object->Create(300, 200), S_OK);
-    ASSERT_EQ(SaveWholeStoreC(*object, m_source.File(L"a.9wcoef").c_str()), S_OK);
-    expectTurned(L"a.9wcoef");
+    for (const bool keepsExtras : {false, true}) {
+        ASSERT_EQ(SaveWholeStoreC(*object, m_source.File(L"a.9wcoef").c_str()), S_OK);
+        m_request.keepExtras = keepsExtras;
+        expectTurned(L"a.9wcoef");
+    }
 }
 
 } // namespace

@@ -79,6 +79,16 @@ TEST(ExtraWordProblems, PixelsWithoutOneAreCounted) {
     EXPECT_EQ(DescribeExtraWordProblems(report),
               Problems{"is incomplete: 2 pixels have no extra word"});
     EXPECT_EQ(DescribeReadProblems(S_OK, report), Problems{});
+    {
+        const CTransferReport broken;
+        CTransferReport::NoteMissingExtraWords(1);
+        CTransferReport::NoteReadFailed();
+        EXPECT_EQ(DescribeExtraWordProblems(broken), Problems{});
+    }
+    const CTransferReport refused;
+    CTransferReport::NoteMissingExtraWords(1);
+    CTransferReport::NoteMemoryRefused();
+    EXPECT_EQ(DescribeExtraWordProblems(refused), Problems{});
 }
 
 TEST(ReadProblems, WhatNoWriterMakesIsCounted) {

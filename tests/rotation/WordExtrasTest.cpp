@@ -9,13 +9,16 @@
 
 #include "calibuf/ChunkLayout.h"
 #include "coef/CNewChromaCorrectCoef.h"
+#include "coef/StoredWordCoef.h"
 #include "common/LittleEndian.h"
 #include "platform/FileSystem.h"
+#include "tests/support/BudgetLimit.h"
 #include "tests/support/Streams.h"
 #include "trevolt/CoefObjects.h"
 #include "trevolt/CoefRotation.h"
 #include "trevolt/FileKinds.h"
 #include "trevolt/FolderRotation.h"
+#include "trevolt/MemoryBudget.h"
 #include "trevolt/TransferProblems.h"
 #include "trevolt/WordCoefFile.h"
 
@@ -442,7 +445,78 @@ TEST_F(KeptExtras, OfAFileOfAnotherKindAreLostAndNamed) {
     EXPECT_EQ(Losses(), (Texts{losses[1], losses[2]}));
 }
 
+// ---- memory ----
+
+TEST_F(KeptExtras, ScarceMemoryIsNotTakenForDamage) {
+    m_request.lenient = true;
+    const Bytes file = FileWithExtras(EWordKind::Chroma);
+    m_request.size = PixelSize{2000, 1000};
+    for (const wchar_t* name : {L"Cab.9wcoef", L"Cab.9wcoef.9wPCoef"}) {
+        const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + 2000 * 1000 * 20 - 1);
+        EXPECT_EQ(TurnedBy(1, name, file), Bytes{});
+        EXPECT_EQ(Problems(), Texts{"not enough memory for 2000 x 1000 pixels"});
+    }
+    // The words alone would fit, and so would a file of the size that does not keep any.
+    m_request.keepExtras = false;
+    const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + 2000 * 1000 * 20 - 1);
+    EXPECT_NE(TurnedBy(1, L"Cab.9wcoef", file), Bytes{});
+}
+
 // ---- the savers' answers ----
+
+/// The stored way's answer, written at the stream's position.
+Status WriteStored(const Bytes& file, std::ostream& stream,
+                   const std::optional<PixelSize>& wall = {}) {
+    std::istringstream source = StreamOf(file);
+    const SStoredLoad load = LoadStoredWordCoef(EWordKind::Chroma, source, 1, {true, wall});
+    EXPECT_EQ(load.status, S_OK);
+    return load.coef->WriteTurned(stream, {40, 30}, 1, 1);
+}
+
+TEST_F(KeptExtras, StatusesOfTheStoredWay) {
+    const Bytes file = FileWithExtras(EWordKind::Chroma);
+    std::stringstream whole;
+    ASSERT_EQ(WriteStored(file, whole), S_OK);
+    EXPECT_EQ(whole.tellp(), static_cast<std::streamoff>(whole.str().size()));
+    std::stringstream outside;
+    EXPECT_EQ(WriteStored(file, outside, PixelSize{289, 150}), E_COEF_INVALIDARG);
+    EXPECT_EQ(outside.str(), "");
+    for (std::size_t room = 0; room < whole.str().size(); room += 61) {
+        CFullDisk disk(room);
+        EXPECT_EQ(WriteStored(file, disk), E_FAIL) << room;
+    }
+}
+
+TEST_F(KeptExtras, ExtraWordsAreFoundInAStreamBehindOtherContent) {
+    const Bytes file = FileWithExtras(EWordKind::Chroma);
+    std::stringstream alone;
+    ASSERT_EQ(WriteStored(file, alone), S_OK);
+    std::stringstream stream;
+    stream << std::string(1000, 'b');
+    ASSERT_EQ(WriteStored(file, stream), S_OK);
+    Bytes expected = AsBytes(alone.str());
+    Set(expected, chunk_header::kDirectoryOffset,
+        Get(expected, chunk_header::kDirectoryOffset) + 1000);
+    EXPECT_TRUE(AsBytes(stream.str().substr(1000)) == expected);
+}
+
+// A header leads to the last byte of 4 GiB and no further.
+TEST_F(KeptExtras, ExtraWordsThatNoHeaderLeadsToFailTheFile) {
+    const Bytes file = FileWithExtras(EWordKind::Chroma);
+    std::stringstream alone;
+    ASSERT_EQ(WriteStored(file, alone), S_OK);
+    Bytes expected = AsBytes(alone.str());
+    const std::streamoff start =
+        std::streamoff{0xFFFFFFFF} - Get(expected, chunk_header::kDirectoryOffset);
+    CFarBuffer last(start);
+    std::iostream reachable(&last);
+    EXPECT_EQ(WriteStored(file, reachable), S_OK);
+    Set(expected, chunk_header::kDirectoryOffset, 0xFFFFFFFF);
+    EXPECT_TRUE(AsBytes(last.str()) == expected);
+    CFarBuffer past(start + 1);
+    std::iostream unreachable(&past);
+    EXPECT_EQ(WriteStored(file, unreachable), E_FAIL);
+}
 
 TEST_F(KeptExtras, StatusesOfTheMapsWay) {
     const std::wstring path = m_target.File(L"out.9wcoef");

@@ -108,4 +108,24 @@ class CFullDisk : public std::ostream {
     CBuffer m_buffer;
 };
 
+/// A stream of characters whose positions start far behind 0.
+class CFarBuffer : public std::stringbuf {
+  public:
+    explicit CFarBuffer(off_type start) : m_start(start) {}
+
+  protected:
+    pos_type seekoff(off_type offset, std::ios::seekdir from, std::ios::openmode which) override {
+        if (from == std::ios::beg)
+            offset -= m_start;
+        const pos_type position = std::stringbuf::seekoff(offset, from, which);
+        return position == pos_type(off_type(-1)) ? position : position + m_start;
+    }
+    pos_type seekpos(pos_type position, std::ios::openmode which) override {
+        return seekoff(off_type(position), std::ios::beg, which);
+    }
+
+  private:
+    off_type m_start;
+};
+
 } // namespace trevolt::test
