@@ -1,14 +1,23 @@
-// What becomes of a word file's origin when the file is turned and keeps it.
+// What word files hold beside the coefficients of their pixels, and what becomes of their origin when
+// they are turned and keep it.
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 
+#include "calibuf/CaliOperation.h"
 #include "calibuf/ChunkLayout.h"
 #include "coef/WordKind.h"
 #include "trevolt/QuarterTurn.h"
 
 namespace trevolt {
+
+/// What was loaded of a file beside its pixels.
+struct SWordExtras {
+    std::optional<SChunkHeader> header; ///< of a word file of the kind, with its owner and origin
+    std::unique_ptr<CCaliOperation<SWordCoef>> words; ///< null for a file without extra words
+};
 
 /// Whether the header is that of a file which the kind loads, so that its extras are the file's own.
 bool IsHeaderOf(const SWordKind& kind, const SChunkHeader& header);

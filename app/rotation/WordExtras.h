@@ -3,26 +3,17 @@
 
 #include <cstdint>
 #include <istream>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "calibuf/CaliOperation.h"
-#include "common/StoredCoef.h"
+#include "coef/TurnedExtras.h"
 #include "trevolt/ChromaCorrectCoef.h"
-#include "trevolt/ChunkHeader.h"
 #include "trevolt/QuarterTurn.h"
 #include "trevolt/StatusCodes.h"
 #include "trevolt/WordElements.h"
 
 namespace trevolt {
-
-/// What was loaded of a file beside its map.
-struct SWordExtras {
-    std::optional<SChunkHeader> header; ///< of a word file of the kind, with its owner and origin
-    std::unique_ptr<CCaliOperation<SWordCoef>> words; ///< null for a file without extra words
-};
 
 /// As the form without `extras`, which become those of the file; of extra words that are damaged what
 /// could be read, and 0 for the others. A file that is none of the kind's own word files has none.
