@@ -164,7 +164,7 @@ std::vector<std::uint16_t> TurnedExtraWords(const PixelSize& size, std::uint32_t
 constexpr EWordKind kAllKinds[]{EWordKind::Brightness, EWordKind::VirtualGreenBrightness,
                                 EWordKind::Chroma, EWordKind::VirtualGreenChroma};
 
-std::wstring NameOf(EWordKind kind) {
+std::wstring WordNameOf(EWordKind kind) {
     switch (kind) {
     case EWordKind::Brightness:
         return L"Cab.3wcoef";
@@ -217,7 +217,7 @@ TEST_F(KeptExtras, WithoutBeingKeptAreLostAndNamed) {
 
 TEST_F(KeptExtras, OfEveryKindComeBackWithTheTurnBack) {
     for (const EWordKind kind : kAllKinds) {
-        const std::wstring name = NameOf(kind);
+        const std::wstring name = WordNameOf(kind);
         const Bytes file = FileWithExtras(kind);
         for (const std::uint32_t code : {1U, 2U, 3U}) {
             const Bytes turned = TurnedBy(code, name, file);
@@ -318,7 +318,7 @@ TEST_F(KeptExtras, AnOriginThatTheTurnedPixelsLeaveIsNamed) {
 
 TEST_F(KeptExtras, OwnerAndOriginAreKeptAlone) {
     for (const EWordKind kind : kAllKinds) {
-        const std::wstring name = NameOf(kind);
+        const std::wstring name = WordNameOf(kind);
         m_request.keepExtras = false;
         const Bytes plain = TurnedBy(2, name, FileWithExtras(kind));
         m_request.keepExtras = true;
@@ -344,7 +344,7 @@ TEST_F(KeptExtras, OwnerAndOriginAreKeptAlone) {
 
 TEST_F(KeptExtras, AFileWithoutAnyIsWrittenAsEver) {
     for (const EWordKind kind : kAllKinds) {
-        const std::wstring name = NameOf(kind);
+        const std::wstring name = WordNameOf(kind);
         m_request.keepExtras = false;
         const Bytes plain = TurnedBy(1, name, FileWithExtras(kind));
         for (const std::wstring& under : {name, name + L".9wPCoef"}) {
