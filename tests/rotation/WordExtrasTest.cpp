@@ -417,6 +417,12 @@ TEST_F(KeptExtras, PixelsWithoutAnExtraWordAreNamedWhereTheyAreKept) {
     m_request.keepExtras = false;
     EXPECT_NE(TurnedBy(2, L"Cab.9wcoef", file), Bytes{});
     EXPECT_EQ(Problems(), Texts{});
+    for (const bool areKept : {false, true}) {
+        std::istringstream stream = StreamOf(file);
+        const CTransferReport report;
+        EXPECT_EQ(LoadStoredWordCoef(EWordKind::Chroma, stream, 1, {areKept, {}}).status, S_OK);
+        EXPECT_EQ(report.MissingExtraWords(), 48U);
+    }
 }
 
 TEST_F(KeptExtras, WithoutADirectoryOfExtraWordsOwnerAndOriginAreKept) {
@@ -443,6 +449,27 @@ TEST_F(KeptExtras, OfAFileOfAnotherKindAreLostAndNamed) {
     green[chunk_header::kFileKind] = std::byte{1};
     EXPECT_EQ(OriginOf(TurnedBy(1, L"Cab.12wcoef", green)), (PixelPosition{}));
     EXPECT_EQ(Losses(), (Texts{losses[1], losses[2]}));
+    m_request.wall = PixelSize{20, 10}; // their origins count for nothing
+    EXPECT_NE(TurnedBy(1, L"Cab.3wcoef", chroma), Bytes{});
+    EXPECT_NE(TurnedBy(1, L"Cab.12wcoef", green), Bytes{});
+}
+
+// What stands where a word file has its origin is a part of the pixels.
+TEST_F(KeptExtras, AFloatFileUnderAWordNameHasNone) {
+    CChromaCorrectCoef map;
+    map.Resize(40, 30);
+    const std::wstring path = m_source.File(L"made.9fcoef");
+    ASSERT_EQ(FindExportKind(path)->save(map, path.c_str()), S_OK);
+    const Bytes file = ReadFile(path);
+    ASSERT_TRUE(RemoveFile(path));
+    ASSERT_GE(file.size(), kChunkHeaderBytes);
+    m_request.wall = PixelSize{40, 30};
+    const Bytes turned = TurnedBy(1, L"Cab.9wcoef", file);
+    EXPECT_EQ(Problems(), Texts{});
+    EXPECT_EQ(Losses(), Texts{});
+    EXPECT_EQ(OriginOf(turned), (PixelPosition{}));
+    m_request.keepExtras = false;
+    EXPECT_TRUE(TurnedBy(1, L"Cab.9wcoef", file) == turned);
 }
 
 // ---- memory ----
