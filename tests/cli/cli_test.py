@@ -420,7 +420,7 @@ class Names(CliTest):
         self.source.chmod(0o300)
         self.addCleanup(self.source.chmod, 0o700)
         self.expect(self.rotate(), 2, [],
-                    [f'trevolt-cli: the source folder {self.source} may not be read'])
+                    [f'trevolt-cli: the source folder {self.source}/ may not be read'])
 
     @posix_only
     def test_a_folder_that_cannot_be_written_is_reported(self):
