@@ -10,7 +10,7 @@ packages_for() {
     case "$1" in
         build) echo g++ cmake ninja-build pkg-config liblz4-dev libxxhash-dev libcli11-dev libfmt-dev \
             nlohmann-json3-dev libssl-dev ;;
-        test) packages_for build; echo jq libgtest-dev locales lz4 parallel python3 \
+        test) packages_for build; echo dpkg-dev jq libgtest-dev locales lz4 parallel python3 \
             python3-jsonschema python3-lz4 ;;
         format) echo clang-format ;;
         lint) packages_for test; echo clang-tidy ;;
@@ -18,9 +18,9 @@ packages_for() {
         coverage) packages_for test; echo gcovr ;;
         cluster) packages_for build; echo hostname jq munge parallel procps python3 slurm-client slurmctld slurmd ;;
         asan | fuzz) packages_for test; echo clang libclang-rt-14-dev ;;
-        windows) packages_for test; echo g++-mingw-w64-x86-64-posix dpkg-dev wine wine64 xvfb \
+        windows) packages_for test; echo g++-mingw-w64-x86-64-posix wine wine64 xvfb \
             fonts-wine fonts-dejavu-core fonts-droid-fallback fonts-nanum fonts-tlwg-waree-ttf ;;
-        arm64) packages_for test; echo g++-aarch64-linux-gnu dpkg-dev qemu-user-static ;;
+        arm64) packages_for test; echo g++-aarch64-linux-gnu qemu-user-static ;;
         bare) echo debootstrap ;;
         *) echo "setup: unknown job '$1'" >&2; exit 2 ;;
     esac
