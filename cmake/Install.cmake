@@ -1,4 +1,5 @@
-# What `cmake --install` lays down, in three components: programs, library and documents.
+# What `cmake --install` lays down, in three components: programs, library and documents. What belongs
+# to the command, as its manual page does, is of the first, from where every package takes it.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/Trevolt)
@@ -34,6 +35,15 @@ else()
 endif()
 configure_file(cmake/trevolt.pc.in ${generated}/trevolt.pc @ONLY)
 install(FILES ${generated}/trevolt.pc DESTINATION ${pkgconfig} COMPONENT library)
+
+# The archive's own program, over the other, and what it holds beside.
+if(TARGET trevolt-cli-standalone)
+    install(TARGETS trevolt-cli-standalone RUNTIME COMPONENT standalone EXCLUDE_FROM_ALL)
+    install(FILES /usr/share/doc/libssl-dev/copyright DESTINATION ${documents}/licences
+            COMPONENT standalone EXCLUDE_FROM_ALL RENAME OpenSSL.txt)
+    install(FILES /usr/share/common-licenses/Apache-2.0 DESTINATION ${documents}/licences
+            COMPONENT standalone EXCLUDE_FROM_ALL RENAME Apache-2.0.txt)
+endif()
 
 install(FILES README.md CHANGELOG.md LICENSE DESTINATION ${documents} COMPONENT documents)
 install(DIRECTORY docs DESTINATION ${documents} COMPONENT documents)

@@ -1,27 +1,40 @@
 #!/bin/sh
-# Packs what was built into dist/: one archive a system.
+# Packs what was built into dist/, with the sums of all packages.
 #
 #   tools/package.sh VERSION
 #
-# For Linux that is what is installed: program, library and documents. For Windows it is the tree
-# dist/windows with the installed documents beside it. Expects the builds of both systems.
+# For Linux the Debian package, and an archive of what is installed: a program that needs no other
+# package, library and documents. For Windows the tree dist/windows with the installed documents beside
+# it, as an archive and as an installer. Expects the builds of both systems. The same sources give
+# the same bytes, wherever and whenever they are packed.
 set -eu
 cd "$(dirname "$0")/.."
 version=$1
+seconds=$(tools/source-date.sh)
 linux=trevolt-$version-linux-x86_64
 windows=trevolt-$version-windows-x86_64
-rm -rf "dist/$linux" "dist/$windows" "dist/$linux.tar.gz" "dist/$windows.zip"
+umask 022
+mkdir -p dist
+rm -f dist/trevolt* dist/SHA256SUMS
 
-cmake --install build/release --prefix "dist/$linux" >/dev/null
+tools/debian-package.sh build/release "$version" dist
 
-documents=$(mktemp -d)
-trap 'rm -rf "$documents"' EXIT
-cmake --install build/windows --component documents --prefix "$documents" >/dev/null
-mkdir -p "dist/$windows"
-cp -r dist/windows/. "$documents/share/doc/trevolt/." "dist/$windows/"
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cmake --install build/release --prefix "$work/$linux" >/dev/null
+cmake --install build/release --component standalone --prefix "$work/$linux" >/dev/null
+strip "$work/$linux/bin/trevolt-cli"
+tar --create --directory "$work" --sort=name --format=gnu --mtime="@$seconds" --owner=root:0 \
+    --group=root:0 --numeric-owner "$linux" | gzip -9n >"dist/$linux.tar.gz"
+
+cmake --install build/windows --component documents --prefix "$work/documents" >/dev/null
+mkdir "$work/$windows"
+cp -R dist/windows/. "$work/documents/share/doc/trevolt/." "$work/$windows/"
+/usr/bin/python3 tools/pack-zip.py "$work/$windows" "dist/$windows.zip" "$seconds"
+/usr/bin/python3 tools/windows-installer.py "$work/$windows" "$version" "$seconds" \
+    "dist/$windows-setup.exe"
 
 cd dist
-cmake -E tar czf "$linux.tar.gz" "$linux"
-cmake -E tar cf "$windows.zip" --format=zip "$windows"
-rm -rf "$linux" "$windows"
-ls -l "$linux.tar.gz" "$windows.zip"
+sha256sum trevolt* >"$work/SHA256SUMS"
+mv "$work/SHA256SUMS" .
+ls -l trevolt*

@@ -14,4 +14,5 @@ rm -rf "$tree"
 mkdir -p "$programs"
 cp "$build/bin/Trevolt.exe" "$programs/"
 [ ! -f "$build/bin/trevolt-cli.exe" ] || cp "$build/bin/trevolt-cli.exe" "$programs/"
+x86_64-w64-mingw32-strip --preserve-dates "$programs"/*.exe
 cp -R "$root/Language" "$tree/Language"

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Tests of the Debian package, as it is made from a build.
+"""Tests of the Debian package, as it is made from a build, and of what the other packages are made with.
 
     package_test.py BUILD-FOLDER VERSION [unittest options]
 
@@ -10,10 +10,12 @@ import hashlib
 import os
 import pathlib
 import re
+import runpy
 import shutil
 import subprocess
 import sys
 import unittest
+import zipfile
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 SECONDS = 1700000001 # 2023-11-14 22:13:21
@@ -161,6 +163,50 @@ class Changelog(unittest.TestCase):
             ' -- A <a@b.invalid>  Tue, 14 Nov 2023 22:13:21 +0000\n\n'
             'trevolt (1.0.0) unstable; urgency=medium\n\n  * Turns.\n\n'
             ' -- A <a@b.invalid>  Tue, 14 Nov 2023 00:00:00 +0000\n')
+
+
+class Trees(unittest.TestCase):
+    def make_tree(self, name, names, seconds, mode):
+        folder = WORK / name / 'tree'
+        shutil.rmtree(folder, ignore_errors=True)
+        for file in names:
+            path = folder / file
+            path.parent.mkdir(parents=True, exist_ok=True)
+            path.write_bytes(file.encode() * 100)
+            path.chmod(mode)
+            os.utime(path, (seconds, seconds))
+        return folder
+
+    def test_a_zip_has_nothing_of_where_and_when(self):
+        names = ['b/é.txt', 'a.txt', 'b/c/d.txt']
+        packed = []
+        for name, order, seconds, mode in (('here', names, 1, 0o644), ('there', names[::-1], 999, 0o600)):
+            folder = self.make_tree(name, order, seconds, mode)
+            archive = WORK / name / 'tree.zip'
+            run('/usr/bin/python3', ROOT / 'tools' / 'pack-zip.py', folder, archive, str(SECONDS),
+                env={**os.environ, 'TZ': 'Asia/Tokyo'})
+            packed.append(archive.read_bytes())
+        self.assertEqual(packed[0], packed[1])
+        self.assertLess(len(packed[0]), 100 * sum(map(len, names)), 'not packed')
+        with zipfile.ZipFile(archive) as entries:
+            self.assertEqual(entries.namelist(), ['tree/a.txt', 'tree/b/c/d.txt', 'tree/b/é.txt'])
+            for entry in entries.infolist():
+                self.assertEqual(entry.date_time, (2023, 11, 14, 22, 13, 20)) # in steps of two
+                self.assertEqual(entry.external_attr >> 16, 0o100644)
+                self.assertEqual(entries.read(entry), entry.filename[5:].encode() * 100)
+
+    def test_the_installer_deletes_what_it_lays_down(self):
+        tools = runpy.run_path(str(ROOT / 'tools' / 'windows-installer.py'))
+        tree = self.make_tree('installed', ['b/e.txt', 'a.txt', 'b/c/d.txt'], 1, 0o644)
+        self.assertEqual(tools['file_macros'](tree).splitlines(), [
+            '!macro InstallFiles',
+            'SetOutPath "$INSTDIR"', f'File "{tree}/a.txt"',
+            'SetOutPath "$INSTDIR\\b"', f'File "{tree}/b/e.txt"',
+            'SetOutPath "$INSTDIR\\b\\c"', f'File "{tree}/b/c/d.txt"',
+            '!macroend', '!macro DeleteFiles',
+            'Delete "$INSTDIR\\a.txt"', 'Delete "$INSTDIR\\b\\c\\d.txt"', 'Delete "$INSTDIR\\b\\e.txt"',
+            'RMDir "$INSTDIR\\b\\c"', 'RMDir "$INSTDIR\\b"', 'RMDir "$INSTDIR"',
+            '!macroend'])
 
 
 def main():
