@@ -9,6 +9,7 @@ Unicode true
 Target amd64-unicode
 SetCompressor /SOLID lzma
 RequestExecutionLevel user
+AllowSkipFiles off ; what cannot be written ends it, when it is silent with status 2
 ManifestDPIAware true
 
 !include MUI2.nsh
@@ -112,7 +113,7 @@ Section /o "trevolt-cli in every command prompt (PATH)" SECTION_PATH
     !insertmacro READ_PATH
     ${If} $R1 == 1
         DetailPrint "PATH is too long to be changed here; add $INSTDIR\${PROGRAMS} by hand."
-        SetErrors
+        SetErrorLevel 3
     ${Else}
         !insertmacro LEAVE_PATH
         ${If} $R0 != ""

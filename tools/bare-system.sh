@@ -1,3 +1,4 @@
+# shellcheck shell=sh
 # Debian's base system in a folder: functions for the scripts that try something on a machine that has
 # nothing else. They run as root; Debian's package sources and apt's settings are those of this machine.
 #

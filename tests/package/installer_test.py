@@ -75,10 +75,10 @@ class Installer(unittest.TestCase):
         cls.shortcut = (home / 'AppData' / 'Roaming' / 'Microsoft' / 'Windows' / 'Start Menu' /
                         'Programs' / 'Trevolt.lnk')
 
-    def install(self, *options):
+    def install(self, *options, status=0):
         """The folder, which comes last, is never quoted: as words it goes through Wine as it is."""
         options = [word for option in options for word in option.split(' ')]
-        self.assertEqual(wine(str(INSTALLER), '/S', *options).returncode, 0)
+        self.assertEqual(wine(str(INSTALLER), '/S', *options).returncode, status)
 
     def uninstall(self, folder):
         self.assertEqual(wine(str(folder / 'uninstall.exe'), '/S').returncode, 0)
@@ -152,6 +152,12 @@ class Installer(unittest.TestCase):
         self.assertEqual(files_below(other), {'docs/wall.9fcoef': b'mine'})
         self.assertFalse(self.shortcut.exists())
 
+    def test_a_file_that_cannot_be_written_is_told(self):
+        in_the_way = drive() / 'full' / 'Tools' / 'Trevolt' / 'bin' / 'trevolt-cli.exe'
+        in_the_way.mkdir(parents=True)
+        self.install(r'/D=C:\full', status=2)
+        self.assertIsNone(values_of(UNINSTALL))
+
     def test_the_path_of_the_user(self):
         bin_folder = r'C:\another place\Tools\Trevolt\bin'
         for kind, text in (('REG_SZ', r'C:\one'), ('REG_EXPAND_SZ', r'%USERPROFILE%\one;C:\two')):
@@ -174,7 +180,7 @@ class Installer(unittest.TestCase):
     def test_a_path_that_is_too_long_is_left(self):
         text = ';'.join(f'C:\\{number:096}' for number in range(15))
         set_user_path('REG_SZ', text)
-        self.install('/PATH')
+        self.install('/PATH', status=3)
         self.assertEqual(user_path(), ('REG_SZ', text))
         self.expect_all_files(self.usual)
         self.uninstall(self.usual)

@@ -123,7 +123,7 @@ class Package(unittest.TestCase):
 class SourceDate(unittest.TestCase):
     """Of a folder that has nothing but a changelog and the tool."""
 
-    def date_of(self, heading, **environment):
+    def date_of(self, heading, commit=None, **environment):
         folder = WORK / 'dated'
         shutil.rmtree(folder, ignore_errors=True)
         (folder / 'tools').mkdir(parents=True)
@@ -132,9 +132,14 @@ class SourceDate(unittest.TestCase):
         changelog.write_text(f'# Changelog\n\n## 2.1.0 – {heading}\n\n## 2.0.0 – 2020-02-02\n',
                              encoding='utf-8')
         os.utime(changelog, (7, 7))
-        outside = {**os.environ, 'GIT_DIR': str(folder / 'none'), 'TZ': 'Asia/Tokyo', **environment}
+        outside = {**os.environ, 'GIT_DIR': str(folder / '.git'), 'TZ': 'Asia/Tokyo', **environment}
         if 'SOURCE_DATE_EPOCH' not in environment:
             outside.pop('SOURCE_DATE_EPOCH', None)
+        if commit:
+            run('git', 'init', '--quiet', folder, env=outside)
+            run('git', '-c', 'user.name=A', '-c', 'user.email=a@b.invalid', 'commit', '--quiet',
+                '--allow-empty', '--message', 'Begin', cwd=folder,
+                env={**outside, 'GIT_COMMITTER_DATE': f'{commit} +0000'})
         return run(folder / 'tools' / 'source-date.sh', env=outside)
 
     def test_is_the_day_of_the_newest_version(self):
@@ -142,6 +147,11 @@ class SourceDate(unittest.TestCase):
 
     def test_is_that_of_the_changelog_before_there_is_a_day(self):
         self.assertEqual(self.date_of('not yet released'), '7\n')
+
+    @unittest.skipUnless(shutil.which('git'), 'sources without a repository')
+    def test_is_that_of_the_commit_where_there_is_one(self):
+        self.assertEqual(self.date_of('not yet released', commit=1600000000), '1600000000\n')
+        self.assertEqual(self.date_of('2023-11-14', commit=1600000000), '1699920000\n')
 
     def test_the_environment_comes_first(self):
         self.assertEqual(self.date_of('2023-11-14', SOURCE_DATE_EPOCH='11'), '11\n')
