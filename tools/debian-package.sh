@@ -55,6 +55,7 @@ sed -e "s/@VERSION@/$version/" -e "s/@ARCHITECTURE@/$architecture/" -e "s/@MAINT
     "$root/packaging/debian-control.in" >"$stage/DEBIAN/control"
 (cd "$stage" && find usr -type f -print0 | LC_ALL=C sort -z | xargs -0 md5sum >DEBIAN/md5sums)
 
-# More threads would pack it otherwise.
+# dpkg-deb itself holds back only what is newer. More threads would pack it otherwise.
+find "$stage" -exec touch --no-dereference --date="@$SOURCE_DATE_EPOCH" {} +
 dpkg-deb --root-owner-group --threads-max=1 --build "$stage" \
     "$folder/trevolt_${version}_$architecture.deb" >/dev/null

@@ -5,6 +5,7 @@
 
 It is made into an empty folder below the build's own, and unpacked there; nothing is installed.
 """
+import datetime
 import gzip
 import hashlib
 import os
@@ -45,9 +46,13 @@ class Package(unittest.TestCase):
         global ARCHIVE
         shutil.rmtree(WORK, ignore_errors=True)
         WORK.mkdir()
-        # Neither the clock, nor the mask of the user, nor his language is to be seen in it.
+        # Neither the clock, nor where it stands, nor the mask of the user is to be seen in it.
+        surroundings = {**os.environ, 'TZ': 'Asia/Tokyo'}
+        surroundings.pop('SOURCE_DATE_EPOCH', None)
+        seconds = int(run(ROOT / 'tools' / 'source-date.sh', env=surroundings))
+        cls.time = datetime.datetime.fromtimestamp(seconds, datetime.timezone.utc)
         run('sh', '-c', 'umask 077 && exec "$@"', 'sh', ROOT / 'tools' / 'debian-package.sh', BUILD,
-            VERSION, WORK, env={**os.environ, 'SOURCE_DATE_EPOCH': str(SECONDS), 'TZ': 'Asia/Tokyo'})
+            VERSION, WORK, env=surroundings)
         ARCHIVE = WORK / f'trevolt_{VERSION}_{architecture()}.deb'
         run('dpkg-deb', '--raw-extract', ARCHIVE, TREE)
 
@@ -84,7 +89,7 @@ class Package(unittest.TestCase):
             mode, owner, _, day, time, name = line.split()
             is_executable = name.startswith('./usr/bin/') or name.endswith('/')
             self.assertEqual(mode[1:], 'rwxr-xr-x' if is_executable else 'rw-r--r--', line)
-            self.assertEqual([owner, day, time], ['root/root', '2023-11-14', '22:13'], line)
+            self.assertEqual(f'{owner} {day} {time}', f'root/root {self.time:%Y-%m-%d %H:%M}', line)
 
     def test_sums(self):
         lines = (TREE / 'DEBIAN' / 'md5sums').read_text(encoding='utf-8').splitlines()
