@@ -85,6 +85,8 @@ class Package(unittest.TestCase):
     def test_owners_modes_and_times(self):
         lines = run('dpkg-deb', '--contents', ARCHIVE, env={**os.environ, 'TZ': 'UTC'}).splitlines()
         self.assertGreater(len(lines), 10)
+        self.assertEqual(ARCHIVE.read_bytes()[8:36].split(),
+                         [b'debian-binary', b'%d' % self.time.timestamp()])
         for line in lines:
             mode, owner, _, day, time, name = line.split()
             is_executable = name.startswith('./usr/bin/') or name.endswith('/')
