@@ -14,6 +14,7 @@ import tempfile
 import unittest
 import zipfile
 
+ROOT = pathlib.Path(__file__).resolve().parents[2]
 UNINSTALL = r'HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\Trevolt'
 ENVIRONMENT = r'HKCU\Environment'
 INSTALLER = ARCHIVE = PREFIX = pathlib.Path()
@@ -142,6 +143,26 @@ class Installer(unittest.TestCase):
         self.uninstall(self.usual)
         self.assertEqual(user_path()[1], r'C:\one')
 
+    def test_takes_back_what_only_an_older_one_had(self):
+        with tempfile.TemporaryDirectory() as work:
+            tree, older = pathlib.Path(work) / 'tree', pathlib.Path(work) / 'older-setup.exe'
+            with zipfile.ZipFile(ARCHIVE) as packed:
+                for name in ('LICENSE', 'licences/LZ4.txt', 'Tools/Trevolt/bin/Trevolt.exe'):
+                    path = tree / name
+                    path.parent.mkdir(parents=True, exist_ok=True)
+                    path.write_bytes(packed.read(f'{packed.namelist()[0].split("/")[0]}/{name}'))
+            (tree / 'older').mkdir()
+            (tree / 'older' / 'page.md').write_bytes(b'gone since')
+            subprocess.run(['/usr/bin/python3', ROOT / 'tools' / 'windows-installer.py', tree, '0.9.0',
+                            '0', older], check=True)
+            self.assertEqual(wine(str(older), '/S').returncode, 0)
+        self.assertEqual(files_below(self.usual / 'older'), {'page.md': b'gone since'})
+        self.install()
+        self.expect_all_files(self.usual)
+        self.assertFalse((self.usual / 'older').exists())
+        self.assertEqual(values_of(UNINSTALL)['displayversion'][1], VERSION)
+        self.uninstall(self.usual)
+
     def test_leaves_what_is_not_its_own(self):
         self.install(r'/D=C:\another place')
         other = drive() / 'another place'
@@ -160,7 +181,8 @@ class Installer(unittest.TestCase):
 
     def test_the_path_of_the_user(self):
         bin_folder = r'C:\another place\Tools\Trevolt\bin'
-        for kind, text in (('REG_SZ', r'C:\one'), ('REG_EXPAND_SZ', r'%USERPROFILE%\one;C:\two')):
+        for kind, text in (('REG_SZ', r'C:\one'), ('REG_EXPAND_SZ', r'%USERPROFILE%\one;C:\two'),
+                           ('REG_SZ', bin_folder + r'2;C:\two')):
             with self.subTest(text):
                 set_user_path(kind, text)
                 self.install('/PATH', r'/D=C:\another place')
