@@ -164,7 +164,6 @@ Section "Uninstall"
         ${EndIf}
         DeleteRegKey HKCU "${UNINSTALL}"
     ${EndIf}
-    SetOutPath "$TEMP" ; a folder that is somebody's own is not deleted
     Delete "$INSTDIR\uninstall.exe"
     !insertmacro DeleteFiles
 SectionEnd
