@@ -1,5 +1,5 @@
-# What `cmake --install` lays down, in three components: programs, library and documents. What belongs
-# to the command, as its manual page does, is of the first, from where every package takes it.
+# What `cmake --install` lays down, in three components: programs, library and documents. What comes
+# with the command, a manual page or completions, is of the first, which both packages for Linux take.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/Trevolt)

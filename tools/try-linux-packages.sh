@@ -39,7 +39,10 @@ run_in_bare_system "$machine" "$functions
     sha256sum --check SHA256SUMS
     if dpkg-query --status libssl3 2>/dev/null; then unwanted 'the machine is not bare'; fi
     tar -xf trevolt-*-linux-x86_64.tar.gz -C /opt
-    turn /opt/trevolt-*/bin/trevolt-cli /archive"
+    turn /opt/trevolt-*/bin/trevolt-cli /archive
+    for name in Apache-2.0 CLI11 LZ4 OpenSSL fmt xxHash; do
+        [ -s /opt/trevolt-*/share/doc/trevolt/licences/\$name.txt ] || unwanted \"no licence of \$name\"
+    done"
 
 echo "try-linux-packages: the Debian package"
 run_in_bare_system "$machine" "$functions

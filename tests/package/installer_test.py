@@ -182,7 +182,7 @@ class Installer(unittest.TestCase):
     def test_the_path_of_the_user(self):
         bin_folder = r'C:\another place\Tools\Trevolt\bin'
         for kind, text in (('REG_SZ', r'C:\one'), ('REG_EXPAND_SZ', r'%USERPROFILE%\one;C:\two'),
-                           ('REG_SZ', bin_folder + r'2;C:\two')):
+                           ('REG_SZ', r'C:\one;' + bin_folder + '2')):
             with self.subTest(text):
                 set_user_path(kind, text)
                 self.install('/PATH', r'/D=C:\another place')
