@@ -19,20 +19,6 @@ std::size_t Columns(std::string_view text) {
     return columns;
 }
 
-std::vector<std::string> Wrapped(std::string_view text, std::size_t columns) {
-    std::vector<std::string> lines(1);
-    while (!text.empty()) {
-        const std::size_t end = std::min(text.find(' '), text.size());
-        const std::string_view word = text.substr(0, end);
-        text.remove_prefix(std::min(end + 1, text.size()));
-        if (!lines.back().empty() && Columns(lines.back()) + 1 + Columns(word) > columns)
-            lines.emplace_back();
-        lines.back() += lines.back().empty() ? "" : " ";
-        lines.back() += word;
-    }
-    return lines;
-}
-
 std::string Paragraph(std::string_view text) {
     return fmt::format("{}\n", fmt::join(Wrapped(text, kHelpColumns), "\n"));
 }
@@ -90,6 +76,20 @@ class CHelpFormatter : public CLI::FormatterBase {
 };
 
 } // namespace
+
+std::vector<std::string> Wrapped(std::string_view text, std::size_t columns) {
+    std::vector<std::string> lines(1);
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find(' '), text.size());
+        const std::string_view word = text.substr(0, end);
+        text.remove_prefix(std::min(end + 1, text.size()));
+        if (!lines.back().empty() && Columns(lines.back()) + 1 + Columns(word) > columns)
+            lines.emplace_back();
+        lines.back() += lines.back().empty() ? "" : " ";
+        lines.back() += word;
+    }
+    return lines;
+}
 
 std::string OptionTitle(const CLI::Option& option) {
     if (option.get_positional())

@@ -3,12 +3,18 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
 namespace trevolt {
 
 inline constexpr std::size_t kHelpColumns = 80;
+
+/// The words of `text` in lines of at most `columns`, or of a single longer word; one empty line for
+/// no text.
+std::vector<std::string> Wrapped(std::string_view text, std::size_t columns);
 
 /// The names of an option or place with its value's, as "-a, --angle 90|180|270" or "SOURCE...".
 std::string OptionTitle(const CLI::Option& option);

@@ -8,6 +8,21 @@ set(generated ${PROJECT_BINARY_DIR}/generated)
 
 install(TARGETS trevolt-cli RUNTIME COMPONENT programs)
 
+# The manual page and the shells' completions, as ./dev pages makes them.
+if(NOT WIN32)
+    set(TREVOLT_ZSH_FOLDER site-functions CACHE STRING
+        "Folder of share/zsh for the completion: vendor-completions in a package of Debian's")
+    set(shared ${CMAKE_INSTALL_DATAROOTDIR})
+    install(FILES share/man/man1/trevolt-cli.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+            COMPONENT programs)
+    install(FILES share/bash-completion/completions/trevolt-cli
+            DESTINATION ${shared}/bash-completion/completions COMPONENT programs)
+    install(FILES share/zsh/site-functions/_trevolt-cli
+            DESTINATION ${shared}/zsh/${TREVOLT_ZSH_FOLDER} COMPONENT programs)
+    install(FILES share/fish/vendor_completions.d/trevolt-cli.fish
+            DESTINATION ${shared}/fish/vendor_completions.d COMPONENT programs)
+endif()
+
 install(DIRECTORY include/trevolt DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT library)
 set(libraries trevolt)
 if(CMAKE_CROSSCOMPILING)

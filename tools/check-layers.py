@@ -13,7 +13,8 @@ INCLUDE = re.compile(r'^\s*#\s*include\s+["<]([a-z][a-z0-9]*/[^">]+)[">]', re.MU
 SYSTEM = ("CLI/", "fmt/", "nlohmann/", "openssl/", "sanitizer/", "sys/", "xxhash/")
 FOLDERS = {
     list_file.parent.name: list_file.parent
-    for list_file in sorted(ROOT.glob("*/CMakeLists.txt")) + sorted(ROOT.glob("app/*/CMakeLists.txt"))
+    for folders in ("*", "app/*", "cli/*")
+    for list_file in sorted(ROOT.glob(f"{folders}/CMakeLists.txt"))
     if list_file.parent.name not in ("tests", "bench", "fuzz", "examples")
 }
 OWNERS = {f"trevolt/{source.stem}.h": name for name, folder in FOLDERS.items()

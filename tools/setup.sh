@@ -10,7 +10,7 @@ packages_for() {
     case "$1" in
         build) echo g++ cmake ninja-build pkg-config liblz4-dev libxxhash-dev libcli11-dev libfmt-dev \
             nlohmann-json3-dev libssl-dev ;;
-        test) packages_for build; echo dpkg-dev jq libgtest-dev locales lz4 parallel python3 \
+        test) packages_for build; echo dpkg-dev groff-base jq libgtest-dev locales lz4 parallel python3 \
             python3-jsonschema python3-lz4 ;;
         format) echo clang-format ;;
         lint) packages_for test; echo clang-tidy ;;

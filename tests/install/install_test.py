@@ -46,7 +46,9 @@ def expected_files():
                       below('examples/', files_below(ROOT / 'examples')) |
                       below('licences/', licences))
     program = 'bin/trevolt-cli' + ('.exe' if OPTIONS.toolchain else '')
-    return {program, 'lib/pkgconfig/trevolt.pc'} | headers | libraries | package | documents
+    pages = set() if OPTIONS.toolchain else below('share/', files_below(ROOT / 'share'))
+    return ({program, 'lib/pkgconfig/trevolt.pc'} | headers | libraries | package | documents |
+            pages)
 
 
 def run(*command, **options):

@@ -17,7 +17,7 @@
 #include "trevolt/CoefObjects.h"
 #include "trevolt/CoefRotation.h"
 #include "trevolt/FileKinds.h"
-#include "trevolt/FolderRotation.h"
+#include "trevolt/RotationRun.h"
 #include "trevolt/MemoryBudget.h"
 #include "trevolt/TransferProblems.h"
 #include "trevolt/WordCoefFile.h"

@@ -1,0 +1,51 @@
+# Completion of trevolt-cli for fish, made by ./dev pages of the program's own options.
+
+function __trevolt_cli_calls --description 'Whether the first word is this one, or still missing where none is given'
+    set -l words (commandline -opc)
+    test "$words[2]" = "$argv[1]"
+end
+
+complete -c trevolt-cli -f
+
+complete -c trevolt-cli -n '__trevolt_cli_calls' -a rotate -d 'Turn coefficient files into another folder'
+complete -c trevolt-cli -n '__trevolt_cli_calls' -a demo -d 'Write a small made-up wall of cabinets into a folder'
+complete -c trevolt-cli -n '__trevolt_cli_calls' -a verify -d 'Compare the files of a manifest with their SHA-256 sums'
+complete -c trevolt-cli -n '__trevolt_cli_calls' -s h -l help -d 'Print this help and do nothing else'
+complete -c trevolt-cli -n '__trevolt_cli_calls' -l version -d 'Print the version and do nothing else'
+
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -F
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -s a -l angle -r -f -a '90 180 270' -d 'Clockwise turn in degrees, with or without a degree sign; -90 and -180 are 270 and 180'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -l angles -r -F -d 'CSV file with a file and its angle a row, for files that are mounted in different ways; * stands for all without a row, and angle 0 copies'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -s s -l size -r -f -d 'Size of every map in pixels; larger files are cut, smaller ones stand on defaults'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -l lenient -d 'Also write what could be read of files that are damaged'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -l keep-extras -d 'Keep the extra words, the owner and the origin of word files, which are lost otherwise'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -l wall -r -f -d 'Size of the wall in whose pixels kept origins are turned; without it they stay as they are'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -s r -l recursive -d 'Also turn what lies in folders of the source folders; the target gets the same folders'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -l screen -d 'The source is one whole-screen file; refuse any other number'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -l shard -r -f -d 'Take every N-th file, from the I-th on, so that N machines share a run'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -l max-file-size -r -f -d 'Bytes that a file may have, or as 500M or 2G; larger ones fail'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -l max-size -r -f -d 'Size in pixels that a file may have; larger ones fail'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -l overwrite -d 'Replace outputs that exist; without it they are errors'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -l skip-existing -d 'Leave outputs that exist, and do not turn their files'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -l suffix -r -f -d 'What stands in names of outputs in place of the angle, as cw in Cab_01-cw.9fcoef'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -l keep-times -d 'Give outputs the time at which their sources were last written'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -l verify -d 'Read each output back from the disk and compare it before it gets its name'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -l manifest -r -F -d 'New file for the SHA-256 sums of the files turned and written, as sha256sum takes them; check them with the command verify'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -l no-sync -d 'Do not wait until the outputs are on the disk: quicker, but a power cut may cost them'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -s j -l jobs -r -f -d 'Threads that turn files, or share one large file, 1 to 256'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -l max-memory -r -f -d 'Memory for pixels, in bytes or as 500M or 2G; what does not fit fails'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -s n -l dry-run -d 'Do all but write: the same plan and the same lines'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -l list -d 'Print the files that a run would take, one a line, as they open and with nothing escaped, and turn none'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -s 0 -l null -d 'End the names of --list with NUL, for names that hold line ends'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -l json -d 'Print one JSON object a line, a summary last'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -s q -l quiet -d 'Print only what goes wrong'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -s v -l verbose -d 'Also name the entries of source folders that are passed over, and why'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -s h -l help -d 'Print this help and do nothing else'
+
+complete -c trevolt-cli -n '__trevolt_cli_calls demo' -f -a '(__fish_complete_directories)'
+complete -c trevolt-cli -n '__trevolt_cli_calls demo' -l overwrite -d 'Replace outputs that exist; without it they are errors'
+complete -c trevolt-cli -n '__trevolt_cli_calls demo' -l no-sync -d 'Do not wait until the outputs are on the disk: quicker, but a power cut may cost them'
+complete -c trevolt-cli -n '__trevolt_cli_calls demo' -s h -l help -d 'Print this help and do nothing else'
+
+complete -c trevolt-cli -n '__trevolt_cli_calls verify' -F
+complete -c trevolt-cli -n '__trevolt_cli_calls verify' -s h -l help -d 'Print this help and do nothing else'
