@@ -52,7 +52,8 @@ class CLastFile : public CRotationListener {
 class KeptExtras : public testing::Test {
   protected:
     KeptExtras() {
-        m_request.sourceFolder = m_source.Path();
+        m_request.sources = {m_source.Path()};
+        m_request.existing = EExistingOutput::Replace; // tests run again and again
         m_request.targetFolder = m_target.Path();
         m_request.keepExtras = true;
     }
@@ -81,7 +82,7 @@ class KeptExtras : public testing::Test {
     Bytes Turned(const std::wstring& name, const Bytes& file) {
         WriteFile(m_source.File(name), file);
         m_listener = {};
-        const SRotationOutcome outcome = RotateFolder(m_request, m_interrupted, m_listener);
+        const SRotationOutcome outcome = RunRotation(m_request, m_interrupted, m_listener);
         EXPECT_TRUE(RemoveFile(m_source.File(name)));
         const std::wstring path = m_target.File(ExportName(name, m_request.angle.text));
         if (outcome.written == 0) {
