@@ -31,7 +31,7 @@ strip --strip-unneeded --remove-section=.comment --remove-section=.note "$stage/
 # One file of copyright and one of changes, where every package has them.
 {
     cat "$documents/LICENSE"
-    for name in xxHash fmt CLI11; do
+    for name in xxHash fmt CLI11 nlohmann-json; do
         printf '\n\nThe program holds code of %s, whose terms are:\n\n' "$name"
         cat "$documents/licences/$name.txt"
     done
@@ -41,6 +41,8 @@ mv "$work/copyright" "$documents/copyright"
 /usr/bin/python3 "$root/tools/debian-changelog.py" "$maintainer" "$SOURCE_DATE_EPOCH" \
     >"$documents/changelog"
 gzip -9n "$documents/changelog"
+# Where Debian's zsh looks.
+mv "$stage/usr/share/zsh/site-functions" "$stage/usr/share/zsh/vendor-completions"
 [ ! -d "$stage/usr/share/man" ] || find "$stage/usr/share/man" -type f -exec gzip -9n {} +
 
 # dpkg-shlibdeps wants to be where a source package is.

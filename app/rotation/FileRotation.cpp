@@ -46,7 +46,7 @@ constexpr std::uint64_t kSideBytes = std::uint64_t{32} << 20;
 /// What each further thread that works on a file takes, and more: the pieces of the widest body.
 constexpr std::uint64_t kThreadBytes = std::uint64_t{32} << 20;
 /// A map's bytes a pixel: an element and a gain.
-constexpr std::size_t kPieceBytes = std::size_t{256} << 10;
+constexpr std::size_t kCopyBytes = std::size_t{256} << 10;
 constexpr std::uint64_t kMapBytes = sizeof(SMatrixCoef) + sizeof(float);
 
 /// `name` without the folders before it.
@@ -251,7 +251,7 @@ class CFileRotation {
     /// The source's own bytes; it was read whole before, and is damaged or not.
     Status CopySource(const wchar_t* path) {
         return WriteOutput(path, E_COEF_OPENFAILED, [&](COutputFile& file) {
-            std::vector<char> piece(kPieceBytes);
+            std::vector<char> piece(kCopyBytes);
             std::istream& source = m_source.FirstByte();
             while (source.read(piece.data(), static_cast<std::streamsize>(piece.size())) ||
                    source.gcount() > 0)

@@ -92,7 +92,9 @@ class Bench:
         self.losses = LOSS_LINE.findall(done.stdout)
 
     def arguments(self, jobs):
-        return ['rotate', '--angle', '90', '--jobs', str(jobs), self.source, self.target]
+        """Of every run: what an earlier one has left is replaced."""
+        return ['rotate', '--angle', '90', '--overwrite', '--jobs', str(jobs), self.source,
+                self.target]
 
     def clear(self):
         """Everything as before the first run."""
@@ -230,7 +232,7 @@ class DemoBench(Bench):
         super().__init__(program, preload, place, [])
 
     def arguments(self, jobs):
-        return ['demo', self.target]
+        return ['demo', '--overwrite', self.target]
 
     def check_told(self, done):
         is_done = done.stdout == f'demo wall written to {self.target}\n'

@@ -78,6 +78,10 @@ class Package(unittest.TestCase):
             'README.md', 'changelog.gz', 'copyright'))}
         expected |= {DOCUMENTS + path.relative_to(ROOT).as_posix()
                      for path in (ROOT / 'docs').rglob('*') if path.is_file()}
+        expected |= {'usr/share/bash-completion/completions/trevolt-cli',
+                     'usr/share/fish/vendor_completions.d/trevolt-cli.fish',
+                     'usr/share/man/man1/trevolt-cli.1.gz',
+                     'usr/share/zsh/vendor-completions/_trevolt-cli'}
         packed = {path.relative_to(TREE).as_posix() for path in (TREE / 'usr').rglob('*')
                   if path.is_file()}
         self.assertEqual(sorted(packed), sorted(expected))

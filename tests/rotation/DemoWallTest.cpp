@@ -69,7 +69,8 @@ TEST(DemoWall, ReplacesOnlyWhenTold) {
     const CTemporaryFolder folder;
     WriteText(folder.File(L"Cab_01.9fcoef"), "mine");
     EXPECT_EQ(WriteDemoWall(folder.Path(), false, false),
-              "its output Cab_01.9fcoef exists already and is not replaced");
+              "its output Cab_01.9fcoef exists already: overwrite it, skip what exists, or choose "
+              "another target");
     EXPECT_EQ(ReadText(folder.File(L"Cab_01.9fcoef")), "mine");
     EXPECT_EQ(WriteDemoWall(folder.Path(), true, false), "");
     EXPECT_NE(ReadText(folder.File(L"Cab_01.9fcoef")), "mine");

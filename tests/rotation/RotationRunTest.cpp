@@ -573,7 +573,8 @@ TEST_F(RotationRun, AnExistingOutputIsKeptUnlessTold) {
     EXPECT_EQ(outcome.written, 1U);
     EXPECT_EQ(outcome.failed, 1U);
     const std::vector<std::string> refused{
-        "its output a-90\xC2\xB0.3bcoef exists already and is not replaced"};
+        "its output a-90\xC2\xB0.3bcoef exists already: overwrite it, skip what exists, or choose "
+        "another target"};
     EXPECT_EQ(m_listener.outcomes[0].problems, refused);
     EXPECT_EQ(m_listener.outcomes[0].outputName, "");
 
@@ -598,8 +599,8 @@ TEST_F(RotationRun, AnOutputThatComesMeanwhileIsKeptToo) {
     m_request.existing = EExistingOutput::Refuse;
     EXPECT_EQ(Run().failed, 1U);
     EXPECT_EQ(m_listener.outcomes[1].problems,
-              std::vector<std::string>{
-                  "its output b-90\xC2\xB0.3bcoef exists already and is not replaced"});
+              std::vector<std::string>{"its output b-90\xC2\xB0.3bcoef exists already: overwrite "
+                                       "it, skip what exists, or choose another target"});
     EXPECT_EQ(ReadText(taken), "kept");
 
     ASSERT_TRUE(RemoveFile(taken));

@@ -17,8 +17,8 @@
 #include "trevolt/CoefObjects.h"
 #include "trevolt/CoefRotation.h"
 #include "trevolt/FileKinds.h"
-#include "trevolt/RotationRun.h"
 #include "trevolt/MemoryBudget.h"
+#include "trevolt/RotationRun.h"
 #include "trevolt/TransferProblems.h"
 #include "trevolt/WordCoefFile.h"
 
