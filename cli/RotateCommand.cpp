@@ -45,7 +45,8 @@ int ListFiles(const SRotationRequest& request, const SRotateOptions& options) {
     if (!plan.obstacles.empty())
         return plan.isListingBroken ? kExitSomeFailed : kExitUsage;
     for (const SPlannedTurn& turn : plan.turns)
-        PrintPath(turn.path, options.nullEnds);
+        if (!turn.isTaken || request.existing != EExistingOutput::Skip)
+            PrintPath(turn.path, options.nullEnds);
     for (const std::string& name : plan.unnamable)
         PrintLine(stderr, fmt::format("{}: passed over: its name is not valid UTF-8", name));
     return plan.unnamable.empty() ? kExitAllDone : kExitSomeFailed;

@@ -1085,6 +1085,17 @@ class Durability(CliTest):
             self.assertEqual({call for call, _ in calls}, {'rename', 'print'})
 
     @with_recorder
+    def test_what_is_verified_is_read_from_the_disk(self):
+        self.add('a.3bcoef')
+        result, calls = self.recorded(self.rotate, '--no-sync', '--verify')
+        self.expect(result, 0)
+        self.assertEqual([call for call, _ in calls], ['sync', 'rename', 'print', 'print'])
+        result, _ = self.recorded(self.rotate, '--overwrite', '--no-sync', '--verify',
+                                  fail_sync='.tmp')
+        self.expect(result, 1, ['0 files turned by 90°, 1 failed'],
+                    ['a.3bcoef: cannot be written: Input/output error'])
+
+    @with_recorder
     def test_a_file_that_does_not_reach_the_disk_has_failed(self):
         for name in ('a.3bcoef', 'b.3bcoef'):
             self.add(name)

@@ -74,6 +74,10 @@ class Flags(CliTest):
                      'b.3bcoef: skipped: its output exists already',
                      '0 files turned by 90°, 0 failed, 2 skipped'], [])
         self.assertEqual(output.read_bytes(), b'earlier')
+        (self.target / 'b-90°.3bcoef').unlink()
+        self.expect(self.rotate('--skip-existing'), 0,
+                    ['a.3bcoef: skipped: its output exists already', *turn_lines('b'),
+                     '1 file turned by 90°, 0 failed, 1 skipped'], [])
         self.expect(self.rotate('--overwrite'), 0,
                     [*turn_lines('ab'), '2 files turned by 90°, 0 failed'], [])
         self.assertEqual(self.body(output, '.3bcoef', 3, 4), turned(90, 4, 3, raw, 3)[2])
@@ -192,6 +196,9 @@ class Flags(CliTest):
                         0, as_listed('a', 'b', 'more/c'), [])
             self.expect(self.rotate_places('--list', '-a', 90), 2, [],
                         ['trevolt-cli: rotate needs a SOURCE and a TARGET: see trevolt-cli rotate --help'])
+            (self.target / 'a-90°.3bcoef').write_bytes(b'earlier')
+            self.expect(self.rotate('--list', '--skip-existing'), 0, as_listed('b'), [])
+            self.expect(self.rotate('--list'), 0, as_listed('a', 'b'), [])
         result = listed('-r', '-v', '-0')
         self.expect(result, 0,
                     err=['notes.txt: passed over: no coefficient file by its name'])
