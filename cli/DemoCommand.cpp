@@ -17,15 +17,16 @@ namespace {
 int WriteDemo(const std::string& folder, bool replaces, bool sync) {
     const std::wstring path = ParseFor("FOLDER", "a folder", folder, ParsePath);
     if (!CreateFolders(path)) {
-        Complain(WithSystemReason(fmt::format("the folder {} cannot be made", folder), errno));
+        const std::string reason = SystemErrorText(errno);
+        Complain("the folder {} cannot be made{}{}", folder, reason.empty() ? "" : ": ", reason);
         return kExitUsage;
     }
     const std::string problem = WriteDemoWall(path, replaces, sync);
     if (!problem.empty()) {
-        Complain(fmt::format("{}: {}", folder, problem));
+        Complain("{}: {}", folder, problem);
         return kExitSomeFailed;
     }
-    PrintLine(stdout, fmt::format("demo wall written to {}", folder));
+    PrintLine(stdout, "demo wall written to {}", folder);
     return kExitAllDone;
 }
 

@@ -68,7 +68,7 @@ class CLinePrinter : public CRunPrinter {
     void OnFile(const SFileOutcome& outcome, std::size_t done, std::size_t count) override {
         m_progress.Clear();
         for (const std::string& problem : outcome.problems)
-            PrintLine(stderr, fmt::format("{}: {}", outcome.name, problem));
+            PrintLine(stderr, "{}: {}", outcome.name, problem);
         if (!m_style.quiet)
             TellWritten(outcome);
         m_progress.Add(outcome.size);
@@ -78,15 +78,15 @@ class CLinePrinter : public CRunPrinter {
     void OnEnd(const SRotationOutcome& outcome) override {
         m_progress.Clear();
         for (const std::string& error : outcome.errors)
-            Complain(error);
+            Complain("{}", error);
         if (outcome.end == ERotationEnd::NothingToDo && m_style.verbose)
             TellPassedOver(PlanRotation(m_request));
         if (!outcome.errors.empty())
             return;
         if (!outcome.manifestError.empty())
-            Complain(outcome.manifestError);
+            Complain("{}", outcome.manifestError);
         if (!m_style.quiet)
-            PrintLine(stdout, ClosingLine(outcome));
+            PrintText(stdout, ClosingLine(outcome));
     }
 
   private:
@@ -94,22 +94,22 @@ class CLinePrinter : public CRunPrinter {
         if (!m_style.verbose)
             return;
         for (const SPassedOver& entry : plan.passedOver)
-            PrintLine(stdout, fmt::format("{}: passed over: {}", entry.name, entry.reason));
+            PrintLine(stdout, "{}: passed over: {}", entry.name, entry.reason);
     }
 
     static void TellWritten(const SFileOutcome& outcome) {
         if (outcome.skipped)
-            PrintLine(stdout, fmt::format("{}: skipped: its output exists already", outcome.name));
+            PrintLine(stdout, "{}: skipped: its output exists already", outcome.name);
         if (outcome.outputName.empty() || outcome.skipped)
             return;
-        PrintLine(stdout, fmt::format("{} -> {}  ({} x {} -> {} x {})", outcome.name,
-                                      outcome.outputName, outcome.size.width, outcome.size.height,
-                                      outcome.turnedSize.width, outcome.turnedSize.height));
+        PrintLine(stdout, "{} -> {}  ({} x {} -> {} x {})", outcome.name, outcome.outputName,
+                  outcome.size.width, outcome.size.height, outcome.turnedSize.width,
+                  outcome.turnedSize.height);
         if (!outcome.losses.empty())
-            PrintLine(stdout, fmt::format("{}: the turned file lacks {}", outcome.name,
-                                          fmt::join(outcome.losses, ", ")));
+            PrintLine(stdout, "{}: the turned file lacks {}", outcome.name,
+                      fmt::join(outcome.losses, ", "));
         for (const std::string& note : outcome.notes)
-            PrintLine(stdout, fmt::format("{}: {}", outcome.name, note));
+            PrintLine(stdout, "{}: {}", outcome.name, note);
     }
 
     std::string ClosingLine(const SRotationOutcome& outcome) const {

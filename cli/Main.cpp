@@ -44,7 +44,7 @@ int Run(const std::vector<std::string>& arguments) {
     const auto program = MakeProgram(exitStatus);
     SCommandLine line = ArrangeWords(*program, arguments);
     if (!line.mistake.empty()) {
-        Complain(line.mistake);
+        Complain("{}", line.mistake);
         return kExitUsage;
     }
     try {
@@ -52,7 +52,7 @@ int Run(const std::vector<std::string>& arguments) {
     } catch (const CLI::Success& wish) {
         return program->exit(wish);
     } catch (const CLI::ParseError& error) {
-        Complain(Advice(*program, error));
+        Complain("{}", Advice(*program, error));
         return kExitUsage;
     }
     return exitStatus;

@@ -38,17 +38,17 @@ void PrintPath(const std::wstring& path, bool endsWithNull) {
 int ListFiles(const SRotationRequest& request, const SRotateOptions& options) {
     const SRotationPlan plan = PlanRotation(request);
     for (const std::string& obstacle : plan.obstacles)
-        Complain(obstacle);
+        Complain("{}", obstacle);
     if (options.verbose)
         for (const SPassedOver& entry : plan.passedOver)
-            PrintLine(stderr, fmt::format("{}: passed over: {}", entry.name, entry.reason));
+            PrintLine(stderr, "{}: passed over: {}", entry.name, entry.reason);
     if (!plan.obstacles.empty())
         return plan.isListingBroken ? kExitSomeFailed : kExitUsage;
     for (const SPlannedTurn& turn : plan.turns)
         if (!turn.isTaken || request.existing != EExistingOutput::Skip)
             PrintPath(turn.path, options.nullEnds);
     for (const std::string& name : plan.unnamable)
-        PrintLine(stderr, fmt::format("{}: passed over: its name is not valid UTF-8", name));
+        PrintLine(stderr, "{}: passed over: its name is not valid UTF-8", name);
     return plan.unnamable.empty() ? kExitAllDone : kExitSomeFailed;
 }
 

@@ -31,7 +31,7 @@ std::vector<SFileAngle> ReadAngles(const std::wstring& path) {
         return std::move(table.rows);
     const std::string shown = WideToShownUtf8(path);
     for (const std::string& problem : table.problems)
-        Complain(fmt::format("{}: {}", shown, problem));
+        Complain("{}: {}", shown, problem);
     throw CLI::ValidationError("--angles", fmt::format("mend the table {}", shown));
 }
 

@@ -2,19 +2,41 @@
 #pragma once
 
 #include <cstdio>
+#include <iterator>
 #include <string>
 #include <string_view>
+#include <utility>
+
+#include <fmt/format.h>
 
 namespace trevolt {
 
-/// `text` with what controls a terminal or the order of letters escaped: C0, DEL and bytes that are
-/// no UTF-8 as \x1B, C1, line separators and bidirectional controls as \u202E.
+/// Appends `text` with what controls a terminal or the order of letters escaped: C0, DEL and bytes
+/// that are no UTF-8 as \x1B, C1, line separators and bidirectional controls as \u202E.
+void AppendShown(std::string_view text, fmt::memory_buffer& shown);
+
+/// The same as a text of its own.
 std::string Shown(std::string_view text);
 
-/// Prints `text` as it is shown, and the line's end. Throws what fmt::print throws.
-void PrintLine(std::FILE* stream, std::string_view text);
+/// Prints a text as it is shown, and the line's end. Throws what fmt::print throws.
+void PrintText(std::FILE* stream, std::string_view text);
 
-/// The same to standard error, behind the program's name.
-void Complain(std::string_view problem);
+/// The same of what is formatted. Lines of usual length take no memory: what is done is told also
+/// where none is left.
+template <class... Values>
+void PrintLine(std::FILE* stream, fmt::format_string<Values...> form, Values&&... values) {
+    fmt::memory_buffer line;
+    fmt::format_to(std::back_inserter(line), form, std::forward<Values>(values)...);
+    PrintText(stream, {line.data(), line.size()});
+}
+
+/// Prints to standard error, behind the program's name.
+template <class... Values>
+void Complain(fmt::format_string<Values...> form, Values&&... values) {
+    fmt::memory_buffer line;
+    fmt::format_to(std::back_inserter(line), "trevolt-cli: ");
+    fmt::format_to(std::back_inserter(line), form, std::forward<Values>(values)...);
+    PrintText(stderr, {line.data(), line.size()});
+}
 
 } // namespace trevolt

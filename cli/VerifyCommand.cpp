@@ -17,11 +17,10 @@ class CConsoleVerification : public CVerificationListener {
     explicit CConsoleVerification(const std::string& manifest) : m_manifest(manifest) {}
 
     void OnFile(const SVerifiedFile& file) override {
-        PrintLine(stdout, fmt::format("{}: {}", file.name, AnswerTo(file)));
+        PrintLine(stdout, "{}: {}", file.name, AnswerTo(file));
     }
     void OnBadLine(std::uint64_t number) override {
-        PrintLine(stderr,
-                  fmt::format("{}: line {} is no sum with its file name", m_manifest, number));
+        PrintLine(stderr, "{}: line {} is no sum with its file name", m_manifest, number);
     }
 
   private:
@@ -59,7 +58,7 @@ int Verify(const std::string& manifest) {
     CConsoleVerification listener(manifest);
     const SVerification outcome = VerifyManifest(path, listener);
     if (!outcome.error.empty())
-        Complain(outcome.error);
+        Complain("{}", outcome.error);
     if (outcome.end != EVerificationEnd::NothingToDo)
         fmt::print("{} OK, {} failed, {} missing\n", outcome.right, outcome.differing,
                    outcome.missing);

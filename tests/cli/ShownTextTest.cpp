@@ -24,7 +24,8 @@ TEST(ShownText, EscapesWhatTurnsLettersRound) {
 }
 
 TEST(ShownText, EscapesBytesThatAreNoText) {
-    EXPECT_EQ(Shown("a\xFF\xE9\n\u00B0"), "a\\xFF\\xE9\\x0A\\xC2\\xB0");
+    EXPECT_EQ(Shown("a\xFF\xE9\n\u00B0\xC0\x80\xED\xA0\x80\xE2\x80"),
+              "a\\xFF\\xE9\\x0A\u00B0\\xC0\\x80\\xED\\xA0\\x80\\xE2\\x80");
 }
 
 } // namespace
