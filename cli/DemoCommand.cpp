@@ -1,8 +1,6 @@
 #include <cerrno>
 #include <memory>
 
-#include <fmt/format.h>
-
 #include "app/rotation/DemoWall.h"
 #include "cli/Commands.h"
 #include "cli/OptionGroup.h"

@@ -20,7 +20,7 @@
 namespace trevolt {
 namespace {
 
-constexpr std::size_t kPieceBytes = std::size_t{256} << 10;
+constexpr std::size_t kSummedBytes = std::size_t{256} << 10;
 constexpr std::size_t kSumDigits = 64;
 
 struct SEscape {
@@ -186,7 +186,7 @@ std::string WriteLines(const CTemporaryOutput& output, const std::string& lines,
 } // namespace
 
 std::optional<std::string> Sha256Of(std::istream& stream) {
-    std::vector<std::byte> piece(kPieceBytes);
+    std::vector<std::byte> piece(kSummedBytes);
     CSha256 sha;
     std::array<std::uint8_t, 32> digest{};
     const auto bytes = BytesToEnd(stream);
@@ -195,7 +195,7 @@ std::optional<std::string> Sha256Of(std::istream& stream) {
     std::uint64_t left = bytes.value_or(0);
     errno = 0;
     while (stream.good()) {
-        stream.read(reinterpret_cast<char*>(piece.data()), kPieceBytes);
+        stream.read(reinterpret_cast<char*>(piece.data()), kSummedBytes);
         if (stream.bad())
             return std::nullopt;
         left -= std::min(left, static_cast<std::uint64_t>(stream.gcount()));
