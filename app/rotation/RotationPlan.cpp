@@ -97,20 +97,22 @@ class CSourceSearch {
 
     void AddFolder(const std::wstring& source, const std::wstring& below,
                    std::vector<std::wstring>& folders) {
-        const FolderListing listing = ListEntries(source + below);
+        FolderListing listing = ListEntries(source + below);
         if (listing.error != 0) {
             RefuseListing(WideToShownUtf8(source + below), listing);
             return;
         }
-        for (const FolderEntry& entry : listing.entries) {
+        m_plan.turns.reserve(m_plan.turns.size() + listing.entries.size());
+        for (FolderEntry& entry : listing.entries) {
+            const std::wstring name = std::exchange(entry.name, {}); // held once: they may be many
             if (entry.kind == EntryKind::Folder)
-                AddSubfolder(source, below, entry.name, folders);
+                AddSubfolder(source, below, name, folders);
             else if (entry.kind == EntryKind::Other)
-                PassOver(below + entry.name, "a pipe, socket or device");
-            else if (FindLoadKind(entry.name) == nullptr)
-                PassOver(below + entry.name, "no coefficient file by its name");
+                PassOver(below + name, "a pipe, socket or device");
+            else if (FindLoadKind(name) == nullptr)
+                PassOver(below + name, "no coefficient file by its name");
             else
-                AddTurn(source + below + entry.name, below + entry.name);
+                AddTurn(source + below + name, below + name);
         }
         for (const std::string& raw : listing.unnamedByUtf8)
             if (FindLoadKind(std::wstring(raw.begin(), raw.end())) != nullptr)
@@ -225,23 +227,32 @@ void NameOutputs(const SRotationRequest& request, SRotationPlan& plan) {
     }
 }
 
-std::wstring FoldedName(std::wstring name) {
-    if (kNamesIgnoreCase)
-        std::transform(name.begin(), name.end(), name.begin(), [](wchar_t c) {
-            return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c - L'A' + L'a') : c;
-        });
-    return name;
+wchar_t Folded(wchar_t c) {
+    return kNamesIgnoreCase && c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c - L'A' + L'a') : c;
 }
 
+bool IsNameBefore(const std::wstring& a, const std::wstring& b) {
+    return std::lexicographical_compare(
+        a.begin(), a.end(), b.begin(), b.end(),
+        [](wchar_t one, wchar_t other) { return Folded(one) < Folded(other); });
+}
+
+/// Files may be many: they are told apart without copies of their names.
 void CheckOutputsDiffer(SRotationPlan& plan) {
     CObstacles obstacles(plan.obstacles);
-    std::map<std::wstring, const SPlannedTurn*> first;
-    for (const SPlannedTurn& turn : plan.turns) {
-        const auto [place, isNew] = first.emplace(FoldedName(turn.outputName), &turn);
-        if (isNew)
+    std::vector<const SPlannedTurn*> turns;
+    turns.reserve(plan.turns.size());
+    for (const SPlannedTurn& turn : plan.turns)
+        turns.push_back(&turn);
+    std::stable_sort(turns.begin(), turns.end(), [](const SPlannedTurn* a, const SPlannedTurn* b) {
+        return IsNameBefore(a->outputName, b->outputName);
+    });
+    for (std::size_t i = 1; i < turns.size(); ++i) {
+        const SPlannedTurn& turn = *turns[i];
+        if (IsNameBefore(turns[i - 1]->outputName, turn.outputName))
             continue;
         const std::string path = WideToShownUtf8(turn.path);
-        const std::string earlier = WideToShownUtf8(place->second->path);
+        const std::string earlier = WideToShownUtf8(turns[i - 1]->path);
         obstacles.Add(path == earlier ? fmt::format("{} is named twice as a source", path)
                                       : fmt::format("{} and {} would both become {}", earlier, path,
                                                     WideToShownUtf8(turn.outputName)));
