@@ -102,7 +102,8 @@ class CSourceSearch {
             RefuseListing(WideToShownUtf8(source + below), listing);
             return;
         }
-        m_plan.turns.reserve(m_plan.turns.size() + listing.entries.size());
+        if (below.empty())
+            m_plan.turns.reserve(m_plan.turns.size() + listing.entries.size());
         for (FolderEntry& entry : listing.entries) {
             const std::wstring name = std::exchange(entry.name, {}); // held once: they may be many
             if (entry.kind == EntryKind::Folder)
