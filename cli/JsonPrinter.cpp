@@ -17,6 +17,8 @@ constexpr int kJsonVersion = 1;
 void PrintObject(const Json& object) {
     // What has no UTF-8 form becomes U+FFFD.
     fmt::print("{}\n", object.dump(-1, ' ', false, Json::error_handler_t::replace));
+    std::fflush(
+        stdout); // whole lines of a run that is killed; an error is seen when the program ends
 }
 
 Json SizeOrNull(const PixelSize& size) {

@@ -105,8 +105,9 @@ void LetListNeedNoTarget(CLI::Option* list, CLI::Option* target) {
 
 void AddReport(CLI::App& command, SRotateOptions& options, CLI::Option* target) {
     COptionGroup group(command, "Report");
-    group.AddFlag("--dry-run,-n", options.dryRun,
-                  "Do all but write: the same plan and the same lines");
+    group.AddFlag(
+        "--dry-run,-n", options.dryRun,
+        "Do all but write: the same plan and the same lines, but for what only writing shows");
     CLI::Option* list = group.AddFlag(
         "--list", options.list,
         "Print the files that a run would take, one a line, as they open and with nothing "

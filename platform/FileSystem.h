@@ -52,7 +52,8 @@ bool PathExists(const std::wstring& path);
 /// Whether `path` names a folder; links are followed.
 bool IsFolder(const std::wstring& path);
 
-/// What stands at `path`, links followed; nothing when nothing does.
+/// What stands at `path`, links followed; nothing when nothing does or the system does not tell, and
+/// `errno` says why, where the system does, else it is 0.
 std::optional<EntryKind> KindOfEntry(const std::wstring& path);
 
 /// Whether both paths exist and name the same entry.

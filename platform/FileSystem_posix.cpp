@@ -101,6 +101,7 @@ bool IsFolder(const std::wstring& path) {
 std::optional<EntryKind> KindOfEntry(const std::wstring& path) {
     const auto native = ToNativePath(path);
     struct stat info {};
+    errno = 0;
     if (!native || stat(native->c_str(), &info) != 0)
         return std::nullopt;
     return KindOf(info);
@@ -156,10 +157,18 @@ bool NameNew(const std::wstring& from, const std::wstring& to, bool /*isDurable*
     if (errno != EINVAL && errno != ENOSYS)
         return false;
     // The file system has no such rename; a second name it refuses as well where one stands.
-    if (link(nativeFrom->c_str(), nativeTo->c_str()) != 0)
+    if (link(nativeFrom->c_str(), nativeTo->c_str()) == 0) {
+        RemoveNativeFile(*nativeFrom);
+        return true;
+    }
+    if (errno != EPERM && errno != EOPNOTSUPP && errno != ENOSYS)
         return false;
-    RemoveNativeFile(*nativeFrom);
-    return true;
+    // Nor second names: what comes to stand there in this moment is replaced.
+    if (IdentityOf(to)) {
+        errno = EEXIST;
+        return false;
+    }
+    return ReplaceWith(from, to);
 }
 
 bool RemoveFile(const std::wstring& path) {

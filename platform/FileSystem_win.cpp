@@ -113,6 +113,7 @@ bool IsFolder(const std::wstring& path) {
 
 std::optional<EntryKind> KindOfEntry(const std::wstring& path) {
     const DWORD attributes = GetFileAttributesW(path.c_str());
+    errno = attributes == INVALID_FILE_ATTRIBUTES ? ErrnoOf(GetLastError()) : 0;
     return attributes == INVALID_FILE_ATTRIBUTES ? std::nullopt : std::optional(KindOf(attributes));
 }
 

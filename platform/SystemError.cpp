@@ -26,6 +26,7 @@ constexpr std::array kErrorTexts{
     ErrorText{EINVAL, "Invalid argument"},
     ErrorText{EIO, "Input/output error"},
     ErrorText{EISDIR, "Is a directory"},
+    ErrorText{ELOOP, "Too many levels of symbolic links"},
     ErrorText{EMFILE, "Too many open files"},
     ErrorText{ENAMETOOLONG, "File name too long"},
     ErrorText{ENFILE, "Too many open files in system"},

@@ -5,6 +5,7 @@
 #include <fmt/xchar.h>
 
 #include "app/rotation/OutputFolder.h"
+#include "platform/FileSystem.h"
 #include "platform/SystemError.h"
 #include "trevolt/FileKinds.h"
 #include "trevolt/FixedPoint.h"
@@ -42,12 +43,16 @@ void PaintCabinet(CChromaCorrectCoef& map, std::uint32_t cabinet) {
             map.SetElement(x, y, DemoPixel(x, y, cabinet));
 }
 
+std::wstring NameOf(std::uint32_t index) {
+    return fmt::format(L"Cab_{:02}{}", index + 1, FileKinds()[index].extension);
+}
+
 /// What went wrong, in plain words; nothing when the cabinet has its name.
-std::string WriteCabinet(COutputFolder& target, const SFileKind& kind, std::uint32_t cabinet,
-                         bool replaces) {
+std::string WriteCabinet(COutputFolder& target, std::uint32_t index, bool replaces) {
+    const SFileKind& kind = FileKinds()[index];
     CChromaCorrectCoef map;
-    PaintCabinet(map, cabinet);
-    const auto output = target.Begin(fmt::format(L"Cab_{:02}{}", cabinet, kind.extension));
+    PaintCabinet(map, index + 1);
+    const auto output = target.Begin(NameOf(index));
     const CTransferReport report;
     const Status status = kind.save(map, output->Path().c_str());
     if (std::string problem = DescribeWriteProblem(status, report); !problem.empty())
@@ -68,9 +73,11 @@ std::string WriteDemoWall(const std::wstring& folder, bool replaces, bool sync) 
     if (const int error = target.Make(); error != 0)
         return WithSystemReason("the folder cannot be made or synced", error);
     target.RemoveAbandoned();
-    std::uint32_t cabinet = 0;
-    for (const SFileKind& kind : FileKinds())
-        if (std::string problem = WriteCabinet(target, kind, ++cabinet, replaces); !problem.empty())
+    for (std::uint32_t i = 0; i < FileKinds().size() && !replaces; ++i)
+        if (const std::wstring name = NameOf(i); IdentityOf(WithSeparator(folder) + name))
+            return DescribeExistingOutput(WideToShownUtf8(name));
+    for (std::uint32_t i = 0; i < FileKinds().size(); ++i)
+        if (std::string problem = WriteCabinet(target, i, replaces); !problem.empty())
             return problem;
     const int error = target.SyncNames();
     return error == 0 ? std::string() : DescribeFolderSyncProblem(error);

@@ -73,7 +73,8 @@ class CFileRotation {
         if (!IsOutputTaken())
             Turn();
         m_outcome.interrupted = m_interrupted && m_output == nullptr;
-        return {std::move(m_outcome), std::move(m_output)};
+        return {std::move(m_outcome), std::move(m_output), false,
+                m_request.keepTimes ? m_planned.path : std::wstring()};
     }
 
   private:
@@ -93,7 +94,8 @@ class CFileRotation {
     bool IsOutputTaken() {
         if (m_request.existing == EExistingOutput::Replace || !m_planned.isTaken)
             return false;
-        m_outcome.skipped = m_request.existing == EExistingOutput::Skip;
+        m_outcome.skipped = m_request.existing == EExistingOutput::Skip &&
+                            KindOfEntry(OutputPath()) == EntryKind::File;
         if (!m_outcome.skipped)
             Fail(DescribeExistingOutput(WideToShownUtf8(m_planned.outputName)));
         return true;
@@ -397,10 +399,6 @@ class CFileRotation {
         const Status status = IsCopy() ? CopySource(path.c_str()) : write(path.c_str());
         if (std::string problem = DescribeWriteProblem(status, report); !problem.empty()) {
             Fail(std::move(problem));
-            return false;
-        }
-        if (m_request.keepTimes && !CopyWriteTime(m_planned.path, path)) {
-            FailWithReason("its time cannot be given to its output", errno);
             return false;
         }
         auto lines = SumBoth(path);

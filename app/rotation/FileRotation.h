@@ -16,6 +16,9 @@ struct STurnedFile {
     SFileOutcome outcome;
     std::unique_ptr<CTemporaryOutput> output; ///< null when there is nothing to keep
     bool isMemoryRefused = false;             ///< then the outcome tells nothing
+    /// The file whose time the output gets with its name, empty for none. Not before: another run would
+    /// take an old file under work for an abandoned one.
+    std::wstring timeOf;
 };
 
 /// Turns a file as planned into a file under work of `target`, with memory and threads of `share`,

@@ -86,8 +86,8 @@ std::wstring WithoutSeparator(std::wstring path) {
 }
 
 bool IsAbandoned(const std::wstring& path, const SOwner& owner) {
-    if (owner.realm != 0 && owner.realm == ProcessRealm() && IsProcessGone(owner.process))
-        return true;
+    if (owner.realm != 0 && owner.realm == ProcessRealm())
+        return IsProcessGone(owner.process);
     const auto age = AgeOf(path);
     return age && *age >= kAbandonedAge;
 }

@@ -7,6 +7,8 @@
 #include <fmt/format.h>
 
 #include "common/OrderedJobs.h"
+#include "platform/FileSystem.h"
+#include "platform/SystemError.h"
 #include "trevolt/TransferProblems.h"
 #include "trevolt/Utf8.h"
 
@@ -88,6 +90,10 @@ bool COutputKeeper::Keep(STurnedFile& file, int error) {
     }
     if (error != 0) {
         Fail(file, DescribeSyncProblem(error));
+        return false;
+    }
+    if (!file.timeOf.empty() && !CopyWriteTime(file.timeOf, file.output->Path())) {
+        Fail(file, WithSystemReason("its time cannot be given to its output", errno));
         return false;
     }
     const SKeptOutput kept = m_target.Keep(*file.output, m_existing == EExistingOutput::Replace);

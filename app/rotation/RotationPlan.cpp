@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <map>
+#include <new>
 #include <set>
 #include <utility>
 
@@ -33,8 +34,11 @@ class CObstacles {
   public:
     explicit CObstacles(std::vector<std::string>& told) : m_told(told) {}
     ~CObstacles() {
-        if (m_count > kToldObstacles)
-            m_told.push_back(fmt::format("and {} more like these", m_count - kToldObstacles));
+        try {
+            if (m_count > kToldObstacles)
+                m_told.push_back(fmt::format("and {} more like these", m_count - kToldObstacles));
+        } catch (const std::bad_alloc&) { // the first ones stop the run by themselves
+        }
     }
     CObstacles(const CObstacles&) = delete;
     CObstacles& operator=(const CObstacles&) = delete;
@@ -57,8 +61,12 @@ class CSourceSearch {
 
     void Add(const std::wstring& source) {
         const auto kind = KindOfEntry(source);
-        if (!kind)
+        const int error = errno;
+        if (!kind && (error == 0 || error == ENOENT))
             m_obstacles.Add(fmt::format("the source {} does not exist", WideToShownUtf8(source)));
+        else if (!kind)
+            m_obstacles.Add(WithSystemReason(
+                fmt::format("the source {} cannot be looked at", WideToShownUtf8(source)), error));
         else if (*kind == EntryKind::Folder)
             AddTree(source);
         else
@@ -262,6 +270,8 @@ void CheckOutputsDiffer(SRotationPlan& plan) {
 
 /// Finds the outputs that stand already. None may be a source, by whatever name.
 void FindTaken(const SRotationRequest& request, SRotationPlan& plan) {
+    if (request.targetFolder.empty()) // where files are only listed
+        return;
     std::vector<std::pair<EntryIdentity, const SPlannedTurn*>> standing;
     for (SPlannedTurn& turn : plan.turns) {
         const std::wstring path = WithSeparator(request.targetFolder) + turn.outputName;
@@ -274,7 +284,8 @@ void FindTaken(const SRotationRequest& request, SRotationPlan& plan) {
         return;
     std::set<std::optional<EntryIdentity>> sources;
     for (const SPlannedTurn& turn : plan.turns)
-        sources.insert(IdentityOf(turn.path, EIdentified::WhereItLeads));
+        for (const EIdentified identified : {EIdentified::Link, EIdentified::WhereItLeads})
+            sources.insert(IdentityOf(turn.path, identified));
     CObstacles obstacles(plan.obstacles);
     for (const auto& [entry, turn] : standing)
         if (sources.contains(entry))

@@ -112,9 +112,8 @@ std::string DescribeWriteProblem(Status status, const CTransferReport& report) {
 }
 
 std::string DescribeExistingOutput(const std::string& name) {
-    return fmt::format(
-        "its output {} exists already: overwrite it, skip what exists, or choose another target",
-        name);
+    return fmt::format("its output {} exists already: overwrite it, or choose another target",
+                       name);
 }
 
 std::string DescribeRenameProblem(int error) {

@@ -9,6 +9,9 @@
 //   TREVOLT_FAIL_THREAD     threads that start before all others fail to
 //   TREVOLT_FAIL_NEW        the number of the allocation that is refused, from the entry point's call
 //                           of `signal` on: the objects that libraries keep are made before it
+//   TREVOLT_PLAIN_RENAMES   1: the file system has no rename that replaces nothing, 2: nor hard links
+//   TREVOLT_APPEARS         an empty file comes to stand under each new name in the last moment
+//   TREVOLT_DECAY           a file whose cached pages are given up has lost a bit on the disk
 #include <atomic>
 #include <cerrno>
 #include <csignal>
@@ -72,6 +75,19 @@ bool IsToFail(const char* variable, std::string_view path) {
     return end != nullptr && path.ends_with(end);
 }
 
+void Decay(int descriptor) {
+    const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
+    const int file = open(link.c_str(), O_RDWR | O_CLOEXEC);
+    char last = 0;
+    const off_t place = lseek(file, -1, SEEK_END);
+    if (pread(file, &last, 1, place) != 1)
+        std::abort();
+    last = static_cast<char>(last ^ 1);
+    if (pwrite(file, &last, 1, place) != 1)
+        std::abort();
+    close(file);
+}
+
 } // namespace
 
 extern "C" {
@@ -101,9 +117,31 @@ int rename(const char* from, const char* to) noexcept {
 int renameat2(int fromFolder, const char* from, int toFolder, const char* to,
               unsigned flags) noexcept {
     const COwnWork own;
+    if (NumberIn("TREVOLT_APPEARS", 0) != 0)
+        close(open(to, O_WRONLY | O_CREAT | O_CLOEXEC, 0666));
+    if (NumberIn("TREVOLT_PLAIN_RENAMES", 0) != 0) {
+        errno = EINVAL;
+        return -1;
+    }
     Record("rename", std::string(from) + " " + to);
     return Next<int(int, const char*, int, const char*, unsigned)>("renameat2")(
         fromFolder, from, toFolder, to, flags);
+}
+
+int link(const char* from, const char* to) noexcept {
+    const COwnWork own;
+    if (NumberIn("TREVOLT_PLAIN_RENAMES", 0) > 1) {
+        errno = EPERM;
+        return -1;
+    }
+    return Next<int(const char*, const char*)>("link")(from, to);
+}
+
+int posix_fadvise(int descriptor, off_t from, off_t length, int advice) noexcept {
+    const COwnWork own;
+    if (NumberIn("TREVOLT_DECAY", 0) != 0)
+        Decay(descriptor);
+    return Next<int(int, off_t, off_t, int)>("posix_fadvise")(descriptor, from, length, advice);
 }
 
 sighandler_t signal(int number, sighandler_t handler) noexcept {

@@ -1075,6 +1075,37 @@ class Durability(CliTest):
         self.assertEqual(calls[-1], ('print', f'demo wall written to {wall}'))
 
     @with_recorder
+    def test_an_output_that_the_disk_holds_otherwise_gets_no_name(self):
+        for name in ('a.3bcoef', 'b.9fcoef'):
+            self.add(name)
+        result, _ = self.recorded(self.rotate, '--verify', decay=1)
+        self.expect(result, 1, ['0 files turned by 90°, 2 failed'],
+                    [f'{name}: what was read back is not what was written'
+                     for name in ('a.3bcoef', 'b.9fcoef')])
+        self.assertEqual(self.targets(), [])
+        result, calls = self.recorded(self.rotate, '--verify', '--no-sync')
+        self.expect(result, 0)
+        self.assertEqual(len([what for call, what in calls if call == 'sync']), 2)
+
+    @with_recorder
+    def test_file_systems_without_the_rename_that_replaces_nothing(self):
+        self.add('a.3bcoef')
+        output = self.target / 'a-90°.3bcoef'
+        for plain_renames in (0, 1, 2):
+            result, _ = self.recorded(self.rotate, plain_renames=plain_renames)
+            self.expect(result, 0)
+            self.assertEqual(self.targets(), [output.name])
+            self.assertGreater(output.stat().st_size, 0)
+            output.unlink()
+            result, _ = self.recorded(self.rotate, plain_renames=plain_renames, appears=1)
+            self.expect(result, 1, ['0 files turned by 90°, 1 failed'],
+                        [f'a.3bcoef: its output {output.name} exists already: overwrite it, or choose '
+                         'another target'])
+            self.assertEqual(output.stat().st_size, 0)
+            self.assertEqual(self.targets(), [output.name])
+            output.unlink()
+
+    @with_recorder
     def test_nothing_is_synced_where_nobody_wants_it(self):
         self.add('a.3bcoef')
         wall = self.folder / 'wall'

@@ -61,7 +61,7 @@ class Flags(CliTest):
         self.add('b.3bcoef')
         output = self.target / 'a-90°.3bcoef'
         output.write_bytes(b'earlier')
-        told = 'a.3bcoef: its output a-90°.3bcoef exists already: overwrite it, skip what exists, or choose another target'
+        told = 'a.3bcoef: its output a-90°.3bcoef exists already: overwrite it, or choose another target'
         result = self.rotate('--dry-run')
         self.expect(result, 1, [*turn_lines('b'), 'dry run: 1 file would be turned by 90°, 1 failed'])
         self.assertEqual(len(self.lines(result.stderr)), 1)

@@ -77,6 +77,9 @@ class Place:
             time.sleep(0.001)
         task.send_signal(signal.SIGKILL)
         task.wait()
+        report = self.merged_report()
+        check(report['shards_ended'] == 0 and report['exit_status'] is None,
+              'the killed shard is not told')
 
     def check_outputs(self):
         names = sorted(os.listdir(self.whole))
@@ -86,11 +89,15 @@ class Place:
             check((self.turned / name).read_bytes() == (self.whole / name).read_bytes(),
                   f'{name} differs')
 
-    def check_report(self):
-        merged = subprocess.run(['jq', '--slurp', '--from-file', EXAMPLES / 'merge-reports.jq',
+    def merged_report(self):
+        merged = subprocess.run(['jq', '--null-input', '--raw-input', '--from-file',
+                                 EXAMPLES / 'merge-reports.jq',
                                  *sorted(self.reports.glob('shard-*.json'))],
                                 stdout=subprocess.PIPE, check=True)
-        report = json.loads(merged.stdout)
+        return json.loads(merged.stdout)
+
+    def check_report(self):
+        report = self.merged_report()
         check(report['shards'] == report['shards_ended'] == SHARDS, 'a shard has no summary')
         check(report['written'] + report['skipped'] == self.count and report['failed'] == 0,
               'the report does not add up')
@@ -126,7 +133,7 @@ def run_slurm(place):
     while not report.exists() or len(report.read_text(encoding='utf-8').split('\n')) < \
             place.half_a_shard():
         time.sleep(0.001)
-    subprocess.run(['pkill', '-KILL', '-f', '--', f'--shard {KILLED}/{SHARDS} '], check=True)
+    subprocess.run(['pkill', '-KILL', '-f', '--', f'--shard {KILLED}/{SHARDS} .*{place.turned}'], check=True)
     await_end(job)
     check('"summary"' not in report.read_text(encoding='utf-8'), 'the killed shard has a summary')
     told('scontrol', 'requeue', f'{job}_{KILLED}')

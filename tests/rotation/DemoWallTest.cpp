@@ -69,8 +69,7 @@ TEST(DemoWall, ReplacesOnlyWhenTold) {
     const CTemporaryFolder folder;
     WriteText(folder.File(L"Cab_01.9fcoef"), "mine");
     EXPECT_EQ(WriteDemoWall(folder.Path(), false, false),
-              "its output Cab_01.9fcoef exists already: overwrite it, skip what exists, or choose "
-              "another target");
+              "its output Cab_01.9fcoef exists already: overwrite it, or choose another target");
     EXPECT_EQ(ReadText(folder.File(L"Cab_01.9fcoef")), "mine");
     EXPECT_EQ(WriteDemoWall(folder.Path(), true, false), "");
     EXPECT_NE(ReadText(folder.File(L"Cab_01.9fcoef")), "mine");

@@ -1,3 +1,5 @@
+#include <filesystem>
+
 #include <gtest/gtest.h>
 
 #include "platform/FileSystem.h"
@@ -143,6 +145,31 @@ TEST_F(RotationPlan, AnOutputNeverFallsOnASource) {
     const SRotationPlan plan = PlanRotation(m_request);
     EXPECT_EQ(plan.obstacles, Texts{});
     EXPECT_TRUE(plan.turns.at(0).isTaken);
+}
+
+#ifndef _WIN32
+TEST_F(RotationPlan, NorOnALinkThatIsASource) {
+    Add(L"a.3bcoef");
+    const std::wstring link = m_target.File(L"a-90\u00B0.3bcoef");
+    std::filesystem::create_symlink(*ToNativePath(m_source.File(L"a.3bcoef")), *ToNativePath(link));
+    m_request.sources = {m_source.File(L"a.3bcoef"), link};
+    EXPECT_EQ(Obstacles().size(), 1U);
+    m_request.sources = {m_source.File(L"a.3bcoef")};
+    EXPECT_EQ(Obstacles(), Texts{});
+}
+
+TEST_F(RotationPlan, ASourceThatCannotBeLookedAtIsNotToldAsMissing) {
+    m_request.sources = {m_source.File(std::wstring(300, L'a'))};
+    EXPECT_EQ(Obstacles(), Texts{"the source " + Shown(m_request.sources[0]) +
+                                 " cannot be looked at: File name too long"});
+}
+#endif
+
+TEST_F(RotationPlan, WithoutATargetNoOutputStands) {
+    Add(L"a.3bcoef");
+    m_request.targetFolder.clear();
+    EXPECT_FALSE(PlanRotation(m_request).turns.at(0).isTaken);
+    EXPECT_EQ(Obstacles(), Texts{});
 }
 
 TEST_F(RotationPlan, SourceAndTargetAreNeverTheSameFolder) {

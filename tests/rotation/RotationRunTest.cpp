@@ -15,6 +15,7 @@
 
 #include <fmt/xchar.h>
 
+#include "app/rotation/FileRotation.h"
 #include "app/rotation/Manifest.h"
 #include "app/rotation/OutputFolder.h"
 #include "common/LittleEndian.h"
@@ -573,8 +574,7 @@ TEST_F(RotationRun, AnExistingOutputIsKeptUnlessTold) {
     EXPECT_EQ(outcome.written, 1U);
     EXPECT_EQ(outcome.failed, 1U);
     const std::vector<std::string> refused{
-        "its output a-90\xC2\xB0.3bcoef exists already: overwrite it, skip what exists, or choose "
-        "another target"};
+        "its output a-90\xC2\xB0.3bcoef exists already: overwrite it, or choose another target"};
     EXPECT_EQ(m_listener.outcomes[0].problems, refused);
     EXPECT_EQ(m_listener.outcomes[0].outputName, "");
 
@@ -600,7 +600,7 @@ TEST_F(RotationRun, AnOutputThatComesMeanwhileIsKeptToo) {
     EXPECT_EQ(Run().failed, 1U);
     EXPECT_EQ(m_listener.outcomes[1].problems,
               std::vector<std::string>{"its output b-90\xC2\xB0.3bcoef exists already: overwrite "
-                                       "it, skip what exists, or choose another target"});
+                                       "it, or choose another target"});
     EXPECT_EQ(ReadText(taken), "kept");
 
     ASSERT_TRUE(RemoveFile(taken));
@@ -682,6 +682,31 @@ TEST_F(RotationRun, OutputsKeepTheTimesOfTheirSources) {
     m_request.keepTimes = true;
     EXPECT_EQ(Run().written, 1U);
     EXPECT_EQ(std::filesystem::last_write_time(output), std::filesystem::last_write_time(source));
+}
+
+TEST_F(RotationRun, AFileUnderWorkIsNeverOld) {
+    AddFile(L"a.3bcoef", 2, 3);
+    const std::filesystem::path source(*ToNativePath(m_source.File(L"a.3bcoef")));
+    std::filesystem::last_write_time(source, std::filesystem::file_time_type::clock::now() -
+                                                 std::chrono::hours(24 * 365));
+    m_request.keepTimes = true;
+    SRotationPlan plan = PlanRotation(m_request);
+    COutputFolder target(m_target.Path(), false);
+    CWorkShare share(1, 1, std::uint64_t{1} << 30);
+    const STurnedFile file = TurnFile(m_request, m_interrupted, share, target, plan.turns.at(0));
+    ASSERT_NE(file.output, nullptr);
+    EXPECT_LT(AgeOf(file.output->Path()).value_or(std::chrono::seconds::max()),
+              std::chrono::hours(1));
+    EXPECT_EQ(file.timeOf, plan.turns[0].path);
+}
+
+TEST_F(RotationRun, OnlyAFileIsSkipped) {
+    AddFile(L"a.3bcoef", 2, 3);
+    ASSERT_TRUE(CreateFolders(m_target.File(L"a-90\u00B0.3bcoef")));
+    m_request.existing = EExistingOutput::Skip;
+    EXPECT_EQ(Run().failed, 1U);
+    ExpectProblem("its output a-90\xC2\xB0.3bcoef exists already: overwrite it, or choose another "
+                  "target");
 }
 
 TEST_F(RotationRun, OutputsAreReadBackWhenToldTo) {
