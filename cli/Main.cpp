@@ -27,7 +27,7 @@ std::string NeededPlaces(const CLI::App& command) {
 
 /// What is wrong, and what to do.
 std::string Advice(const CLI::App& program, const CLI::ParseError& error) {
-    const std::string problem = error.what();
+    std::string problem = error.what();
     const CLI::App& command = *program.get_subcommands().front();
     if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr)
         return fmt::format("{} needs {}: see trevolt-cli {} --help", command.get_name(),

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <string_view>
 #include <vector>
 
@@ -40,7 +41,8 @@ std::string Rate(const SProgress& progress) {
 std::string TimeLeft(const SProgress& progress) {
     const auto done = static_cast<double>(progress.done);
     const auto left = static_cast<double>(progress.count - progress.done);
-    const auto seconds = static_cast<std::uint64_t>(Seconds(progress.elapsed) / done * left + 0.5);
+    const auto seconds =
+        static_cast<std::uint64_t>(std::llround(Seconds(progress.elapsed) / done * left));
     if (seconds < 60)
         return fmt::format("{} s left", seconds);
     if (seconds < 3600)
@@ -70,7 +72,8 @@ std::string ProgressText(const SProgress& progress, std::size_t columns) {
     constexpr std::size_t kFrame = 4; // brackets and blanks
     if (whole.size() + kFrame + kShortestBar <= columns)
         return Bar(progress, std::min(kLongestBar, columns - whole.size() - kFrame)) + whole;
-    for (const std::string& text : {whole, share + files + left, share + files, files})
+    for (const std::string& text :
+         {whole, fmt::format("{}{}{}", share, files, left), share + files, files})
         if (text.size() <= columns)
             return text;
     return files.substr(0, columns);

@@ -5,7 +5,8 @@
 find_library(TREVOLT_LZ4_ARCHIVE liblz4.a REQUIRED)
 find_library(TREVOLT_CRYPTO_ARCHIVE libcrypto.a REQUIRED)
 add_executable(trevolt-cli-standalone EXCLUDE_FROM_ALL
-               $<TARGET_OBJECTS:trevolt-cli> $<TARGET_OBJECTS:trevolt_console_entry>)
+               $<TARGET_OBJECTS:trevolt-cli> $<TARGET_OBJECTS:trevolt_cli>
+               $<TARGET_OBJECTS:trevolt_console_entry>)
 set_target_properties(trevolt-cli-standalone PROPERTIES
     OUTPUT_NAME trevolt-cli
     RUNTIME_OUTPUT_DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/standalone

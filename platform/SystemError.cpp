@@ -54,7 +54,7 @@ std::string SystemErrorText(int error) {
     return found == kErrorTexts.end() ? "system error " + std::to_string(error) : found->text;
 }
 
-std::string WithSystemReason(std::string problem, int error) {
+std::string WithSystemReason(const std::string& problem, int error) {
     const std::string reason = SystemErrorText(error);
     return reason.empty() ? problem : problem + ": " + reason;
 }

@@ -10,6 +10,6 @@ namespace trevolt {
 std::string SystemErrorText(int error);
 
 /// "problem: meaning", or the problem alone where there is no meaning.
-std::string WithSystemReason(std::string problem, int error);
+std::string WithSystemReason(const std::string& problem, int error);
 
 } // namespace trevolt

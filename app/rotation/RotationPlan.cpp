@@ -75,7 +75,8 @@ class CSourceSearch {
 
   private:
     void AddFile(const std::wstring& path, EntryKind kind) {
-        const std::wstring name = path.substr(FolderPart(path).size());
+        const std::wstring folder = FolderPart(path);
+        const std::wstring name = path.substr(folder.size());
         if (kind == EntryKind::Other)
             m_obstacles.Add(
                 fmt::format("the source {} is neither a file nor a folder", WideToShownUtf8(path)));
@@ -83,7 +84,7 @@ class CSourceSearch {
             m_obstacles.Add(fmt::format("the source {} is no coefficient file by its name",
                                         WideToShownUtf8(path)));
         else
-            AddTurn(path, name);
+            AddTurn(folder, name);
     }
 
     void AddTree(const std::wstring& source) {
@@ -121,7 +122,7 @@ class CSourceSearch {
             else if (FindLoadKind(name) == nullptr)
                 PassOver(below + name, "no coefficient file by its name");
             else
-                AddTurn(source + below + name, below + name);
+                AddTurn(source, below + name);
         }
         for (const std::string& raw : listing.unnamedByUtf8)
             if (FindLoadKind(std::wstring(raw.begin(), raw.end())) != nullptr)
@@ -152,8 +153,8 @@ class CSourceSearch {
                                        listing.error));
     }
 
-    void AddTurn(const std::wstring& path, const std::wstring& name) {
-        m_plan.turns.push_back({path, name, {}, m_request.angle});
+    void AddTurn(const std::wstring& folder, const std::wstring& name) {
+        m_plan.turns.push_back({folder + name, name, {}, m_request.angle});
     }
 
     void PassOver(const std::wstring& name, const char* reason) {

@@ -54,8 +54,8 @@ TEST(ProgressBar, CountsFilesWhereNoPixelsAreKnown) {
 }
 
 TEST(ProgressBar, ScalesRatesAndTimes) {
-    const auto text = [](std::size_t done, std::uint64_t pixels, int milliseconds_) {
-        return ProgressText({done, 1000, pixels, milliseconds(milliseconds_)}, 56);
+    const auto text = [](std::size_t done, std::uint64_t pixels, int time) {
+        return ProgressText({done, 1000, pixels, milliseconds(time)}, 56);
     };
     EXPECT_EQ(text(500, 999, 1000), " 50 %  500 of 1000 files  999.0 pixel/s  1 s left");
     EXPECT_EQ(text(500, 1000, 1000), " 50 %  500 of 1000 files  1.0 kpixel/s  1 s left");
