@@ -234,6 +234,7 @@ void NameOutputs(const SRotationRequest& request, SRotationPlan& plan) {
         const std::wstring_view angle = request.suffix ? *request.suffix : turn.angle.text;
         turn.outputName = turn.name.substr(0, folderLength) +
                           ExportName(std::wstring_view(turn.name).substr(folderLength), angle);
+        turn.outputName.shrink_to_fit(); // files may be many
     }
 }
 
@@ -254,8 +255,10 @@ void CheckOutputsDiffer(SRotationPlan& plan) {
     turns.reserve(plan.turns.size());
     for (const SPlannedTurn& turn : plan.turns)
         turns.push_back(&turn);
-    std::stable_sort(turns.begin(), turns.end(), [](const SPlannedTurn* a, const SPlannedTurn* b) {
-        return IsNameBefore(a->outputName, b->outputName);
+    std::sort(turns.begin(), turns.end(), [](const SPlannedTurn* a, const SPlannedTurn* b) {
+        if (IsNameBefore(a->outputName, b->outputName))
+            return true;
+        return a < b && !IsNameBefore(b->outputName, a->outputName); // in the plan's order
     });
     for (std::size_t i = 1; i < turns.size(); ++i) {
         const SPlannedTurn& turn = *turns[i];
