@@ -46,7 +46,7 @@ int ListFiles(const SRotationRequest& request, const SRotateOptions& options) {
         return plan.isListingBroken ? kExitSomeFailed : kExitUsage;
     for (const SPlannedTurn& turn : plan.turns)
         if (!turn.isTaken || request.existing != EExistingOutput::Skip)
-            PrintPath(turn.path, options.nullEnds);
+            PrintPath(turn.Path(), options.nullEnds);
     for (const std::string& name : plan.unnamable)
         PrintLine(stderr, "{}: passed over: its name is not valid UTF-8", name);
     return plan.unnamable.empty() ? kExitAllDone : kExitSomeFailed;

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "platform/CodePage.h"
+#include "platform/TrimmedText.h"
 #include "trevolt/Utf8.h"
 
 namespace trevolt {
@@ -62,14 +63,6 @@ Lines SplitLines(std::wstring_view text) {
         text.remove_prefix(std::min(end + 1, text.size()));
     }
     return lines;
-}
-
-std::wstring_view Trimmed(std::wstring_view text) {
-    constexpr std::wstring_view kBlanks = L" \t";
-    const std::size_t first = text.find_first_not_of(kBlanks);
-    if (first == std::wstring_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
 std::wstring_view Unquoted(std::wstring_view text) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/FileStream.h"
+#include "platform/TrimmedText.h"
 #include "trevolt/Utf8.h"
 
 namespace trevolt {
@@ -19,14 +20,6 @@ std::string_view TakeLine(std::string_view& text) {
     if (line.ends_with('\r'))
         line.remove_suffix(1);
     return line;
-}
-
-std::string_view Trimmed(std::string_view text) {
-    constexpr std::string_view kBlanks = " \t";
-    const std::size_t first = text.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
 std::wstring Unescaped(std::wstring_view text) {

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "app/rotation/CsvTable.h"
+#include "platform/TrimmedText.h"
 #include "trevolt/Utf8.h"
 
 namespace trevolt {
@@ -30,8 +31,8 @@ std::string LowerCase(std::string_view text) {
 }
 
 bool IsHeading(const SCsvRow& row) {
-    return row.fields.size() == 2 && LowerCase(TrimmedField(row.fields[0])) == "file" &&
-           LowerCase(TrimmedField(row.fields[1])) == "angle";
+    return row.fields.size() == 2 && LowerCase(Trimmed<char>(row.fields[0])) == "file" &&
+           LowerCase(Trimmed<char>(row.fields[1])) == "angle";
 }
 
 /// Takes rows one by one, each file once.
@@ -55,7 +56,7 @@ class CAngleRows {
             return "the file's name is not valid UTF-8: save the table as UTF-8";
         if (name.empty())
             return "has no file: give its name, or * for all that have no row";
-        const auto code = AngleCode(TrimmedField(row.fields[1]));
+        const auto code = AngleCode(Trimmed<char>(row.fields[1]));
         if (!code)
             return fmt::format("{} is no angle: give 0, 90, 180, 270, -90 or -180", row.fields[1]);
         const auto [earlier, isNew] = m_lines.emplace(name, row.line);

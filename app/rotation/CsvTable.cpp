@@ -6,6 +6,7 @@
 
 #include "platform/FileStream.h"
 #include "platform/SystemError.h"
+#include "platform/TrimmedText.h"
 
 namespace trevolt {
 namespace {
@@ -46,7 +47,7 @@ class CCsvSplitter {
         ++m_line;
         if (!problem.empty())
             m_table.problems.push_back(fmt::format("line {}: {}", row.line, problem));
-        else if (row.fields.size() > 1 || !TrimmedField(row.fields[0]).empty())
+        else if (row.fields.size() > 1 || !Trimmed<char>(row.fields[0]).empty())
             m_table.rows.push_back(std::move(row));
     }
 
@@ -120,14 +121,6 @@ SCsvTable ReadCsv(const std::wstring& path) {
     else
         table.problems.push_back(WithSystemReason("cannot be read", file.SystemError()));
     return table;
-}
-
-std::string_view TrimmedField(std::string_view field) {
-    constexpr std::string_view kBlanks = " \t";
-    const std::size_t first = field.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos)
-        return {};
-    return field.substr(first, field.find_last_not_of(kBlanks) - first + 1);
 }
 
 } // namespace trevolt

@@ -33,7 +33,4 @@ inline constexpr std::uint64_t kLargestCsvBytes = std::uint64_t{64} << 20;
 /// and a problem with the system's reason.
 SCsvTable ReadCsv(const std::wstring& path);
 
-/// `field` without the blanks and tabs around it.
-std::string_view TrimmedField(std::string_view field);
-
 } // namespace trevolt

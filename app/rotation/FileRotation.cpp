@@ -74,14 +74,14 @@ class CFileRotation {
             Turn();
         m_outcome.interrupted = m_interrupted && m_output == nullptr;
         return {std::move(m_outcome), std::move(m_output), false,
-                m_request.keepTimes ? m_planned.path : std::wstring()};
+                m_request.keepTimes ? m_planned.Path() : std::wstring()};
     }
 
   private:
     void Turn() {
         if (m_interrupted)
             return;
-        m_source.Open(m_planned.path);
+        m_source.Open(m_planned.Path());
         if (!IsWithinBytes() || !SumSource() || !FindSize() || !HasPlaceForOrigin())
             return;
         if (!TurnStored())
@@ -160,7 +160,7 @@ class CFileRotation {
         }
         const auto writtenLine = ManifestLine(*writtenSum, OutputPath());
         const auto sourceLine =
-            m_sourceSum ? ManifestLine(*m_sourceSum, m_planned.path) : std::string();
+            m_sourceSum ? ManifestLine(*m_sourceSum, m_planned.Path()) : std::string();
         if (!writtenLine || !sourceLine) {
             Fail("its name cannot stand in a manifest: it has no UTF-8 form");
             return std::nullopt;
@@ -386,7 +386,7 @@ class CFileRotation {
         }
         m_outcome.outputName = WideToShownUtf8(m_planned.outputName);
         NoteSize();
-        if (IsLink(m_planned.path))
+        if (IsLink(m_planned.Path()))
             m_outcome.notes.emplace_back("is a link: what it leads to was turned");
     }
 

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <map>
+#include <memory>
 #include <new>
 #include <set>
 #include <utility>
@@ -75,8 +76,8 @@ class CSourceSearch {
 
   private:
     void AddFile(const std::wstring& path, EntryKind kind) {
-        const std::wstring folder = FolderPart(path);
-        const std::wstring name = path.substr(folder.size());
+        m_folder = std::make_shared<const std::wstring>(FolderPart(path));
+        const std::wstring name = path.substr(m_folder->size());
         if (kind == EntryKind::Other)
             m_obstacles.Add(
                 fmt::format("the source {} is neither a file nor a folder", WideToShownUtf8(path)));
@@ -84,7 +85,7 @@ class CSourceSearch {
             m_obstacles.Add(fmt::format("the source {} is no coefficient file by its name",
                                         WideToShownUtf8(path)));
         else
-            AddTurn(folder, name);
+            AddTurn(name);
     }
 
     void AddTree(const std::wstring& source) {
@@ -93,22 +94,22 @@ class CSourceSearch {
                             "the source stays as it is");
             return;
         }
+        m_folder = std::make_shared<const std::wstring>(WithSeparator(source));
         const std::size_t first = m_plan.turns.size();
         std::vector<std::wstring> folders{L""}; // below the source, still to be listed
         while (!folders.empty()) {
             const std::wstring below = std::move(folders.back());
             folders.pop_back();
-            AddFolder(WithSeparator(source), below, folders);
+            AddFolder(below, folders);
         }
         std::sort(m_plan.turns.begin() + static_cast<std::ptrdiff_t>(first), m_plan.turns.end(),
                   [](const SPlannedTurn& a, const SPlannedTurn& b) { return a.name < b.name; });
     }
 
-    void AddFolder(const std::wstring& source, const std::wstring& below,
-                   std::vector<std::wstring>& folders) {
-        FolderListing listing = ListEntries(source + below);
+    void AddFolder(const std::wstring& below, std::vector<std::wstring>& folders) {
+        FolderListing listing = ListEntries(*m_folder + below);
         if (listing.error != 0) {
-            RefuseListing(WideToShownUtf8(source + below), listing);
+            RefuseListing(WideToShownUtf8(*m_folder + below), listing);
             return;
         }
         if (below.empty())
@@ -116,24 +117,24 @@ class CSourceSearch {
         for (FolderEntry& entry : listing.entries) {
             const std::wstring name = std::exchange(entry.name, {}); // held once: they may be many
             if (entry.kind == EntryKind::Folder)
-                AddSubfolder(source, below, name, folders);
+                AddSubfolder(below, name, folders);
             else if (entry.kind == EntryKind::Other)
                 PassOver(below + name, "a pipe, socket or device");
             else if (FindLoadKind(name) == nullptr)
                 PassOver(below + name, "no coefficient file by its name");
             else
-                AddTurn(source, below + name);
+                AddTurn(below + name);
         }
         for (const std::string& raw : listing.unnamedByUtf8)
             if (FindLoadKind(std::wstring(raw.begin(), raw.end())) != nullptr)
                 m_plan.unnamable.push_back(WideToShownUtf8(below) + raw);
     }
 
-    void AddSubfolder(const std::wstring& source, const std::wstring& below,
-                      const std::wstring& name, std::vector<std::wstring>& folders) {
+    void AddSubfolder(const std::wstring& below, const std::wstring& name,
+                      std::vector<std::wstring>& folders) {
         if (name == L"." || name == L"..")
             return;
-        const std::wstring path = source + below + name;
+        const std::wstring path = *m_folder + below + name;
         if (!m_request.recursive)
             PassOver(below + name, "a folder");
         else if (IsLink(path))
@@ -153,8 +154,8 @@ class CSourceSearch {
                                        listing.error));
     }
 
-    void AddTurn(const std::wstring& folder, const std::wstring& name) {
-        m_plan.turns.push_back({folder + name, name, {}, m_request.angle});
+    void AddTurn(const std::wstring& name) {
+        m_plan.turns.push_back({m_folder, name, {}, m_request.angle});
     }
 
     void PassOver(const std::wstring& name, const char* reason) {
@@ -163,6 +164,7 @@ class CSourceSearch {
 
     const SRotationRequest& m_request;
     SRotationPlan& m_plan;
+    std::shared_ptr<const std::wstring> m_folder; ///< of the source at hand, with its separator
     CObstacles m_obstacles;
 };
 
@@ -264,8 +266,8 @@ void CheckOutputsDiffer(SRotationPlan& plan) {
         const SPlannedTurn& turn = *turns[i];
         if (IsNameBefore(turns[i - 1]->outputName, turn.outputName))
             continue;
-        const std::string path = WideToShownUtf8(turn.path);
-        const std::string earlier = WideToShownUtf8(turns[i - 1]->path);
+        const std::string path = WideToShownUtf8(turn.Path());
+        const std::string earlier = WideToShownUtf8(turns[i - 1]->Path());
         obstacles.Add(path == earlier ? fmt::format("{} is named twice as a source", path)
                                       : fmt::format("{} and {} would both become {}", earlier, path,
                                                     WideToShownUtf8(turn.outputName)));
@@ -289,13 +291,13 @@ void FindTaken(const SRotationRequest& request, SRotationPlan& plan) {
     std::set<std::optional<EntryIdentity>> sources;
     for (const SPlannedTurn& turn : plan.turns)
         for (const EIdentified identified : {EIdentified::Link, EIdentified::WhereItLeads})
-            sources.insert(IdentityOf(turn.path, identified));
+            sources.insert(IdentityOf(turn.Path(), identified));
     CObstacles obstacles(plan.obstacles);
     for (const auto& [entry, turn] : standing)
         if (sources.contains(entry))
             obstacles.Add(fmt::format("the output {} of {} is one of the sources",
                                       WideToShownUtf8(turn->outputName),
-                                      WideToShownUtf8(turn->path)));
+                                      WideToShownUtf8(turn->Path())));
 }
 
 void CheckCopies(const SRotationRequest& request, SRotationPlan& plan) {

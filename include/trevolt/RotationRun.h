@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -93,11 +94,15 @@ struct SRotationRequest {
 
 /// A file that a run takes. Between folders both names have a slash on every system.
 struct SPlannedTurn {
-    std::wstring path;       ///< that opens it
-    std::wstring name;       ///< as the run tells it: below its source folder, or its own
+    /// With its separator, or empty; shared, since files may be many.
+    std::shared_ptr<const std::wstring> sourceFolder;
+    std::wstring name;       ///< as the run tells it: below its source folder
     std::wstring outputName; ///< below the target folder
     SAngle angle;            ///< code 0 is a copy
     bool isTaken = false;    ///< something stands under the output's name
+
+    /// That opens the file.
+    std::wstring Path() const { return *sourceFolder + name; }
 };
 
 /// What a source folder holds beside that.

@@ -21,6 +21,7 @@ SAMPLES = ROOT / 'samples' / 'cabinet'
 EXAMPLES = ROOT / 'examples' / 'cluster'
 SHARDS = 8
 KILLED = 3
+MOST_TRIES = 50
 KINDS = ('9fcoef', '3fcoef', '9bcoef', '3bcoef', '9wcoef', '3wcoef', '4wcoef', '12wcoef', 'cccoef')
 
 
@@ -63,23 +64,32 @@ class Place:
                                       'SLURM_ARRAY_TASK_COUNT': str(SHARDS),
                                       'SLURM_CPUS_PER_TASK': '1'})
 
-    def turned_count(self):
-        return sum(name.startswith('Cab_') for name in os.listdir(self.turned))
+    def killed_report(self):
+        return self.reports / f'shard-{KILLED}.json'
 
-    def half_a_shard(self):
-        return self.count // SHARDS // 2
+    def told_files(self):
+        """How many files the shard that is killed has told of."""
+        report = self.killed_report()
+        return report.read_text(encoding='utf-8').count('"type":"file"') if report.exists() else 0
+
+    def has_ended(self):
+        return '"type":"summary"' in self.killed_report().read_text(encoding='utf-8')
 
     def kill_in_the_middle(self):
-        """A shard that has done something and not all."""
-        task = self.start_task(KILLED)
-        while self.turned_count() < self.half_a_shard():
-            check(task.poll() is None, 'the shard that is to be killed ends before it is')
-            time.sleep(0.001)
-        task.send_signal(signal.SIGKILL)
-        task.wait()
-        report = self.merged_report()
-        check(report['shards_ended'] == 0 and report['exit_status'] is None,
-              'the killed shard is not told')
+        """A shard that has told of something and not of all; one that was quicker is tried again."""
+        for _ in range(MOST_TRIES):
+            for path in self.turned.iterdir():
+                path.unlink()
+            task = self.start_task(KILLED)
+            while self.told_files() == 0 and task.poll() is None:
+                time.sleep(0.0005)
+            task.send_signal(signal.SIGKILL)
+            task.wait()
+            if not self.has_ended():
+                self.told_before = self.told_files()
+                return
+            self.killed_report().unlink()
+        raise SystemExit('cluster: no shard could be killed before its end')
 
     def check_outputs(self):
         names = sorted(os.listdir(self.whole))
@@ -96,12 +106,17 @@ class Place:
                                 stdout=subprocess.PIPE, check=True)
         return json.loads(merged.stdout)
 
+    def check_report_of_killed(self):
+        report = self.merged_report()
+        check(report['shards_ended'] < SHARDS and report['exit_status'] is None,
+              'the killed shard is not told')
+
     def check_report(self):
         report = self.merged_report()
         check(report['shards'] == report['shards_ended'] == SHARDS, 'a shard has no summary')
         check(report['written'] + report['skipped'] == self.count and report['failed'] == 0,
               'the report does not add up')
-        check(report['skipped'] >= self.half_a_shard() - 1, 'the restarted shard began anew')
+        check(report['skipped'] >= self.told_before > 0, 'the restarted shard began anew')
         check([file['name'] for file in report['files']] == sorted(os.listdir(self.wall)),
               'the report lacks files')
         return report
@@ -109,6 +124,7 @@ class Place:
 
 def run_parallel(place):
     place.kill_in_the_middle()
+    place.check_report_of_killed()
     command = ('SLURM_ARRAY_TASK_ID={} SLURM_ARRAY_TASK_COUNT=%d sh %s' %
                (SHARDS, EXAMPLES / 'rotate.sbatch'))
     subprocess.run(['parallel', '--will-cite', '-j', '2', command, ':::',
@@ -129,15 +145,17 @@ def run_slurm(place):
     """The scheduler itself starts the killed task again."""
     job = told('sbatch', '--parsable', f'--chdir={place.reports}', '--output=/dev/null',
                '--export=ALL', str(EXAMPLES / 'rotate.sbatch'), env=place.environment())
-    report = place.reports / f'shard-{KILLED}.json'
-    while not report.exists() or len(report.read_text(encoding='utf-8').split('\n')) < \
-            place.half_a_shard():
+    while place.told_files() == 0:
         time.sleep(0.001)
-    subprocess.run(['pkill', '-KILL', '-f', '--', f'--shard {KILLED}/{SHARDS} .*{place.turned}'], check=True)
+    subprocess.run(['pkill', '-KILL', '-f', '--', f'--shard {KILLED}/{SHARDS} .*{place.turned}'],
+                   check=True)
     await_end(job)
-    check('"summary"' not in report.read_text(encoding='utf-8'), 'the killed shard has a summary')
+    check(not place.has_ended(), 'the killed shard has a summary')
+    place.told_before = place.told_files()
+    place.check_report_of_killed()
     told('scontrol', 'requeue', f'{job}_{KILLED}')
-    time.sleep(1)
+    while not told('squeue', '--noheader', '--job', job):
+        time.sleep(0.2)
     await_end(job)
 
 

@@ -59,11 +59,5 @@ TEST(CsvTable, TellsWhyAFileCannotBeRead) {
     EXPECT_EQ(ReadCsv(folder.File(L"table")).rows.size(), 1U);
 }
 
-TEST(CsvTable, TrimsBlanks) {
-    EXPECT_EQ(TrimmedField(" \ta b\t "), "a b");
-    EXPECT_EQ(TrimmedField(" \t"), "");
-    EXPECT_EQ(TrimmedField(""), "");
-}
-
 } // namespace
 } // namespace trevolt

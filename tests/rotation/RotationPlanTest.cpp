@@ -78,7 +78,7 @@ TEST_F(RotationPlan, TakesTheWholeTreeAndNotTheTargetInIt) {
                               "z.3bcoef -> z-turned.3bcoef"}));
     EXPECT_EQ(PassedOver(), Texts{"out: the target folder"});
     for (const SPlannedTurn& turn : PlanRotation(m_request).turns)
-        EXPECT_EQ(ReadText(turn.path), "x");
+        EXPECT_EQ(ReadText(turn.Path()), "x");
 }
 
 TEST_F(RotationPlan, TakesFilesAndFoldersInTheOrderInWhichTheyAreNamed) {

@@ -59,6 +59,19 @@ std::string FirstOf(const std::vector<std::string>& errors) {
     return errors.empty() ? std::string() : errors.front();
 }
 
+void ExpectToldAlike(const std::vector<SFileOutcome>& told,
+                     const std::vector<SFileOutcome>& expected) {
+    ASSERT_EQ(told.size(), expected.size());
+    for (std::size_t i = 0; i < told.size(); ++i) {
+        EXPECT_EQ(told[i].name, expected[i].name);
+        EXPECT_EQ(told[i].outputName, expected[i].outputName);
+        EXPECT_EQ(told[i].turnedSize, expected[i].turnedSize);
+        EXPECT_EQ(told[i].problems, expected[i].problems);
+        EXPECT_EQ(told[i].losses, expected[i].losses);
+        EXPECT_EQ(told[i].notes, expected[i].notes);
+    }
+}
+
 class RotationRun : public testing::Test {
   protected:
     RotationRun() {
@@ -628,12 +641,7 @@ TEST_F(RotationRun, ADryRunTellsTheSameAndWritesNothing) {
     EXPECT_EQ(dry.end, done.end);
     EXPECT_EQ(dry.written, 1U);
     EXPECT_EQ(dry.failed, done.failed);
-    ASSERT_EQ(told.size(), m_listener.outcomes.size());
-    for (std::size_t i = 0; i < told.size(); ++i) {
-        EXPECT_EQ(told[i].outputName, m_listener.outcomes[i].outputName);
-        EXPECT_EQ(told[i].problems, m_listener.outcomes[i].problems);
-        EXPECT_EQ(told[i].turnedSize, m_listener.outcomes[i].turnedSize);
-    }
+    ExpectToldAlike(told, m_listener.outcomes);
     EXPECT_EQ(told[0].outputName, "a-90\xC2\xB0.3bcoef");
 }
 
@@ -697,7 +705,7 @@ TEST_F(RotationRun, AFileUnderWorkIsNeverOld) {
     ASSERT_NE(file.output, nullptr);
     EXPECT_LT(AgeOf(file.output->Path()).value_or(std::chrono::seconds::max()),
               std::chrono::hours(1));
-    EXPECT_EQ(file.timeOf, plan.turns[0].path);
+    EXPECT_EQ(file.timeOf, plan.turns[0].Path());
 }
 
 TEST_F(RotationRun, OnlyAFileIsSkipped) {
@@ -816,13 +824,7 @@ TEST_F(RotationRun, GivesTheSameForAnyNumberOfJobs) {
     for (const std::size_t jobs : {2U, 5U, 50U}) {
         m_request.jobs = jobs;
         EXPECT_EQ(Run().written, 12U);
-        ASSERT_EQ(m_listener.outcomes.size(), one.size());
-        for (std::size_t i = 0; i < one.size(); ++i) {
-            EXPECT_EQ(m_listener.outcomes[i].name, one[i].name);
-            EXPECT_EQ(m_listener.outcomes[i].outputName, one[i].outputName);
-            EXPECT_EQ(m_listener.outcomes[i].turnedSize, one[i].turnedSize);
-            EXPECT_EQ(m_listener.outcomes[i].problems, one[i].problems);
-        }
+        ExpectToldAlike(m_listener.outcomes, one);
     }
     EXPECT_EQ(m_target.Names().size(), 12U);
 }
@@ -839,12 +841,7 @@ TEST_F(RotationRun, SyncedOutputsAreTheSameAndToldAlike) {
         const SRotationOutcome outcome = Run();
         EXPECT_EQ(outcome.written, 40U);
         EXPECT_EQ(outcome.failed, 1U);
-        ASSERT_EQ(m_listener.outcomes.size(), unsynced.size());
-        for (std::size_t i = 0; i < unsynced.size(); ++i) {
-            EXPECT_EQ(m_listener.outcomes[i].name, unsynced[i].name);
-            EXPECT_EQ(m_listener.outcomes[i].outputName, unsynced[i].outputName);
-            EXPECT_EQ(m_listener.outcomes[i].problems, unsynced[i].problems);
-        }
+        ExpectToldAlike(m_listener.outcomes, unsynced);
     }
     EXPECT_EQ(m_target.Names().size(), 40U);
 }
