@@ -30,9 +30,11 @@ std::vector<SFileAngle> ReadAngles(const std::wstring& path) {
     if (table.problems.empty())
         return std::move(table.rows);
     const std::string shown = WideToShownUtf8(path);
+    const std::string last = std::move(table.problems.back());
+    table.problems.pop_back();
     for (const std::string& problem : table.problems)
-        Complain("{}: {}", shown, problem);
-    throw CLI::ValidationError("--angles", fmt::format("mend the table {}", shown));
+        Complain("--angles: {}: {}", shown, problem);
+    throw CLI::ValidationError("--angles", fmt::format("{}: {}", shown, last));
 }
 
 void TakeAngles(const SRotateOptions& options, SRotationRequest& request) {

@@ -250,16 +250,28 @@ class CFileRotation {
 
     bool IsCopy() const { return m_planned.angle.code == 0; }
 
-    /// The source's own bytes; it was read whole before, and is damaged or not.
+    /// Writes the source's own bytes, damaged or not. That they did not all come is noted.
     Status CopySource(const wchar_t* path) {
         return WriteOutput(path, E_COEF_OPENFAILED, [&](COutputFile& file) {
-            std::vector<char> piece(kCopyBytes);
-            std::istream& source = m_source.FirstByte();
-            while (source.read(piece.data(), static_cast<std::streamsize>(piece.size())) ||
-                   source.gcount() > 0)
-                file.write(piece.data(), source.gcount());
-            return source.bad() ? E_FAIL : S_OK;
+            return m_source.TakeOpen([&](std::istream& source) {
+                if (!CopyBytes(source, file))
+                    CTransferReport::NoteReadFailed();
+                return S_OK;
+            });
         });
+    }
+
+    /// Whether as many were read as the source has.
+    static bool CopyBytes(std::istream& source, std::ostream& copy) {
+        const auto bytes = BytesToEnd(source);
+        std::uint64_t copied = 0;
+        std::vector<char> piece(kCopyBytes);
+        while (source.read(piece.data(), static_cast<std::streamsize>(piece.size())) ||
+               source.gcount() > 0) {
+            copy.write(piece.data(), source.gcount());
+            copied += static_cast<std::uint64_t>(source.gcount());
+        }
+        return !source.bad() && copied == bytes;
     }
 
     /// What `write(file)` answers, or `openFailed`.
@@ -372,6 +384,16 @@ class CFileRotation {
             Fail("its size changed while it was read");
     }
 
+    /// Names what a look at the source lacked behind its load; false where it cannot be used.
+    bool IsReadWell(const CTransferReport& report) {
+        NameOtherSize();
+        if (!report.HasReadFailed())
+            return !m_outcome.HasFailed() || m_request.lenient;
+        for (std::string& problem : DescribeReadProblems(S_OK, report))
+            Fail(std::move(problem));
+        return false;
+    }
+
     /// Lets `write(path)` make the turned file.
     template <class Write>
     void Save(const Write& write) {
@@ -401,6 +423,8 @@ class CFileRotation {
             Fail(std::move(problem));
             return false;
         }
+        if (!IsReadWell(report))
+            return false;
         auto lines = SumBoth(path);
         if (!lines)
             return false;
@@ -439,13 +463,17 @@ class CFileRotation {
         const std::size_t problems = m_outcome.problems.size();
         const std::wstring& path = m_output->Path();
         const auto written = Sha256OfFile(path);
+        if (!written) {
+            FailWithReason("cannot be read back", errno);
+            return false;
+        }
         if (const int error = m_output->Sync(); error != 0) {
             Fail(DescribeSyncProblem(error));
             return false;
         }
         DropCachedPages(path);
         const auto read = Sha256OfFile(path);
-        if (!written || !read)
+        if (!read)
             FailWithReason("cannot be read back", errno);
         else if (*written != *read)
             Fail("what was read back is not what was written");
@@ -494,14 +522,8 @@ class CFileRotation {
             return m_extrasKind ? DescribeUnkeptExtras(*m_extrasKind, stream)
                                 : m_loadKind.describeStreamLosses(stream);
         });
-        if (report.HasReadFailed()) {
-            for (std::string& problem : DescribeReadProblems(S_OK, report))
-                Fail(std::move(problem));
-            return false;
-        }
         m_outcome.losses = std::move(losses);
-        NameOtherSize();
-        return !m_outcome.HasFailed() || m_request.lenient;
+        return IsReadWell(report);
     }
 
     void Fail(std::string problem) { m_outcome.problems.push_back(std::move(problem)); }

@@ -316,15 +316,13 @@ class Angles(CliTest):
                      'trevolt-cli: the table of angles names x.3bcoef, which is no file of the '
                      'sources'])
         self.expect(self.rotate_by('a.3bcoef,45\n*\na.3bcoef,0\na.3bcoef,90\n'), 2, [],
-                    [f'trevolt-cli: {self.table}: line 1: 45 is no angle: give 0, 90, 180, 270, '
+                    [f'trevolt-cli: --angles: {self.table}: line 1: 45 is no angle: give 0, 90, 180, 270, '
                      '-90 or -180',
-                     f'trevolt-cli: {self.table}: line 2: has 1 field: give a file and its angle, '
+                     f'trevolt-cli: --angles: {self.table}: line 2: has 1 field: give a file and its angle, '
                      'with a comma between',
-                     f'trevolt-cli: {self.table}: line 4: a.3bcoef stands in line 3 already',
-                     f'trevolt-cli: --angles: mend the table {self.table}'])
+                     f'trevolt-cli: --angles: {self.table}: line 4: a.3bcoef stands in line 3 already'])
         self.expect(self.rotate_by('file,angle\n'), 2, [],
-                    [f'trevolt-cli: {self.table}: holds no row: give a file and its angle a line',
-                     f'trevolt-cli: --angles: mend the table {self.table}'])
+                    [f'trevolt-cli: --angles: {self.table}: holds no row: give a file and its angle a line'])
         self.assertEqual(self.targets(), [])
 
     def test_a_file_in_a_folder_is_named_with_it(self):

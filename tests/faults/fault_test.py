@@ -29,14 +29,15 @@ KINDS = ('9fcoef', '3fcoef', '9bcoef', '3bcoef', 'cccoef', '9wcoef', '3wcoef', '
 ONCE, FROM_THEN_ON = 1, 1 << 30
 FILE_LINE = re.compile(r'^(\S+) -> (\S+)  \(', re.MULTILINE)
 LOSS_LINE = re.compile(r'^\S+: the turned file lacks .*$', re.MULTILINE)
-CLOSING_LINE = re.compile(r'^(\d+) files? turned by 90°, (\d+) failed$', re.MULTILINE)
+CLOSING_LINE = re.compile(r'^(\d+) files? turned(?: by 90°)?, (\d+) failed$', re.MULTILINE)
 
 # How many calls are passed over from one that fails to the next in the short form.
 STRIDES = {'alloc': 101, 'thread': 1, 'open': 5, 'read': 7, 'end': 7, 'short-read': 11, 'write': 5,
            'short-write': 9, 'seek': 23, 'close': 7, 'sync': 3, 'rename': 3, 'list': 3}
-# The short form over two cabinets with a manifest, and over the demo wall.
+# The short form over two cabinets with a manifest, over copies of them, and over the demo wall.
 MANIFEST_STRIDES = {'alloc': 307, 'open': 7, 'read': 3, 'end': 5, 'write': 3, 'short-write': 2,
                     'seek': 17, 'close': 5, 'sync': 2, 'rename': 2}
+COPY_STRIDES = {'open': 3, 'read': 3, 'end': 3, 'short-read': 5, 'write': 3, 'seek': 7, 'close': 5}
 DEMO_STRIDES = {'alloc': 223, 'open': 13, 'write': 11, 'short-write': 13, 'close': 13, 'sync': 7,
                 'rename': 5}
 # The system's word on a call that fails, which every message has then.
@@ -225,6 +226,20 @@ class ManifestBench(Bench):
         super().check_again()
 
 
+class CopyBench(Bench):
+    """Files that are not turned but copied."""
+
+    def __init__(self, program, preload, place, paths):
+        self.table = place / 'table'
+        place.mkdir(parents=True)
+        self.table.write_text('*,0\n', encoding='ascii')
+        super().__init__(program, preload, place, paths)
+
+    def arguments(self, jobs):
+        return ['rotate', '--angles', self.table, '--overwrite', '--jobs', str(jobs), self.source,
+                self.target]
+
+
 class DemoBench(Bench):
     """The demo wall, which has no source."""
 
@@ -337,6 +352,8 @@ def loops_of_others(arguments, place, paths):
     for name, bench, strides in (
             ('with a manifest', ManifestBench(arguments.program, arguments.preload,
                                               place / 'with-manifest', paths), MANIFEST_STRIDES),
+            ('of copies', CopyBench(arguments.program, arguments.preload, place / 'copies', paths),
+             COPY_STRIDES),
             ('of the demo wall', DemoBench(arguments.program, arguments.preload, place / 'demo'),
              DEMO_STRIDES)):
         for call, stride in strides.items():
