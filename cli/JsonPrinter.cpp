@@ -1,33 +1,9 @@
-#include <cstdio>
-
-#include <fmt/format.h>
-#include <nlohmann/json.hpp>
-
+#include "cli/JsonLine.h"
 #include "cli/RunPrinter.h"
 #include "trevolt/Utf8.h"
 
 namespace trevolt {
 namespace {
-
-using Json = nlohmann::ordered_json; // keys stay in the order in which they are given
-
-/// Of the objects' keys and their meaning (docs/json.md).
-constexpr int kJsonVersion = 1;
-
-void PrintObject(const Json& object) {
-    // What has no UTF-8 form becomes U+FFFD.
-    fmt::print("{}\n", object.dump(-1, ' ', false, Json::error_handler_t::replace));
-    std::fflush(
-        stdout); // whole lines of a run that is killed; an error is seen when the program ends
-}
-
-Json SizeOrNull(const PixelSize& size) {
-    if (size == PixelSize{})
-        return nullptr;
-    return {{"width", size.width}, {"height", size.height}};
-}
-
-Json TextOrNull(const std::string& text) { return text.empty() ? Json(nullptr) : Json(text); }
 
 int Degrees(std::uint32_t code) { return 90 * static_cast<int>(code); }
 

@@ -4,7 +4,7 @@
 
 #include <fmt/xchar.h>
 
-#include "app/rotation/OutputFolder.h"
+#include "app/rotation/OutputFile.h"
 #include "platform/FileSystem.h"
 #include "platform/SystemError.h"
 #include "trevolt/FileKinds.h"
@@ -52,18 +52,11 @@ std::string WriteCabinet(COutputFolder& target, std::uint32_t index, bool replac
     const SFileKind& kind = FileKinds()[index];
     CChromaCorrectCoef map;
     PaintCabinet(map, index + 1);
-    const auto output = target.Begin(NameOf(index));
-    const CTransferReport report;
-    const Status status = kind.save(map, output->Path().c_str());
-    if (std::string problem = DescribeWriteProblem(status, report); !problem.empty())
-        return problem;
-    if (const int error = target.IsSynced() ? output->Sync() : 0; error != 0)
-        return DescribeSyncProblem(error);
-    const SKeptOutput kept = target.Keep(*output, replaces);
-    if (kept.isKept)
-        return {};
-    return kept.isTaken ? DescribeExistingOutput(WideToShownUtf8(output->FinalName()))
-                        : DescribeRenameProblem(kept.error);
+    return WriteOutput(target, NameOf(index), replaces, [&](const std::wstring& path) {
+        const CTransferReport report;
+        const Status status = kind.save(map, path.c_str());
+        return DescribeWriteProblem(status, report);
+    });
 }
 
 } // namespace

@@ -1,16 +1,14 @@
 // What a run is going to do: which files it takes, what they become, and what forbids it.
 #include <algorithm>
-#include <cerrno>
 #include <map>
-#include <memory>
-#include <new>
 #include <set>
 #include <utility>
 
 #include <fmt/format.h>
 
+#include "app/rotation/CoefFileSearch.h"
+#include "app/rotation/Obstacles.h"
 #include "platform/FileSystem.h"
-#include "platform/SystemError.h"
 #include "trevolt/FileKinds.h"
 #include "trevolt/RotationRun.h"
 #include "trevolt/Utf8.h"
@@ -18,11 +16,8 @@
 namespace trevolt {
 namespace {
 
-constexpr wchar_t kSlash = L'/'; ///< between the folders of names that are told, on every system
 constexpr SAngle kCopy{L"0\u00B0", 0};
 constexpr std::wstring_view kOtherFiles = L"*";
-/// So many of one sort are told, and how many more there are.
-constexpr std::size_t kToldObstacles = 10;
 
 SAngle AngleOf(std::uint32_t code) {
     const auto* const found = std::find_if(kAngles.begin(), kAngles.end(),
@@ -30,151 +25,15 @@ SAngle AngleOf(std::uint32_t code) {
     return found == kAngles.end() ? kCopy : *found;
 }
 
-/// What a plan cannot do, in the order in which it was found.
-class CObstacles {
-  public:
-    explicit CObstacles(std::vector<std::string>& told) : m_told(told) {}
-    ~CObstacles() {
-        try {
-            if (m_count > kToldObstacles)
-                m_told.push_back(fmt::format("and {} more like these", m_count - kToldObstacles));
-        } catch (const std::bad_alloc&) { // the first ones stop the run by themselves
-        }
-    }
-    CObstacles(const CObstacles&) = delete;
-    CObstacles& operator=(const CObstacles&) = delete;
-
-    void Add(std::string obstacle) {
-        if (++m_count <= kToldObstacles)
-            m_told.push_back(std::move(obstacle));
-    }
-
-  private:
-    std::vector<std::string>& m_told;
-    std::size_t m_count = 0;
-};
-
-/// Collects the files of the sources.
-class CSourceSearch {
-  public:
-    CSourceSearch(const SRotationRequest& request, SRotationPlan& plan)
-        : m_request(request), m_plan(plan), m_obstacles(plan.obstacles) {}
-
-    void Add(const std::wstring& source) {
-        const auto kind = KindOfEntry(source);
-        const int error = errno;
-        if (!kind && (error == 0 || error == ENOENT))
-            m_obstacles.Add(fmt::format("the source {} does not exist", WideToShownUtf8(source)));
-        else if (!kind)
-            m_obstacles.Add(WithSystemReason(
-                fmt::format("the source {} cannot be looked at", WideToShownUtf8(source)), error));
-        else if (*kind == EntryKind::Folder)
-            AddTree(source);
-        else
-            AddFile(source, *kind);
-    }
-
-  private:
-    void AddFile(const std::wstring& path, EntryKind kind) {
-        m_folder = std::make_shared<const std::wstring>(FolderPart(path));
-        const std::wstring name = path.substr(m_folder->size());
-        if (kind == EntryKind::Other)
-            m_obstacles.Add(
-                fmt::format("the source {} is neither a file nor a folder", WideToShownUtf8(path)));
-        else if (FindLoadKind(name) == nullptr)
-            m_obstacles.Add(fmt::format("the source {} is no coefficient file by its name",
-                                        WideToShownUtf8(path)));
-        else
-            AddTurn(name);
-    }
-
-    void AddTree(const std::wstring& source) {
-        if (!m_request.targetFolder.empty() && IsSameEntry(source, m_request.targetFolder)) {
-            m_obstacles.Add("source and target are the same folder: choose another target, so that "
-                            "the source stays as it is");
-            return;
-        }
-        m_folder = std::make_shared<const std::wstring>(WithSeparator(source));
-        const std::size_t first = m_plan.turns.size();
-        std::vector<std::wstring> folders{L""}; // below the source, still to be listed
-        while (!folders.empty()) {
-            const std::wstring below = std::move(folders.back());
-            folders.pop_back();
-            AddFolder(below, folders);
-        }
-        std::sort(m_plan.turns.begin() + static_cast<std::ptrdiff_t>(first), m_plan.turns.end(),
-                  [](const SPlannedTurn& a, const SPlannedTurn& b) { return a.name < b.name; });
-    }
-
-    void AddFolder(const std::wstring& below, std::vector<std::wstring>& folders) {
-        FolderListing listing = ListEntries(*m_folder + below);
-        if (listing.error != 0) {
-            RefuseListing(WideToShownUtf8(*m_folder + below), listing);
-            return;
-        }
-        if (below.empty())
-            m_plan.turns.reserve(m_plan.turns.size() + listing.entries.size());
-        for (FolderEntry& entry : listing.entries) {
-            const std::wstring name = std::exchange(entry.name, {}); // held once: they may be many
-            if (entry.kind == EntryKind::Folder)
-                AddSubfolder(below, name, folders);
-            else if (entry.kind == EntryKind::Other)
-                PassOver(below + name, "a pipe, socket or device");
-            else if (FindLoadKind(name) == nullptr)
-                PassOver(below + name, "no coefficient file by its name");
-            else
-                AddTurn(below + name);
-        }
-        for (const std::string& raw : listing.unnamedByUtf8)
-            if (FindLoadKind(std::wstring(raw.begin(), raw.end())) != nullptr)
-                m_plan.unnamable.push_back(WideToShownUtf8(below) + raw);
-    }
-
-    void AddSubfolder(const std::wstring& below, const std::wstring& name,
-                      std::vector<std::wstring>& folders) {
-        if (name == L"." || name == L"..")
-            return;
-        const std::wstring path = *m_folder + below + name;
-        if (!m_request.recursive)
-            PassOver(below + name, "a folder");
-        else if (IsLink(path))
-            PassOver(below + name, "a link to a folder");
-        else if (IsSameEntry(path, m_request.targetFolder))
-            PassOver(below + name, "the target folder");
-        else
-            folders.push_back(below + name + kSlash);
-    }
-
-    void RefuseListing(const std::string& folder, const FolderListing& listing) {
-        const bool isDenied = listing.error == EACCES && listing.entries.empty();
-        m_plan.isListingBroken |= !isDenied;
-        m_obstacles.Add(isDenied ? fmt::format("the source folder {} may not be read", folder)
-                                 : WithSystemReason(
-                                       fmt::format("the source folder {} cannot be listed", folder),
-                                       listing.error));
-    }
-
-    void AddTurn(const std::wstring& name) {
-        m_plan.turns.push_back({m_folder, name, {}, m_request.angle});
-    }
-
-    void PassOver(const std::wstring& name, const char* reason) {
-        m_plan.passedOver.push_back({WideToShownUtf8(name), reason});
-    }
-
-    const SRotationRequest& m_request;
-    SRotationPlan& m_plan;
-    std::shared_ptr<const std::wstring> m_folder; ///< of the source at hand, with its separator
-    CObstacles m_obstacles;
-};
-
 void FindTurns(const SRotationRequest& request, SRotationPlan& plan) {
-    CSourceSearch search(request, plan);
-    for (const std::wstring& source : request.sources)
-        search.Add(source);
-    std::sort(plan.unnamable.begin(), plan.unnamable.end());
-    std::sort(plan.passedOver.begin(), plan.passedOver.end(),
-              [](const SPassedOver& a, const SPassedOver& b) { return a.name < b.name; });
+    SCoefFiles found = FindCoefFiles({request.sources, request.recursive, request.targetFolder});
+    plan.turns.reserve(found.files.size());
+    for (SCoefFileName& file : found.files)
+        plan.turns.push_back({std::move(file.folder), std::move(file.name), {}, request.angle});
+    plan.passedOver = std::move(found.passedOver);
+    plan.unnamable = std::move(found.unnamable);
+    plan.obstacles = std::move(found.obstacles);
+    plan.isListingBroken = found.isListingBroken;
 }
 
 void CheckCount(const SRotationRequest& request, SRotationPlan& plan) {
@@ -232,7 +91,7 @@ void NameOutputs(const SRotationRequest& request, SRotationPlan& plan) {
         plan.obstacles.push_back(fmt::format("\"{}\" cannot stand in the names of outputs",
                                              WideToShownUtf8(*request.suffix)));
     for (SPlannedTurn& turn : plan.turns) {
-        const std::size_t folderLength = turn.name.rfind(kSlash) + 1; // npos + 1 is 0
+        const std::size_t folderLength = turn.name.rfind(kFolderSlash) + 1; // npos + 1 is 0
         const std::wstring_view angle = request.suffix ? *request.suffix : turn.angle.text;
         turn.outputName = turn.name.substr(0, folderLength) +
                           ExportName(std::wstring_view(turn.name).substr(folderLength), angle);

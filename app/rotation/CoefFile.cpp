@@ -1,0 +1,89 @@
+#include "app/rotation/CoefFile.h"
+
+#include <cstdint>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "app/rotation/SourceFile.h"
+#include "platform/FileSystem.h"
+#include "trevolt/TransferProblems.h"
+
+namespace trevolt {
+namespace {
+
+class CCoefFileLoad {
+  public:
+    explicit CCoefFileLoad(const std::wstring& path) : m_path(path) {}
+
+    SCoefLoad Run() {
+        m_load.kind = FindLoadKind(m_path.substr(FolderPart(m_path).size()));
+        if (m_load.kind == nullptr) {
+            m_load.problems.emplace_back("is no coefficient file by its name");
+            return std::move(m_load);
+        }
+        m_source.Open(m_path);
+        if (FindSize() && SizeMap()) {
+            LoadMap();
+            FindLosses();
+        }
+        return std::move(m_load);
+    }
+
+  private:
+    bool FindSize() {
+        std::uint32_t width = 0;
+        std::uint32_t height = 0;
+        const CTransferReport report;
+        const Status status = m_source.Take([&](std::istream& stream) {
+            return m_load.kind->readStreamSize(stream, width, height);
+        });
+        if (Failed(status) || report.HasReadFailed()) {
+            m_load.problems = DescribeReadProblems(status, report);
+            return false;
+        }
+        m_load.size = {width, height};
+        if (width <= kLargestMapSide && height <= kLargestMapSide)
+            return true;
+        m_load.problems.push_back(fmt::format("its size {} x {} is above {} in one direction",
+                                              width, height, kLargestMapSide));
+        return false;
+    }
+
+    bool SizeMap() {
+        m_load.map = std::make_unique<CChromaCorrectCoef>();
+        m_load.map->Resize(static_cast<std::int32_t>(m_load.size.width),
+                           static_cast<std::int32_t>(m_load.size.height));
+        if (m_load.map->IsEmpty() || m_load.map->HasStorage())
+            return true;
+        m_load.map.reset();
+        m_load.problems.push_back(fmt::format("not enough memory for {} x {} pixels",
+                                              m_load.size.width, m_load.size.height));
+        return false;
+    }
+
+    void LoadMap() {
+        const CTransferReport report;
+        const Status status = m_source.Take(
+            [&](std::istream& stream) { return m_load.kind->loadStream(*m_load.map, stream); });
+        m_load.problems = DescribeReadProblems(status, report);
+        m_load.notes = DescribeReadNotes(report);
+        if (m_source.HasOtherSize())
+            m_load.problems.emplace_back("its size changed while it was read");
+    }
+
+    void FindLosses() {
+        if (m_load.kind->describeStreamLosses != nullptr)
+            m_load.losses = m_source.TakeOpen(m_load.kind->describeStreamLosses);
+    }
+
+    const std::wstring& m_path;
+    CSourceFile m_source;
+    SCoefLoad m_load;
+};
+
+} // namespace
+
+SCoefLoad LoadCoefFile(const std::wstring& path) { return CCoefFileLoad(path).Run(); }
+
+} // namespace trevolt

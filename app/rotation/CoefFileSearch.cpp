@@ -1,0 +1,147 @@
+#include "app/rotation/CoefFileSearch.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <optional>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "app/rotation/Obstacles.h"
+#include "platform/FileSystem.h"
+#include "platform/SystemError.h"
+#include "trevolt/FileKinds.h"
+#include "trevolt/Utf8.h"
+
+namespace trevolt {
+namespace {
+
+/// Collects the files of the sources.
+class CSourceSearch {
+  public:
+    CSourceSearch(const SCoefFileSearch& request, SCoefFiles& found)
+        : m_request(request), m_found(found), m_obstacles(found.obstacles) {}
+
+    void Add(const std::wstring& source) {
+        const auto kind = KindOfEntry(source);
+        const int error = errno;
+        if (!kind && (error == 0 || error == ENOENT))
+            m_obstacles.Add(fmt::format("the source {} does not exist", WideToShownUtf8(source)));
+        else if (!kind)
+            m_obstacles.Add(WithSystemReason(
+                fmt::format("the source {} cannot be looked at", WideToShownUtf8(source)), error));
+        else if (*kind == EntryKind::Folder)
+            AddTree(source);
+        else
+            AddFile(source, *kind);
+    }
+
+  private:
+    void AddFile(const std::wstring& path, EntryKind kind) {
+        m_folder = std::make_shared<const std::wstring>(FolderPart(path));
+        const std::wstring name = path.substr(m_folder->size());
+        if (kind == EntryKind::Other)
+            m_obstacles.Add(
+                fmt::format("the source {} is neither a file nor a folder", WideToShownUtf8(path)));
+        else if (FindLoadKind(name) == nullptr)
+            m_obstacles.Add(fmt::format("the source {} is no coefficient file by its name",
+                                        WideToShownUtf8(path)));
+        else
+            AddName(name);
+    }
+
+    void AddTree(const std::wstring& source) {
+        if (!m_request.targetFolder.empty() && IsSameEntry(source, m_request.targetFolder)) {
+            m_obstacles.Add("source and target are the same folder: choose another target, so that "
+                            "the source stays as it is");
+            return;
+        }
+        m_folder = std::make_shared<const std::wstring>(WithSeparator(source));
+        const std::size_t first = m_found.files.size();
+        std::vector<std::wstring> folders{L""}; // below the source, still to be listed
+        while (!folders.empty()) {
+            const std::wstring below = std::move(folders.back());
+            folders.pop_back();
+            AddFolder(below, folders);
+        }
+        std::sort(m_found.files.begin() + static_cast<std::ptrdiff_t>(first), m_found.files.end(),
+                  [](const SCoefFileName& a, const SCoefFileName& b) { return a.name < b.name; });
+    }
+
+    void AddFolder(const std::wstring& below, std::vector<std::wstring>& folders) {
+        FolderListing listing = ListEntries(*m_folder + below);
+        if (listing.error != 0) {
+            RefuseListing(WideToShownUtf8(*m_folder + below), listing);
+            return;
+        }
+        if (below.empty())
+            m_found.files.reserve(m_found.files.size() + listing.entries.size());
+        for (FolderEntry& entry : listing.entries) {
+            const std::wstring name = std::exchange(entry.name, {}); // held once: they may be many
+            if (entry.kind == EntryKind::Folder)
+                AddSubfolder(below, name, folders);
+            else if (entry.kind == EntryKind::Other)
+                PassOver(below + name, "a pipe, socket or device");
+            else if (FindLoadKind(name) == nullptr)
+                PassOver(below + name, "no coefficient file by its name");
+            else
+                AddName(below + name);
+        }
+        for (const std::string& raw : listing.unnamedByUtf8)
+            if (FindLoadKind(std::wstring(raw.begin(), raw.end())) != nullptr)
+                m_found.unnamable.push_back(WideToShownUtf8(below) + raw);
+    }
+
+    void AddSubfolder(const std::wstring& below, const std::wstring& name,
+                      std::vector<std::wstring>& folders) {
+        if (name == L"." || name == L"..")
+            return;
+        const std::wstring path = *m_folder + below + name;
+        if (!m_request.recursive)
+            PassOver(below + name, "a folder");
+        else if (IsLink(path))
+            PassOver(below + name, "a link to a folder");
+        else if (IsSameEntry(path, m_request.targetFolder))
+            PassOver(below + name, "the target folder");
+        else
+            folders.push_back(below + name + kFolderSlash);
+    }
+
+    void RefuseListing(const std::string& folder, const FolderListing& listing) {
+        const bool isDenied = listing.error == EACCES && listing.entries.empty();
+        m_found.isListingBroken |= !isDenied;
+        m_obstacles.Add(isDenied ? fmt::format("the source folder {} may not be read", folder)
+                                 : WithSystemReason(
+                                       fmt::format("the source folder {} cannot be listed", folder),
+                                       listing.error));
+    }
+
+    void AddName(const std::wstring& name) { m_found.files.push_back({m_folder, name}); }
+
+    void PassOver(const std::wstring& name, const char* reason) {
+        m_found.passedOver.push_back({WideToShownUtf8(name), reason});
+    }
+
+    const SCoefFileSearch& m_request;
+    SCoefFiles& m_found;
+    std::shared_ptr<const std::wstring> m_folder; ///< of the source at hand, with its separator
+    CObstacles m_obstacles;
+};
+
+} // namespace
+
+SCoefFiles FindCoefFiles(const SCoefFileSearch& request) {
+    SCoefFiles found;
+    {
+        CSourceSearch search(request, found);
+        for (const std::wstring& source : request.sources)
+            search.Add(source);
+    }
+    std::sort(found.unnamable.begin(), found.unnamable.end());
+    std::sort(found.passedOver.begin(), found.passedOver.end(),
+              [](const SPassedOver& a, const SPassedOver& b) { return a.name < b.name; });
+    return found;
+}
+
+} // namespace trevolt

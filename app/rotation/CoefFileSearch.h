@@ -1,0 +1,43 @@
+// The coefficient files that are meant by files and folders of a command.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "trevolt/RotationRun.h"
+
+namespace trevolt {
+
+inline constexpr wchar_t kFolderSlash = L'/'; ///< in names that are told, on every system
+
+struct SCoefFileSearch {
+    /// Coefficient files, and folders of them, in any mixture.
+    std::vector<std::wstring> sources;
+    /// Also the folders in the source folders, but for links.
+    bool recursive = false;
+    /// A folder that outputs go into, or empty: it is no source, and is passed over below one.
+    std::wstring targetFolder = {};
+};
+
+struct SCoefFileName {
+    /// With its separator, or empty; shared, since files may be many.
+    std::shared_ptr<const std::wstring> folder;
+    std::wstring name; ///< below the folder
+
+    /// That opens the file.
+    std::wstring Path() const { return *folder + name; }
+};
+
+struct SCoefFiles {
+    std::vector<SCoefFileName> files; ///< source by source, each in sorted order
+    std::vector<SPassedOver> passedOver;
+    std::vector<std::string> unnamable; ///< files of a known kind whose names are not valid UTF-8
+    std::vector<std::string> obstacles; ///< why the sources cannot be taken, in plain words
+    bool isListingBroken = false; ///< an obstacle is that a folder could not be listed to its end
+};
+
+/// Looks for the files whose names tell a known kind, and opens none.
+SCoefFiles FindCoefFiles(const SCoefFileSearch& request);
+
+} // namespace trevolt

@@ -1,0 +1,39 @@
+// One output of a command, by the way of all outputs: written under a name that no kind matches, brought
+// to the disk, and only then given its own.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "app/rotation/OutputFolder.h"
+#include "trevolt/ChromaCorrectCoef.h"
+
+namespace trevolt {
+
+/// Writes the file at `path`; what went wrong, in plain words, or nothing.
+using OutputWriter = std::function<std::string(const std::wstring& path)>;
+
+/// Writes the output `name` of a folder that was made. What went wrong, in plain words; nothing when
+/// the output has its name, which `COutputFolder::SyncNames` brings to the disk.
+std::string WriteOutput(COutputFolder& target, const std::wstring& name, bool replaces,
+                        const OutputWriter& write);
+
+struct SOutputFile {
+    std::wstring path;
+    bool replaces = false; ///< a file that stands there; else it is an obstacle
+    bool sync = true;      ///< what is told as written has reached the disk
+};
+
+/// Why the output could not be written, as far as that is seen before anything is done: its folder is
+/// missing, something stands there, or it is one of `inputs` by any name. Else nothing.
+std::string DescribeOutputObstacle(const SOutputFile& output,
+                                   const std::vector<std::wstring>& inputs);
+
+/// Writes an output of its own. What went wrong, in plain words; nothing when it stands.
+std::string WriteOutputFile(const SOutputFile& output, const OutputWriter& write);
+
+/// Writes a map as the kind that the output's name tells. What went wrong, in plain words.
+std::string SaveCoefFile(const CChromaCorrectCoef& map, const SOutputFile& output);
+
+} // namespace trevolt

@@ -1,0 +1,27 @@
+// Objects for programs: one JSON object a line on standard output.
+#pragma once
+
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+#include "trevolt/QuarterTurn.h"
+
+namespace trevolt {
+
+using Json = nlohmann::ordered_json; // keys stay in the order in which they are given
+
+/// Of the objects' keys and their meaning (docs/json.md).
+inline constexpr int kJsonVersion = 1;
+
+/// Prints one object in a line of its own and flushes it: a run that is killed leaves whole lines. What
+/// has no UTF-8 form becomes U+FFFD. Throws what fmt::print throws.
+void PrintObject(const Json& object);
+
+/// Width and height, or null for 0 × 0.
+Json SizeOrNull(const PixelSize& size);
+
+/// A text, or null for an empty one.
+Json TextOrNull(const std::string& text);
+
+} // namespace trevolt

@@ -1,0 +1,78 @@
+#include "app/rotation/CoefFile.h"
+
+#include <cerrno>
+
+#include <gtest/gtest.h>
+
+#include "app/rotation/DemoWall.h"
+#include "platform/FileSystem.h"
+#include "platform/SystemError.h"
+#include "tests/support/CoefMaps.h"
+
+namespace trevolt {
+namespace {
+
+using namespace test;
+
+TEST(CoefFile, AFileOfEveryKindComesInItsOwnSize) {
+    const CTemporaryFolder folder;
+    ASSERT_EQ(WriteDemoWall(folder.Path(), false, false), "");
+    for (const std::wstring& name : folder.Names()) {
+        SCOPED_TRACE(testing::PrintToString(name));
+        const SCoefLoad load = LoadCoefFile(folder.File(name));
+        EXPECT_EQ(load.kind, FindLoadKind(name));
+        EXPECT_EQ(load.size, (PixelSize{160, 90}));
+        EXPECT_TRUE(load.problems.empty());
+        ASSERT_NE(load.map, nullptr);
+        CChromaCorrectCoef expected;
+        expected.Resize(160, 90);
+        ASSERT_GE(load.kind->load(expected, folder.File(name).c_str()), 0);
+        EXPECT_TRUE(SamePixel(*load.map->FindElement(159, 89), *expected.FindElement(159, 89)));
+    }
+}
+
+TEST(CoefFile, OfACutFileWhatCameIsThereAndWhatDidNotIsTold) {
+    const CTemporaryFolder folder;
+    ASSERT_EQ(WriteDemoWall(folder.Path(), false, false), "");
+    const std::string whole = ReadText(folder.File(L"Cab_03.9wcoef"));
+    WriteText(folder.File(L"cut.9wcoef"), whole.substr(0, whole.size() - 10));
+    const SCoefLoad load = LoadCoefFile(folder.File(L"cut.9wcoef"));
+    EXPECT_EQ(load.size, (PixelSize{160, 90}));
+    EXPECT_NE(load.map, nullptr);
+    EXPECT_FALSE(load.problems.empty());
+}
+
+TEST(CoefFile, WhatHasNoSizeHasNoMap) {
+    const CTemporaryFolder folder;
+    WriteText(folder.File(L"empty.9fcoef"), "");
+    const SCoefLoad load = LoadCoefFile(folder.File(L"empty.9fcoef"));
+    EXPECT_NE(load.kind, nullptr);
+    EXPECT_EQ(load.map, nullptr);
+    EXPECT_EQ(load.size, PixelSize{});
+    EXPECT_EQ(load.problems.size(), 1U);
+}
+
+TEST(CoefFile, AMissingFileIsToldByTheSystemsReason) {
+    const CTemporaryFolder folder;
+    const SCoefLoad load = LoadCoefFile(folder.File(L"missing.3wcoef"));
+    EXPECT_EQ(load.map, nullptr);
+    EXPECT_EQ(load.problems, std::vector{WithSystemReason(
+                                 "cannot be read: E_COEF_OPENFAILED (0xE0830011): the file "
+                                 "could not be opened",
+                                 ENOENT)});
+}
+
+TEST(CoefFile, ANameWithoutAKindIsNoCoefficientFile) {
+    // The folder's name does not count.
+    const SCoefLoad load = LoadCoefFile(L"wall.9fcoef/notes.txt");
+    EXPECT_EQ(load.kind, nullptr);
+    EXPECT_EQ(load.problems, std::vector<std::string>{"is no coefficient file by its name"});
+}
+
+TEST(CoefFile, WhatAMapCannotHoldIsTold) {
+    const SCoefLoad load = LoadCoefFile(Sample(L"awkward/origin_1000_777.9wcoef"));
+    EXPECT_FALSE(load.losses.empty());
+}
+
+} // namespace
+} // namespace trevolt

@@ -1,0 +1,86 @@
+#include "app/rotation/OutputFile.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/FileSystem.h"
+#include "tests/support/CoefMaps.h"
+#include "trevolt/FileKinds.h"
+#include "trevolt/TransferProblems.h"
+
+namespace trevolt {
+namespace {
+
+using namespace test;
+
+std::string WriteOne(const SOutputFile& output, std::string_view text) {
+    return WriteOutputFile(output, [&](const std::wstring& path) {
+        WriteText(path, text);
+        return std::string();
+    });
+}
+
+TEST(OutputFile, StandsUnderItsNameAlone) {
+    const CTemporaryFolder folder;
+    EXPECT_EQ(WriteOne({folder.File(L"a.png")}, "one"), "");
+    EXPECT_EQ(folder.Names(), std::vector<std::wstring>{L"a.png"});
+    EXPECT_EQ(ReadText(folder.File(L"a.png")), "one");
+}
+
+TEST(OutputFile, IsReplacedOnlyWhenAskedFor) {
+    const CTemporaryFolder folder;
+    const std::wstring path = folder.File(L"a.png");
+    ASSERT_EQ(WriteOne({path}, "one"), "");
+    EXPECT_EQ(WriteOne({path}, "two"), DescribeExistingOutput("a.png"));
+    EXPECT_EQ(ReadText(path), "one");
+    EXPECT_EQ(WriteOne({path, true}, "three"), "");
+    EXPECT_EQ(ReadText(path), "three");
+    EXPECT_EQ(folder.Names().size(), 1U);
+}
+
+TEST(OutputFile, AWriterThatFailsLeavesNothing) {
+    const CTemporaryFolder folder;
+    const std::string problem = WriteOutputFile({folder.File(L"a.png")}, [](const auto& path) {
+        WriteText(path, "half");
+        return std::string("the disk is full");
+    });
+    EXPECT_EQ(problem, "the disk is full");
+    EXPECT_TRUE(folder.Names().empty());
+}
+
+TEST(OutputFile, WhatForbidsItIsSeenBefore) {
+    const CTemporaryFolder folder;
+    const std::wstring path = folder.File(L"a.png");
+    EXPECT_EQ(DescribeOutputObstacle({path}, {}), "");
+    ASSERT_EQ(WriteOne({path}, "one"), "");
+    EXPECT_EQ(DescribeOutputObstacle({path}, {}), DescribeExistingOutput("a.png"));
+    EXPECT_EQ(DescribeOutputObstacle({path, true}, {}), "");
+    EXPECT_EQ(DescribeOutputObstacle({path, true}, {folder.File(L"b"), path}),
+              "it is one of the inputs, which stay as they are: choose another name");
+    EXPECT_EQ(DescribeOutputObstacle({folder.Path(), true}, {}),
+              "it is a folder: give the name of a file");
+    EXPECT_NE(DescribeOutputObstacle({folder.File(L"none") + L"/a.png"}, {}).find("does not exist"),
+              std::string::npos);
+}
+
+TEST(OutputFile, AMapIsWrittenAsTheKindOfTheName) {
+    const CTemporaryFolder folder;
+    CChromaCorrectCoef map;
+    map.Resize(3, 2);
+    ASSERT_EQ(SaveCoefFile(map, {folder.File(L"a.3wcoef")}), "");
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    ASSERT_EQ(FindLoadKind(L"a.3wcoef")->readSize(folder.File(L"a.3wcoef").c_str(), width, height),
+              S_OK);
+    EXPECT_EQ(width, 3U);
+    EXPECT_EQ(height, 2U);
+    EXPECT_EQ(SaveCoefFile(map, {folder.File(L"a.txt")}), "is no coefficient file by its name");
+}
+
+TEST(OutputFile, AnEmptyMapIsNoWordFile) {
+    const CTemporaryFolder folder;
+    EXPECT_NE(SaveCoefFile(CChromaCorrectCoef(), {folder.File(L"a.9wcoef")}), "");
+    EXPECT_TRUE(folder.Names().empty());
+}
+
+} // namespace
+} // namespace trevolt
