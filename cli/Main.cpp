@@ -1,6 +1,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <new>
+#include <sstream>
 #include <string>
 #include <system_error>
 
@@ -50,7 +51,10 @@ int Run(const std::vector<std::string>& arguments) {
     try {
         program->parse(std::vector(line.words.rbegin(), line.words.rend())); // taken from the back
     } catch (const CLI::Success& wish) {
-        return program->exit(wish);
+        std::ostringstream told; // printed as all else is, so that an error is seen
+        const int status = program->exit(wish, told);
+        fmt::print("{}", told.str());
+        return status;
     } catch (const CLI::ParseError& error) {
         Complain("{}", Advice(*program, error));
         return kExitUsage;
@@ -77,7 +81,9 @@ int ConsoleMain(const std::vector<std::string>& arguments) try {
 } catch (const std::system_error& error) {
     return ReportSystemError(error);
 } catch (const std::bad_alloc&) {
-    std::fputs("trevolt-cli: not enough memory\n", stderr);
+    std::fputs(
+        "trevolt-cli: not enough memory: close other programs, or give rotate fewer --jobs\n",
+        stderr);
     return kExitSomeFailed;
 }
 

@@ -144,6 +144,25 @@ COutputFile::CBuffer::pos_type COutputFile::CBuffer::seekpos(pos_type to,
         m_systemError, [&] { return std::filebuf::seekpos(to, which); }, IsRefusedSeek);
 }
 
+namespace {
+
+/// All of a pipe: it has no places, and tells its end only by reaching it.
+std::optional<std::string> ReadPieces(std::istream& stream, std::uint64_t limit) {
+    constexpr std::size_t kPieceBytes = std::size_t{64} << 10;
+    stream.clear();
+    std::string bytes;
+    std::string piece(kPieceBytes, '\0');
+    while (bytes.size() <= limit && !stream.eof() && !stream.bad()) {
+        stream.read(piece.data(), static_cast<std::streamsize>(piece.size()));
+        bytes.append(piece, 0, static_cast<std::size_t>(stream.gcount()));
+    }
+    if (stream.bad() || bytes.size() > limit)
+        return std::nullopt;
+    return bytes;
+}
+
+} // namespace
+
 std::optional<std::uint64_t> BytesToEnd(std::istream& stream) {
     const std::streamoff here = stream.tellg();
     if (here < 0)
@@ -164,6 +183,8 @@ std::optional<std::string> ReadWholeFile(const std::wstring& path, std::uint64_t
 }
 
 std::optional<std::string> ReadToEnd(std::istream& stream, std::uint64_t limit) {
+    if (stream.tellg() < 0)
+        return ReadPieces(stream, limit);
     const auto size = BytesToEnd(stream);
     if (!size || *size > limit)
         return std::nullopt;

@@ -771,6 +771,16 @@ class Trouble(CliTest):
         self.assertEqual(self.targets(), ['a-90°.3bcoef'])
 
     @posix_only
+    def test_help_that_cannot_be_written_is_an_error(self):
+        for arguments in (['--help'], ['--version'], ['rotate', '--help']):
+            with open('/dev/full', 'wb') as full:
+                result = subprocess.run([*PROGRAM, *arguments], stdout=full,
+                                        stderr=subprocess.PIPE)
+            self.assertEqual(result.returncode, 1)
+            self.assertEqual(result.stderr, b'trevolt-cli: the standard output cannot be written: '
+                                            b'No space left on device\n')
+
+    @posix_only
     def test_closed_descriptors_take_no_output_file(self):
         raws = [self.add(f'cab{i}.3bcoef', 60, 40) for i in range(6)]
         (self.source / 'damaged.3bcoef').write_bytes(b'damaged')
@@ -1209,7 +1219,8 @@ class Durability(CliTest):
                 done = len(targets)
                 self.assertEqual(lines[-1], f'{done} file{"s" * (done != 1)} turned by 90°, '
                                             f'{2 - done} failed')
-        self.assertIn('trevolt-cli: not enough memory', messages)
+        self.assertIn('trevolt-cli: not enough memory: close other programs, or give rotate fewer --jobs',
+                      messages)
         self.assertIn('FILE: not enough memory', messages)
         for message in messages:
             self.assertIn('not enough memory', message)

@@ -309,6 +309,17 @@ class Angles(CliTest):
                 self.body(self.target / f'{name}-{angle}°.3bcoef', '.3bcoef', width, height),
                 turned(angle, own_width, 3, self.raws[name], 3)[2])
 
+    @posix_only
+    def test_a_table_may_come_through_a_pipe(self):
+        reading, writing = os.pipe()
+        os.write(writing, b'*,180\n')
+        os.close(writing)
+        with os.fdopen(reading):
+            result = self.run_cli('rotate', '--angles', f'/dev/fd/{reading}', self.source,
+                                  self.target, pass_fds=(reading,))
+        self.expect(result, 0, None, [])
+        self.assertEqual(self.targets(), [f'{name}-180°.3bcoef' for name in 'abcd'])
+
     def test_what_does_not_fit_is_named_before_anything_is_written(self):
         self.expect(self.rotate_by('a.3bcoef,90\nb.3bcoef,90\nx.3bcoef,90\n'), 2, [],
                     ['trevolt-cli: the table of angles has no row for c.3bcoef',
