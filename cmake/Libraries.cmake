@@ -19,6 +19,7 @@ endfunction()
 trevolt_header_library(cli11 CLI)
 trevolt_header_library(nlohmann_json nlohmann)
 trevolt_header_library(fmt_headers fmt)
+trevolt_header_library(stb_headers stb)
 
 # In a folder of its own: LZ4's source has an older xxhash.h beside its headers.
 if(NOT EXISTS /usr/include/xxhash.h)
@@ -39,6 +40,13 @@ add_library(fmt STATIC ${PROJECT_SOURCE_DIR}/cmake/FmtLibrary.cpp)
 target_compile_options(fmt PRIVATE -w)
 target_link_libraries(fmt PUBLIC fmt_headers)
 
+# The letters in pictures are of this file, which the program holds.
+set(TREVOLT_FONT ${CMAKE_BINARY_DIR}/staged/DejaVuSans.ttf)
+if(NOT EXISTS /usr/share/fonts/truetype/dejavu/DejaVuSans.ttf)
+    message(FATAL_ERROR "DejaVuSans.ttf is missing: run tools/setup.sh build")
+endif()
+configure_file(/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf ${TREVOLT_FONT} COPYONLY)
+
 if(CMAKE_CROSSCOMPILING)
     include(FetchLz4Source)
     add_library(lz4 STATIC ${LZ4_SOURCE_DIR}/lib/lz4.c ${LZ4_SOURCE_DIR}/lib/lz4frame.c
@@ -53,10 +61,19 @@ else()
     pkg_check_modules(TREVOLT_LZ4 REQUIRED IMPORTED_TARGET liblz4)
     add_library(lz4 ALIAS PkgConfig::TREVOLT_LZ4)
     find_package(OpenSSL REQUIRED COMPONENTS Crypto)
+    find_package(ZLIB REQUIRED)
 endif()
-if(CMAKE_CROSSCOMPILING AND NOT WIN32)
-    include(FetchOpenSsl)
+if(WIN32)
+    set(ZLIB_USE_STATIC_LIBS ON)
+    find_package(ZLIB REQUIRED)
+elseif(CMAKE_CROSSCOMPILING)
+    include(FetchStaticLibraries)
 endif()
+
+# What pictures are made with.
+add_library(stb STATIC ${PROJECT_SOURCE_DIR}/cmake/StbLibraries.c)
+target_compile_options(stb PRIVATE -O2 -w)
+target_link_libraries(stb PUBLIC stb_headers PRIVATE ZLIB::ZLIB)
 
 if(TREVOLT_BUILD_TESTS)
     set(GTEST_SOURCE /usr/src/googletest/googletest)

@@ -9,7 +9,7 @@ set -eu
 packages_for() {
     case "$1" in
         build) echo g++ cmake ninja-build pkg-config liblz4-dev libxxhash-dev libcli11-dev libfmt-dev \
-            nlohmann-json3-dev libssl-dev ;;
+            nlohmann-json3-dev libssl-dev libstb-dev zlib1g-dev fonts-dejavu-core ;;
         test) packages_for build; echo dpkg-dev groff-base jq libgtest-dev locales lz4 parallel python3 \
             python3-jsonschema python3-lz4 ;;
         format) echo clang-format ;;
@@ -18,8 +18,8 @@ packages_for() {
         coverage) packages_for test; echo gcovr ;;
         cluster) packages_for build; echo hostname jq munge parallel procps python3 slurm-client slurmctld slurmd ;;
         asan | fuzz) packages_for test; echo clang libclang-rt-14-dev ;;
-        windows) packages_for test; echo g++-mingw-w64-x86-64-posix wine wine64 xvfb \
-            fonts-wine fonts-dejavu-core fonts-droid-fallback fonts-nanum fonts-tlwg-waree-ttf ;;
+        windows) packages_for test; echo g++-mingw-w64-x86-64-posix libz-mingw-w64-dev \
+            wine wine64 xvfb fonts-wine fonts-droid-fallback fonts-nanum fonts-tlwg-waree-ttf ;;
         arm64) packages_for test; echo g++-aarch64-linux-gnu qemu-user-static ;;
         bare) echo debootstrap ;;
         package) packages_for windows; echo lintian nsis ;;

@@ -1,0 +1,143 @@
+#include "app/inspection/Lettering.h"
+
+#include <cmath>
+#include <cstdint>
+
+#include <stb/stb_truetype.h>
+
+#include "app/inspection/FontFile.h"
+#include "trevolt/Utf8.h"
+
+namespace trevolt {
+namespace {
+
+constexpr char32_t kReplacement = 0xFFFD;
+
+/// The code points of UTF-8, one replacement for text that is none.
+std::u32string CodePoints(std::string_view text) {
+    const auto wide = Utf8ToWide(text);
+    if (!wide)
+        return {kReplacement};
+    std::u32string points;
+    for (std::size_t i = 0; i < wide->size(); ++i) {
+        auto point = static_cast<char32_t>((*wide)[i]);
+        if constexpr (sizeof(wchar_t) == 2)
+            if (point >= 0xD800 && point < 0xDC00) // both halves are there in valid text
+                point = 0x10000 + ((point - 0xD800) << 10) +
+                        (static_cast<char32_t>((*wide)[++i]) - 0xDC00);
+        points.push_back(point);
+    }
+    return points;
+}
+
+const stbtt_fontinfo& Font() {
+    static const stbtt_fontinfo font = [] {
+        stbtt_fontinfo info{};
+        const unsigned char* const bytes = FontFile().data();
+        stbtt_InitFont(&info, bytes, stbtt_GetFontOffsetForIndex(bytes, 0));
+        return info;
+    }();
+    return font;
+}
+
+/// The letters of a line with their places.
+class CLetterLine {
+  public:
+    CLetterLine(const std::u32string& points, int size)
+        : m_scale(stbtt_ScaleForMappingEmToPixels(&Font(), static_cast<float>(size))) {
+        for (const char32_t point : points)
+            Append(stbtt_FindGlyphIndex(&Font(), static_cast<int>(point)));
+    }
+
+    int Width() const { return static_cast<int>(std::ceil(m_width)); }
+
+    void Paint(CPicture& picture, int left, int baseline, SColour colour) const {
+        for (const SLetter& letter : m_letters)
+            PaintLetter(letter, picture, left, baseline, colour);
+    }
+
+  private:
+    struct SLetter {
+        int glyph;
+        float left;
+    };
+
+    void Append(int glyph) {
+        if (!m_letters.empty())
+            m_width += m_scale * static_cast<float>(stbtt_GetGlyphKernAdvance(
+                                     &Font(), m_letters.back().glyph, glyph));
+        m_letters.push_back({glyph, m_width});
+        int advance = 0;
+        int bearing = 0;
+        stbtt_GetGlyphHMetrics(&Font(), glyph, &advance, &bearing);
+        m_width += m_scale * static_cast<float>(advance);
+    }
+
+    void PaintLetter(const SLetter& letter, CPicture& picture, int left, int baseline,
+                     SColour colour) const {
+        const float whole = std::floor(letter.left);
+        const float part = letter.left - whole;
+        int x0 = 0;
+        int y0 = 0;
+        int x1 = 0;
+        int y1 = 0;
+        stbtt_GetGlyphBitmapBoxSubpixel(&Font(), letter.glyph, m_scale, m_scale, part, 0, &x0, &y0,
+                                        &x1, &y1);
+        const int width = x1 - x0;
+        const int height = y1 - y0;
+        if (width <= 0 || height <= 0)
+            return;
+        std::vector<std::uint8_t> cover(static_cast<std::size_t>(width) *
+                                        static_cast<std::size_t>(height));
+        stbtt_MakeGlyphBitmapSubpixel(&Font(), cover.data(), width, height, width, m_scale, m_scale,
+                                      part, 0, letter.glyph);
+        const std::uint8_t* next = cover.data();
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x)
+                picture.Mix(left + static_cast<int>(whole) + x0 + x, baseline + y0 + y, colour,
+                            *next++);
+    }
+
+    float m_scale;
+    float m_width = 0;
+    std::vector<SLetter> m_letters;
+};
+
+std::string ToUtf8(std::u32string_view points) {
+    std::wstring wide;
+    for (char32_t point : points) {
+        if (sizeof(wchar_t) == 2 && point >= 0x10000) {
+            wide.push_back(static_cast<wchar_t>(0xD800 + ((point - 0x10000) >> 10)));
+            point = 0xDC00 + ((point - 0x10000) & 0x3FF);
+        }
+        wide.push_back(static_cast<wchar_t>(point));
+    }
+    return WideToShownUtf8(wide);
+}
+
+} // namespace
+
+int TextWidth(std::string_view text, int size) {
+    return CLetterLine(CodePoints(text), size).Width();
+}
+
+void PaintText(CPicture& picture, int left, int baseline, std::string_view text, int size,
+               SColour colour) {
+    CLetterLine(CodePoints(text), size).Paint(picture, left, baseline, colour);
+}
+
+std::string ShortenedText(std::string_view text, int size, int width) {
+    const std::u32string points = CodePoints(text);
+    if (CLetterLine(points, size).Width() <= width)
+        return std::string(text);
+    for (std::size_t kept = points.size() - 1; kept > 0; --kept) {
+        const std::size_t behind = kept / 2;
+        const std::u32string shortened =
+            points.substr(0, kept - behind) + U'\u2026' + points.substr(points.size() - behind);
+        if (CLetterLine(shortened, size).Width() <= width)
+            return ToUtf8(shortened);
+    }
+    return {};
+}
+
+} // namespace trevolt

@@ -1,0 +1,160 @@
+#include "app/inspection/PictureSheet.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "app/inspection/Lettering.h"
+#include "app/inspection/ScaleTicks.h"
+
+namespace trevolt {
+namespace {
+
+constexpr int kTitleSize = 22;
+constexpr int kTitleBaseline = 40;
+constexpr int kSubtitleBaseline = 64;
+
+// Below the content, each from the one before.
+constexpr int kLegendGap = 34; ///< to the baseline of its text
+constexpr int kScaleGap = 10;
+constexpr int kScaleHeight = 18;
+constexpr int kTickLength = 6;
+constexpr int kTickText = 16; ///< to the baseline of the ticks' numbers
+constexpr int kLegendHeight = kLegendGap + kScaleGap + kScaleHeight + kTickLength + kTickText;
+
+constexpr int kWidestScale = 760;
+constexpr int kTickRoom = 96; ///< that a tick's number takes at most
+constexpr int kNarrowestContent = 420;
+
+constexpr int kSwatch = 14;
+constexpr int kSwatchGap = 8; ///< to its text
+constexpr int kNoteGap = 28;  ///< to the next note
+
+/// "12 %", and what is not nothing is not told as nothing.
+std::string ShareText(std::uint64_t part, std::uint64_t whole) {
+    const double share = 100.0 * static_cast<double>(part) / static_cast<double>(whole);
+    return share < 0.1 ? "less than 0.1 %" : fmt::format("{:.1f} %", share);
+}
+
+std::vector<SLegendNote> NotesOf(const CCellPainter& painter, const SPaintedValues& painted) {
+    std::vector<SLegendNote> notes;
+    const auto colour = [&](double place) {
+        return painted.isLight ? CCellPainter::LightColour(place) : painter.ScaleColour(place);
+    };
+    if (painted.below > 0)
+        notes.push_back({colour(0), fmt::format("also below {}: {}", ShownNumber(painted.range.low),
+                                                ShareText(painted.below, painted.cells))});
+    if (painted.above > 0)
+        notes.push_back(
+            {colour(1), fmt::format("also above {}: {}", ShownNumber(painted.range.high),
+                                    ShareText(painted.above, painted.cells))});
+    if (painted.notFinite > 0)
+        notes.push_back(
+            {kNoNumberColour, fmt::format("infinite or no number: {} {}", painted.notFinite,
+                                          painted.notFinite == 1 ? "pixel" : "pixels")});
+    return notes;
+}
+
+/// What the legend says above its scale.
+std::string ScaleText(const std::string& quantity, const SPaintedValues& painted) {
+    if (!painted.found)
+        return fmt::format("{}: no value", quantity);
+    if (painted.found->low == painted.found->high)
+        return fmt::format("{}: {} everywhere", quantity, ShownNumber(painted.found->low));
+    return fmt::format("{}: {} to {}", quantity, ShownNumber(painted.found->low),
+                       ShownNumber(painted.found->high));
+}
+
+} // namespace
+
+PixelSize CPictureSheet::RoomOf(int width) {
+    const int height = width * 5 / 8;
+    return {std::max(width - 2 * kMargin, 1),
+            std::max(height - kHeaderHeight - kLegendHeight - kMargin, 1)};
+}
+
+CPictureSheet::CPictureSheet(SSheetText text, int contentWidth, int contentHeight, int width)
+    : m_text(std::move(text)),
+      m_picture(2 * kMargin +
+                    std::max(contentWidth, std::min(kNarrowestContent, width - 2 * kMargin)),
+                kHeaderHeight + contentHeight, ink::kPaper) {
+    PaintHeader();
+}
+
+void CPictureSheet::PaintHeader() {
+    PaintText(m_picture, kMargin, kTitleBaseline,
+              ShortenedText(m_text.title, kTitleSize, InnerWidth()), kTitleSize, ink::kText);
+    PaintText(m_picture, kMargin, kSubtitleBaseline,
+              ShortenedText(m_text.subtitle, kTextSize, InnerWidth()), kTextSize, ink::kFaintText);
+}
+
+CPicture CPictureSheet::Finish(const CCellPainter& painter, const SPaintedValues& painted,
+                               std::vector<SLegendNote> notes) && {
+    PaintScale(painter, painted);
+    std::vector<SLegendNote> all = NotesOf(painter, painted);
+    all.insert(all.begin(), notes.begin(), notes.end());
+    PaintNotes(all);
+    m_picture.Lengthen(kMargin, ink::kPaper);
+    return std::move(m_picture);
+}
+
+void CPictureSheet::PaintScale(const CCellPainter& painter, const SPaintedValues& painted) {
+    const int legendTop = m_picture.Height();
+    m_picture.Lengthen(kLegendHeight, ink::kPaper);
+    PaintText(m_picture, kMargin, legendTop + kLegendGap,
+              ShortenedText(ScaleText(m_text.quantity, painted), kTextSize, InnerWidth()),
+              kTextSize, ink::kText);
+    const SPictureRect scale{kMargin, legendTop + kLegendGap + kScaleGap,
+                             std::min(InnerWidth(), kWidestScale), kScaleHeight};
+    for (int x = 0; x < scale.width; ++x) {
+        const double place = (x + 0.5) / scale.width;
+        m_picture.Fill({scale.left + x, scale.top, 1, scale.height},
+                       painted.isLight ? CCellPainter::LightColour(place)
+                                       : painter.ScaleColour(place));
+    }
+    FramePlot(m_picture, scale);
+    PaintTicks(painted.range, scale.top + scale.height, scale.width);
+}
+
+void CPictureSheet::PaintTicks(const SValueRange& range, int top, int width) {
+    const int most = std::max(width / kTickRoom, 2);
+    for (const SScaleTick& tick : RoundTicks(range, static_cast<std::size_t>(most))) {
+        const double place = (tick.value - range.low) / (range.high - range.low);
+        const int x = kMargin + static_cast<int>(std::lround(place * (width - 1)));
+        m_picture.Fill({x, top, 1, kTickLength}, ink::kText);
+        const int textWidth = TextWidth(tick.text, kTextSize);
+        const int left =
+            std::clamp(x - textWidth / 2, kMargin / 2,
+                       std::max(m_picture.Width() - kMargin / 2 - textWidth, kMargin / 2));
+        PaintText(m_picture, left, top + kTickLength + kTickText - 2, tick.text, kTextSize,
+                  ink::kText);
+    }
+}
+
+void CPictureSheet::PaintNotes(const std::vector<SLegendNote>& notes) {
+    int right = m_picture.Width(); // the first begins a line
+    int baseline = 0;
+    for (const SLegendNote& note : notes) {
+        const int width = kSwatch + kSwatchGap + TextWidth(note.text, kTextSize);
+        if (right + kNoteGap + width > m_picture.Width() - kMargin) {
+            m_picture.Lengthen(kTextHeight + 4, ink::kPaper);
+            right = kMargin - kNoteGap;
+            baseline = m_picture.Height() - 4;
+        }
+        const int left = right + kNoteGap;
+        const SPictureRect swatch{left, baseline - kSwatch + 2, kSwatch, kSwatch};
+        m_picture.Fill(swatch, note.colour);
+        m_picture.Frame(swatch, ink::kFrame);
+        PaintText(m_picture, left + kSwatch + kSwatchGap, baseline, note.text, kTextSize,
+                  ink::kText);
+        right = left + width;
+    }
+}
+
+void FramePlot(CPicture& picture, const SPictureRect& plot) {
+    picture.Frame({plot.left - 1, plot.top - 1, plot.width + 2, plot.height + 2}, ink::kFrame);
+}
+
+} // namespace trevolt

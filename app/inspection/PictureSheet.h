@@ -1,0 +1,87 @@
+// The sheet that plots stand on: a title above, the scale's legend below.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "app/inspection/CellPainter.h"
+#include "app/inspection/Picture.h"
+
+namespace trevolt {
+
+inline constexpr int kPictureWidth = 1600; ///< of a sheet that is not told another
+
+namespace ink {
+inline constexpr SColour kPaper{255, 255, 255};
+inline constexpr SColour kText{24, 26, 30};
+inline constexpr SColour kFaintText{88, 92, 100};
+inline constexpr SColour kFrame{120, 124, 132};
+inline constexpr SColour kMark{214, 84, 0};
+inline constexpr SColour kEmpty{232, 234, 238};
+} // namespace ink
+
+inline constexpr int kTextSize = 14;   ///< of all but the title
+inline constexpr int kTextHeight = 20; ///< from line to line
+
+struct SSheetText {
+    std::string title;
+    std::string subtitle;
+    std::string quantity; ///< what the legend's numbers are
+};
+
+/// What a legend says beside its scale.
+struct SLegendNote {
+    SColour colour;
+    std::string text;
+};
+
+/// What was found and painted.
+struct SPaintedValues {
+    std::optional<SValueRange> found; ///< nothing where no value is finite
+    SValueRange range;                ///< of the scale
+    std::uint64_t cells = 0;
+    std::uint64_t below = 0; ///< cells with a value beyond the scale's ends
+    std::uint64_t above = 0;
+    std::uint64_t notFinite = 0; ///< pixels
+    bool isLight = false;        ///< the scale is that of three colours' light
+};
+
+class CPictureSheet {
+  public:
+    /// The largest content that lets a sheet be `width` wide, and five eighths of that high.
+    static PixelSize RoomOf(int width);
+
+    /// A sheet for content of a size; as wide as the content is and its own texts want, which are
+    /// shortened so that it is no wider than `width`.
+    CPictureSheet(SSheetText text, int contentWidth, int contentHeight, int width);
+
+    CPicture& Picture() { return m_picture; }
+    /// Where the content begins.
+    int Left() const { return kMargin; }
+    int Top() const { return kHeaderHeight; }
+
+    /// Adds the legend, notes of the values beyond the scale and those given, and gives the picture
+    /// away.
+    CPicture Finish(const CCellPainter& painter, const SPaintedValues& painted,
+                    std::vector<SLegendNote> notes = {}) &&;
+
+  private:
+    static constexpr int kMargin = 28;
+    static constexpr int kHeaderHeight = 84;
+
+    void PaintHeader();
+    void PaintScale(const CCellPainter& painter, const SPaintedValues& painted);
+    void PaintTicks(const SValueRange& range, int top, int width);
+    void PaintNotes(const std::vector<SLegendNote>& notes);
+    /// The width between the margins.
+    int InnerWidth() const { return m_picture.Width() - 2 * kMargin; }
+
+    SSheetText m_text;
+    CPicture m_picture;
+};
+
+/// A line around the outside of a plot.
+void FramePlot(CPicture& picture, const SPictureRect& plot);
+
+} // namespace trevolt

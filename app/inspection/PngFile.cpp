@@ -1,0 +1,68 @@
+#include "app/inspection/PngFile.h"
+
+#include <new>
+#include <utility>
+
+#include <stb/stb_image_write.h>
+
+#include "platform/FileStream.h"
+#include "platform/SystemError.h"
+
+namespace trevolt {
+namespace {
+
+/// What the library hands over; it is C and bears no exception.
+struct SHandedOver {
+    std::vector<std::uint8_t> bytes;
+    bool isWhole = true;
+};
+
+void TakeBytes(void* context, void* data, int size) noexcept {
+    const auto* const first = static_cast<const std::uint8_t*>(data);
+    auto& handed = *static_cast<SHandedOver*>(context);
+    try {
+        handed.bytes.insert(handed.bytes.end(), first, first + size);
+    } catch (const std::bad_alloc&) {
+        handed.isWhole = false;
+    }
+}
+
+/// Quickest for few colours in flat areas and noise: no filter, and nearly the least effort. Settings of
+/// the library's own, set once.
+void SetUpLibrary() {
+    [[maybe_unused]] static const bool isSetUp = [] {
+        stbi_write_force_png_filter = 0;
+        stbi_write_png_compression_level = 2;
+        return true;
+    }();
+}
+
+} // namespace
+
+std::vector<std::uint8_t> PngBytes(const CPicture& picture) {
+    SetUpLibrary();
+    SHandedOver handed;
+    constexpr int kColours = 3;
+    const int done =
+        stbi_write_png_to_func(TakeBytes, &handed, picture.Width(), picture.Height(), kColours,
+                               picture.Bytes().data(), kColours * picture.Width());
+    if (done == 0 || !handed.isWhole)
+        throw std::bad_alloc();
+    return std::move(handed.bytes);
+}
+
+std::string WritePngFile(const CPicture& picture, const std::wstring& path) {
+    const std::vector<std::uint8_t> bytes = PngBytes(picture);
+    COutputFile file;
+    bool isWritten = file.Open(path.c_str(), std::ios::out | std::ios::trunc);
+    if (isWritten) {
+        file.write(reinterpret_cast<const char*>(bytes.data()),
+                   static_cast<std::streamsize>(bytes.size()));
+        isWritten = file.Close();
+    }
+    if (isWritten)
+        return {};
+    return WithSystemReason("the picture could not be written", file.SystemError());
+}
+
+} // namespace trevolt

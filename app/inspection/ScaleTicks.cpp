@@ -1,0 +1,74 @@
+#include "app/inspection/ScaleTicks.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include <fmt/format.h>
+
+namespace trevolt {
+namespace {
+
+constexpr const char* kMinus = "\u2212";
+
+std::string WithMinus(std::string text) {
+    if (const std::size_t sign = text.find('-'); sign == 0)
+        text.replace(sign, 1, kMinus);
+    return text;
+}
+
+/// A step that is `factor` · 10^`power`.
+struct SStep {
+    double factor = 1;
+    int power = 0;
+
+    double Value() const { return factor * std::pow(10.0, power); }
+};
+
+/// The multiples of a step that lie in a range; what rounding put just outside counts as inside.
+struct SMultiples {
+    double first;
+    double last;
+
+    SMultiples(const SValueRange& range, double step) {
+        const double tolerance = 1e-9 * (range.high - range.low) / step;
+        first = std::ceil(range.low / step - tolerance);
+        last = std::floor(range.high / step + tolerance);
+    }
+    double Count() const { return std::max(last - first + 1, 0.0); }
+};
+
+SStep SmallestStep(const SValueRange& range, std::size_t most) {
+    const double width = (range.high - range.low) / static_cast<double>(most);
+    for (int power = static_cast<int>(std::floor(std::log10(width))) - 1;; ++power)
+        for (const double factor : {1.0, 2.0, 5.0}) {
+            const SStep step{factor, power};
+            if (SMultiples(range, step.Value()).Count() <= static_cast<double>(most))
+                return step;
+        }
+}
+
+std::string TickText(double value, const SStep& step) {
+    constexpr int kMostDecimals = 9;
+    if (step.power < -kMostDecimals || std::abs(value) >= 1e7)
+        return ShownNumber(value);
+    return WithMinus(fmt::format("{:.{}f}", value, std::max(-step.power, 0)));
+}
+
+} // namespace
+
+std::vector<SScaleTick> RoundTicks(const SValueRange& range, std::size_t most) {
+    const SStep step = SmallestStep(range, most);
+    const SMultiples multiples(range, step.Value());
+    std::vector<SScaleTick> ticks;
+    for (double n = multiples.first; n <= multiples.last; ++n) {
+        const double value = n == 0 ? 0 : n * step.Value(); // and not −0
+        ticks.push_back({value, TickText(value, step)});
+    }
+    return ticks;
+}
+
+std::string ShownNumber(double value) {
+    return WithMinus(fmt::format("{:.4g}", value == 0 ? 0.0 : value));
+}
+
+} // namespace trevolt

@@ -1,0 +1,24 @@
+// The round numbers that a scale is marked with.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "app/inspection/CellPainter.h"
+
+namespace trevolt {
+
+struct SScaleTick {
+    double value = 0;
+    std::string text;
+};
+
+/// Multiples of 1, 2 or 5 times a power of ten inside a range, its ends included, in rising order and
+/// no more than `most`, which is at least 1; of such steps the smallest that keeps to it.
+std::vector<SScaleTick> RoundTicks(const SValueRange& range, std::size_t most);
+
+/// A number as people read it: four significant digits, a real minus sign.
+std::string ShownNumber(double value);
+
+} // namespace trevolt
