@@ -73,17 +73,22 @@ std::optional<SValueRange> JoinedRange(const std::optional<SValueRange>& a,
     return SValueRange{std::min(a->low, b->low), std::max(a->high, b->high)};
 }
 
-SValueRange ScaleRange(const std::optional<SValueRange>& found) {
-    if (!found)
-        return {0, 1};
+SValueRange ScaleRange(EColourScale scale, const std::optional<SValueRange>& given,
+                       const std::optional<SValueRange>& found) {
+    if (given || !found)
+        return given.value_or(SValueRange{0, 1});
+    const double most = std::max(std::abs(found->low), std::abs(found->high));
+    if (scale == EColourScale::Diverging && most > 0)
+        return {-most, most};
     if (found->low < found->high)
         return *found;
-    const double aside = found->low == 0 ? 0.5 : std::abs(found->low) / 2;
+    const double aside = most > 0 ? most / 2 : 0.5;
     return {found->low - aside, found->low + aside};
 }
 
 void CCellPainter::Paint(CPicture& picture, int left, int top, const SValueCells& cells,
                          const SPlotShape& shape) {
+    m_isLight = cells.channels == 3;
     for (int y = 0; y < shape.cellsHigh; ++y)
         for (int x = 0; x < shape.cellsWide; ++x) {
             const float* const cell =
@@ -92,6 +97,11 @@ void CCellPainter::Paint(CPicture& picture, int left, int top, const SValueCells
                           shape.cellHeight},
                          ColourOf(cell, cells.channels));
         }
+}
+
+SPaintedValues CCellPainter::Painted(const std::optional<SValueRange>& found,
+                                     std::uint64_t notFinite) const {
+    return {found, m_range, m_cells, m_below, m_above, notFinite, m_isLight};
 }
 
 SColour CCellPainter::LightColour(double place) {

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <optional>
 
 #include "app/inspection/AreaAverage.h"
@@ -47,8 +46,24 @@ std::optional<SValueRange> RangeOf(const SValueCells& cells);
 std::optional<SValueRange> JoinedRange(const std::optional<SValueRange>& a,
                                        const std::optional<SValueRange>& b);
 
-/// A range that a scale can have: of one value, both sides of it; of none, 0 to 1.
-SValueRange ScaleRange(const std::optional<SValueRange>& found);
+/// The range of a scale for the values that were found, unless one is given: of a single value both
+/// sides of it, of none 0 to 1. A diverging scale reaches as far below 0 as above.
+SValueRange ScaleRange(EColourScale scale, const std::optional<SValueRange>& given,
+                       const std::optional<SValueRange>& found);
+
+/// A plot that is thinner is hard to see.
+inline constexpr int kThinnestPlot = 16;
+
+/// What was found and painted.
+struct SPaintedValues {
+    std::optional<SValueRange> found; ///< nothing where no value is finite
+    SValueRange range;                ///< of the scale
+    std::uint64_t cells = 0;
+    std::uint64_t below = 0; ///< cells with a value beyond the scale's ends
+    std::uint64_t above = 0;
+    std::uint64_t notFinite = 0; ///< pixels with an infinite value or no number
+    bool isLight = false;        ///< the scale is that of three colours' light
+};
 
 /// Paints cells of one value by a colour scale, and cells of three, red, green and blue, as light:
 /// `range.low` is dark, `range.high` full. Counts what it paints.
@@ -62,12 +77,9 @@ class CCellPainter {
     /// The colour of a place between the ends, 0 to 1.
     SColour ScaleColour(double place) const { return m_scale.At(place); }
     static SColour LightColour(double place);
-    const SValueRange& Range() const { return m_range; }
 
-    // Cells painted up to now, and how many of them had a value beyond an end.
-    std::uint64_t Cells() const { return m_cells; }
-    std::uint64_t Below() const { return m_below; }
-    std::uint64_t Above() const { return m_above; }
+    /// What was painted up to now of values that were found as told.
+    SPaintedValues Painted(const std::optional<SValueRange>& found, std::uint64_t notFinite) const;
 
   private:
     double Place(float value) const;
@@ -78,6 +90,7 @@ class CCellPainter {
     std::uint64_t m_cells = 0;
     std::uint64_t m_below = 0;
     std::uint64_t m_above = 0;
+    bool m_isLight = false;
 };
 
 } // namespace trevolt

@@ -1,7 +1,6 @@
 // The sheet that plots stand on: a title above, the scale's legend below.
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -34,17 +33,6 @@ struct SSheetText {
 struct SLegendNote {
     SColour colour;
     std::string text;
-};
-
-/// What was found and painted.
-struct SPaintedValues {
-    std::optional<SValueRange> found; ///< nothing where no value is finite
-    SValueRange range;                ///< of the scale
-    std::uint64_t cells = 0;
-    std::uint64_t below = 0; ///< cells with a value beyond the scale's ends
-    std::uint64_t above = 0;
-    std::uint64_t notFinite = 0; ///< pixels
-    bool isLight = false;        ///< the scale is that of three colours' light
 };
 
 class CPictureSheet {

@@ -22,17 +22,23 @@ struct SValuePictureStyle {
     std::size_t jobs = 1; ///< threads
 };
 
+struct SValuePicture {
+    CPicture picture;
+    SPaintedValues values; ///< that it shows
+};
+
+/// One plot of cells with a title and a legend; `found` is what the cells hold.
+SValuePicture PaintPlotSheet(const SSheetText& text, const SValueCells& cells,
+                             const SPlotShape& shape, CCellPainter& painter,
+                             const std::optional<SValueRange>& found, int width);
+
 /// Values as a plot with a title and a legend. Of more pixels than there is room for each cell has the
 /// mean of its area, of fewer each is drawn in a whole number of picture pixels. Throws
 /// std::bad_alloc.
-CPicture PaintValues(const SValueRows& rows, const SValuePictureStyle& style);
+SValuePicture PaintValues(const SValueRows& rows, const SValuePictureStyle& style);
 
 /// The same of values in memory, row by row; both sizes are at least 1.
-CPicture PaintValues(std::span<const float> values, std::size_t width, std::size_t height,
-                     const SValuePictureStyle& style);
-
-/// The range of a scale for values that were found.
-SValueRange ScaleRangeOf(EColourScale scale, const std::optional<SValueRange>& given,
-                         const std::optional<SValueRange>& found);
+SValuePicture PaintValues(std::span<const float> values, std::size_t width, std::size_t height,
+                          const SValuePictureStyle& style);
 
 } // namespace trevolt

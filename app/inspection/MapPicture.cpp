@@ -1,0 +1,368 @@
+#include "app/inspection/MapPicture.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "app/inspection/Lettering.h"
+#include "app/inspection/PictureSheet.h"
+
+namespace trevolt {
+namespace {
+
+/// Red, green and blue by what they are to the brightness of white.
+constexpr std::array kBrightnessShares{0.2126F, 0.7152F, 0.0722F};
+
+std::array<float, 3> WhiteOf(const SMatrixCoef& pixel) {
+    const auto& m = pixel.m;
+    return {m[0] + m[1] + m[2], m[3] + m[4] + m[5], m[6] + m[7] + m[8]};
+}
+
+/// Calls `take` with each pixel of a row, from the left.
+template <class Take>
+void ForRow(const CMassiveGrid& grid, std::size_t y, const Take& take) {
+    std::uint32_t index = grid.Width() * static_cast<std::uint32_t>(y);
+    for (std::uint32_t left = grid.Width(); left > 0;) {
+        const std::uint32_t run = std::min(grid.RunLength(index), left);
+        const auto* const pixels = reinterpret_cast<const SMatrixCoef*>(grid.Element(index));
+        for (std::uint32_t i = 0; i < run; ++i)
+            take(pixels[i]);
+        index += run;
+        left -= run;
+    }
+}
+
+void ReadBrightness(const CMassiveGrid& grid, std::size_t y, float* row) {
+    ForRow(grid, y, [&row](const SMatrixCoef& pixel) {
+        const auto [red, green, blue] = WhiteOf(pixel);
+        *row++ =
+            kBrightnessShares[0] * red + kBrightnessShares[1] * green + kBrightnessShares[2] * blue;
+    });
+}
+
+void ReadWhite(const CMassiveGrid& grid, std::size_t y, float* row) {
+    ForRow(grid, y, [&row](const SMatrixCoef& pixel) {
+        const std::array<float, 3> white = WhiteOf(pixel);
+        row = std::copy(white.begin(), white.end(), row);
+    });
+}
+
+void ReadCoefficient(const CMassiveGrid& grid, std::size_t y, std::size_t coefficient, float* row) {
+    ForRow(grid, y, [&](const SMatrixCoef& pixel) { *row++ = pixel.m[coefficient]; });
+}
+
+PixelSize SizeOf(const CChromaCorrectCoef& map) { return {map.Width(), map.Height()}; }
+
+SValueCells CellsOf(const CChromaCorrectCoef& map, const SMapPictureStyle& style,
+                    const SPlotShape& shape) {
+    return AverageByArea(MapRows(map, style.view), static_cast<std::size_t>(shape.cellsWide),
+                         static_cast<std::size_t>(shape.cellsHigh), style.jobs);
+}
+
+std::string SizeText(const PixelSize& size) {
+    return fmt::format("{} × {}", size.width, size.height);
+}
+
+/// The scale's ends; light is shown from none on.
+SValueRange RangeOfStyle(const SMapPictureStyle& style, const std::optional<SValueRange>& found) {
+    if (style.view.what != EMapView::White || style.range || !found || found->high <= 0)
+        return ScaleRange(style.scale, style.range, found);
+    return {0, found->high};
+}
+
+} // namespace
+
+SValueRows MapRows(const CChromaCorrectCoef& map, const SMapView& view) {
+    const CMassiveGrid& grid = map.ColourGrid();
+    SValueRows rows{map.Width(), map.Height(), 1, {}};
+    switch (view.what) {
+    case EMapView::White:
+        rows.channels = 3;
+        rows.read = [&grid](std::size_t y, float* row) { ReadWhite(grid, y, row); };
+        break;
+    case EMapView::Coefficient:
+        rows.read = [&grid, k = view.coefficient](std::size_t y, float* row) {
+            ReadCoefficient(grid, y, k, row);
+        };
+        break;
+    case EMapView::Brightness:
+        rows.read = [&grid](std::size_t y, float* row) { ReadBrightness(grid, y, row); };
+        break;
+    }
+    return rows;
+}
+
+std::string MapViewText(const SMapView& view) {
+    switch (view.what) {
+    case EMapView::White:
+        return "Colour for white";
+    case EMapView::Coefficient:
+        return fmt::format("Coefficient m{}{}", view.coefficient / 3, view.coefficient % 3);
+    case EMapView::Brightness:
+        break;
+    }
+    return "Brightness of white";
+}
+
+namespace {
+
+std::string LegendText(const SMapView& view) {
+    return view.what == EMapView::White ? "Red, green and blue light" : MapViewText(view);
+}
+
+/// Two plots of the same scale with the turn between them.
+class CTurnPicture {
+  public:
+    CTurnPicture(const CChromaCorrectCoef& map, const SMapPictureText& text,
+                 const SMapPictureStyle& style, std::uint32_t code)
+        : m_style(style),
+          m_code(code),
+          m_size(SizeOf(map)),
+          m_turnedSize(CQuarterTurn(code, m_size.width, m_size.height).TurnedSize()),
+          m_shape(PlotShape(m_size, Scale(), kThinnestPlot)),
+          m_cells(CellsOf(map, style, m_shape)),
+          m_sheet({text.name,
+                   fmt::format("{} · turned by {}° clockwise · {}", text.kind, 90 * code,
+                               MapViewText(style.view)),
+                   LegendText(style.view)},
+                  m_shape.Width() + kGap + TurnedShape().Width(), ContentHeight(), style.width) {}
+
+    SValuePicture Paint() && {
+        const auto found = RangeOf(m_cells);
+        CCellPainter painter(m_style.scale, RangeOfStyle(m_style, found));
+        const SPlotShape turnedShape = TurnedShape();
+        const int left = m_sheet.Left();
+        const int turnedLeft = left + m_shape.Width() + kGap;
+        PaintPlot(painter, left, "Before", m_size, m_cells, m_shape);
+        PaintPlot(painter, turnedLeft, "After", m_turnedSize, TurnedCells(m_cells, m_code),
+                  turnedShape);
+        const PixelPosition corner =
+            CQuarterTurn(m_code, m_shape.Width(), m_shape.Height()).Turned(0, 0);
+        MarkCorner(left, m_shape, false, false);
+        MarkCorner(turnedLeft, turnedShape, corner.x > 0, corner.y > 0);
+        PaintTurn(left + m_shape.Width());
+        const SPaintedValues painted = painter.Painted(found, m_cells.notFinite);
+        return {std::move(m_sheet).Finish(
+                    painter, painted, {{ink::kMark, "the same corner: left top before the turn"}}),
+                painted};
+    }
+
+  private:
+    static constexpr int kGap = 132;
+    static constexpr int kCaptionHeight = 28;
+    static constexpr int kMarkWidth = 5;
+    static constexpr int kMarkLength = 30;
+    static constexpr int kTurnHeight = 100;
+
+    double Scale() const {
+        const PixelSize room = CPictureSheet::RoomOf(m_style.width);
+        const PixelSize side{m_size.width + m_turnedSize.width,
+                             std::max(m_size.height, m_turnedSize.height)};
+        return PlotScale(side, {std::max<std::int64_t>(room.width - kGap, 2),
+                                std::max<std::int64_t>(room.height - kCaptionHeight, 1)});
+    }
+    SPlotShape TurnedShape() const {
+        if (m_code == 2)
+            return m_shape;
+        return {m_shape.cellsHigh, m_shape.cellsWide, m_shape.cellHeight, m_shape.cellWidth};
+    }
+    int ContentHeight() const {
+        return kCaptionHeight + std::max({m_shape.Height(), TurnedShape().Height(), kTurnHeight});
+    }
+    int PlotTop() const { return m_sheet.Top() + kCaptionHeight; }
+
+    void PaintPlot(CCellPainter& painter, int left, const char* caption, const PixelSize& size,
+                   const SValueCells& cells, const SPlotShape& shape) {
+        CPicture& picture = m_sheet.Picture();
+        PaintText(picture, left, m_sheet.Top() + kTextSize,
+                  fmt::format("{} · {}", caption, SizeText(size)), kTextSize, ink::kText);
+        painter.Paint(picture, left, PlotTop(), cells, shape);
+        FramePlot(picture, {left, PlotTop(), shape.Width(), shape.Height()});
+    }
+
+    /// An angle around the outside of a plot's corner.
+    void MarkCorner(int left, const SPlotShape& shape, bool isRight, bool isBottom) {
+        const int length = std::min({kMarkLength, shape.Width(), shape.Height()});
+        const int x = isRight ? left + shape.Width() + 1 : left - 1 - kMarkWidth;
+        const int y = isBottom ? PlotTop() + shape.Height() + 1 : PlotTop() - 1 - kMarkWidth;
+        const int barLeft = isRight ? x + kMarkWidth - length : x;
+        const int barTop = isBottom ? y + kMarkWidth - length : y;
+        m_sheet.Picture().Fill({barLeft, y, length, kMarkWidth}, ink::kMark);
+        m_sheet.Picture().Fill({x, barTop, kMarkWidth, length}, ink::kMark);
+    }
+
+    void PaintCentred(int left, int baseline, const std::string& text, int size, SColour colour) {
+        PaintText(m_sheet.Picture(), left + (kGap - TextWidth(text, size)) / 2, baseline, text,
+                  size, colour);
+    }
+
+    void PaintTurn(int left) {
+        const int middle = PlotTop() + std::max(m_shape.Height(), kTurnHeight) / 2;
+        PaintCentred(left, middle - 22, fmt::format("{}°", 90 * m_code), 22, ink::kText);
+        PaintCentred(left, middle + 18, "\u2192", 52, ink::kMark);
+        PaintCentred(left, middle + 40, "clockwise", kTextSize, ink::kFaintText);
+    }
+
+    const SMapPictureStyle& m_style;
+    std::uint32_t m_code;
+    PixelSize m_size;
+    PixelSize m_turnedSize;
+    SPlotShape m_shape;
+    SValueCells m_cells;
+    CPictureSheet m_sheet;
+};
+
+} // namespace
+
+SValuePicture PaintMap(const CChromaCorrectCoef& map, const SMapPictureText& text,
+                       const SMapPictureStyle& style, std::uint32_t turnCode) {
+    if (turnCode != 0)
+        return CTurnPicture(map, text, style, turnCode).Paint();
+    const PixelSize size = SizeOf(map);
+    const SPlotShape shape =
+        PlotShape(size, PlotScale(size, CPictureSheet::RoomOf(style.width)), kThinnestPlot);
+    const SValueCells cells = CellsOf(map, style, shape);
+    const auto found = RangeOf(cells);
+    const SSheetText sheetText{
+        text.name, fmt::format("{} · {} · {}", SizeText(size), text.kind, MapViewText(style.view)),
+        LegendText(style.view)};
+    CCellPainter painter(style.scale, RangeOfStyle(style, found));
+    return PaintPlotSheet(sheetText, cells, shape, painter, found, style.width);
+}
+
+/// Places of equal size with thin gaps between them.
+class CWallPicture::CLayout {
+  public:
+    static constexpr int kGap = 2;
+
+    CLayout(const std::vector<SCabinet>& cabinets, int columns, int rows, int width)
+        : m_columns(columns), m_rows(rows) {
+        PixelSize largest{1, 1};
+        for (const SCabinet& cabinet : cabinets)
+            largest = {std::max(largest.width, cabinet.size.width),
+                       std::max(largest.height, cabinet.size.height)};
+        const PixelSize room = CPictureSheet::RoomOf(width);
+        m_scale = PlotScale({largest.width * columns, largest.height * rows},
+                            {std::max<std::int64_t>(room.width - kGap * (columns - 1), 1),
+                             std::max<std::int64_t>(room.height - kGap * (rows - 1), 1)});
+        const SPlotShape place = PlotShape(largest, m_scale);
+        m_width = std::max(place.Width(), kSmallestPlace);
+        m_height = std::max(place.Height(), kSmallestPlace);
+    }
+
+    int Width() const { return m_columns * (m_width + kGap) - kGap; }
+    int Height() const { return m_rows * (m_height + kGap) - kGap; }
+    int Places() const { return m_columns * m_rows; }
+    SPictureRect Place(int number) const {
+        return {number % m_columns * (m_width + kGap), number / m_columns * (m_height + kGap),
+                m_width, m_height};
+    }
+    SPlotShape ShapeOf(const PixelSize& size) const { return PlotShape(size, m_scale); }
+
+  private:
+    static constexpr int kSmallestPlace = 4;
+
+    int m_columns;
+    int m_rows;
+    double m_scale = 1;
+    int m_width = 1;
+    int m_height = 1;
+};
+
+CWallPicture::CWallPicture(std::vector<SCabinet> cabinets, int columns, int rows,
+                           SMapPictureStyle style)
+    : m_cabinets(std::move(cabinets)),
+      m_style(style),
+      m_layout(std::make_unique<const CLayout>(m_cabinets, columns, rows, style.width)),
+      m_cells(m_cabinets.size()) {}
+
+CWallPicture::~CWallPicture() = default;
+
+SPaintedValues CWallPicture::Take(std::size_t cabinet, const CChromaCorrectCoef& map) {
+    SValueCells& cells = m_cells[cabinet];
+    cells = CellsOf(map, m_style, m_layout->ShapeOf(SizeOf(map)));
+    const auto found = RangeOf(cells);
+    return {found, {}, cells.width * cells.height, 0, 0, cells.notFinite, cells.channels == 3};
+}
+
+namespace {
+
+constexpr int kNameSize = 12;
+constexpr int kNamePlate = 18;
+constexpr int kNameAside = 5;
+
+/// The name in a place's left bottom, where there is room for it.
+void PaintName(CPicture& picture, const SPictureRect& place, const std::string& name) {
+    constexpr int kLeastWidth = 40;
+    if (place.height < 2 * kNamePlate || place.width < kLeastWidth)
+        return;
+    const std::string shown = ShortenedText(name, kNameSize, place.width - 2 * kNameAside);
+    const int top = place.top + place.height - kNamePlate;
+    picture.MixFill({place.left, top, TextWidth(shown, kNameSize) + 2 * kNameAside, kNamePlate},
+                    ink::kPaper, 215);
+    PaintText(picture, place.left + kNameAside, top + 13, shown, kNameSize, ink::kText);
+}
+
+/// A place whose cabinet could not be read.
+void PaintMissing(CPicture& picture, const SPictureRect& place) {
+    picture.Fill(place, ink::kEmpty);
+    const int length = std::max(place.width, place.height);
+    for (int i = 0; i < length; ++i) {
+        const int x = i * (place.width - 1) / length;
+        const int y = i * (place.height - 1) / length;
+        for (int thick = 0; thick < std::min(2, place.height - y); ++thick) {
+            picture.Set(place.left + x, place.top + y + thick, ink::kFrame);
+            picture.Set(place.left + place.width - 1 - x, place.top + y + thick, ink::kFrame);
+        }
+    }
+}
+
+} // namespace
+
+SValuePicture CWallPicture::Paint(const std::string& title) const {
+    std::optional<SValueRange> found;
+    std::uint64_t notFinite = 0;
+    for (const SValueCells& cells : m_cells) {
+        found = JoinedRange(found, RangeOf(cells));
+        notFinite += cells.notFinite;
+    }
+    CCellPainter painter(m_style.scale, RangeOfStyle(m_style, found));
+    CPictureSheet sheet(
+        {title,
+         fmt::format("{} {} · {}", m_cabinets.size(),
+                     m_cabinets.size() == 1 ? "cabinet" : "cabinets", MapViewText(m_style.view)),
+         LegendText(m_style.view)},
+        m_layout->Width(), m_layout->Height(), m_style.width);
+    bool isAnyMissing = false;
+    for (int i = 0; i < m_layout->Places(); ++i) {
+        SPictureRect place = m_layout->Place(i);
+        place.left += sheet.Left();
+        place.top += sheet.Top();
+        const auto number = static_cast<std::size_t>(i);
+        if (number >= m_cabinets.size()) {
+            sheet.Picture().Fill(place, ink::kEmpty);
+            continue;
+        }
+        const SValueCells& cells = m_cells[number];
+        if (cells.values.empty()) {
+            PaintMissing(sheet.Picture(), place);
+            isAnyMissing = true;
+        } else {
+            painter.Paint(sheet.Picture(), place.left, place.top, cells,
+                          m_layout->ShapeOf(m_cabinets[number].size));
+        }
+        PaintName(sheet.Picture(), place, m_cabinets[number].name);
+    }
+    FramePlot(sheet.Picture(), {sheet.Left(), sheet.Top(), m_layout->Width(), m_layout->Height()});
+    std::vector<SLegendNote> notes;
+    if (isAnyMissing)
+        notes.push_back({ink::kEmpty, "crossed out: not read"});
+    const SPaintedValues painted = painter.Painted(found, notFinite);
+    SValuePicture picture{std::move(sheet).Finish(painter, painted, notes), painted};
+    picture.values.isLight = m_style.view.what == EMapView::White;
+    return picture;
+}
+
+} // namespace trevolt
