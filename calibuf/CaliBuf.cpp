@@ -5,8 +5,8 @@
 #include <new>
 
 #include "calibuf/PlaneCodec.h"
+#include "calibuf/StoreDigest.h"
 #include "calibuf/WordElementKind.h"
-#include "platform/Md5.h"
 #include "platform/PhysicalMemory.h"
 #include "trevolt/TransferReport.h"
 
@@ -27,16 +27,6 @@ bool IsInsideBlock(const BlockRecord& block, const SPixelRect& rect) {
 std::size_t CornerPlace(const BlockRecord& block, const SPixelRect& rect) {
     return (static_cast<std::size_t>(rect.top) - block.nY) * kBlockWidth +
            (static_cast<std::size_t>(rect.left) - block.nX);
-}
-
-std::wstring ToUpperHex(const std::array<std::uint8_t, 16>& digest) {
-    constexpr wchar_t kDigits[] = L"0123456789ABCDEF";
-    std::wstring text;
-    for (const std::uint8_t byte : digest) {
-        text += kDigits[byte >> 4];
-        text += kDigits[byte & 15];
-    }
-    return text;
 }
 
 } // namespace
@@ -220,17 +210,13 @@ Status CCaliBuf::DecompressPlanes(const SChunkRecord& record, const std::byte* c
 }
 
 bool CCaliBuf::ComputeMD5(std::wstring& text) const {
-    CMd5 md5;
+    CStoreDigest digest;
     for (const std::uint32_t index : UsedBlocks()) {
         const BlockRecord* const block = BlockWithData(index);
-        if (block == nullptr || !md5.Add(block->pData, block->nBytes))
+        if (block == nullptr || !digest.AddBlock(block->pData, block->nBytes))
             return false;
     }
-    std::array<std::uint8_t, 16> digest{};
-    if (!md5.Finish(digest))
-        return false;
-    text = ToUpperHex(digest);
-    return true;
+    return digest.Finish(text);
 }
 
 } // namespace trevolt

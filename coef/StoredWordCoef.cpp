@@ -1,8 +1,10 @@
 #include "coef/StoredWordCoef.h"
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 
+#include "calibuf/StoreDigest.h"
 #include "calibuf/TurnedChunkWriter.h"
 #include "calibuf/WordPlaneReader.h"
 #include "coef/ChunkFile.h"
@@ -64,7 +66,39 @@ class CStoredWordCoef final : public CStoredCoef {
                                : WriteMatrix(stream, turn, owner, threads);
     }
 
+    void CopyElements(std::uint32_t x, std::uint32_t y, std::uint32_t count,
+                      SMatrixCoef* elements) const override {
+        for (std::uint32_t i = 0; i < count; ++i) {
+            elements[i] = SMatrixCoef{};
+            for (const std::size_t value : m_kind.row->zeroedMapValues)
+                elements[i].m[value] = 0.0F;
+        }
+        while (count > 0) { // up to the end of a block, since planes may hold single ones
+            const std::uint32_t run = std::min(count, kBlockWidth - x % kBlockWidth);
+            for (std::size_t k = 0; k < m_kind.element->wordCount; ++k)
+                CopyWords(k, x, y, run, elements);
+            x += run;
+            elements += run;
+            count -= run;
+        }
+    }
+
+    std::optional<std::wstring> StoreDigest() const override {
+        std::wstring text;
+        return ComputeStoreDigest(m_planes, text) ? std::optional(std::move(text)) : std::nullopt;
+    }
+
   private:
+    /// Word k of pixels of one block.
+    void CopyWords(std::size_t k, std::uint32_t x, std::uint32_t y, std::uint32_t count,
+                   SMatrixCoef* elements) const {
+        const std::size_t value = m_kind.row->mapValues[k];
+        const std::uint16_t* const words = m_planes.FindRun(k, x, y, count);
+        const float missing = WordToFloat(m_kind.element->defaultWords[k]);
+        for (std::uint32_t i = 0; i < count; ++i)
+            elements[i].m[value] = words == nullptr ? missing : WordToFloat(words[i]);
+    }
+
     Status WriteMatrix(std::ostream& stream, const SPlaneTurn& turn, const SOwnerFields& owner,
                        std::size_t threads) const {
         WriteChunkHeader(stream, MakeChunkHeader(m_kind.row->formatId, turn.Rect(), owner));

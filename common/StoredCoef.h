@@ -1,6 +1,6 @@
 // A coefficient file in the elements that it stores: what is loaded so is turned and written without
-// a coefficient map, whether the file is whole or not. What is not a file of the kind's own is left to
-// the map's way.
+// a coefficient map, whether the file is whole or not, and looked at pixel by pixel. What is not a file
+// of the kind's own is left to the map's way.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +8,9 @@
 #include <memory>
 #include <optional>
 #include <ostream>
+#include <string>
 
+#include "trevolt/MatrixCoef.h"
 #include "trevolt/QuarterTurn.h"
 #include "trevolt/StatusCodes.h"
 
@@ -43,6 +45,15 @@ class CStoredCoef {
     /// not whole then.
     virtual Status WriteTurned(std::ostream& stream, const PixelSize& size, std::uint32_t code,
                                std::size_t threads) const = 0;
+
+    /// Copies `count` pixels from (x, y) on to the right, which lie in what was read: the values that
+    /// the file sets of a map's elements, and the default's for the others. Any thread may ask.
+    virtual void CopyElements(std::uint32_t x, std::uint32_t y, std::uint32_t count,
+                              SMatrixCoef* elements) const = 0;
+
+    /// The digest of the store of a word file, as a coefficient object tells it that has loaded the
+    /// file; nothing for other kinds, and when the system's hashing fails. Any thread may ask.
+    virtual std::optional<std::wstring> StoreDigest() const { return std::nullopt; }
 
   protected:
     CStoredCoef() = default;

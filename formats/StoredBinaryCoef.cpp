@@ -86,6 +86,15 @@ class CStoredBinaryCoef : public CStoredCoef {
             });
     }
 
+    void CopyElements(std::uint32_t x, std::uint32_t y, std::uint32_t count,
+                      SMatrixCoef* elements) const override {
+        const std::uint32_t first = y * m_body.Width() + x;
+        for (std::uint32_t i = 0; i < count; ++i) {
+            elements[i] = SMatrixCoef{};
+            Kind::Load(Kind::At(m_body, first + i), elements[i]);
+        }
+    }
+
   private:
     /// The rows of the turned body from `top` to `bottom`; nothing without memory.
     CBudgetBlock GatherRows(const PixelSize& size, std::uint32_t code, std::uint64_t top,

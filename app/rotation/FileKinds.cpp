@@ -23,6 +23,15 @@ struct SKindRow {
     std::optional<EWordKind> wordKind = std::nullopt;
 };
 
+/// The set of the first `count` of `values`.
+template <class Values>
+constexpr MapValues SetOf(const Values& values, std::size_t count) {
+    unsigned long long bits = 0;
+    for (std::size_t k = 0; k < count; ++k)
+        bits |= 1ULL << values[k];
+    return {bits};
+}
+
 template <class Kind>
 constexpr SKindRow BinaryFileKind(std::wstring_view extension, int exportOrder) {
     return {{extension, exportOrder,
@@ -43,7 +52,7 @@ constexpr SKindRow BinaryFileKind(std::wstring_view extension, int exportOrder) 
                  return ReadBinaryCoefSize<Kind>(stream, width, height);
              },
              nullptr},
-            {Kind::kStoredBytes, E_COEF_OPENFAILED,
+            {SetOf(Kind::kEntries, Kind::kStoredCount), Kind::kStoredBytes, E_COEF_OPENFAILED,
              [](std::istream& stream, std::size_t threads, const SExtrasOfTurn& /*none*/) {
                  return LoadStoredBinaryCoef<Kind>(stream, threads);
              }}};
@@ -70,7 +79,8 @@ Status ReadTextSize(File file, std::uint32_t& width, std::uint32_t& height) {
 
 template <EWordKind Kind>
 constexpr SStoredKind kStoredWords = VisitElementOf(Kind, SStoredKind{}, []<class Element>() {
-    return SStoredKind{sizeof(Element), kWordKind<Element>.outputOpenFailed,
+    return SStoredKind{SetOf(kWordKind<Element>.mapValues, kWordElementKind<Element>.wordCount),
+                       sizeof(Element), kWordKind<Element>.outputOpenFailed,
                        [](std::istream& stream, std::size_t threads, const SExtrasOfTurn& extras) {
                            return LoadStoredWordCoef(Kind, stream, threads, extras);
                        }};
@@ -100,11 +110,13 @@ constexpr SKindRow WordFileKind(std::wstring_view extension, int exportOrder) {
             Kind};
 }
 
+constexpr MapValues kMatrixValues{0x1FF};
+
 constexpr SKindRow TextFileKind(std::wstring_view extension, int exportOrder) {
     return {{extension, exportOrder, LoadText<const wchar_t*>, SaveText,
              ReadTextSize<const wchar_t*>, nullptr, LoadText<std::istream&>,
              ReadTextSize<std::istream&>, nullptr},
-            {0, S_OK, nullptr}};
+            {kMatrixValues, 0, S_OK, nullptr}};
 }
 
 /// In the load's order.
@@ -156,6 +168,10 @@ const SStoredKind* FindStoredKind(std::wstring_view name) {
         return nullptr;
     const SStoredKind& stored = kRows[static_cast<std::size_t>(kind - kFileKinds.data())].stored;
     return stored.load == nullptr ? nullptr : &stored;
+}
+
+const SStoredKind& StoredKindOf(const SFileKind& kind) {
+    return kRows[static_cast<std::size_t>(&kind - kFileKinds.data())].stored;
 }
 
 std::optional<EWordKind> FindWordKind(const SFileKind& kind) {

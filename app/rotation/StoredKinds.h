@@ -1,22 +1,30 @@
 // Which files are turned in the elements that they store, and how those are loaded.
 #pragma once
 
+#include <bitset>
 #include <cstddef>
 #include <cstdint>
 #include <istream>
 #include <optional>
 #include <string_view>
+#include <tuple>
 
 #include "common/StoredCoef.h"
 #include "trevolt/FileKinds.h"
+#include "trevolt/MatrixCoef.h"
 #include "trevolt/StatusCodes.h"
 #include "trevolt/WordElements.h"
 
 namespace trevolt {
 
+/// A set of a map element's values: bit k stands for m[k].
+using MapValues = std::bitset<std::tuple_size_v<decltype(SMatrixCoef::m)>>;
+
 /// The part of a kind's row that other programs have no use for.
 struct SStoredKind {
-    /// Bytes that a pixel takes in memory.
+    /// What the kind's files hold of a pixel.
+    MapValues values;
+    /// Bytes that a pixel takes in memory; 0 for a kind that stores no elements.
     std::uint32_t elementBytes;
     /// The answer of the kind's writer when the file to write does not open.
     Status openFailed;
@@ -29,6 +37,9 @@ struct SStoredKind {
 /// and is read and written by the same kind. Null for every other name, also for one that ends in
 /// "9wPCoef": its writer decides by that what the file holds besides.
 const SStoredKind* FindStoredKind(std::wstring_view name);
+
+/// The kind's own, also one that stores no elements.
+const SStoredKind& StoredKindOf(const SFileKind& kind);
 
 /// The word kind that a row of the table stands for; nothing for other kinds.
 std::optional<EWordKind> FindWordKind(const SFileKind& kind);
