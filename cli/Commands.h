@@ -20,5 +20,6 @@ inline constexpr const char* kNoSyncHelp =
 void AddRotateCommand(CLI::App& program, int& exitStatus);
 void AddDemoCommand(CLI::App& program, int& exitStatus);
 void AddVerifyCommand(CLI::App& program, int& exitStatus);
+void AddInfoCommand(CLI::App& program, int& exitStatus);
 
 } // namespace trevolt

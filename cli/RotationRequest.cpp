@@ -5,25 +5,11 @@
 #include "cli/OptionValues.h"
 #include "cli/RotateOptions.h"
 #include "cli/ShownText.h"
-#include "cli/Wildcards.h"
+#include "cli/Sources.h"
 #include "trevolt/Utf8.h"
 
 namespace trevolt {
 namespace {
-
-std::vector<std::wstring> ExpandedSources(const std::vector<std::string>& sources) {
-    std::vector<std::wstring> paths;
-    for (const std::string& source : sources) {
-        const std::wstring path = ParseFor("SOURCE", "a file or folder", source, ParsePath);
-        const auto found =
-            kProgramsExpandWildcards ? ExpandWildcards(path) : std::vector<std::wstring>{path};
-        if (found.empty())
-            throw CLI::ValidationError("SOURCE",
-                                       fmt::format("{} stands for no file or folder", source));
-        paths.insert(paths.end(), found.begin(), found.end());
-    }
-    return paths;
-}
 
 std::vector<SFileAngle> ReadAngles(const std::wstring& path) {
     SAngleTable table = ReadAngleTable(path);
@@ -65,7 +51,7 @@ void TakePlaces(const SRotateOptions& options, SRotationRequest& request) {
         request.targetFolder = ParseFor("TARGET", "a folder", sources.back(), ParsePath);
         sources.pop_back();
     }
-    request.sources = ExpandedSources(sources);
+    request.sources = ParseSources("SOURCE", sources);
 }
 
 EExistingOutput ExistingOutputs(const SRotateOptions& options) {

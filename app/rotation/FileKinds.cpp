@@ -52,7 +52,8 @@ constexpr SKindRow BinaryFileKind(std::wstring_view extension, int exportOrder) 
                  return ReadBinaryCoefSize<Kind>(stream, width, height);
              },
              nullptr},
-            {SetOf(Kind::kEntries, Kind::kStoredCount), Kind::kStoredBytes, E_COEF_OPENFAILED,
+            {SetOf(Kind::kEntries, Kind::kStoredCount), Kind::kStoredBytes,
+             [](const CoefFileMagic& magic) { return magic == Kind::kMagic; }, E_COEF_OPENFAILED,
              [](std::istream& stream, std::size_t threads, const SExtrasOfTurn& /*none*/) {
                  return LoadStoredBinaryCoef<Kind>(stream, threads);
              }}};
@@ -79,11 +80,13 @@ Status ReadTextSize(File file, std::uint32_t& width, std::uint32_t& height) {
 
 template <EWordKind Kind>
 constexpr SStoredKind kStoredWords = VisitElementOf(Kind, SStoredKind{}, []<class Element>() {
-    return SStoredKind{SetOf(kWordKind<Element>.mapValues, kWordElementKind<Element>.wordCount),
-                       sizeof(Element), kWordKind<Element>.outputOpenFailed,
-                       [](std::istream& stream, std::size_t threads, const SExtrasOfTurn& extras) {
-                           return LoadStoredWordCoef(Kind, stream, threads, extras);
-                       }};
+    return SStoredKind{
+        SetOf(kWordKind<Element>.mapValues, kWordElementKind<Element>.wordCount), sizeof(Element),
+        [](const ChunkFormatId& format) { return kWordKind<Element>.HasFormat(format); },
+        kWordKind<Element>.outputOpenFailed,
+        [](std::istream& stream, std::size_t threads, const SExtrasOfTurn& extras) {
+            return LoadStoredWordCoef(Kind, stream, threads, extras);
+        }};
 });
 
 template <EWordKind Kind>
@@ -116,7 +119,7 @@ constexpr SKindRow TextFileKind(std::wstring_view extension, int exportOrder) {
     return {{extension, exportOrder, LoadText<const wchar_t*>, SaveText,
              ReadTextSize<const wchar_t*>, nullptr, LoadText<std::istream&>,
              ReadTextSize<std::istream&>, nullptr},
-            {kMatrixValues, 0, S_OK, nullptr}};
+            {kMatrixValues, 0, nullptr, S_OK, nullptr}};
 }
 
 /// In the load's order.

@@ -1,6 +1,7 @@
 // Which files are turned in the elements that they store, and how those are loaded.
 #pragma once
 
+#include <array>
 #include <bitset>
 #include <cstddef>
 #include <cstdint>
@@ -26,6 +27,8 @@ struct SStoredKind {
     MapValues values;
     /// Bytes that a pixel takes in memory; 0 for a kind that stores no elements.
     std::uint32_t elementBytes;
+    /// Whether files of the kind may begin so; null for a kind that no first bytes tell.
+    bool (*opensWith)(const std::array<std::uint8_t, 16>& bytes);
     /// The answer of the kind's writer when the file to write does not open.
     Status openFailed;
     /// Loads the file at whose first byte the stream stands, on up to `threads` threads, and the extras

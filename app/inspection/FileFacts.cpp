@@ -1,0 +1,229 @@
+#include "app/inspection/FileFacts.h"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "app/rotation/SourceFile.h"
+#include "calibuf/ChunkLayout.h"
+#include "coef/WordKind.h"
+#include "common/LittleEndian.h"
+#include "common/OrderedJobs.h"
+#include "platform/FileSystem.h"
+#include "trevolt/MemoryBudget.h"
+#include "trevolt/TransferProblems.h"
+#include "trevolt/Utf8.h"
+
+namespace trevolt {
+namespace {
+
+/// What every file begins with that is not text.
+struct SFileMark {
+    std::array<std::uint8_t, 16> format{};
+    std::uint32_t version = 0;
+};
+
+std::optional<SFileMark> ReadMark(std::istream& stream) {
+    SFileMark mark;
+    std::array<std::byte, sizeof mark.version> version{};
+    stream.read(reinterpret_cast<char*>(mark.format.data()), mark.format.size());
+    if (!stream.read(reinterpret_cast<char*>(version.data()), version.size()))
+        return std::nullopt;
+    mark.version = LoadLittle<std::uint32_t>(version.data());
+    return mark;
+}
+
+const SFileKind* FindKindByFormat(const std::array<std::uint8_t, 16>& format) {
+    for (const SFileKind& kind : FileKinds()) {
+        const SStoredKind& stored = StoredKindOf(kind);
+        if (stored.opensWith != nullptr && stored.opensWith(format))
+            return &kind;
+    }
+    return nullptr;
+}
+
+bool HasExtraWords(const SChunkHeader& header) {
+    return std::any_of(kWordKinds.begin(), kWordKinds.end(), [&](const SListedWordKind& kind) {
+        return kind.row->extraWordFormatId == header.formatId;
+    });
+}
+
+std::optional<SOwnerFacts> OwnerOf(const SChunkHeader& header) {
+    if (header.ownerFlag == 0 && header.ownerData == SChunkHeader{}.ownerData)
+        return std::nullopt;
+    return SOwnerFacts{header.ownerData, header.ownerFlag};
+}
+
+class CFactSearch {
+  public:
+    CFactSearch(const std::wstring& path, std::size_t threads) : m_path(path), m_threads(threads) {}
+
+    SFileFacts Run() {
+        m_facts.kind = FindLoadKind(m_path.substr(FolderPart(m_path).size()));
+        if (m_facts.kind == nullptr) {
+            Fail("is no coefficient file by its name");
+            return std::move(m_facts);
+        }
+        m_source.Open(m_path);
+        if (m_source.IsOpen())
+            LookAtHeader();
+        if (FindSize() && !LookAtStored())
+            LookAtMap();
+        if (m_source.HasOtherSize())
+            Fail("its size changed while it was read");
+        return std::move(m_facts);
+    }
+
+  private:
+    void LookAtHeader() {
+        m_facts.storedBytes = BytesToEnd(m_source.FirstByte());
+        const auto mark = ReadMark(m_source.FirstByte());
+        if (!mark)
+            return;
+        m_facts.content = FindKindByFormat(mark->format);
+        if (m_facts.content == nullptr)
+            return;
+        m_facts.version = mark->version;
+        if (m_facts.content != m_facts.kind)
+            m_facts.notes.push_back(
+                fmt::format("begins as a {} file", WideToShownUtf8(m_facts.content->extension)));
+        if (FindWordKind(*m_facts.content))
+            LookAtChunkHeader();
+    }
+
+    void LookAtChunkHeader() {
+        const auto header = ReadChunkHeader(m_source.FirstByte());
+        if (header)
+            m_facts.words = SWordFileFacts{.originX = header->originX,
+                                           .originY = header->originY,
+                                           .chunks = header->recordCount,
+                                           .hasExtraWords = HasExtraWords(*header),
+                                           .owner = OwnerOf(*header),
+                                           .storeDigest = std::nullopt};
+    }
+
+    bool FindSize() {
+        std::uint32_t width = 0;
+        std::uint32_t height = 0;
+        const CTransferReport report;
+        const Status status = m_source.Take([&](std::istream& stream) {
+            return m_facts.kind->readStreamSize(stream, width, height);
+        });
+        if (Failed(status) || report.HasReadFailed()) {
+            m_facts.problems = DescribeReadProblems(status, report);
+            return false;
+        }
+        m_facts.size = {width, height};
+        if (width > kLargestMapSide || height > kLargestMapSide)
+            Fail(fmt::format("its size {} x {} is above {} in one direction", width, height,
+                             kLargestMapSide));
+        else if (!CMemoryBudget::Process().HasRoomFor(Pixels() * Stored().elementBytes))
+            FailForMemory();
+        return m_facts.problems.empty();
+    }
+
+    /// Looks at the file in its own elements; false where only a map can tell what it holds.
+    bool LookAtStored() {
+        if (Stored().load == nullptr)
+            return false;
+        m_facts.rawBytes = Pixels() * Stored().elementBytes;
+        const CTransferReport report;
+        const SStoredLoad load = m_source.TakeOpen(
+            [&](std::istream& stream) { return Stored().load(stream, MostThreads(), {}); });
+        if (load.coef == nullptr)
+            return false;
+        Tell(load.status, report);
+        m_facts.covered = Failed(load.status) ? 0 : Pixels() - MissingPixels(report);
+        if (!Failed(load.status))
+            LookAtValues(*load.coef);
+        return true;
+    }
+
+    /// Two threads at least have something to do: the digest takes one for itself.
+    void LookAtValues(const CStoredCoef& coef) {
+        bool isMemoryRefused = false;
+        ShareOut(2, m_threads, [&](std::size_t part) noexcept {
+            if (part == 0 && m_facts.words)
+                m_facts.words->storeDigest = coef.StoreDigest();
+            if (part == 1)
+                isMemoryRefused = !TakeStatistics(coef);
+        });
+        if (isMemoryRefused)
+            throw std::bad_alloc();
+    }
+
+    template <class Coef>
+    bool TakeStatistics(const Coef& coef) noexcept {
+        try {
+            m_facts.statistics = StatisticsOf(coef, Stored().values, m_threads);
+            return true;
+        } catch (const std::bad_alloc&) {
+            return false;
+        }
+    }
+
+    void LookAtMap() {
+        CChromaCorrectCoef map;
+        map.Resize(static_cast<std::int32_t>(m_facts.size.width),
+                   static_cast<std::int32_t>(m_facts.size.height));
+        if (!map.IsEmpty() && !map.HasStorage()) {
+            FailForMemory();
+            return;
+        }
+        const CTransferReport report;
+        const Status status = m_source.Take(
+            [&](std::istream& stream) { return m_facts.kind->loadStream(map, stream); });
+        Tell(status, report);
+        if (!Failed(status) && report.FailedRead() == S_OK)
+            m_facts.statistics = StatisticsOf(map, Stored().values, m_threads);
+    }
+
+    void Tell(Status status, const CTransferReport& report) {
+        for (std::string& problem : DescribeReadProblems(status, report))
+            Fail(std::move(problem));
+        for (std::string& note : DescribeReadNotes(report))
+            m_facts.notes.push_back(std::move(note));
+        for (std::string& note : DescribeExtraWordProblems(report))
+            m_facts.notes.push_back(std::move(note));
+    }
+
+    std::uint64_t MissingPixels(const CTransferReport& report) const {
+        return std::min(report.MissingPixels(), Pixels());
+    }
+
+    std::uint64_t Pixels() const {
+        return static_cast<std::uint64_t>(m_facts.size.width) *
+               static_cast<std::uint64_t>(m_facts.size.height);
+    }
+
+    /// So many that what they have on their way stays below the file's own bytes.
+    std::size_t MostThreads() const {
+        constexpr std::uint64_t kOwnBytes = std::uint64_t{16} << 20; // for each
+        return static_cast<std::size_t>(
+            std::min<std::uint64_t>(m_threads, 1 + *m_facts.rawBytes / kOwnBytes));
+    }
+
+    const SStoredKind& Stored() const { return StoredKindOf(*m_facts.kind); }
+
+    void Fail(std::string problem) { m_facts.problems.push_back(std::move(problem)); }
+    void FailForMemory() {
+        Fail(fmt::format("not enough memory for {} x {} pixels", m_facts.size.width,
+                         m_facts.size.height));
+    }
+
+    const std::wstring& m_path;
+    const std::size_t m_threads;
+    CSourceFile m_source;
+    SFileFacts m_facts;
+};
+
+} // namespace
+
+SFileFacts FindFileFacts(const std::wstring& path, std::size_t threads) {
+    return CFactSearch(path, threads).Run();
+}
+
+} // namespace trevolt

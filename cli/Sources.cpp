@@ -1,0 +1,60 @@
+#include "cli/Sources.h"
+
+#include <algorithm>
+#include <thread>
+
+#include <fmt/format.h>
+
+#include "cli/Commands.h"
+#include "cli/OptionGroup.h"
+#include "cli/OptionValues.h"
+#include "cli/ShownText.h"
+#include "cli/Wildcards.h"
+#include "trevolt/Utf8.h"
+
+namespace trevolt {
+namespace {
+
+std::string NamesOf(const std::vector<std::wstring>& sources) {
+    std::vector<std::string> names;
+    for (const std::wstring& source : sources)
+        names.push_back(WideToShownUtf8(source));
+    return fmt::format("{}", fmt::join(names, ", "));
+}
+
+} // namespace
+
+std::vector<std::wstring> ParseSources(const std::string& place,
+                                       const std::vector<std::string>& words) {
+    std::vector<std::wstring> paths;
+    for (const std::string& word : words) {
+        const std::wstring path = ParseFor(place, "a file or folder", word, ParsePath);
+        const auto found =
+            kProgramsExpandWildcards ? ExpandWildcards(path) : std::vector<std::wstring>{path};
+        if (found.empty())
+            throw CLI::ValidationError(place, fmt::format("{} stands for no file or folder", word));
+        paths.insert(paths.end(), found.begin(), found.end());
+    }
+    return paths;
+}
+
+SCommandFiles FindCommandFiles(const std::vector<std::wstring>& sources, bool recursive) {
+    SCoefFiles found = FindCoefFiles({sources, recursive, {}});
+    for (const std::string& obstacle : found.obstacles)
+        Complain("{}", obstacle);
+    if (!found.obstacles.empty())
+        return {{}, found.isListingBroken ? kExitSomeFailed : kExitUsage};
+    for (const std::string& name : found.unnamable)
+        PrintLine(stderr, "{}: passed over: its name is not valid UTF-8", name);
+    if (found.files.empty() && found.unnamable.empty()) {
+        Complain("there is no coefficient file in {}", NamesOf(sources));
+        return {{}, kExitUsage};
+    }
+    return {std::move(found.files), found.unnamable.empty() ? kExitAllDone : kExitSomeFailed};
+}
+
+std::size_t DefaultThreads() {
+    return std::max<std::size_t>(std::thread::hardware_concurrency(), 1);
+}
+
+} // namespace trevolt
