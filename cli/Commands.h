@@ -21,5 +21,6 @@ void AddRotateCommand(CLI::App& program, int& exitStatus);
 void AddDemoCommand(CLI::App& program, int& exitStatus);
 void AddVerifyCommand(CLI::App& program, int& exitStatus);
 void AddInfoCommand(CLI::App& program, int& exitStatus);
+void AddDiffCommand(CLI::App& program, int& exitStatus);
 
 } // namespace trevolt

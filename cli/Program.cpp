@@ -43,6 +43,7 @@ std::unique_ptr<CLI::App> MakeProgram(int& exitStatus) {
     AddDemoCommand(*program, exitStatus);
     AddVerifyCommand(*program, exitStatus);
     AddInfoCommand(*program, exitStatus);
+    AddDiffCommand(*program, exitStatus);
     for (CLI::App* command : program->get_subcommands([](CLI::App*) { return true; })) {
         command->positionals_at_end(); // SOURCE leaves the last word to TARGET
         AddHelp(*command);

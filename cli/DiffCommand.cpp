@@ -1,0 +1,421 @@
+#include <charconv>
+#include <cmath>
+#include <map>
+#include <memory>
+
+#include "app/inspection/FileComparison.h"
+#include "cli/Commands.h"
+#include "cli/JsonLine.h"
+#include "cli/OptionGroup.h"
+#include "cli/OptionValues.h"
+#include "cli/ShownText.h"
+#include "cli/Sources.h"
+#include "platform/FileSystem.h"
+#include "trevolt/CoefRotation.h"
+#include "trevolt/FileKinds.h"
+#include "trevolt/Utf8.h"
+
+namespace trevolt {
+namespace {
+
+constexpr const char* kDiffNotes = R"(Examples:
+  trevolt-cli diff measured/Cab_01.9fcoef other/Cab_01.9bcoef --tolerance 0.002
+      whether bytes keep the values of floats to half a step
+  trevolt-cli diff --turned 90 measured turned
+      whether each file of turned is that of measured, turned by 90°
+  trevolt-cli diff a.9wcoef b.9wcoef --image apart.png
+      a picture of where the values are apart, and how far
+
+Exit states:
+  0    all is the same
+  1    something differs, or is on one side only
+  2    trouble: a file is damaged or cannot be read, or wrong usage)";
+
+constexpr int kExitSame = 0;
+constexpr int kExitDifferent = 1;
+
+struct SDiffOptions {
+    std::string a;
+    std::string b;
+    double tolerance = 0;
+    std::uint32_t turn = 0;
+    bool recursive = false;
+    std::wstring image;
+    bool overwrite = false;
+    bool noSync = false;
+    bool json = false;
+};
+
+double ParseTolerance(const std::string& text) {
+    double value = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, value);
+    if (error != std::errc{} || stop != end || !std::isfinite(value) || value < 0)
+        throw std::invalid_argument(
+            fmt::format("{} is no tolerance: give a number from 0 on, as 0.001", text));
+    return value;
+}
+
+/// The text that `rotate` puts into the names of files that it turns by a known code.
+std::wstring AngleText(std::uint32_t code) {
+    for (const SAngle& angle : kAngles)
+        if (angle.code == code)
+            return std::wstring(angle.text);
+    return {};
+}
+
+/// The name that the other side has for a file.
+std::wstring CounterpartOf(const std::wstring& name, std::uint32_t turn) {
+    const std::size_t folder = name.rfind(kFolderSlash) + 1; // npos + 1 is 0
+    return turn == 0 ? name
+                     : name.substr(0, folder) +
+                           ExportName(std::wstring_view(name).substr(folder), AngleText(turn));
+}
+
+enum class EPairStatus { Same, Different, Trouble, OnlyA, OnlyB };
+
+EPairStatus StatusOf(const SFileComparison& comparison) {
+    if (!comparison.problems.empty())
+        return EPairStatus::Trouble;
+    return comparison.IsSame() ? EPairStatus::Same : EPairStatus::Different;
+}
+
+struct SDiffCounts {
+    std::size_t same = 0;
+    std::size_t different = 0;
+    std::size_t onOneSide = 0;
+    std::size_t trouble = 0;
+
+    void Count(EPairStatus status) {
+        switch (status) {
+        case EPairStatus::Same:
+            ++same;
+            return;
+        case EPairStatus::Different:
+            ++different;
+            return;
+        case EPairStatus::Trouble:
+            ++trouble;
+            return;
+        case EPairStatus::OnlyA:
+        case EPairStatus::OnlyB:
+            ++onOneSide;
+            return;
+        }
+    }
+    int ExitStatus() const {
+        if (trouble != 0)
+            return kExitUsage;
+        return different + onOneSide == 0 ? kExitSame : kExitDifferent;
+    }
+};
+
+class CDiffPrinter {
+  public:
+    virtual ~CDiffPrinter() = default;
+    CDiffPrinter(const CDiffPrinter&) = delete;
+    CDiffPrinter& operator=(const CDiffPrinter&) = delete;
+
+    virtual void OnPair(const SComparedFiles& files, const SFileComparison& comparison) = 0;
+    /// A file without its counterpart; `status` says on which side it is.
+    virtual void OnSingle(const std::wstring& path, EPairStatus status) = 0;
+    virtual void OnEnd(const SDiffCounts& counts, bool areFolders) = 0;
+
+  protected:
+    CDiffPrinter() = default;
+};
+
+class CLineDiffPrinter final : public CDiffPrinter {
+  public:
+    void OnPair(const SComparedFiles& files, const SFileComparison& comparison) override {
+        for (const std::string& problem : comparison.problems)
+            PrintLine(stderr, "{}", problem);
+        if (comparison.problems.empty())
+            PrintAnswer(files, comparison);
+        for (const std::string& note : comparison.notes)
+            PrintLine(stdout, "  note: {}", note);
+    }
+
+    void OnSingle(const std::wstring& path, EPairStatus status) override {
+        PrintLine(stdout, "{}: {}", WideToShownUtf8(path),
+                  status == EPairStatus::OnlyA ? "the second folder has no file for it"
+                                               : "the first folder has no file for it");
+    }
+
+    void OnEnd(const SDiffCounts& counts, bool areFolders) override {
+        if (areFolders)
+            PrintLine(stdout, "{} same, {} different, {} on one side only, {} with problems",
+                      counts.same, counts.different, counts.onOneSide, counts.trouble);
+    }
+
+  private:
+    static void PrintAnswer(const SComparedFiles& files, const SFileComparison& comparison) {
+        const std::string turned =
+            files.turnOfA == 0 ? "" : " turned by " + WideToShownUtf8(AngleText(files.turnOfA));
+        const std::string pair =
+            fmt::format("{}{} and {}", WideToShownUtf8(files.a), turned, WideToShownUtf8(files.b));
+        if (!comparison.difference) {
+            PrintLine(stdout, "{} differ in size: {} x {} and {} x {} pixels", pair,
+                      comparison.sizeOfA->width, comparison.sizeOfA->height,
+                      comparison.sizeOfB->width, comparison.sizeOfB->height);
+            return;
+        }
+        const SCoefDifference& difference = *comparison.difference;
+        const std::string within =
+            files.tolerance == 0 ? "" : fmt::format(" within {}", files.tolerance);
+        if (comparison.IsSame())
+            PrintLine(stdout, "{} are the same{}: {} pixels", pair, within, difference.pixels);
+        else
+            PrintLine(stdout, "{} differ: {} of {} pixels{}", pair, difference.differing,
+                      difference.pixels,
+                      files.tolerance == 0 ? "" : fmt::format(" by more than {}", files.tolerance));
+        if (difference.differing != 0)
+            PrintValues(difference);
+    }
+
+    static void PrintValues(const SCoefDifference& difference) {
+        PrintLine(stdout, "  {:<7}{:>12}{:>13}{:>13}  {:<16}{:>13}", "value", "pixels", "mean",
+                  "most", "at", "one no number");
+        for (std::size_t k = 0; k < difference.values.size(); ++k) {
+            const SValueDifference& value = difference.values[k];
+            if (difference.compared.test(k))
+                PrintLine(stdout, "  {:<7}{:>12}{:>13.6g}{:>13.6g}  {:<16}{:>13}",
+                          fmt::format("m[{}]", k), value.differing, value.mean, value.most,
+                          value.most > 0 ? fmt::format("({}, {})", value.mostAt.x, value.mostAt.y)
+                                         : "-",
+                          value.oneNan);
+        }
+    }
+};
+
+/// Prints one object a pair, and a summary (docs/diff.md).
+class CJsonDiffPrinter final : public CDiffPrinter {
+  public:
+    void OnPair(const SComparedFiles& files, const SFileComparison& comparison) override {
+        Json object =
+            Pair(WideToShownUtf8(files.a), WideToShownUtf8(files.b), StatusOf(comparison));
+        object["turned"] = 90 * static_cast<int>(files.turnOfA);
+        object["tolerance"] = files.tolerance;
+        object["size_a"] = SizeOf(comparison.sizeOfA);
+        object["size_b"] = SizeOf(comparison.sizeOfB);
+        object["problems"] = comparison.problems;
+        object["notes"] = comparison.notes;
+        if (comparison.difference)
+            AddDifference(*comparison.difference, object);
+        PrintObject(object);
+    }
+
+    void OnSingle(const std::wstring& path, EPairStatus status) override {
+        const std::string name = WideToShownUtf8(path);
+        const bool isA = status == EPairStatus::OnlyA;
+        PrintObject(
+            Pair(isA ? Json(name) : Json(nullptr), isA ? Json(nullptr) : Json(name), status));
+    }
+
+    void OnEnd(const SDiffCounts& counts, bool /*areFolders*/) override {
+        PrintObject({{"type", "summary"},
+                     {"version", kJsonVersion},
+                     {"exit_status", counts.ExitStatus()},
+                     {"same", counts.same},
+                     {"different", counts.different},
+                     {"on_one_side", counts.onOneSide},
+                     {"trouble", counts.trouble}});
+    }
+
+  private:
+    static const char* NameOf(EPairStatus status) {
+        switch (status) {
+        case EPairStatus::Same:
+            return "same";
+        case EPairStatus::Different:
+            return "different";
+        case EPairStatus::Trouble:
+            return "trouble";
+        case EPairStatus::OnlyA:
+            return "only_a";
+        case EPairStatus::OnlyB:
+            break;
+        }
+        return "only_b";
+    }
+
+    /// With all keys; those that are not known yet are null.
+    static Json Pair(const Json& a, const Json& b, EPairStatus status) {
+        return {{"type", "pair"},
+                {"a", a},
+                {"b", b},
+                {"status", NameOf(status)},
+                {"turned", nullptr},
+                {"tolerance", nullptr},
+                {"size_a", nullptr},
+                {"size_b", nullptr},
+                {"pixels", nullptr},
+                {"different_pixels", nullptr},
+                {"values", nullptr},
+                {"problems", Json::array()},
+                {"notes", Json::array()}};
+    }
+
+    static Json SizeOf(const std::optional<PixelSize>& size) {
+        if (!size)
+            return nullptr;
+        return {{"width", size->width}, {"height", size->height}};
+    }
+
+    static void AddDifference(const SCoefDifference& difference, Json& object) {
+        object["pixels"] = difference.pixels;
+        object["different_pixels"] = difference.differing;
+        Json values = Json::array();
+        for (std::size_t k = 0; k < difference.values.size(); ++k) {
+            const SValueDifference& value = difference.values[k];
+            if (difference.compared.test(k))
+                values.push_back(
+                    {{"value", fmt::format("m[{}]", k)},
+                     {"different_pixels", value.differing},
+                     {"one_nan", value.oneNan},
+                     {"mean", value.mean}, // what is not finite becomes null
+                     {"most", value.most},
+                     {"most_at", value.most > 0 ? Json{{"x", value.mostAt.x}, {"y", value.mostAt.y}}
+                                                : Json(nullptr)}});
+        }
+        object["values"] = std::move(values);
+    }
+};
+
+class CDiff {
+  public:
+    explicit CDiff(const SDiffOptions& options)
+        : m_options(options), m_printer(std::make_unique<CLineDiffPrinter>()) {
+        if (options.json)
+            m_printer = std::make_unique<CJsonDiffPrinter>();
+    }
+
+    int Run() {
+        const std::wstring a = ParseFor("A", "a file or folder", m_options.a, ParsePath);
+        const std::wstring b = ParseFor("B", "a file or folder", m_options.b, ParsePath);
+        const bool areFolders = IsFolder(a) && IsFolder(b);
+        if (!IsPairable(a, b, areFolders))
+            return kExitUsage;
+        const SCommandFiles ofA = FindCommandFiles({a}, m_options.recursive);
+        const SCommandFiles ofB = FindCommandFiles({b}, m_options.recursive);
+        if (ofA.exitStatus != kExitAllDone || ofB.exitStatus != kExitAllDone)
+            return kExitUsage;
+        if (areFolders)
+            DiffFolders(ofA.files, ofB.files);
+        else
+            DiffPair(a, b);
+        m_printer->OnEnd(m_counts, areFolders);
+        return m_counts.ExitStatus();
+    }
+
+  private:
+    /// Complains where not.
+    bool IsPairable(const std::wstring& a, const std::wstring& b, bool areFolders) const {
+        if (IsFolder(a) != IsFolder(b)) {
+            Complain("{} and {} are a file and a folder: give two files or two folders",
+                     m_options.a, m_options.b);
+            return false;
+        }
+        if (m_options.image.empty())
+            return true;
+        if (areFolders) {
+            Complain("--image is of two files: give no folders");
+            return false;
+        }
+        const std::string obstacle = DescribeOutputObstacle(Image(), {a, b});
+        if (!obstacle.empty())
+            Complain("{}", obstacle);
+        return obstacle.empty();
+    }
+
+    SOutputFile Image() const { return {m_options.image, m_options.overwrite, !m_options.noSync}; }
+
+    void DiffFolders(const std::vector<SCoefFileName>& ofA, const std::vector<SCoefFileName>& ofB) {
+        std::map<std::wstring_view, const SCoefFileName*> unmatched;
+        for (const SCoefFileName& file : ofB)
+            unmatched.emplace(file.name, &file);
+        for (const SCoefFileName& file : ofA) {
+            const auto counterpart = unmatched.find(CounterpartOf(file.name, m_options.turn));
+            if (counterpart == unmatched.end()) {
+                TellSingle(file, EPairStatus::OnlyA);
+                continue;
+            }
+            DiffPair(file.Path(), counterpart->second->Path());
+            unmatched.erase(counterpart);
+        }
+        for (const auto& [name, file] : unmatched)
+            TellSingle(*file, EPairStatus::OnlyB);
+    }
+
+    void TellSingle(const SCoefFileName& file, EPairStatus status) {
+        m_counts.Count(status);
+        m_printer->OnSingle(file.Path(), status);
+    }
+
+    void DiffPair(const std::wstring& a, const std::wstring& b) {
+        const SComparedFiles files{a, b, m_options.turn, m_options.tolerance};
+        SFileComparison comparison = CompareFiles(files, DefaultThreads());
+        if (!m_options.image.empty())
+            WriteImage(files, comparison);
+        m_counts.Count(StatusOf(comparison));
+        m_printer->OnPair(files, comparison);
+    }
+
+    /// What goes wrong is a problem of the comparison. Files of different sizes have no picture.
+    void WriteImage(const SComparedFiles& files, SFileComparison& comparison) const {
+        if (!comparison.problems.empty())
+            return;
+        if (!comparison.difference) {
+            comparison.notes.emplace_back("there is no picture of files that differ in size");
+            return;
+        }
+        const std::string problem =
+            WriteDifferencePicture(comparison, files, Image(), DefaultThreads());
+        if (!problem.empty())
+            comparison.problems.push_back(
+                fmt::format("{}: {}", WideToShownUtf8(m_options.image), problem));
+    }
+
+    const SDiffOptions& m_options;
+    std::unique_ptr<CDiffPrinter> m_printer;
+    SDiffCounts m_counts;
+};
+
+void AddOptions(CLI::App& command, SDiffOptions& options) {
+    for (const auto& [name, value] : {std::pair{"A", &options.a}, std::pair{"B", &options.b}})
+        command.add_option(name, *value, "A coefficient file, or a folder of them")
+            ->type_name("PATH")
+            ->group("Places")
+            ->required();
+    COptionGroup comparison(command, "Comparison");
+    comparison
+        .AddValue("--tolerance", "T", options.tolerance, ParseTolerance,
+                  "How far values may be apart that count as the same")
+        ->default_str("0");
+    comparison.AddValue("--turned", "90|180|270", options.turn, ParseAngle,
+                        "Compare A turned by so many degrees clockwise with B; of folders those "
+                        "files that rotate names so");
+    comparison.AddFlag("--recursive,-r", options.recursive,
+                       "Also compare what lies in folders of the folders");
+    COptionGroup outputs(command, "Outputs");
+    CLI::Option* const image =
+        outputs.AddValue("--image", "FILE", options.image, ParsePath,
+                         "New PNG file for a picture of how far the pixels are apart");
+    outputs.AddFlag("--overwrite", options.overwrite, kOverwriteHelp)->needs(image);
+    outputs.AddFlag("--no-sync", options.noSync, kNoSyncHelp)->needs(image);
+    COptionGroup report(command, "Report");
+    report.AddFlag("--json", options.json, "Print one JSON object a line, a summary last");
+}
+
+} // namespace
+
+void AddDiffCommand(CLI::App& program, int& exitStatus) {
+    const auto options = std::make_shared<SDiffOptions>();
+    CLI::App* command = program.add_subcommand(
+        "diff", "Compare coefficient files, of any kinds, or folders of them");
+    command->footer(kDiffNotes);
+    AddOptions(*command, *options);
+    command->callback([options, &exitStatus] { exitStatus = CDiff(*options).Run(); });
+}
+
+} // namespace trevolt
