@@ -42,6 +42,7 @@ std::unique_ptr<CLI::App> MakeProgram(int& exitStatus) {
     AddRotateCommand(*program, exitStatus);
     AddDemoCommand(*program, exitStatus);
     AddVerifyCommand(*program, exitStatus);
+    AddPreviewCommand(*program, exitStatus);
     AddInfoCommand(*program, exitStatus);
     AddDiffCommand(*program, exitStatus);
     for (CLI::App* command : program->get_subcommands([](CLI::App*) { return true; })) {

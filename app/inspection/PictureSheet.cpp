@@ -17,7 +17,8 @@ constexpr int kTitleBaseline = 40;
 constexpr int kSubtitleBaseline = 64;
 
 // Below the content, each from the one before.
-constexpr int kLegendGap = 34; ///< to the baseline of its text
+constexpr int kContentAside = 8; ///< that frames and marks around it take
+constexpr int kLegendGap = 26;   ///< to the baseline of its text
 constexpr int kScaleGap = 10;
 constexpr int kScaleHeight = 18;
 constexpr int kTickLength = 6;
@@ -72,14 +73,14 @@ std::string ScaleText(const std::string& quantity, const SPaintedValues& painted
 PixelSize CPictureSheet::RoomOf(int width) {
     const int height = width * 5 / 8;
     return {std::max(width - 2 * kMargin, 1),
-            std::max(height - kHeaderHeight - kLegendHeight - kMargin, 1)};
+            std::max(height - kHeaderHeight - kContentAside - kLegendHeight - kMargin, 1)};
 }
 
 CPictureSheet::CPictureSheet(SSheetText text, int contentWidth, int contentHeight, int width)
     : m_text(std::move(text)),
       m_picture(2 * kMargin +
                     std::max(contentWidth, std::min(kNarrowestContent, width - 2 * kMargin)),
-                kHeaderHeight + contentHeight, ink::kPaper) {
+                kHeaderHeight + contentHeight + kContentAside, ink::kPaper) {
     PaintHeader();
 }
 

@@ -19,9 +19,11 @@ struct SValueName {
 
 constexpr std::array kValueNames = {
     SValueName{"BYTES", EFilling::Free},
+    SValueName{"COLUMNSxROWS", EFilling::Free},
     SValueName{"FILE", EFilling::File},
     SValueName{"FOLDER", EFilling::Folder},
     SValueName{"I/N", EFilling::Free},
+    SValueName{"LOW,HIGH", EFilling::Free},
     SValueName{"N", EFilling::Free},
     SValueName{"PATH", EFilling::File},
     SValueName{"TABLE", EFilling::File},

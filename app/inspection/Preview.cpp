@@ -1,0 +1,185 @@
+#include "app/inspection/Preview.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "app/inspection/NaturalOrder.h"
+#include "app/inspection/PngFile.h"
+#include "app/rotation/CoefFile.h"
+#include "platform/FileSystem.h"
+#include "trevolt/TransferReport.h"
+#include "trevolt/Utf8.h"
+
+namespace trevolt {
+namespace {
+
+std::wstring LastName(const std::wstring& path) { return path.substr(FolderPart(path).size()); }
+
+/// The size that a file tells, or 0 × 0; why it tells none is told when it is loaded.
+PixelSize ToldSize(const std::wstring& path) {
+    const SFileKind* const kind = FindLoadKind(LastName(path));
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    const CTransferReport report;
+    if (kind == nullptr || Failed(kind->readSize(path.c_str(), width, height)))
+        return {};
+    return std::max(width, height) <= kLargestMapSide ? PixelSize{width, height} : PixelSize{};
+}
+
+SPreviewGrid SquareGrid(std::size_t files) {
+    const int columns = static_cast<int>(std::ceil(std::sqrt(static_cast<double>(files))));
+    return {columns, static_cast<int>((files + static_cast<std::size_t>(columns) - 1) /
+                                      static_cast<std::size_t>(columns))};
+}
+
+class CPreviewRun {
+  public:
+    CPreviewRun(const SPreviewRequest& request, const std::atomic<bool>& interrupted,
+                CPreviewListener& listener)
+        : m_request(request),
+          m_interrupted(interrupted),
+          m_listener(listener),
+          m_files(request.files) {}
+
+    SPreviewOutcome Run() {
+        std::sort(m_files.begin(), m_files.end(),
+                  [](const SCoefFileName& a, const SCoefFileName& b) {
+                      return IsBeforeNaturally(a.Path(), b.Path());
+                  });
+        if (!ChooseGrid() || !CheckOutput())
+            return std::move(m_outcome);
+        if (m_files.size() == 1 && !m_request.grid)
+            ShowOne();
+        else
+            ShowWall();
+        End();
+        return std::move(m_outcome);
+    }
+
+  private:
+    void Refuse(std::string error) { m_outcome.errors.push_back(std::move(error)); }
+
+    bool CheckOutput() {
+        std::vector<std::wstring> inputs;
+        for (const SCoefFileName& file : m_files)
+            inputs.push_back(file.Path());
+        const std::string obstacle = DescribeOutputObstacle(m_request.output, inputs);
+        if (obstacle.empty())
+            return true;
+        Refuse(fmt::format("{}: {}", OutputName(), obstacle));
+        m_outcome.end = EPreviewEnd::SomeFailed;
+        return false;
+    }
+
+    bool ChooseGrid() {
+        m_outcome.grid = m_request.grid.value_or(SquareGrid(m_files.size()));
+        const SPreviewGrid& grid = m_outcome.grid;
+        if (m_request.turnCode != 0 && (m_files.size() > 1 || m_request.grid))
+            Refuse(fmt::format("a turn is shown of a single file, and here are {}: give one",
+                               m_files.size()));
+        else if (m_files.size() >
+                 static_cast<std::size_t>(grid.columns) * static_cast<std::size_t>(grid.rows))
+            Refuse(fmt::format("{} files do not fit into a grid of {} x {}: give a larger one",
+                               m_files.size(), grid.columns, grid.rows));
+        else if (std::max(grid.columns, grid.rows) > kMostGridSide)
+            Refuse(fmt::format("{} files are too many for one picture", m_files.size()));
+        return m_outcome.errors.empty();
+    }
+
+    /// Loads a file; the map is null when it has a problem, which `told` has then.
+    std::unique_ptr<CChromaCorrectCoef> Load(const SCoefFileName& file, SPreviewedFile& told) {
+        SCoefLoad load = LoadCoefFile(file.Path());
+        told.name = WideToShownUtf8(file.name);
+        told.size = load.size;
+        told.problems = std::move(load.problems);
+        told.notes = std::move(load.notes);
+        if (load.kind != nullptr)
+            told.kind = WideToShownUtf8(load.kind->extension.substr(1));
+        if (told.problems.empty() && (load.map == nullptr || load.map->IsEmpty()))
+            told.problems.emplace_back("it has no pixels");
+        return told.problems.empty() ? std::move(load.map) : nullptr;
+    }
+
+    void Tell(const SPreviewedFile& file) { m_listener.OnFile(file); }
+
+    void TakeFound(const SPaintedValues& values, SPreviewedFile& told) {
+        ++m_outcome.shown;
+        told.found = values.found;
+        told.notFinite = values.notFinite;
+    }
+
+    void ShowOne() {
+        SPreviewedFile told;
+        const auto map = Load(m_files.front(), told);
+        std::optional<SValuePicture> picture;
+        if (map == nullptr) {
+            ++m_outcome.failed;
+        } else {
+            picture = PaintMap(*map, {told.name, told.kind}, m_request.style, m_request.turnCode);
+            TakeFound(picture->values, told);
+        }
+        Tell(told);
+        if (picture)
+            Write(*picture);
+    }
+
+    void ShowWall() {
+        std::vector<CWallPicture::SCabinet> cabinets;
+        for (const SCoefFileName& file : m_files)
+            cabinets.push_back({WideToShownUtf8(LastName(file.name)), ToldSize(file.Path())});
+        CWallPicture wall(cabinets, m_outcome.grid.columns, m_outcome.grid.rows, m_request.style);
+        for (std::size_t i = 0; i < m_files.size() && !m_interrupted; ++i) {
+            SPreviewedFile told;
+            const auto map = Load(m_files[i], told);
+            if (map != nullptr && told.size != cabinets[i].size)
+                told.problems.emplace_back("its size changed while it was read");
+            if (told.problems.empty())
+                TakeFound(wall.Take(i, *map), told);
+            else
+                ++m_outcome.failed;
+            Tell(told);
+        }
+        if (!m_interrupted && m_outcome.shown > 0)
+            Write(wall.Paint(m_request.title));
+    }
+
+    std::string OutputName() const { return WideToShownUtf8(m_request.output.path); }
+
+    void Write(const SValuePicture& picture) {
+        const std::string problem =
+            WriteOutputFile(m_request.output, [&](const std::wstring& path) {
+                return WritePngFile(picture.picture, path);
+            });
+        if (!problem.empty())
+            return Refuse(fmt::format("{}: {}", OutputName(), problem));
+        m_outcome.values = picture.values;
+        m_outcome.size = {picture.picture.Width(), picture.picture.Height()};
+    }
+
+    void End() {
+        if (m_interrupted && !m_outcome.values)
+            m_outcome.end = EPreviewEnd::Interrupted;
+        else if (m_outcome.failed > 0 || !m_outcome.values)
+            m_outcome.end = EPreviewEnd::SomeFailed;
+        else
+            m_outcome.end = EPreviewEnd::Written;
+    }
+
+    const SPreviewRequest& m_request;
+    const std::atomic<bool>& m_interrupted;
+    CPreviewListener& m_listener;
+    std::vector<SCoefFileName> m_files;
+    SPreviewOutcome m_outcome;
+};
+
+} // namespace
+
+SPreviewOutcome RunPreview(const SPreviewRequest& request, const std::atomic<bool>& interrupted,
+                           CPreviewListener& listener) {
+    return CPreviewRun(request, interrupted, listener).Run();
+}
+
+} // namespace trevolt

@@ -1,0 +1,364 @@
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include "app/inspection/Preview.h"
+#include "cli/Commands.h"
+#include "cli/JsonLine.h"
+#include "cli/OptionGroup.h"
+#include "cli/OptionValues.h"
+#include "cli/ShownText.h"
+#include "cli/Sources.h"
+#include "platform/FileSystem.h"
+#include "platform/Process.h"
+#include "trevolt/Utf8.h"
+
+namespace trevolt {
+namespace {
+
+constexpr const char* kPreviewNotes = R"(Examples:
+  trevolt-cli preview measured/Cab_01.9fcoef cabinet.png
+      shows how bright each pixel makes white
+  trevolt-cli preview --turned 90 measured/Cab_01.9fcoef turn.png
+      the same before and after a turn
+  trevolt-cli preview --grid 4x3 measured wall.png
+      the cabinets of a folder as they hang, row by row, at one scale
+
+Exit states:
+  0    the picture is written and shows all files
+  1    some file is damaged, or the picture could not be written
+  2    wrong usage, or nothing to do; nothing was written
+  130  interrupted; nothing was written)";
+
+struct SPreviewOptions {
+    std::vector<std::string> sources;
+    std::wstring picture;
+    SMapView view;
+    std::optional<EColourScale> scale;
+    std::optional<SValueRange> range;
+    std::uint32_t turnCode = 0;
+    std::optional<SPreviewGrid> grid;
+    int width = kPictureWidth;
+    bool recursive = false;
+    bool overwrite = false;
+    bool noSync = false;
+    bool json = false;
+};
+
+constexpr const char* kViewNames = "brightness|colour|m00|m01|m02|m10|m11|m12|m20|m21|m22";
+
+[[noreturn]] void RefuseValue(const std::string& problem) { throw std::invalid_argument(problem); }
+
+SMapView ParseView(const std::string& text) {
+    if (text == "brightness")
+        return {EMapView::Brightness, 0};
+    if (text == "colour")
+        return {EMapView::White, 0};
+    const auto isIndex = [](char c) { return c >= '0' && c <= '2'; };
+    if (text.size() != 3 || text[0] != 'm' || !isIndex(text[1]) || !isIndex(text[2]))
+        RefuseValue(fmt::format("{} is no view: give brightness, colour or a coefficient, m00 to "
+                                "m22",
+                                text));
+    return {EMapView::Coefficient,
+            static_cast<std::size_t>(text[1] - '0') * 3 + static_cast<std::size_t>(text[2] - '0')};
+}
+
+EColourScale ParseScale(const std::string& text) {
+    if (text == "grey")
+        return EColourScale::Grey;
+    if (text != "false-colour")
+        RefuseValue(fmt::format("{} is no scale: give false-colour or grey", text));
+    return EColourScale::FalseColour;
+}
+
+/// The number that the whole text is; nothing for any other.
+template <class Number>
+std::optional<Number> NumberOf(std::string_view text) {
+    Number number{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc{} || end != text.data() + text.size())
+        return std::nullopt;
+    return number;
+}
+
+/// The numbers on both sides of the first of `separators`.
+template <class Number>
+std::array<std::optional<Number>, 2> NumberPair(std::string_view text,
+                                                std::string_view separators) {
+    const std::size_t place = text.find_first_of(separators);
+    if (place == std::string_view::npos)
+        return {};
+    return {NumberOf<Number>(text.substr(0, place)), NumberOf<Number>(text.substr(place + 1))};
+}
+
+SValueRange ParseRange(const std::string& text) {
+    const auto [low, high] = NumberPair<double>(text, ",");
+    constexpr double kLargest = 1e38; // of what a file's values can be, with room for a difference
+    if (!low || !high || !(std::abs(*low) <= kLargest) || !(std::abs(*high) <= kLargest))
+        RefuseValue(fmt::format("{} is no range: give LOW,HIGH as 0.8,1.2", text));
+    constexpr double kNarrowest = 1e-9; // of the numbers themselves; ticks could not be told apart
+    if (!(*high - *low > kNarrowest * std::max(std::abs(*low), std::abs(*high))))
+        RefuseValue(fmt::format("{} is empty or too narrow: give a LOW that is below HIGH", text));
+    return {*low, *high};
+}
+
+SPreviewGrid ParseGrid(const std::string& text) {
+    const auto [columns, rows] = NumberPair<int>(text, "xX");
+    if (!columns || !rows || std::min(*columns, *rows) < 1)
+        RefuseValue(fmt::format("{} is no grid: give COLUMNSxROWS", text));
+    if (std::max(*columns, *rows) > kMostGridSide)
+        RefuseValue(fmt::format("{} is above {} in one direction", text, kMostGridSide));
+    return {*columns, *rows};
+}
+
+int ParseWidth(const std::string& text) {
+    constexpr int kLeast = 200;
+    constexpr int kMost = 16384;
+    const auto width = NumberOf<int>(text);
+    if (!width || *width < kLeast || *width > kMost)
+        RefuseValue(fmt::format("{} is no width: give {} to {} pixels", text, kLeast, kMost));
+    return *width;
+}
+
+/// A name without the ending may be a coefficient file's, where the picture was forgotten.
+std::wstring ParsePicture(const std::string& text) {
+    std::wstring path = ParsePath(text);
+    constexpr std::string_view kEnding = ".png";
+    std::string ending = text.substr(text.size() - std::min(text.size(), kEnding.size()));
+    std::transform(ending.begin(), ending.end(), ending.begin(), [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    });
+    if (ending != kEnding)
+        RefuseValue(fmt::format("{} does not end in .png: give the picture's name last", text));
+    return path;
+}
+
+void AddPicture(CLI::App& command, SPreviewOptions& options) {
+    COptionGroup group(command, "Picture");
+    group
+        .AddValue("--view", kViewNames, options.view, ParseView,
+                  "What is shown: the brightness or the colour that pixels have for white, or one "
+                  "coefficient of their matrices by its row and column")
+        ->default_str("brightness");
+    group
+        .AddValue("--scale", "false-colour|grey", options.scale, ParseScale,
+                  "Colours of brightness or coefficient")
+        ->default_str("false-colour");
+    group
+        .AddValue("--range", "LOW,HIGH", options.range, ParseRange,
+                  "Values at the ends of the scale; those beyond have the colours of the ends")
+        ->default_str("the smallest and the largest shown");
+    CLI::Option* const turned =
+        group.AddValue("--turned", "90|180|270", options.turnCode, ParseAngle,
+                       "Show a single map before and after a clockwise turn in degrees");
+    group
+        .AddValue("--grid", "COLUMNSxROWS", options.grid, ParseGrid,
+                  "How cabinets stand in the wall; they fill it row by row, Cab_2 before Cab_10")
+        ->default_str("about square")
+        ->excludes(turned);
+    group
+        .AddValue("--width", "N", options.width, ParseWidth,
+                  "Pixels that the picture may be wide; it is up to five eighths of that high")
+        ->default_str(std::to_string(kPictureWidth));
+}
+
+void AddPreviewOptions(CLI::App& command, SPreviewOptions& options) {
+    command
+        .add_option("SOURCE", options.sources,
+                    "Coefficient files, folders of them, or both; the program itself replaces "
+                    "* and ? on Windows")
+        ->type_name("PATH")
+        ->group("Places")
+        ->required();
+    command
+        .add_option_function<std::string>(
+            "PICTURE",
+            [&options](const std::string& text) {
+                options.picture = ParseFor("PICTURE", "a file", text, ParsePicture);
+            },
+            "PNG file for the picture; its folder must exist")
+        ->type_name("FILE")
+        ->group("Places")
+        ->required();
+    AddPicture(command, options);
+    COptionGroup inputs(command, "Inputs");
+    inputs.AddFlag("--recursive,-r", options.recursive,
+                   "Also show what lies in folders of the folders");
+    COptionGroup outputs(command, "Outputs");
+    outputs.AddFlag("--overwrite", options.overwrite, kOverwriteHelp);
+    outputs.AddFlag("--no-sync", options.noSync, kNoSyncHelp);
+    COptionGroup report(command, "Report");
+    report.AddFlag("--json", options.json, "Print one JSON object a line, a summary last");
+}
+
+int ExitStatusOf(EPreviewEnd end) {
+    switch (end) {
+    case EPreviewEnd::Written:
+        return kExitAllDone;
+    case EPreviewEnd::SomeFailed:
+        return kExitSomeFailed;
+    case EPreviewEnd::Interrupted:
+        return kExitInterrupted;
+    case EPreviewEnd::Misused:
+        break;
+    }
+    return kExitUsage;
+}
+
+const char* EndNameOf(EPreviewEnd end) {
+    switch (end) {
+    case EPreviewEnd::Written:
+        return "done";
+    case EPreviewEnd::SomeFailed:
+        return "failed";
+    case EPreviewEnd::Interrupted:
+        return "interrupted";
+    case EPreviewEnd::Misused:
+        break;
+    }
+    return "nothing_to_do";
+}
+
+class CPreviewPrinter : public CPreviewListener {
+  public:
+    virtual void OnEnd(const SPreviewOutcome& outcome, int exitStatus) = 0;
+};
+
+class CPreviewLines : public CPreviewPrinter {
+  public:
+    explicit CPreviewLines(const SPreviewRequest& request) : m_request(request) {}
+
+    void OnFile(const SPreviewedFile& file) override {
+        for (const std::string& problem : file.problems)
+            PrintLine(stderr, "{}: {}", file.name, problem);
+        for (const std::string& note : file.notes)
+            PrintLine(stdout, "{}: {}", file.name, note);
+    }
+
+    void OnEnd(const SPreviewOutcome& outcome, int) override {
+        for (const std::string& error : outcome.errors)
+            Complain("{}", error);
+        if (outcome.end == EPreviewEnd::Interrupted)
+            PrintLine(stdout, "interrupted, no picture written");
+        if (outcome.values)
+            PrintLine(stdout, "{}: {} x {} pixels, {} file{} shown, {} failed",
+                      WideToShownUtf8(m_request.output.path), outcome.size.width,
+                      outcome.size.height, outcome.shown, outcome.shown == 1 ? "" : "s",
+                      outcome.failed);
+    }
+
+  private:
+    const SPreviewRequest& m_request;
+};
+
+class CPreviewObjects : public CPreviewPrinter {
+  public:
+    explicit CPreviewObjects(const SPreviewRequest& request) : m_request(request) {}
+
+    void OnFile(const SPreviewedFile& file) override {
+        PrintObject({{"type", "file"},
+                     {"name", file.name},
+                     {"status", file.problems.empty() ? "shown" : "failed"},
+                     {"kind", TextOrNull(file.kind)},
+                     {"size", SizeOrNull(file.size)},
+                     {"low", file.found ? Json(file.found->low) : Json(nullptr)},
+                     {"high", file.found ? Json(file.found->high) : Json(nullptr)},
+                     {"not_finite", file.notFinite},
+                     {"problems", file.problems},
+                     {"notes", file.notes}});
+    }
+
+    void OnEnd(const SPreviewOutcome& outcome, int exitStatus) override {
+        Json summary{
+            {"type", "summary"},         {"version", kJsonVersion}, {"end", EndNameOf(outcome.end)},
+            {"exit_status", exitStatus}, {"picture", nullptr},      {"shown", outcome.shown},
+            {"failed", outcome.failed},  {"errors", outcome.errors}};
+        if (outcome.values)
+            summary["picture"] = PictureObject(outcome);
+        PrintObject(summary);
+    }
+
+  private:
+    Json PictureObject(const SPreviewOutcome& outcome) const {
+        const SPaintedValues& values = *outcome.values;
+        return {{"path", WideToShownUtf8(m_request.output.path)},
+                {"size", SizeOrNull(outcome.size)},
+                {"columns", outcome.grid.columns},
+                {"rows", outcome.grid.rows},
+                {"view", MapViewText(m_request.style.view)},
+                {"scale_low", values.range.low},
+                {"scale_high", values.range.high},
+                {"cells", values.cells},
+                {"cells_below", values.below},
+                {"cells_above", values.above},
+                {"not_finite", values.notFinite}};
+    }
+
+    const SPreviewRequest& m_request;
+};
+
+/// The last name in a path, whose separator at the end does not count.
+std::wstring LastNameOf(std::wstring path) {
+    while (path.size() > 1 && FolderPart(path) == path)
+        path.pop_back();
+    return path.substr(FolderPart(path).size());
+}
+
+/// The folder's name, or the picture's where there are several sources.
+std::string TitleOf(const std::vector<std::wstring>& sources, const std::wstring& picture) {
+    if (sources.size() == 1)
+        return WideToShownUtf8(LastNameOf(sources.front()));
+    const std::wstring name = LastNameOf(picture);
+    return WideToShownUtf8(name.substr(0, name.rfind(L'.')));
+}
+
+void CheckTogether(const SPreviewOptions& options) {
+    if (options.view.what == EMapView::White && options.scale)
+        throw CLI::ValidationError(
+            "--scale", "the colour for white has no other colours: leave it out, or give --view");
+}
+
+int Preview(const SPreviewOptions& options) {
+    CheckTogether(options);
+    const auto sources = ParseSources("SOURCE", options.sources);
+    SCommandFiles found = FindCommandFiles(sources, options.recursive);
+    if (found.files.empty())
+        return found.exitStatus;
+    const SPreviewRequest request{std::move(found.files),
+                                  TitleOf(sources, options.picture),
+                                  {options.picture, options.overwrite, !options.noSync},
+                                  {options.view, options.scale.value_or(EColourScale::FalseColour),
+                                   options.range, options.width, DefaultThreads()},
+                                  options.turnCode,
+                                  options.grid};
+    std::unique_ptr<CPreviewPrinter> printer = std::make_unique<CPreviewLines>(request);
+    if (options.json)
+        printer = std::make_unique<CPreviewObjects>(request);
+    const SPreviewOutcome outcome = RunPreview(request, CatchInterrupts(), *printer);
+    const int exitStatus =
+        outcome.end == EPreviewEnd::Written ? found.exitStatus : ExitStatusOf(outcome.end);
+    printer->OnEnd(outcome, exitStatus);
+    return exitStatus;
+}
+
+} // namespace
+
+void AddPreviewCommand(CLI::App& program, int& exitStatus) {
+    const auto options = std::make_shared<SPreviewOptions>();
+    CLI::App* command = program.add_subcommand("preview", "Show coefficient files in a picture");
+    command->footer(kPreviewNotes);
+    AddPreviewOptions(*command, *options);
+    command->callback([options, &exitStatus] { exitStatus = Preview(*options); });
+}
+
+} // namespace trevolt
