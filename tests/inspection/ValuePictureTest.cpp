@@ -1,0 +1,116 @@
+#include "app/inspection/ValuePicture.h"
+
+#include <limits>
+
+#include <gtest/gtest.h>
+
+#include "tests/inspection/PictureParts.h"
+
+namespace trevolt {
+namespace {
+
+using test::kContentLeft;
+using test::kContentTop;
+
+SValuePictureStyle Style() {
+    SValuePictureStyle style;
+    style.text = {"Title", "Subtitle", "Quantity"};
+    return style;
+}
+
+TEST(ValuePicture, DrawsFewValuesLarge) {
+    const std::vector<float> values{0, 1, 2, 3, 4, 5};
+    const SValuePicture shown = PaintValues(values, 3, 2, Style());
+    const CColourScale scale(EColourScale::FalseColour);
+    constexpr int kSide = 64;
+    for (int y = 0; y < 2 * kSide; ++y)
+        for (int x = 0; x < 3 * kSide; ++x) {
+            const int value = x / kSide + 3 * (y / kSide);
+            ASSERT_EQ(shown.picture.At(kContentLeft + x, kContentTop + y), scale.At(value / 5.0))
+                << x << ", " << y;
+        }
+    EXPECT_EQ(shown.values.found, (SValueRange{0, 5}));
+    EXPECT_EQ(shown.values.range, (SValueRange{0, 5}));
+    EXPECT_EQ(shown.values.cells, 6U);
+}
+
+TEST(ValuePicture, FramesItsPlotOutside) {
+    const std::vector<float> values{0, 1};
+    const CPicture picture = PaintValues(values, 2, 1, Style()).picture;
+    for (const auto& [x, y] : {std::pair{-1, -1}, {128, 64}, {-1, 64}, {128, -1}, {50, 64}})
+        EXPECT_EQ(picture.At(kContentLeft + x, kContentTop + y), ink::kFrame) << x << ", " << y;
+    EXPECT_EQ(picture.At(kContentLeft - 2, kContentTop), ink::kPaper);
+}
+
+TEST(ValuePicture, DrawsManyValuesAsMeans) {
+    constexpr std::size_t kWidth = 4000;
+    constexpr std::size_t kHeight = 2;
+    std::vector<float> values(kWidth * kHeight);
+    for (std::size_t i = 0; i < values.size(); ++i)
+        values[i] = i % kWidth < kWidth / 2 ? 0.0F : 1.0F;
+    SValuePictureStyle style = Style();
+    style.width = 456; // room for 400
+    const SValuePicture shown = PaintValues(values, kWidth, kHeight, style);
+    EXPECT_EQ(shown.picture.Width(), 456);
+    const CColourScale scale(EColourScale::FalseColour);
+    EXPECT_EQ(shown.picture.At(kContentLeft + 199, kContentTop + 8), scale.At(0));
+    EXPECT_EQ(shown.picture.At(kContentLeft + 200, kContentTop + 8), scale.At(1));
+    EXPECT_EQ(shown.picture.At(kContentLeft + 399, kContentTop + 15), scale.At(1));
+    EXPECT_EQ(shown.picture.At(kContentLeft + 400, kContentTop + 8), ink::kFrame);
+    EXPECT_EQ(shown.values.cells, 400U);
+}
+
+TEST(ValuePicture, KeepsToTheWidthThatIsGiven) {
+    const std::vector<float> values(1000 * 700, 1.0F);
+    for (const int width : {200, 640, 1600}) {
+        SValuePictureStyle style = Style();
+        style.width = width;
+        const CPicture picture = PaintValues(values, 1000, 700, style).picture;
+        EXPECT_LE(picture.Width(), width);
+        EXPECT_LE(picture.Height(), std::max(width * 5 / 8, 212));
+    }
+}
+
+TEST(ValuePicture, NamesWhatIsNoNumberAndBeyondTheScale) {
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    SValuePictureStyle style = Style();
+    const std::vector<float> plain{0, 1, 2, 3};
+    const CPicture without = PaintValues(plain, 4, 1, style).picture;
+    EXPECT_EQ(test::CountOf(without, kNoNumberColour), 0);
+
+    const std::vector<float> odd{0, nan, 2, 3};
+    const SValuePicture with = PaintValues(odd, 4, 1, style);
+    EXPECT_EQ(with.values.notFinite, 1U);
+    const auto bounds =
+        test::BoundsOf(with.picture, [](SColour colour) { return colour == kNoNumberColour; });
+    ASSERT_TRUE(bounds);
+    EXPECT_GT(bounds->top + bounds->height, kContentTop + 64 + 60); // in the legend, too
+    EXPECT_GT(with.picture.Height(), without.Height());
+
+    style.range = SValueRange{1, 2};
+    const SValuePicture cut = PaintValues(plain, 4, 1, style);
+    EXPECT_EQ(cut.values.below, 1U);
+    EXPECT_EQ(cut.values.above, 1U);
+    EXPECT_GT(cut.picture.Height(), without.Height());
+}
+
+TEST(ValuePicture, ShowsDifferencesOnBothSidesOfZero) {
+    SValuePictureStyle style = Style();
+    style.scale = EColourScale::Diverging;
+    const std::vector<float> values{-1, 0, 3};
+    const SValuePicture shown = PaintValues(values, 3, 1, style);
+    EXPECT_EQ(shown.values.range, (SValueRange{-3, 3}));
+    const CColourScale scale(EColourScale::Diverging);
+    EXPECT_EQ(shown.picture.At(kContentLeft + 64, kContentTop), scale.At(0.5));
+}
+
+TEST(ValuePicture, ShowsValuesThatAreAllNoNumbers) {
+    const std::vector<float> values(3, std::numeric_limits<float>::quiet_NaN());
+    const SValuePicture shown = PaintValues(values, 3, 1, Style());
+    EXPECT_EQ(shown.values.found, std::nullopt);
+    EXPECT_EQ(shown.values.notFinite, 3U);
+    EXPECT_EQ(shown.picture.At(kContentLeft, kContentTop), kNoNumberColour);
+}
+
+} // namespace
+} // namespace trevolt
