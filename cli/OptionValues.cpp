@@ -9,7 +9,7 @@
 
 #include <fmt/format.h>
 
-#include "app/rotation/AngleTable.h"
+#include "app/rotation/MountingTable.h"
 #include "trevolt/Utf8.h"
 
 namespace trevolt {

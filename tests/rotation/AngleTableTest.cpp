@@ -36,6 +36,29 @@ TEST(AngleTable, TakesAHeadingInTheFirstRowOnly) {
     EXPECT_EQ(TableOf("a,90\nfile,angle\n").problems,
               Problems{"line 2: angle is no angle: give 0, 90, 180, 270, -90 or -180"});
     EXPECT_EQ(RowsOf("file,90\n"), L"file=1 ");
+    EXPECT_EQ(RowsOf("name,angle\na,90\n"), L"a=1 ");
+    EXPECT_EQ(RowsOf("Angle,File\n90,a\n"), L"a=1 ");
+    EXPECT_EQ(TableOf("file,file\n").problems,
+              Problems{"line 1: file is no angle: give 0, 90, 180, 270, -90 or -180"});
+}
+
+TEST(AngleTable, TakesTheAnglesOfALayout) {
+    EXPECT_EQ(RowsOf("file,x,y,angle\na,0,0,90\nb,160,0,0\n"), L"a=1 b=0 ");
+    EXPECT_EQ(RowsOf("name,angle,y,x\na,90,0,0\n"), L"a=1 ");
+    EXPECT_EQ(RowsOf("a,0,0,90\n*,,here,180\nc,270\n"), L"a=1 *=2 c=3 ");
+    EXPECT_EQ(TableOf("file,x,y\na,0,0\n").problems,
+              Problems{"line 1: the heading has no angle: give a file and its angle, with a comma "
+                       "between"});
+    EXPECT_EQ(TableOf("x,y,angle\n").problems,
+              Problems{"line 1: has 3 fields: give a file and its angle, with a comma between"});
+}
+
+TEST(AngleTable, NamesRowsOfAnotherNumberOfFieldsThanTheHeading) {
+    const SAngleTable table = TableOf("file,x,y,angle\na,90\nb,0,0,90\nc\n");
+    EXPECT_EQ(table.problems, (Problems{"line 2: has 2 fields, and the heading has 4",
+                                        "line 4: has 1 field, and the heading has 4"}));
+    ASSERT_EQ(table.rows.size(), 1U);
+    EXPECT_EQ(table.rows[0].name, L"b");
 }
 
 TEST(AngleTable, KeepsNamesAsTheyStand) {

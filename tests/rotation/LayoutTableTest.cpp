@@ -1,0 +1,82 @@
+#include "app/rotation/LayoutTable.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/TestFiles.h"
+
+namespace trevolt {
+namespace {
+
+using LayoutProblems = std::vector<std::string>;
+
+SMountingTable LayoutOf(std::string_view text) {
+    const test::CTemporaryFolder folder;
+    test::WriteText(folder.File(L"table.csv"), text);
+    return ReadLayoutTable(folder.File(L"table.csv"));
+}
+
+/// "file=x,y,code " a row.
+std::wstring LayoutRows(std::string_view text) {
+    const SMountingTable table = LayoutOf(text);
+    EXPECT_EQ(table.problems, LayoutProblems{});
+    std::wstring rows;
+    for (const SMountingRow& row : table.rows)
+        rows += row.name + L"=" + std::to_wstring(row.place.x) + L"," +
+                std::to_wstring(row.place.y) + L"," + std::to_wstring(row.code) + L" ";
+    return rows;
+}
+
+TEST(LayoutTable, ReadsPlacesAndAngles) {
+    EXPECT_EQ(LayoutRows("a,0,0\nb,160,90\n"), L"a=0,0,0 b=160,90,0 ");
+    EXPECT_EQ(LayoutRows("a,0,0,0\nb,1,2,90\nc,3,4,180\u00B0\nd,5,6,-90\n"),
+              L"a=0,0,0 b=1,2,1 c=3,4,2 d=5,6,3 ");
+    EXPECT_EQ(LayoutRows("a,0,0\nb, -65535 ,65535,270\n"), L"a=0,0,0 b=-65535,65535,3 ");
+}
+
+TEST(LayoutTable, TakesColumnsFromAHeading) {
+    EXPECT_EQ(LayoutRows("file,x,y,angle\na,1,2,90\n"), L"a=1,2,1 ");
+    EXPECT_EQ(LayoutRows("\xEF\xBB\xBF Name , X, Y\r\na,1,2\r\n"), L"a=1,2,0 ");
+    EXPECT_EQ(LayoutRows("angle,y,x,file\n180,7,8,a\n"), L"a=8,7,2 ");
+    EXPECT_EQ(LayoutOf("file,y,angle\na,1,90\n").problems,
+              LayoutProblems{"line 1: the heading has no x: give a file, its x and its y, and its "
+                             "angle where it is turned, with commas between"});
+    EXPECT_EQ(LayoutOf("file,x,angle\na,1,90\n").problems,
+              LayoutProblems{"line 1: the heading has no y: give a file, its x and its y, and its "
+                             "angle where it is turned, with commas between"});
+    EXPECT_EQ(LayoutOf("a,0,0\nfile,x,y\n").problems,
+              LayoutProblems{"line 2: x is no coordinate: give whole pixels, at most 65535"});
+}
+
+TEST(LayoutTable, NamesEveryLineThatIsWrong) {
+    const SMountingTable table =
+        LayoutOf("a,0,0\nb,1\nc,1,2,90,5\nd,1.5,2\ne,1,\nf,65536,0\ng,0,-65536\nh,+1,0\n"
+                 "i,0,0,45\n*,0,0\n,0,0\na,1,1\n\xFF,0,0\nj,0x1,0\nk,0,0,\n");
+    const std::string fields = ": give a file, its x and its y, and its angle where it is turned, "
+                               "with commas between";
+    const std::string coordinate = " is no coordinate: give whole pixels, at most 65535";
+    EXPECT_EQ(table.problems,
+              (LayoutProblems{
+                  "line 2: has 2 fields" + fields, "line 3: has 5 fields" + fields,
+                  "line 4: 1.5" + coordinate, "line 5: " + coordinate, "line 6: 65536" + coordinate,
+                  "line 7: -65536" + coordinate, "line 8: +1" + coordinate,
+                  "line 9: 45 is no angle: give 0, 90, 180, 270, -90 or -180",
+                  "line 10: * has no place: give every file a row of its own",
+                  "line 11: has no file: give its name", "line 12: a stands in line 1 already",
+                  "line 13: the file's name is not valid UTF-8: save the table as UTF-8",
+                  "line 14: 0x1" + coordinate,
+                  "line 15:  is no angle: give 0, 90, 180, 270, -90 or -180"}));
+    ASSERT_EQ(table.rows.size(), 1U);
+    EXPECT_EQ(table.rows[0].name, L"a");
+}
+
+TEST(LayoutTable, IsNothingWithoutARow) {
+    for (const char* text : {"", "\n\n", "file,x,y\n"})
+        EXPECT_EQ(LayoutOf(text).problems,
+                  LayoutProblems{"holds no row: give a file, its x and its y a line"});
+    const test::CTemporaryFolder folder;
+    EXPECT_EQ(ReadLayoutTable(folder.File(L"none")).problems,
+              LayoutProblems{"cannot be opened: No such file or directory"});
+}
+
+} // namespace
+} // namespace trevolt
