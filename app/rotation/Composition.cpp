@@ -1,0 +1,260 @@
+#include "app/rotation/Composition.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "app/rotation/LayoutTable.h"
+#include "app/rotation/MapRegion.h"
+#include "app/rotation/Obstacles.h"
+#include "app/rotation/RectCover.h"
+#include "app/rotation/StoredKinds.h"
+#include "coef/WordObjects.h"
+#include "platform/FileSystem.h"
+#include "trevolt/FileKinds.h"
+#include "trevolt/MemoryBudget.h"
+#include "trevolt/TransferProblems.h"
+#include "trevolt/Utf8.h"
+
+namespace trevolt {
+namespace {
+
+std::string ShownSize(const PixelSize& size) {
+    return fmt::format("{} x {}", size.width, size.height);
+}
+
+std::uint64_t CountOf(const PixelSize& size) {
+    return static_cast<std::uint64_t>(size.width) * static_cast<std::uint64_t>(size.height);
+}
+
+std::wstring FileNameOf(const std::wstring& path) { return path.substr(FolderPart(path).size()); }
+
+/// That the file tells; 0 × 0, with the problem told, where it tells none that a map can have.
+PixelSize OwnSizeOf(const std::wstring& path, std::vector<std::string>& problems) {
+    const SFileKind* const kind = FindLoadKind(FileNameOf(path));
+    if (kind == nullptr) {
+        problems.emplace_back("is no coefficient file by its name");
+        return {};
+    }
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    const CTransferReport report;
+    const Status status = kind->readSize(path.c_str(), width, height);
+    if (Failed(status) || report.HasReadFailed()) {
+        problems = DescribeReadProblems(status, report);
+        return {};
+    }
+    if (width > kLargestMapSide || height > kLargestMapSide)
+        problems.push_back(fmt::format("its size {} x {} is above {} in one direction", width,
+                                       height, kLargestMapSide));
+    else if (width == 0 || height == 0)
+        problems.emplace_back("has no pixels");
+    return problems.empty() ? PixelSize{width, height} : PixelSize{};
+}
+
+class CComposer {
+  public:
+    CComposer(const SCompositionRequest& request, const std::atomic<bool>& interrupted)
+        : m_request(request), m_interrupted(interrupted) {
+        m_result.files.resize(request.files.size());
+    }
+
+    SComposition Run() {
+        FindKinds();
+        if (HasErrors(ECompositionEnd::Refused))
+            return std::move(m_result);
+        FindRects();
+        if (HasFailures())
+            return std::move(m_result);
+        FindSize();
+        if (!HasErrors(ECompositionEnd::Refused))
+            CheckPlaces();
+        if (HasErrors(ECompositionEnd::Refused))
+            return std::move(m_result);
+        CheckOutput();
+        if (!HasErrors(ECompositionEnd::SomeFailed))
+            Compose();
+        return std::move(m_result);
+    }
+
+  private:
+    std::string NameOf(std::size_t i) const { return WideToShownUtf8(m_request.files[i].name); }
+
+    bool HasErrors(ECompositionEnd end) {
+        if (!m_result.errors.empty())
+            m_result.end = end;
+        return !m_result.errors.empty();
+    }
+
+    bool HasFailures() {
+        const bool hasFailed = std::any_of(m_result.files.begin(), m_result.files.end(),
+                                           [](const auto& file) { return !file.problems.empty(); });
+        if (hasFailed)
+            m_result.end = ECompositionEnd::SomeFailed;
+        return hasFailed;
+    }
+
+    void FindKinds() {
+        if (FindExportKind(FileNameOf(m_request.output.path)) == nullptr)
+            m_result.errors.push_back(
+                fmt::format("the output {} is no coefficient file by its name: give one of the "
+                            "nine extensions",
+                            WideToShownUtf8(m_request.output.path)));
+        if (m_request.files.empty())
+            m_result.errors.emplace_back("there is no file to put into a screen");
+        CObstacles obstacles(m_result.errors);
+        for (std::size_t i = 0; i < m_request.files.size(); ++i)
+            if (FindLoadKind(FileNameOf(m_request.files[i].path)) == nullptr)
+                obstacles.Add(fmt::format("{} is no coefficient file by its name", NameOf(i)));
+            else if (!KindOfEntry(m_request.files[i].path))
+                obstacles.Add(fmt::format("the file {} does not exist",
+                                          WideToShownUtf8(m_request.files[i].path)));
+    }
+
+    void FindRects() {
+        for (std::size_t i = 0; i < m_request.files.size(); ++i)
+            m_result.files[i] = MeasurePlaced(m_request.files[i]);
+    }
+
+    void FindSize() {
+        PixelSize size = m_request.size.value_or(PixelSize{});
+        if (!m_request.size)
+            for (const SPlacedOutcome& file : m_result.files)
+                size = {std::max<std::int64_t>(size.width, file.rect.right),
+                        std::max<std::int64_t>(size.height, file.rect.bottom)};
+        m_result.size = size;
+        if (size.width < 1 || size.height < 1)
+            m_result.errors.emplace_back("no pixel of any file lies in the screen");
+        else if (size.width > kLargestMapSide || size.height > kLargestMapSide)
+            m_result.errors.push_back(
+                fmt::format("the files reach to {}, and a screen has at most {} in one direction",
+                            ShownSize(size), kLargestMapSide));
+        else if (CountOf(size) > std::numeric_limits<std::int32_t>::max())
+            m_result.errors.push_back(fmt::format("a screen of {} has more than {} pixels",
+                                                  ShownSize(size),
+                                                  std::numeric_limits<std::int32_t>::max()));
+    }
+
+    void CheckPlaces() {
+        std::vector<SPixelRect> seen;
+        for (const SPlacedOutcome& file : m_result.files)
+            seen.push_back(CutTo(file.rect, m_result.size));
+        if (!m_request.allowOutside)
+            CheckInside();
+        if (!m_request.allowOverlap)
+            CheckApart(seen);
+        m_result.uncovered = CountOf(m_result.size) - CoveredPixels(seen);
+    }
+
+    void CheckInside() {
+        CObstacles obstacles(m_result.errors);
+        for (std::size_t i = 0; i < m_result.files.size(); ++i)
+            if (const SPixelRect& rect = m_result.files[i].rect; !IsWithin(rect, m_result.size))
+                obstacles.Add(fmt::format("{} takes {}, which is not all in the screen of {}: move "
+                                          "it, or allow what is outside to be cut",
+                                          NameOf(i), ShownRect(rect), ShownSize(m_result.size)));
+    }
+
+    void CheckApart(const std::vector<SPixelRect>& seen) {
+        CObstacles obstacles(m_result.errors);
+        for (const SRectOverlap& overlap : FindOverlaps(seen))
+            obstacles.Add(fmt::format(
+                "{} and {} overlap in {}: move one of them, or allow overlaps",
+                NameOf(overlap.first), NameOf(overlap.second), ShownRect(overlap.rect)));
+    }
+
+    void CheckOutput() {
+        std::vector<std::wstring> inputs;
+        for (const SPlacedFile& file : m_request.files)
+            inputs.push_back(file.path);
+        FailWith(DescribeOutputObstacle(m_request.output, inputs));
+        const std::uint64_t bytes = ScreenBytes();
+        if (!CMemoryBudget::Process().HasRoomFor(bytes))
+            m_result.errors.push_back(
+                fmt::format("not enough memory for a screen of {}: it takes {} MiB",
+                            ShownSize(m_result.size), bytes >> 20));
+    }
+
+    void FailWith(const std::string& problem) {
+        if (!problem.empty())
+            m_result.errors.push_back(
+                fmt::format("{}: {}", WideToShownUtf8(m_request.output.path), problem));
+    }
+
+    /// The screen's map, and what its writer makes of it.
+    std::uint64_t ScreenBytes() const {
+        const std::wstring name = FileNameOf(m_request.output.path);
+        const std::uint64_t map = CountOf(m_result.size) * (sizeof(SMatrixCoef) + sizeof(float));
+        if (FindWordKind(*FindExportKind(name)))
+            return map + LargestStoreBytes(m_result.size);
+        const SStoredKind* const stored = FindStoredKind(name);
+        return map + CountOf(m_result.size) * (stored == nullptr ? 0 : stored->elementBytes);
+    }
+
+    void Compose() {
+        CChromaCorrectCoef screen;
+        screen.Resize(static_cast<std::int32_t>(m_result.size.width),
+                      static_cast<std::int32_t>(m_result.size.height));
+        if (!screen.HasStorage()) {
+            m_result.errors.push_back(
+                fmt::format("not enough memory for a screen of {}", ShownSize(m_result.size)));
+            m_result.end = ECompositionEnd::SomeFailed;
+            return;
+        }
+        for (std::size_t i = 0; i < m_request.files.size() && !m_interrupted; ++i)
+            Put(m_request.files[i], m_result.files[i], screen);
+        if (m_interrupted)
+            m_result.end = ECompositionEnd::Interrupted;
+        else if (!HasFailures() || m_request.lenient)
+            Save(screen);
+    }
+
+    static void Put(const SPlacedFile& file, SPlacedOutcome& outcome, CChromaCorrectCoef& screen) {
+        SPlacing placing = PlaceCoefFile(file.path, file.code, outcome.rect, screen);
+        outcome.problems = std::move(placing.problems);
+        outcome.notes = std::move(placing.notes);
+        outcome.losses = std::move(placing.losses);
+    }
+
+    void Save(const CChromaCorrectCoef& screen) {
+        FailWith(SaveCoefFile(screen, m_request.output));
+        m_result.isWritten = !HasErrors(ECompositionEnd::SomeFailed);
+    }
+
+    const SCompositionRequest& m_request;
+    const std::atomic<bool>& m_interrupted;
+    SComposition m_result;
+};
+
+} // namespace
+
+SLayoutFiles ReadLayoutFiles(const std::wstring& table, const std::wstring& folder) {
+    SMountingTable read = ReadLayoutTable(table);
+    SLayoutFiles layout{{}, std::move(read.problems)};
+    const std::wstring base = folder.empty() ? FolderPart(table) : WithSeparator(folder);
+    for (SMountingRow& row : read.rows)
+        layout.files.push_back({base + row.name, std::move(row.name), row.place, row.code});
+    return layout;
+}
+
+SPlacedOutcome MeasurePlaced(const SPlacedFile& file, const std::optional<PixelSize>& size) {
+    SPlacedOutcome outcome;
+    outcome.ownSize = size ? *size : OwnSizeOf(file.path, outcome.problems);
+    if (!outcome.problems.empty())
+        return outcome;
+    const PixelSize turned = TurnedBy(file.code, outcome.ownSize);
+    outcome.rect = {static_cast<std::int32_t>(file.place.x),
+                    static_cast<std::int32_t>(file.place.y),
+                    static_cast<std::int32_t>(file.place.x + turned.width),
+                    static_cast<std::int32_t>(file.place.y + turned.height)};
+    return outcome;
+}
+
+SComposition ComposeScreen(const SCompositionRequest& request,
+                           const std::atomic<bool>& interrupted) {
+    return CComposer(request, interrupted).Run();
+}
+
+} // namespace trevolt

@@ -1,0 +1,164 @@
+#include "app/rotation/Cropping.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "app/rotation/MapRegion.h"
+#include "app/rotation/Obstacles.h"
+#include "app/rotation/OutputFolder.h"
+#include "platform/FileSystem.h"
+#include "platform/SystemError.h"
+#include "trevolt/FileKinds.h"
+#include "trevolt/TransferProblems.h"
+#include "trevolt/Utf8.h"
+
+namespace trevolt {
+namespace {
+
+const SFileKind* KindOfPiece(const SCropPiece& piece) {
+    return FindExportKind(piece.name.substr(FolderPart(piece.name).size()));
+}
+
+class CCropper {
+  public:
+    CCropper(const SCropRequest& request, const std::atomic<bool>& interrupted)
+        : m_request(request),
+          m_interrupted(interrupted),
+          m_target(TargetOf(request), request.sync) {
+        m_result.pieces.resize(request.pieces.size());
+    }
+
+    SCropping Run() {
+        CheckNames();
+        if (End(!m_result.errors.empty(), ECompositionEnd::Refused))
+            return std::move(m_result);
+        SCoefLoad load = LoadOwnValues(m_request.input);
+        m_result.size = load.size;
+        m_result.problems = std::move(load.problems);
+        m_result.notes = std::move(load.notes);
+        m_result.losses = std::move(load.losses);
+        const bool isDamaged = !m_result.problems.empty();
+        if (End(isDamaged, ECompositionEnd::SomeFailed) &&
+            (load.map == nullptr || !m_request.lenient))
+            return std::move(m_result);
+        CheckRects();
+        if (End(!m_result.errors.empty(), ECompositionEnd::Refused))
+            return std::move(m_result);
+        if (MakeTarget())
+            WriteAll(*load.map);
+        return std::move(m_result);
+    }
+
+  private:
+    static std::wstring TargetOf(const SCropRequest& request) {
+        return request.targetFolder.empty() ? L"." : request.targetFolder;
+    }
+
+    bool End(bool isEnded, ECompositionEnd end) {
+        if (isEnded)
+            m_result.end = end;
+        return isEnded;
+    }
+
+    void CheckNames() {
+        const std::wstring& input = m_request.input;
+        if (FindLoadKind(input.substr(FolderPart(input).size())) == nullptr)
+            m_result.errors.push_back(
+                fmt::format("{} is no coefficient file by its name", WideToShownUtf8(input)));
+        else if (!KindOfEntry(input))
+            m_result.errors.push_back(
+                fmt::format("the file {} does not exist", WideToShownUtf8(input)));
+        CObstacles obstacles(m_result.errors);
+        for (const SCropPiece& piece : m_request.pieces)
+            if (KindOfPiece(piece) == nullptr)
+                obstacles.Add(fmt::format("the output {} is no coefficient file by its name: give "
+                                          "one of the nine extensions",
+                                          WideToShownUtf8(piece.name)));
+    }
+
+    void CheckRects() {
+        CObstacles obstacles(m_result.errors);
+        for (const SCropPiece& piece : m_request.pieces)
+            if (const SPixelRect& rect = piece.rect;
+                rect.Width() < 1 || rect.Height() < 1 || !IsWithin(rect, m_result.size))
+                obstacles.Add(fmt::format("the rectangle {} of {} is not in the map of {} x {}",
+                                          ShownRect(rect), WideToShownUtf8(piece.name),
+                                          m_result.size.width, m_result.size.height));
+    }
+
+    bool MakeTarget() {
+        const int error = m_request.makesFolders ? m_target.Make() : 0;
+        if (error != 0)
+            m_result.errors.push_back(
+                WithSystemReason(fmt::format("the folder {} cannot be made or synced",
+                                             WideToShownUtf8(TargetOf(m_request))),
+                                 error));
+        else if (IsFolder(TargetOf(m_request)))
+            m_target.RemoveAbandoned();
+        return !End(error != 0, ECompositionEnd::SomeFailed);
+    }
+
+    void WriteAll(const CChromaCorrectCoef& map) {
+        for (std::size_t i = 0; i < m_request.pieces.size() && !m_interrupted; ++i)
+            Write(map, m_request.pieces[i], m_result.pieces[i]);
+        if (const int error = m_target.SyncNames(); error != 0)
+            m_result.errors.push_back(DescribeFolderSyncProblem(error));
+        End(!m_result.errors.empty(), ECompositionEnd::SomeFailed);
+        const bool isEachWritten = std::all_of(m_result.pieces.begin(), m_result.pieces.end(),
+                                               [](const auto& piece) { return piece.isWritten; });
+        if (!isEachWritten)
+            m_result.end =
+                m_interrupted ? ECompositionEnd::Interrupted : ECompositionEnd::SomeFailed;
+    }
+
+    void Write(const CChromaCorrectCoef& map, const SCropPiece& piece, SPieceOutcome& outcome) {
+        outcome.size = TurnedBy(piece.code, {piece.rect.Width(), piece.rect.Height()});
+        outcome.problem = MakeFolderOf(piece);
+        if (outcome.problem.empty())
+            outcome.problem =
+                DescribeOutputObstacle({WithSeparator(TargetOf(m_request)) + piece.name,
+                                        m_request.replaces, m_request.sync},
+                                       {m_request.input});
+        if (outcome.problem.empty())
+            outcome.problem = WriteOutput(
+                m_target, piece.name, m_request.replaces, [&](const std::wstring& path) {
+                    return WriteMapPiece(map, piece.rect, piece.code, *KindOfPiece(piece), path);
+                });
+        outcome.isWritten = outcome.problem.empty();
+    }
+
+    std::string MakeFolderOf(const SCropPiece& piece) const {
+        const std::wstring below = FolderPart(piece.name);
+        const int error = m_request.makesFolders && !below.empty() ? m_target.Make(below) : 0;
+        return error == 0 ? std::string()
+                          : WithSystemReason("its folder cannot be made or synced", error);
+    }
+
+    const SCropRequest& m_request;
+    const std::atomic<bool>& m_interrupted;
+    COutputFolder m_target;
+    SCropping m_result;
+};
+
+} // namespace
+
+SScreenPieces PiecesOfScreen(const std::vector<SPlacedFile>& files,
+                             const std::optional<PixelSize>& cabinet) {
+    SScreenPieces screen;
+    for (const SPlacedFile& file : files) {
+        const SPlacedOutcome measured = MeasurePlaced(file, cabinet);
+        for (const std::string& problem : measured.problems)
+            screen.problems.push_back(fmt::format("{}: {}", WideToShownUtf8(file.name), problem));
+        const std::uint32_t back = file.code == 0 ? 0 : CQuarterTurn::BackCode(file.code);
+        screen.pieces.push_back({file.name, measured.rect, back});
+    }
+    return screen;
+}
+
+SCropping CropFile(const SCropRequest& request, const std::atomic<bool>& interrupted) {
+    return CCropper(request, interrupted).Run();
+}
+
+} // namespace trevolt
