@@ -23,5 +23,7 @@ void AddPreviewCommand(CLI::App& program, int& exitStatus);
 void AddVerifyCommand(CLI::App& program, int& exitStatus);
 void AddInfoCommand(CLI::App& program, int& exitStatus);
 void AddDiffCommand(CLI::App& program, int& exitStatus);
+void AddComposeCommand(CLI::App& program, int& exitStatus);
+void AddCropCommand(CLI::App& program, int& exitStatus);
 
 } // namespace trevolt

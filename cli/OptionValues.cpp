@@ -1,11 +1,13 @@
 #include "cli/OptionValues.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <optional>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -47,6 +49,19 @@ std::uint64_t UnitBytes(std::string_view unit) {
     return place == std::string_view::npos ? 0 : std::uint64_t{1024} << 10 * (place / 2);
 }
 
+/// The texts between commas.
+std::vector<std::string_view> Fields(std::string_view text) {
+    std::vector<std::string_view> fields;
+    std::size_t begin = 0;
+    for (std::size_t comma = text.find(','); comma != std::string_view::npos;
+         comma = text.find(',', begin)) {
+        fields.push_back(text.substr(begin, comma - begin));
+        begin = comma + 1;
+    }
+    fields.push_back(text.substr(begin));
+    return fields;
+}
+
 bool CanStandInName(wchar_t c) {
     constexpr std::wstring_view kForbidden = L".\\/:*?\"<>|";
     return c >= L' ' && c != 0x7F && kForbidden.find(c) == std::wstring_view::npos;
@@ -72,6 +87,45 @@ PixelSize ParseSize(const std::string& text) {
     if (std::max(*width, *height) > kLargestMapSide)
         Refuse("{} is above {} in one direction", text, kLargestMapSide);
     return {static_cast<std::int64_t>(*width), static_cast<std::int64_t>(*height)};
+}
+
+SPixelRect ParseRect(const std::string& text) {
+    SPixelRect rect;
+    const std::array sides{&rect.left, &rect.top, &rect.right, &rect.bottom};
+    const auto fields = Fields(text);
+    bool isRect = fields.size() == sides.size();
+    for (std::size_t i = 0; i < sides.size() && isRect; ++i) {
+        const auto side = Coordinate(fields[i]);
+        isRect = side.has_value();
+        *sides[i] = side.value_or(0);
+    }
+    if (!isRect)
+        Refuse("{} is no rectangle: give LEFT,TOP,RIGHT,BOTTOM in whole pixels", text);
+    if (rect.Width() < 1 || rect.Height() < 1)
+        Refuse("{} has no pixels: give LEFT,TOP,RIGHT,BOTTOM, right and bottom exclusive", text);
+    return rect;
+}
+
+SPlacedFile ParsePlacedFile(const std::string& text) {
+    const std::size_t at = text.rfind('@');
+    if (at == std::string::npos)
+        Refuse("{} has no place: give FILE@X,Y, and its angle where it is turned, as "
+               "Cab_01.9fcoef@160,0,90",
+               text);
+    const auto fields = Fields(std::string_view(text).substr(at + 1));
+    const auto x = Coordinate(fields[0]);
+    const auto y = fields.size() < 2 ? std::nullopt : Coordinate(fields[1]);
+    if (!x || !y || fields.size() > 3)
+        Refuse("{} has no place: give X,Y or X,Y,ANGLE behind the @, in whole pixels", text);
+    const auto code = fields.size() < 3 ? 0 : AngleCode(fields[2]);
+    if (!code)
+        Refuse("{} has no angle: give 0, 90, 180, 270, -90 or -180", text);
+    SPlacedFile file;
+    file.path = ParsePath(text.substr(0, at));
+    file.name = file.path;
+    file.place = {*x, *y};
+    file.code = *code;
+    return file;
 }
 
 std::uint64_t ParseBytes(const std::string& text) {

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <string>
 
+#include "app/rotation/Composition.h"
+#include "trevolt/PixelRect.h"
 #include "trevolt/QuarterTurn.h"
 #include "trevolt/RotationRun.h"
 
@@ -18,6 +20,12 @@ std::uint32_t ParseAngle(const std::string& text);
 
 /// "WxH", each side from 1 to the largest of a map.
 PixelSize ParseSize(const std::string& text);
+
+/// "LEFT,TOP,RIGHT,BOTTOM" in whole pixels, right and bottom exclusive, with at least one pixel.
+SPixelRect ParseRect(const std::string& text);
+
+/// "FILE@X,Y" or "FILE@X,Y,ANGLE"; of several "@" the last one counts.
+SPlacedFile ParsePlacedFile(const std::string& text);
 
 /// Bytes as "500", "500K" or "2G".
 std::uint64_t ParseBytes(const std::string& text);

@@ -45,6 +45,8 @@ std::unique_ptr<CLI::App> MakeProgram(int& exitStatus) {
     AddPreviewCommand(*program, exitStatus);
     AddInfoCommand(*program, exitStatus);
     AddDiffCommand(*program, exitStatus);
+    AddComposeCommand(*program, exitStatus);
+    AddCropCommand(*program, exitStatus);
     for (CLI::App* command : program->get_subcommands([](CLI::App*) { return true; })) {
         command->positionals_at_end(); // SOURCE leaves the last word to TARGET
         AddHelp(*command);

@@ -24,6 +24,7 @@ constexpr std::array kValueNames = {
     SValueName{"FOLDER", EFilling::Folder},
     SValueName{"I/N", EFilling::Free},
     SValueName{"LOW,HIGH", EFilling::Free},
+    SValueName{"LEFT,TOP,RIGHT,BOTTOM", EFilling::Free},
     SValueName{"N", EFilling::Free},
     SValueName{"PATH", EFilling::File},
     SValueName{"TABLE", EFilling::File},

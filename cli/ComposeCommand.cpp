@@ -1,0 +1,117 @@
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/rotation/Composition.h"
+#include "cli/Commands.h"
+#include "cli/CompositionPrinter.h"
+#include "cli/LayoutOption.h"
+#include "cli/OptionGroup.h"
+#include "cli/OptionValues.h"
+#include "platform/Process.h"
+
+namespace trevolt {
+namespace {
+
+constexpr const char* kComposeNotes = R"(Examples:
+  trevolt-cli compose wall.9fcoef Cab_01.9fcoef@0,0 Cab_02.9fcoef@160,0,180
+      puts two cabinets side by side, the second one mounted upside down
+  trevolt-cli compose wall.9wcoef --layout wall.csv --size 1920x1080
+      puts the files of a table into a screen of that size
+
+Exit states:
+  0    the screen is written
+  1    a file is damaged, or the screen cannot be written
+  2    wrong usage, or files that cannot lie so; nothing was written
+  130  interrupted; nothing was written)";
+
+struct SComposeOptions {
+    std::string target;
+    std::vector<std::string> files;
+    SLayoutOptions layout;
+    std::optional<PixelSize> size;
+    bool allowOverlap = false;
+    bool allowOutside = false;
+    bool lenient = false;
+    bool overwrite = false;
+    bool noSync = false;
+    bool json = false;
+};
+
+void AddComposeOptions(CLI::App& command, SComposeOptions& options) {
+    command
+        .add_option("TARGET", options.target,
+                    "File of the screen; its extension tells the kind, whatever those of the "
+                    "cabinets are")
+        ->type_name("FILE")
+        ->group("Places")
+        ->required();
+    CLI::Option* const files =
+        command
+            .add_option("FILE@PLACE", options.files,
+                        "A cabinet's file, and behind the last @ the left top of its place in the "
+                        "screen as X,Y, or X,Y,ANGLE where it is turned: 90, 180 or 270 clockwise")
+            ->type_name("FILE")
+            ->group("Places");
+    COptionGroup screen(command, "Screen");
+    AddLayout(screen,
+              "CSV file with a file, its x, its y and its angle a row, in place of FILE@PLACE; "
+              "the angle may be left out",
+              options.layout)
+        ->excludes(files);
+    screen
+        .AddValue("--size,-s", "WIDTHxHEIGHT", options.size, ParseSize,
+                  "Size of the screen in pixels")
+        ->default_str("the smallest that holds every file");
+    screen.AddFlag("--allow-overlap", options.allowOverlap,
+                   "Let files overlap; of several the last one's pixels stay");
+    screen.AddFlag("--allow-outside", options.allowOutside,
+                   "Let files reach out of the screen; what is outside is cut");
+    screen.AddFlag("--lenient", options.lenient,
+                   "Also take what could be read of files that are damaged");
+    COptionGroup outputs(command, "Outputs");
+    outputs.AddFlag("--overwrite", options.overwrite, kOverwriteHelp);
+    outputs.AddFlag("--no-sync", options.noSync, kNoSyncHelp);
+    COptionGroup report(command, "Report");
+    report.AddFlag("--json", options.json, "Print one JSON object a line for programs");
+}
+
+std::vector<SPlacedFile> FilesOf(const SComposeOptions& options) {
+    if (options.layout.table)
+        return FilesOfLayout(options.layout);
+    std::vector<SPlacedFile> files;
+    for (const std::string& text : options.files)
+        files.push_back(ParseFor("FILE@PLACE", "FILE@X,Y", text, ParsePlacedFile));
+    if (files.empty())
+        throw CLI::ValidationError(
+            "compose needs files: give FILE@X,Y for each, or --layout TABLE");
+    return files;
+}
+
+int Compose(const SComposeOptions& options) {
+    const SCompositionRequest request{
+        .files = FilesOf(options),
+        .size = options.size,
+        .allowOverlap = options.allowOverlap,
+        .allowOutside = options.allowOutside,
+        .lenient = options.lenient,
+        .output = {ParseFor("TARGET", "a file", options.target, ParsePath), options.overwrite,
+                   !options.noSync}};
+    const SComposition result = ComposeScreen(request, CatchInterrupts());
+    options.json ? TellCompositionAsJson(request, result) : TellComposition(request, result);
+    return ExitStatus(result.end);
+}
+
+} // namespace
+
+void AddComposeCommand(CLI::App& program, int& exitStatus) {
+    const auto options = std::make_shared<SComposeOptions>();
+    CLI::App* command =
+        program.add_subcommand("compose", "Put cabinets' files into a file of the whole screen");
+    command->footer(kComposeNotes);
+    AddComposeOptions(*command, *options);
+    command->callback([options, &exitStatus] { exitStatus = Compose(*options); });
+}
+
+} // namespace trevolt

@@ -1,0 +1,145 @@
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include "app/rotation/Cropping.h"
+#include "cli/Commands.h"
+#include "cli/CompositionPrinter.h"
+#include "cli/LayoutOption.h"
+#include "cli/OptionGroup.h"
+#include "cli/OptionValues.h"
+#include "cli/ShownText.h"
+#include "platform/FileSystem.h"
+#include "platform/Process.h"
+
+namespace trevolt {
+namespace {
+
+constexpr const char* kCropNotes = R"(Examples:
+  trevolt-cli crop wall.9fcoef piece.9fcoef --rect 160,0,320,90
+      writes a rectangle of 160 x 90 pixels
+  trevolt-cli crop wall.9fcoef cabinets --layout wall.csv --cabinet 160x90
+      writes every cabinet of a table, each turned back as it was before it was mounted
+
+Exit states:
+  0    all files are written
+  1    the source is damaged, or some file could not be written
+  2    wrong usage, or a rectangle outside the map; nothing was written
+  130  interrupted; what is told as written is whole)";
+
+struct SCropOptions {
+    std::string source;
+    std::string target;
+    std::optional<SPixelRect> rect;
+    std::uint32_t turn = 0;
+    SLayoutOptions layout;
+    std::optional<PixelSize> cabinet;
+    bool lenient = false;
+    bool overwrite = false;
+    bool noSync = false;
+    bool json = false;
+};
+
+void AddCropPlaces(CLI::App& command, SCropOptions& options) {
+    command.add_option("SOURCE", options.source, "Coefficient file of any kind")
+        ->type_name("FILE")
+        ->group("Places")
+        ->required();
+    command
+        .add_option("TARGET", options.target,
+                    "File of the rectangle, whose extension tells its kind; with --layout the "
+                    "folder of the cabinets, made when missing")
+        ->type_name("FILE")
+        ->group("Places")
+        ->required();
+}
+
+void AddPiece(CLI::App& command, SCropOptions& options) {
+    COptionGroup group(command, "Piece");
+    CLI::Option* const rect =
+        group.AddValue("--rect", "LEFT,TOP,RIGHT,BOTTOM", options.rect, ParseRect,
+                       "Rectangle to cut out, in pixels; right and bottom are exclusive");
+    group
+        .AddValue("--turn", "90|180|270", options.turn, ParseAngle,
+                  "Clockwise turn of what is cut out, in degrees")
+        ->needs(rect);
+    CLI::Option* const layout =
+        AddLayout(group,
+                  "CSV file with a file, its x, its y and its angle a row, as compose takes it: "
+                  "every file is cut out and turned back",
+                  options.layout);
+    layout->excludes(rect);
+    group
+        .AddValue("--cabinet", "WIDTHxHEIGHT", options.cabinet, ParseSize,
+                  "Size of every cabinet of the table before its turn")
+        ->default_str("that of the file that the table names")
+        ->needs(layout);
+    group.AddFlag("--lenient", options.lenient,
+                  "Also take what could be read of a source that is damaged");
+}
+
+void AddCropOptions(CLI::App& command, SCropOptions& options) {
+    AddCropPlaces(command, options);
+    AddPiece(command, options);
+    COptionGroup outputs(command, "Outputs");
+    outputs.AddFlag("--overwrite", options.overwrite, kOverwriteHelp);
+    outputs.AddFlag("--no-sync", options.noSync, kNoSyncHelp);
+    COptionGroup report(command, "Report");
+    report.AddFlag("--json", options.json, "Print one JSON object a line for programs");
+}
+
+SCropRequest RectRequest(const SCropOptions& options, const std::wstring& target) {
+    SCropRequest request;
+    request.targetFolder = FolderPart(target);
+    request.pieces.push_back(
+        {target.substr(request.targetFolder.size()), *options.rect, options.turn});
+    return request;
+}
+
+/// Throws CLI::ValidationError where files tell no sizes.
+SCropRequest LayoutRequest(const SCropOptions& options, const std::wstring& target) {
+    SScreenPieces screen = PiecesOfScreen(FilesOfLayout(options.layout), options.cabinet);
+    for (const std::string& problem : screen.problems)
+        PrintLine(stderr, "{}", problem);
+    if (!screen.problems.empty())
+        throw CLI::ValidationError(
+            "not every file of the table tells its size: give --cabinet WIDTHxHEIGHT, or --from "
+            "the folder of the files");
+    SCropRequest request;
+    request.targetFolder = target;
+    request.makesFolders = true;
+    request.pieces = std::move(screen.pieces);
+    return request;
+}
+
+int Crop(const SCropOptions& options) {
+    if (!options.rect && !options.layout.table)
+        throw CLI::ValidationError(
+            "crop needs a rectangle: give --rect LEFT,TOP,RIGHT,BOTTOM, or --layout TABLE");
+    const std::wstring target = ParseFor("TARGET", "a file", options.target, ParsePath);
+    SCropRequest request =
+        options.rect ? RectRequest(options, target) : LayoutRequest(options, target);
+    request.input = ParseFor("SOURCE", "a file", options.source, ParsePath);
+    request.lenient = options.lenient;
+    request.replaces = options.overwrite;
+    request.sync = !options.noSync;
+    const SCropping result = CropFile(request, CatchInterrupts());
+    options.json ? TellCroppingAsJson(request, result) : TellCropping(request, result);
+    return ExitStatus(result.end);
+}
+
+} // namespace
+
+void AddCropCommand(CLI::App& program, int& exitStatus) {
+    const auto options = std::make_shared<SCropOptions>();
+    CLI::App* command =
+        program.add_subcommand("crop", "Cut a rectangle, or all cabinets, out of a file");
+    command->footer(kCropNotes);
+    AddCropOptions(*command, *options);
+    command->callback([options, &exitStatus] { exitStatus = Crop(*options); });
+}
+
+} // namespace trevolt

@@ -1,0 +1,27 @@
+// The option of a layout table, as the commands share it.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "app/rotation/Composition.h"
+#include "cli/OptionGroup.h"
+
+namespace trevolt {
+
+struct SLayoutOptions {
+    std::optional<std::wstring> table;
+    std::optional<std::wstring> folder; ///< of the table's files
+};
+
+/// Adds --layout, which it returns, and --from.
+CLI::Option* AddLayout(COptionGroup& group, const std::string& description,
+                       SLayoutOptions& options);
+
+/// The table's files. Names every line that is wrong; throws CLI::ValidationError then.
+std::vector<SPlacedFile> FilesOfLayout(const SLayoutOptions& options);
+
+} // namespace trevolt
