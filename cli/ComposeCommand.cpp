@@ -74,7 +74,7 @@ void AddComposeOptions(CLI::App& command, SComposeOptions& options) {
     outputs.AddFlag("--overwrite", options.overwrite, kOverwriteHelp);
     outputs.AddFlag("--no-sync", options.noSync, kNoSyncHelp);
     COptionGroup report(command, "Report");
-    report.AddFlag("--json", options.json, "Print one JSON object a line for programs");
+    report.AddFlag("--json", options.json, "Print one JSON object a line, a summary last");
 }
 
 std::vector<SPlacedFile> FilesOf(const SComposeOptions& options) {

@@ -88,7 +88,7 @@ void AddCropOptions(CLI::App& command, SCropOptions& options) {
     outputs.AddFlag("--overwrite", options.overwrite, kOverwriteHelp);
     outputs.AddFlag("--no-sync", options.noSync, kNoSyncHelp);
     COptionGroup report(command, "Report");
-    report.AddFlag("--json", options.json, "Print one JSON object a line for programs");
+    report.AddFlag("--json", options.json, "Print one JSON object a line, a summary last");
 }
 
 SCropRequest RectRequest(const SCropOptions& options, const std::wstring& target) {

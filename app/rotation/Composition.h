@@ -33,7 +33,7 @@ SLayoutFiles ReadLayoutFiles(const std::wstring& table, const std::wstring& fold
 struct SCompositionRequest {
     std::vector<SPlacedFile> files;
     /// Of the screen; without it the smallest that holds every file.
-    std::optional<PixelSize> size;
+    std::optional<PixelSize> size = {};
     bool allowOverlap = false; ///< of several files' pixels the last one's stay
     bool allowOutside = false; ///< pixels outside the screen are cut
     /// Of a damaged file what could be read is taken, the rest stays default.
