@@ -29,6 +29,8 @@ import cli_support
 from cli_support import (ANGLES, CABINETS, MAGICS, PROGRAM, ROOT, SAMPLES, STORED_BYTES, UNCOUNTED,
                          CliTest, coef_file, pixel_bytes, posix_only, raw_elements, turned,
                          with_recorder)
+from compose_test import Compose
+from crop_test import Crop
 from flags_test import Angles, Flags, Json, Progress
 from mistakes_test import Mistakes
 
