@@ -86,5 +86,30 @@ TEST(OptionValues, ReadPaths) {
     EXPECT_EQ(Refusal(ParsePath, "\xFF"), "its name is not valid UTF-8: rename it");
 }
 
+TEST(OptionValues, RectanglesHaveFourSidesAndAPixel) {
+    EXPECT_EQ(ParseRect("1,2,3,4"), (SPixelRect{1, 2, 3, 4}));
+    EXPECT_EQ(ParseRect("-65535,-1,65535,0"), (SPixelRect{-65535, -1, 65535, 0}));
+    for (const char* text : {"", "1", "1,2,3", "1,2,3,4,", "1,2,3,4,5", ",1,2,3", "a,2,3,4",
+                             "1,2,3,4x", " 1,2,3,4", "0,0,65536,1", "0x1,2,3,4"})
+        EXPECT_THROW(ParseRect(text), std::invalid_argument) << text;
+    for (const char* text : {"1,2,1,4", "1,2,3,2", "3,2,1,4", "1,4,3,2"})
+        EXPECT_THROW(ParseRect(text), std::invalid_argument) << text;
+}
+
+TEST(OptionValues, PlacedFilesEndWithTheirPlace) {
+    const SPlacedFile plain = ParsePlacedFile("a@b.9fcoef@-3,4");
+    EXPECT_EQ(plain.path, L"a@b.9fcoef");
+    EXPECT_EQ(plain.name, L"a@b.9fcoef");
+    EXPECT_EQ(plain.place, (PixelPosition{-3, 4}));
+    EXPECT_EQ(plain.code, 0U);
+    EXPECT_EQ(ParsePlacedFile("a,b@0,0,0").path, L"a,b");
+    EXPECT_EQ(ParsePlacedFile("a@0,0,90\u00B0").code, 1U);
+    EXPECT_EQ(ParsePlacedFile("a@0,0,-90").code, 3U);
+    EXPECT_EQ(ParsePlacedFile("a@7,0,180").place, (PixelPosition{7, 0}));
+    for (const char* text : {"", "a", "a@", "a@1", "a@1,", "a@,1", "a@1,2,", "a@1,2,3",
+                             "a@1,2,90,0", "a@1,2@", "@1,2", "\xFF@1,2", "a@65536,0", "a@1 ,2"})
+        EXPECT_THROW(ParsePlacedFile(text), std::invalid_argument) << text;
+}
+
 } // namespace
 } // namespace trevolt
