@@ -22,7 +22,7 @@ constexpr const char* kCropNotes = R"(Examples:
   trevolt-cli crop wall.9fcoef piece.9fcoef --rect 160,0,320,90
       writes a rectangle of 160 x 90 pixels
   trevolt-cli crop wall.9fcoef cabinets --layout wall.csv --cabinet 160x90
-      writes every cabinet of a table, each turned back as it was before it was mounted
+      writes every cabinet of a table, each turned back
 
 Exit states:
   0    all files are written
