@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <tuple>
+#include <type_traits>
 
+#include "app/rotation/ElementForms.h"
 #include "app/rotation/StoredKinds.h"
 #include "coef/CNewChromaCorrectCoef.h"
 #include "coef/StoredWordCoef.h"
@@ -16,10 +19,12 @@
 namespace trevolt {
 namespace {
 
-/// One kind: what every program may know of it, and how its files are turned in their own elements.
+/// One kind: what every program may know of it, how its files are turned in their own elements, and
+/// what these are of a map's.
 struct SKindRow {
     SFileKind kind;
     SStoredKind stored;
+    SElementForm form;
     std::optional<EWordKind> wordKind = std::nullopt;
 };
 
@@ -31,6 +36,11 @@ constexpr MapValues SetOf(const Values& values, std::size_t count) {
         bits |= 1ULL << values[k];
     return {bits};
 }
+
+template <class Kind>
+constexpr EStoredValue kBinaryValue =
+    std::is_same_v<typename Kind::Stored::value_type, float> ? EStoredValue::Float
+                                                             : EStoredValue::Byte;
 
 template <class Kind>
 constexpr SKindRow BinaryFileKind(std::wstring_view extension, int exportOrder) {
@@ -56,7 +66,8 @@ constexpr SKindRow BinaryFileKind(std::wstring_view extension, int exportOrder) 
              [](const CoefFileMagic& magic) { return magic == Kind::kMagic; }, E_COEF_OPENFAILED,
              [](std::istream& stream, std::size_t threads, const SExtrasOfTurn& /*none*/) {
                  return LoadStoredBinaryCoef<Kind>(stream, threads);
-             }}};
+             }},
+            MakeElementForm<Kind::kStoredCount>(kBinaryValue<Kind>, Kind::kEntries)};
 }
 
 /// Takes every pixel that the file names, at its own place; the sizes that it tells are not needed.
@@ -90,6 +101,12 @@ constexpr SStoredKind kStoredWords = VisitElementOf(Kind, SStoredKind{}, []<clas
 });
 
 template <EWordKind Kind>
+constexpr SElementForm kWordForm = VisitElementOf(Kind, SElementForm{}, []<class Element>() {
+    return MakeElementForm<std::tuple_size_v<decltype(Element::w)>>(EStoredValue::Word,
+                                                                    kWordKind<Element>.mapValues);
+});
+
+template <EWordKind Kind>
 constexpr SKindRow WordFileKind(std::wstring_view extension, int exportOrder) {
     return {{extension, exportOrder,
              [](CChromaCorrectCoef& map, const wchar_t* path) {
@@ -110,6 +127,7 @@ constexpr SKindRow WordFileKind(std::wstring_view extension, int exportOrder) {
              },
              DescribeWordFileLosses},
             kStoredWords<Kind>,
+            kWordForm<Kind>,
             Kind};
 }
 
@@ -119,7 +137,8 @@ constexpr SKindRow TextFileKind(std::wstring_view extension, int exportOrder) {
     return {{extension, exportOrder, LoadText<const wchar_t*>, SaveText,
              ReadTextSize<const wchar_t*>, nullptr, LoadText<std::istream&>,
              ReadTextSize<std::istream&>, nullptr},
-            {kMatrixValues, 0, nullptr, S_OK, nullptr}};
+            {kMatrixValues, 0, nullptr, S_OK, nullptr},
+             MakeElementForm<9>(EStoredValue::Text, kMapForm.places)};
 }
 
 /// In the load's order.
@@ -179,6 +198,10 @@ const SStoredKind& StoredKindOf(const SFileKind& kind) {
 
 std::optional<EWordKind> FindWordKind(const SFileKind& kind) {
     return kRows[static_cast<std::size_t>(&kind - kFileKinds.data())].wordKind;
+}
+
+const SElementForm& FormOfKind(const SFileKind& kind) {
+    return kRows[static_cast<std::size_t>(&kind - kFileKinds.data())].form;
 }
 
 std::wstring ExportName(std::wstring_view name, std::wstring_view angle) {
