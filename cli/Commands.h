@@ -18,6 +18,7 @@ inline constexpr const char* kNoSyncHelp =
 
 /// Each adds its command and leaves its exit status in `exitStatus` when it is the one called.
 void AddRotateCommand(CLI::App& program, int& exitStatus);
+void AddConvertCommand(CLI::App& program, int& exitStatus);
 void AddDemoCommand(CLI::App& program, int& exitStatus);
 void AddPreviewCommand(CLI::App& program, int& exitStatus);
 void AddVerifyCommand(CLI::App& program, int& exitStatus);

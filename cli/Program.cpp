@@ -40,6 +40,7 @@ std::unique_ptr<CLI::App> MakeProgram(int& exitStatus) {
                            "Print the version and do nothing else")
         ->group("Help");
     AddRotateCommand(*program, exitStatus);
+    AddConvertCommand(*program, exitStatus);
     AddDemoCommand(*program, exitStatus);
     AddVerifyCommand(*program, exitStatus);
     AddPreviewCommand(*program, exitStatus);

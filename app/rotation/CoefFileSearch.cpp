@@ -44,7 +44,7 @@ class CSourceSearch {
         if (kind == EntryKind::Other)
             m_obstacles.Add(
                 fmt::format("the source {} is neither a file nor a folder", WideToShownUtf8(path)));
-        else if (FindLoadKind(name) == nullptr)
+        else if (!m_request.takes(name))
             m_obstacles.Add(fmt::format("the source {} is no coefficient file by its name",
                                         WideToShownUtf8(path)));
         else
@@ -83,13 +83,13 @@ class CSourceSearch {
                 AddSubfolder(below, name, folders);
             else if (entry.kind == EntryKind::Other)
                 PassOver(below + name, "a pipe, socket or device");
-            else if (FindLoadKind(name) == nullptr)
+            else if (!m_request.takes(name))
                 PassOver(below + name, "no coefficient file by its name");
             else
                 AddName(below + name);
         }
         for (const std::string& raw : listing.unnamedByUtf8)
-            if (FindLoadKind(std::wstring(raw.begin(), raw.end())) != nullptr)
+            if (m_request.takes(std::wstring(raw.begin(), raw.end())))
                 m_found.unnamable.push_back(WideToShownUtf8(below) + raw);
     }
 
@@ -130,6 +130,8 @@ class CSourceSearch {
 };
 
 } // namespace
+
+bool IsCoefFileName(std::wstring_view name) { return FindLoadKind(name) != nullptr; }
 
 SCoefFiles FindCoefFiles(const SCoefFileSearch& request) {
     SCoefFiles found;

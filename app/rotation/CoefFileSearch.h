@@ -3,11 +3,15 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "trevolt/RotationRun.h"
 
 namespace trevolt {
+
+/// Whether the name tells a known kind.
+bool IsCoefFileName(std::wstring_view name);
 
 inline constexpr wchar_t kFolderSlash = L'/'; ///< in names that are told, on every system
 
@@ -18,6 +22,8 @@ struct SCoefFileSearch {
     bool recursive = false;
     /// A folder that outputs go into, or empty: it is no source, and is passed over below one.
     std::wstring targetFolder = {};
+    /// Whether a file of this name is meant.
+    bool (*takes)(std::wstring_view name) = IsCoefFileName;
 };
 
 struct SCoefFileName {
@@ -32,12 +38,13 @@ struct SCoefFileName {
 struct SCoefFiles {
     std::vector<SCoefFileName> files; ///< source by source, each in sorted order
     std::vector<SPassedOver> passedOver;
-    std::vector<std::string> unnamable; ///< files of a known kind whose names are not valid UTF-8
+    std::vector<std::string>
+        unnamable; ///< files that are meant, but their names are not valid UTF-8
     std::vector<std::string> obstacles; ///< why the sources cannot be taken, in plain words
     bool isListingBroken = false; ///< an obstacle is that a folder could not be listed to its end
 };
 
-/// Looks for the files whose names tell a known kind, and opens none.
+/// Looks for the files whose names are taken, and opens none.
 SCoefFiles FindCoefFiles(const SCoefFileSearch& request);
 
 } // namespace trevolt

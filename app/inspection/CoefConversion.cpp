@@ -1,0 +1,152 @@
+#include "app/inspection/CoefConversion.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "app/inspection/NpyFile.h"
+#include "app/rotation/CoefFile.h"
+#include "trevolt/TransferProblems.h"
+#include "trevolt/Utf8.h"
+
+namespace trevolt {
+namespace {
+
+bool HoldsAnyBesideMatrix(const SElementForm& form) {
+    return std::ranges::any_of(form.Places(), [](std::uint8_t place) { return place >= 9; });
+}
+
+/// The kind whose files store such words or bytes; null for another form.
+const SFileKind* FindKindOf(const SElementForm& form) {
+    const auto found = std::ranges::find(FileKinds(), form, FormOfKind);
+    return found == FileKinds().end() ? nullptr : &*found;
+}
+
+class CConversion {
+  public:
+    CConversion(const std::wstring& source, const SConversionTarget& target)
+        : m_source(source), m_target(target) {}
+
+    SConversion Run(const OutputWay& output) {
+        Load();
+        if (m_result.problems.empty())
+            CheckTarget();
+        if (m_result.problems.empty())
+            Tell();
+        if (!m_result.problems.empty())
+            return std::move(m_result);
+        std::string problem = output([&](const std::wstring& path) { return Write(path); });
+        if (!problem.empty())
+            m_result.problems.push_back(std::move(problem));
+        return std::move(m_result);
+    }
+
+  private:
+    void Load() {
+        if (IsNpyName(m_source))
+            LoadArray();
+        else
+            LoadKind();
+    }
+
+    void LoadArray() {
+        SNpyLoad load = LoadNpyFile(m_source);
+        if (!load.problem.empty())
+            m_result.problems.push_back(load.problem);
+        m_sourceForm = load.form;
+        m_map = std::move(load.map);
+        if (m_map != nullptr)
+            m_result.size = {m_map->Width(), m_map->Height()};
+    }
+
+    void LoadKind() {
+        SCoefLoad load = LoadCoefFile(m_source);
+        m_result.size = load.size;
+        m_result.problems = std::move(load.problems);
+        m_result.notes = std::move(load.notes);
+        for (const std::string& loss : load.losses)
+            m_result.losses.push_back("the converted file lacks " + loss);
+        m_map = std::move(load.map);
+        if (!m_result.problems.empty())
+            return;
+        if (m_map->IsEmpty()) {
+            m_result.problems.emplace_back("has no pixels");
+            return;
+        }
+        m_sourceForm = FormOfKind(*load.kind);
+        ForgetOthers();
+    }
+
+    /// Gives values that the source does not hold their defaults: the load of a .9fcoef file takes
+    /// those beside the matrix from the pixel behind.
+    void ForgetOthers() {
+        constexpr SMatrixCoef kDefault;
+        for (std::int32_t y = 0; y < m_map->Height(); ++y)
+            for (std::int32_t x = 0; x < m_map->Width(); ++x) {
+                SMatrixCoef& pixel = *m_map->FindElement(x, y);
+                const SMatrixCoef loaded = std::exchange(pixel, kDefault);
+                for (const std::uint8_t place : m_sourceForm.Places())
+                    pixel.m[place] = loaded.m[place];
+            }
+    }
+
+    void CheckTarget() {
+        m_result.form = m_target.kind != nullptr ? FormOfKind(*m_target.kind)
+                        : m_target.ownElements   ? ArrayForm(m_sourceForm)
+                                                 : kMapForm;
+        const bool isIntegerArray =
+            IsNpyName(m_source) && m_sourceForm.value != EStoredValue::Float;
+        if (m_target.kind == nullptr || !isIntegerArray || m_result.form == m_sourceForm)
+            return;
+        m_result.problems.push_back(fmt::format(
+            "its {} x {} a pixel are those of {}: convert it to that kind first, or save values "
+            "from 0 to 1 as numpy.float32",
+            m_sourceForm.count, ArrayTypeName(m_sourceForm.value),
+            WideToShownUtf8(FindKindOf(m_sourceForm)->extension)));
+    }
+
+    void Tell() {
+        m_result.lost = CountLosses(*m_map, m_result.form);
+        const std::string target =
+            m_target.kind == nullptr ? ".npy" : WideToShownUtf8(m_target.kind->extension);
+        for (std::string& loss : DescribeLosses(m_result.lost, m_result.form, target))
+            m_result.losses.push_back(std::move(loss));
+        if (const std::uint64_t count = m_result.lost.defaultPixels; count != 0)
+            m_result.notes.push_back(fmt::format("{} the default and {} no line in the text",
+                                                 count == 1 ? std::string("1 pixel is")
+                                                            : fmt::format("{} pixels are", count),
+                                                 count == 1 ? "has" : "have"));
+        if (m_target.kind != nullptr && HoldsAnyBesideMatrix(m_result.form) &&
+            !HoldsAnyBesideMatrix(m_sourceForm))
+            m_result.notes.push_back(fmt::format(
+                "it holds no values beside the matrix: those of {} are the default 0, 1, 0",
+                target));
+    }
+
+    std::string Write(const std::wstring& path) const {
+        if (m_target.kind == nullptr)
+            return SaveNpyFile(*m_map, m_result.form, path);
+        const CTransferReport report;
+        const Status status = m_target.kind->save(*m_map, path.c_str());
+        return DescribeWriteProblem(status, report);
+    }
+
+    const std::wstring& m_source;
+    const SConversionTarget& m_target;
+    std::unique_ptr<CChromaCorrectCoef> m_map;
+    SElementForm m_sourceForm;
+    SConversion m_result;
+};
+
+} // namespace
+
+SConversion ConvertFile(const std::wstring& source, const SConversionTarget& target,
+                        const OutputWay& output) {
+    return CConversion(source, target).Run(output);
+}
+
+} // namespace trevolt

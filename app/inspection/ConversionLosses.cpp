@@ -1,0 +1,198 @@
+#include "app/inspection/ConversionLosses.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <span>
+#include <string_view>
+
+#include <fmt/format.h>
+
+#include "formats/SanitizeMatrix.h"
+#include "trevolt/FixedPoint.h"
+
+namespace trevolt {
+namespace {
+
+constexpr std::size_t kMatrixValues = 9;
+
+/// How a value is stored in so many bits as a part of `kLargest`.
+template <class Integer>
+struct SFixedPoint {
+    static constexpr Integer kLargest = std::numeric_limits<Integer>::max();
+
+    static float Scaled(float value) { return std::roundf(value * static_cast<float>(kLargest)); }
+    static bool HasInteger(float scaled) {
+        constexpr float kLimit = 9223372036854775808.0F; // 2^63
+        return scaled >= -kLimit && scaled < kLimit;
+    }
+    static bool IsHeld(float scaled) {
+        return scaled >= 0.0F && scaled <= static_cast<float>(kLargest);
+    }
+};
+
+template <class Integer>
+void CountFixedPoint(float value, SConversionLosses& losses) {
+    using Stored = SFixedPoint<Integer>;
+    const float scaled = Stored::Scaled(value);
+    if (!Stored::HasInteger(scaled))
+        ++losses.zeroedValues;
+    else if (!Stored::IsHeld(scaled))
+        ++losses.wrappedValues;
+    else if (scaled / static_cast<float>(Stored::kLargest) != value)
+        ++losses.roundedValues;
+}
+
+/// The value that is read where this one was written with five decimals.
+float WithFiveDecimals(float value) {
+    constexpr double kDecimals = 1e5; // the product is exact
+    const double scaled = std::nearbyint(static_cast<double>(value) * kDecimals);
+    return static_cast<float>(scaled / kDecimals);
+}
+
+bool IsSame(float a, float b) { return a == b || (std::isnan(a) && std::isnan(b)); }
+
+/// A pixel that has a line.
+void CountText(const SMatrixCoef& pixel, SConversionLosses& losses) {
+    std::array<float, kMatrixValues> written{};
+    std::transform(pixel.m.begin(), pixel.m.begin() + kMatrixValues, written.begin(),
+                   WithFiveDecimals);
+    std::array<float, kMatrixValues> read = written;
+    SanitizeMatrix(read);
+    for (std::size_t k = 0; k < kMatrixValues; ++k)
+        if (!IsSame(read[k], written[k]))
+            ++losses.cleanedValues;
+        else if (!IsSame(written[k], pixel.m[k]))
+            ++losses.roundedValues;
+}
+
+/// Counts what a form loses, pixel by pixel.
+class CLossCount {
+  public:
+    explicit CLossCount(const SElementForm& form) : m_form(form) {
+        std::array<bool, kMapForm.count> isHeld{};
+        for (const std::uint8_t place : form.Places())
+            isHeld[place] = true;
+        for (const std::uint8_t place : kMapForm.places)
+            if (!isHeld[place])
+                (place < kMatrixValues ? m_offDiagonal : m_besideMatrix).push_back(place);
+    }
+
+    void Add(const SMatrixCoef& pixel) {
+        if (IsAnyLost(pixel, m_offDiagonal))
+            ++m_losses.offDiagonalPixels;
+        if (IsAnyLost(pixel, m_besideMatrix))
+            ++m_losses.besideMatrixPixels;
+        AddStored(pixel);
+    }
+
+    const SConversionLosses& Losses() const { return m_losses; }
+
+  private:
+    /// Whether a value differs from the default, which is read in its place.
+    bool IsAnyLost(const SMatrixCoef& pixel, const std::vector<std::uint8_t>& places) const {
+        return std::ranges::any_of(
+            places, [&](std::uint8_t place) { return pixel.m[place] != m_default.m[place]; });
+    }
+
+    void AddStored(const SMatrixCoef& pixel) {
+        switch (m_form.value) {
+        case EStoredValue::Float:
+            break;
+        case EStoredValue::Word:
+            AddFixedPoint<std::uint16_t>(pixel);
+            break;
+        case EStoredValue::Byte:
+            AddFixedPoint<std::uint8_t>(pixel);
+            break;
+        case EStoredValue::Text:
+            AddText(pixel);
+            break;
+        }
+    }
+
+    template <class Integer>
+    void AddFixedPoint(const SMatrixCoef& pixel) {
+        for (const std::uint8_t place : m_form.Places())
+            CountFixedPoint<Integer>(pixel.m[place], m_losses);
+    }
+
+    void AddText(const SMatrixCoef& pixel) {
+        if (std::memcmp(&pixel, &m_default, sizeof pixel) == 0)
+            ++m_losses.defaultPixels;
+        else
+            CountText(pixel, m_losses);
+    }
+
+    const SElementForm m_form;
+    const SMatrixCoef m_default;
+    std::vector<std::uint8_t> m_offDiagonal; ///< places that the form does not hold
+    std::vector<std::uint8_t> m_besideMatrix;
+    SConversionLosses m_losses;
+};
+
+/// What a value is stored as, and how.
+struct SStoredText {
+    EStoredValue value;
+    std::string_view wrapped;
+    std::string_view rounded;
+};
+
+constexpr std::array kStoredTexts{
+    SStoredText{EStoredValue::Word, "the low 16 bits of value x 65535", "whole 65535ths"},
+    SStoredText{EStoredValue::Byte, "the low 8 bits of value x 255", "whole 255ths"},
+    SStoredText{EStoredValue::Text, "", "five decimals"},
+};
+
+/// "1 pixel has", "2 pixels have".
+std::string Counted(std::uint64_t count, std::string_view noun, std::string_view one,
+                    std::string_view several) {
+    return count == 1 ? fmt::format("1 {} {}", noun, one)
+                      : fmt::format("{} {}s {}", count, noun, several);
+}
+
+} // namespace
+
+SConversionLosses CountLosses(const CChromaCorrectCoef& map, const SElementForm& form) {
+    CLossCount count(form);
+    for (std::int32_t y = 0; y < map.Height(); ++y)
+        for (std::int32_t x = 0; x < map.Width(); ++x)
+            count.Add(map.ElementOrDefault(x, y));
+    return count.Losses();
+}
+
+std::vector<std::string> DescribeLosses(const SConversionLosses& losses, const SElementForm& form,
+                                        const std::string& target) {
+    std::vector<std::string> told;
+    const auto stored = std::ranges::find(kStoredTexts, form.value, &SStoredText::value);
+    if (losses.offDiagonalPixels != 0)
+        told.push_back(fmt::format("{} entries off the diagonal, which {} does not hold",
+                                   Counted(losses.offDiagonalPixels, "pixel", "has", "have"),
+                                   target));
+    if (losses.besideMatrixPixels != 0)
+        told.push_back(fmt::format("{} values beside the matrix that {} does not hold",
+                                   Counted(losses.besideMatrixPixels, "pixel", "has", "have"),
+                                   target));
+    if (losses.zeroedValues != 0)
+        told.push_back(
+            fmt::format("{} or beyond all integers and became 0",
+                        Counted(losses.zeroedValues, "value", "is no number", "are no numbers")));
+    if (losses.wrappedValues != 0)
+        told.push_back(fmt::format("{} out of the range 0 to 1 and wrapped: {} stand there",
+                                   Counted(losses.wrappedValues, "value", "is", "are"),
+                                   stored->wrapped));
+    if (losses.cleanedValues != 0)
+        told.push_back(fmt::format(
+            "{} changed when the text is read, which takes values from 0 to 1 and columns whose "
+            "sum is 1 at most",
+            Counted(losses.cleanedValues, "value", "is", "are")));
+    if (losses.roundedValues != 0)
+        told.push_back(fmt::format("{} rounded to {}",
+                                   Counted(losses.roundedValues, "value", "is", "are"),
+                                   stored->rounded));
+    return told;
+}
+
+} // namespace trevolt

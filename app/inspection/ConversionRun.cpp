@@ -1,0 +1,142 @@
+#include "app/inspection/ConversionRun.h"
+
+#include <set>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "app/inspection/ConversionPlan.h"
+#include "app/rotation/CoefFileSearch.h"
+#include "platform/FileSystem.h"
+#include "platform/SystemError.h"
+#include "trevolt/MemoryBudget.h"
+#include "trevolt/TransferProblems.h"
+#include "trevolt/Utf8.h"
+
+namespace trevolt {
+namespace {
+
+SConvertedFile FailedFile(std::string name, std::string problem) {
+    SConvertedFile file;
+    file.name = std::move(name);
+    file.conversion.problems.push_back(std::move(problem));
+    return file;
+}
+
+/// One output under its own name.
+SConversion ConvertSingle(const SConversionRequest& request, const SPlannedConversion& file) {
+    const SOutputFile output{file.outputName, request.replaces, request.sync};
+    if (std::string obstacle = DescribeOutputObstacle(output, {file.path}); !obstacle.empty()) {
+        SConversion refused;
+        refused.problems.push_back(std::move(obstacle));
+        return refused;
+    }
+    return ConvertFile(file.path, file.target,
+                       [&](const OutputWriter& write) { return WriteOutputFile(output, write); });
+}
+
+/// Outputs of a folder.
+class CFolderConversion {
+  public:
+    CFolderConversion(const SConversionRequest& request, const SConversionPlan& plan)
+        : m_request(request), m_plan(plan), m_target(request.output, request.sync) {}
+
+    /// Why the folders of the outputs cannot be written to; empty when they can.
+    std::string Prepare() const {
+        std::set<std::wstring> below{L""};
+        for (const SPlannedConversion& file : m_plan.files)
+            below.insert(file.outputName.substr(0, file.outputName.rfind(kFolderSlash) + 1));
+        for (const std::wstring& one : below) {
+            if (const int error = m_target.Make(one); error != 0)
+                return WithSystemReason(
+                    fmt::format("the target folder {} cannot be made or synced",
+                                WideToShownUtf8(WithSeparator(m_request.output) + one)),
+                    error);
+            m_target.RemoveAbandoned(one);
+        }
+        return {};
+    }
+
+    SConversion Convert(const SPlannedConversion& file) {
+        if (!m_request.replaces && PathExists(WithSeparator(m_request.output) + file.outputName)) {
+            SConversion refused;
+            refused.problems.push_back(DescribeExistingOutput(WideToShownUtf8(file.outputName)));
+            return refused;
+        }
+        return ConvertFile(file.path, file.target, [&](const OutputWriter& write) {
+            std::string problem = WriteOutput(m_target, file.outputName, m_request.replaces, write);
+            if (const int error = problem.empty() ? m_target.SyncNames() : 0; error != 0)
+                problem = DescribeFolderSyncProblem(error);
+            return problem;
+        });
+    }
+
+  private:
+    const SConversionRequest& m_request;
+    const SConversionPlan& m_plan;
+    COutputFolder m_target;
+};
+
+class CPlannedConversions {
+  public:
+    CPlannedConversions(const SConversionPlan& plan, const std::atomic<bool>& interrupted,
+                        CConversionListener& listener)
+        : m_plan(plan), m_interrupted(interrupted), m_listener(listener) {}
+    ~CPlannedConversions() { CMemoryBudget::Process().GiveBackKept(); }
+    CPlannedConversions(const CPlannedConversions&) = delete;
+    CPlannedConversions& operator=(const CPlannedConversions&) = delete;
+
+    template <class Convert>
+    SConversionOutcome Run(Convert convert) {
+        for (const std::string& raw : m_plan.unnamable)
+            Deliver(FailedFile(raw, "passed over: its name is not valid UTF-8"));
+        for (const SPlannedConversion& file : m_plan.files) {
+            if (m_interrupted)
+                break;
+            Deliver({WideToShownUtf8(file.name), WideToShownUtf8(file.outputName),
+                     file.target.kind == nullptr, convert(file)});
+        }
+        m_total.end = m_interrupted         ? ERotationEnd::Interrupted
+                      : m_total.failed == 0 ? ERotationEnd::AllDone
+                                            : ERotationEnd::SomeFailed;
+        return m_total;
+    }
+
+  private:
+    void Deliver(const SConvertedFile& file) {
+        ++(file.HasFailed() ? m_total.failed : m_total.written);
+        m_listener.OnFile(file);
+    }
+
+    const SConversionPlan& m_plan;
+    const std::atomic<bool>& m_interrupted;
+    CConversionListener& m_listener;
+    SConversionOutcome m_total;
+};
+
+SConversionOutcome NothingConverted(std::vector<std::string> why, bool isListingBroken) {
+    SConversionOutcome outcome;
+    outcome.end = isListingBroken ? ERotationEnd::SomeFailed : ERotationEnd::NothingToDo;
+    outcome.errors = std::move(why);
+    return outcome;
+}
+
+} // namespace
+
+SConversionOutcome RunConversion(const SConversionRequest& request,
+                                 const std::atomic<bool>& interrupted,
+                                 CConversionListener& listener) {
+    const SConversionPlan plan = PlanConversion(request);
+    if (!plan.obstacles.empty())
+        return NothingConverted(plan.obstacles, plan.isListingBroken);
+    CPlannedConversions run(plan, interrupted, listener);
+    if (!request.to)
+        return run.Run(
+            [&](const SPlannedConversion& file) { return ConvertSingle(request, file); });
+    CFolderConversion folder(request, plan);
+    if (std::string obstacle = folder.Prepare(); !obstacle.empty())
+        return NothingConverted({std::move(obstacle)}, false);
+    return run.Run([&](const SPlannedConversion& file) { return folder.Convert(file); });
+}
+
+} // namespace trevolt
