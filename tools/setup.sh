@@ -11,7 +11,7 @@ packages_for() {
         build) echo g++ cmake ninja-build pkg-config liblz4-dev libxxhash-dev libcli11-dev libfmt-dev \
             nlohmann-json3-dev libssl-dev libstb-dev zlib1g-dev fonts-dejavu-core ;;
         test) packages_for build; echo dpkg-dev groff-base jq libgtest-dev locales lz4 parallel python3 \
-            python3-jsonschema python3-lz4 ;;
+            python3-jsonschema python3-lz4 python3-numpy ;;
         format) echo clang-format ;;
         lint) packages_for test; echo clang-tidy ;;
         bench) packages_for build; echo libbenchmark-dev lz4 python3 python3-lz4 python3-numpy ;;

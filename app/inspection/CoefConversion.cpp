@@ -103,7 +103,7 @@ class CConversion {
         if (m_target.kind == nullptr || !isIntegerArray || m_result.form == m_sourceForm)
             return;
         m_result.problems.push_back(fmt::format(
-            "its {} x {} a pixel are those of {}: convert it to that kind first, or save values "
+            "its {} {} a pixel are those of {}: convert it to that kind first, or save values "
             "from 0 to 1 as numpy.float32",
             m_sourceForm.count, ArrayTypeName(m_sourceForm.value),
             WideToShownUtf8(FindKindOf(m_sourceForm)->extension)));

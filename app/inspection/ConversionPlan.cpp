@@ -36,10 +36,15 @@ std::optional<SFormName> FormOfName(std::wstring_view name) {
     return SFormName{kind};
 }
 
-/// `name`, which tells what it is of, with another extension in place of its own and of what follows.
+/// `name`, which tells what it is of, with another extension in place of its own. What follows stays, as
+/// it does in a turn; only an array's stands at the end.
 std::wstring NameAs(const std::wstring& name, const SFormName& form) {
     const std::wstring_view own = IsNpyName(name) ? kNpyExtension : FindLoadKind(name)->extension;
-    return name.substr(0, ToLowerAscii(name).rfind(own)).append(ExtensionOf(form));
+    const std::size_t begin = ToLowerAscii(name).rfind(own);
+    const std::wstring before = name.substr(0, begin);
+    const std::wstring behind = name.substr(begin + own.size());
+    const std::wstring extension(ExtensionOf(form));
+    return form.kind == nullptr ? before + behind + extension : before + extension + behind;
 }
 
 class CConversionPlanner {

@@ -31,6 +31,7 @@ from cli_support import (ANGLES, CABINETS, MAGICS, PROGRAM, ROOT, SAMPLES, STORE
                          with_recorder)
 from compose_test import Compose
 from crop_test import Crop
+from convert_test import Convert
 from flags_test import Angles, Flags, Json, Progress
 from mistakes_test import Mistakes
 
