@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdint>
 #include <limits>
 #include <new>
@@ -68,11 +69,14 @@ class CFileRotation {
           m_extrasKind(request.keepExtras && !IsCopy() ? FindWordKind(m_loadKind) : std::nullopt) {}
 
     STurnedFile Run() {
+        const auto begin = std::chrono::steady_clock::now();
         m_outcome.name = WideToShownUtf8(m_planned.name);
         m_outcome.angleCode = m_planned.angle.code;
         if (!IsOutputTaken())
             Turn();
         m_outcome.interrupted = m_interrupted && m_output == nullptr;
+        m_outcome.took = std::chrono::duration_cast<std::chrono::microseconds>(
+            std::chrono::steady_clock::now() - begin);
         return {std::move(m_outcome), std::move(m_output), false,
                 m_request.keepTimes ? m_planned.Path() : std::wstring()};
     }
@@ -126,46 +130,57 @@ class CFileRotation {
         return sum;
     }
 
-    bool WantsSums() const { return !m_request.manifest.empty() && !m_request.dryRun; }
+    bool WantsSums() const {
+        return (m_request.sums || !m_request.manifest.empty()) && !m_request.dryRun;
+    }
 
     bool SumSource() {
         if (!WantsSums() || !m_source.IsOpen())
             return true;
-        m_sourceSum = SumOfSource();
-        return m_sourceSum.has_value();
+        auto sum = SumOfSource();
+        if (sum)
+            m_outcome.sourceSum = *std::move(sum);
+        return !m_outcome.sourceSum.empty();
     }
 
     /// Fails where not.
     bool IsSourceUnchanged() {
-        if (!m_sourceSum)
+        if (m_outcome.sourceSum.empty())
             return true;
         const auto sum = SumOfSource();
-        if (sum && sum != m_sourceSum)
+        if (sum && sum != m_outcome.sourceSum)
             Fail("changed while it was turned");
-        return sum == m_sourceSum;
+        return sum == m_outcome.sourceSum;
     }
 
-    /// The manifest's lines of the source and of what was written of it, none where no manifest is
-    /// wanted; nothing when the file fails. The source is summed before the first look at it and
-    /// behind the last one: what was turned is then what both found.
-    std::optional<std::string> SumBoth(const std::wstring& written) {
+    /// Sums what was written, where that is wanted; false when the file fails. The source is summed
+    /// before the first look at it and behind the last one: what was turned is then what both found.
+    bool SumBoth(const std::wstring& written) {
         if (!WantsSums())
-            return std::string();
+            return true;
         if (!IsSourceUnchanged())
-            return std::nullopt;
-        const auto writtenSum = Sha256OfFile(written);
-        if (!writtenSum) {
+            return false;
+        auto sum = Sha256OfFile(written);
+        if (!sum) {
             FailWithReason("cannot be read back", errno);
-            return std::nullopt;
+            return false;
         }
-        const auto writtenLine = ManifestLine(*writtenSum, OutputPath());
-        const auto sourceLine =
-            m_sourceSum ? ManifestLine(*m_sourceSum, m_planned.Path()) : std::string();
+        m_outcome.outputSum = *std::move(sum);
+        return m_request.manifest.empty() || ListSums();
+    }
+
+    /// Makes the manifest's lines; false when the file fails.
+    bool ListSums() {
+        const auto writtenLine = ManifestLine(m_outcome.outputSum, OutputPath());
+        const auto sourceLine = m_outcome.sourceSum.empty()
+                                    ? std::string()
+                                    : ManifestLine(m_outcome.sourceSum, m_planned.Path());
         if (!writtenLine || !sourceLine) {
             Fail("its name cannot stand in a manifest: it has no UTF-8 form");
-            return std::nullopt;
+            return false;
         }
-        return *sourceLine + *writtenLine;
+        m_outcome.manifestLines = *sourceLine + *writtenLine;
+        return true;
     }
 
     bool FindSize() {
@@ -425,11 +440,11 @@ class CFileRotation {
         }
         if (!IsReadWell(report))
             return false;
-        auto lines = SumBoth(path);
-        if (!lines)
+        if (!SumBoth(path)) {
+            m_outcome.outputSum.clear();
             return false;
+        }
         m_output = std::move(output);
-        m_outcome.manifestLines = *std::move(lines);
         return true;
     }
 
@@ -438,6 +453,7 @@ class CFileRotation {
         m_output.reset();
         m_outcome.outputName.clear();
         m_outcome.losses.clear();
+        m_outcome.outputSum.clear();
         m_outcome.manifestLines.clear();
     }
 
@@ -540,7 +556,6 @@ class CFileRotation {
     std::optional<EWordKind> m_extrasKind; ///< of a word file whose extras are kept
     SWordExtras m_extras;                  ///< that a map's way has loaded
     CSourceFile m_source;
-    std::optional<std::string> m_sourceSum; ///< of an open source, when a manifest is wanted
     bool m_isOtherSizeNamed = false;
     PixelSize m_ownSize; ///< that the file tells, 0 × 0 when it tells none
     SFileOutcome m_outcome;

@@ -23,6 +23,7 @@ void Drop(STurnedFile& file) {
     file.output.reset();
     file.outcome.outputName.clear();
     file.outcome.losses.clear();
+    file.outcome.outputSum.clear();
     file.outcome.manifestLines.clear();
 }
 

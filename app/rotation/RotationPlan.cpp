@@ -174,20 +174,46 @@ void CheckTarget(const SRotationRequest& request, SRotationPlan& plan) {
             fmt::format("the target {} is not a folder", WideToShownUtf8(request.targetFolder)));
 }
 
-void CheckManifest(const std::wstring& manifest, SRotationPlan& plan) {
-    if (manifest.empty())
+/// A file that a run leaves beside its outputs.
+struct SSideFile {
+    const char* what;
+    const std::wstring& path;
+    bool replaces; ///< what stands there
+};
+
+void CheckSideFile(const SSideFile& file, SRotationPlan& plan) {
+    if (file.path.empty())
         return;
-    const std::string shown = WideToShownUtf8(manifest);
-    const std::wstring folder = FolderPart(manifest);
-    if (PathExists(manifest))
-        plan.obstacles.push_back(
-            fmt::format("the manifest {} exists already: choose another name", shown));
+    const std::string shown = fmt::format("the {} {}", file.what, WideToShownUtf8(file.path));
+    const std::wstring folder = FolderPart(file.path);
+    if (file.replaces && IsFolder(file.path))
+        plan.obstacles.push_back(shown + " is a folder: choose another name");
+    else if (!file.replaces && PathExists(file.path))
+        plan.obstacles.push_back(shown + " exists already: choose another name");
     else if (!folder.empty() && !IsFolder(folder))
-        plan.obstacles.push_back(
-            fmt::format("the folder of the manifest {} does not exist", shown));
-    else if (FindLoadKind(manifest.substr(folder.size())) != nullptr) // a later run would take it
-        plan.obstacles.push_back(fmt::format(
-            "the manifest {} has the name of a coefficient file: choose another name", shown));
+        plan.obstacles.push_back(fmt::format("the folder of {} does not exist", shown));
+    else if (FindLoadKind(file.path.substr(folder.size())) != nullptr) // a later run would take it
+        plan.obstacles.push_back(shown +
+                                 " has the name of a coefficient file: choose another name");
+}
+
+bool IsOneFile(const std::wstring& a, const std::wstring& b) {
+    const auto folderOf = [](const std::wstring& path) {
+        const std::wstring folder = FolderPart(path);
+        return folder.empty() ? std::wstring(L".") : folder;
+    };
+    return a.substr(FolderPart(a).size()) == b.substr(FolderPart(b).size()) &&
+           IsSameEntry(folderOf(a), folderOf(b));
+}
+
+void CheckSideFiles(const SRotationRequest& request, SRotationPlan& plan) {
+    CheckSideFile({"manifest", request.manifest, false}, plan);
+    CheckSideFile({"report", request.report, request.existing == EExistingOutput::Replace}, plan);
+    if (!request.manifest.empty() && !request.report.empty() &&
+        IsOneFile(request.manifest, request.report))
+        plan.obstacles.push_back(fmt::format("the manifest and the report are both {}: choose "
+                                             "another name for one of them",
+                                             WideToShownUtf8(request.report)));
 }
 
 void TakeShard(const SShard& shard, SRotationPlan& plan) {
@@ -205,7 +231,7 @@ SRotationPlan PlanRotation(const SRotationRequest& request) {
     SRotationPlan plan;
     FindTurns(request, plan);
     CheckTarget(request, plan);
-    CheckManifest(request.manifest, plan);
+    CheckSideFiles(request, plan);
     if (!plan.obstacles.empty())
         return plan;
     CheckCount(request, plan);

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -84,6 +85,12 @@ struct SRotationRequest {
     /// A file that does not stand yet, for the SHA-256 sums of what was turned and of what was
     /// written; empty for none. A file that changes while it is turned then fails.
     std::wstring manifest;
+    /// Outcomes tell the SHA-256 sums of what was turned and of what was written. A file that changes
+    /// while it is turned then fails, too.
+    bool sums = false;
+    /// The file of a report that the listener writes behind the run, empty for none: the run is refused
+    /// where it could not stand. What stands there is replaced as outputs are.
+    std::wstring report;
     /// A file past one of them fails before its pixels are read, in a lenient run too.
     SRotationLimits limits;
     /// What the listener hears of has reached the disk: each output before it gets its name, the
@@ -136,6 +143,12 @@ struct SFileOutcome {
     bool skipped = false;      ///< its output stood already, which the request lets stand
     bool interrupted = false;  ///< given up because the run was interrupted
     std::string manifestLines; ///< of a file that was written, when a manifest is wanted
+    /// SHA-256 in 64 hex digits, when sums or a manifest are wanted: of the source as far as it was
+    /// read, and of what was written. Else empty.
+    std::string sourceSum;
+    std::string outputSum;
+    /// From the first look at the file until its output was written, waits for memory included.
+    std::chrono::microseconds took{0};
 
     bool HasFailed() const { return !problems.empty(); }
 };
@@ -148,6 +161,7 @@ struct SRotationOutcome {
     /// was turned, what ended it.
     std::vector<std::string> errors;
     std::string manifestError; ///< why the manifest that is wanted does not stand, in plain words
+    std::string reportError;   ///< the same of the report, set by its writer
     std::size_t written = 0;
     std::size_t failed = 0;
     std::size_t skipped = 0;

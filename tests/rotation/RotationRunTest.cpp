@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -1184,6 +1185,88 @@ TEST_F(ManifestOfRun, IsToldWhenItCannotBeWritten) {
     EXPECT_EQ(outcome.manifestError.substr(0, told.size()), told);
     const auto left = ListEntries(folder + kPathSeparator).entries;
     EXPECT_EQ(left.size(), 3U) << "'.', '..' and the folder in the manifest's place";
+}
+
+TEST_F(RotationRun, TellsSumsWhereTheyAreWanted) {
+    AddFile(L"a.3bcoef", 4, 3);
+    AddCutShort(L"b.3bcoef", *FindExportKind(L"b.3bcoef"));
+    EXPECT_EQ(Run().written, 1U);
+    EXPECT_EQ(m_listener.outcomes.at(0).sourceSum, "");
+    EXPECT_EQ(m_listener.outcomes.at(0).outputSum, "");
+    m_request.sums = true;
+    EXPECT_EQ(Run().written, 1U);
+    const SFileOutcome& turned = m_listener.outcomes.at(0);
+    EXPECT_EQ(turned.sourceSum, Sha256OfFile(m_source.File(L"a.3bcoef")));
+    EXPECT_EQ(turned.outputSum, Sha256OfFile(m_target.File(L"a-90\u00B0.3bcoef")));
+    EXPECT_EQ(turned.manifestLines, "");
+    const SFileOutcome& failed = m_listener.outcomes.at(1);
+    EXPECT_EQ(failed.sourceSum, Sha256OfFile(m_source.File(L"b.3bcoef")));
+    EXPECT_EQ(failed.outputSum, "");
+    m_request.dryRun = true;
+    EXPECT_EQ(Run().written, 1U);
+    EXPECT_EQ(m_listener.outcomes.at(0).sourceSum, "");
+}
+
+TEST_F(RotationRun, NoSumIsToldOfAnOutputThatDoesNotStand) {
+    AddFile(L"a.3bcoef", 4, 3);
+    AddFile(L"b.3bcoef", 4, 3);
+    m_request.existing = EExistingOutput::Refuse;
+    m_request.sums = true;
+    m_listener.afterFile = [&] { WriteText(m_target.File(L"b-90\u00B0.3bcoef"), "mine"); };
+    EXPECT_EQ(Run().failed, 1U);
+    EXPECT_NE(m_listener.outcomes.at(0).outputSum, "");
+    EXPECT_EQ(m_listener.outcomes.at(1).outputSum, "");
+    EXPECT_NE(m_listener.outcomes.at(1).sourceSum, "");
+}
+
+TEST_F(RotationRun, TellsHowLongAFileTook) {
+    AddFile(L"a.3bcoef", 300, 200);
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(Run().written, 1U);
+    EXPECT_GT(Only().took.count(), 0);
+    EXPECT_LE(Only().took, std::chrono::steady_clock::now() - begin);
+}
+
+class ReportOfRun : public RotationRun {
+  protected:
+    ReportOfRun() {
+        m_request.report = m_place.File(L"run.html");
+        m_request.existing = EExistingOutput::Refuse;
+        AddFile(L"a.3bcoef", 4, 3);
+    }
+
+    CTemporaryFolder m_place;
+};
+
+TEST_F(ReportOfRun, ReplacesAsOutputsDo) {
+    WriteText(m_request.report, "kept");
+    ExpectNothingToDo("run.html exists already: choose another name");
+    m_request.existing = EExistingOutput::Skip;
+    ExpectNothingToDo("run.html exists already: choose another name");
+    m_request.existing = EExistingOutput::Replace;
+    EXPECT_EQ(Run().written, 1U);
+    EXPECT_EQ(ReadText(m_request.report), "kept") << "its writer is the listener";
+}
+
+TEST_F(ReportOfRun, AFolderIsNeverReplaced) {
+    m_request.report = m_place.Path();
+    m_request.existing = EExistingOutput::Replace;
+    ExpectNothingToDo("is a folder: choose another name");
+}
+
+TEST_F(ReportOfRun, HasAPlaceAndANameOfItsOwn) {
+    m_request.report = m_place.File(L"no") + kPathSeparator + L"run.html";
+    ExpectNothingToDo("the folder of the report");
+    m_request.report = m_place.File(L"run.9fcoef.html");
+    ExpectNothingToDo("has the name of a coefficient file: choose another name");
+    const std::wstring folder = m_place.File(L"x");
+    ASSERT_TRUE(CreateFolders(folder));
+    const std::wstring around = folder + kPathSeparator + L".." + kPathSeparator;
+    m_request.report = around + L"run.html";
+    m_request.manifest = m_place.File(L"run.html");
+    ExpectNothingToDo("the manifest and the report are both");
+    m_request.manifest = around + L"run2.html";
+    EXPECT_EQ(Run().written, 1U);
 }
 
 TEST_F(RotationRun, WhatHasNoNameWhenTheRunIsInterruptedGetsNone) {
