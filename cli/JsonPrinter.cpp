@@ -75,7 +75,8 @@ class CJsonPrinter : public CRunPrinter {
                      {"skipped", outcome.skipped},
                      {"passed_over", m_passedOver},
                      {"errors", outcome.errors},
-                     {"manifest_error", TextOrNull(outcome.manifestError)}});
+                     {"manifest_error", TextOrNull(outcome.manifestError)},
+                     {"report_error", TextOrNull(outcome.reportError)}});
     }
 
   private:

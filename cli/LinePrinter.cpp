@@ -85,6 +85,8 @@ class CLinePrinter : public CRunPrinter {
             return;
         if (!outcome.manifestError.empty())
             Complain("{}", outcome.manifestError);
+        if (!outcome.reportError.empty())
+            Complain("{}", outcome.reportError);
         if (!m_style.quiet)
             PrintText(stdout, ClosingLine(outcome));
     }

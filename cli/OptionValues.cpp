@@ -165,6 +165,16 @@ std::wstring ParsePath(const std::string& text) {
     return *std::move(wide);
 }
 
+std::wstring ParsePagePath(const std::string& text) {
+    std::wstring path = ParsePath(text);
+    std::wstring name = path;
+    for (wchar_t& c : name)
+        c = c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c - L'A' + L'a') : c;
+    if (!name.ends_with(L".html") && !name.ends_with(L".htm"))
+        Refuse("{} is no name of a page: give one that ends in .html", text);
+    return path;
+}
+
 std::wstring ParseSuffix(const std::string& text) {
     auto wide = Utf8ToWide(text);
     if (!wide)

@@ -39,6 +39,9 @@ SShard ParseShard(const std::string& text);
 /// A path that is not empty and is UTF-8.
 std::wstring ParsePath(const std::string& text);
 
+/// The same of a page: its name ends in .html or .htm.
+std::wstring ParsePagePath(const std::string& text);
+
 /// What can stand in a name before its first dot on every system.
 std::wstring ParseSuffix(const std::string& text);
 

@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include "app/inspection/RotationReport.h"
 #include "cli/Commands.h"
 #include "cli/RotateOptions.h"
 #include "cli/RunPrinter.h"
@@ -59,6 +60,43 @@ std::unique_ptr<CRunPrinter> MakePrinter(const SRotationRequest& request,
     return MakeLinePrinter(request, {options.quiet, options.verbose});
 }
 
+/// Tells the report first: a printer throws where nobody listens.
+class CReportedRun : public CRotationListener {
+  public:
+    CReportedRun(CRotationReport& report, CRunPrinter& printer)
+        : m_report(report), m_printer(printer) {}
+
+    void OnPlan(const SRotationPlan& plan) override {
+        m_report.OnPlan(plan);
+        m_printer.OnPlan(plan);
+    }
+    void OnFile(const SFileOutcome& outcome, std::size_t done, std::size_t count) override {
+        m_report.OnFile(outcome, done, count);
+        m_printer.OnFile(outcome, done, count);
+    }
+
+  private:
+    CRotationReport& m_report;
+    CRunPrinter& m_printer;
+};
+
+SRotationOutcome RunReported(const SRotationRequest& request, CRunPrinter& printer) {
+    CRotationReport report(request, TREVOLT_VERSION);
+    CReportedRun listener(report, printer);
+    SRotationOutcome outcome;
+    try {
+        outcome = RunRotation(request, CatchInterrupts(), listener);
+    } catch (...) { // what was told stands, and the page tells it
+        outcome.end = ERotationEnd::Interrupted;
+        report.Write(outcome);
+        throw;
+    }
+    outcome.reportError = report.Write(outcome);
+    if (!outcome.reportError.empty() && outcome.end == ERotationEnd::AllDone)
+        outcome.end = ERotationEnd::SomeFailed;
+    return outcome;
+}
+
 int Rotate(const SRotateOptions& options) {
     const SRotationRequest request = MakeRotationRequest(options);
     if (options.maxMemory)
@@ -66,7 +104,9 @@ int Rotate(const SRotateOptions& options) {
     if (options.list)
         return ListFiles(request, options);
     const auto printer = MakePrinter(request, options);
-    const SRotationOutcome outcome = RunRotation(request, CatchInterrupts(), *printer);
+    const SRotationOutcome outcome = request.report.empty()
+                                         ? RunRotation(request, CatchInterrupts(), *printer)
+                                         : RunReported(request, *printer);
     printer->OnEnd(outcome);
     return ExitStatus(outcome.end);
 }

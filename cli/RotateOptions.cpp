@@ -84,6 +84,15 @@ void AddOutputs(CLI::App& command, SRotateOptions& options) {
     group.AddFlag("--no-sync", options.noSync, kNoSyncHelp);
 }
 
+void AddPage(COptionGroup& group, SRotateOptions& options, CLI::Option* dryRun, CLI::Option* list) {
+    group
+        .AddValue("--report", "FILE.html", options.report, ParsePagePath,
+                  "Page on the run for a browser: each file with its sums, times and pictures, and "
+                  "what failed first")
+        ->excludes(dryRun)
+        ->excludes(list);
+}
+
 void AddWork(CLI::App& command, SRotateOptions& options) {
     COptionGroup group(command, "Work");
     options.jobs = DefaultJobs();
@@ -105,7 +114,7 @@ void LetListNeedNoTarget(CLI::Option* list, CLI::Option* target) {
 
 void AddReport(CLI::App& command, SRotateOptions& options, CLI::Option* target) {
     COptionGroup group(command, "Report");
-    group.AddFlag(
+    CLI::Option* dryRun = group.AddFlag(
         "--dry-run,-n", options.dryRun,
         "Do all but write: the same plan and the same lines, but for what only writing shows");
     CLI::Option* list = group.AddFlag(
@@ -113,6 +122,7 @@ void AddReport(CLI::App& command, SRotateOptions& options, CLI::Option* target) 
         "Print the files that a run would take, one a line, as they open and with nothing "
         "escaped, and turn none; one SOURCE then needs no TARGET");
     LetListNeedNoTarget(list, target);
+    AddPage(group, options, dryRun, list);
     group
         .AddFlag("--null,-0", options.nullEnds,
                  "End the names of --list with NUL, for names that hold line ends")

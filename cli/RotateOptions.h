@@ -31,6 +31,7 @@ struct SRotateOptions {
     bool verify = false;
     bool noSync = false;
     std::wstring manifest;
+    std::wstring report;
     std::size_t jobs = 1;
     SShard shard;
     SRotationLimits limits;

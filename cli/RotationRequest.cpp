@@ -6,6 +6,7 @@
 #include "cli/RotateOptions.h"
 #include "cli/ShownText.h"
 #include "cli/Sources.h"
+#include "platform/FileSystem.h"
 #include "trevolt/Utf8.h"
 
 namespace trevolt {
@@ -43,6 +44,14 @@ void CheckSize(const SRotateOptions& options) {
                         options.size->height, largest.width, largest.height));
 }
 
+/// Even with --overwrite.
+void CheckReport(const SRotateOptions& options) {
+    if (options.angleTable && IsSameEntry(options.report, *options.angleTable))
+        throw CLI::ValidationError(
+            "--report", fmt::format("{} is the table of angles, which stays: choose another name",
+                                    WideToShownUtf8(options.report)));
+}
+
 /// A list has its target, if any, as the last of the sources.
 void TakePlaces(const SRotateOptions& options, SRotationRequest& request) {
     std::vector<std::string> sources = options.sources;
@@ -64,6 +73,7 @@ EExistingOutput ExistingOutputs(const SRotateOptions& options) {
 
 SRotationRequest MakeRotationRequest(const SRotateOptions& options) {
     CheckSize(options);
+    CheckReport(options);
     SRotationRequest request;
     TakeAngles(options, request);
     TakePlaces(options, request);
@@ -81,6 +91,8 @@ SRotationRequest MakeRotationRequest(const SRotateOptions& options) {
     request.shard = options.shard;
     request.jobs = options.jobs;
     request.manifest = options.manifest;
+    request.report = options.report;
+    request.sums = !options.report.empty();
     request.limits = options.limits;
     request.sync = !options.noSync;
     return request;

@@ -128,6 +128,14 @@ struct SRotationPlan {
     bool isListingBroken = false; ///< an obstacle is that a folder could not be listed to its end
 };
 
+/// A small picture of a map.
+struct SMapPicture {
+    std::string png; ///< the bytes of a PNG file; empty for none
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    std::string range; ///< the values of its darkest and its lightest colour, in plain words
+};
+
 /// What became of one file.
 struct SFileOutcome {
     std::string name;                  ///< as planned, UTF-8
@@ -147,6 +155,8 @@ struct SFileOutcome {
     /// read, and of what was written. Else empty.
     std::string sourceSum;
     std::string outputSum;
+    SMapPicture sourcePicture; ///< where pictures are wanted and the map can be read
+    SMapPicture outputPicture; ///< the same of what was written
     /// From the first look at the file until its output was written, waits for memory included.
     std::chrono::microseconds took{0};
 
