@@ -80,8 +80,9 @@ class CReportedRun : public CRotationListener {
     CRunPrinter& m_printer;
 };
 
-SRotationOutcome RunReported(const SRotationRequest& request, CRunPrinter& printer) {
+SRotationOutcome RunReported(SRotationRequest& request, CRunPrinter& printer) {
     CRotationReport report(request, TREVOLT_VERSION);
+    request.thumbnail = [&report](const CChromaCorrectCoef& map) { return report.Thumbnail(map); };
     CReportedRun listener(report, printer);
     SRotationOutcome outcome;
     try {
@@ -98,7 +99,7 @@ SRotationOutcome RunReported(const SRotationRequest& request, CRunPrinter& print
 }
 
 int Rotate(const SRotateOptions& options) {
-    const SRotationRequest request = MakeRotationRequest(options);
+    SRotationRequest request = MakeRotationRequest(options);
     if (options.maxMemory)
         CMemoryBudget::Process().SetLimit(*options.maxMemory);
     if (options.list)

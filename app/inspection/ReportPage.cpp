@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "app/inspection/ColourScale.h"
 #include "app/inspection/HtmlText.h"
 #include "app/inspection/ReportStyle.h"
 #include "trevolt/Utf8.h"
@@ -183,11 +184,28 @@ std::string Alert(const std::string& text) {
                         : fmt::format("<p class=\"verdict bad\">{}</p>\n", Html(text));
 }
 
-/// The colours are those of the scale that the pictures have.
-constexpr const char* kPictureNote =
-    "<p>The pictures show how bright each pixel is made for white: from "
-    "<span class=\"scale\" style=\"background:linear-gradient(to right,{})\"></span> "
-    "dark to light, between the two values below each picture.</p>\n";
+/// The scale that the pictures have, as CSS takes it.
+std::string ScaleColours() {
+    constexpr int kSteps = 8;
+    const CColourScale scale(EColourScale::FalseColour);
+    std::vector<std::string> colours;
+    for (int i = 0; i <= kSteps; ++i) {
+        const SColour colour = scale.At(static_cast<double>(i) / kSteps);
+        colours.push_back(
+            fmt::format("#{:02x}{:02x}{:02x}", colour.red, colour.green, colour.blue));
+    }
+    return fmt::format("{}", fmt::join(colours, ","));
+}
+
+std::string PictureNote(const SReportedRun& run) {
+    if (!run.hasPictures)
+        return "<p>There are no pictures: those of so many files would be too large.</p>\n";
+    return fmt::format(
+        "<p>The pictures show how bright each pixel is made for white, in colours "
+        "<span class=\"scale\" style=\"background-image:linear-gradient(to right,{})\"></span> "
+        "from the smaller to the larger value that stands below each picture.</p>\n",
+        ScaleColours());
+}
 
 // Links within the page.
 
@@ -276,12 +294,12 @@ std::string NameCell(const SReportedFile& file) {
 /// A map before or after the turn.
 struct SMapCell {
     const char* when;
-    const PixelSize& size;
-    const SMapPicture& picture;
+    PixelSize size;
+    const SThumbnail& picture;
 };
 
 std::string PictureHtml(const SMapCell& cell, const std::string& name) {
-    const SMapPicture& picture = cell.picture;
+    const SThumbnail& picture = cell.picture;
     if (picture.png.empty())
         return {};
     return fmt::format("<img src=\"data:image/png;base64,{}\" width=\"{}\" height=\"{}\" "
@@ -390,7 +408,7 @@ std::string ReportBegin(const SReportedRun& run) {
     for (const std::string& error : run.outcome.errors)
         html += Alert(error);
     html += Alert(run.outcome.manifestError);
-    html += Counts(run) + Facts(run) + "</section>\n";
+    html += Counts(run) + Facts(run) + PictureNote(run) + "</section>\n";
     if (run.failed == 0)
         return html;
     return html + "<section aria-labelledby=\"failed\">\n<h2 id=\"failed\">Failed files</h2>\n" +
@@ -417,7 +435,9 @@ std::string ReportRow(const SReportedFile& file) {
     const SFileOutcome& outcome = file.outcome;
     return fmt::format("<tr id=\"f{}\" role=\"row\">", file.number) + NameCell(file) +
            MapCell({"before", outcome.ownSize, outcome.sourcePicture}, outcome.name) +
-           MapCell({"after", outcome.turnedSize, outcome.outputPicture}, outcome.name) +
+           MapCell({"after", outcome.outputName.empty() ? PixelSize() : outcome.turnedSize,
+                    outcome.outputPicture},
+                   outcome.name) +
            TurnCell(outcome) + StateCell(outcome) + TimeCell(file) + SumCell(outcome) + "</tr>\n";
 }
 

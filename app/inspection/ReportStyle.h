@@ -59,7 +59,7 @@ tr:target{background:var(--mark)}
 .number{color:var(--soft);font-variant-numeric:tabular-nums}
 .name{font-weight:600}
 .output,.more{display:block;color:var(--soft)}
-img{display:block;max-width:100%;height:auto;margin-bottom:.3rem;background:var(--head);
+img{display:block;max-width:100%;height:auto;margin-bottom:.3rem;image-rendering:pixelated;
 border:1px solid var(--line)}
 .badge{display:inline-block;padding:.1rem .55rem;border-radius:1rem;font-weight:600}
 td ul{margin:.4rem 0 0;padding-left:1.1rem}

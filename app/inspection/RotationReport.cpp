@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "app/inspection/MapThumbnail.h"
 #include "app/rotation/OutputFile.h"
 #include "common/WrittenFile.h"
 #include "platform/FileStream.h"
@@ -95,6 +96,10 @@ CRotationReport::CRotationReport(const SRotationRequest& request, std::string ve
 
 CRotationReport::~CRotationReport() = default;
 
+SThumbnail CRotationReport::Thumbnail(const CChromaCorrectCoef& map) const {
+    return m_side == 0 ? SThumbnail() : MapThumbnail(map, m_side);
+}
+
 void CRotationReport::OnPlan(const SRotationPlan& plan) {
     m_hasBegun = true;
     try {
@@ -129,6 +134,8 @@ std::string CRotationReport::Write(const SRotationOutcome& outcome) {
 void CRotationReport::Begin(const SRotationPlan& plan) {
     m_run.started = std::chrono::system_clock::now();
     m_run.planned = plan.turns.size() + plan.unnamable.size();
+    m_side = ThumbnailSide(m_run.planned);
+    m_run.hasPictures = m_side > 0;
     m_run.passedOver = plan.passedOver.size();
     m_run.entries.assign(plan.passedOver.begin(),
                          plan.passedOver.begin() + static_cast<std::ptrdiff_t>(std::min(

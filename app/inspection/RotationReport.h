@@ -23,6 +23,9 @@ class CRotationReport : public CRotationListener {
     CRotationReport(const CRotationReport&) = delete;
     CRotationReport& operator=(const CRotationReport&) = delete;
 
+    /// A picture of a map for the page. Any thread may ask for it once the plan is known.
+    SThumbnail Thumbnail(const CChromaCorrectCoef& map) const;
+
     void OnPlan(const SRotationPlan& plan) override;
     void OnFile(const SFileOutcome& outcome, std::size_t done, std::size_t count) override;
 
@@ -41,6 +44,7 @@ class CRotationReport : public CRotationListener {
     const SRotationRequest& m_request;
     SRotationOutcome m_outcome; ///< as the page tells it
     SReportedRun m_run;
+    int m_side = 0; ///< of pictures; 0 for none
     bool m_hasBegun = false;
     std::string m_problem; ///< the first
     std::unique_ptr<CRows> m_failed;

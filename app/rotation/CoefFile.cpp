@@ -14,10 +14,11 @@ namespace {
 
 class CCoefFileLoad {
   public:
-    explicit CCoefFileLoad(const std::wstring& path) : m_path(path) {}
+    CCoefFileLoad(const std::wstring& path, const SFileKind* kind) : m_path(path) {
+        m_load.kind = kind;
+    }
 
     SCoefLoad Run() {
-        m_load.kind = FindLoadKind(m_path.substr(FolderPart(m_path).size()));
         if (m_load.kind == nullptr) {
             m_load.problems.emplace_back("is no coefficient file by its name");
             return std::move(m_load);
@@ -84,6 +85,12 @@ class CCoefFileLoad {
 
 } // namespace
 
-SCoefLoad LoadCoefFile(const std::wstring& path) { return CCoefFileLoad(path).Run(); }
+SCoefLoad LoadCoefFile(const std::wstring& path) {
+    return CCoefFileLoad(path, FindLoadKind(path.substr(FolderPart(path).size()))).Run();
+}
+
+SCoefLoad LoadCoefFile(const std::wstring& path, const SFileKind& kind) {
+    return CCoefFileLoad(path, &kind).Run();
+}
 
 } // namespace trevolt

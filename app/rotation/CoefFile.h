@@ -25,4 +25,7 @@ struct SCoefLoad {
 /// std::bad_alloc; memory refused for the map is a problem.
 SCoefLoad LoadCoefFile(const std::wstring& path);
 
+/// The same of a kind that the name does not tell, as that of a file under work.
+SCoefLoad LoadCoefFile(const std::wstring& path, const SFileKind& kind);
+
 } // namespace trevolt

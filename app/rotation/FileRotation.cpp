@@ -12,6 +12,7 @@
 
 #include <fmt/format.h>
 
+#include "app/rotation/CoefFile.h"
 #include "app/rotation/Manifest.h"
 #include "app/rotation/SourceFile.h"
 #include "app/rotation/StoredKinds.h"
@@ -77,6 +78,8 @@ class CFileRotation {
         m_outcome.interrupted = m_interrupted && m_output == nullptr;
         m_outcome.took = std::chrono::duration_cast<std::chrono::microseconds>(
             std::chrono::steady_clock::now() - begin);
+        if (m_request.thumbnail && !m_interrupted && !m_outcome.skipped)
+            TakePictures();
         return {std::move(m_outcome), std::move(m_output), false,
                 m_request.keepTimes ? m_planned.Path() : std::wstring()};
     }
@@ -540,6 +543,28 @@ class CFileRotation {
         });
         m_outcome.losses = std::move(losses);
         return IsReadWell(report);
+    }
+
+    void TakePictures() {
+        m_outcome.sourcePicture = PictureOf(m_planned.Path(), &m_loadKind, m_ownSize);
+        if (m_output != nullptr)
+            m_outcome.outputPicture =
+                PictureOf(m_output->Path(), FindLoadKind(NamePart(m_planned.outputName)),
+                          m_outcome.turnedSize);
+    }
+
+    /// Of what can be read of a file; none of one whose size is not known.
+    SThumbnail PictureOf(const std::wstring& path, const SFileKind* kind, const PixelSize& size) {
+        if (kind == nullptr || size == PixelSize{})
+            return {};
+        const CWorkShare::CPart part(m_share, PixelsOf(size) * (kMapBytes + sizeof(SMatrixCoef)) +
+                                                  LargestStoreBytes(size) + kSideBytes);
+        try {
+            const SCoefLoad load = LoadCoefFile(path, *kind);
+            return load.map == nullptr ? SThumbnail() : m_request.thumbnail(*load.map);
+        } catch (const std::bad_alloc&) {
+            return {};
+        }
     }
 
     void Fail(std::string problem) { m_outcome.problems.push_back(std::move(problem)); }

@@ -24,6 +24,7 @@ void Drop(STurnedFile& file) {
     file.outcome.outputName.clear();
     file.outcome.losses.clear();
     file.outcome.outputSum.clear();
+    file.outcome.outputPicture = {};
     file.outcome.manifestLines.clear();
 }
 

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -42,6 +43,15 @@ struct SFileAngle {
 struct SShard {
     std::size_t number = 1;
     std::size_t count = 1;
+};
+
+/// A small picture of a map.
+struct SThumbnail {
+    std::string png; ///< the bytes of a PNG file; empty for none
+    // How large it is to be shown, in pixels of the screen.
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    std::string range; ///< the values of its darkest and its lightest colour, in plain words
 };
 
 struct SRotationRequest {
@@ -88,6 +98,9 @@ struct SRotationRequest {
     /// Outcomes tell the SHA-256 sums of what was turned and of what was written. A file that changes
     /// while it is turned then fails, too.
     bool sums = false;
+    /// Makes the pictures that outcomes have, of the maps as they are read back from source and output;
+    /// called on the threads of the run. Nothing fails where it throws std::bad_alloc.
+    std::function<SThumbnail(const CChromaCorrectCoef& map)> thumbnail;
     /// The file of a report that the listener writes behind the run, empty for none: the run is refused
     /// where it could not stand. What stands there is replaced as outputs are.
     std::wstring report;
@@ -128,14 +141,6 @@ struct SRotationPlan {
     bool isListingBroken = false; ///< an obstacle is that a folder could not be listed to its end
 };
 
-/// A small picture of a map.
-struct SMapPicture {
-    std::string png; ///< the bytes of a PNG file; empty for none
-    std::uint32_t width = 0;
-    std::uint32_t height = 0;
-    std::string range; ///< the values of its darkest and its lightest colour, in plain words
-};
-
 /// What became of one file.
 struct SFileOutcome {
     std::string name;                  ///< as planned, UTF-8
@@ -155,8 +160,8 @@ struct SFileOutcome {
     /// read, and of what was written. Else empty.
     std::string sourceSum;
     std::string outputSum;
-    SMapPicture sourcePicture; ///< where pictures are wanted and the map can be read
-    SMapPicture outputPicture; ///< the same of what was written
+    SThumbnail sourcePicture; ///< where pictures are wanted and the map can be read
+    SThumbnail outputPicture; ///< the same of what was written
     /// From the first look at the file until its output was written, waits for memory included.
     std::chrono::microseconds took{0};
 

@@ -1,0 +1,59 @@
+#include "app/inspection/MapThumbnail.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include "app/inspection/AreaAverage.h"
+#include "app/inspection/CellPainter.h"
+#include "app/inspection/MapPicture.h"
+#include "app/inspection/Picture.h"
+#include "app/inspection/PngFile.h"
+
+namespace trevolt {
+namespace {
+
+constexpr double kPageBytes = 32.0 * 1024 * 1024;
+/// In base64, of a picture of three bytes a pixel that nothing packs.
+constexpr double kPixelBytes = 4;
+constexpr int kSmallestSide = 16;
+constexpr int kLargestSide = 128;
+
+std::string RangeText(const std::optional<SValueRange>& found) {
+    if (!found)
+        return "without any number";
+    if (found->low == found->high)
+        return fmt::format("{:.3g}", found->low);
+    return fmt::format("{:.3g} to {:.3g}", found->low, found->high);
+}
+
+} // namespace
+
+int ThumbnailSide(std::size_t files) {
+    const double pixels = kPageBytes / (2 * kPixelBytes * static_cast<double>(files));
+    const double side = std::floor(std::sqrt(pixels));
+    return side < kSmallestSide ? 0 : static_cast<int>(std::min<double>(side, kLargestSide));
+}
+
+SThumbnail MapThumbnail(const CChromaCorrectCoef& map, int side) {
+    if (map.IsEmpty() || !map.HasStorage())
+        return {};
+    const PixelSize size{map.Width(), map.Height()};
+    const SPlotShape shape = PlotShape(size, PlotScale(size, {side, side}), kSmallestSide);
+    const SValueCells cells =
+        AverageByArea(MapRows(map, {}), static_cast<std::size_t>(shape.cellsWide),
+                      static_cast<std::size_t>(shape.cellsHigh), 1);
+    const auto found = RangeOf(cells);
+    CPicture picture(shape.cellsWide, shape.cellsHigh, kNoNumberColour);
+    CCellPainter painter(EColourScale::FalseColour,
+                         ScaleRange(EColourScale::FalseColour, {}, found));
+    painter.Paint(picture, 0, 0, cells, {shape.cellsWide, shape.cellsHigh, 1, 1});
+    const std::vector<std::uint8_t> png = PngBytes(picture);
+    return {std::string(png.begin(), png.end()), static_cast<std::uint32_t>(shape.Width()),
+            static_cast<std::uint32_t>(shape.Height()), RangeText(found)};
+}
+
+} // namespace trevolt
