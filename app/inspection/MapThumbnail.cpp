@@ -26,7 +26,7 @@ std::string RangeText(const std::optional<SValueRange>& found) {
     if (!found)
         return "without any number";
     if (found->low == found->high)
-        return fmt::format("{:.3g}", found->low);
+        return fmt::format("{:.3g} everywhere", found->low);
     return fmt::format("{:.3g} to {:.3g}", found->low, found->high);
 }
 

@@ -45,10 +45,15 @@ std::string TimeText(const SClock& clock) {
                        clock.time.minutes().count(), clock.time.seconds().count());
 }
 
-std::string TimeElement(TimePoint time, bool hasDay) {
+/// `shown` is what stands in it.
+std::string TimeElement(const SClock& clock, const std::string& shown) {
+    return fmt::format("<time datetime=\"{}T{}Z\">{}</time>", DayText(clock), TimeText(clock),
+                       shown);
+}
+
+std::string DayAndTime(TimePoint time) {
     const SClock clock = ClockOf(time);
-    return fmt::format("<time datetime=\"{}T{}Z\">{}{} UTC</time>", DayText(clock), TimeText(clock),
-                       hasDay ? DayText(clock) + " " : "", TimeText(clock));
+    return TimeElement(clock, fmt::format("{} {} UTC", DayText(clock), TimeText(clock)));
 }
 
 std::string SizeText(const PixelSize& size) {
@@ -87,14 +92,14 @@ SVerdict VerdictOf(const SReportedRun& run) {
     return {"good", run.planned == 1 ? "The file is done." : "All files are done."};
 }
 
-std::string CountTile(std::size_t count, const char* what) {
-    return fmt::format("<div><dt>{}</dt><dd>{}</dd></div>\n", what, count);
+std::string CountTile(std::size_t count, const char* what, const char* look = "") {
+    return fmt::format("<div class=\"tile {}\"><dt>{}</dt><dd>{}</dd></div>\n", look, what, count);
 }
 
 std::string Counts(const SReportedRun& run) {
     std::string html = "<dl class=\"counts\">\n";
     html += CountTile(run.written, "written");
-    html += CountTile(run.failed, "failed");
+    html += CountTile(run.failed, "failed", run.failed > 0 ? "bad" : "");
     if (run.skipped > 0)
         html += CountTile(run.skipped, "skipped");
     if (run.told < run.planned)
@@ -131,11 +136,11 @@ const char* ExistingText(EExistingOutput existing) {
     case EExistingOutput::Replace:
         return "replaced";
     case EExistingOutput::Skip:
-        return "left, and their files skipped";
+        return "kept, and their files are skipped";
     case EExistingOutput::Refuse:
         break;
     }
-    return "errors";
+    return "kept, and their files fail";
 }
 
 /// The facts of options that are not as they are without a word.
@@ -172,7 +177,7 @@ std::string Facts(const SReportedRun& run) {
     html += Fact("Existing outputs", ExistingText(run.request.existing));
     html += ChosenOptions(run.request);
     html += Fact("Threads", fmt::format("{} at most", run.request.jobs));
-    html += Fact("Started", TimeElement(run.started, true));
+    html += Fact("Started", DayAndTime(run.started));
     html += Fact("Took", ShownDuration(std::chrono::duration_cast<std::chrono::microseconds>(
                              run.ended - run.started)));
     html += Fact("Program", "trevolt-cli " + Html(run.version));
@@ -227,16 +232,17 @@ std::string Navigation(const SReportedRun& run) {
     return html + "</ul>\n</nav>\n";
 }
 
+/// What failed, at the top of the page.
 std::string JumpList(const SReportedRun& run) {
-    if (run.links.size() < 2) // the one row stands right below
+    if (run.failed == 0)
         return {};
-    std::string html = "<ul class=\"jump\">\n";
+    std::string html = "<nav aria-label=\"Failed files\">\n<ul class=\"jump\">\n";
     for (const SReportLink& link : run.links)
-        html += fmt::format("<li><a href=\"#f{}\"><bdi>{}</bdi></a></li>\n", link.number,
-                            Html(link.name));
+        html += fmt::format("<li><a href=\"#f{}\"><bdi>{}</bdi></a>: {}</li>\n", link.number,
+                            Html(link.name), Html(link.problem));
     if (run.failed > run.links.size())
         html += fmt::format("<li>and {} more in the table</li>\n", run.failed - run.links.size());
-    return html + "</ul>\n";
+    return html + "</ul>\n</nav>\n";
 }
 
 const char* FirstTable(const SReportedRun& run) {
@@ -324,8 +330,9 @@ std::string TurnCell(const SFileOutcome& outcome) {
 }
 
 std::string TimeCell(const SReportedFile& file) {
+    const SClock clock = ClockOf(file.finished);
     std::string html =
-        "<td role=\"cell\" data-is=\"finished\">" + TimeElement(file.finished, false);
+        "<td role=\"cell\" data-is=\"finished, UTC\">" + TimeElement(clock, TimeText(clock));
     if (!file.outcome.skipped)
         html += "<span class=\"more\">took " + ShownDuration(file.outcome.took) + "</span>";
     return html + "</td>\n";
@@ -346,9 +353,9 @@ struct SColumn {
     const char* look;
     const char* title;
 };
-constexpr std::array kColumns{SColumn{"file", "File"},    SColumn{"map", "Before"},
-                              SColumn{"map", "After"},    SColumn{"turn", "Turn"},
-                              SColumn{"state", "Status"}, SColumn{"time", "Finished"},
+constexpr std::array kColumns{SColumn{"file", "File"},  SColumn{"state", "Status"},
+                              SColumn{"map", "Before"}, SColumn{"map", "After"},
+                              SColumn{"turn", "Turn"},  SColumn{"time", "Finished, UTC"},
                               SColumn{"sum", "SHA-256"}};
 
 // The end.
@@ -404,15 +411,15 @@ std::string ReportBegin(const SReportedRun& run) {
 <section aria-labelledby="summary">
 <h2 id="summary">Summary</h2>
 )",
-        title, kReportStyle, FirstTable(run), verdict.look, Html(verdict.text), Navigation(run));
+        title, kReportStyle, FirstTable(run), verdict.look, Html(verdict.text),
+        JumpList(run) + Navigation(run));
     for (const std::string& error : run.outcome.errors)
         html += Alert(error);
     html += Alert(run.outcome.manifestError);
     html += Counts(run) + Facts(run) + PictureNote(run) + "</section>\n";
     if (run.failed == 0)
         return html;
-    return html + "<section aria-labelledby=\"failed\">\n<h2 id=\"failed\">Failed files</h2>\n" +
-           JumpList(run);
+    return html + "<section aria-labelledby=\"failed\">\n<h2 id=\"failed\">Failed files</h2>\n";
 }
 
 std::string ReportTableBegin(EReportTable table, std::size_t rows) {
@@ -433,12 +440,12 @@ std::string ReportTableBegin(EReportTable table, std::size_t rows) {
 
 std::string ReportRow(const SReportedFile& file) {
     const SFileOutcome& outcome = file.outcome;
+    const PixelSize turnedSize = outcome.outputName.empty() ? PixelSize() : outcome.turnedSize;
     return fmt::format("<tr id=\"f{}\" role=\"row\">", file.number) + NameCell(file) +
+           StateCell(outcome) +
            MapCell({"before", outcome.ownSize, outcome.sourcePicture}, outcome.name) +
-           MapCell({"after", outcome.outputName.empty() ? PixelSize() : outcome.turnedSize,
-                    outcome.outputPicture},
-                   outcome.name) +
-           TurnCell(outcome) + StateCell(outcome) + TimeCell(file) + SumCell(outcome) + "</tr>\n";
+           MapCell({"after", turnedSize, outcome.outputPicture}, outcome.name) + TurnCell(outcome) +
+           TimeCell(file) + SumCell(outcome) + "</tr>\n";
 }
 
 std::string ReportTableEnd() { return "</tbody>\n</table>\n</section>\n"; }
@@ -446,7 +453,7 @@ std::string ReportTableEnd() { return "</tbody>\n</table>\n</section>\n"; }
 std::string ReportEnd(const SReportedRun& run) {
     return PassedOver(run) + fmt::format("</main>\n<footer><p>Written by trevolt-cli {} at {}.</p>"
                                          "</footer>\n</body>\n</html>\n",
-                                         Html(run.version), TimeElement(run.ended, true));
+                                         Html(run.version), DayAndTime(run.ended));
 }
 
 } // namespace trevolt

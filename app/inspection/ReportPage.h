@@ -23,7 +23,8 @@ struct SReportedFile {
 /// A file that the page leads to from its top.
 struct SReportLink {
     std::size_t number = 1;
-    std::string name; ///< UTF-8
+    std::string name;    ///< UTF-8
+    std::string problem; ///< the first
 };
 
 /// So many failed files are linked from the top, and so many entries that were passed over are told.

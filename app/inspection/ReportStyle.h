@@ -28,19 +28,21 @@ border:1px solid var(--line);z-index:2}
 .good{color:var(--good);background:var(--goodback)}
 .bad{color:var(--bad);background:var(--badback)}
 .mild{color:var(--mild);background:var(--mildback)}
-nav ul{list-style:none;display:flex;flex-wrap:wrap;gap:.35rem 1.25rem;margin:0;padding:0}
-nav a{display:inline-block;padding:.3rem 0}
-.counts{display:grid;grid-template-columns:repeat(auto-fit,minmax(8rem,1fr));gap:.75rem;margin:0 0 .75rem}
-.counts div{background:var(--card);border:1px solid var(--line);border-radius:.5rem;padding:.6rem .9rem;
+nav ul:not(.jump){list-style:none;display:flex;flex-wrap:wrap;gap:.35rem 1.25rem;margin:0;padding:0}
+nav ul:not(.jump) a{display:inline-block;padding:.3rem 0}
+.counts{display:grid;grid-template-columns:repeat(auto-fill,minmax(8rem,1fr));gap:.75rem;margin:0 0 .75rem}
+.tile{background:var(--card);border:1px solid var(--line);border-radius:.5rem;padding:.6rem .9rem;
 display:flex;flex-direction:column-reverse}
-.counts dt{color:var(--soft)}
-.counts dd{margin:0;font-size:1.75rem;line-height:1.15;font-variant-numeric:tabular-nums}
+.tile dt{color:var(--soft)}
+.tile.bad{background:var(--badback);border-color:var(--bad)}
+.tile.bad dt{color:inherit}
+.tile dd{margin:0;font-size:1.75rem;line-height:1.15;font-variant-numeric:tabular-nums}
 .facts{background:var(--card);border:1px solid var(--line);border-radius:.5rem;margin:0;padding:.35rem .9rem}
 .facts div{display:grid;grid-template-columns:10rem 1fr;gap:0 1rem;padding:.3rem 0}
 .facts div+div{border-top:1px solid var(--line)}
 .facts dt{color:var(--soft)}
 .facts dd{margin:0;overflow-wrap:anywhere;white-space:pre-wrap}
-.jump{columns:16rem;margin:0 0 1rem;padding-left:1.25rem}
+.jump{margin:0 0 1rem;padding-left:1.25rem}
 .jump li{overflow-wrap:anywhere}
 bdi,.passed li{white-space:pre-wrap;overflow-wrap:anywhere}
 .scale{display:inline-block;width:6rem;height:.8rem;vertical-align:-.05rem;border-radius:.15rem;
@@ -55,7 +57,7 @@ overflow-wrap:normal}
 tbody th{font-weight:400}
 tbody tr{scroll-margin-top:3rem}
 tr:target{background:var(--mark)}
-.file{width:17%}.map{width:9.6rem}.turn{width:6.2rem}.time{width:7.4rem}.sum{width:15rem}
+.file{width:17%}.map{width:9.6rem}.turn{width:4.5rem}.time{width:6.6rem}.sum{width:15rem}
 .number{color:var(--soft);font-variant-numeric:tabular-nums}
 .name{font-weight:600}
 .output,.more{display:block;color:var(--soft)}
@@ -90,10 +92,10 @@ tbody tr{grid-template-columns:repeat(4,1fr)}}
 @page{size:A4 landscape;margin:12mm}
 html{font-size:70%}
 body{max-width:none;padding:0}
-.skip,nav{display:none}
+.skip,nav:not([aria-label^="F"]){display:none}
 thead{display:table-header-group}
 thead th{position:static}
-tr,.counts,.facts div{break-inside:avoid}
+tr,.tile,.facts div{break-inside:avoid}
 h2,caption{break-after:avoid}
 a{color:inherit;text-decoration:none}
 .badge,.verdict,img,.scale{print-color-adjust:exact;-webkit-print-color-adjust:exact}}

@@ -159,7 +159,7 @@ void CRotationReport::Add(const SFileOutcome& outcome, std::size_t number) {
     m_failed->Add(row);
     ++m_run.failed;
     if (m_run.links.size() < kReportedAtMost)
-        m_run.links.push_back({number, outcome.name});
+        m_run.links.push_back({number, outcome.name, outcome.problems.front()});
 }
 
 std::string CRotationReport::WritePage() try {
