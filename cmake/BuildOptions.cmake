@@ -2,6 +2,7 @@
 
 option(TREVOLT_BUILD_TESTS "Build the tests" OFF)
 option(TREVOLT_JOIN_SOURCES "Compile several sources of a target at a time" OFF)
+option(TREVOLT_JOIN_ENTRIES "Join the entries of programs with what they start (for clang-tidy)" OFF)
 option(TREVOLT_BUILD_BENCHMARKS "Build the benchmarks" OFF)
 option(TREVOLT_BUILD_FUZZERS "Build the libFuzzer targets (clang)" OFF)
 option(TREVOLT_COVERAGE "Count which lines and branches of the library run (GCC)" OFF)
@@ -51,6 +52,14 @@ endfunction()
 # prove that each source includes what it uses.
 function(trevolt_joined target)
     set_target_properties(${target} PROPERTIES UNITY_BUILD ${TREVOLT_JOIN_SOURCES})
+endfunction()
+
+# trevolt_joined_entry(<target> <file>)
+# A program's entry includes the same headers as the target that it starts: clang-tidy takes both as one.
+function(trevolt_joined_entry target file)
+    if(TREVOLT_JOIN_ENTRIES)
+        target_sources(${target} PRIVATE ${file})
+    endif()
 endfunction()
 
 # trevolt_folder(<folder> SOURCES <file>... [USES <target>...])
