@@ -81,6 +81,8 @@ void TellScreen(const SCompositionRequest& request, const SComposition& result) 
                   outcome.ownSize.width, outcome.ownSize.height, TurnText(file.code));
         TellRemarks(name, "the screen lacks", outcome.losses, outcome.notes);
     }
+    for (const std::string& loss : result.losses)
+        PrintLine(stdout, "{}: {}", output, loss);
     if (result.uncovered != 0)
         PrintLine(stdout, "{}: {} of its pixels {} in no file and {} default values", output,
                   result.uncovered, result.uncovered == 1 ? "is" : "are",
@@ -121,6 +123,8 @@ void TellCropping(const SCropRequest& request, const SCropping& result) {
         if (outcome.isWritten)
             PrintLine(stdout, "{} -> {}  ({} x {}{})", ShownRect(piece.rect), name,
                       outcome.size.width, outcome.size.height, TurnText(piece.code));
+        for (const std::string& loss : outcome.losses)
+            PrintLine(stdout, "{}: {}", name, loss);
     }
     const std::size_t written = CountWritten(result);
     if (written != 0) {
@@ -157,6 +161,7 @@ void TellCompositionAsJson(const SCompositionRequest& request, const SCompositio
                  {"uncovered", result.uncovered},
                  {"files", result.files.size()},
                  {"failed", CountFailed(result)},
+                 {"losses", result.losses},
                  {"errors", result.errors}});
 }
 
@@ -171,6 +176,7 @@ void TellCroppingAsJson(const SCropRequest& request, const SCropping& result) {
                      {"angle", DegreesOf(piece.code)},
                      {"rect", RectOrNull(piece.rect)},
                      {"size", SizeOrNull(outcome.size)},
+                     {"losses", outcome.losses},
                      {"problem", TextOrNull(outcome.problem)}});
     }
     PrintObject({{"type", "summary"},

@@ -11,6 +11,7 @@
 #include "app/rotation/Obstacles.h"
 #include "app/rotation/RectCover.h"
 #include "app/rotation/StoredKinds.h"
+#include "app/rotation/UnheldValues.h"
 #include "coef/WordObjects.h"
 #include "platform/FileSystem.h"
 #include "trevolt/FileKinds.h"
@@ -221,6 +222,9 @@ class CComposer {
     void Save(const CChromaCorrectCoef& screen) {
         FailWith(SaveCoefFile(screen, m_request.output));
         m_result.isWritten = !HasErrors(ECompositionEnd::SomeFailed);
+        if (m_result.isWritten)
+            m_result.losses = DescribeUnheld(screen, {0, 0, screen.Width(), screen.Height()},
+                                             *FindExportKind(FileNameOf(m_request.output.path)));
     }
 
     const SCompositionRequest& m_request;

@@ -69,6 +69,7 @@ struct SComposition {
     std::uint64_t uncovered = 0;       ///< its pixels in no file, which are default
     std::vector<SPlacedOutcome> files; ///< those of the request, in its order
     std::vector<std::string> errors;   ///< what forbids it but the files' own problems
+    std::vector<std::string> losses;   ///< of the screen, which its kind does not hold
     bool isWritten = false;            ///< also of a lenient run in which some failed
 };
 

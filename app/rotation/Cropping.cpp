@@ -8,6 +8,7 @@
 #include "app/rotation/MapRegion.h"
 #include "app/rotation/Obstacles.h"
 #include "app/rotation/OutputFolder.h"
+#include "app/rotation/UnheldValues.h"
 #include "platform/FileSystem.h"
 #include "platform/SystemError.h"
 #include "trevolt/FileKinds.h"
@@ -127,6 +128,8 @@ class CCropper {
                     return WriteMapPiece(map, piece.rect, piece.code, *KindOfPiece(piece), path);
                 });
         outcome.isWritten = outcome.problem.empty();
+        if (outcome.isWritten)
+            outcome.losses = DescribeUnheld(map, piece.rect, *KindOfPiece(piece));
     }
 
     std::string MakeFolderOf(const SCropPiece& piece) const {

@@ -43,7 +43,8 @@ struct SCropRequest {
 struct SPieceOutcome {
     PixelSize size; ///< of the file, after the turn
     bool isWritten = false;
-    std::string problem; ///< why it is not written, in plain words
+    std::vector<std::string> losses; ///< of the piece, which its kind does not hold
+    std::string problem;             ///< why it is not written, in plain words
 };
 
 struct SCropping {

@@ -137,6 +137,21 @@ class Compose(ScreenTest):
                     held[:, :, OFF_DIAGONAL] = 0
                 self.expect_pixels(back, held, 1e-5)
 
+    def test_what_the_screens_kind_does_not_hold_is_told(self):
+        self.add_cabinet('a.9fcoef', 1)
+        bright = self.add_cabinet('b.9fcoef', 2)
+        bright[0, 0, 0] = 1.5
+        bright[2, 4, 8] = -0.25
+        write_cabinet(self.source / 'b.9fcoef', bright)
+        screen = self.target / 'screen.3bcoef'
+        result = self.run_cli('compose', screen, 'a.9fcoef@0,0', 'b.9fcoef@5,0', cwd=self.source)
+        self.expect(result, 0, err=[])
+        self.assertEqual(self.lines(result.stdout)[2:-1],
+                         [f'{screen}: 30 pixels have entries off the diagonal, which .3bcoef does '
+                          'not hold',
+                          f'{screen}: 2 values are not from 0 to 1, and others stand for them in '
+                          '.3bcoef'])
+
     def test_a_layout_is_the_table_that_rotate_takes(self):
         a, b = self.add_cabinet('a.9fcoef', 1), self.add_cabinet('b.9fcoef', 2)
         table = self.source / 'wall.csv'
@@ -260,7 +275,7 @@ class Compose(ScreenTest):
         self.assertEqual(summary, {
             'type': 'summary', 'version': 1, 'end': 'done', 'exit_status': 0,
             'output': str(self.screen), 'size': {'width': 9, 'height': 5}, 'uncovered': 15,
-            'files': 2, 'failed': 0, 'errors': []})
+            'files': 2, 'failed': 0, 'losses': [], 'errors': []})
         self.expect_page_keys('## What programs are told', file, summary)
         (self.source / 'c.9fcoef').write_bytes(b'none')
         file, summary = self.objects(self.compose('--json', '--overwrite', 'c.9fcoef@0,0'), 1)

@@ -138,7 +138,9 @@ class Crop(ScreenTest):
         self.assertEqual(file, {
             'type': 'file', 'name': 'piece.3bcoef', 'status': 'written', 'angle': 90,
             'rect': {'left': 2, 'top': 1, 'right': 11, 'bottom': 6},
-            'size': {'width': 5, 'height': 9}, 'problem': None})
+            'size': {'width': 5, 'height': 9},
+            'losses': ['45 pixels have entries off the diagonal, which .3bcoef does not hold'],
+            'problem': None})
         self.assertEqual(summary, {
             'type': 'summary', 'version': 1, 'end': 'done', 'exit_status': 0,
             'input': str(self.wall), 'size': {'width': 12, 'height': 7}, 'written': 1, 'files': 1,
