@@ -42,6 +42,11 @@ TEST(AngleTable, TakesAHeadingInTheFirstRowOnly) {
               Problems{"line 1: file is no angle: give 0, 90, 180, 270, -90 or -180"});
 }
 
+TEST(AngleTable, AHeadingHasTwoColumnsAtLeast) {
+    EXPECT_EQ(TableOf("file\na,90\n").problems,
+              Problems{"line 1: has 1 field: give a file and its angle, with a comma between"});
+}
+
 TEST(AngleTable, TakesTheAnglesOfALayout) {
     EXPECT_EQ(RowsOf("file,x,y,angle\na,0,0,90\nb,160,0,0\n"), L"a=1 b=0 ");
     EXPECT_EQ(RowsOf("name,angle,y,x\na,90,0,0\n"), L"a=1 ");
