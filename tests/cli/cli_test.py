@@ -34,6 +34,7 @@ from crop_test import Crop
 from convert_test import Convert
 from flags_test import Angles, Flags, Json, Progress
 from mistakes_test import Mistakes
+from preview_test import Preview
 
 
 class Usage(CliTest):
