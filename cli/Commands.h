@@ -11,6 +11,10 @@ inline constexpr int kExitSomeFailed = 1;
 inline constexpr int kExitUsage = 2;
 inline constexpr int kExitInterrupted = 130;
 
+/// The command that tells a difference by 1, and trouble of any sort by 2.
+inline constexpr const char* kDiffCommand = "diff";
+inline constexpr int kExitDiffTrouble = 2;
+
 inline constexpr const char* kOverwriteHelp =
     "Replace outputs that exist; without it they are errors";
 inline constexpr const char* kNoSyncHelp =

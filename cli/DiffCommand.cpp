@@ -105,7 +105,7 @@ struct SDiffCounts {
     }
     int ExitStatus() const {
         if (trouble != 0)
-            return kExitUsage;
+            return kExitDiffTrouble;
         return different + onOneSide == 0 ? kExitSame : kExitDifferent;
     }
 };
@@ -295,11 +295,11 @@ class CDiff {
         const std::wstring b = ParseFor("B", "a file or folder", m_options.b, ParsePath);
         const bool areFolders = IsFolder(a) && IsFolder(b);
         if (!IsPairable(a, b, areFolders))
-            return kExitUsage;
+            return kExitDiffTrouble;
         const SCommandFiles ofA = FindCommandFiles({a}, m_options.recursive);
         const SCommandFiles ofB = FindCommandFiles({b}, m_options.recursive);
         if (ofA.exitStatus != kExitAllDone || ofB.exitStatus != kExitAllDone)
-            return kExitUsage;
+            return kExitDiffTrouble;
         if (areFolders)
             DiffFolders(ofA.files, ofB.files);
         else
@@ -412,7 +412,7 @@ void AddOptions(CLI::App& command, SDiffOptions& options) {
 void AddDiffCommand(CLI::App& program, int& exitStatus) {
     const auto options = std::make_shared<SDiffOptions>();
     CLI::App* command = program.add_subcommand(
-        "diff", "Compare coefficient files, of any kinds, or folders of them");
+        kDiffCommand, "Compare coefficient files, of any kinds, or folders of them");
     command->footer(kDiffNotes);
     AddOptions(*command, *options);
     command->callback([options, &exitStatus] { exitStatus = CDiff(*options).Run(); });

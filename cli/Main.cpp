@@ -63,28 +63,30 @@ int Run(const std::vector<std::string>& arguments) {
 }
 
 /// Printing throws when its place takes no more; what else throws so has a cause of its own.
-int ReportSystemError(const std::system_error& error) {
+void ReportSystemError(const std::system_error& error) {
     const std::string reason = SystemErrorText(error.code().value());
     const std::string cause =
         std::ferror(stdout) != 0 ? "the standard output cannot be written: " + reason : reason;
     std::fputs(("trevolt-cli: " + cause + "\n").c_str(), stderr); // which may be lost itself
-    return kExitSomeFailed;
 }
 
 } // namespace
 
-int ConsoleMain(const std::vector<std::string>& arguments) try {
-    const int status = Run(arguments);
-    if (std::fflush(stdout) == 0)
-        return status;
-    throw std::system_error(errno, std::generic_category());
-} catch (const std::system_error& error) {
-    return ReportSystemError(error);
-} catch (const std::bad_alloc&) {
-    std::fputs(
-        "trevolt-cli: not enough memory: close other programs, or give rotate fewer --jobs\n",
-        stderr);
-    return kExitSomeFailed;
+int ConsoleMain(const std::vector<std::string>& arguments) {
+    const int failure = FailureStatus(arguments.empty() ? "" : arguments.front());
+    try {
+        const int status = Run(arguments);
+        if (std::fflush(stdout) == 0)
+            return status;
+        throw std::system_error(errno, std::generic_category());
+    } catch (const std::system_error& error) {
+        ReportSystemError(error);
+    } catch (const std::bad_alloc&) {
+        std::fputs(
+            "trevolt-cli: not enough memory: close other programs, or give rotate fewer --jobs\n",
+            stderr);
+    }
+    return failure;
 }
 
 } // namespace trevolt

@@ -55,4 +55,8 @@ std::unique_ptr<CLI::App> MakeProgram(int& exitStatus) {
     return program;
 }
 
+int FailureStatus(const std::string& command) {
+    return command == kDiffCommand ? kExitDiffTrouble : kExitSomeFailed;
+}
+
 } // namespace trevolt

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include <CLI/CLI.hpp>
 
@@ -11,5 +12,8 @@ namespace trevolt {
 /// for it as its type; bars in that separate the words that it may be. A command that is called leaves
 /// its exit status in `exitStatus`, which must outlive the program.
 std::unique_ptr<CLI::App> MakeProgram(int& exitStatus);
+
+/// The exit status of a command that ends for lack of memory or because its output takes no more.
+int FailureStatus(const std::string& command);
 
 } // namespace trevolt

@@ -1,6 +1,7 @@
 #include "app/inspection/FileComparison.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include <fmt/format.h>
@@ -96,6 +97,15 @@ class CFileComparison {
     SFileComparison m_found;
 };
 
+/// A scale that begins where nothing differs; nothing where the greatest difference has no place on one.
+std::optional<SValueRange> RangeFromNone(const SCoefDifference& difference) {
+    double most = 0;
+    for (std::size_t k = 0; k < difference.values.size(); ++k)
+        if (difference.compared.test(k))
+            most = std::max(most, difference.values[k].most);
+    return most > 0 && std::isfinite(most) ? std::optional(SValueRange{0, most}) : std::nullopt;
+}
+
 std::string NamePart(const std::wstring& path) {
     return WideToShownUtf8(path.substr(FolderPart(path).size()));
 }
@@ -134,6 +144,7 @@ std::string WriteDifferencePicture(const SFileComparison& comparison, const SCom
     };
     SValuePictureStyle style;
     style.text = TextOf(comparison, files);
+    style.range = RangeFromNone(*comparison.difference);
     style.jobs = threads;
     const SValuePicture painted = PaintValues({a.Width(), a.Height(), 1, readRow}, style);
     return WriteOutputFile(

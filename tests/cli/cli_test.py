@@ -32,7 +32,9 @@ from cli_support import (ANGLES, CABINETS, MAGICS, PROGRAM, ROOT, SAMPLES, STORE
 from compose_test import Compose
 from crop_test import Crop
 from convert_test import Convert
+from diff_test import Diff
 from flags_test import Angles, Flags, Json, Progress
+from info_test import Info
 from mistakes_test import Mistakes
 from preview_test import Preview
 

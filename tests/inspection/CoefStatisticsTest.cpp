@@ -1,0 +1,139 @@
+#include "app/inspection/CoefStatistics.h"
+
+#include <cmath>
+#include <limits>
+
+#include <gtest/gtest.h>
+
+namespace trevolt {
+namespace {
+
+constexpr float kNoNumber = std::numeric_limits<float>::quiet_NaN();
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+const MapValues kMatrixOfStatistics{0x1FF};
+
+SMatrixCoef OfFirstValue(float value) {
+    SMatrixCoef element;
+    element.m[0] = value;
+    return element;
+}
+
+/// A map of 300 × 500 pixels: several runs a row, several bands. m[0] is 0 to 149999 times 1e-6.
+CChromaCorrectCoef RisingMap() {
+    CChromaCorrectCoef map;
+    map.Resize(300, 500);
+    for (std::int32_t i = 0; i < 150000; ++i)
+        map.SetElement(i % 300, i / 300, OfFirstValue(static_cast<float>(i) * 1e-6F));
+    return map;
+}
+
+TEST(CoefStatistics, TellsEachValueByItself) {
+    CChromaCorrectCoef map;
+    map.Resize(3, 2); // five pixels that are set, one default
+    const float first[]{-0.25F, 0.0F, 1.0F, 1.5F, 0.5F};
+    for (std::int32_t i = 0; i < 5; ++i) {
+        SMatrixCoef element = OfFirstValue(first[i]);
+        element.m[5] = -0.0F;
+        map.SetElement(i % 3, i / 3, element);
+    }
+    const SCoefStatistics found = StatisticsOf(map, kMatrixOfStatistics, 1);
+    EXPECT_EQ(found.pixels, 6U);
+    EXPECT_EQ(found.defaults, 2U); // -0 is 0, and pixel (2, 0) has 1 as defaults have
+    EXPECT_EQ(found.wanted, kMatrixOfStatistics);
+    EXPECT_EQ(found.values[0].least, -0.25F);
+    EXPECT_EQ(found.values[0].greatest, 1.5F);
+    EXPECT_EQ(found.values[0].mean, 3.75 / 6);
+    EXPECT_EQ(found.values[0].outside, 2U);
+    EXPECT_EQ(found.values[0].nan, 0U);
+    EXPECT_EQ(found.values[5].outside, 0U);
+    EXPECT_EQ(found.values[8].mean, 1.0);
+}
+
+TEST(CoefStatistics, CountsWhatIsNoNumberApart) {
+    CChromaCorrectCoef map;
+    map.Resize(4, 1);
+    const float first[]{kNoNumber, 0.5F, 2.0F, kNoNumber};
+    for (std::int32_t x = 0; x < 4; ++x) {
+        SMatrixCoef element = OfFirstValue(first[x]);
+        element.m[3] = kNoNumber;
+        map.SetElement(x, 0, element);
+    }
+    const SCoefStatistics found = StatisticsOf(map, kMatrixOfStatistics, 1);
+    EXPECT_EQ(found.values[0].nan, 2U);
+    EXPECT_EQ(found.values[0].outside, 1U);
+    EXPECT_EQ(found.values[0].least, 0.5F);
+    EXPECT_EQ(found.values[0].greatest, 2.0F);
+    EXPECT_EQ(found.values[0].mean, 1.25);
+    EXPECT_EQ(found.values[3].nan, 4U);
+    EXPECT_EQ(found.values[3].outside, 0U);
+    EXPECT_TRUE(std::isnan(found.values[3].least));
+    EXPECT_TRUE(std::isnan(found.values[3].greatest));
+    EXPECT_TRUE(std::isnan(found.values[3].mean));
+    EXPECT_EQ(found.values[4].nan, 0U);
+    EXPECT_EQ(found.defaults, 0U);
+}
+
+TEST(CoefStatistics, TakesInfinitiesAsNumbersOutside) {
+    CChromaCorrectCoef map;
+    map.Resize(3, 1);
+    map.SetElement(0, 0, OfFirstValue(kInfinity));
+    map.SetElement(1, 0, OfFirstValue(-kInfinity));
+    const SCoefStatistics found = StatisticsOf(map, kMatrixOfStatistics, 1);
+    EXPECT_EQ(found.values[0].least, -kInfinity);
+    EXPECT_EQ(found.values[0].greatest, kInfinity);
+    EXPECT_TRUE(std::isnan(found.values[0].mean));
+    EXPECT_EQ(found.values[0].outside, 2U);
+    EXPECT_EQ(found.values[0].nan, 0U);
+}
+
+TEST(CoefStatistics, DefaultsAreTheWantedValues) {
+    CChromaCorrectCoef map;
+    map.Resize(2, 1);
+    SMatrixCoef element;
+    element.m[1] = 0.5F;
+    element.m[9] = 0.5F;
+    map.SetElement(1, 0, element);
+    EXPECT_EQ(StatisticsOf(map, MapValues(0x111), 1).defaults, 2U);
+    EXPECT_EQ(StatisticsOf(map, MapValues(0x113), 1).defaults, 1U);
+    EXPECT_EQ(StatisticsOf(map, MapValues(0x311), 1).defaults, 1U);
+}
+
+TEST(CoefStatistics, AddsManyBandsUp) {
+    CChromaCorrectCoef map = RisingMap();
+    map.SetElement(299, 499, OfFirstValue(1.25F));
+    map.SetElement(10, 250, OfFirstValue(kNoNumber));
+    double sum = 0;
+    for (std::int32_t i = 0; i < 149999; ++i)
+        sum += i == 75010 ? 0.0 : static_cast<double>(static_cast<float>(i) * 1e-6F);
+    const SCoefStatistics found = StatisticsOf(map, kMatrixOfStatistics, 1);
+    EXPECT_EQ(found.pixels, 150000U);
+    EXPECT_EQ(found.values[0].least, 0.0F);
+    EXPECT_EQ(found.values[0].greatest, 1.25F);
+    EXPECT_EQ(found.values[0].outside, 1U);
+    EXPECT_EQ(found.values[0].nan, 1U);
+    EXPECT_NEAR(found.values[0].mean, (sum + 1.25) / 149999, 1e-14);
+    EXPECT_EQ(found.values[4].mean, 1.0);
+    EXPECT_EQ(found.defaults, 0U);
+}
+
+TEST(CoefStatistics, ThreadsChangeNothing) {
+    const CChromaCorrectCoef map = RisingMap();
+    const SCoefStatistics one = StatisticsOf(map, kMatrixOfStatistics, 1);
+    const SCoefStatistics five = StatisticsOf(map, kMatrixOfStatistics, 5);
+    for (std::size_t k = 0; k < 9; ++k) {
+        EXPECT_EQ(one.values[k].least, five.values[k].least);
+        EXPECT_EQ(one.values[k].greatest, five.values[k].greatest);
+        EXPECT_EQ(one.values[k].mean, five.values[k].mean);
+    }
+}
+
+TEST(CoefStatistics, NoPixelHasNoValue) {
+    const SCoefStatistics found = StatisticsOf(CChromaCorrectCoef(), kMatrixOfStatistics, 2);
+    EXPECT_EQ(found.pixels, 0U);
+    EXPECT_EQ(found.defaults, 0U);
+    EXPECT_TRUE(std::isnan(found.values[0].mean));
+    EXPECT_TRUE(std::isnan(found.values[0].least));
+}
+
+} // namespace
+} // namespace trevolt
