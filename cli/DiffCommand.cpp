@@ -22,7 +22,7 @@ constexpr const char* kDiffNotes = R"(Examples:
   trevolt-cli diff measured/Cab_01.9fcoef other/Cab_01.9bcoef --tolerance 0.002
       whether bytes keep the values of floats to half a step
   trevolt-cli diff --turned 90 measured turned
-      whether each file of turned is that of measured, turned by 90°
+      whether each file of turned is that of measured, turned by 90 degrees
   trevolt-cli diff a.9wcoef b.9wcoef --image apart.png
       a picture of where the values are apart, and how far
 

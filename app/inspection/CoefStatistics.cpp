@@ -113,7 +113,8 @@ class CDefaultTest {
     std::uint32_t Count(const SMatrixCoef* elements, std::uint32_t count) const {
         return static_cast<std::uint32_t>(
             std::count_if(elements, elements + count, [this](const SMatrixCoef& element) {
-                return std::all_of(m_wanted.begin(), m_wanted.begin() + m_count,
+                return std::all_of(m_wanted.begin(),
+                                   m_wanted.begin() + static_cast<std::ptrdiff_t>(m_count),
                                    [&](std::size_t k) { return element.m[k] == kDefault.m[k]; });
             }));
     }
@@ -121,7 +122,7 @@ class CDefaultTest {
   private:
     static constexpr SMatrixCoef kDefault{};
     std::array<std::size_t, kValues> m_wanted{};
-    std::ptrdiff_t m_count = 0;
+    std::size_t m_count = 0;
 };
 
 /// Adds the bands up in their order, so that the sums do not depend on who made them.

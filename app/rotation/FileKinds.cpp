@@ -30,7 +30,7 @@ struct SKindRow {
 
 /// The set of the first `count` of `values`.
 template <class Values>
-constexpr MapValues SetOf(const Values& values, std::size_t count) {
+constexpr MapValues MapValuesOf(const Values& values, std::size_t count) {
     unsigned long long bits = 0;
     for (std::size_t k = 0; k < count; ++k)
         bits |= 1ULL << values[k];
@@ -62,7 +62,7 @@ constexpr SKindRow BinaryFileKind(std::wstring_view extension, int exportOrder) 
                  return ReadBinaryCoefSize<Kind>(stream, width, height);
              },
              nullptr},
-            {SetOf(Kind::kEntries, Kind::kStoredCount), Kind::kStoredBytes,
+            {MapValuesOf(Kind::kEntries, Kind::kStoredCount), Kind::kStoredBytes,
              [](const CoefFileMagic& magic) { return magic == Kind::kMagic; }, E_COEF_OPENFAILED,
              [](std::istream& stream, std::size_t threads, const SExtrasOfTurn& /*none*/) {
                  return LoadStoredBinaryCoef<Kind>(stream, threads);
@@ -92,7 +92,8 @@ Status ReadTextSize(File file, std::uint32_t& width, std::uint32_t& height) {
 template <EWordKind Kind>
 constexpr SStoredKind kStoredWords = VisitElementOf(Kind, SStoredKind{}, []<class Element>() {
     return SStoredKind{
-        SetOf(kWordKind<Element>.mapValues, kWordElementKind<Element>.wordCount), sizeof(Element),
+        MapValuesOf(kWordKind<Element>.mapValues, kWordElementKind<Element>.wordCount),
+        sizeof(Element),
         [](const ChunkFormatId& format) { return kWordKind<Element>.HasFormat(format); },
         kWordKind<Element>.outputOpenFailed,
         [](std::istream& stream, std::size_t threads, const SExtrasOfTurn& extras) {

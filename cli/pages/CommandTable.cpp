@@ -27,6 +27,7 @@ constexpr std::array kValueNames = {
     SValueName{"LEFT,TOP,RIGHT,BOTTOM", EFilling::Free},
     SValueName{"N", EFilling::Free},
     SValueName{"PATH", EFilling::File},
+    SValueName{"T", EFilling::Free},
     SValueName{"TABLE", EFilling::File},
     SValueName{"TEXT", EFilling::Free},
     SValueName{"WIDTHxHEIGHT", EFilling::Free},

@@ -14,8 +14,8 @@ namespace {
 
 using namespace test;
 
-constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
+constexpr float kNanValue = std::numeric_limits<float>::quiet_NaN();
+constexpr float kInfiniteValue = std::numeric_limits<float>::infinity();
 const MapValues kMatrix{0x1FF};
 
 CChromaCorrectCoef Defaults(std::int32_t width, std::int32_t height) {
@@ -24,18 +24,18 @@ CChromaCorrectCoef Defaults(std::int32_t width, std::int32_t height) {
     return map;
 }
 
-void Set(CChromaCorrectCoef& map, std::int64_t x, std::int64_t y, std::size_t k, float value) {
+void SetValue(CChromaCorrectCoef& map, std::int64_t x, std::int64_t y, std::size_t k, float value) {
     map.FindElement(x, y)->m[k] = value;
 }
 
 TEST(CoefDifference, SameMapsAreNotApart) {
     CChromaCorrectCoef a = Defaults(5, 4);
     CChromaCorrectCoef b = Defaults(5, 4);
-    Set(a, 1, 1, 0, kNan);
-    Set(b, 1, 1, 0, -kNan); // whatever its bits
-    Set(a, 2, 1, 1, -0.0F);
-    Set(a, 3, 1, 2, kInfinity);
-    Set(b, 3, 1, 2, kInfinity);
+    SetValue(a, 1, 1, 0, kNanValue);
+    SetValue(b, 1, 1, 0, -kNanValue); // whatever its bits
+    SetValue(a, 2, 1, 1, -0.0F);
+    SetValue(a, 3, 1, 2, kInfiniteValue);
+    SetValue(b, 3, 1, 2, kInfiniteValue);
     const SCoefDifference found = CompareMaps(a, b, kMatrix, 0, 1);
     EXPECT_EQ(found.pixels, 20U);
     EXPECT_EQ(found.differing, 0U);
@@ -51,10 +51,10 @@ TEST(CoefDifference, SameMapsAreNotApart) {
 TEST(CoefDifference, TellsEachValueByItself) {
     const CChromaCorrectCoef a = Defaults(4, 2);
     CChromaCorrectCoef b = Defaults(4, 2);
-    Set(b, 3, 0, 0, 0.5F);
-    Set(b, 1, 1, 0, 1.5F); // as far, but later
-    Set(b, 1, 1, 7, -2.0F);
-    Set(b, 2, 1, 0, 0.75F);
+    SetValue(b, 3, 0, 0, 0.5F);
+    SetValue(b, 1, 1, 0, 1.5F); // as far, but later
+    SetValue(b, 1, 1, 7, -2.0F);
+    SetValue(b, 2, 1, 0, 0.75F);
     const SCoefDifference found = CompareMaps(a, b, kMatrix, 0, 1);
     EXPECT_EQ(found.differing, 3U);
     EXPECT_EQ(found.values[0].differing, 3U);
@@ -71,8 +71,8 @@ TEST(CoefDifference, TellsEachValueByItself) {
 TEST(CoefDifference, ToleranceIsTheMostThatIsTheSame) {
     const CChromaCorrectCoef a = Defaults(3, 1);
     CChromaCorrectCoef b = Defaults(3, 1);
-    Set(b, 0, 0, 0, 0.5F);
-    Set(b, 1, 0, 4, 0.25F);
+    SetValue(b, 0, 0, 0, 0.5F);
+    SetValue(b, 1, 0, 4, 0.25F);
     const SCoefDifference within = CompareMaps(a, b, kMatrix, 0.75, 1);
     EXPECT_EQ(within.differing, 0U);
     EXPECT_EQ(within.values[4].most, 0.75); // is told all the same
@@ -86,9 +86,9 @@ TEST(CoefDifference, ToleranceIsTheMostThatIsTheSame) {
 TEST(CoefDifference, OneThatIsNoNumberDiffersAtAnyTolerance) {
     CChromaCorrectCoef a = Defaults(2, 2);
     CChromaCorrectCoef b = Defaults(2, 2);
-    Set(a, 1, 0, 0, kNan);
-    Set(b, 0, 1, 0, kNan);
-    Set(b, 1, 1, 0, 0.0F);
+    SetValue(a, 1, 0, 0, kNanValue);
+    SetValue(b, 0, 1, 0, kNanValue);
+    SetValue(b, 1, 1, 0, 0.0F);
     const SCoefDifference found = CompareMaps(a, b, kMatrix, 10, 1);
     EXPECT_EQ(found.differing, 2U);
     EXPECT_EQ(found.values[0].differing, 2U);
@@ -100,9 +100,9 @@ TEST(CoefDifference, OneThatIsNoNumberDiffersAtAnyTolerance) {
 TEST(CoefDifference, AnInfinityIsInfinitelyFar) {
     CChromaCorrectCoef a = Defaults(2, 1);
     CChromaCorrectCoef b = Defaults(2, 1);
-    Set(a, 0, 0, 0, kInfinity);
-    Set(a, 1, 0, 1, kInfinity);
-    Set(b, 1, 0, 1, -kInfinity);
+    SetValue(a, 0, 0, 0, kInfiniteValue);
+    SetValue(a, 1, 0, 1, kInfiniteValue);
+    SetValue(b, 1, 0, 1, -kInfiniteValue);
     const SCoefDifference found = CompareMaps(a, b, kMatrix, 1e30, 1);
     EXPECT_EQ(found.differing, 2U);
     EXPECT_TRUE(std::isinf(found.values[0].most));
@@ -112,7 +112,7 @@ TEST(CoefDifference, AnInfinityIsInfinitelyFar) {
 TEST(CoefDifference, WhatIsNotComparedIsPassedOver) {
     const CChromaCorrectCoef a = Defaults(2, 1);
     CChromaCorrectCoef b = Defaults(2, 1);
-    Set(b, 0, 0, 9, 0.5F);
+    SetValue(b, 0, 0, 9, 0.5F);
     EXPECT_EQ(CompareMaps(a, b, kMatrix, 0, 1).differing, 0U);
     EXPECT_EQ(CompareMaps(a, b, MapValues(0x200), 0, 1).differing, 1U);
     EXPECT_EQ(DistanceOf(*a.FindElement(0, 0), *b.FindElement(0, 0), kMatrix), 0.0);
@@ -123,9 +123,9 @@ TEST(CoefDifference, ThreadsChangeNothing) {
     const CChromaCorrectCoef a = Defaults(300, 500);
     CChromaCorrectCoef b = Defaults(300, 500);
     for (std::int32_t i = 0; i < 150000; i += 7)
-        Set(b, i % 300, i / 300, 3, static_cast<float>(i) * 1e-6F);
-    Set(b, 5, 499, 3, 0.25F);
-    Set(b, 6, 499, 3, 0.25F);
+        SetValue(b, i % 300, i / 300, 3, static_cast<float>(i) * 1e-6F);
+    SetValue(b, 5, 499, 3, 0.25F);
+    SetValue(b, 6, 499, 3, 0.25F);
     const SCoefDifference one = CompareMaps(a, b, kMatrix, 0, 1);
     const SCoefDifference four = CompareMaps(a, b, kMatrix, 0, 4);
     EXPECT_EQ(one.values[3].mostAt, (PixelPosition{5, 499}));
@@ -141,7 +141,7 @@ TEST(CoefDifference, DistanceOfAPixelIsItsGreatest) {
     b.m[2] = 0.5F;
     b.m[4] = 0.25F;
     EXPECT_EQ(DistanceOf(a, b, kMatrix), 0.75);
-    b.m[8] = kNan;
+    b.m[8] = kNanValue;
     EXPECT_TRUE(std::isnan(DistanceOf(a, b, kMatrix)));
 }
 

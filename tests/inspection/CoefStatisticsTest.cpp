@@ -9,8 +9,8 @@ namespace trevolt {
 namespace {
 
 constexpr float kNoNumber = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-const MapValues kMatrixOfStatistics{0x1FF};
+constexpr float kBeyondAll = std::numeric_limits<float>::infinity();
+const MapValues kAllOfMatrix{0x1FF};
 
 SMatrixCoef OfFirstValue(float value) {
     SMatrixCoef element;
@@ -36,10 +36,10 @@ TEST(CoefStatistics, TellsEachValueByItself) {
         element.m[5] = -0.0F;
         map.SetElement(i % 3, i / 3, element);
     }
-    const SCoefStatistics found = StatisticsOf(map, kMatrixOfStatistics, 1);
+    const SCoefStatistics found = StatisticsOf(map, kAllOfMatrix, 1);
     EXPECT_EQ(found.pixels, 6U);
     EXPECT_EQ(found.defaults, 2U); // -0 is 0, and pixel (2, 0) has 1 as defaults have
-    EXPECT_EQ(found.wanted, kMatrixOfStatistics);
+    EXPECT_EQ(found.wanted, kAllOfMatrix);
     EXPECT_EQ(found.values[0].least, -0.25F);
     EXPECT_EQ(found.values[0].greatest, 1.5F);
     EXPECT_EQ(found.values[0].mean, 3.75 / 6);
@@ -58,7 +58,7 @@ TEST(CoefStatistics, CountsWhatIsNoNumberApart) {
         element.m[3] = kNoNumber;
         map.SetElement(x, 0, element);
     }
-    const SCoefStatistics found = StatisticsOf(map, kMatrixOfStatistics, 1);
+    const SCoefStatistics found = StatisticsOf(map, kAllOfMatrix, 1);
     EXPECT_EQ(found.values[0].nan, 2U);
     EXPECT_EQ(found.values[0].outside, 1U);
     EXPECT_EQ(found.values[0].least, 0.5F);
@@ -76,11 +76,11 @@ TEST(CoefStatistics, CountsWhatIsNoNumberApart) {
 TEST(CoefStatistics, TakesInfinitiesAsNumbersOutside) {
     CChromaCorrectCoef map;
     map.Resize(3, 1);
-    map.SetElement(0, 0, OfFirstValue(kInfinity));
-    map.SetElement(1, 0, OfFirstValue(-kInfinity));
-    const SCoefStatistics found = StatisticsOf(map, kMatrixOfStatistics, 1);
-    EXPECT_EQ(found.values[0].least, -kInfinity);
-    EXPECT_EQ(found.values[0].greatest, kInfinity);
+    map.SetElement(0, 0, OfFirstValue(kBeyondAll));
+    map.SetElement(1, 0, OfFirstValue(-kBeyondAll));
+    const SCoefStatistics found = StatisticsOf(map, kAllOfMatrix, 1);
+    EXPECT_EQ(found.values[0].least, -kBeyondAll);
+    EXPECT_EQ(found.values[0].greatest, kBeyondAll);
     EXPECT_TRUE(std::isnan(found.values[0].mean));
     EXPECT_EQ(found.values[0].outside, 2U);
     EXPECT_EQ(found.values[0].nan, 0U);
@@ -105,7 +105,7 @@ TEST(CoefStatistics, AddsManyBandsUp) {
     double sum = 0;
     for (std::int32_t i = 0; i < 149999; ++i)
         sum += i == 75010 ? 0.0 : static_cast<double>(static_cast<float>(i) * 1e-6F);
-    const SCoefStatistics found = StatisticsOf(map, kMatrixOfStatistics, 1);
+    const SCoefStatistics found = StatisticsOf(map, kAllOfMatrix, 1);
     EXPECT_EQ(found.pixels, 150000U);
     EXPECT_EQ(found.values[0].least, 0.0F);
     EXPECT_EQ(found.values[0].greatest, 1.25F);
@@ -118,8 +118,8 @@ TEST(CoefStatistics, AddsManyBandsUp) {
 
 TEST(CoefStatistics, ThreadsChangeNothing) {
     const CChromaCorrectCoef map = RisingMap();
-    const SCoefStatistics one = StatisticsOf(map, kMatrixOfStatistics, 1);
-    const SCoefStatistics five = StatisticsOf(map, kMatrixOfStatistics, 5);
+    const SCoefStatistics one = StatisticsOf(map, kAllOfMatrix, 1);
+    const SCoefStatistics five = StatisticsOf(map, kAllOfMatrix, 5);
     for (std::size_t k = 0; k < 9; ++k) {
         EXPECT_EQ(one.values[k].least, five.values[k].least);
         EXPECT_EQ(one.values[k].greatest, five.values[k].greatest);
@@ -128,7 +128,7 @@ TEST(CoefStatistics, ThreadsChangeNothing) {
 }
 
 TEST(CoefStatistics, NoPixelHasNoValue) {
-    const SCoefStatistics found = StatisticsOf(CChromaCorrectCoef(), kMatrixOfStatistics, 2);
+    const SCoefStatistics found = StatisticsOf(CChromaCorrectCoef(), kAllOfMatrix, 2);
     EXPECT_EQ(found.pixels, 0U);
     EXPECT_EQ(found.defaults, 0U);
     EXPECT_TRUE(std::isnan(found.values[0].mean));

@@ -15,13 +15,13 @@ namespace {
 
 using namespace test;
 
-struct SCabinet {
+struct SSampleFile {
     const wchar_t* name;
     std::uint32_t rawBytes; ///< of a pixel, 0 for text
     std::optional<EWordKind> words = std::nullopt;
 };
 
-const SCabinet kCabinets[]{
+const SSampleFile kSampleFiles[]{
     {L"Cab_01.9fcoef", 36},
     {L"Cab_02.3fcoef", 12},
     {L"Cab_03.9bcoef", 9},
@@ -33,7 +33,7 @@ const SCabinet kCabinets[]{
     {L"Cab_09.12wcoef", 24, EWordKind::VirtualGreenChroma},
 };
 
-std::wstring PathOf(const SCabinet& cabinet) {
+std::wstring PathOf(const SSampleFile& cabinet) {
     return Sample(L"cabinet/" + std::wstring(cabinet.name));
 }
 
@@ -71,7 +71,7 @@ void ExpectSame(const SCoefStatistics& a, const SCoefStatistics& b) {
 }
 
 TEST(FileFacts, TellsOfEveryKind) {
-    for (const SCabinet& cabinet : kCabinets) {
+    for (const SSampleFile& cabinet : kSampleFiles) {
         const std::wstring path = PathOf(cabinet);
         const SFileFacts facts = FindFileFacts(path, 2);
         SCOPED_TRACE(std::string(cabinet.name, cabinet.name + std::wcslen(cabinet.name)));
@@ -97,7 +97,7 @@ TEST(FileFacts, TellsOfEveryKind) {
 }
 
 TEST(FileFacts, ValuesAreThoseOfAMap) {
-    for (const SCabinet& cabinet : kCabinets) {
+    for (const SSampleFile& cabinet : kSampleFiles) {
         SCOPED_TRACE(std::string(cabinet.name, cabinet.name + std::wcslen(cabinet.name)));
         const SFileFacts facts = FindFileFacts(PathOf(cabinet), 1);
         const SCoefLoad load = LoadCoefFile(PathOf(cabinet));
@@ -120,7 +120,7 @@ TEST(FileFacts, EachKindHasItsValues) {
 }
 
 TEST(FileFacts, DigestIsThatOfACoefficientObject) {
-    for (const SCabinet& cabinet : kCabinets) {
+    for (const SSampleFile& cabinet : kSampleFiles) {
         if (!cabinet.words)
             continue;
         const SFileFacts facts = FindFileFacts(PathOf(cabinet), 1);
@@ -191,7 +191,7 @@ TEST(FileFacts, DamageIsAProblem) {
 
 TEST(FileFacts, NothingAndNoFileAreProblems) {
     const CTemporaryFolder folder;
-    for (const SCabinet& cabinet : kCabinets) {
+    for (const SSampleFile& cabinet : kSampleFiles) {
         const std::wstring path = folder.File(cabinet.name);
         const SFileFacts missing = FindFileFacts(path, 1);
         EXPECT_EQ(missing.problems.size(), 1U);
