@@ -132,13 +132,13 @@ constexpr SKindRow WordFileKind(std::wstring_view extension, int exportOrder) {
             Kind};
 }
 
-constexpr MapValues kMatrixValues{0x1FF};
+constexpr MapValues kTextValues{0x1FF};
 
 constexpr SKindRow TextFileKind(std::wstring_view extension, int exportOrder) {
     return {{extension, exportOrder, LoadText<const wchar_t*>, SaveText,
              ReadTextSize<const wchar_t*>, nullptr, LoadText<std::istream&>,
              ReadTextSize<std::istream&>, nullptr},
-            {kMatrixValues, 0, nullptr, S_OK, nullptr},
+            {kTextValues, 0, nullptr, S_OK, nullptr},
              MakeElementForm<9>(EStoredValue::Text, kMapForm.places)};
 }
 
