@@ -37,6 +37,7 @@ from flags_test import Angles, Flags, Json, Progress
 from info_test import Info
 from mistakes_test import Mistakes
 from preview_test import Preview
+from report_test import Report
 
 
 class Usage(CliTest):

@@ -361,7 +361,7 @@ class Json(CliTest):
     def summary(self, **values):
         return {'type': 'summary', 'version': 1, 'end': 'done', 'exit_status': 0, 'written': 0,
                 'failed': 0, 'skipped': 0, 'passed_over': 0, 'errors': [],
-                'manifest_error': None} | values
+                'manifest_error': None, 'report_error': None} | values
 
     def test_the_schema_refuses_what_is_none(self):
         jsonschema.Draft202012Validator.check_schema(SCHEMA)
