@@ -126,6 +126,8 @@ std::string CRotationReport::Write(const SRotationOutcome& outcome) {
     m_run.ended = std::chrono::system_clock::now();
     if (m_problem.empty())
         m_problem = WritePage();
+    m_failed.reset();
+    m_others.reset();
     return m_problem.empty()
                ? std::string()
                : fmt::format("the report {}: {}", WideToShownUtf8(m_request.report), m_problem);

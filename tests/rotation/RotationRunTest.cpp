@@ -1227,6 +1227,67 @@ TEST_F(RotationRun, TellsHowLongAFileTook) {
     EXPECT_LE(Only().took, std::chrono::steady_clock::now() - begin);
 }
 
+/// What a picture can tell of a map.
+SThumbnail Pictured(const CChromaCorrectCoef& map) {
+    return {fmt::format("{} x {}", map.Width(), map.Height()), 0, 0,
+            fmt::format("{}", map.ElementOrDefault(0, 0).m[0])};
+}
+
+TEST_F(RotationRun, PicturesSourcesAndOutputs) {
+    AddFile(L"a.9fcoef", 4, 3);
+    AddFile(L"b.9wcoef", 5, 2);
+    m_request.thumbnail = Pictured;
+    m_request.jobs = 2;
+    EXPECT_EQ(Run().written, 2U);
+    ASSERT_EQ(m_listener.outcomes.size(), 2U);
+    EXPECT_EQ(m_listener.outcomes[0].sourcePicture.png, "4 x 3");
+    EXPECT_EQ(m_listener.outcomes[0].outputPicture.png, "3 x 4");
+    EXPECT_EQ(m_listener.outcomes[0].sourcePicture.range, fmt::format("{}", BytePixel(0, 0).m[0]));
+    EXPECT_EQ(m_listener.outcomes[0].outputPicture.range, fmt::format("{}", BytePixel(0, 2).m[0]));
+    EXPECT_EQ(m_listener.outcomes[1].sourcePicture.png, "5 x 2");
+    EXPECT_EQ(m_listener.outcomes[1].outputPicture.png, "2 x 5");
+    m_request.size = PixelSize{8, 6};
+    EXPECT_EQ(Run().written, 2U);
+    EXPECT_EQ(m_listener.outcomes.at(0).sourcePicture.png, "4 x 3") << "its own size";
+    EXPECT_EQ(m_listener.outcomes.at(0).outputPicture.png, "6 x 8");
+}
+
+TEST_F(RotationRun, PicturesWhatCanBeRead) {
+    AddCutShort(L"a.3bcoef", *FindExportKind(L"a.3bcoef"));
+    WriteText(m_source.File(L"b.3bcoef"), "no file of this kind");
+    AddFile(L"c.3bcoef", 9, 9);
+    m_request.limits.largestSize = {8, 8};
+    m_request.thumbnail = Pictured;
+    EXPECT_EQ(Run().failed, 3U);
+    ASSERT_EQ(m_listener.outcomes.size(), 3U);
+    EXPECT_EQ(m_listener.outcomes[0].sourcePicture.png, "4 x 3");
+    EXPECT_EQ(m_listener.outcomes[0].outputPicture.png, "");
+    EXPECT_EQ(m_listener.outcomes[1].sourcePicture.png, "");
+    EXPECT_EQ(m_listener.outcomes[2].sourcePicture.png, "") << "its pixels are not to be read";
+}
+
+TEST_F(RotationRun, NoFileFailsByItsPicture) {
+    AddFile(L"a.3bcoef", 4, 3);
+    m_request.thumbnail = [](const CChromaCorrectCoef&) -> SThumbnail { throw std::bad_alloc(); };
+    EXPECT_EQ(Run().end, ERotationEnd::AllDone);
+    EXPECT_EQ(Only().sourcePicture.png, "");
+}
+
+TEST_F(RotationRun, WhatDoesNotStandHasNoPicture) {
+    AddFile(L"a.3bcoef", 4, 3);
+    AddFile(L"b.3bcoef", 4, 3);
+    m_request.existing = EExistingOutput::Refuse;
+    m_request.thumbnail = Pictured;
+    m_listener.afterFile = [&] { WriteText(m_target.File(L"b-90\u00B0.3bcoef"), "mine"); };
+    EXPECT_EQ(Run().failed, 1U);
+    EXPECT_EQ(m_listener.outcomes.at(1).sourcePicture.png, "4 x 3");
+    EXPECT_EQ(m_listener.outcomes.at(1).outputPicture.png, "");
+    m_listener.afterFile = nullptr;
+    m_request.existing = EExistingOutput::Skip;
+    EXPECT_EQ(Run().skipped, 2U);
+    EXPECT_EQ(m_listener.outcomes.at(0).sourcePicture.png, "");
+}
+
 class ReportOfRun : public RotationRun {
   protected:
     ReportOfRun() {
