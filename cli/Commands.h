@@ -22,13 +22,13 @@ inline constexpr const char* kNoSyncHelp =
 
 /// Each adds its command and leaves its exit status in `exitStatus` when it is the one called.
 void AddRotateCommand(CLI::App& program, int& exitStatus);
-void AddDemoCommand(CLI::App& program, int& exitStatus);
-void AddPreviewCommand(CLI::App& program, int& exitStatus);
-void AddVerifyCommand(CLI::App& program, int& exitStatus);
-void AddInfoCommand(CLI::App& program, int& exitStatus);
-void AddDiffCommand(CLI::App& program, int& exitStatus);
 void AddComposeCommand(CLI::App& program, int& exitStatus);
 void AddCropCommand(CLI::App& program, int& exitStatus);
 void AddConvertCommand(CLI::App& program, int& exitStatus);
+void AddInfoCommand(CLI::App& program, int& exitStatus);
+void AddDiffCommand(CLI::App& program, int& exitStatus);
+void AddPreviewCommand(CLI::App& program, int& exitStatus);
+void AddVerifyCommand(CLI::App& program, int& exitStatus);
+void AddDemoCommand(CLI::App& program, int& exitStatus);
 
 } // namespace trevolt

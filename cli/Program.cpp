@@ -40,14 +40,14 @@ std::unique_ptr<CLI::App> MakeProgram(int& exitStatus) {
                            "Print the version and do nothing else")
         ->group("Help");
     AddRotateCommand(*program, exitStatus);
-    AddDemoCommand(*program, exitStatus);
-    AddVerifyCommand(*program, exitStatus);
-    AddPreviewCommand(*program, exitStatus);
-    AddInfoCommand(*program, exitStatus);
-    AddDiffCommand(*program, exitStatus);
     AddComposeCommand(*program, exitStatus);
     AddCropCommand(*program, exitStatus);
     AddConvertCommand(*program, exitStatus);
+    AddInfoCommand(*program, exitStatus);
+    AddDiffCommand(*program, exitStatus);
+    AddPreviewCommand(*program, exitStatus);
+    AddVerifyCommand(*program, exitStatus);
+    AddDemoCommand(*program, exitStatus);
     for (CLI::App* command : program->get_subcommands([](CLI::App*) { return true; })) {
         command->positionals_at_end(); // SOURCE leaves the last word to TARGET
         AddHelp(*command);

@@ -50,17 +50,19 @@ TEST(CommandLine, NamesWhatIsMistyped) {
         const char* mistake;
     };
     for (const SCase& one : std::vector<SCase>{
-             {{}, "name a command: rotate, demo, verify, compose, crop; see trevolt-cli --help"},
+             {{},
+              "name a command: rotate, compose, crop, convert, info, diff, preview, verify, demo; "
+              "see trevolt-cli --help"},
              {{"rotat"}, "there is no command rotat: did you mean rotate?"},
              {{"frobnicate"},
-              "there is no command frobnicate: the commands are rotate, demo, verify, compose, "
-              "crop"},
+              "there is no command frobnicate: the commands are rotate, compose, crop, convert, "
+              "info, diff, preview, verify, demo"},
              {{"--versoin"},
               "there is no option --versoin before a command: did you mean "
               "--version?"},
              {{"--angle", "90"},
               "there is no option --angle before a command: name one first: "
-              "rotate, demo, verify, compose, crop"},
+              "rotate, compose, crop, convert, info, diff, preview, verify, demo"},
              {{"rotate", "--angel", "90"},
               "there is no option --angel for rotate: did you mean --angle?"},
              {{"rotate", "--angel=90"},

@@ -20,14 +20,14 @@ BOTH = ('{S}', '{T}')
 # {M} for what is missing, {X} for a text file, {D} for the folder of all. Each ends with status 2, and
 # the first of each kind are tried under Wine, too.
 USAGE = {
-    'nothing': [((), 'name a command: rotate, demo, verify, compose, crop; see trevolt-cli --help')],
+    'nothing': [((), 'name a command: rotate, compose, crop, convert, info, diff, preview, verify, demo; see trevolt-cli --help')],
     'command': [
         (('rotat', *BOTH), 'there is no command rotat: did you mean rotate?'),
         (('Rotate', *BOTH), 'there is no command Rotate: did you mean rotate?'),
-        (('turn', *BOTH), 'there is no command turn: the commands are rotate, demo, verify, compose, crop'),
+        (('turn', *BOTH), 'there is no command turn: the commands are rotate, compose, crop, convert, info, diff, preview, verify, demo'),
         (('--angle', '90', *BOTH), 'there is no option --angle before a command: name one first: '
-                                   'rotate, demo, verify, compose, crop'),
-        (('', *BOTH), 'there is no command : the commands are rotate, demo, verify, compose, crop'),
+                                   'rotate, compose, crop, convert, info, diff, preview, verify, demo'),
+        (('', *BOTH), 'there is no command : the commands are rotate, compose, crop, convert, info, diff, preview, verify, demo'),
     ],
     'flag': [
         (('rotate', '--angel', '90', *BOTH), NO_OPTION.format('--angel', 'did you mean --angle?')),
@@ -47,7 +47,7 @@ USAGE = {
         (('rotate', *BOTH), NO_ANGLE),
         (('rotate',), PLACES),
         ((*TURN, '{S}'), PLACES),
-        ((*BOTH, 'rotate'), 'there is no command {S}: the commands are rotate, demo, verify, compose, crop'),
+        ((*BOTH, 'rotate'), 'there is no command {S}: the commands are rotate, compose, crop, convert, info, diff, preview, verify, demo'),
         (('rotate', *BOTH, '--angle'), '--angle has no value: give 90|180|270'),
         ((*TURN, '--size', '--lenient', *BOTH), '--size has no value: give WIDTHxHEIGHT'),
         (('verify',), 'verify needs a MANIFEST: see trevolt-cli verify --help'),
