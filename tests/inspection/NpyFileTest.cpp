@@ -15,6 +15,10 @@
 #include "tests/support/Streams.h"
 #include "trevolt/FixedPoint.h"
 
+#ifndef _WIN32
+#include "tests/support/FileSizeLimit.h"
+#endif
+
 namespace trevolt {
 namespace {
 
@@ -267,6 +271,18 @@ TEST(NpyFile, FilesAreWrittenAndRead) {
     EXPECT_EQ(SaveNpyFile(map, kMapForm, folder.File(L"none") + L"/a.npy"),
               "cannot be written: " + SystemErrorText(ENOENT));
 }
+
+#ifndef _WIN32
+TEST(NpyFile, AFileThatIsNotWholeIsAProblem) {
+    const CTemporaryFolder folder;
+    const CChromaCorrectCoef map = PatternMap(30, 4);
+    for (const rlim_t room : {rlim_t{0}, rlim_t{100}, rlim_t{3000}}) {
+        const CFileSizeLimit limit(room);
+        EXPECT_EQ(SaveNpyFile(map, kMapForm, folder.File(L"a.npy")),
+                  "cannot be written: " + SystemErrorText(EFBIG));
+    }
+}
+#endif
 
 TEST(NpyFile, NamesAndTypes) {
     EXPECT_TRUE(IsNpyName(L"Cab_01.npy"));
