@@ -114,6 +114,7 @@ TEST(CoefStatistics, AddsManyBandsUp) {
     EXPECT_NEAR(found.values[0].mean, (sum + 1.25) / 149999, 1e-14);
     EXPECT_EQ(found.values[4].mean, 1.0);
     EXPECT_EQ(found.defaults, 0U);
+    EXPECT_EQ(StatisticsOf(map, MapValues(0x110), 1).defaults, 150000U);
 }
 
 TEST(CoefStatistics, ThreadsChangeNothing) {

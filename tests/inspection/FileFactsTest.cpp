@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "app/rotation/CoefFile.h"
+#include "platform/FileStream.h"
 #include "tests/support/BudgetLimit.h"
 #include "tests/support/TestFiles.h"
 #include "trevolt/CoefObjects.h"
@@ -220,6 +221,42 @@ TEST(FileFacts, PixelsWithoutAChunkAreNotCovered) {
     EXPECT_EQ(facts.statistics->pixels, 1200U);
     EXPECT_EQ(facts.statistics->defaults,
               240U + FindFileFacts(Sample(L"cabinet/Cab_06.9wcoef"), 1).statistics->defaults);
+}
+
+TEST(FileFacts, ABlockWithoutAChunkHoldsDefaults) {
+    const CTemporaryFolder folder;
+    const std::wstring path = folder.File(L"x.9wcoef");
+    Bytes bytes = ReadFile(Sample(L"cabinet/Cab_06.9wcoef"));
+    PutWord(bytes, 28, 300); // the second block has no pixel
+    WriteFile(path, bytes);
+    const SFileFacts facts = FindFileFacts(path, 1);
+    EXPECT_EQ(facts.covered, 960U);
+    ASSERT_TRUE(facts.statistics);
+    EXPECT_EQ(facts.statistics->defaults,
+              6240U + FindFileFacts(Sample(L"cabinet/Cab_06.9wcoef"), 1).statistics->defaults);
+    EXPECT_EQ(facts.statistics->values[0].greatest, 1.0F);
+}
+
+/// What the kind sets of a map: all values of the matrix, and the virtual green's where it has any.
+TEST(FileFacts, StoredElementsAreThoseOfAMap) {
+    for (const SSampleFile& sample : kSampleFiles) {
+        const SStoredKind& stored = StoredKindOf(*FindLoadKind(sample.name));
+        if (stored.load == nullptr)
+            continue;
+        CInputFile file;
+        ASSERT_TRUE(file.Open(PathOf(sample).c_str()));
+        const SStoredLoad load = stored.load(file, 1, {});
+        const SCoefLoad map = LoadCoefFile(PathOf(sample));
+        const std::size_t values = stored.values.test(10) ? 12 : 9;
+        std::array<SMatrixCoef, 7> run;
+        for (std::uint32_t y = 0; y < 24; ++y) {
+            load.coef->CopyElements(30, y, 7, run.data());
+            for (std::size_t i = 0; i < run.size(); ++i)
+                for (std::size_t k = 0; k < values; ++k)
+                    EXPECT_EQ(run[i].m[k],
+                              map.map->FindElement(30 + static_cast<std::int64_t>(i), y)->m[k]);
+        }
+    }
 }
 
 TEST(FileFacts, ABrokenChunkLeavesTheOthers) {
