@@ -31,6 +31,11 @@ constexpr std::array kValueNames = {
     SValueName{"TABLE", EFilling::File},
     SValueName{"TEXT", EFilling::Free},
     SValueName{"WIDTHxHEIGHT", EFilling::Free},
+    SValueName{"BYTES", EFilling::Free},    SValueName{"FILE", EFilling::File},
+    SValueName{"FOLDER", EFilling::Folder}, SValueName{"I/N", EFilling::Free},
+    SValueName{"N", EFilling::Free},        SValueName{"PATH", EFilling::File},
+    SValueName{"T", EFilling::Free},        SValueName{"TABLE", EFilling::File},
+    SValueName{"TEXT", EFilling::Free},     SValueName{"WIDTHxHEIGHT", EFilling::Free},
 };
 
 EFilling FillingOf(std::string_view valueName) {
