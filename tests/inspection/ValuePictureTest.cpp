@@ -92,6 +92,10 @@ TEST(ValuePicture, NamesWhatIsNoNumberAndBeyondTheScale) {
     EXPECT_EQ(cut.values.below, 1U);
     EXPECT_EQ(cut.values.above, 1U);
     EXPECT_GT(cut.picture.Height(), without.Height());
+    for (const SValueRange& oneSided : {SValueRange{0, 2}, SValueRange{1, 3}}) {
+        style.range = oneSided;
+        EXPECT_GT(PaintValues(plain, 4, 1, style).picture.Height(), without.Height());
+    }
 }
 
 TEST(ValuePicture, ShowsDifferencesOnBothSidesOfZero) {

@@ -1,0 +1,119 @@
+#include "app/inspection/Preview.h"
+
+#include <atomic>
+#include <memory>
+
+#include <gtest/gtest.h>
+
+#include "platform/FileSystem.h"
+#include "tests/support/CoefMaps.h"
+#include "tests/support/TestFiles.h"
+
+namespace trevolt {
+namespace {
+
+class CPreviewNotes : public CPreviewListener {
+  public:
+    void OnFile(const SPreviewedFile& file) override { m_files.push_back(file); }
+    const std::vector<SPreviewedFile>& Files() const { return m_files; }
+
+  private:
+    std::vector<SPreviewedFile> m_files;
+};
+
+class Preview : public ::testing::Test {
+  protected:
+    void Add(const std::wstring& name) {
+        CChromaCorrectCoef map;
+        map.Resize(4, 3);
+        test::PaintMap(map, test::BytePixel);
+        const std::wstring path = m_folder.File(name);
+        ASSERT_EQ(SaveCoefFile(map, {path, false, false}), "");
+        m_request.files.push_back({std::make_shared<const std::wstring>(m_folder.Path()), name});
+    }
+    SPreviewOutcome Run(bool isInterrupted = false) {
+        m_request.output = {Picture(), false, false};
+        const std::atomic<bool> interrupted{isInterrupted};
+        return RunPreview(m_request, interrupted, m_notes);
+    }
+    std::wstring Picture() const { return m_folder.File(L"picture.png"); }
+
+    test::CTemporaryFolder m_folder;
+    SPreviewRequest m_request;
+    CPreviewNotes m_notes;
+};
+
+TEST_F(Preview, TellsWhatItShows) {
+    Add(L"a.9bcoef");
+    const SPreviewOutcome outcome = Run();
+    EXPECT_EQ(outcome.end, EPreviewEnd::Written);
+    EXPECT_EQ(outcome.errors, std::vector<std::string>{});
+    EXPECT_EQ(outcome.shown, 1U);
+    ASSERT_TRUE(outcome.values);
+    EXPECT_EQ(outcome.values->cells, 12U);
+    EXPECT_EQ(outcome.values->found, m_notes.Files().at(0).found);
+    EXPECT_EQ(m_notes.Files().at(0).name, "a.9bcoef");
+    EXPECT_EQ(m_notes.Files().at(0).kind, "9bcoef");
+    EXPECT_EQ(m_notes.Files().at(0).size, (PixelSize{4, 3}));
+    EXPECT_TRUE(test::FileExists(Picture()));
+}
+
+TEST_F(Preview, MakesAWallThatIsAboutSquare) {
+    for (const int count : {2, 3, 5}) {
+        while (static_cast<int>(m_request.files.size()) < count)
+            Add(L"c" + std::to_wstring(m_request.files.size()) + L".9bcoef");
+        const SPreviewOutcome outcome = Run();
+        EXPECT_EQ(outcome.grid.columns, count == 5 ? 3 : 2) << count;
+        EXPECT_EQ(outcome.grid.rows, count == 2 ? 1 : 2) << count;
+        EXPECT_EQ(outcome.end, EPreviewEnd::Written);
+        ASSERT_TRUE(RemoveFile(Picture()));
+    }
+}
+
+TEST_F(Preview, WritesNothingOnceInterrupted) {
+    Add(L"a.9bcoef");
+    Add(L"b.9bcoef");
+    const SPreviewOutcome outcome = Run(true);
+    EXPECT_EQ(outcome.end, EPreviewEnd::Interrupted);
+    EXPECT_TRUE(m_notes.Files().empty());
+    EXPECT_FALSE(test::FileExists(Picture()));
+}
+
+TEST_F(Preview, LooksAtTheOutputBeforeTheFiles) {
+    Add(L"a.9bcoef");
+    test::WriteText(Picture(), "mine");
+    const SPreviewOutcome outcome = Run();
+    EXPECT_EQ(outcome.end, EPreviewEnd::SomeFailed);
+    ASSERT_EQ(outcome.errors.size(), 1U);
+    EXPECT_TRUE(m_notes.Files().empty());
+    EXPECT_EQ(test::ReadText(Picture()), "mine");
+}
+
+TEST_F(Preview, RefusesWhatDoesNotGoTogether) {
+    Add(L"a.9bcoef");
+    Add(L"b.9bcoef");
+    m_request.turnCode = 1;
+    EXPECT_EQ(Run().end, EPreviewEnd::Misused);
+    m_request.turnCode = 0;
+    m_request.grid = SPreviewGrid{1, 1};
+    EXPECT_EQ(Run().end, EPreviewEnd::Misused);
+    EXPECT_EQ(Run().errors, std::vector<std::string>{
+                                "2 files do not fit into a grid of 1 x 1: give a larger one"});
+    EXPECT_FALSE(test::FileExists(Picture()));
+}
+
+TEST_F(Preview, CrossesOutWhatIsGone) {
+    Add(L"a.9bcoef");
+    Add(L"b.9bcoef");
+    ASSERT_TRUE(RemoveFile(m_folder.File(L"a.9bcoef")));
+    const SPreviewOutcome outcome = Run();
+    EXPECT_EQ(outcome.end, EPreviewEnd::SomeFailed);
+    EXPECT_EQ(outcome.failed, 1U);
+    EXPECT_EQ(outcome.shown, 1U);
+    EXPECT_FALSE(m_notes.Files().at(0).problems.empty());
+    EXPECT_TRUE(m_notes.Files().at(1).problems.empty());
+    EXPECT_TRUE(test::FileExists(Picture()));
+}
+
+} // namespace
+} // namespace trevolt
