@@ -123,7 +123,7 @@ SPreviewGrid ParseGrid(const std::string& text) {
 
 int ParseWidth(const std::string& text) {
     constexpr int kLeast = 200;
-    constexpr int kMost = 16384;
+    constexpr int kMost = 8192;
     const auto width = NumberOf<int>(text);
     if (!width || *width < kLeast || *width > kMost)
         RefuseValue(fmt::format("{} is no width: give {} to {} pixels", text, kLeast, kMost));

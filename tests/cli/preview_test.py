@@ -3,6 +3,7 @@ import json
 import struct
 import zlib
 
+import cli_support
 from cli_support import CliTest, coef_file, posix_only
 
 LEFT, TOP = 28, 84  # of what a picture shows
@@ -92,6 +93,8 @@ class Preview(CliTest):
         expected = {'brightness': (0.2126 * white[0] + 0.7152 * white[1] + 0.0722 * white[2],) * 2,
                     'colour': (min(white), max(white))}
         expected |= {f'm{k // 3}{k % 3}': (element[k],) * 2 for k in range(9)}
+        if cli_support.IS_WRAPPED:
+            expected = {view: expected[view] for view in ('colour', 'm21')}
         for view, (low, high) in expected.items():
             result = self.preview('--view', view, '--json', '--overwrite', path, self.picture)
             file, summary = self.objects(result)
@@ -242,6 +245,8 @@ class Preview(CliTest):
             (self.target, self.picture): 'no coefficient file',
             (self.source / 'missing.9bcoef', self.picture): 'missing.9bcoef',
         }
+        if cli_support.IS_WRAPPED:
+            trials = dict(list(trials.items())[::5])
         before = {path: path.read_bytes() for path in self.source.iterdir()}
         for arguments, words in trials.items():
             self.expect_words(self.preview(*arguments), 2, words)
