@@ -21,6 +21,7 @@ constexpr double kPageBytes = 32.0 * 1024 * 1024;
 constexpr double kPixelBytes = 4;
 constexpr int kSmallestSide = 16;
 constexpr int kLargestSide = 128;
+constexpr int kThinnestShown = 4;
 
 std::string RangeText(const std::optional<SValueRange>& found) {
     if (!found)
@@ -42,7 +43,7 @@ SThumbnail MapThumbnail(const CChromaCorrectCoef& map, int side) {
     if (map.IsEmpty() || !map.HasStorage())
         return {};
     const PixelSize size{map.Width(), map.Height()};
-    const SPlotShape shape = PlotShape(size, PlotScale(size, {side, side}), kSmallestSide);
+    const SPlotShape shape = PlotShape(size, PlotScale(size, {side, side}), kThinnestShown);
     const SValueCells cells =
         AverageByArea(MapRows(map, {}), static_cast<std::size_t>(shape.cellsWide),
                       static_cast<std::size_t>(shape.cellsHigh), 1);
@@ -52,8 +53,9 @@ SThumbnail MapThumbnail(const CChromaCorrectCoef& map, int side) {
                          ScaleRange(EColourScale::FalseColour, {}, found));
     painter.Paint(picture, 0, 0, cells, {shape.cellsWide, shape.cellsHigh, 1, 1});
     const std::vector<std::uint8_t> png = PngBytes(picture);
-    return {std::string(png.begin(), png.end()), static_cast<std::uint32_t>(shape.Width()),
-            static_cast<std::uint32_t>(shape.Height()), RangeText(found)};
+    const int times = kLargestSide / std::max(shape.Width(), shape.Height());
+    return {std::string(png.begin(), png.end()), static_cast<std::uint32_t>(times * shape.Width()),
+            static_cast<std::uint32_t>(times * shape.Height()), RangeText(found)};
 }
 
 } // namespace trevolt

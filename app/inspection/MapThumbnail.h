@@ -13,8 +13,9 @@ namespace trevolt {
 int ThumbnailSide(std::size_t files);
 
 /// How bright each pixel is for white, in colours between the darkest and the lightest. The picture
-/// has a pixel for each of the map, or for several where it would pass `side`; small maps are to be
-/// shown larger. None of a map without pixels. Throws std::bad_alloc.
+/// has a pixel for each of the map, or for several where it would pass `side`, which is 16 to 128; it is to be
+/// shown a whole number of times larger, up to 128. None of a map without pixels. Throws
+/// std::bad_alloc.
 SThumbnail MapThumbnail(const CChromaCorrectCoef& map, int side);
 
 } // namespace trevolt

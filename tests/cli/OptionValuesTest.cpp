@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "trevolt/Utf8.h"
+
 namespace trevolt {
 namespace {
 
@@ -109,6 +111,15 @@ TEST(OptionValues, PlacedFilesEndWithTheirPlace) {
     for (const char* text : {"", "a", "a@", "a@1", "a@1,", "a@,1", "a@1,2,", "a@1,2,3",
                              "a@1,2,90,0", "a@1,2@", "@1,2", "\xFF@1,2", "a@65536,0", "a@1 ,2"})
         EXPECT_THROW(ParsePlacedFile(text), std::invalid_argument) << text;
+}
+
+TEST(OptionValues, ReadPathsOfPages) {
+    for (const char* text : {"run.html", "a b/run.HTM", ".html"})
+        EXPECT_EQ(ParsePagePath(text), Utf8ToWide(text));
+    for (const char* text : {"run", "run.html ", "run.xhtm.txt", "html"})
+        EXPECT_EQ(Refusal(ParsePagePath, text),
+                  std::string(text) + " is no name of a page: give one that ends in .html");
+    EXPECT_EQ(Refusal(ParsePagePath, "\xFF.html"), "its name is not valid UTF-8: rename it");
 }
 
 } // namespace

@@ -36,8 +36,9 @@ TEST(MapThumbnail, IsAsLargeAsItsSideAllows) {
     ExpectShape(MapThumbnail(MapOf(128, 20), 128), {128, 20}, {128, 20});
     ExpectShape(MapThumbnail(MapOf(4, 3), 128), {4, 3}, {128, 96});
     ExpectShape(MapThumbnail(MapOf(100, 70), 128), {100, 70}, {100, 70});
-    ExpectShape(MapThumbnail(MapOf(1, 1), 16), {1, 1}, {16, 16});
-    ExpectShape(MapThumbnail(MapOf(3000, 1), 100), {100, 1}, {100, 16});
+    ExpectShape(MapThumbnail(MapOf(1, 1), 16), {1, 1}, {128, 128});
+    ExpectShape(MapThumbnail(MapOf(300, 150), 28), {28, 14}, {112, 56});
+    ExpectShape(MapThumbnail(MapOf(3000, 1), 100), {100, 1}, {100, 4});
 }
 
 TEST(MapThumbnail, TellsTheValuesOfItsColours) {
