@@ -1,7 +1,7 @@
 #!/bin/sh
 # Installs the Debian packages that the named jobs need and that are missing.
 #
-#   tools/setup.sh build|test|format|lint|asan|coverage|bench|fuzz|windows|arm64|bare|cluster|package ...
+#   tools/setup.sh build|test|format|lint|asan|coverage|bench|fuzz|windows|arm64|bare|cluster|package|report ...
 #
 # Nothing else is changed on the machine. Runs as root, or through sudo.
 set -eu
@@ -22,6 +22,7 @@ packages_for() {
             wine wine64 xvfb fonts-wine fonts-droid-fallback fonts-nanum fonts-tlwg-waree-ttf ;;
         arm64) packages_for test; echo g++-aarch64-linux-gnu qemu-user-static ;;
         bare) echo debootstrap ;;
+        report) packages_for build; echo chromium python3 ;;
         package) packages_for windows; echo lintian nsis ;;
         *) echo "setup: unknown job '$1'" >&2; exit 2 ;;
     esac
