@@ -23,7 +23,6 @@ a{color:var(--link)}
 .skip{position:absolute;left:-99rem;top:.5rem;padding:.6rem 1rem;background:var(--card);
 border:1px solid var(--line);z-index:2}
 .skip:focus{left:.5rem}
-.unseen{position:absolute;width:1px;height:1px;overflow:hidden;clip-path:inset(50%);white-space:nowrap}
 .verdict{font-size:1.15rem;margin:0 0 1rem;padding:.7rem 1rem;border-left:.4rem solid;border-radius:.25rem}
 .good{color:var(--good);background:var(--goodback)}
 .bad{color:var(--bad);background:var(--badback)}
@@ -83,7 +82,8 @@ tbody th,tbody td{padding:0;border:0;min-width:0}
 tbody th,td.state,td.sums{grid-column:1/-1}
 td::before{content:attr(data-is);display:block;color:var(--soft);font-size:.8rem}
 td.state::before{content:none}
-td dd{font-size:.8rem}
+td dd{font-size:.8rem}}
+@media screen and (max-width:40rem){
 .facts div{grid-template-columns:1fr}}
 @media screen and (min-width:40rem) and (max-width:68rem){
 tbody tr{grid-template-columns:repeat(4,1fr)}}
