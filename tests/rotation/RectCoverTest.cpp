@@ -42,6 +42,7 @@ TEST(RectCover, NamesBothAndWhatTheyShare) {
     EXPECT_EQ(overlaps[0].second, 1U);
     EXPECT_EQ(overlaps[0].rect, (SPixelRect{2, 1, 3, 2}));
     EXPECT_TRUE(FindOverlaps({{0, 0, 9, 9}, {4, 4, 4, 6}}).empty());
+    EXPECT_TRUE(FindOverlaps({{0, 0, 9, 9}, {4, 4, 6, 4}, {0, 0, 3, 0}}).empty());
 }
 
 TEST(RectCover, IsWhatCountingPixelByPixelGives) {
