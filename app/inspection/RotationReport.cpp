@@ -143,7 +143,6 @@ void CRotationReport::Begin(const SRotationPlan& plan) {
                          plan.passedOver.begin() + static_cast<std::ptrdiff_t>(std::min(
                                                        plan.passedOver.size(), kReportedAtMost)));
     COutputFolder folder(FolderOf(m_request.report), m_request.sync);
-    folder.RemoveAbandoned();
     const std::wstring name = m_request.report.substr(FolderPart(m_request.report).size());
     m_failed = std::make_unique<CRows>(folder.Begin(name));
     m_others = std::make_unique<CRows>(folder.Begin(name));

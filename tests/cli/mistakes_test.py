@@ -109,6 +109,7 @@ USAGE = {
         ((*TURN, '--screen', *BOTH), 'a whole screen is exactly one coefficient file, but {S} holds 2'),
         ((*TURN, '--manifest', '{X}', *BOTH), 'the manifest {X} exists already: choose another name'),
         ((*TURN, '--manifest', '{M}/sums', *BOTH), 'the folder of the manifest {M}/sums does not exist'),
+        ((*TURN, '--report', '{M}/a.html', *BOTH), 'the folder of the report {M}/a.html does not exist'),
         (('verify', '{M}'), 'the manifest {M} cannot be read: No such file or directory'),
         (('demo', '{X}'), 'the folder {X} cannot be made: File exists'),
         (('demo', ''), 'FOLDER: it is empty: give a folder'),

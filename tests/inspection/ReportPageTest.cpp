@@ -201,6 +201,8 @@ TEST_F(ReportBegins, WithTheRunsFacts) {
 TEST_F(ReportBegins, WithTheFirstOfManySources) {
     m_request.sources.assign(kReportedAtMost + 2, L"cab");
     EXPECT_TRUE(Holds(Page(), "<bdi>cab</bdi>\nand 2 more</dd>"));
+    m_request.sources.back() = L"last";
+    EXPECT_FALSE(Holds(Page(), "last"));
 }
 
 TEST_F(ReportBegins, WithLinksToItsParts) {
@@ -218,6 +220,8 @@ TEST_F(ReportBegins, WithLinksToItsParts) {
     EXPECT_TRUE(Holds(Page(), "<li><a href=\"#failed\">Failed files (2)</a></li>\n"
                               "<li><a href=\"#files\">Other files (1)</a></li>\n"
                               "<li><a href=\"#passed\">Passed over (5)</a></li>\n"));
+    m_run.failed = m_run.told;
+    EXPECT_FALSE(Holds(Page(), "href=\"#files\"")) << "no other file";
     m_run.failed = 0;
     m_run.told = m_run.written = 0;
     EXPECT_TRUE(Holds(Page(), "<a class=\"skip\" href=\"#summary\">"));

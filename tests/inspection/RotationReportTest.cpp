@@ -66,6 +66,16 @@ TEST_F(RotationReport, PutsFailedFilesFirst) {
     EXPECT_TRUE(Page().ends_with("</body>\n</html>\n"));
 }
 
+TEST_F(RotationReport, HoldsRowsOfAnyLength) {
+    m_report.OnPlan(m_plan);
+    for (std::size_t i = 1; i <= 3; ++i)
+        m_report.OnFile(Outcome(std::string(400'000, 'n') + std::to_string(i)), i, 3);
+    EXPECT_EQ(Write(), "");
+    for (const char* end : {"n1</bdi>", "n2</bdi>", "n3</bdi>", "</body>\n</html>\n"})
+        At(end);
+    EXPECT_GT(Page().size(), 1'200'000U);
+}
+
 TEST_F(RotationReport, LeavesOutTablesWithoutRows) {
     m_report.OnPlan(m_plan);
     EXPECT_EQ(Write(), "");
