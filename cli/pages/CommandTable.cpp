@@ -21,21 +21,17 @@ constexpr std::array kValueNames = {
     SValueName{"BYTES", EFilling::Free},
     SValueName{"COLUMNSxROWS", EFilling::Free},
     SValueName{"FILE", EFilling::File},
+    SValueName{"FILE.html", EFilling::File},
     SValueName{"FOLDER", EFilling::Folder},
     SValueName{"I/N", EFilling::Free},
-    SValueName{"LOW,HIGH", EFilling::Free},
     SValueName{"LEFT,TOP,RIGHT,BOTTOM", EFilling::Free},
+    SValueName{"LOW,HIGH", EFilling::Free},
     SValueName{"N", EFilling::Free},
     SValueName{"PATH", EFilling::File},
     SValueName{"T", EFilling::Free},
     SValueName{"TABLE", EFilling::File},
     SValueName{"TEXT", EFilling::Free},
     SValueName{"WIDTHxHEIGHT", EFilling::Free},
-    SValueName{"BYTES", EFilling::Free},    SValueName{"FILE", EFilling::File},
-    SValueName{"FOLDER", EFilling::Folder}, SValueName{"I/N", EFilling::Free},
-    SValueName{"N", EFilling::Free},        SValueName{"PATH", EFilling::File},
-    SValueName{"T", EFilling::Free},        SValueName{"TABLE", EFilling::File},
-    SValueName{"TEXT", EFilling::Free},     SValueName{"WIDTHxHEIGHT", EFilling::Free},
 };
 
 EFilling FillingOf(std::string_view valueName) {

@@ -57,7 +57,7 @@ TEST(CommandTable, TellsWhatFillsPlacesAndValues) {
     EXPECT_EQ(rotate.places[1].filling, EFilling::Folder);
     EXPECT_FALSE(rotate.places[1].takesMany);
     EXPECT_EQ(PlacesFilling(rotate), EFilling::File);
-    EXPECT_EQ(PlacesFilling(table.commands[1]), EFilling::Folder);
+    EXPECT_EQ(PlacesFilling(table.commands.back()), EFilling::Folder);
 
     const SCommandOption& angle = OptionNamed(rotate, "angle");
     EXPECT_EQ(angle.letter, "a");

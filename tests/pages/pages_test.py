@@ -105,7 +105,8 @@ class BashCompletion(unittest.TestCase):
                 self.assertEqual(sorted(words), sorted(f"'{word}'" for word in cases[line]))
 
     def test_commands(self):
-        self.expect({'': ['rotate', 'demo', 'verify', '--help', '--version'],
+        self.expect({'': ['rotate', 'compose', 'crop', 'convert', 'info', 'diff', 'preview', 'verify', 'demo',
+                          '--help', '--version'],
                      'ro': ['rotate'],
                      '--v': ['--version'],
                      'turn w': ['turn', 'w'],
