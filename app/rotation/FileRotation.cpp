@@ -78,7 +78,7 @@ class CFileRotation {
         m_outcome.interrupted = m_interrupted && m_output == nullptr;
         m_outcome.took = std::chrono::duration_cast<std::chrono::microseconds>(
             std::chrono::steady_clock::now() - begin);
-        if (m_request.thumbnail && !m_interrupted && !m_outcome.skipped)
+        if (m_request.thumbnail && !m_interrupted)
             TakePictures();
         return {std::move(m_outcome), std::move(m_output), false,
                 m_request.keepTimes ? m_planned.Path() : std::wstring()};

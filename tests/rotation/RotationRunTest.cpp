@@ -1328,6 +1328,9 @@ TEST_F(ReportOfRun, HasAPlaceAndANameOfItsOwn) {
     ExpectNothingToDo("the manifest and the report are both");
     m_request.manifest = around + L"run2.html";
     EXPECT_EQ(Run().written, 1U);
+    m_request.existing = EExistingOutput::Replace;
+    m_request.manifest = folder + kPathSeparator + L"run.html";
+    EXPECT_EQ(Run().written, 1U) << "of one name in two folders";
 }
 
 TEST_F(RotationRun, WhatHasNoNameWhenTheRunIsInterruptedGetsNone) {
