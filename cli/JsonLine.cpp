@@ -1,6 +1,8 @@
 #include "cli/JsonLine.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <system_error>
 
 #include <fmt/format.h>
 
@@ -8,7 +10,8 @@ namespace trevolt {
 
 void PrintObject(const Json& object) {
     fmt::print("{}\n", object.dump(-1, ' ', false, Json::error_handler_t::replace));
-    std::fflush(stdout); // an error is seen when the program ends
+    if (std::fflush(stdout) != 0)
+        throw std::system_error(errno, std::generic_category());
 }
 
 Json SizeOrNull(const PixelSize& size) {

@@ -15,7 +15,8 @@ using Json = nlohmann::ordered_json; // keys stay in the order in which they are
 inline constexpr int kJsonVersion = 1;
 
 /// Prints one object in a line of its own and flushes it: a run that is killed leaves whole lines. What
-/// has no UTF-8 form becomes U+FFFD. Throws what fmt::print throws.
+/// has no UTF-8 form becomes U+FFFD. Throws what fmt::print throws, std::system_error also
+/// when the device takes no more.
 void PrintObject(const Json& object);
 
 /// Width and height, or null for 0 × 0.

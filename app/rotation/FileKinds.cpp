@@ -139,7 +139,7 @@ constexpr SKindRow TextFileKind(std::wstring_view extension, int exportOrder) {
              ReadTextSize<const wchar_t*>, nullptr, LoadText<std::istream&>,
              ReadTextSize<std::istream&>, nullptr},
             {kTextValues, 0, nullptr, S_OK, nullptr},
-             MakeElementForm<9>(EStoredValue::Text, kMapForm.places)};
+            MakeElementForm<9>(EStoredValue::Text, kMapForm.places)};
 }
 
 /// In the load's order.

@@ -778,8 +778,10 @@ class Trouble(CliTest):
         self.assertEqual(self.targets(), ['a-90°.3bcoef'])
 
     @posix_only
-    def test_help_that_cannot_be_written_is_an_error(self):
-        for arguments in (['--help'], ['--version'], ['rotate', '--help']):
+    def test_what_else_cannot_be_written_is_an_error(self):
+        self.add('a.3bcoef')
+        for arguments in (['--help'], ['--version'], ['rotate', '--help'],
+                          ['info', '--json', str(self.source)]):
             with open('/dev/full', 'wb') as full:
                 result = subprocess.run([*PROGRAM, *arguments], stdout=full,
                                         stderr=subprocess.PIPE)
