@@ -17,6 +17,7 @@ namespace {
 
 std::string NamesOf(const std::vector<std::wstring>& sources) {
     std::vector<std::string> names;
+    names.reserve(sources.size());
     for (const std::wstring& source : sources)
         names.push_back(WideToShownUtf8(source));
     return fmt::format("{}", fmt::join(names, ", "));

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <vector>
 
+#include "app/rotation/SamePixel.h"
 #include "common/OrderedJobs.h"
 
 namespace trevolt {
@@ -20,7 +20,7 @@ class CPieceDifference {
         : m_compared(compared), m_tolerance(tolerance) {}
 
     void Add(const SMatrixCoef& a, const SMatrixCoef& b, std::int64_t x, std::int64_t y) {
-        if (std::memcmp(&a, &b, sizeof a) == 0)
+        if (HasSameBits(a, b))
             return;
         bool isDifferent = false;
         for (std::size_t k = 0; k < a.m.size(); ++k)

@@ -78,14 +78,14 @@ CColourScale::CColourScale(EColourScale scale) {
 
 SColour CColourScale::At(double place) const {
     const double step = std::clamp(place, 0.0, 1.0) * (kSteps - 1);
-    return m_steps[static_cast<std::size_t>(step + 0.5)];
+    return m_steps[static_cast<std::size_t>(std::lround(step))];
 }
 
 std::uint8_t ScreenValue(double light) {
     const double inside = std::clamp(light, 0.0, 1.0);
     const double shown =
         inside <= 0.0031308 ? 12.92 * inside : 1.055 * std::pow(inside, 1 / 2.4) - 0.055;
-    return static_cast<std::uint8_t>(255 * shown + 0.5);
+    return static_cast<std::uint8_t>(std::lround(255 * shown));
 }
 
 } // namespace trevolt

@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <span>
 #include <string_view>
 
 #include <fmt/format.h>
 
+#include "app/rotation/SamePixel.h"
 #include "formats/SanitizeMatrix.h"
 #include "trevolt/FixedPoint.h"
 
@@ -120,7 +120,7 @@ class CLossCount {
     }
 
     void AddText(const SMatrixCoef& pixel) {
-        if (std::memcmp(&pixel, &m_default, sizeof pixel) == 0)
+        if (HasSameBits(pixel, m_default))
             ++m_losses.defaultPixels;
         else
             CountText(pixel, m_losses);

@@ -46,9 +46,9 @@ class CFileComparison {
     SCoefLoad Load(const std::wstring& path, const std::string& name) {
         SCoefLoad load = LoadCoefFile(path);
         for (const std::string& problem : load.problems)
-            m_found.problems.push_back(name + ": " + problem);
+            m_found.problems.push_back(fmt::format("{}: {}", name, problem));
         for (const std::string& note : load.notes)
-            m_found.notes.push_back(name + ": " + note);
+            m_found.notes.push_back(fmt::format("{}: {}", name, note));
         for (const std::string& loss : load.losses)
             m_found.notes.push_back(fmt::format("{}: {} is not compared", name, loss));
         return load;

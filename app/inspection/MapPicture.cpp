@@ -244,9 +244,10 @@ class CWallPicture::CLayout {
             largest = {std::max(largest.width, cabinet.size.width),
                        std::max(largest.height, cabinet.size.height)};
         const PixelSize room = CPictureSheet::RoomOf(width);
-        m_scale = PlotScale({largest.width * columns, largest.height * rows},
-                            {std::max<std::int64_t>(room.width - kGap * (columns - 1), 1),
-                             std::max<std::int64_t>(room.height - kGap * (rows - 1), 1)});
+        m_scale =
+            PlotScale({largest.width * columns, largest.height * rows},
+                      {std::max<std::int64_t>(room.width - std::int64_t{kGap} * (columns - 1), 1),
+                       std::max<std::int64_t>(room.height - std::int64_t{kGap} * (rows - 1), 1)});
         const SPlotShape place = PlotShape(largest, m_scale);
         m_width = std::max(place.Width(), kSmallestPlace);
         m_height = std::max(place.Height(), kSmallestPlace);

@@ -56,7 +56,7 @@ std::string DayAndTime(TimePoint time) {
     return TimeElement(clock, fmt::format("{} {} UTC", DayText(clock), TimeText(clock)));
 }
 
-std::string SizeText(const PixelSize& size) {
+std::string SizeOrNothing(const PixelSize& size) {
     return size == PixelSize{} ? kNothing : fmt::format("{} \u00D7 {}", size.width, size.height);
 }
 
@@ -147,12 +147,13 @@ const char* ExistingText(EExistingOutput existing) {
 std::string ChosenOptions(const SRotationRequest& request) {
     std::string html;
     if (request.size)
-        html += Fact("Size", SizeText(*request.size) + " for every map");
+        html += Fact("Size", SizeOrNothing(*request.size) + " for every map");
     if (request.lenient)
         html += Fact("Damaged files", "written from what could be read of them");
     if (request.keepExtras)
-        html += Fact("Extras of word files",
-                     "kept" + (request.wall ? ", in a wall of " + SizeText(*request.wall) : ""));
+        html +=
+            Fact("Extras of word files",
+                 "kept" + (request.wall ? ", in a wall of " + SizeOrNothing(*request.wall) : ""));
     if (request.suffix)
         html += Fact("Names of outputs", "with <bdi>" + PathHtml(*request.suffix) + "</bdi>");
     if (request.verify)
@@ -317,7 +318,7 @@ std::string PictureHtml(const SMapCell& cell, const std::string& name) {
 std::string MapCell(const SMapCell& cell, const std::string& name) {
     std::string html =
         fmt::format("<td role=\"cell\" data-is=\"{}\">{}<span class=\"size\">{}</span>", cell.when,
-                    PictureHtml(cell, name), SizeText(cell.size));
+                    PictureHtml(cell, name), SizeOrNothing(cell.size));
     if (!cell.picture.png.empty())
         html += "<span class=\"more\">" + Html(cell.picture.range) + "</span>";
     return html + "</td>\n";

@@ -23,7 +23,7 @@ std::vector<float> ValuesOf(const SValueRows& rows) {
     return values;
 }
 
-CChromaCorrectCoef PatternMap(std::int32_t width, std::int32_t height) {
+CChromaCorrectCoef ViewedMap(std::int32_t width, std::int32_t height) {
     CChromaCorrectCoef map;
     map.Resize(width, height);
     test::PaintMap(map, test::PatternPixel);
@@ -44,7 +44,7 @@ CChromaCorrectCoef NumberedMap(std::int32_t width, std::int32_t height) {
 }
 
 TEST(MapPicture, TakesEachCoefficientByItsPlace) {
-    const CChromaCorrectCoef map = PatternMap(3, 2);
+    const CChromaCorrectCoef map = ViewedMap(3, 2);
     for (std::size_t k = 0; k < 9; ++k) {
         const std::vector<float> values = ValuesOf(MapRows(map, {EMapView::Coefficient, k}));
         ASSERT_EQ(values.size(), 6U);
@@ -76,7 +76,7 @@ TEST(MapPicture, TakesOneAsTheBrightnessOfDefaults) {
 
 TEST(MapPicture, ReadsRowsAcrossTheMapsBlocks) {
     constexpr std::int32_t kWidth = 1000; // a block ends within row 262
-    const CChromaCorrectCoef map = PatternMap(kWidth, 264);
+    const CChromaCorrectCoef map = ViewedMap(kWidth, 264);
     const SValueRows rows = MapRows(map, {EMapView::Coefficient, 4});
     std::vector<float> row(kWidth);
     rows.read(262, row.data());
