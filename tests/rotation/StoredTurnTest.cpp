@@ -2,6 +2,7 @@
 #include <atomic>
 #include <bit>
 #include <cstdint>
+#include <cstring>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -57,6 +58,12 @@ class CSilentListener : public CRotationListener {
     PixelSize size;
     PixelSize turnedSize;
 };
+
+/// In one call: the library's comparison of std::byte goes through them one by one.
+bool IsSame(const Bytes& left, const Bytes& right) {
+    return left.size() == right.size() &&
+           (left.empty() || std::memcmp(left.data(), right.data(), left.size()) == 0);
+}
 
 class StoredTurn : public testing::Test {
   protected:
@@ -141,7 +148,7 @@ class StoredTurn : public testing::Test {
                          << " by " << angle.code);
             const SThroughMaps expected = ThroughMaps(name, size);
             for (const std::size_t jobs : {1U, 3U}) {
-                ASSERT_TRUE(Rotated(name, jobs) == expected.turned) << jobs;
+                ASSERT_TRUE(IsSame(Rotated(name, jobs), expected.turned)) << jobs;
                 EXPECT_EQ(m_listener.problems, expected.problems) << jobs;
             }
             EXPECT_EQ(m_listener.size, size);
@@ -193,9 +200,9 @@ TEST_F(StoredTurn, MakesTheBytesOfTheMapsWayOverBlocksAndPieces) {
 
 TEST_F(StoredTurn, CutsAndFillsAsAMapDoes) {
     for (const std::wstring& name : StoredNames()) {
+        AddWild(name, {260, 130});
+        ASSERT_TRUE(IsTurnedInItsElements(name));
         for (const PixelSize& size : {PixelSize{300, 140}, {200, 100}, {100, 200}, {261, 131}}) {
-            AddWild(name, {260, 130});
-            ASSERT_TRUE(IsTurnedInItsElements(name));
             m_request.size = size;
             ExpectBothWays(name, {260, 130});
             ASSERT_FALSE(HasFatalFailure());
