@@ -60,7 +60,9 @@ std::vector<SScaleTick> RoundTicks(const SValueRange& range, std::size_t most) {
     const SStep step = SmallestStep(range, most);
     const SMultiples multiples(range, step.Value());
     std::vector<SScaleTick> ticks;
-    for (double n = multiples.first; n <= multiples.last; ++n) {
+    const auto count = static_cast<std::size_t>(multiples.Count());
+    for (std::size_t i = 0; i < count; ++i) {
+        const double n = multiples.first + static_cast<double>(i);
         const double value = n == 0 ? 0 : n * step.Value(); // and not −0
         ticks.push_back({value, TickText(value, step)});
     }

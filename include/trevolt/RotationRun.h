@@ -86,6 +86,9 @@ struct SRotationRequest {
     bool verify = false;
     /// Files are read as they would be turned, and nothing is written.
     bool dryRun = false;
+    /// Outcomes tell the SHA-256 sums of what was turned and of what was written. A file that changes
+    /// while it is turned then fails, too.
+    bool sums = false;
     /// The files of one part only, every `count`-th in the order of the run.
     SShard shard;
     /// Threads at most, at least 1: each turns a file, and where there are fewer files they share
@@ -95,9 +98,6 @@ struct SRotationRequest {
     /// A file that does not stand yet, for the SHA-256 sums of what was turned and of what was
     /// written; empty for none. A file that changes while it is turned then fails.
     std::wstring manifest;
-    /// Outcomes tell the SHA-256 sums of what was turned and of what was written. A file that changes
-    /// while it is turned then fails, too.
-    bool sums = false;
     /// Makes the pictures that outcomes have, of the maps as they are read back from source and output;
     /// called on the threads of the run. Nothing fails where it throws std::bad_alloc.
     std::function<SThumbnail(const CChromaCorrectCoef& map)> thumbnail;
