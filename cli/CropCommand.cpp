@@ -101,7 +101,8 @@ SCropRequest RectRequest(const SCropOptions& options, const std::wstring& target
 
 /// Throws CLI::ValidationError where files tell no sizes.
 SCropRequest LayoutRequest(const SCropOptions& options, const std::wstring& target) {
-    SScreenPieces screen = PiecesOfScreen(FilesOfLayout(options.layout), options.cabinet);
+    const std::vector<SPlacedFile> files = FilesOfLayout(options.layout);
+    SScreenPieces screen = PiecesOfScreen(files, options.cabinet);
     for (const std::string& problem : screen.problems)
         PrintLine(stderr, "{}", problem);
     if (!screen.problems.empty())
@@ -112,6 +113,9 @@ SCropRequest LayoutRequest(const SCropOptions& options, const std::wstring& targ
     request.targetFolder = target;
     request.makesFolders = true;
     request.pieces = std::move(screen.pieces);
+    if (!options.cabinet) // those that were asked for their sizes
+        for (const SPlacedFile& file : files)
+            request.kept.push_back(file.path);
     return request;
 }
 

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "app/inspection/NpyFile.h"
+#include "app/rotation/CoefFile.h"
 #include "app/rotation/CoefFileSearch.h"
 #include "app/rotation/Obstacles.h"
 #include "common/TextConversion.h"
@@ -30,10 +31,8 @@ std::wstring_view ExtensionOf(const SFormName& form) {
 std::optional<SFormName> FormOfName(std::wstring_view name) {
     if (IsNpyName(name))
         return SFormName{};
-    const SFileKind* const kind = FindLoadKind(name);
-    if (kind == nullptr || kind != FindExportKind(name))
-        return std::nullopt;
-    return SFormName{kind};
+    const SFileKind* const kind = FindOwnKind(name);
+    return kind == nullptr ? std::nullopt : std::optional(SFormName{kind});
 }
 
 /// `name`, which tells what it is of, with another extension in place of its own. What follows stays, as

@@ -8,6 +8,7 @@
 #include "app/rotation/SourceFile.h"
 #include "platform/FileSystem.h"
 #include "trevolt/TransferProblems.h"
+#include "trevolt/Utf8.h"
 
 namespace trevolt {
 namespace {
@@ -84,6 +85,37 @@ class CCoefFileLoad {
 };
 
 } // namespace
+
+const SFileKind* FindOwnKind(std::wstring_view name) {
+    const SFileKind* const kind = FindLoadKind(name);
+    return kind == FindExportKind(name) ? kind : nullptr;
+}
+
+std::string DescribeOutputName(const std::wstring& path) {
+    const std::wstring name = path.substr(FolderPart(path).size());
+    const char* const advice = "give one of the nine extensions";
+    const SFileKind* const kind = FindExportKind(name);
+    if (kind == nullptr)
+        return fmt::format("the output {} is no coefficient file by its name: {}",
+                           WideToShownUtf8(path), advice);
+    if (kind != FindLoadKind(name))
+        return fmt::format("the output {} would be read as another kind than it is written: {}",
+                           WideToShownUtf8(path), advice);
+    return {};
+}
+
+std::string DescribeInputObstacle(const std::wstring& path) {
+    const std::string shown = WideToShownUtf8(path);
+    if (FindLoadKind(path.substr(FolderPart(path).size())) == nullptr)
+        return fmt::format("{} is no coefficient file by its name", shown);
+    const auto kind = KindOfEntry(path);
+    if (!kind)
+        return fmt::format("the file {} does not exist", shown);
+    if (*kind == EntryKind::Folder)
+        return fmt::format("{} is a folder: give a file", shown);
+    return *kind == EntryKind::Other ? fmt::format("{} is neither a file nor a folder", shown)
+                                     : std::string();
+}
 
 SCoefLoad LoadCoefFile(const std::wstring& path) {
     return CCoefFileLoad(path, FindLoadKind(path.substr(FolderPart(path).size()))).Run();

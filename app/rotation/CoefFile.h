@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "trevolt/ChromaCorrectCoef.h"
@@ -20,6 +21,18 @@ struct SCoefLoad {
     std::vector<std::string> notes;    ///< what is unusual and no problem
     std::vector<std::string> losses;   ///< what the file holds and a map cannot
 };
+
+/// The kind as which files of this name, without folders, are both read and written; null where the
+/// name tells none, or two.
+const SFileKind* FindOwnKind(std::wstring_view name);
+
+/// Why no output can have this path: its name tells no kind, or is read as another kind than it is
+/// written. Else nothing.
+std::string DescribeOutputName(const std::wstring& path);
+
+/// Why there is no coefficient file at this path to be read: its name tells no kind, nothing stands
+/// there, or something that is no file. Nothing is opened: a pipe would not come back. Else nothing.
+std::string DescribeInputObstacle(const std::wstring& path);
 
 /// Reads a file of the kind that its name tells into a map of the file's own size. Throws
 /// std::bad_alloc; memory refused for the map is a problem.

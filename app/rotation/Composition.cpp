@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "app/rotation/LayoutTable.h"
+#include "app/rotation/CoefFile.h"
 #include "app/rotation/MapRegion.h"
 #include "app/rotation/Obstacles.h"
 #include "app/rotation/RectCover.h"
@@ -37,6 +38,10 @@ PixelSize OwnSizeOf(const std::wstring& path, std::vector<std::string>& problems
     const SFileKind* const kind = FindLoadKind(FileNameOf(path));
     if (kind == nullptr) {
         problems.emplace_back("is no coefficient file by its name");
+        return {};
+    }
+    if (KindOfEntry(path) == EntryKind::Other) { // a pipe would not come back
+        problems.emplace_back("is neither a file nor a folder");
         return {};
     }
     std::uint32_t width = 0;
@@ -98,20 +103,15 @@ class CComposer {
     }
 
     void FindKinds() {
-        if (FindExportKind(FileNameOf(m_request.output.path)) == nullptr)
-            m_result.errors.push_back(
-                fmt::format("the output {} is no coefficient file by its name: give one of the "
-                            "nine extensions",
-                            WideToShownUtf8(m_request.output.path)));
+        if (std::string problem = DescribeOutputName(m_request.output.path); !problem.empty())
+            m_result.errors.push_back(std::move(problem));
         if (m_request.files.empty())
             m_result.errors.emplace_back("there is no file to put into a screen");
         CObstacles obstacles(m_result.errors);
         for (std::size_t i = 0; i < m_request.files.size(); ++i)
-            if (FindLoadKind(FileNameOf(m_request.files[i].path)) == nullptr)
-                obstacles.Add(fmt::format("{} is no coefficient file by its name", NameOf(i)));
-            else if (!KindOfEntry(m_request.files[i].path))
-                obstacles.Add(fmt::format("the file {} does not exist",
-                                          WideToShownUtf8(m_request.files[i].path)));
+            if (std::string problem = DescribeInputObstacle(m_request.files[i].path);
+                !problem.empty())
+                obstacles.Add(std::move(problem));
     }
 
     void FindRects() {

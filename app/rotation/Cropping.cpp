@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "app/rotation/CoefFile.h"
 #include "app/rotation/MapRegion.h"
 #include "app/rotation/Obstacles.h"
 #include "app/rotation/OutputFolder.h"
@@ -22,13 +23,25 @@ const SFileKind* KindOfPiece(const SCropPiece& piece) {
     return FindExportKind(piece.name.substr(FolderPart(piece.name).size()));
 }
 
+/// Whether one of the folders in a name is "..".
+bool LeavesItsFolder(const std::wstring& name) {
+    for (std::wstring folder = FolderPart(name); !folder.empty(); folder = FolderPart(folder)) {
+        folder.pop_back(); // its separator
+        if (folder.substr(FolderPart(folder).size()) == L"..")
+            return true;
+    }
+    return false;
+}
+
 class CCropper {
   public:
     CCropper(const SCropRequest& request, const std::atomic<bool>& interrupted)
         : m_request(request),
           m_interrupted(interrupted),
+          m_inputs(request.kept),
           m_target(TargetOf(request), request.sync) {
         m_result.pieces.resize(request.pieces.size());
+        m_inputs.push_back(request.input);
     }
 
     SCropping Run() {
@@ -64,19 +77,16 @@ class CCropper {
     }
 
     void CheckNames() {
-        const std::wstring& input = m_request.input;
-        if (FindLoadKind(input.substr(FolderPart(input).size())) == nullptr)
-            m_result.errors.push_back(
-                fmt::format("{} is no coefficient file by its name", WideToShownUtf8(input)));
-        else if (!KindOfEntry(input))
-            m_result.errors.push_back(
-                fmt::format("the file {} does not exist", WideToShownUtf8(input)));
+        if (std::string problem = DescribeInputObstacle(m_request.input); !problem.empty())
+            m_result.errors.push_back(std::move(problem));
         CObstacles obstacles(m_result.errors);
         for (const SCropPiece& piece : m_request.pieces)
-            if (KindOfPiece(piece) == nullptr)
-                obstacles.Add(fmt::format("the output {} is no coefficient file by its name: give "
-                                          "one of the nine extensions",
+            if (LeavesItsFolder(piece.name))
+                obstacles.Add(fmt::format("the output {} is not below the target folder: name it "
+                                          "without ..",
                                           WideToShownUtf8(piece.name)));
+            else if (std::string problem = DescribeOutputName(piece.name); !problem.empty())
+                obstacles.Add(std::move(problem));
     }
 
     void CheckRects() {
@@ -121,7 +131,7 @@ class CCropper {
             outcome.problem =
                 DescribeOutputObstacle({WithSeparator(TargetOf(m_request)) + piece.name,
                                         m_request.replaces, m_request.sync},
-                                       {m_request.input});
+                                       m_inputs);
         if (outcome.problem.empty())
             outcome.problem = WriteOutput(
                 m_target, piece.name, m_request.replaces, [&](const std::wstring& path) {
@@ -141,6 +151,7 @@ class CCropper {
 
     const SCropRequest& m_request;
     const std::atomic<bool>& m_interrupted;
+    std::vector<std::wstring> m_inputs; ///< which no piece replaces
     COutputFolder m_target;
     SCropping m_result;
 };

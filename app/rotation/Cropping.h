@@ -35,6 +35,8 @@ struct SCropRequest {
     /// Whether the target folder, and folders in names of pieces, are made where they are missing.
     bool makesFolders = false;
     std::vector<SCropPiece> pieces;
+    /// Files that stay as they are beside the input, whatever `replaces` says.
+    std::vector<std::wstring> kept;
     bool lenient = false;  ///< of a damaged input what could be read is taken
     bool replaces = false; ///< files of the pieces' names; else a piece whose name is taken fails
     bool sync = true;      ///< what is told as written has reached the disk

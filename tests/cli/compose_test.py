@@ -1,13 +1,14 @@
 """The command compose; cli_test.py runs these. NumPy reckons the screens that are expected."""
 import csv
 import json
+import os
 import re
 import shutil
 
 import numpy
 
 import cli_support
-from cli_support import CABINETS, ROOT, SAMPLES, STORED_BYTES, CliTest, coef_file
+from cli_support import CABINETS, ROOT, SAMPLES, STORED_BYTES, CliTest, coef_file, posix_only
 
 KINDS = ('.9fcoef', '.3fcoef', '.9bcoef', '.3bcoef', '.cccoef', '.9wcoef', '.3wcoef', '.4wcoef',
          '.12wcoef')
@@ -260,6 +261,15 @@ class Compose(ScreenTest):
             if cli_support.IS_WRAPPED and words:
                 break
         self.assertEqual(self.targets(), [])
+
+    @posix_only
+    def test_a_pipe_is_refused_and_not_waited_for(self):
+        pipe = self.folder / 'pipe.9fcoef'
+        os.mkfifo(pipe)
+        self.expect(self.compose(f'{pipe}@0,0'), 2, [],
+                    [f'trevolt-cli: {pipe} is neither a file nor a folder'])
+        self.expect(self.run_cli('crop', pipe, self.target / 'a.9fcoef', '--rect', '0,0,1,1'), 2, [],
+                    [f'trevolt-cli: {pipe} is neither a file nor a folder'])
 
     def test_what_programs_are_told(self):
         self.add_cabinet('a.9fcoef', 1)

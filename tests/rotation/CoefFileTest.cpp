@@ -8,6 +8,7 @@
 #include "platform/FileSystem.h"
 #include "platform/SystemError.h"
 #include "tests/support/CoefMaps.h"
+#include "trevolt/Utf8.h"
 
 namespace trevolt {
 namespace {
@@ -67,6 +68,22 @@ TEST(CoefFile, ANameWithoutAKindIsNoCoefficientFile) {
     const SCoefLoad load = LoadCoefFile(L"wall.9fcoef/notes.txt");
     EXPECT_EQ(load.kind, nullptr);
     EXPECT_EQ(load.problems, std::vector<std::string>{"is no coefficient file by its name"});
+}
+
+TEST(CoefFile, AKindIsOwnWhereItIsReadAndWritten) {
+    EXPECT_EQ(FindOwnKind(L"a.3bcoef"), FindLoadKind(L"a.3bcoef"));
+    EXPECT_EQ(FindOwnKind(L"a.3wcoef.12wcoef"), nullptr);
+    EXPECT_EQ(FindOwnKind(L"a.txt"), nullptr);
+}
+
+TEST(CoefFile, WhatIsNoFileIsToldBeforeItIsOpened) {
+    const CTemporaryFolder folder;
+    ASSERT_TRUE(CreateFolders(folder.File(L"row.9fcoef")));
+    const std::string shown = WideToShownUtf8(folder.File(L"row.9fcoef"));
+    EXPECT_EQ(DescribeInputObstacle(folder.File(L"row.9fcoef")),
+              shown + " is a folder: give a file");
+    WriteText(folder.File(L"a.9fcoef"), "");
+    EXPECT_EQ(DescribeInputObstacle(folder.File(L"a.9fcoef")), "");
 }
 
 TEST(CoefFile, WhatAMapCannotHoldIsTold) {

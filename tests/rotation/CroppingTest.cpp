@@ -154,6 +154,41 @@ TEST_F(Cropping, TheSourceStaysAsItIs) {
     EXPECT_EQ(ReadFile(request.input), whole);
 }
 
+TEST_F(Cropping, FilesThatAreToBeKeptStay) {
+    WriteInput(L"in.9fcoef");
+    WriteInput(L"asked.9fcoef");
+    auto request = Request(L"in.9fcoef", {{L"asked.9fcoef", {0, 0, 1, 1}, 0}});
+    request.targetFolder = m_folder.Path();
+    request.kept = {m_folder.File(L"asked.9fcoef")};
+    const Bytes whole = ReadFile(request.kept.front());
+    EXPECT_EQ(Crop(request).end, ECompositionEnd::SomeFailed);
+    EXPECT_EQ(ReadFile(request.kept.front()), whole);
+    request.kept.clear();
+    EXPECT_EQ(Crop(request).end, ECompositionEnd::Done);
+}
+
+TEST_F(Cropping, NoPieceLeavesTheTargetFolder) {
+    WriteInput(L"in.9fcoef");
+    for (const wchar_t* name : {L"../a.9fcoef", L"row/../../a.9fcoef"}) {
+        auto request = Request(L"in.9fcoef", {{name, {0, 0, 1, 1}, 0}});
+        request.makesFolders = true;
+        const SCropping result = Crop(request);
+        EXPECT_EQ(result.end, ECompositionEnd::Refused);
+        EXPECT_EQ(result.errors, CropTexts{"the output " + WideToShownUtf8(name) +
+                                           " is not below the target folder: name it without .."});
+    }
+    EXPECT_TRUE(m_target.Names().empty());
+}
+
+TEST_F(Cropping, APieceThatWouldBeReadAsAnotherKindIsRefused) {
+    WriteInput(L"in.9fcoef");
+    const SCropping result = Crop(Request(L"in.9fcoef", {{L"a.3wcoef.12wcoef", {0, 0, 1, 1}, 0}}));
+    EXPECT_EQ(result.end, ECompositionEnd::Refused);
+    EXPECT_EQ(result.errors,
+              CropTexts{"the output a.3wcoef.12wcoef would be read as another kind than it is "
+                        "written: give one of the nine extensions"});
+}
+
 TEST_F(Cropping, FoldersAreMadeOnlyWhereTheyAreWanted) {
     WriteInput(L"in.9fcoef");
     auto request = Request(L"in.9fcoef", {{L"row/a.9fcoef", {0, 0, 1, 1}, 0}});
