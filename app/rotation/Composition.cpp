@@ -6,8 +6,8 @@
 
 #include <fmt/format.h>
 
-#include "app/rotation/LayoutTable.h"
 #include "app/rotation/CoefFile.h"
+#include "app/rotation/LayoutTable.h"
 #include "app/rotation/MapRegion.h"
 #include "app/rotation/Obstacles.h"
 #include "app/rotation/RectCover.h"
