@@ -6,7 +6,6 @@
 // compression of all that the turned one does, block by block (the blocks of a binary file's frame,
 // the planes of a word file's chunks) from and to memory that was touched before. Checksums are not
 // part of it.
-#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -19,6 +18,7 @@
 #include <lz4.h>
 #include <lz4frame.h>
 
+#include "bench/WallClock.h"
 #include "calibuf/ChunkLayout.h"
 #include "coef/WordKind.h"
 #include "common/LittleEndian.h"
@@ -153,13 +153,6 @@ class CBlockContent {
     Bytes m_raw;
     Bytes m_packed = Bytes(LZ4_COMPRESSBOUND(kFrameBlockBytes));
 };
-
-template <class Work>
-double SecondsOf(const Work& work) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
 
 } // namespace
 

@@ -2,12 +2,12 @@
 // that were gathered beforehand. "times_bare_lz4" is the ratio of the fastest of many calls, one and
 // the other by turns, so that a busy machine disturbs it little.
 #include <algorithm>
-#include <chrono>
 #include <random>
 
 #include <benchmark/benchmark.h>
 #include <lz4.h>
 
+#include "bench/WallClock.h"
 #include "bench/WordContent.h"
 #include "calibuf/CaliOperation.h"
 #include "calibuf/PlaneTranspose.h"
@@ -77,17 +77,10 @@ class CBlock {
     SChunkRecord m_record{.width = kBlockWidth, .height = kBlockHeight};
 };
 
-template <class Work>
-double SecondsOf(const Work& work) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
 /// Runs `work` as the benchmark, then compares it with `bare`.
 template <class Work, class Bare>
 void Compare(benchmark::State& state, std::size_t bytes, const Work& work, const Bare& bare) {
-    for (auto _ : state)
+    for ([[maybe_unused]] auto _ : state)
         work();
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(bytes));
     double workSeconds = 1.0;
@@ -116,26 +109,26 @@ void DecompressPlanes(benchmark::State& state) {
 }
 
 void CreateStore(benchmark::State& state) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         CCaliOperation<S9WordCoef> owner;
         benchmark::DoNotOptimize(&owner.Buffer());
     }
 }
 
-void EveryContent(benchmark::internal::Benchmark* benchmark) {
+void EveryContentOfPlanes(benchmark::internal::Benchmark* benchmark) {
     benchmark->ArgName("content")->Arg(kNoisy)->Arg(kCoarse)->Arg(kFresh);
 }
 
-BENCHMARK_TEMPLATE(CompressPlanes, S9WordCoef)->Apply(EveryContent);
-BENCHMARK_TEMPLATE(CompressPlanes, S12WordCoef)->Apply(EveryContent);
-BENCHMARK_TEMPLATE(CompressPlanes, S4WordCoef)->Apply(EveryContent);
-BENCHMARK_TEMPLATE(CompressPlanes, S3WordCoef)->Apply(EveryContent);
-BENCHMARK_TEMPLATE(CompressPlanes, SWordCoef)->Apply(EveryContent);
-BENCHMARK_TEMPLATE(DecompressPlanes, S9WordCoef)->Apply(EveryContent);
-BENCHMARK_TEMPLATE(DecompressPlanes, S12WordCoef)->Apply(EveryContent);
-BENCHMARK_TEMPLATE(DecompressPlanes, S4WordCoef)->Apply(EveryContent);
-BENCHMARK_TEMPLATE(DecompressPlanes, S3WordCoef)->Apply(EveryContent);
-BENCHMARK_TEMPLATE(DecompressPlanes, SWordCoef)->Apply(EveryContent);
+BENCHMARK_TEMPLATE(CompressPlanes, S9WordCoef)->Apply(EveryContentOfPlanes);
+BENCHMARK_TEMPLATE(CompressPlanes, S12WordCoef)->Apply(EveryContentOfPlanes);
+BENCHMARK_TEMPLATE(CompressPlanes, S4WordCoef)->Apply(EveryContentOfPlanes);
+BENCHMARK_TEMPLATE(CompressPlanes, S3WordCoef)->Apply(EveryContentOfPlanes);
+BENCHMARK_TEMPLATE(CompressPlanes, SWordCoef)->Apply(EveryContentOfPlanes);
+BENCHMARK_TEMPLATE(DecompressPlanes, S9WordCoef)->Apply(EveryContentOfPlanes);
+BENCHMARK_TEMPLATE(DecompressPlanes, S12WordCoef)->Apply(EveryContentOfPlanes);
+BENCHMARK_TEMPLATE(DecompressPlanes, S4WordCoef)->Apply(EveryContentOfPlanes);
+BENCHMARK_TEMPLATE(DecompressPlanes, S3WordCoef)->Apply(EveryContentOfPlanes);
+BENCHMARK_TEMPLATE(DecompressPlanes, SWordCoef)->Apply(EveryContentOfPlanes);
 BENCHMARK(CreateStore);
 
 } // namespace

@@ -150,7 +150,7 @@ void CountBytes(benchmark::State& state) {
 template <class Object>
 void BareCompress(benchmark::State& state) {
     SScreen<Object>& screen = ScreenOf<Object>(state);
-    for (auto _ : state)
+    for ([[maybe_unused]] auto _ : state)
         screen.Compress();
     CountBytes<Object>(state);
 }
@@ -158,7 +158,7 @@ void BareCompress(benchmark::State& state) {
 template <class Object>
 void ExportCoef(benchmark::State& state) {
     SScreen<Object>& screen = ScreenOf<Object>(state);
-    for (auto _ : state)
+    for ([[maybe_unused]] auto _ : state)
         benchmark::DoNotOptimize(
             screen.object.ExportCoef(screen.file.Path().c_str(), kScreen, nullptr, nullptr));
     CountBytes<Object>(state);
@@ -168,7 +168,7 @@ void ExportCoef(benchmark::State& state) {
 template <class Object>
 void BareCompressAndWrite(benchmark::State& state) {
     SScreen<Object>& screen = ScreenOf<Object>(state);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         screen.Compress();
         std::fstream stream;
         OpenFileStream(stream, screen.file.Path().c_str(), std::ios::out | std::ios::trunc);
@@ -183,7 +183,7 @@ template <class Object>
 void BareDecompress(benchmark::State& state) {
     const SScreen<Object>& screen = ScreenOf<Object>(state);
     std::vector<char> out(std::size_t{kBlockElements} * 2);
-    for (auto _ : state)
+    for ([[maybe_unused]] auto _ : state)
         screen.Decompress(out);
     CountBytes<Object>(state);
 }
@@ -194,7 +194,7 @@ template <class Object>
 void BareReadAndDecompress(benchmark::State& state) {
     SScreen<Object>& screen = ScreenOf<Object>(state);
     std::vector<char> out(std::size_t{kBlockElements} * 2);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         std::fstream stream;
         OpenFileStream(stream, screen.file.Path().c_str(), std::ios::in);
         const auto bytes = static_cast<std::streamsize>(BytesToEnd(stream).value_or(0));
@@ -207,7 +207,7 @@ void BareReadAndDecompress(benchmark::State& state) {
 template <class Object>
 void LoadCoef(benchmark::State& state) {
     SScreen<Object>& screen = ScreenOf<Object>(state);
-    for (auto _ : state)
+    for ([[maybe_unused]] auto _ : state)
         benchmark::DoNotOptimize(screen.object.LoadCoef(screen.file.Path().c_str()));
     CountBytes<Object>(state);
 }
@@ -215,13 +215,13 @@ void LoadCoef(benchmark::State& state) {
 template <class Object>
 void BuildAndDestroy(benchmark::State& state) {
     benchmark::DoNotOptimize(std::make_unique<Object>()); // the first one computes the tables
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         Object object;
         benchmark::DoNotOptimize(&object);
     }
 }
 
-void EveryContent(benchmark::internal::Benchmark* benchmark) {
+void EveryContentOfScreen(benchmark::internal::Benchmark* benchmark) {
     benchmark->Arg(kNoisy)->Arg(kCoarse)->Unit(benchmark::kMillisecond)->Repetitions(3);
 }
 
@@ -230,12 +230,12 @@ void MedianOfMany(benchmark::internal::Benchmark* benchmark) {
 }
 
 #define WORK_BENCHMARKS(Object)                                                                    \
-    BENCHMARK_TEMPLATE(BareCompress, Object)->Apply(EveryContent);                                 \
-    BENCHMARK_TEMPLATE(BareCompressAndWrite, Object)->Apply(EveryContent);                         \
-    BENCHMARK_TEMPLATE(ExportCoef, Object)->Apply(EveryContent);                                   \
-    BENCHMARK_TEMPLATE(BareDecompress, Object)->Apply(EveryContent);                               \
-    BENCHMARK_TEMPLATE(BareReadAndDecompress, Object)->Apply(EveryContent);                        \
-    BENCHMARK_TEMPLATE(LoadCoef, Object)->Apply(EveryContent)
+    BENCHMARK_TEMPLATE(BareCompress, Object)->Apply(EveryContentOfScreen);                         \
+    BENCHMARK_TEMPLATE(BareCompressAndWrite, Object)->Apply(EveryContentOfScreen);                 \
+    BENCHMARK_TEMPLATE(ExportCoef, Object)->Apply(EveryContentOfScreen);                           \
+    BENCHMARK_TEMPLATE(BareDecompress, Object)->Apply(EveryContentOfScreen);                       \
+    BENCHMARK_TEMPLATE(BareReadAndDecompress, Object)->Apply(EveryContentOfScreen);                \
+    BENCHMARK_TEMPLATE(LoadCoef, Object)->Apply(EveryContentOfScreen)
 
 WORK_BENCHMARKS(CCNewChromaCorrectCoef);
 WORK_BENCHMARKS(CCNewBrightCorrectCoef);

@@ -84,7 +84,7 @@ void Rotate(benchmark::State& state) {
     request.targetFolder = Walls().Output().wstring();
     request.sync = false;
     request.existing = EExistingOutput::Replace;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         CSilentListener listener;
         if (RunRotation(request, interrupted, listener).end != ERotationEnd::AllDone)
             state.SkipWithError("not all files were turned");
@@ -116,7 +116,7 @@ void Bare(benchmark::State& state) {
     std::vector<char> packed(static_cast<std::size_t>(LZ4_compressBound(rawBytes)));
     std::vector<char> again(raw.size());
     const fs::path output = Walls().Output() / "bare";
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         for (const auto& entry : fs::directory_iterator(Walls().Folder(kind))) {
             const std::vector<char> bytes = ReadAll(entry.path());
             const int size = LZ4_compress_fast(raw.data(), packed.data(), rawBytes,
@@ -131,7 +131,7 @@ void Bare(benchmark::State& state) {
 
 template <class Object>
 void BuildObject(benchmark::State& state) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const Object object;
         benchmark::DoNotOptimize(&object);
     }

@@ -22,14 +22,14 @@
 namespace trevolt {
 namespace {
 
-constexpr std::int32_t kWidth = 3840;
-constexpr std::int32_t kHeight = 2160;
-constexpr std::size_t kPixels = std::size_t{kWidth} * kHeight;
+constexpr std::int32_t kMapWidth = 3840;
+constexpr std::int32_t kMapHeight = 2160;
+constexpr std::size_t kPixels = std::size_t{kMapWidth} * kMapHeight;
 constexpr std::size_t kStoredBytes = 36;
-constexpr int kRepetitions = 5; // of each, of which the shortest counts
+constexpr int kTurnRepetitions = 5; // of each, of which the shortest counts
 
 const CChromaCorrectCoef& Screen() {
-    static const CChromaCorrectCoef map = MeasuredMap(kWidth, kHeight, 0);
+    static const CChromaCorrectCoef map = MeasuredMap(kMapWidth, kMapHeight, 0);
     return map;
 }
 
@@ -74,9 +74,9 @@ const ScreenFile& File() {
 /// The least that a turn could cost: both grids' memory, fresh, and the colour grid's bytes copied.
 void CopyIntoFreshMemory(benchmark::State& state) {
     const CMassiveGrid& from = Screen().ColourGrid();
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         CChromaCorrectCoef target;
-        target.ResizeForOverwrite(kWidth, kHeight);
+        target.ResizeForOverwrite(kMapWidth, kMapHeight);
         for (std::size_t i = 0; i < from.BlockCount(); ++i)
             std::memcpy(target.ColourGrid().Block(i), from.Block(i), from.BlockSize(i));
         benchmark::ClobberMemory();
@@ -85,9 +85,9 @@ void CopyIntoFreshMemory(benchmark::State& state) {
 
 void Turn(benchmark::State& state) {
     const auto code = static_cast<std::uint32_t>(state.range(0));
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         CChromaCorrectCoef target;
-        TurnMap(Screen(), kWidth, kHeight, code, target);
+        TurnMap(Screen(), kMapWidth, kMapHeight, code, target);
         benchmark::ClobberMemory();
     }
 }
@@ -111,18 +111,18 @@ struct STileRows {
     std::size_t bytes;
     std::size_t step;
 };
-constexpr STileRows kRead{MapTile::kRows, MapTile::kPitch, kWidth * sizeof(SMatrixCoef)};
+constexpr STileRows kRead{MapTile::kRows, MapTile::kPitch, kMapWidth * sizeof(SMatrixCoef)};
 constexpr STileRows kWritten{MapTile::kColumns, MapTile::kRows * sizeof(SMatrixCoef),
-                             kHeight * sizeof(SMatrixCoef)};
+                             kMapHeight * sizeof(SMatrixCoef)};
 
 /// The tiles of a screen in the order in which a quarter turn takes them: visit(read from, written
 /// to), both in bytes.
 template <class Visit>
 void ForEachTile(const Visit& visit) {
-    for (std::size_t top = 0; top < kWidth; top += MapTile::kColumns)
-        for (std::size_t left = 0; left < kHeight; left += MapTile::kRows)
-            visit((left * kWidth + top) * sizeof(SMatrixCoef),
-                  (top * kHeight + left) * sizeof(SMatrixCoef));
+    for (std::size_t top = 0; top < kMapWidth; top += MapTile::kColumns)
+        for (std::size_t left = 0; left < kMapHeight; left += MapTile::kRows)
+            visit((left * kMapWidth + top) * sizeof(SMatrixCoef),
+                  (top * kMapHeight + left) * sizeof(SMatrixCoef));
 }
 
 void StreamRun(const std::byte* from, std::byte* to, std::size_t bytes) {
@@ -134,7 +134,7 @@ void StreamRun(const std::byte* from, std::byte* to, std::size_t bytes) {
 /// written one behind the other. The rows of the next tile are asked for in advance.
 void ReadTiles(benchmark::State& state) {
     const std::byte* const from = ScreenBytes();
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         CBudgetBlock block(kMapBytes);
         std::byte* to = block.Data();
         ForEachTile([&](std::size_t readAt, std::size_t /*writtenAt*/) {
@@ -152,7 +152,7 @@ void ReadTiles(benchmark::State& state) {
 
 /// As `ReadTiles`, but read one behind the other and written where a quarter turn writes them.
 void WriteTiles(benchmark::State& state) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         CBudgetBlock block(kMapBytes);
         const std::byte* from = ScreenBytes();
         ForEachTile([&](std::size_t /*readAt*/, std::size_t writtenAt) {
@@ -168,7 +168,7 @@ void WriteTiles(benchmark::State& state) {
 /// As `CopyIntoFreshMemory`, without the maps.
 void CopyWhole(benchmark::State& state) {
     const std::byte* const from = ScreenBytes();
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         CBudgetBlock to(kMapBytes);
         std::memcpy(to.Data(), from, kMapBytes);
         benchmark::ClobberMemory();
@@ -185,7 +185,7 @@ void Lz4BothWays(benchmark::State& state) {
     std::vector<char> packed(LZ4F_compressFrameBound(raw.size(), &preferences));
     packed.resize(
         LZ4F_compressFrame(packed.data(), packed.size(), raw.data(), raw.size(), &preferences));
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const auto unpacked = std::make_unique_for_overwrite<char[]>(raw.size());
         LZ4F_dctx* context = nullptr;
         LZ4F_createDecompressionContext(&context, LZ4F_VERSION);
@@ -203,12 +203,12 @@ void Lz4BothWays(benchmark::State& state) {
 void ReadTurnWrite(benchmark::State& state) {
     const ScreenFile& file = File();
     const std::wstring output = file.folder.File("turned.9fcoef");
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         CChromaCorrectCoef source;
         CChromaCorrectCoef target;
-        source.Resize(kWidth, kHeight);
+        source.Resize(kMapWidth, kMapHeight);
         const Status read = Read9fCoefFile(source, file.path.c_str());
-        TurnMap(source, kWidth, kHeight, 1, target);
+        TurnMap(source, kMapWidth, kMapHeight, 1, target);
         source.Reset();
         const Status written = Write9fCoefFile(target, output.c_str(), nullptr);
         if (Failed(read) || Failed(written))
@@ -216,13 +216,18 @@ void ReadTurnWrite(benchmark::State& state) {
     }
 }
 
-BENCHMARK(CopyIntoFreshMemory)->Unit(benchmark::kMillisecond)->Repetitions(kRepetitions);
-BENCHMARK(Turn)->Arg(1)->Arg(2)->Arg(3)->Unit(benchmark::kMillisecond)->Repetitions(kRepetitions);
-BENCHMARK(CopyWhole)->Unit(benchmark::kMillisecond)->Repetitions(kRepetitions);
-BENCHMARK(ReadTiles)->Unit(benchmark::kMillisecond)->Repetitions(kRepetitions);
-BENCHMARK(WriteTiles)->Unit(benchmark::kMillisecond)->Repetitions(kRepetitions);
-BENCHMARK(Lz4BothWays)->Unit(benchmark::kMillisecond)->Repetitions(kRepetitions);
-BENCHMARK(ReadTurnWrite)->Unit(benchmark::kMillisecond)->Repetitions(kRepetitions);
+BENCHMARK(CopyIntoFreshMemory)->Unit(benchmark::kMillisecond)->Repetitions(kTurnRepetitions);
+BENCHMARK(Turn)
+    ->Arg(1)
+    ->Arg(2)
+    ->Arg(3)
+    ->Unit(benchmark::kMillisecond)
+    ->Repetitions(kTurnRepetitions);
+BENCHMARK(CopyWhole)->Unit(benchmark::kMillisecond)->Repetitions(kTurnRepetitions);
+BENCHMARK(ReadTiles)->Unit(benchmark::kMillisecond)->Repetitions(kTurnRepetitions);
+BENCHMARK(WriteTiles)->Unit(benchmark::kMillisecond)->Repetitions(kTurnRepetitions);
+BENCHMARK(Lz4BothWays)->Unit(benchmark::kMillisecond)->Repetitions(kTurnRepetitions);
+BENCHMARK(ReadTurnWrite)->Unit(benchmark::kMillisecond)->Repetitions(kTurnRepetitions);
 
 } // namespace
 } // namespace trevolt

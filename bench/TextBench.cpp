@@ -21,8 +21,8 @@ namespace {
 /// Seconds of processor time, which a busy machine does not stretch.
 double ProcessorSeconds() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
 
-constexpr std::int32_t kWidth = 1920;
-constexpr std::int32_t kHeight = 540;
+constexpr std::int32_t kTextWidth = 1920;
+constexpr std::int32_t kTextHeight = 540;
 
 /// A file of 1920 × 540 pixels, none of them default, as a calibration leaves them.
 class CTextSample {
@@ -49,9 +49,9 @@ class CTextSample {
         std::mt19937 random(1);
         std::uniform_real_distribution<float> gain(0.8F, 0.95F);
         std::uniform_real_distribution<float> cross(0.01F, 0.03F);
-        m_map.Resize(kWidth, kHeight);
-        for (std::int32_t y = 0; y < kHeight; ++y) {
-            for (std::int32_t x = 0; x < kWidth; ++x) {
+        m_map.Resize(kTextWidth, kTextHeight);
+        for (std::int32_t y = 0; y < kTextHeight; ++y) {
+            for (std::int32_t x = 0; x < kTextWidth; ++x) {
                 SMatrixCoef element;
                 for (std::size_t k = 0; k < 9; ++k)
                     element.m[k] = k % 4 == 0 ? gain(random) : cross(random);
@@ -121,7 +121,7 @@ class CThroughput {
 void SplitIntoLinesByMemchr(benchmark::State& state) {
     const std::vector<char> bytes = CTextSample::Instance().Bytes();
     const CThroughput throughput(state);
-    for (auto _ : state)
+    for ([[maybe_unused]] auto _ : state)
         benchmark::DoNotOptimize(CountLinesByMemchr(bytes));
 }
 BENCHMARK(SplitIntoLinesByMemchr)->Unit(benchmark::kMillisecond);
@@ -129,9 +129,9 @@ BENCHMARK(SplitIntoLinesByMemchr)->Unit(benchmark::kMillisecond);
 void ReadText(benchmark::State& state) {
     const CTextSample& sample = CTextSample::Instance();
     CChromaCorrectCoef map;
-    map.Resize(kWidth, kHeight);
+    map.Resize(kTextWidth, kTextHeight);
     const CThroughput throughput(state);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         std::uint32_t width = 0;
         std::uint32_t height = 0;
         if (ReadTextCoefFile(map, sample.Path().c_str(), 0, 0, width, height, false) != S_OK)
@@ -143,7 +143,7 @@ BENCHMARK(ReadText)->Unit(benchmark::kMillisecond);
 void WriteText(benchmark::State& state) {
     const CTextSample& sample = CTextSample::Instance();
     const CThroughput throughput(state);
-    for (auto _ : state)
+    for ([[maybe_unused]] auto _ : state)
         if (WriteTextCoefFile(sample.Map(), sample.Path().c_str(), nullptr) != S_OK)
             state.SkipWithError("the file does not open");
 }

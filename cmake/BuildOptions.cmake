@@ -62,6 +62,28 @@ function(trevolt_joined_entry target file)
     endif()
 endfunction()
 
+# trevolt_joined_programs(<target> ENTRIES <function>... SOURCES <file>... USES <target>...)
+# Programs of one source each, where each has one of the entries, as one target: clang-tidy takes all of
+# them as one.
+function(trevolt_joined_programs target)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "ENTRIES;SOURCES;USES")
+    if(NOT TREVOLT_JOIN_ENTRIES)
+        return()
+    endif()
+    add_library(${target} OBJECT ${arg_SOURCES})
+    trevolt_own_code(${target})
+    target_link_libraries(${target} PRIVATE ${arg_USES})
+    foreach(entry IN LISTS arg_ENTRIES)
+        string(APPEND rename "#define ${entry} TREVOLT_ENTRY\n")
+        string(APPEND undo "#undef ${entry}\n")
+    endforeach()
+    set_target_properties(${target} PROPERTIES
+        UNITY_BUILD ON
+        UNITY_BUILD_UNIQUE_ID TREVOLT_ENTRY
+        UNITY_BUILD_CODE_BEFORE_INCLUDE "${rename}"
+        UNITY_BUILD_CODE_AFTER_INCLUDE "${undo}")
+endfunction()
+
 # trevolt_folder(<folder> SOURCES <file>... [USES <target>...])
 # One folder of the house as a static library with the folder's name.
 function(trevolt_folder folder)

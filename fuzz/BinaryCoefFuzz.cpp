@@ -109,7 +109,7 @@ void CheckWrittenBack(const SKind& kind, const CChromaCorrectCoef& map) {
     Check(BytesOf(back.ColourGrid()) == BytesOf(map.ColourGrid()));
 }
 
-void CheckInput(std::span<const std::byte> input) {
+void CheckBinaryFile(std::span<const std::byte> input) {
     const SKind& kind = KindOf(kKinds, input);
     const auto fileSize = ExpectedSize(input, kind);
     CheckSize(input, kind, fileSize);
@@ -133,7 +133,7 @@ void CheckInput(std::span<const std::byte> input) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace trevolt;
     CMemoryBudget::Process().SetLimit(fuzz::kBudget);
-    fuzz::CheckInput(std::as_bytes(std::span(data, size)));
+    fuzz::CheckBinaryFile(std::as_bytes(std::span(data, size)));
     fuzz::Check(CMemoryBudget::Process().Outstanding() == 0);
     return 0;
 }

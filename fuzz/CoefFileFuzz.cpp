@@ -24,8 +24,8 @@ namespace trevolt::fuzz {
 namespace {
 
 /// So much that memory is never what decides.
-constexpr std::uint64_t kBudget = std::uint64_t{256} << 20;
-constexpr std::uint32_t kMostPixels = 2048;
+constexpr std::uint64_t kTurnBudget = std::uint64_t{256} << 20;
+constexpr std::uint32_t kMostTurnedPixels = 2048;
 
 struct SWriter {
     const wchar_t* name;
@@ -59,19 +59,19 @@ constexpr std::array kWriters{
             false}, // five decimals, cleaned
 };
 
-struct SSize {
+struct STurnedSize {
     std::uint32_t width = 0;
     std::uint32_t height = 0;
 };
 
 /// The size that the input tells as a file of the kind, where a map can be made of it here.
-std::optional<SSize> SizeOf(std::span<const std::byte> input, const SFileKind& kind) {
+std::optional<STurnedSize> SizeOf(std::span<const std::byte> input, const SFileKind& kind) {
     std::istringstream stream = StreamOf(input);
-    SSize size;
+    STurnedSize size;
     if (Failed(kind.readStreamSize(stream, size.width, size.height)))
         return std::nullopt;
     const std::uint64_t pixels = std::uint64_t{size.width} * size.height;
-    return pixels == 0 || pixels > kMostPixels ? std::nullopt : std::optional(size);
+    return pixels == 0 || pixels > kMostTurnedPixels ? std::nullopt : std::optional(size);
 }
 
 CChromaCorrectCoef MapOf(std::uint32_t width, std::uint32_t height) {
@@ -97,7 +97,7 @@ std::string Saved(const SWriter& writer, const CChromaCorrectCoef& map) {
 }
 
 STurned TurnByMap(std::span<const std::byte> input, const SFileKind& kind, const SWriter& writer,
-                  const SSize& size, std::uint32_t code) {
+                  const STurnedSize& size, std::uint32_t code) {
     CChromaCorrectCoef map = MapOf(size.width, size.height);
     std::istringstream stream = StreamOf(input);
     STurned made;
@@ -115,7 +115,8 @@ STurned TurnByMap(std::span<const std::byte> input, const SFileKind& kind, const
 
 /// Nothing where only a map can tell what the file holds.
 std::optional<STurned> TurnStored(std::span<const std::byte> input, const SWriter& writer,
-                                  const SSize& size, std::uint32_t code, std::size_t threads) {
+                                  const STurnedSize& size, std::uint32_t code,
+                                  std::size_t threads) {
     const SStoredKind* const kind = FindStoredKind(writer.name);
     if (kind == nullptr)
         return std::nullopt;
@@ -133,7 +134,7 @@ std::optional<STurned> TurnStored(std::span<const std::byte> input, const SWrite
 
 /// Checks that the turned file is whole, of the turned size, and saved again as it is.
 void CheckReadAgain(const STurned& made, const SFileKind& kind, const SWriter& writer,
-                    const SSize& size, std::uint32_t code) {
+                    const STurnedSize& size, std::uint32_t code) {
     const auto bytes = std::as_bytes(std::span(made.file));
     const auto again = SizeOf(bytes, kind);
     const bool isUpright = code == 2;
@@ -148,7 +149,7 @@ void CheckReadAgain(const STurned& made, const SFileKind& kind, const SWriter& w
         Check(Saved(writer, map) == made.file);
 }
 
-void CheckInput(std::span<const std::byte> input) {
+void CheckCoefFile(std::span<const std::byte> input) {
     const auto code = static_cast<std::uint32_t>(input.size() % 3 + 1);
     for (const SWriter& writer : kWriters) {
         const SFileKind& kind = *FindLoadKind(writer.name);
@@ -168,8 +169,8 @@ void CheckInput(std::span<const std::byte> input) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace trevolt;
-    CMemoryBudget::Process().SetLimit(fuzz::kBudget);
-    fuzz::CheckInput(std::as_bytes(std::span(data, size)));
+    CMemoryBudget::Process().SetLimit(fuzz::kTurnBudget);
+    fuzz::CheckCoefFile(std::as_bytes(std::span(data, size)));
     fuzz::Check(CMemoryBudget::Process().Outstanding() == 0);
     return 0;
 }

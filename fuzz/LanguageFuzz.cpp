@@ -68,7 +68,7 @@ void CheckLaunch(std::string_view given) {
     Check((FindLanguageFiles(id).language == L"Multi_eng.ini") != isListed);
 }
 
-void CheckInput(std::string_view file) {
+void CheckLanguageFile(std::string_view file) {
     CheckLaunch(file);
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     if (file.starts_with(kByteOrderMark)) // no mark once it stands in the middle
@@ -84,7 +84,7 @@ void CheckInput(std::string_view file) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     constexpr std::size_t kMostBytes = 512; // each key is looked up in every order
-    trevolt::fuzz::CheckInput(
+    trevolt::fuzz::CheckLanguageFile(
         {reinterpret_cast<const char*>(data), size < kMostBytes ? size : kMostBytes});
     return 0;
 }

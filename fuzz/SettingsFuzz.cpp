@@ -32,7 +32,7 @@ void CheckChange(SettingsLines lines, std::size_t changed) {
     Check(lines.size() >= count && lines.size() <= count + 2);
 }
 
-void CheckInput(std::string_view file) {
+void CheckSettingsFile(std::string_view file) {
     for (const unsigned codePage : {1252U, 936U, 0xFFFFU}) {
         const SettingsLines lines = DecodeSettings(file, codePage);
         for (const std::wstring& line : lines)
@@ -46,6 +46,6 @@ void CheckInput(std::string_view file) {
 } // namespace trevolt::fuzz
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    trevolt::fuzz::CheckInput({reinterpret_cast<const char*>(data), size});
+    trevolt::fuzz::CheckSettingsFile({reinterpret_cast<const char*>(data), size});
     return 0;
 }

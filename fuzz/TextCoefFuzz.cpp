@@ -230,7 +230,7 @@ std::string BehindFirstLine(std::string_view text) {
     return std::string(feed == std::string_view::npos ? "" : text.substr(feed + 1));
 }
 
-void CheckInput(std::string_view input) {
+void CheckTextFile(std::string_view input) {
     CheckProbe(input, ReadMap(input, {}, /*diagonalOnly=*/false));
     const std::string lines = BehindFirstLine(input);
     CheckText("[T9COEF20]\n" + lines);
@@ -247,7 +247,7 @@ void CheckInput(std::string_view input) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace trevolt;
-    fuzz::CheckInput({reinterpret_cast<const char*>(data), std::min(size, fuzz::kMostBytes)});
+    fuzz::CheckTextFile({reinterpret_cast<const char*>(data), std::min(size, fuzz::kMostBytes)});
     fuzz::Check(CMemoryBudget::Process().Outstanding() == 0);
     return 0;
 }
