@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "app/inspection/ConversionLosses.h"
+#include "app/rotation/ConversionLosses.h"
 #include "app/rotation/ElementForms.h"
 #include "app/rotation/OutputFile.h"
 #include "trevolt/FileKinds.h"

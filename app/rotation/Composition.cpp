@@ -7,12 +7,12 @@
 #include <fmt/format.h>
 
 #include "app/rotation/CoefFile.h"
+#include "app/rotation/ConversionLosses.h"
 #include "app/rotation/LayoutTable.h"
 #include "app/rotation/MapRegion.h"
 #include "app/rotation/Obstacles.h"
 #include "app/rotation/RectCover.h"
 #include "app/rotation/StoredKinds.h"
-#include "app/rotation/UnheldValues.h"
 #include "coef/WordObjects.h"
 #include "platform/FileSystem.h"
 #include "trevolt/FileKinds.h"
@@ -223,7 +223,7 @@ class CComposer {
         FailWith(SaveCoefFile(screen, m_request.output));
         m_result.isWritten = !HasErrors(ECompositionEnd::SomeFailed);
         if (m_result.isWritten)
-            m_result.losses = DescribeUnheld(screen, {0, 0, screen.Width(), screen.Height()},
+            m_result.losses = DescribeLosses(screen, {0, 0, screen.Width(), screen.Height()},
                                              *FindExportKind(FileNameOf(m_request.output.path)));
     }
 

@@ -6,10 +6,10 @@
 #include <fmt/format.h>
 
 #include "app/rotation/CoefFile.h"
+#include "app/rotation/ConversionLosses.h"
 #include "app/rotation/MapRegion.h"
 #include "app/rotation/Obstacles.h"
 #include "app/rotation/OutputFolder.h"
-#include "app/rotation/UnheldValues.h"
 #include "platform/FileSystem.h"
 #include "platform/SystemError.h"
 #include "trevolt/FileKinds.h"
@@ -139,7 +139,7 @@ class CCropper {
                 });
         outcome.isWritten = outcome.problem.empty();
         if (outcome.isWritten)
-            outcome.losses = DescribeUnheld(map, piece.rect, *KindOfPiece(piece));
+            outcome.losses = DescribeLosses(map, piece.rect, *KindOfPiece(piece));
     }
 
     std::string MakeFolderOf(const SCropPiece& piece) const {

@@ -150,8 +150,8 @@ class Compose(ScreenTest):
         self.assertEqual(self.lines(result.stdout)[2:-1],
                          [f'{screen}: 30 pixels have entries off the diagonal, which .3bcoef does '
                           'not hold',
-                          f'{screen}: 2 values are not from 0 to 1, and others stand for them in '
-                          '.3bcoef'])
+                          f'{screen}: 2 values are out of the range 0 to 1 and wrapped: the low 8 '
+                          'bits of value x 255 stand there'])
 
     def test_a_layout_is_the_table_that_rotate_takes(self):
         a, b = self.add_cabinet('a.9fcoef', 1), self.add_cabinet('b.9fcoef', 2)

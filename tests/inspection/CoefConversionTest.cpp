@@ -2,139 +2,21 @@
 
 #include <algorithm>
 #include <atomic>
-#include <limits>
 
 #include <gtest/gtest.h>
 
 #include "app/inspection/ConversionRun.h"
 #include "app/inspection/NpyFile.h"
+#include "app/rotation/Cropping.h"
 #include "app/rotation/DemoWall.h"
 #include "platform/FileSystem.h"
 #include "tests/support/CoefMaps.h"
-#include "trevolt/FixedPoint.h"
+#include "tests/support/ExtremeNumbers.h"
 
 namespace trevolt {
 namespace {
 
 using namespace test;
-
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInf = std::numeric_limits<float>::infinity();
-
-CChromaCorrectCoef OnePixel(const SMatrixCoef& pixel) {
-    CChromaCorrectCoef map;
-    map.Resize(1, 1);
-    map.SetElement(0, 0, pixel);
-    return map;
-}
-
-SConversionLosses LossesOf(const SMatrixCoef& pixel, std::wstring_view kind) {
-    return CountLosses(OnePixel(pixel), FormOfKind(*FindLoadKind(kind)));
-}
-
-/// The default with one value changed.
-SMatrixCoef With(std::size_t place, float value) {
-    SMatrixCoef pixel;
-    pixel.m[place] = value;
-    return pixel;
-}
-
-TEST(ConversionLosses, TheDefaultIsHeldByEveryKind) {
-    for (const SFileKind& kind : FileKinds()) {
-        SConversionLosses losses = LossesOf({}, kind.extension);
-        EXPECT_EQ(losses.defaultPixels, kind.extension == L".cccoef" ? 1U : 0U);
-        losses.defaultPixels = 0;
-        EXPECT_EQ(losses, SConversionLosses{});
-    }
-    EXPECT_EQ(CountLosses(OnePixel(PatternPixel(3, 4)), kMapForm), SConversionLosses{});
-}
-
-TEST(ConversionLosses, WhatAFormDoesNotHoldIsCountedAPixelOnce) {
-    SMatrixCoef pixel = With(1, 0.5F);
-    pixel.m[7] = kNaN;
-    EXPECT_EQ(LossesOf(pixel, L".3fcoef"), SConversionLosses{.offDiagonalPixels = 1});
-    EXPECT_EQ(LossesOf(pixel, L".4wcoef"), SConversionLosses{.offDiagonalPixels = 1});
-    EXPECT_EQ(LossesOf(pixel, L".9fcoef"), SConversionLosses{});
-    for (const std::size_t place : {9U, 10U, 11U}) {
-        const SMatrixCoef beside = With(place, 0.2F); // a whole 65535th
-        EXPECT_EQ(LossesOf(beside, L".9fcoef"), SConversionLosses{.besideMatrixPixels = 1});
-        EXPECT_EQ(LossesOf(beside, L".12wcoef"), SConversionLosses{});
-        EXPECT_EQ(LossesOf(beside, L".4wcoef"),
-                  SConversionLosses{.besideMatrixPixels = place == 10U ? 0U : 1U});
-    }
-}
-
-TEST(ConversionLosses, ValuesAreHeldRoundedWrappedOrZero) {
-    const auto isOf = [](float value, const SConversionLosses& words,
-                         const SConversionLosses& bytes) {
-        EXPECT_EQ(LossesOf(With(4, value), L".9wcoef"), words) << value;
-        EXPECT_EQ(LossesOf(With(4, value), L".3bcoef"), bytes) << value;
-    };
-    const SConversionLosses held;
-    const SConversionLosses rounded{.roundedValues = 1};
-    const SConversionLosses wrapped{.wrappedValues = 1};
-    const SConversionLosses zeroed{.zeroedValues = 1};
-    isOf(0.0F, held, held);
-    isOf(-0.0F, held, held);
-    isOf(1.0F, held, held);
-    isOf(ByteToFloat(51), held, held);
-    isOf(WordToFloat(1), held, rounded);
-    isOf(0.3333F, rounded, rounded);
-    isOf(-1e-9F, rounded, rounded);
-    isOf(1.000001F, rounded, rounded);
-    isOf(1.00001F, wrapped, rounded);  // 65535.66
-    isOf(-0.00001F, wrapped, rounded); // -0.66
-    isOf(1.002F, wrapped, wrapped);    // 255.51
-    isOf(-0.002F, wrapped, wrapped);   // -0.51
-    isOf(1e13F, wrapped, wrapped);
-    isOf(1e15F, zeroed, wrapped); // 6.5e19 is past 64 bits, 2.55e17 is not
-    isOf(-1e15F, zeroed, wrapped);
-    isOf(kNaN, zeroed, zeroed);
-    isOf(kInf, zeroed, zeroed);
-    isOf(-kInf, zeroed, zeroed);
-}
-
-TEST(ConversionLosses, TextRoundsAndItsReaderCleans) {
-    const auto losses = [](std::size_t place, float value) {
-        return LossesOf(With(place, value), L".cccoef");
-    };
-    const SConversionLosses rounded{.roundedValues = 1};
-    const SConversionLosses cleaned{.cleanedValues = 1};
-    EXPECT_EQ(losses(4, 0.12345F), SConversionLosses{});
-    EXPECT_EQ(losses(4, 0.123456F), rounded);
-    EXPECT_EQ(losses(4, 0.000004F), rounded); // to 0
-    EXPECT_EQ(losses(4, 0.00001F), SConversionLosses{});
-    EXPECT_EQ(losses(4, -0.5F), cleaned);
-    EXPECT_EQ(losses(4, 1.5F), cleaned);
-    EXPECT_EQ(losses(4, kInf), cleaned);
-    EXPECT_EQ(losses(4, kNaN), SConversionLosses{});                      // stays
-    EXPECT_EQ(losses(3, 0.25F), (SConversionLosses{.cleanedValues = 2})); // a column of 1.25
-    EXPECT_EQ(losses(9, 0.25F), SConversionLosses{.besideMatrixPixels = 1});
-}
-
-TEST(ConversionLosses, AreToldInPlainWords) {
-    const SElementForm& words = FormOfKind(*FindLoadKind(L".3wcoef"));
-    EXPECT_TRUE(DescribeLosses({}, words, "x").empty());
-    EXPECT_EQ(DescribeLosses({.offDiagonalPixels = 1,
-                              .besideMatrixPixels = 2,
-                              .wrappedValues = 1,
-                              .zeroedValues = 2,
-                              .roundedValues = 3},
-                             words, ".3wcoef"),
-              (std::vector<std::string>{
-                  "1 pixel has entries off the diagonal, which .3wcoef does not hold",
-                  "2 pixels have values beside the matrix that .3wcoef does not hold",
-                  "2 values are no numbers or beyond all integers and became 0",
-                  "1 value is out of the range 0 to 1 and wrapped: the low 16 bits of value x "
-                  "65535 stand there",
-                  "3 values are rounded to whole 65535ths"}));
-    EXPECT_EQ(DescribeLosses({.cleanedValues = 1, .roundedValues = 1},
-                             FormOfKind(*FindLoadKind(L".cccoef")), ".cccoef"),
-              (std::vector<std::string>{
-                  "1 value is changed when the text is read, which takes values from 0 to 1 and "
-                  "columns whose sum is 1 at most",
-                  "1 value is rounded to five decimals"}));
-}
 
 /// What a conversion into a file of the folder gives.
 SConversion ConvertInto(const std::wstring& source, const std::wstring& output,
@@ -190,6 +72,39 @@ TEST(CoefConversion, WhatTheFileHoldsBesideIsTold) {
     EXPECT_TRUE(conversion.problems.empty());
     EXPECT_EQ(conversion.losses,
               std::vector<std::string>{"the converted file lacks its origin (1000, 777)"});
+}
+
+TEST(CoefConversion, AScreenAndAPieceLoseTheSameAsAConvertedFile) {
+    const CTemporaryFolder folder;
+    CChromaCorrectCoef map;
+    map.Resize(3, 2);
+    PaintMap(map, BytePixel);
+    map.FindElement(1, 0)->m = {1.5F, -0.5F, kNaN, 0.3333F, 1, 0, 0, 0, 1, 0.25F, 0, 0};
+    const std::atomic<bool> goesOn = false;
+    for (const wchar_t* name : {L"a.9fcoef", L"a.12wcoef"})
+        for (const SFileKind& kind : FileKinds()) {
+            SCOPED_TRACE(testing::PrintToString(name + std::wstring(kind.extension)));
+            const std::wstring source = folder.File(name);
+            const std::wstring output = L"b" + std::wstring(kind.extension);
+            ASSERT_GE(FindLoadKind(source)->save(map, source.c_str()), 0);
+            const SConversion converted = ConvertInto(source, folder.File(output));
+            ASSERT_TRUE(converted.problems.empty());
+            const SComposition screen =
+                ComposeScreen({.files = {{source, name, {2, 1}, 1}},
+                               .output = {folder.File(output), true, false}},
+                              goesOn);
+            ASSERT_TRUE(screen.isWritten);
+            EXPECT_EQ(screen.losses, converted.losses);
+            SCropRequest crop;
+            crop.input = source;
+            crop.targetFolder = folder.Path();
+            crop.pieces = {{output, {0, 0, 3, 2}, 3}};
+            crop.replaces = true;
+            crop.sync = false;
+            const SCropping cut = CropFile(crop, goesOn);
+            ASSERT_TRUE(cut.pieces[0].isWritten);
+            EXPECT_EQ(cut.pieces[0].losses, converted.losses);
+        }
 }
 
 TEST(CoefConversion, AWriterThatFailsIsAProblem) {

@@ -7,6 +7,8 @@
 
 #include "app/rotation/ElementForms.h"
 #include "trevolt/ChromaCorrectCoef.h"
+#include "trevolt/FileKinds.h"
+#include "trevolt/PixelRect.h"
 
 namespace trevolt {
 
@@ -30,11 +32,19 @@ struct SConversionLosses {
     friend bool operator==(const SConversionLosses&, const SConversionLosses&) = default;
 };
 
-/// What `form` loses of the map's pixels.
+/// What `form` loses of the pixels of `rect`, which lies in the map.
+SConversionLosses CountLosses(const CChromaCorrectCoef& map, const SPixelRect& rect,
+                              const SElementForm& form);
+
+/// The same of all of the map's pixels.
 SConversionLosses CountLosses(const CChromaCorrectCoef& map, const SElementForm& form);
 
 /// The same in plain words, one entry a loss, for a file that is called `target`.
 std::vector<std::string> DescribeLosses(const SConversionLosses& losses, const SElementForm& form,
                                         const std::string& target);
+
+/// What a file of the kind loses of the pixels of `rect`, in the same words.
+std::vector<std::string> DescribeLosses(const CChromaCorrectCoef& map, const SPixelRect& rect,
+                                        const SFileKind& kind);
 
 } // namespace trevolt

@@ -1,4 +1,4 @@
-#include "app/inspection/ConversionLosses.h"
+#include "app/rotation/ConversionLosses.h"
 
 #include <algorithm>
 #include <array>
@@ -11,7 +11,7 @@
 
 #include "app/rotation/SamePixel.h"
 #include "formats/SanitizeMatrix.h"
-#include "trevolt/FixedPoint.h"
+#include "trevolt/Utf8.h"
 
 namespace trevolt {
 namespace {
@@ -135,7 +135,7 @@ class CLossCount {
 
 /// What a value is stored as, and how.
 struct SStoredText {
-    EStoredValue value;
+    EStoredValue value = EStoredValue::Float; // of which nothing is told
     std::string_view wrapped;
     std::string_view rounded;
 };
@@ -146,53 +146,62 @@ constexpr std::array kStoredTexts{
     SStoredText{EStoredValue::Text, "", "five decimals"},
 };
 
-/// "1 pixel has", "2 pixels have".
-std::string Counted(std::uint64_t count, std::string_view noun, std::string_view one,
-                    std::string_view several) {
-    return count == 1 ? fmt::format("1 {} {}", noun, one)
-                      : fmt::format("{} {}s {}", count, noun, several);
-}
+/// How a loss is told: of a single pixel or value, and of several.
+struct SLossText {
+    std::uint64_t SConversionLosses::*count;
+    std::string_view one;
+    std::string_view several;
+    std::string_view rest; ///< may name {target}, {wrapped} and {rounded}
+};
+
+constexpr std::array kLossTexts{
+    SLossText{&SConversionLosses::offDiagonalPixels, "pixel has", "pixels have",
+              "entries off the diagonal, which {target} does not hold"},
+    SLossText{&SConversionLosses::besideMatrixPixels, "pixel has", "pixels have",
+              "values beside the matrix, which {target} does not hold"},
+    SLossText{&SConversionLosses::zeroedValues, "value is no number", "values are no numbers",
+              "or beyond all integers and became 0"},
+    SLossText{&SConversionLosses::wrappedValues, "value is", "values are",
+              "out of the range 0 to 1 and wrapped: {wrapped} stand there"},
+    SLossText{&SConversionLosses::cleanedValues, "value is", "values are",
+              "changed when the text is read, which takes values from 0 to 1 and columns whose sum "
+              "is 1 at most"},
+    SLossText{&SConversionLosses::roundedValues, "value is", "values are", "rounded to {rounded}"},
+};
 
 } // namespace
 
-SConversionLosses CountLosses(const CChromaCorrectCoef& map, const SElementForm& form) {
+SConversionLosses CountLosses(const CChromaCorrectCoef& map, const SPixelRect& rect,
+                              const SElementForm& form) {
     CLossCount count(form);
-    for (std::int32_t y = 0; y < map.Height(); ++y)
-        for (std::int32_t x = 0; x < map.Width(); ++x)
+    for (std::int32_t y = rect.top; y < rect.bottom; ++y)
+        for (std::int32_t x = rect.left; x < rect.right; ++x)
             count.Add(map.ElementOrDefault(x, y));
     return count.Losses();
 }
 
+SConversionLosses CountLosses(const CChromaCorrectCoef& map, const SElementForm& form) {
+    return CountLosses(map, {0, 0, map.Width(), map.Height()}, form);
+}
+
 std::vector<std::string> DescribeLosses(const SConversionLosses& losses, const SElementForm& form,
                                         const std::string& target) {
+    const auto* const stored = std::ranges::find(kStoredTexts, form.value, &SStoredText::value);
+    const SStoredText how = stored == kStoredTexts.end() ? SStoredText{} : *stored;
     std::vector<std::string> told;
-    const auto stored = std::ranges::find(kStoredTexts, form.value, &SStoredText::value);
-    if (losses.offDiagonalPixels != 0)
-        told.push_back(fmt::format("{} entries off the diagonal, which {} does not hold",
-                                   Counted(losses.offDiagonalPixels, "pixel", "has", "have"),
-                                   target));
-    if (losses.besideMatrixPixels != 0)
-        told.push_back(fmt::format("{} values beside the matrix that {} does not hold",
-                                   Counted(losses.besideMatrixPixels, "pixel", "has", "have"),
-                                   target));
-    if (losses.zeroedValues != 0)
-        told.push_back(
-            fmt::format("{} or beyond all integers and became 0",
-                        Counted(losses.zeroedValues, "value", "is no number", "are no numbers")));
-    if (losses.wrappedValues != 0)
-        told.push_back(fmt::format("{} out of the range 0 to 1 and wrapped: {} stand there",
-                                   Counted(losses.wrappedValues, "value", "is", "are"),
-                                   stored->wrapped));
-    if (losses.cleanedValues != 0)
-        told.push_back(fmt::format(
-            "{} changed when the text is read, which takes values from 0 to 1 and columns whose "
-            "sum is 1 at most",
-            Counted(losses.cleanedValues, "value", "is", "are")));
-    if (losses.roundedValues != 0)
-        told.push_back(fmt::format("{} rounded to {}",
-                                   Counted(losses.roundedValues, "value", "is", "are"),
-                                   stored->rounded));
+    for (const SLossText& loss : kLossTexts)
+        if (const std::uint64_t count = losses.*loss.count; count != 0)
+            told.push_back(fmt::format(
+                "{} {} {}", count, count == 1 ? loss.one : loss.several,
+                fmt::format(fmt::runtime(loss.rest), fmt::arg("target", target),
+                            fmt::arg("wrapped", how.wrapped), fmt::arg("rounded", how.rounded))));
     return told;
+}
+
+std::vector<std::string> DescribeLosses(const CChromaCorrectCoef& map, const SPixelRect& rect,
+                                        const SFileKind& kind) {
+    const SElementForm& form = FormOfKind(kind);
+    return DescribeLosses(CountLosses(map, rect, form), form, WideToShownUtf8(kind.extension));
 }
 
 } // namespace trevolt
