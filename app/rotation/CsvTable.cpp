@@ -12,6 +12,8 @@ namespace trevolt {
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+constexpr const char* kSemicolons = "fields are separated by commas, and this row has semicolons: "
+                                    "save the table with commas between";
 
 /// Takes a text row by row.
 class CCsvSplitter {
@@ -39,12 +41,15 @@ class CCsvSplitter {
     void TakeRow() {
         SCsvRow row;
         row.line = m_line;
+        const bool isQuoted = m_text[m_place] == '"';
         std::string problem;
         do
             row.fields.push_back(TakeField(problem));
         while (TakeComma());
         m_place += LineEnd();
         ++m_line;
+        if (!isQuoted && row.fields.size() == 1 && row.fields[0].find(';') != std::string::npos)
+            problem = kSemicolons;
         if (!problem.empty())
             m_table.problems.push_back(fmt::format("line {}: {}", row.line, problem));
         else if (row.fields.size() > 1 || !Trimmed<char>(row.fields[0]).empty())
@@ -62,8 +67,10 @@ class CCsvSplitter {
         if (IsAtEnd() || m_text[m_place] != '"')
             return TakePlain();
         std::string field = TakeQuoted(problem);
-        if (!TakePlain().empty() && problem.empty())
-            problem = "text follows a closing quote: put two quotes for one";
+        const std::string rest = TakePlain();
+        if (!rest.empty() && problem.empty())
+            problem = rest.front() == ';' ? kSemicolons
+                                          : "text follows a closing quote: put two quotes for one";
         return field;
     }
 

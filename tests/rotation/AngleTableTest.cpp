@@ -2,27 +2,20 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/TestFiles.h"
+#include "tests/rotation/MountingTables.h"
 
 namespace trevolt {
 namespace {
 
-using Problems = std::vector<std::string>;
+using Problems = test::TableProblems;
 
-SAngleTable TableOf(std::string_view text) {
-    const test::CTemporaryFolder folder;
-    test::WriteText(folder.File(L"table.csv"), text);
-    return ReadAngleTable(folder.File(L"table.csv"));
-}
+SAngleTable TableOf(std::string_view text) { return test::ReadTableText(ReadAngleTable, text); }
 
 /// "file=code " a row.
 std::wstring RowsOf(std::string_view text) {
-    const SAngleTable table = TableOf(text);
-    EXPECT_EQ(table.problems, Problems{});
-    std::wstring rows;
-    for (const SFileAngle& row : table.rows)
-        rows += row.name + L"=" + std::to_wstring(row.code) + L" ";
-    return rows;
+    return test::ShownRows(TableOf(text), [](const SFileAngle& row) {
+        return row.name + L"=" + std::to_wstring(row.code);
+    });
 }
 
 TEST(AngleTable, ReadsEveryAngle) {
@@ -88,17 +81,20 @@ TEST(AngleTable, NamesEveryLineThatIsWrong) {
     EXPECT_EQ(table.rows[0].name, L"a");
 }
 
+TEST(AngleTable, OfSemicolonsIsToldAsSuch) {
+    const std::string told = ": fields are separated by commas, and this row has semicolons: save "
+                             "the table with commas between";
+    EXPECT_EQ(TableOf("file;angle\na;90\n").problems, (Problems{"line 1" + told, "line 2" + told}));
+    EXPECT_EQ(RowsOf("a;b,90\n"), L"a;b=1 ");
+}
+
 TEST(AngleTable, IsNothingWithoutARow) {
     for (const char* text : {"", "\n\n", "file,angle\n"})
         EXPECT_EQ(TableOf(text).problems,
                   Problems{"holds no row: give a file and its angle a line"});
 }
 
-TEST(AngleTable, ThatDoesNotOpenIsTold) {
-    const test::CTemporaryFolder folder;
-    EXPECT_EQ(ReadAngleTable(folder.File(L"none")).problems,
-              Problems{"cannot be opened: No such file or directory"});
-}
+TEST(AngleTable, ThatDoesNotOpenIsTold) { test::ExpectMissingFileIsTold(ReadAngleTable); }
 
 } // namespace
 } // namespace trevolt

@@ -50,6 +50,18 @@ TEST(CsvTable, NamesLinesThatAreWrong) {
     EXPECT_EQ(table.rows[0].fields, (Fields{"a", "1"}));
 }
 
+TEST(CsvTable, SemicolonsBetweenFieldsAreToldAsSuch) {
+    const std::string told =
+        "fields are separated by commas, and this row has semicolons: save the "
+        "table with commas between";
+    EXPECT_EQ(SplitCsv("file;x;y\n\"a, b\";0;0\r\na;\"0\";0\n\"a\";\"0\"").problems,
+              (Fields{"line 1: " + told, "line 2: " + told, "line 3: " + told, "line 4: " + told}));
+    EXPECT_EQ(SplitCsv("\"a\"b;0\n\"a;b").problems,
+              (Fields{"line 1: text follows a closing quote: put two quotes for one",
+                      "line 2: a quote is not closed"}));
+    EXPECT_EQ(Rows("a;b,1\n\"a;b\"\n\"a;b\",\";\"\n"), (Fields{"1:a;b|1|", "2:a;b|", "3:a;b|;|"}));
+}
+
 TEST(CsvTable, TellsWhyAFileCannotBeRead) {
     const test::CTemporaryFolder folder;
     EXPECT_EQ(ReadCsv(folder.File(L"none")).problems,

@@ -2,28 +2,23 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/TestFiles.h"
+#include "tests/rotation/MountingTables.h"
 
 namespace trevolt {
 namespace {
 
-using LayoutProblems = std::vector<std::string>;
+using LayoutProblems = test::TableProblems;
 
 SMountingTable LayoutOf(std::string_view text) {
-    const test::CTemporaryFolder folder;
-    test::WriteText(folder.File(L"table.csv"), text);
-    return ReadLayoutTable(folder.File(L"table.csv"));
+    return test::ReadTableText(ReadLayoutTable, text);
 }
 
 /// "file=x,y,code " a row.
 std::wstring LayoutRows(std::string_view text) {
-    const SMountingTable table = LayoutOf(text);
-    EXPECT_EQ(table.problems, LayoutProblems{});
-    std::wstring rows;
-    for (const SMountingRow& row : table.rows)
-        rows += row.name + L"=" + std::to_wstring(row.place.x) + L"," +
-                std::to_wstring(row.place.y) + L"," + std::to_wstring(row.code) + L" ";
-    return rows;
+    return test::ShownRows(LayoutOf(text), [](const SMountingRow& row) {
+        return row.name + L"=" + std::to_wstring(row.place.x) + L"," +
+               std::to_wstring(row.place.y) + L"," + std::to_wstring(row.code);
+    });
 }
 
 TEST(LayoutTable, ReadsPlacesAndAngles) {
@@ -73,9 +68,7 @@ TEST(LayoutTable, IsNothingWithoutARow) {
     for (const char* text : {"", "\n\n", "file,x,y\n"})
         EXPECT_EQ(LayoutOf(text).problems,
                   LayoutProblems{"holds no row: give a file, its x and its y a line"});
-    const test::CTemporaryFolder folder;
-    EXPECT_EQ(ReadLayoutTable(folder.File(L"none")).problems,
-              LayoutProblems{"cannot be opened: No such file or directory"});
+    test::ExpectMissingFileIsTold(ReadLayoutTable);
 }
 
 } // namespace
