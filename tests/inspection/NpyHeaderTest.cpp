@@ -120,50 +120,36 @@ TEST(NpyHeader, EveryOtherTextIsRefused) {
     const std::string type = "'descr': '<f4', ";
     const std::string shape = "'shape': (3, 4, 12), ";
     SNpyHeader header;
-    ASSERT_TRUE(ParseNpyDict("{" + type + order + shape + "}", header));
-    const std::string long33(33, '1');
-    for (const std::string& dict : {std::string(),
-                                    std::string("{"),
-                                    std::string("{}"),
-                                    "{" + type + order + "}",
-                                    "{" + type + shape + "}",
-                                    "{" + order + shape + "}",
-                                    "{" + type + order + shape,
-                                    type + order + shape + "}",
-                                    "{" + type + order + shape + "}x",
-                                    "{" + type + order + shape + ", }",
-                                    "{, " + type + order + shape + "}",
-                                    "{" + type + type + order + shape + "}",
-                                    "{" + type + type + order + "}",
-                                    "{" + type + order + shape + "'more': 1, }",
-                                    "{'Descr': '<f4', " + order + shape + "}",
-                                    "{'descr' '<f4', " + order + shape + "}",
-                                    "{'descr': <f4, " + order + shape + "}",
-                                    "{'descr': '<f4\", " + order + shape + "}",
-                                    "{'descr': '\\x3cf4', " + order + shape + "}",
-                                    "{'descr': [('a', '<f4')], " + order + shape + "}",
-                                    "{'descr': '" + long33 + "', " + order + shape + "}",
-                                    "{" + type + "'fortran_order': 0, " + shape + "}",
-                                    "{" + type + "'fortran_order': false, " + shape + "}",
-                                    "{" + type + "'fortran_order': Falsely, " + shape + "}",
-                                    "{" + type + order + "'shape': 3}",
-                                    "{" + type + order + "'shape': (3)}",
-                                    "{" + type + order + "'shape': [3, 4, 12]}",
-                                    "{" + type + order + "'shape': (,)}",
-                                    "{" + type + order + "'shape': (3,, 4)}",
-                                    "{" + type + order + "'shape': (3 4)}",
-                                    "{" + type + order + "'shape': (-3, 4, 12)}",
-                                    "{" + type + order + "'shape': (+3, 4)}",
-                                    "{" + type + order + "'shape': (3.0, 4)}",
-                                    "{" + type + order + "'shape': (3L, 4L)}",
-                                    "{" + type + order + "'shape': (0x3, 4)}",
-                                    "{" + type + order + "'shape': (18446744073709551616, 1)}",
-                                    "{" + type + order + "'shape': (3, 4"}) {
+    const auto expectRefused = [&](const std::string& dict) {
         EXPECT_FALSE(ParseNpyDict(dict, header)) << dict;
         EXPECT_EQ(ProblemOf(WithLength16({1, 0}, dict)),
                   "its header does not tell of one array of plain numbers")
             << dict;
-    }
+    };
+    /// The whole entries stand where T, O and S do.
+    const auto whole = [&](std::string_view pattern) {
+        std::string dict;
+        for (const char c : pattern)
+            dict += c == 'T' ? type : c == 'O' ? order : c == 'S' ? shape : std::string(1, c);
+        return dict;
+    };
+    ASSERT_TRUE(ParseNpyDict(whole("{TOS}"), header));
+    for (const char* pattern : {"", "{", "{}", "{TO}", "{TS}", "{OS}", "{TOS", "TOS}", "{TOS}x",
+                                "{TOS, }", "{, TOS}", "{TTOS}", "{TTO}", "{TOS'more': 1, }"})
+        expectRefused(whole(pattern));
+    const std::string long33(33, '1');
+    for (const std::string& text :
+         {std::string("'Descr': '<f4'"), std::string("'descr' '<f4'"), std::string("'descr': <f4"),
+          std::string("'descr': '<f4\""), std::string("'descr': '\\x3cf4'"),
+          std::string("'descr': [('a', '<f4')]"), "'descr': '" + long33 + "'"})
+        expectRefused("{" + text + ", " + order + shape + "}");
+    for (const char* text : {"0", "false", "Falsely"})
+        expectRefused("{" + type + "'fortran_order': " + text + ", " + shape + "}");
+    for (const char* text :
+         {"3", "(3)", "[3, 4, 12]", "(,)", "(3,, 4)", "(3 4)", "(-3, 4, 12)", "(+3, 4)", "(3.0, 4)",
+          "(3L, 4L)", "(0x3, 4)", "(18446744073709551616, 1)"})
+        expectRefused("{" + type + order + "'shape': " + text + "}");
+    expectRefused("{" + type + order + "'shape': (3, 4");
     std::string sides = "1";
     for (std::size_t k = 1; k < kMostNpyDimensions; ++k)
         sides += ", 1";
