@@ -17,7 +17,7 @@ namespace trevolt {
 namespace {
 
 bool HoldsAnyBesideMatrix(const SElementForm& form) {
-    return std::ranges::any_of(form.Places(), [](std::uint8_t place) { return place >= 9; });
+    return (form.Values() & ~kWholeMatrix).any();
 }
 
 /// The kind whose files store such words or bytes; null for another form.

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "app/rotation/StoredKinds.h"
+#include "app/rotation/ElementForms.h"
 #include "common/StoredCoef.h"
 #include "trevolt/ChromaCorrectCoef.h"
 

@@ -18,7 +18,6 @@ namespace {
 
 constexpr std::size_t kBesideDiagonal = 1; ///< a value that every full matrix has
 constexpr std::size_t kVirtualGreen = 10;  ///< one that every kind with a virtual green has
-const MapValues kMatrix{0x1FF};
 
 class CFileComparison {
   public:
@@ -72,12 +71,12 @@ class CFileComparison {
     }
 
     MapValues ComparedValues(const SFileKind& a, const SFileKind& b) {
-        const MapValues ofA = StoredKindOf(a).values;
-        const MapValues ofB = StoredKindOf(b).values;
+        const MapValues ofA = FormOfKind(a).Values();
+        const MapValues ofB = FormOfKind(b).Values();
         NoteLack(ofA, ofB, m_nameOfA);
         NoteLack(ofB, ofA, m_nameOfB);
         const MapValues either = ofA | ofB;
-        return ofA.test(kVirtualGreen) && ofB.test(kVirtualGreen) ? either : either & kMatrix;
+        return ofA.test(kVirtualGreen) && ofB.test(kVirtualGreen) ? either : either & kWholeMatrix;
     }
 
     /// Tells what a file lacks that the other one has.

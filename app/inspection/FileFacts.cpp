@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include "app/rotation/SourceFile.h"
+#include "app/rotation/StoredKinds.h"
 #include "calibuf/ChunkLayout.h"
 #include "coef/WordKind.h"
 #include "common/LittleEndian.h"
@@ -158,7 +159,7 @@ class CFactSearch {
     template <class Coef>
     bool TakeStatistics(const Coef& coef) noexcept {
         try {
-            m_facts.statistics = StatisticsOf(coef, Stored().values, m_threads);
+            m_facts.statistics = StatisticsOf(coef, FormOfKind(*m_facts.kind).Values(), m_threads);
             return true;
         } catch (const std::bad_alloc&) {
             return false;
@@ -178,7 +179,7 @@ class CFactSearch {
             [&](std::istream& stream) { return m_facts.kind->loadStream(map, stream); });
         Tell(status, report);
         if (!Failed(status) && report.FailedRead() == S_OK)
-            m_facts.statistics = StatisticsOf(map, Stored().values, m_threads);
+            m_facts.statistics = StatisticsOf(map, FormOfKind(*m_facts.kind).Values(), m_threads);
     }
 
     void Tell(Status status, const CTransferReport& report) {

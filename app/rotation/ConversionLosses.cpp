@@ -72,12 +72,10 @@ void CountText(const SMatrixCoef& pixel, SConversionLosses& losses) {
 class CLossCount {
   public:
     explicit CLossCount(const SElementForm& form) : m_form(form) {
-        std::array<bool, kMapForm.count> isHeld{};
-        for (const std::uint8_t place : form.Places())
-            isHeld[place] = true;
+        const MapValues held = form.Values();
         for (const std::uint8_t place : kMapForm.places)
-            if (!isHeld[place])
-                (place < kMatrixValues ? m_offDiagonal : m_besideMatrix).push_back(place);
+            if (!held.test(place))
+                (kWholeMatrix.test(place) ? m_offDiagonal : m_besideMatrix).push_back(place);
     }
 
     void Add(const SMatrixCoef& pixel) {

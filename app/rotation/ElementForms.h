@@ -3,13 +3,22 @@
 
 #include <algorithm>
 #include <array>
+#include <bitset>
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <tuple>
 
 #include "trevolt/FileKinds.h"
+#include "trevolt/MatrixCoef.h"
 
 namespace trevolt {
+
+/// A set of a map element's values: bit k stands for m[k].
+using MapValues = std::bitset<std::tuple_size_v<decltype(SMatrixCoef::m)>>;
+
+/// Those of the matrix.
+inline constexpr MapValues kWholeMatrix{0x1FF};
 
 enum class EStoredValue : std::uint8_t {
     Float, ///< float32, bit for bit
@@ -25,6 +34,13 @@ struct SElementForm {
     std::array<std::uint8_t, 12> places{};
 
     std::span<const std::uint8_t> Places() const { return {places.data(), count}; }
+    /// The set of the places.
+    MapValues Values() const {
+        MapValues values;
+        for (const std::uint8_t place : Places())
+            values.set(place);
+        return values;
+    }
     friend bool operator==(const SElementForm&, const SElementForm&) = default;
 };
 

@@ -28,15 +28,6 @@ struct SKindRow {
     std::optional<EWordKind> wordKind = std::nullopt;
 };
 
-/// The set of the first `count` of `values`.
-template <class Values>
-constexpr MapValues MapValuesOf(const Values& values, std::size_t count) {
-    unsigned long long bits = 0;
-    for (std::size_t k = 0; k < count; ++k)
-        bits |= 1ULL << values[k];
-    return {bits};
-}
-
 template <class Kind>
 constexpr EStoredValue kBinaryValue =
     std::is_same_v<typename Kind::Stored::value_type, float> ? EStoredValue::Float
@@ -62,8 +53,8 @@ constexpr SKindRow BinaryFileKind(std::wstring_view extension, int exportOrder) 
                  return ReadBinaryCoefSize<Kind>(stream, width, height);
              },
              nullptr},
-            {MapValuesOf(Kind::kEntries, Kind::kStoredCount), Kind::kStoredBytes,
-             [](const CoefFileMagic& magic) { return magic == Kind::kMagic; }, E_COEF_OPENFAILED,
+            {Kind::kStoredBytes, [](const CoefFileMagic& magic) { return magic == Kind::kMagic; },
+             E_COEF_OPENFAILED,
              [](std::istream& stream, std::size_t threads, const SExtrasOfTurn& /*none*/) {
                  return LoadStoredBinaryCoef<Kind>(stream, threads);
              }},
@@ -92,7 +83,6 @@ Status ReadTextSize(File file, std::uint32_t& width, std::uint32_t& height) {
 template <EWordKind Kind>
 constexpr SStoredKind kStoredWords = VisitElementOf(Kind, SStoredKind{}, []<class Element>() {
     return SStoredKind{
-        MapValuesOf(kWordKind<Element>.mapValues, kWordElementKind<Element>.wordCount),
         sizeof(Element),
         [](const ChunkFormatId& format) { return kWordKind<Element>.HasFormat(format); },
         kWordKind<Element>.outputOpenFailed,
@@ -132,13 +122,11 @@ constexpr SKindRow WordFileKind(std::wstring_view extension, int exportOrder) {
             Kind};
 }
 
-constexpr MapValues kTextValues{0x1FF};
-
 constexpr SKindRow TextFileKind(std::wstring_view extension, int exportOrder) {
     return {{extension, exportOrder, LoadText<const wchar_t*>, SaveText,
              ReadTextSize<const wchar_t*>, nullptr, LoadText<std::istream&>,
              ReadTextSize<std::istream&>, nullptr},
-            {kTextValues, 0, nullptr, S_OK, nullptr},
+            {0, nullptr, S_OK, nullptr},
             MakeElementForm<9>(EStoredValue::Text, kMapForm.places)};
 }
 

@@ -2,29 +2,21 @@
 #pragma once
 
 #include <array>
-#include <bitset>
 #include <cstddef>
 #include <cstdint>
 #include <istream>
 #include <optional>
 #include <string_view>
-#include <tuple>
 
 #include "common/StoredCoef.h"
 #include "trevolt/FileKinds.h"
-#include "trevolt/MatrixCoef.h"
 #include "trevolt/StatusCodes.h"
 #include "trevolt/WordElements.h"
 
 namespace trevolt {
 
-/// A set of a map element's values: bit k stands for m[k].
-using MapValues = std::bitset<std::tuple_size_v<decltype(SMatrixCoef::m)>>;
-
 /// The part of a kind's row that other programs have no use for.
 struct SStoredKind {
-    /// What the kind's files hold of a pixel.
-    MapValues values;
     /// Bytes that a pixel takes in memory; 0 for a kind that stores no elements.
     std::uint32_t elementBytes;
     /// Whether files of the kind may begin so; null for a kind that no first bytes tell.

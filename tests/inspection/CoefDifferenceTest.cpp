@@ -16,7 +16,6 @@ using namespace test;
 
 constexpr float kNanValue = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInfiniteValue = std::numeric_limits<float>::infinity();
-const MapValues kMatrix{0x1FF};
 
 CChromaCorrectCoef Defaults(std::int32_t width, std::int32_t height) {
     CChromaCorrectCoef map;
@@ -36,10 +35,10 @@ TEST(CoefDifference, SameMapsAreNotApart) {
     SetValue(a, 2, 1, 1, -0.0F);
     SetValue(a, 3, 1, 2, kInfiniteValue);
     SetValue(b, 3, 1, 2, kInfiniteValue);
-    const SCoefDifference found = CompareMaps(a, b, kMatrix, 0, 1);
+    const SCoefDifference found = CompareMaps(a, b, kWholeMatrix, 0, 1);
     EXPECT_EQ(found.pixels, 20U);
     EXPECT_EQ(found.differing, 0U);
-    EXPECT_EQ(found.compared, kMatrix);
+    EXPECT_EQ(found.compared, kWholeMatrix);
     for (const SValueDifference& value : found.values) {
         EXPECT_EQ(value.differing, 0U);
         EXPECT_EQ(value.oneNan, 0U);
@@ -55,7 +54,7 @@ TEST(CoefDifference, TellsEachValueByItself) {
     SetValue(b, 1, 1, 0, 1.5F); // as far, but later
     SetValue(b, 1, 1, 7, -2.0F);
     SetValue(b, 2, 1, 0, 0.75F);
-    const SCoefDifference found = CompareMaps(a, b, kMatrix, 0, 1);
+    const SCoefDifference found = CompareMaps(a, b, kWholeMatrix, 0, 1);
     EXPECT_EQ(found.differing, 3U);
     EXPECT_EQ(found.values[0].differing, 3U);
     EXPECT_EQ(found.values[0].most, 0.5);
@@ -73,14 +72,14 @@ TEST(CoefDifference, ToleranceIsTheMostThatIsTheSame) {
     CChromaCorrectCoef b = Defaults(3, 1);
     SetValue(b, 0, 0, 0, 0.5F);
     SetValue(b, 1, 0, 4, 0.25F);
-    const SCoefDifference within = CompareMaps(a, b, kMatrix, 0.75, 1);
+    const SCoefDifference within = CompareMaps(a, b, kWholeMatrix, 0.75, 1);
     EXPECT_EQ(within.differing, 0U);
     EXPECT_EQ(within.values[4].most, 0.75); // is told all the same
-    const SCoefDifference found = CompareMaps(a, b, kMatrix, 0.5, 1);
+    const SCoefDifference found = CompareMaps(a, b, kWholeMatrix, 0.5, 1);
     EXPECT_EQ(found.differing, 1U);
     EXPECT_EQ(found.values[0].differing, 0U);
     EXPECT_EQ(found.values[4].differing, 1U);
-    EXPECT_EQ(CompareMaps(a, b, kMatrix, 0.4999, 1).differing, 2U);
+    EXPECT_EQ(CompareMaps(a, b, kWholeMatrix, 0.4999, 1).differing, 2U);
 }
 
 TEST(CoefDifference, OneThatIsNoNumberDiffersAtAnyTolerance) {
@@ -89,7 +88,7 @@ TEST(CoefDifference, OneThatIsNoNumberDiffersAtAnyTolerance) {
     SetValue(a, 1, 0, 0, kNanValue);
     SetValue(b, 0, 1, 0, kNanValue);
     SetValue(b, 1, 1, 0, 0.0F);
-    const SCoefDifference found = CompareMaps(a, b, kMatrix, 10, 1);
+    const SCoefDifference found = CompareMaps(a, b, kWholeMatrix, 10, 1);
     EXPECT_EQ(found.differing, 2U);
     EXPECT_EQ(found.values[0].differing, 2U);
     EXPECT_EQ(found.values[0].oneNan, 2U);
@@ -103,7 +102,7 @@ TEST(CoefDifference, AnInfinityIsInfinitelyFar) {
     SetValue(a, 0, 0, 0, kInfiniteValue);
     SetValue(a, 1, 0, 1, kInfiniteValue);
     SetValue(b, 1, 0, 1, -kInfiniteValue);
-    const SCoefDifference found = CompareMaps(a, b, kMatrix, 1e30, 1);
+    const SCoefDifference found = CompareMaps(a, b, kWholeMatrix, 1e30, 1);
     EXPECT_EQ(found.differing, 2U);
     EXPECT_TRUE(std::isinf(found.values[0].most));
     EXPECT_TRUE(std::isinf(found.values[1].mean));
@@ -113,9 +112,9 @@ TEST(CoefDifference, WhatIsNotComparedIsPassedOver) {
     const CChromaCorrectCoef a = Defaults(2, 1);
     CChromaCorrectCoef b = Defaults(2, 1);
     SetValue(b, 0, 0, 9, 0.5F);
-    EXPECT_EQ(CompareMaps(a, b, kMatrix, 0, 1).differing, 0U);
+    EXPECT_EQ(CompareMaps(a, b, kWholeMatrix, 0, 1).differing, 0U);
     EXPECT_EQ(CompareMaps(a, b, MapValues(0x200), 0, 1).differing, 1U);
-    EXPECT_EQ(DistanceOf(*a.FindElement(0, 0), *b.FindElement(0, 0), kMatrix), 0.0);
+    EXPECT_EQ(DistanceOf(*a.FindElement(0, 0), *b.FindElement(0, 0), kWholeMatrix), 0.0);
     EXPECT_EQ(DistanceOf(*a.FindElement(0, 0), *b.FindElement(0, 0), MapValues(0x200)), 0.5);
 }
 
@@ -126,8 +125,8 @@ TEST(CoefDifference, ThreadsChangeNothing) {
         SetValue(b, i % 300, i / 300, 3, static_cast<float>(i) * 1e-6F);
     SetValue(b, 5, 499, 3, 0.25F);
     SetValue(b, 6, 0, 3, 0.25F); // as far, and earlier: in another piece of the work
-    const SCoefDifference one = CompareMaps(a, b, kMatrix, 0, 1);
-    const SCoefDifference four = CompareMaps(a, b, kMatrix, 0, 4);
+    const SCoefDifference one = CompareMaps(a, b, kWholeMatrix, 0, 1);
+    const SCoefDifference four = CompareMaps(a, b, kWholeMatrix, 0, 4);
     EXPECT_EQ(one.values[3].mostAt, (PixelPosition{6, 0}));
     EXPECT_EQ(four.values[3].mostAt, one.values[3].mostAt);
     EXPECT_EQ(four.values[3].mean, one.values[3].mean);
@@ -140,9 +139,9 @@ TEST(CoefDifference, DistanceOfAPixelIsItsGreatest) {
     SMatrixCoef b;
     b.m[2] = 0.5F;
     b.m[4] = 0.25F;
-    EXPECT_EQ(DistanceOf(a, b, kMatrix), 0.75);
+    EXPECT_EQ(DistanceOf(a, b, kWholeMatrix), 0.75);
     b.m[8] = kNanValue;
-    EXPECT_TRUE(std::isnan(DistanceOf(a, b, kMatrix)));
+    EXPECT_TRUE(std::isnan(DistanceOf(a, b, kWholeMatrix)));
 }
 
 // ---- files ----
@@ -179,12 +178,12 @@ TEST(FileComparison, TellsWhatAKindLacks) {
     ASSERT_EQ(diagonal.notes.size(), 1U);
     EXPECT_NE(diagonal.notes[0].find("Cab_02.3fcoef: has the diagonal of the matrix only"),
               std::string::npos);
-    EXPECT_EQ(diagonal.difference->compared, kMatrix);
+    EXPECT_EQ(diagonal.difference->compared, kWholeMatrix);
     const SFileComparison green =
         CompareFiles({Cabinet(9, L".12wcoef"), Cabinet(6, L".9wcoef")}, 1);
     ASSERT_EQ(green.notes.size(), 1U);
     EXPECT_NE(green.notes[0].find("Cab_06.9wcoef: has no virtual green"), std::string::npos);
-    EXPECT_EQ(green.difference->compared, kMatrix);
+    EXPECT_EQ(green.difference->compared, kWholeMatrix);
     const SFileComparison both = CompareFiles({Cabinet(9, L".12wcoef"), Cabinet(8, L".4wcoef")}, 1);
     EXPECT_EQ(both.difference->compared, MapValues(0xFFF));
     const SFileComparison gains = CompareFiles({Cabinet(2, L".3fcoef"), Cabinet(4, L".3bcoef")}, 1);

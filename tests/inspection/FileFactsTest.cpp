@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "app/rotation/CoefFile.h"
+#include "app/rotation/StoredKinds.h"
 #include "platform/FileStream.h"
 #include "tests/support/BudgetLimit.h"
 #include "tests/support/TestFiles.h"
@@ -103,14 +104,14 @@ TEST(FileFacts, ValuesAreThoseOfAMap) {
         const SFileFacts facts = FindFileFacts(PathOf(cabinet), 1);
         const SCoefLoad load = LoadCoefFile(PathOf(cabinet));
         ASSERT_TRUE(facts.statistics);
-        EXPECT_EQ(facts.statistics->wanted, StoredKindOf(*load.kind).values);
-        ExpectSame(*facts.statistics, StatisticsOf(*load.map, StoredKindOf(*load.kind).values, 1));
+        EXPECT_EQ(facts.statistics->wanted, FormOfKind(*load.kind).Values());
+        ExpectSame(*facts.statistics, StatisticsOf(*load.map, FormOfKind(*load.kind).Values(), 1));
     }
 }
 
 TEST(FileFacts, EachKindHasItsValues) {
     const auto valuesOf = [](const wchar_t* extension) {
-        return StoredKindOf(*FindLoadKind(extension)).values;
+        return FormOfKind(*FindLoadKind(extension)).Values();
     };
     for (const wchar_t* const full : {L".9fcoef", L".9bcoef", L".9wcoef", L".cccoef"})
         EXPECT_EQ(valuesOf(full), MapValues(0x1FF));
@@ -240,14 +241,15 @@ TEST(FileFacts, ABlockWithoutAChunkHoldsDefaults) {
 /// What the kind sets of a map: all values of the matrix, and the virtual green's where it has any.
 TEST(FileFacts, StoredElementsAreThoseOfAMap) {
     for (const SSampleFile& sample : kSampleFiles) {
-        const SStoredKind& stored = StoredKindOf(*FindLoadKind(sample.name));
+        const SFileKind& kind = *FindLoadKind(sample.name);
+        const SStoredKind& stored = StoredKindOf(kind);
         if (stored.load == nullptr)
             continue;
         CInputFile file;
         ASSERT_TRUE(file.Open(PathOf(sample).c_str()));
         const SStoredLoad load = stored.load(file, 1, {});
         const SCoefLoad map = LoadCoefFile(PathOf(sample));
-        const std::size_t values = stored.values.test(10) ? 12 : 9;
+        const std::size_t values = FormOfKind(kind).Values().test(10) ? 12 : 9;
         std::array<SMatrixCoef, 7> run;
         for (std::uint32_t y = 0; y < 24; ++y) {
             load.coef->CopyElements(30, y, 7, run.data());
