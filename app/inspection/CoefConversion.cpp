@@ -78,20 +78,6 @@ class CConversion {
             return;
         }
         m_sourceForm = FormOfKind(*load.kind);
-        ForgetOthers();
-    }
-
-    /// Gives values that the source does not hold their defaults: the load of a .9fcoef file takes
-    /// those beside the matrix from the pixel behind.
-    void ForgetOthers() {
-        constexpr SMatrixCoef kDefault;
-        for (std::int32_t y = 0; y < m_map->Height(); ++y)
-            for (std::int32_t x = 0; x < m_map->Width(); ++x) {
-                SMatrixCoef& pixel = *m_map->FindElement(x, y);
-                const SMatrixCoef loaded = std::exchange(pixel, kDefault);
-                for (const std::uint8_t place : m_sourceForm.Places())
-                    pixel.m[place] = loaded.m[place];
-            }
     }
 
     void CheckTarget() {

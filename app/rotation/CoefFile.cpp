@@ -1,5 +1,7 @@
 #include "app/rotation/CoefFile.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 
@@ -27,6 +29,7 @@ class CCoefFileLoad {
         m_source.Open(m_path);
         if (FindSize() && SizeMap()) {
             LoadMap();
+            SetDefaultTrails();
             FindLosses();
         }
         return std::move(m_load);
@@ -72,6 +75,18 @@ class CCoefFileLoad {
         m_load.notes = DescribeReadNotes(report);
         if (m_source.HasOtherSize())
             m_load.problems.emplace_back("its size changed while it was read");
+    }
+
+    /// The reader of `.9fcoef` puts the first three values of the next pixel beside the matrix.
+    void SetDefaultTrails() {
+        if (m_load.kind->extension != L".9fcoef")
+            return;
+        constexpr std::size_t kMatrixCount = 9;
+        const SMatrixCoef defaults;
+        for (std::int32_t y = 0; y < m_load.map->Height(); ++y)
+            for (std::int32_t x = 0; x < m_load.map->Width(); ++x)
+                std::copy(defaults.m.begin() + kMatrixCount, defaults.m.end(),
+                          m_load.map->FindElement(x, y)->m.begin() + kMatrixCount);
     }
 
     void FindLosses() {

@@ -34,8 +34,9 @@ std::string DescribeOutputName(const std::wstring& path);
 /// there, or something that is no file. Nothing is opened: a pipe would not come back. Else nothing.
 std::string DescribeInputObstacle(const std::wstring& path);
 
-/// Reads a file of the kind that its name tells into a map of the file's own size. Throws
-/// std::bad_alloc; memory refused for the map is a problem.
+/// Reads a file of the kind that its name tells into a map of the file's own size. What the file does not
+/// hold of a pixel is the default element's, beside the matrix of `.9fcoef`, too. Throws std::bad_alloc;
+/// memory refused for the map is a problem.
 SCoefLoad LoadCoefFile(const std::wstring& path);
 
 /// The same of a kind that the name does not tell, as that of a file under work.

@@ -48,7 +48,7 @@ class CCropper {
         CheckNames();
         if (End(!m_result.errors.empty(), ECompositionEnd::Refused))
             return std::move(m_result);
-        SCoefLoad load = LoadOwnValues(m_request.input);
+        SCoefLoad load = LoadCoefFile(m_request.input);
         m_result.size = load.size;
         m_result.problems = std::move(load.problems);
         m_result.notes = std::move(load.notes);

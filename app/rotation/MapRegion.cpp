@@ -65,15 +65,6 @@ void ForEachPixel(const SPixelRect& rect, Visit visit) {
             visit(x, y);
 }
 
-void SetDefaultTrail(CChromaCorrectCoef& map) {
-    constexpr std::size_t kMatrixValues = 9;
-    const SMatrixCoef defaults;
-    ForEachPixel({0, 0, map.Width(), map.Height()}, [&](std::int32_t x, std::int32_t y) {
-        std::copy(defaults.m.begin() + kMatrixValues, defaults.m.end(),
-                  map.FindElement(x, y)->m.begin() + kMatrixValues);
-    });
-}
-
 /// Puts the whole source at the rectangle's left top.
 void PutInto(const CChromaCorrectCoef& source, const SPixelRect& rect, CChromaCorrectCoef& map) {
     ForEachPixel({0, 0, source.Width(), source.Height()}, [&](std::int32_t x, std::int32_t y) {
@@ -101,7 +92,7 @@ SPlacing PlaceUnturned(const SRegionKind& kind, const std::wstring& path, const 
 
 SPlacing PlaceThroughMap(const std::wstring& path, std::uint32_t code, const SPixelRect& rect,
                          CChromaCorrectCoef& map) {
-    SCoefLoad load = LoadOwnValues(path);
+    SCoefLoad load = LoadCoefFile(path);
     SPlacing placing{std::move(load.problems), std::move(load.notes), std::move(load.losses)};
     if (load.map == nullptr)
         return placing;
@@ -134,13 +125,6 @@ SPixelRect CutTo(const SPixelRect& rect, const PixelSize& size) {
 
 PixelSize TurnedBy(std::uint32_t code, const PixelSize& size) {
     return code == 0 ? size : CQuarterTurn(code, size.width, size.height).TurnedSize();
-}
-
-SCoefLoad LoadOwnValues(const std::wstring& path) {
-    SCoefLoad load = LoadCoefFile(path);
-    if (load.map != nullptr && FindRegionKind(load.kind) != nullptr)
-        SetDefaultTrail(*load.map);
-    return load;
 }
 
 bool TurnWhole(CChromaCorrectCoef& map, std::uint32_t code) {

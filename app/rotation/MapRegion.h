@@ -25,10 +25,6 @@ SPixelRect CutTo(const SPixelRect& rect, const PixelSize& size);
 /// The size of pixels turned by a code of `kAngles`, or by 0, which turns nothing.
 PixelSize TurnedBy(std::uint32_t code, const PixelSize& size);
 
-/// As `LoadCoefFile`, with the default trailing values where the kind stores none: the plain reader of
-/// `.9fcoef` gives a pixel three values of its neighbour in their stead.
-SCoefLoad LoadOwnValues(const std::wstring& path);
-
 /// Turns all of a map by a code of `kAngles`, or by 0, which leaves it; the gains become 1.0. False,
 /// and the map is empty, when the memory is refused.
 bool TurnWhole(CChromaCorrectCoef& map, std::uint32_t code);

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "app/inspection/FileComparison.h"
-#include "tests/support/TestFiles.h"
+#include "tests/support/CoefMaps.h"
 #include "trevolt/FileKinds.h"
 
 namespace trevolt {
@@ -189,6 +189,23 @@ TEST(FileComparison, TellsWhatAKindLacks) {
     const SFileComparison gains = CompareFiles({Cabinet(2, L".3fcoef"), Cabinet(4, L".3bcoef")}, 1);
     EXPECT_EQ(gains.difference->compared, MapValues(0x111));
     EXPECT_EQ(gains.notes, std::vector<std::string>());
+}
+
+TEST(FileComparison, TheSameValuesInAnotherKindAreTheSame) {
+    const CTemporaryFolder folder;
+    CChromaCorrectCoef map = Defaults(5, 4);
+    PaintMap(map, BytePixel);
+    const std::wstring a = folder.File(L"a.9fcoef");
+    const std::wstring b = folder.File(L"b.12wcoef");
+    ASSERT_GE(FindExportKind(a)->save(map, a.c_str()), 0);
+    ASSERT_GE(FindExportKind(b)->save(map, b.c_str()), 0);
+    const SFileComparison found = CompareFiles({a, b}, 1);
+    EXPECT_TRUE(found.IsSame());
+    EXPECT_EQ(found.difference->compared, kWholeMatrix);
+    ASSERT_EQ(found.notes.size(), 1U);
+    EXPECT_NE(found.notes[0].find("a.9fcoef: has no virtual green"), std::string::npos);
+    // Also in what is not compared: nothing of the next pixel stands beside a matrix.
+    EXPECT_EQ(CompareMaps(*found.a, *found.b, MapValues(0xFFF), 0, 1).differing, 0U);
 }
 
 TEST(FileComparison, TellsWhatIsNotCompared) {

@@ -1,10 +1,12 @@
 #include "app/rotation/CoefFile.h"
 
+#include <algorithm>
 #include <cerrno>
 
 #include <gtest/gtest.h>
 
 #include "app/rotation/DemoWall.h"
+#include "app/rotation/ElementForms.h"
 #include "platform/FileSystem.h"
 #include "platform/SystemError.h"
 #include "tests/support/CoefMaps.h"
@@ -29,6 +31,32 @@ TEST(CoefFile, AFileOfEveryKindComesInItsOwnSize) {
         expected.Resize(160, 90);
         ASSERT_GE(load.kind->load(expected, folder.File(name).c_str()), 0);
         EXPECT_TRUE(SamePixel(*load.map->FindElement(159, 89), *expected.FindElement(159, 89)));
+    }
+}
+
+TEST(CoefFile, WhatAFileDoesNotHoldOfAPixelIsDefault) {
+    const CTemporaryFolder folder;
+    CChromaCorrectCoef map;
+    map.Resize(3, 2);
+    PaintMap(map, [](std::int32_t x, std::int32_t y) {
+        SMatrixCoef pixel = BytePixel(x, y);
+        std::fill(pixel.m.begin() + 9, pixel.m.end(), 0.2F);
+        return pixel;
+    });
+    for (const SFileKind& kind : FileKinds()) {
+        SCOPED_TRACE(testing::PrintToString(std::wstring(kind.extension)));
+        const std::wstring path = folder.File(L"a" + std::wstring(kind.extension));
+        ASSERT_GE(kind.save(map, path.c_str()), 0);
+        const SCoefLoad load = LoadCoefFile(path);
+        const MapValues held = FormOfKind(kind).Values();
+        ExpectPixels(*load.map, [&](std::int32_t x, std::int32_t y) {
+            SMatrixCoef pixel = *load.map->FindElement(x, y);
+            for (std::size_t k = 0; k < pixel.m.size(); ++k)
+                if (!held.test(k))
+                    pixel.m[k] = SMatrixCoef{}.m[k];
+            return pixel;
+        });
+        EXPECT_EQ(load.map->FindElement(1, 1)->m[10], held.test(10) ? 0.2F : 1.0F);
     }
 }
 

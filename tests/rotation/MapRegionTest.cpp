@@ -64,25 +64,5 @@ TEST(MapRegion, WithoutMemoryForItsTurnAFileStaysOut) {
     EXPECT_TRUE(TurnWhole(map, 1));
 }
 
-TEST(MapRegion, OwnValuesHaveDefaultTrailsOnlyWhereNoneAreStored) {
-    const CTemporaryFolder folder;
-    CChromaCorrectCoef map;
-    map.Resize(3, 2);
-    PaintMap(map, [](std::int32_t x, std::int32_t y) {
-        SMatrixCoef pixel = LowPixel(x, y, 1);
-        pixel.m[10] = 0.2F;
-        return pixel;
-    });
-    for (const auto& [name, green] : {std::pair{L"a.9fcoef", 1.0F}, {L"a.12wcoef", 0.2F}}) {
-        ASSERT_GE(FindExportKind(name)->save(map, folder.File(name).c_str()), 0);
-        const SCoefLoad load = LoadOwnValues(folder.File(name));
-        for (std::int32_t x = 0; x < 3; ++x) {
-            EXPECT_EQ(load.map->FindElement(x, 0)->m[9], 0.0F);
-            EXPECT_NEAR(load.map->FindElement(x, 0)->m[10], green, 1e-5);
-            EXPECT_EQ(load.map->FindElement(x, 0)->m[11], 0.0F);
-        }
-    }
-}
-
 } // namespace
 } // namespace trevolt

@@ -62,7 +62,7 @@ CabinetPixel(std::uint32_t code, std::int32_t w, std::int32_t h, std::int32_t x,
 template <class Expected>
 void ExpectFile(const std::wstring& path, std::int32_t width, std::int32_t height,
                 Expected expected) {
-    const SCoefLoad load = LoadOwnValues(path);
+    const SCoefLoad load = LoadCoefFile(path);
     EXPECT_TRUE(load.problems.empty());
     ASSERT_EQ(load.size, (PixelSize{width, height}));
     for (std::int32_t y = 0; y < height; ++y)
