@@ -96,7 +96,8 @@ class CConversion {
     }
 
     void Tell() {
-        m_result.lost = CountLosses(*m_map, m_result.form);
+        if (!HoldsAllOf(m_sourceForm, m_result.form))
+            m_result.lost = CountLosses(*m_map, m_result.form);
         const std::string target =
             m_target.kind == nullptr ? ".npy" : WideToShownUtf8(m_target.kind->extension);
         for (std::string& loss : DescribeLosses(m_result.lost, m_result.form, target))

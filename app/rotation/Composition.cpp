@@ -222,9 +222,18 @@ class CComposer {
     void Save(const CChromaCorrectCoef& screen) {
         FailWith(SaveCoefFile(screen, m_request.output));
         m_result.isWritten = !HasErrors(ECompositionEnd::SomeFailed);
-        if (m_result.isWritten)
-            m_result.losses = DescribeLosses(screen, {0, 0, screen.Width(), screen.Height()},
-                                             *FindExportKind(FileNameOf(m_request.output.path)));
+        const SFileKind& kind = *FindExportKind(FileNameOf(m_request.output.path));
+        if (m_result.isWritten && MayLoseAny(FormOfKind(kind)))
+            m_result.losses = DescribeLosses(screen, {0, 0, screen.Width(), screen.Height()}, kind);
+    }
+
+    /// Where it cannot, no pixel of the screen needs to be looked at.
+    bool MayLoseAny(const SElementForm& form) const {
+        return std::any_of(m_request.files.begin(), m_request.files.end(),
+                           [&](const SPlacedFile& file) {
+                               const SFileKind& kind = *FindLoadKind(FileNameOf(file.path));
+                               return !HoldsAllOf(FormOfKind(kind), form);
+                           });
     }
 
     const SCompositionRequest& m_request;

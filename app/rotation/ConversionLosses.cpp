@@ -18,31 +18,20 @@ namespace {
 
 constexpr std::size_t kMatrixValues = 9;
 
-/// How a value is stored in so many bits as a part of `kLargest`.
-template <class Integer>
-struct SFixedPoint {
-    static constexpr Integer kLargest = std::numeric_limits<Integer>::max();
-
-    static float Scaled(float value) { return std::roundf(value * static_cast<float>(kLargest)); }
-    static bool HasInteger(float scaled) {
-        constexpr float kLimit = 9223372036854775808.0F; // 2^63
-        return scaled >= -kLimit && scaled < kLimit;
-    }
-    static bool IsHeld(float scaled) {
-        return scaled >= 0.0F && scaled <= static_cast<float>(kLargest);
-    }
-};
-
+/// A value that is stored in so many bits as a part of the largest one, rounded with halves away from 0.
 template <class Integer>
 void CountFixedPoint(float value, SConversionLosses& losses) {
-    using Stored = SFixedPoint<Integer>;
-    const float scaled = Stored::Scaled(value);
-    if (!Stored::HasInteger(scaled))
-        ++losses.zeroedValues;
-    else if (!Stored::IsHeld(scaled))
+    constexpr float kOne = std::numeric_limits<Integer>::max();
+    constexpr float kIntegers = 9223372036854775808.0F; // 2^63
+    const float scaled = value * kOne;
+    if (scaled > -0.5F && scaled < kOne + 0.5F) {
+        const auto stored = static_cast<Integer>(static_cast<double>(scaled) + 0.5); // exact
+        losses.roundedValues += static_cast<float>(stored) / kOne != value ? 1U : 0U;
+    } else if (scaled >= -kIntegers && scaled < kIntegers) {
         ++losses.wrappedValues;
-    else if (scaled / static_cast<float>(Stored::kLargest) != value)
-        ++losses.roundedValues;
+    } else {
+        ++losses.zeroedValues;
+    }
 }
 
 /// The value that is read where this one was written with five decimals.
@@ -50,6 +39,21 @@ float WithFiveDecimals(float value) {
     constexpr double kDecimals = 1e5; // the product is exact
     const double scaled = std::nearbyint(static_cast<double>(value) * kDecimals);
     return static_cast<float>(scaled / kDecimals);
+}
+
+/// Whether each stored value is one of the form's, too: every 255th is a whole number of 65535ths.
+bool HoldsValuesOf(EStoredValue source, EStoredValue form) {
+    switch (form) {
+    case EStoredValue::Float:
+        return true;
+    case EStoredValue::Word:
+        return source == EStoredValue::Word || source == EStoredValue::Byte;
+    case EStoredValue::Byte:
+        return source == EStoredValue::Byte;
+    case EStoredValue::Text:
+        break;
+    }
+    return false;
 }
 
 bool IsSame(float a, float b) { return a == b || (std::isnan(a) && std::isnan(b)); }
@@ -168,6 +172,10 @@ constexpr std::array kLossTexts{
 };
 
 } // namespace
+
+bool HoldsAllOf(const SElementForm& source, const SElementForm& form) {
+    return HoldsValuesOf(source.value, form.value) && (source.Values() & ~form.Values()).none();
+}
 
 SConversionLosses CountLosses(const CChromaCorrectCoef& map, const SPixelRect& rect,
                               const SElementForm& form) {

@@ -32,6 +32,10 @@ struct SConversionLosses {
     friend bool operator==(const SConversionLosses&, const SConversionLosses&) = default;
 };
 
+/// Whether `form` holds whatever the files of `source` can, so that nothing needs to be counted of a map
+/// which was loaded from them. Of a text that is never known: its reader may change every value.
+bool HoldsAllOf(const SElementForm& source, const SElementForm& form);
+
 /// What `form` loses of the pixels of `rect`, which lies in the map.
 SConversionLosses CountLosses(const CChromaCorrectCoef& map, const SPixelRect& rect,
                               const SElementForm& form);

@@ -61,7 +61,7 @@ class CCropper {
         if (End(!m_result.errors.empty(), ECompositionEnd::Refused))
             return std::move(m_result);
         if (MakeTarget())
-            WriteAll(*load.map);
+            WriteAll(load);
         return std::move(m_result);
     }
 
@@ -111,9 +111,9 @@ class CCropper {
         return !End(error != 0, ECompositionEnd::SomeFailed);
     }
 
-    void WriteAll(const CChromaCorrectCoef& map) {
+    void WriteAll(const SCoefLoad& load) {
         for (std::size_t i = 0; i < m_request.pieces.size() && !m_interrupted; ++i)
-            Write(map, m_request.pieces[i], m_result.pieces[i]);
+            Write(load, m_request.pieces[i], m_result.pieces[i]);
         if (const int error = m_target.SyncNames(); error != 0)
             m_result.errors.push_back(DescribeFolderSyncProblem(error));
         End(!m_result.errors.empty(), ECompositionEnd::SomeFailed);
@@ -124,7 +124,8 @@ class CCropper {
                 m_interrupted ? ECompositionEnd::Interrupted : ECompositionEnd::SomeFailed;
     }
 
-    void Write(const CChromaCorrectCoef& map, const SCropPiece& piece, SPieceOutcome& outcome) {
+    void Write(const SCoefLoad& load, const SCropPiece& piece, SPieceOutcome& outcome) {
+        const SFileKind& kind = *KindOfPiece(piece);
         outcome.size = TurnedBy(piece.code, {piece.rect.Width(), piece.rect.Height()});
         outcome.problem = MakeFolderOf(piece);
         if (outcome.problem.empty())
@@ -135,11 +136,11 @@ class CCropper {
         if (outcome.problem.empty())
             outcome.problem = WriteOutput(
                 m_target, piece.name, m_request.replaces, [&](const std::wstring& path) {
-                    return WriteMapPiece(map, piece.rect, piece.code, *KindOfPiece(piece), path);
+                    return WriteMapPiece(*load.map, piece.rect, piece.code, kind, path);
                 });
         outcome.isWritten = outcome.problem.empty();
-        if (outcome.isWritten)
-            outcome.losses = DescribeLosses(map, piece.rect, *KindOfPiece(piece));
+        if (outcome.isWritten && !HoldsAllOf(FormOfKind(*load.kind), FormOfKind(kind)))
+            outcome.losses = DescribeLosses(*load.map, piece.rect, kind);
     }
 
     std::string MakeFolderOf(const SCropPiece& piece) const {

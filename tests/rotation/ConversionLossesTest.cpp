@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "app/rotation/CoefFile.h"
 #include "tests/support/CoefMaps.h"
 #include "tests/support/ExtremeNumbers.h"
 #include "trevolt/FixedPoint.h"
@@ -100,6 +101,42 @@ TEST(ConversionLosses, TextRoundsAndItsReaderCleans) {
     EXPECT_EQ(losses(4, kNaN), SConversionLosses{});                      // stays
     EXPECT_EQ(losses(3, 0.25F), (SConversionLosses{.cleanedValues = 2})); // a column of 1.25
     EXPECT_EQ(losses(9, 0.25F), SConversionLosses{.besideMatrixPixels = 1});
+}
+
+TEST(ConversionLosses, AFormThatHoldsAllOfAnotherLosesNothing) {
+    const CTemporaryFolder folder;
+    CChromaCorrectCoef map;
+    map.Resize(16, 16);
+    PaintMap(map, [](std::int32_t x, std::int32_t y) {
+        SMatrixCoef pixel;
+        for (std::size_t k = 0; k < pixel.m.size(); ++k)
+            pixel.m[k] = static_cast<float>(x * 16 + y + static_cast<int>(k)) / 257.0F;
+        return pixel;
+    });
+    map.FindElement(3, 3)->m[4] = kNaN;
+    std::size_t held = 0;
+    for (const SFileKind& from : FileKinds()) {
+        const std::wstring path = folder.File(L"a" + std::wstring(from.extension));
+        ASSERT_GE(from.save(map, path.c_str()), 0);
+        const SCoefLoad load = LoadCoefFile(path);
+        for (const SFileKind& to : FileKinds())
+            if (HoldsAllOf(FormOfKind(from), FormOfKind(to))) {
+                EXPECT_EQ(CountLosses(*load.map, FormOfKind(to)), SConversionLosses{})
+                    << testing::PrintToString(path + std::wstring(to.extension));
+                ++held;
+            }
+        EXPECT_TRUE(HoldsAllOf(FormOfKind(from), kMapForm));
+        EXPECT_EQ(HoldsAllOf(FormOfKind(from), FormOfKind(from)), from.extension != L".cccoef");
+    }
+    EXPECT_EQ(held, 28U);
+    const auto isHeld = [](const wchar_t* from, const wchar_t* to) {
+        return HoldsAllOf(FormOfKind(*FindLoadKind(from)), FormOfKind(*FindLoadKind(to)));
+    };
+    EXPECT_TRUE(isHeld(L".3bcoef", L".4wcoef"));
+    EXPECT_FALSE(isHeld(L".4wcoef", L".9wcoef"));
+    EXPECT_FALSE(isHeld(L".3wcoef", L".9bcoef"));
+    EXPECT_FALSE(isHeld(L".3fcoef", L".12wcoef"));
+    EXPECT_FALSE(isHeld(L".cccoef", L".9wcoef"));
 }
 
 TEST(ConversionLosses, AreToldInPlainWords) {
