@@ -87,9 +87,10 @@ void TellScreen(const SCompositionRequest& request, const SComposition& result) 
         PrintLine(stdout, "{}: {} of its pixels {} in no file and {} default values", output,
                   result.uncovered, result.uncovered == 1 ? "is" : "are",
                   result.uncovered == 1 ? "has" : "have");
-    PrintLine(stdout, "{} file{} put into {}  ({} x {}), {} failed", result.files.size(),
-              PluralEnd(result.files.size()), output, result.size.width, result.size.height,
-              CountFailed(result));
+    const std::size_t put = result.files.size() - result.outside;
+    PrintLine(stdout, "{} file{} put into {}  ({} x {}), {} failed{}", put, PluralEnd(put), output,
+              result.size.width, result.size.height, CountFailed(result),
+              result.outside == 0 ? "" : fmt::format(", {} outside", result.outside));
 }
 
 } // namespace
@@ -159,6 +160,7 @@ void TellCompositionAsJson(const SCompositionRequest& request, const SCompositio
                  {"output", result.isWritten ? Json(WideToShownUtf8(request.output.path)) : Json()},
                  {"size", SizeOrNull(result.size)},
                  {"uncovered", result.uncovered},
+                 {"outside", result.outside},
                  {"files", result.files.size()},
                  {"failed", CountFailed(result)},
                  {"losses", result.losses},

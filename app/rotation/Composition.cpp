@@ -142,11 +142,24 @@ class CComposer {
         std::vector<SPixelRect> seen;
         for (const SPlacedOutcome& file : m_result.files)
             seen.push_back(CutTo(file.rect, m_result.size));
-        if (!m_request.allowOutside)
+        if (m_request.allowOutside)
+            NoteOutside(seen);
+        else
             CheckInside();
         if (!m_request.allowOverlap)
             CheckApart(seen);
         m_result.uncovered = CountOf(m_result.size) - CoveredPixels(seen);
+    }
+
+    void NoteOutside(const std::vector<SPixelRect>& seen) {
+        for (std::size_t i = 0; i < seen.size(); ++i) {
+            if (seen[i].Width() > 0 && seen[i].Height() > 0)
+                continue;
+            ++m_result.outside;
+            m_result.files[i].notes.push_back(
+                fmt::format("lies wholly outside the screen of {}: none of its pixels is there",
+                            ShownSize(m_result.size)));
+        }
     }
 
     void CheckInside() {
@@ -215,7 +228,8 @@ class CComposer {
     static void Put(const SPlacedFile& file, SPlacedOutcome& outcome, CChromaCorrectCoef& screen) {
         SPlacing placing = PlaceCoefFile(file.path, file.code, outcome.rect, screen);
         outcome.problems = std::move(placing.problems);
-        outcome.notes = std::move(placing.notes);
+        for (std::string& note : placing.notes)
+            outcome.notes.push_back(std::move(note));
         outcome.losses = std::move(placing.losses);
     }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -67,6 +68,7 @@ struct SComposition {
     ECompositionEnd end = ECompositionEnd::Done;
     PixelSize size;                    ///< of the screen, 0 × 0 when not known
     std::uint64_t uncovered = 0;       ///< its pixels in no file, which are default
+    std::size_t outside = 0;           ///< files without a pixel in it
     std::vector<SPlacedOutcome> files; ///< those of the request, in its order
     std::vector<std::string> errors;   ///< what forbids it but the files' own problems
     std::vector<std::string> losses;   ///< of the screen, which its kind does not hold

@@ -198,9 +198,14 @@ class Compose(ScreenTest):
         put(expected, self.add_cabinet('a.9fcoef', 1), 0, 0)
         put(expected, self.add_cabinet('b.9fcoef', 2)[:, :4], 4, 2)
         put(expected, turned_pixels(self.add_cabinet('c.9fcoef', 3), 90)[1:], 5, 0)
-        self.expect(self.compose('a.9fcoef@0,0', 'b.9fcoef@4,2', 'c.9fcoef@5,-1,90', '--size', '8x5',
-                                 '--allow-overlap', '--allow-outside'), 0, err=[])
+        result = self.compose('a.9fcoef@0,0', 'b.9fcoef@4,2', 'c.9fcoef@5,-1,90', 'a.9fcoef@8,0',
+                              '--size', '8x5', '--allow-overlap', '--allow-outside')
+        self.expect(result, 0, err=[])
         self.expect_pixels(self.screen, expected)
+        told = self.lines(result.stdout)
+        self.assertEqual(told[4], 'a.9fcoef: lies wholly outside the screen of 8 x 5: none of its '
+                                  'pixels is there')
+        self.assertEqual(told[-1], f'3 files put into {self.screen}  (8 x 5), 0 failed, 1 outside')
 
     def test_a_damaged_cabinet(self):
         self.add_cabinet('a.9fcoef', 1)
@@ -285,7 +290,7 @@ class Compose(ScreenTest):
         self.assertEqual(summary, {
             'type': 'summary', 'version': 1, 'end': 'done', 'exit_status': 0,
             'output': str(self.screen), 'size': {'width': 9, 'height': 5}, 'uncovered': 15,
-            'files': 2, 'failed': 0, 'losses': [], 'errors': []})
+            'outside': 0, 'files': 2, 'failed': 0, 'losses': [], 'errors': []})
         self.expect_page_keys('## What programs are told', file, summary)
         (self.source / 'c.9fcoef').write_bytes(b'none')
         file, summary = self.objects(self.compose('--json', '--overwrite', 'c.9fcoef@0,0'), 1)

@@ -202,6 +202,31 @@ TEST_F(Composition, WhatMayBeOutsideIsCutOnEverySide) {
         }
 }
 
+TEST_F(Composition, AFileWhollyOutsideIsNotedAndCounted) {
+    Cabinet(L"a.9fcoef", 1, 0, 0);
+    for (const auto& [left, top] : {std::pair{4, 0}, {0, 4}, {-5, 0}, {0, -3}, {9, -9}}) {
+        SCOPED_TRACE(testing::Message() << left << ", " << top);
+        auto request = Request(
+            {Placed(L"a.9fcoef", 0, 0), Placed(L"a.9fcoef", left, top), Placed(L"a.9fcoef", 3, 3)});
+        request.size = PixelSize{4, 4};
+        request.allowOutside = true;
+        request.output.replaces = true;
+        const SComposition result = Compose(request);
+        EXPECT_EQ(result.end, ECompositionEnd::Done);
+        EXPECT_EQ(result.outside, 1U);
+        EXPECT_EQ(result.files[0].notes, Texts{});
+        EXPECT_EQ(result.files[1].notes,
+                  Texts{"lies wholly outside the screen of 4 x 4: none of its pixels is there"});
+        EXPECT_EQ(result.files[2].notes, Texts{});
+    }
+    // What is unusual of the file itself is told as before.
+    WriteText(m_folder.File(L"h.cccoef"), "[T9COEF20]\nwidth=1\nheight=1\n0,0,1,0,0,0,1,1,0,0,1\n");
+    auto request = Request({Placed(L"h.cccoef", 9, 9)}, L"h.9fcoef");
+    request.size = PixelSize{4, 4};
+    request.allowOutside = true;
+    EXPECT_EQ(Compose(request).files[0].notes.size(), 2U);
+}
+
 TEST_F(Composition, OverlapsOutsideAreNone) {
     auto request = Request({Cabinet(L"a.9fcoef", 1, 4, 0), Cabinet(L"b.9fcoef", 2, 6, 0)});
     request.size = PixelSize{6, 3};
