@@ -25,7 +25,7 @@ void CountFixedPoint(float value, SConversionLosses& losses) {
     constexpr float kIntegers = 9223372036854775808.0F; // 2^63
     const float scaled = value * kOne;
     if (scaled > -0.5F && scaled < kOne + 0.5F) {
-        const auto stored = static_cast<Integer>(static_cast<double>(scaled) + 0.5); // exact
+        const auto stored = static_cast<Integer>(scaled); // a value that is held comes out whole
         losses.roundedValues += static_cast<float>(stored) / kOne != value ? 1U : 0U;
     } else if (scaled >= -kIntegers && scaled < kIntegers) {
         ++losses.wrappedValues;

@@ -354,6 +354,13 @@ TEST_F(Composition, TellsWhatTheScreenLacksOfAFile) {
     EXPECT_EQ(Compose(request).files[0].losses, Texts{"its origin (1000, 777)"});
 }
 
+TEST_F(Composition, TellsWhatTheScreensKindDoesNotHold) {
+    const SPlacedFile diagonal = Cabinet(L"a.3wcoef", 1, kW, 0);
+    EXPECT_EQ(Compose(Request({diagonal, Cabinet(L"b.9fcoef", 2, 0, 0)}, L"screen.3fcoef")).losses,
+              Texts{"15 pixels have entries off the diagonal, which .3fcoef does not hold"});
+    EXPECT_EQ(Compose(Request({diagonal}, L"screen.9fcoef")).losses, Texts{});
+}
+
 TEST_F(Composition, NamesOfALayoutAreBelowItsFolderOrAnother) {
     WriteText(m_folder.File(L"wall.csv"), "a.9fcoef,1,2,90\nrow/b.9fcoef,-3,4\n");
     SLayoutFiles layout = ReadLayoutFiles(m_folder.File(L"wall.csv"), L"");

@@ -1,5 +1,7 @@
 #include "app/rotation/ConversionLosses.h"
 
+#include <cmath>
+
 #include <gtest/gtest.h>
 
 #include "app/rotation/CoefFile.h"
@@ -73,16 +75,38 @@ TEST(ConversionLosses, ValuesAreHeldRoundedWrappedOrZero) {
     isOf(0.3333F, rounded, rounded);
     isOf(-1e-9F, rounded, rounded);
     isOf(1.000001F, rounded, rounded);
-    isOf(1.00001F, wrapped, rounded);  // 65535.66
-    isOf(-0.00001F, wrapped, rounded); // -0.66
-    isOf(1.002F, wrapped, wrapped);    // 255.51
-    isOf(-0.002F, wrapped, wrapped);   // -0.51
+    isOf(1.00001F, wrapped, rounded);      // 65535.66
+    isOf(-0.00001F, wrapped, rounded);     // -0.66
+    isOf(-0.5F / 65535, wrapped, rounded); // halves are rounded away from 0
+    isOf(std::nextafter(-0.5F / 65535, 0.0F), rounded, rounded);
+    isOf(65535.5F / 65535, wrapped, rounded);
+    isOf(std::nextafter(65535.5F / 65535, 0.0F), rounded, rounded);
+    isOf(-0.5F / 255, wrapped, wrapped);
+    isOf(255.5F / 255, wrapped, wrapped);
+    isOf(1.002F, wrapped, wrapped);  // 255.51
+    isOf(-0.002F, wrapped, wrapped); // -0.51
     isOf(1e13F, wrapped, wrapped);
     isOf(1e15F, zeroed, wrapped); // 6.5e19 is past 64 bits, 2.55e17 is not
     isOf(-1e15F, zeroed, wrapped);
     isOf(kNaN, zeroed, zeroed);
     isOf(kInfinity, zeroed, zeroed);
     isOf(-kInfinity, zeroed, zeroed);
+}
+
+TEST(ConversionLosses, EveryWordAndEveryByteIsHeld) {
+    CChromaCorrectCoef words;
+    words.Resize(256, 256);
+    CChromaCorrectCoef bytes;
+    bytes.Resize(256, 1);
+    PaintMap(words, [](std::int32_t x, std::int32_t y) {
+        return With(4, WordToFloat(static_cast<std::uint16_t>(y * 256 + x)));
+    });
+    PaintMap(bytes, [](std::int32_t x, std::int32_t) {
+        return With(4, ByteToFloat(static_cast<std::uint8_t>(x)));
+    });
+    EXPECT_EQ(CountLosses(words, FormOfKind(*FindLoadKind(L".3wcoef"))), SConversionLosses{});
+    EXPECT_EQ(CountLosses(bytes, FormOfKind(*FindLoadKind(L".3wcoef"))), SConversionLosses{});
+    EXPECT_EQ(CountLosses(bytes, FormOfKind(*FindLoadKind(L".3bcoef"))), SConversionLosses{});
 }
 
 TEST(ConversionLosses, TextRoundsAndItsReaderCleans) {

@@ -79,6 +79,15 @@ TEST_F(Cropping, TheWholeMapAndEveryCornerCanBeCut) {
     }
 }
 
+TEST_F(Cropping, TellsWhatThePiecesKindDoesNotHold) {
+    WriteInput(L"in.9fcoef");
+    const SCropping result = Crop(
+        Request(L"in.9fcoef", {{L"a.3fcoef", {1, 2, 4, 4}, 1}, {L"b.9fcoef", {1, 2, 4, 4}, 1}}));
+    EXPECT_EQ(result.pieces[0].losses,
+              CropTexts{"6 pixels have entries off the diagonal, which .3fcoef does not hold"});
+    EXPECT_EQ(result.pieces[1].losses, CropTexts{});
+}
+
 TEST_F(Cropping, OnePixelOutsideTheMapIsRefused) {
     WriteInput(L"in.9fcoef");
     for (const auto& [rect, shown] : {std::pair{SPixelRect{-1, 0, 2, 2}, "-1,0,2,2"},
