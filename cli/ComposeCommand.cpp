@@ -1,6 +1,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "app/rotation/Composition.h"
@@ -9,6 +10,7 @@
 #include "cli/LayoutOption.h"
 #include "cli/OptionGroup.h"
 #include "cli/OptionValues.h"
+#include "cli/SharedOptions.h"
 #include "platform/Process.h"
 
 namespace trevolt {
@@ -70,36 +72,43 @@ void AddComposeOptions(CLI::App& command, SComposeOptions& options) {
                    "Let files reach out of the screen; what is outside is cut");
     screen.AddFlag("--lenient", options.lenient,
                    "Also take what could be read of files that are damaged");
-    COptionGroup outputs(command, "Outputs");
-    outputs.AddFlag("--overwrite", options.overwrite, kOverwriteHelp);
-    outputs.AddFlag("--no-sync", options.noSync, kNoSyncHelp);
-    COptionGroup report(command, "Report");
-    report.AddFlag("--json", options.json, "Print one JSON object a line, a summary last");
+    AddOutputFlags(command, options.overwrite, options.noSync);
+    AddJsonFlag(command, options.json);
 }
 
-std::vector<SPlacedFile> FilesOf(const SComposeOptions& options) {
+SLayoutFiles FilesOf(const SComposeOptions& options) {
     if (options.layout.table)
         return FilesOfLayout(options.layout);
-    std::vector<SPlacedFile> files;
+    SLayoutFiles layout;
     for (const std::string& text : options.files)
-        files.push_back(ParseFor("FILE@PLACE", "FILE@X,Y", text, ParsePlacedFile));
-    if (files.empty())
+        layout.files.push_back(ParseFor("FILE@PLACE", "FILE@X,Y", text, ParsePlacedFile));
+    if (layout.files.empty())
         throw CLI::ValidationError(
             "compose needs files: give FILE@X,Y for each, or --layout TABLE");
-    return files;
+    return layout;
 }
 
 int Compose(const SComposeOptions& options) {
+    SLayoutFiles layout = FilesOf(options);
     const SCompositionRequest request{
-        .files = FilesOf(options),
+        .files = std::move(layout.files),
         .size = options.size,
         .allowOverlap = options.allowOverlap,
         .allowOutside = options.allowOutside,
         .lenient = options.lenient,
         .output = {ParseFor("TARGET", "a file", options.target, ParsePath), options.overwrite,
                    !options.noSync}};
-    const SComposition result = ComposeScreen(request, CatchInterrupts());
-    options.json ? TellCompositionAsJson(request, result) : TellComposition(request, result);
+    SComposition result;
+    if (layout.problems.empty()) {
+        result = ComposeScreen(request, CatchInterrupts());
+    } else {
+        result.end = ECompositionEnd::Refused;
+        result.errors = std::move(layout.problems);
+    }
+    if (options.json)
+        TellCompositionAsJson(request, result, options.layout.table.has_value());
+    else
+        TellComposition(request, result);
     return ExitStatus(result.end);
 }
 

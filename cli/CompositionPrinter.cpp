@@ -1,7 +1,6 @@
 #include "cli/CompositionPrinter.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
 
 #include <fmt/format.h>
@@ -9,26 +8,32 @@
 #include "app/rotation/MapRegion.h"
 #include "cli/Commands.h"
 #include "cli/JsonLine.h"
+#include "cli/RunPrinter.h"
 #include "cli/ShownText.h"
+#include "platform/FileSystem.h"
 #include "trevolt/Utf8.h"
 
 namespace trevolt {
 namespace {
 
-struct SEndRow {
-    ECompositionEnd end;
-    const char* name;
-    int exitStatus;
-};
+ERotationEnd RunEndOf(ECompositionEnd end) {
+    switch (end) {
+    case ECompositionEnd::Done:
+        return ERotationEnd::AllDone;
+    case ECompositionEnd::SomeFailed:
+        return ERotationEnd::SomeFailed;
+    case ECompositionEnd::Interrupted:
+        return ERotationEnd::Interrupted;
+    case ECompositionEnd::Refused:
+        break;
+    }
+    return ERotationEnd::NothingToDo;
+}
 
-constexpr std::array kEnds{SEndRow{ECompositionEnd::Done, "done", kExitAllDone},
-                           SEndRow{ECompositionEnd::SomeFailed, "failed", kExitSomeFailed},
-                           SEndRow{ECompositionEnd::Refused, "nothing_to_do", kExitUsage},
-                           SEndRow{ECompositionEnd::Interrupted, "interrupted", kExitInterrupted}};
+Json SummaryOf(ECompositionEnd end) { return SummaryOf(RunEndOf(end), ExitStatus(end)); }
 
-const SEndRow& RowOf(ECompositionEnd end) {
-    return *std::find_if(kEnds.begin(), kEnds.end(),
-                         [end](const SEndRow& row) { return row.end == end; });
+std::string LastNameOf(const std::wstring& path) {
+    return WideToShownUtf8(path.substr(FolderPart(path).size()));
 }
 
 int DegreesOf(std::uint32_t code) { return 90 * static_cast<int>(code); }
@@ -65,10 +70,23 @@ std::size_t CountFailed(const SComposition& result) {
                       [](const SPlacedOutcome& file) { return !file.problems.empty(); }));
 }
 
+/// Of those without problems.
+std::size_t CountOutside(const SComposition& result) {
+    return static_cast<std::size_t>(std::count_if(
+        result.files.begin(), result.files.end(),
+        [](const SPlacedOutcome& file) { return file.isOutside && file.problems.empty(); }));
+}
+
 std::size_t CountWritten(const SCropping& result) {
     return static_cast<std::size_t>(
         std::count_if(result.pieces.begin(), result.pieces.end(),
                       [](const SPieceOutcome& piece) { return piece.isWritten; }));
+}
+
+std::size_t CountFailed(const SCropping& result) {
+    return static_cast<std::size_t>(
+        std::count_if(result.pieces.begin(), result.pieces.end(),
+                      [](const SPieceOutcome& piece) { return !piece.problem.empty(); }));
 }
 
 void TellScreen(const SCompositionRequest& request, const SComposition& result) {
@@ -87,15 +105,18 @@ void TellScreen(const SCompositionRequest& request, const SComposition& result) 
         PrintLine(stdout, "{}: {} of its pixels {} in no file and {} default values", output,
                   result.uncovered, result.uncovered == 1 ? "is" : "are",
                   result.uncovered == 1 ? "has" : "have");
-    const std::size_t put = result.files.size() - result.outside;
-    PrintLine(stdout, "{} file{} put into {}  ({} x {}), {} failed{}", put, PluralEnd(put), output,
-              result.size.width, result.size.height, CountFailed(result),
-              result.outside == 0 ? "" : fmt::format(", {} outside", result.outside));
+    const std::size_t failed = CountFailed(result);
+    const std::size_t outside = CountOutside(result);
+    const std::size_t placed = result.files.size() - failed - outside;
+    PrintLine(stdout, "{} file{} put into {}  ({} x {}), {}{} failed{}", placed, PluralEnd(placed),
+              output, result.size.width, result.size.height,
+              outside == 0 ? "" : fmt::format("{} outside, ", outside), failed,
+              failed == 0 ? "" : ": what could be read of them is in it, too");
 }
 
 } // namespace
 
-int ExitStatus(ECompositionEnd end) { return RowOf(end).exitStatus; }
+int ExitStatus(ECompositionEnd end) { return ExitStatus(RunEndOf(end)); }
 
 void TellComposition(const SCompositionRequest& request, const SComposition& result) {
     for (std::size_t i = 0; i < result.files.size(); ++i)
@@ -128,23 +149,28 @@ void TellCropping(const SCropRequest& request, const SCropping& result) {
             PrintLine(stdout, "{}: {}", name, loss);
     }
     const std::size_t written = CountWritten(result);
-    if (written != 0) {
+    const std::size_t failed = CountFailed(result);
+    if (written != 0)
         TellRemarks(input, "what is cut out of it lacks", result.losses, result.notes);
-        PrintLine(stdout, "{} file{} cut out of {}  ({} x {}), {} failed", written,
-                  PluralEnd(written), input, result.size.width, result.size.height,
-                  result.pieces.size() - written);
-    }
+    if (written + failed != 0)
+        PrintLine(stdout, "{} file{} cut out of {}  ({} x {}), {} failed{}", written,
+                  PluralEnd(written), input, result.size.width, result.size.height, failed,
+                  result.problems.empty() ? "" : "; what could not be read of it is default");
+    else if (!result.problems.empty() && result.errors.empty())
+        Complain("nothing is written: the source is damaged");
     if (result.end == ECompositionEnd::Interrupted)
         Complain("interrupted: {} of {} files are written", written, result.pieces.size());
 }
 
-void TellCompositionAsJson(const SCompositionRequest& request, const SComposition& result) {
+void TellCompositionAsJson(const SCompositionRequest& request, const SComposition& result,
+                           bool isOfTable) {
     for (std::size_t i = 0; i < result.files.size(); ++i) {
         const SPlacedFile& file = request.files[i];
         const SPlacedOutcome& outcome = result.files[i];
         const char* const placed = result.isWritten ? "placed" : "not_written";
         PrintObject({{"type", "file"},
-                     {"name", WideToShownUtf8(file.name)},
+                     {"name", isOfTable ? WideToShownUtf8(file.name) : LastNameOf(file.path)},
+                     {"path", WideToShownUtf8(file.path)},
                      {"status", outcome.problems.empty() ? placed : "failed"},
                      {"angle", DegreesOf(file.code)},
                      {"own_size", SizeOrNull(outcome.ownSize)},
@@ -153,18 +179,19 @@ void TellCompositionAsJson(const SCompositionRequest& request, const SCompositio
                      {"losses", outcome.losses},
                      {"notes", outcome.notes}});
     }
-    PrintObject({{"type", "summary"},
-                 {"version", kJsonVersion},
-                 {"end", RowOf(result.end).name},
-                 {"exit_status", ExitStatus(result.end)},
-                 {"output", result.isWritten ? Json(WideToShownUtf8(request.output.path)) : Json()},
-                 {"size", SizeOrNull(result.size)},
-                 {"uncovered", result.uncovered},
-                 {"outside", result.outside},
-                 {"files", result.files.size()},
-                 {"failed", CountFailed(result)},
-                 {"losses", result.losses},
-                 {"errors", result.errors}});
+    const std::size_t failed = CountFailed(result);
+    const std::size_t outside = CountOutside(result);
+    Json summary = SummaryOf(result.end);
+    summary.update(
+        {{"output", result.isWritten ? Json(WideToShownUtf8(request.output.path)) : Json()},
+         {"size", SizeOrNull(result.size)},
+         {"uncovered_pixels", result.uncovered},
+         {"placed", result.isWritten ? result.files.size() - failed - outside : 0},
+         {"outside", outside},
+         {"failed", failed},
+         {"losses", result.losses},
+         {"errors", result.errors}});
+    PrintObject(summary);
 }
 
 void TellCroppingAsJson(const SCropRequest& request, const SCropping& result) {
@@ -172,27 +199,28 @@ void TellCroppingAsJson(const SCropRequest& request, const SCropping& result) {
         const SCropPiece& piece = request.pieces[i];
         const SPieceOutcome& outcome = result.pieces[i];
         const char* const unwritten = outcome.problem.empty() ? "not_written" : "failed";
-        PrintObject({{"type", "file"},
-                     {"name", WideToShownUtf8(piece.name)},
-                     {"status", outcome.isWritten ? "written" : unwritten},
-                     {"angle", DegreesOf(piece.code)},
-                     {"rect", RectOrNull(piece.rect)},
-                     {"size", SizeOrNull(outcome.size)},
-                     {"losses", outcome.losses},
-                     {"problem", TextOrNull(outcome.problem)}});
+        PrintObject(
+            {{"type", "file"},
+             {"name", WideToShownUtf8(piece.name)},
+             {"output", outcome.isWritten ? Json(WideToShownUtf8(piece.name)) : Json()},
+             {"status", outcome.isWritten ? "written" : unwritten},
+             {"angle", DegreesOf(piece.code)},
+             {"rect", RectOrNull(piece.rect)},
+             {"turned_size", SizeOrNull(outcome.size)},
+             {"problems", outcome.problem.empty() ? Json::array() : Json::array({outcome.problem})},
+             {"losses", outcome.losses},
+             {"notes", Json::array()}});
     }
-    PrintObject({{"type", "summary"},
-                 {"version", kJsonVersion},
-                 {"end", RowOf(result.end).name},
-                 {"exit_status", ExitStatus(result.end)},
-                 {"input", WideToShownUtf8(request.input)},
-                 {"size", SizeOrNull(result.size)},
-                 {"written", CountWritten(result)},
-                 {"files", result.pieces.size()},
-                 {"problems", result.problems},
-                 {"losses", result.losses},
-                 {"notes", result.notes},
-                 {"errors", result.errors}});
+    Json summary = SummaryOf(result.end);
+    summary.update({{"path", WideToShownUtf8(request.input)},
+                    {"own_size", SizeOrNull(result.size)},
+                    {"written", CountWritten(result)},
+                    {"failed", CountFailed(result)},
+                    {"problems", result.problems},
+                    {"losses", result.losses},
+                    {"notes", result.notes},
+                    {"errors", result.errors}});
+    PrintObject(summary);
 }
 
 } // namespace trevolt

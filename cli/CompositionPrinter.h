@@ -15,8 +15,10 @@ int ExitStatus(ECompositionEnd end);
 void TellComposition(const SCompositionRequest& request, const SComposition& result);
 void TellCropping(const SCropRequest& request, const SCropping& result);
 
-/// Prints one JSON object a line on standard output (docs/compose.md).
-void TellCompositionAsJson(const SCompositionRequest& request, const SComposition& result);
+/// Prints one JSON object a line on standard output (docs/compose.md). Files of a table have their names
+/// as it has them, others those in their folders.
+void TellCompositionAsJson(const SCompositionRequest& request, const SComposition& result,
+                           bool isOfTable);
 void TellCroppingAsJson(const SCropRequest& request, const SCropping& result);
 
 } // namespace trevolt

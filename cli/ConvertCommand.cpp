@@ -9,6 +9,7 @@
 #include "cli/OptionGroup.h"
 #include "cli/OptionValues.h"
 #include "cli/RunPrinter.h"
+#include "cli/SharedOptions.h"
 #include "cli/ShownText.h"
 #include "cli/Sources.h"
 #include "platform/Process.h"
@@ -57,26 +58,32 @@ std::string ArrayText(const SConversion& conversion) {
 
 class CLineConversion : public CConversionListener {
   public:
+    /// One file is told as it was given, several by their names in their folders.
+    explicit CLineConversion(bool isOfOne) : m_isOfOne(isOfOne) {}
+
     void OnFile(const SConvertedFile& file) override {
         const SConversion& conversion = file.conversion;
+        const std::string& name = m_isOfOne ? file.path : file.name;
         for (const std::string& problem : conversion.problems)
-            PrintLine(stderr, "{}: {}", file.name, problem);
+            PrintLine(stderr, "{}: {}", name, problem);
         if (file.HasFailed())
             return;
-        PrintLine(stdout, "{} -> {}  ({} x {}{})", file.name, file.outputName,
-                  conversion.size.width, conversion.size.height,
-                  file.isArray ? ", " + ArrayText(conversion) : "");
+        PrintLine(stdout, "{} -> {}  ({} x {}{})", name, file.outputName, conversion.size.width,
+                  conversion.size.height, file.isArray ? ", " + ArrayText(conversion) : "");
         for (const auto* told : {&conversion.losses, &conversion.notes})
             for (const std::string& text : *told)
-                PrintLine(stdout, "{}: {}", file.name, text);
+                PrintLine(stdout, "{}: {}", name, text);
     }
+
+  private:
+    const bool m_isOfOne;
 };
 
 Json ArrayOrNull(const SConvertedFile& file) {
     const SConversion& conversion = file.conversion;
     if (!file.isArray || conversion.form.count == 0)
         return nullptr;
-    return {{"type", ArrayTypeName(conversion.form.value)},
+    return {{"element", ArrayTypeName(conversion.form.value)},
             {"shape", {conversion.size.height, conversion.size.width, conversion.form.count}}};
 }
 
@@ -87,9 +94,10 @@ class CJsonConversion : public CConversionListener {
         const SConversionLosses& lost = conversion.lost;
         PrintObject({{"type", "file"},
                      {"name", file.name},
+                     {"path", TextOrNull(file.path)},
                      {"output", TextOrNull(file.HasFailed() ? "" : file.outputName)},
                      {"status", file.HasFailed() ? "failed" : "converted"},
-                     {"size", SizeOrNull(conversion.size)},
+                     {"own_size", SizeOrNull(conversion.size)},
                      {"array", ArrayOrNull(file)},
                      {"lost",
                       {{"off_diagonal_pixels", lost.offDiagonalPixels},
@@ -106,12 +114,10 @@ class CJsonConversion : public CConversionListener {
 };
 
 void PrintSummary(const SConversionOutcome& outcome) {
-    PrintObject({{"type", "summary"},
-                 {"version", kJsonVersion},
-                 {"exit_status", ExitStatus(outcome.end)},
-                 {"written", outcome.written},
-                 {"failed", outcome.failed},
-                 {"errors", outcome.errors}});
+    Json summary = SummaryOf(outcome.end, ExitStatus(outcome.end));
+    summary.update(
+        {{"written", outcome.written}, {"failed", outcome.failed}, {"errors", outcome.errors}});
+    PrintObject(summary);
 }
 
 void PrintClosing(const SConversionOutcome& outcome) {
@@ -131,7 +137,7 @@ int Convert(SConvertOptions& options) {
     if (options.json)
         listener = std::make_unique<CJsonConversion>();
     else
-        listener = std::make_unique<CLineConversion>();
+        listener = std::make_unique<CLineConversion>(!request.to);
     const SConversionOutcome outcome = RunConversion(request, CatchInterrupts(), *listener);
     if (options.json)
         PrintSummary(outcome);
@@ -177,11 +183,8 @@ void AddConvertOptions(CLI::App& command, SConvertOptions& options) {
             "Also convert what lies in folders of the source folders; the target gets the same "
             "folders")
         ->needs(to);
-    COptionGroup outputs(command, "Outputs");
-    outputs.AddFlag("--overwrite", request.replaces, kOverwriteHelp);
-    outputs.AddFlag("--no-sync", options.noSync, kNoSyncHelp);
-    COptionGroup report(command, "Report");
-    report.AddFlag("--json", options.json, "Print one JSON object a line, a summary last");
+    AddOutputFlags(command, request.replaces, options.noSync);
+    AddJsonFlag(command, options.json);
 }
 
 } // namespace

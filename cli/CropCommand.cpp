@@ -1,9 +1,8 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
-
-#include <fmt/format.h>
 
 #include "app/rotation/Cropping.h"
 #include "cli/Commands.h"
@@ -11,7 +10,7 @@
 #include "cli/LayoutOption.h"
 #include "cli/OptionGroup.h"
 #include "cli/OptionValues.h"
-#include "cli/ShownText.h"
+#include "cli/SharedOptions.h"
 #include "platform/FileSystem.h"
 #include "platform/Process.h"
 
@@ -64,7 +63,7 @@ void AddPiece(CLI::App& command, SCropOptions& options) {
                        "Rectangle to cut out, in pixels; right and bottom are exclusive");
     group
         .AddValue("--turn", "90|180|270", options.turn, ParseAngle,
-                  "Clockwise turn of what is cut out, in degrees")
+                  std::string("Clockwise turn of what is cut out in degrees") + kAngleForms)
         ->needs(rect);
     CLI::Option* const layout =
         AddLayout(group,
@@ -84,11 +83,8 @@ void AddPiece(CLI::App& command, SCropOptions& options) {
 void AddCropOptions(CLI::App& command, SCropOptions& options) {
     AddCropPlaces(command, options);
     AddPiece(command, options);
-    COptionGroup outputs(command, "Outputs");
-    outputs.AddFlag("--overwrite", options.overwrite, kOverwriteHelp);
-    outputs.AddFlag("--no-sync", options.noSync, kNoSyncHelp);
-    COptionGroup report(command, "Report");
-    report.AddFlag("--json", options.json, "Print one JSON object a line, a summary last");
+    AddOutputFlags(command, options.overwrite, options.noSync);
+    AddJsonFlag(command, options.json);
 }
 
 SCropRequest RectRequest(const SCropOptions& options, const std::wstring& target) {
@@ -99,24 +95,24 @@ SCropRequest RectRequest(const SCropOptions& options, const std::wstring& target
     return request;
 }
 
-/// Throws CLI::ValidationError where files tell no sizes.
-SCropRequest LayoutRequest(const SCropOptions& options, const std::wstring& target) {
-    const std::vector<SPlacedFile> files = FilesOfLayout(options.layout);
-    SScreenPieces screen = PiecesOfScreen(files, options.cabinet);
-    for (const std::string& problem : screen.problems)
-        PrintLine(stderr, "{}", problem);
+/// What stands in the way, or nothing.
+std::vector<std::string> TakeLayout(const SCropOptions& options, const std::wstring& target,
+                                    SCropRequest& request) {
+    SLayoutFiles layout = FilesOfLayout(options.layout);
+    if (!layout.problems.empty())
+        return std::move(layout.problems);
+    SScreenPieces screen = PiecesOfScreen(layout.files, options.cabinet);
     if (!screen.problems.empty())
-        throw CLI::ValidationError(
+        screen.problems.emplace_back(
             "not every file of the table tells its size: give --cabinet WIDTHxHEIGHT, or --from "
             "the folder of the files");
-    SCropRequest request;
     request.targetFolder = target;
     request.makesFolders = true;
     request.pieces = std::move(screen.pieces);
     if (!options.cabinet) // those that were asked for their sizes
-        for (const SPlacedFile& file : files)
+        for (const SPlacedFile& file : layout.files)
             request.kept.push_back(file.path);
-    return request;
+    return std::move(screen.problems);
 }
 
 int Crop(const SCropOptions& options) {
@@ -124,13 +120,21 @@ int Crop(const SCropOptions& options) {
         throw CLI::ValidationError(
             "crop needs a rectangle: give --rect LEFT,TOP,RIGHT,BOTTOM, or --layout TABLE");
     const std::wstring target = ParseFor("TARGET", "a file", options.target, ParsePath);
-    SCropRequest request =
-        options.rect ? RectRequest(options, target) : LayoutRequest(options, target);
-    request.input = ParseFor("SOURCE", "a file", options.source, ParsePath);
+    const std::wstring input = ParseFor("SOURCE", "a file", options.source, ParsePath);
+    SCropRequest request;
+    SCropping result;
+    if (options.rect)
+        request = RectRequest(options, target);
+    else
+        result.errors = TakeLayout(options, target, request);
+    request.input = input;
     request.lenient = options.lenient;
     request.replaces = options.overwrite;
     request.sync = !options.noSync;
-    const SCropping result = CropFile(request, CatchInterrupts());
+    if (result.errors.empty())
+        result = CropFile(request, CatchInterrupts());
+    else
+        result.end = ECompositionEnd::Refused;
     options.json ? TellCroppingAsJson(request, result) : TellCropping(request, result);
     return ExitStatus(result.end);
 }

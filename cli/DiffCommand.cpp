@@ -4,10 +4,12 @@
 #include <memory>
 
 #include "app/inspection/FileComparison.h"
+#include "app/inspection/MapValueNames.h"
 #include "cli/Commands.h"
 #include "cli/JsonLine.h"
 #include "cli/OptionGroup.h"
 #include "cli/OptionValues.h"
+#include "cli/SharedOptions.h"
 #include "cli/ShownText.h"
 #include "cli/Sources.h"
 #include "platform/FileSystem.h"
@@ -72,19 +74,21 @@ std::wstring CounterpartOf(const std::wstring& name, std::uint32_t turn) {
                            ExportName(std::wstring_view(name).substr(folder), AngleText(turn));
 }
 
-enum class EPairStatus { Same, Different, Trouble, OnlyA, OnlyB };
+enum class EPairStatus { Same, Different, Failed, OnlyA, OnlyB };
 
 EPairStatus StatusOf(const SFileComparison& comparison) {
     if (!comparison.problems.empty())
-        return EPairStatus::Trouble;
+        return EPairStatus::Failed;
     return comparison.IsSame() ? EPairStatus::Same : EPairStatus::Different;
 }
 
-struct SDiffCounts {
+struct SDiffOutcome {
+    ERotationEnd end = ERotationEnd::AllDone;
+    std::vector<std::string> errors; ///< why nothing could be done
     std::size_t same = 0;
     std::size_t different = 0;
     std::size_t onOneSide = 0;
-    std::size_t trouble = 0;
+    std::size_t failed = 0;
 
     void Count(EPairStatus status) {
         switch (status) {
@@ -94,8 +98,9 @@ struct SDiffCounts {
         case EPairStatus::Different:
             ++different;
             return;
-        case EPairStatus::Trouble:
-            ++trouble;
+        case EPairStatus::Failed:
+            ++failed;
+            end = ERotationEnd::SomeFailed;
             return;
         case EPairStatus::OnlyA:
         case EPairStatus::OnlyB:
@@ -104,11 +109,24 @@ struct SDiffCounts {
         }
     }
     int ExitStatus() const {
-        if (trouble != 0)
+        if (end != ERotationEnd::AllDone)
             return kExitDiffTrouble;
         return different + onOneSide == 0 ? kExitSame : kExitDifferent;
     }
 };
+
+/// A file that is not compared, as it is told.
+struct SSingleFile {
+    std::string path;
+    bool isOfA = false;
+    std::string problem; ///< why; empty where the other side has no file for it
+};
+
+EPairStatus StatusOf(const SSingleFile& file) {
+    if (!file.problem.empty())
+        return EPairStatus::Failed;
+    return file.isOfA ? EPairStatus::OnlyA : EPairStatus::OnlyB;
+}
 
 class CDiffPrinter {
   public:
@@ -117,9 +135,8 @@ class CDiffPrinter {
     CDiffPrinter& operator=(const CDiffPrinter&) = delete;
 
     virtual void OnPair(const SComparedFiles& files, const SFileComparison& comparison) = 0;
-    /// A file without its counterpart; `status` says on which side it is.
-    virtual void OnSingle(const std::wstring& path, EPairStatus status) = 0;
-    virtual void OnEnd(const SDiffCounts& counts, bool areFolders) = 0;
+    virtual void OnSingle(const SSingleFile& file) = 0;
+    virtual void OnEnd(const SDiffOutcome& outcome, bool areFolders) = 0;
 
   protected:
     CDiffPrinter() = default;
@@ -136,16 +153,20 @@ class CLineDiffPrinter final : public CDiffPrinter {
             PrintLine(stdout, "  note: {}", note);
     }
 
-    void OnSingle(const std::wstring& path, EPairStatus status) override {
-        PrintLine(stdout, "{}: {}", WideToShownUtf8(path),
-                  status == EPairStatus::OnlyA ? "the second folder has no file for it"
-                                               : "the first folder has no file for it");
+    void OnSingle(const SSingleFile& file) override {
+        if (!file.problem.empty())
+            PrintLine(stderr, "{}: {}", file.path, file.problem);
+        else
+            PrintLine(stdout, "{}: the {} folder has no file for it", file.path,
+                      file.isOfA ? "second" : "first");
     }
 
-    void OnEnd(const SDiffCounts& counts, bool areFolders) override {
-        if (areFolders)
+    void OnEnd(const SDiffOutcome& outcome, bool areFolders) override {
+        for (const std::string& error : outcome.errors)
+            Complain("{}", error);
+        if (areFolders && outcome.errors.empty())
             PrintLine(stdout, "{} same, {} different, {} on one side only, {} with problems",
-                      counts.same, counts.different, counts.onOneSide, counts.trouble);
+                      outcome.same, outcome.different, outcome.onOneSide, outcome.failed);
     }
 
   private:
@@ -180,7 +201,7 @@ class CLineDiffPrinter final : public CDiffPrinter {
             const SValueDifference& value = difference.values[k];
             if (difference.compared.test(k))
                 PrintLine(stdout, "  {:<7}{:>12}{:>13.6g}{:>13.6g}  {:<16}{:>13}",
-                          fmt::format("m[{}]", k), value.differing, value.mean, value.most,
+                          kMapValueNames[k], value.differing, value.mean, value.most,
                           value.most > 0 ? fmt::format("({}, {})", value.mostAt.x, value.mostAt.y)
                                          : "-",
                           value.oneNan);
@@ -194,7 +215,7 @@ class CJsonDiffPrinter final : public CDiffPrinter {
     void OnPair(const SComparedFiles& files, const SFileComparison& comparison) override {
         Json object =
             Pair(WideToShownUtf8(files.a), WideToShownUtf8(files.b), StatusOf(comparison));
-        object["turned"] = 90 * static_cast<int>(files.turnOfA);
+        object["angle"] = 90 * static_cast<int>(files.turnOfA);
         object["tolerance"] = files.tolerance;
         object["size_a"] = SizeOf(comparison.sizeOfA);
         object["size_b"] = SizeOf(comparison.sizeOfB);
@@ -205,21 +226,22 @@ class CJsonDiffPrinter final : public CDiffPrinter {
         PrintObject(object);
     }
 
-    void OnSingle(const std::wstring& path, EPairStatus status) override {
-        const std::string name = WideToShownUtf8(path);
-        const bool isA = status == EPairStatus::OnlyA;
-        PrintObject(
-            Pair(isA ? Json(name) : Json(nullptr), isA ? Json(nullptr) : Json(name), status));
+    void OnSingle(const SSingleFile& file) override {
+        Json object = Pair(nullptr, nullptr, StatusOf(file));
+        object[file.isOfA ? "a" : "b"] = file.path;
+        if (!file.problem.empty())
+            object["problems"].push_back(file.problem);
+        PrintObject(object);
     }
 
-    void OnEnd(const SDiffCounts& counts, bool /*areFolders*/) override {
-        PrintObject({{"type", "summary"},
-                     {"version", kJsonVersion},
-                     {"exit_status", counts.ExitStatus()},
-                     {"same", counts.same},
-                     {"different", counts.different},
-                     {"on_one_side", counts.onOneSide},
-                     {"trouble", counts.trouble}});
+    void OnEnd(const SDiffOutcome& outcome, bool /*areFolders*/) override {
+        Json summary = SummaryOf(outcome.end, outcome.ExitStatus());
+        summary.update({{"same", outcome.same},
+                        {"different", outcome.different},
+                        {"on_one_side", outcome.onOneSide},
+                        {"failed", outcome.failed},
+                        {"errors", outcome.errors}});
+        PrintObject(summary);
     }
 
   private:
@@ -229,8 +251,8 @@ class CJsonDiffPrinter final : public CDiffPrinter {
             return "same";
         case EPairStatus::Different:
             return "different";
-        case EPairStatus::Trouble:
-            return "trouble";
+        case EPairStatus::Failed:
+            return "failed";
         case EPairStatus::OnlyA:
             return "only_a";
         case EPairStatus::OnlyB:
@@ -245,7 +267,7 @@ class CJsonDiffPrinter final : public CDiffPrinter {
                 {"a", a},
                 {"b", b},
                 {"status", NameOf(status)},
-                {"turned", nullptr},
+                {"angle", nullptr},
                 {"tolerance", nullptr},
                 {"size_a", nullptr},
                 {"size_b", nullptr},
@@ -269,14 +291,14 @@ class CJsonDiffPrinter final : public CDiffPrinter {
         for (std::size_t k = 0; k < difference.values.size(); ++k) {
             const SValueDifference& value = difference.values[k];
             if (difference.compared.test(k))
-                values.push_back(
-                    {{"value", fmt::format("m[{}]", k)},
-                     {"different_pixels", value.differing},
-                     {"one_nan", value.oneNan},
-                     {"mean", value.mean}, // what is not finite becomes null
-                     {"most", value.most},
-                     {"most_at", value.most > 0 ? Json{{"x", value.mostAt.x}, {"y", value.mostAt.y}}
-                                                : Json(nullptr)}});
+                values.push_back({{"value", kMapValueNames[k]},
+                                  {"different_pixels", value.differing},
+                                  {"one_nan_pixels", value.oneNan},
+                                  {"mean", value.mean}, // what is not finite becomes null
+                                  {"maximum", value.most},
+                                  {"maximum_at", value.most > 0 ? Json{{"x", value.mostAt.x},
+                                                                       {"y", value.mostAt.y}}
+                                                                : Json(nullptr)}});
         }
         object["values"] = std::move(values);
     }
@@ -291,65 +313,77 @@ class CDiff {
     }
 
     int Run() {
-        const std::wstring a = ParseFor("A", "a file or folder", m_options.a, ParsePath);
-        const std::wstring b = ParseFor("B", "a file or folder", m_options.b, ParsePath);
-        const bool areFolders = IsFolder(a) && IsFolder(b);
-        if (!IsPairable(a, b, areFolders))
-            return kExitDiffTrouble;
-        const SCommandFiles ofA = FindCommandFiles({a}, m_options.recursive);
-        const SCommandFiles ofB = FindCommandFiles({b}, m_options.recursive);
-        if (ofA.exitStatus != kExitAllDone || ofB.exitStatus != kExitAllDone)
-            return kExitDiffTrouble;
-        if (areFolders)
-            DiffFolders(ofA.files, ofB.files);
-        else
-            DiffPair(a, b);
-        m_printer->OnEnd(m_counts, areFolders);
-        return m_counts.ExitStatus();
+        m_a = ParseFor("A", "a file or folder", m_options.a, ParsePath);
+        m_b = ParseFor("B", "a file or folder", m_options.b, ParsePath);
+        m_areFolders = IsFolder(m_a) && IsFolder(m_b);
+        const SCommandFiles ofA = Find(m_a);
+        const SCommandFiles ofB = Find(m_b);
+        if (m_outcome.errors.empty())
+            CheckPair();
+        if (m_outcome.errors.empty())
+            m_areFolders ? DiffFolders(ofA, ofB) : DiffPair(m_a, m_b);
+        m_printer->OnEnd(m_outcome, m_areFolders);
+        return m_outcome.ExitStatus();
     }
 
   private:
-    /// Complains where not.
-    bool IsPairable(const std::wstring& a, const std::wstring& b, bool areFolders) const {
-        if (IsFolder(a) != IsFolder(b)) {
-            Complain("{} and {} are a file and a folder: give two files or two folders",
-                     m_options.a, m_options.b);
-            return false;
-        }
-        if (m_options.image.empty())
-            return true;
-        if (areFolders) {
-            Complain("--image is of two files: give no folders");
-            return false;
-        }
-        const std::string obstacle = DescribeOutputObstacle(Image(), {a, b});
+    SCommandFiles Find(const std::wstring& source) {
+        SCommandFiles found = FindCommandFiles({source}, m_options.recursive);
+        for (std::string& error : found.errors)
+            Refuse(std::move(error), found.end);
+        return found;
+    }
+
+    void Refuse(std::string error, ERotationEnd end = ERotationEnd::NothingToDo) {
+        m_outcome.errors.push_back(std::move(error));
+        m_outcome.end = end;
+    }
+
+    void CheckPair() {
+        if (IsFolder(m_a) != IsFolder(m_b))
+            Refuse(fmt::format("{} and {} are a file and a folder: give two files or two folders",
+                               m_options.a, m_options.b));
+        else if (!m_options.image.empty())
+            CheckImage();
+    }
+
+    void CheckImage() {
+        if (m_areFolders)
+            return Refuse("--image is of two files: give no folders");
+        const std::string obstacle = DescribeOutputObstacle(Image(), {m_a, m_b});
         if (!obstacle.empty())
-            Complain("{}", obstacle);
-        return obstacle.empty();
+            Refuse(fmt::format("{}: {}", WideToShownUtf8(m_options.image), obstacle));
     }
 
     SOutputFile Image() const { return {m_options.image, m_options.overwrite, !m_options.noSync}; }
 
-    void DiffFolders(const std::vector<SCoefFileName>& ofA, const std::vector<SCoefFileName>& ofB) {
+    void DiffFolders(const SCommandFiles& ofA, const SCommandFiles& ofB) {
+        TellUnnamable(ofA, m_a, true);
+        TellUnnamable(ofB, m_b, false);
         std::map<std::wstring_view, const SCoefFileName*> unmatched;
-        for (const SCoefFileName& file : ofB)
+        for (const SCoefFileName& file : ofB.files)
             unmatched.emplace(file.name, &file);
-        for (const SCoefFileName& file : ofA) {
+        for (const SCoefFileName& file : ofA.files) {
             const auto counterpart = unmatched.find(CounterpartOf(file.name, m_options.turn));
             if (counterpart == unmatched.end()) {
-                TellSingle(file, EPairStatus::OnlyA);
+                TellSingle({WideToShownUtf8(file.Path()), true, {}});
                 continue;
             }
             DiffPair(file.Path(), counterpart->second->Path());
             unmatched.erase(counterpart);
         }
         for (const auto& [name, file] : unmatched)
-            TellSingle(*file, EPairStatus::OnlyB);
+            TellSingle({WideToShownUtf8(file->Path()), false, {}});
     }
 
-    void TellSingle(const SCoefFileName& file, EPairStatus status) {
-        m_counts.Count(status);
-        m_printer->OnSingle(file.Path(), status);
+    void TellUnnamable(const SCommandFiles& files, const std::wstring& folder, bool isOfA) {
+        for (const std::string& name : files.unnamable)
+            TellSingle({WideToShownUtf8(WithSeparator(folder)) + name, isOfA, kUnnamableProblem});
+    }
+
+    void TellSingle(const SSingleFile& file) {
+        m_outcome.Count(StatusOf(file));
+        m_printer->OnSingle(file);
     }
 
     void DiffPair(const std::wstring& a, const std::wstring& b) {
@@ -357,7 +391,7 @@ class CDiff {
         SFileComparison comparison = CompareFiles(files, DefaultThreads());
         if (!m_options.image.empty())
             WriteImage(files, comparison);
-        m_counts.Count(StatusOf(comparison));
+        m_outcome.Count(StatusOf(comparison));
         m_printer->OnPair(files, comparison);
     }
 
@@ -378,7 +412,10 @@ class CDiff {
 
     const SDiffOptions& m_options;
     std::unique_ptr<CDiffPrinter> m_printer;
-    SDiffCounts m_counts;
+    std::wstring m_a;
+    std::wstring m_b;
+    bool m_areFolders = false;
+    SDiffOutcome m_outcome;
 };
 
 void AddOptions(CLI::App& command, SDiffOptions& options) {
@@ -393,18 +430,17 @@ void AddOptions(CLI::App& command, SDiffOptions& options) {
                   "How far values may be apart that count as the same")
         ->default_str("0");
     comparison.AddValue("--turned", "90|180|270", options.turn, ParseAngle,
-                        "Compare A turned by so many degrees clockwise with B; of folders those "
-                        "files that rotate names so");
+                        std::string("Compare B with A after a clockwise turn in degrees") +
+                            kAngleForms + "; of folders those files that rotate names so");
     comparison.AddFlag("--recursive,-r", options.recursive,
                        "Also compare what lies in folders of the folders");
     COptionGroup outputs(command, "Outputs");
     CLI::Option* const image =
-        outputs.AddValue("--image", "FILE", options.image, ParsePath,
+        outputs.AddValue("--image", "FILE", options.image, ParsePicturePath,
                          "New PNG file for a picture of how far the pixels are apart");
     outputs.AddFlag("--overwrite", options.overwrite, kOverwriteHelp)->needs(image);
     outputs.AddFlag("--no-sync", options.noSync, kNoSyncHelp)->needs(image);
-    COptionGroup report(command, "Report");
-    report.AddFlag("--json", options.json, "Print one JSON object a line, a summary last");
+    AddJsonFlag(command, options.json);
 }
 
 } // namespace

@@ -4,11 +4,14 @@
 #include <thread>
 
 #include "app/inspection/FileFacts.h"
+#include "app/inspection/MapValueNames.h"
 #include "app/rotation/CoefFileSearch.h"
 #include "cli/Commands.h"
 #include "cli/JsonLine.h"
 #include "cli/OptionGroup.h"
 #include "cli/OptionValues.h"
+#include "cli/RunPrinter.h"
+#include "cli/SharedOptions.h"
 #include "cli/ShownText.h"
 #include "cli/Sources.h"
 #include "trevolt/Utf8.h"
@@ -59,9 +62,25 @@ double RatioOf(const SFileFacts& facts) {
     return static_cast<double>(*facts.rawBytes) / static_cast<double>(*facts.storedBytes);
 }
 
+/// What is left of a damaged file says nothing of how well it was packed.
 bool HasRatio(const SFileFacts& facts) {
-    return facts.rawBytes && facts.storedBytes.value_or(0) > 0;
+    return facts.rawBytes && facts.storedBytes.value_or(0) > 0 && facts.problems.empty();
 }
+
+/// Pixels of which nothing was read have default values, too, and would be counted.
+bool HasDefaults(const SFileFacts& facts) { return facts.statistics && facts.problems.empty(); }
+
+struct SInfoFile {
+    std::string name; ///< below its source folder
+    std::string path; ///< that opens it; empty where its name is not valid UTF-8
+};
+
+struct SInfoOutcome {
+    ERotationEnd end = ERotationEnd::AllDone;
+    std::vector<std::string> errors; ///< why nothing could be done
+    std::size_t whole = 0;
+    std::size_t failed = 0;
+};
 
 class CInfoPrinter {
   public:
@@ -69,8 +88,8 @@ class CInfoPrinter {
     CInfoPrinter(const CInfoPrinter&) = delete;
     CInfoPrinter& operator=(const CInfoPrinter&) = delete;
 
-    virtual void OnFile(const std::string& name, const SFileFacts& facts) = 0;
-    virtual void OnEnd(std::size_t files, std::size_t damaged, int exitStatus) = 0;
+    virtual void OnFile(const SInfoFile& file, const SFileFacts& facts) = 0;
+    virtual void OnEnd(const SInfoOutcome& outcome) = 0;
 
   protected:
     CInfoPrinter() = default;
@@ -79,9 +98,10 @@ class CInfoPrinter {
 /// Prints a block of lines a file, each behind the name of what it tells.
 class CLineInfoPrinter final : public CInfoPrinter {
   public:
-    void OnFile(const std::string& name, const SFileFacts& facts) override {
-        PrintLine(stdout, "{}", name);
-        PrintRow("kind", "{}", WideToShownUtf8(facts.kind->extension));
+    void OnFile(const SInfoFile& file, const SFileFacts& facts) override {
+        PrintLine(stdout, "{}", file.path.empty() ? file.name : file.path);
+        if (facts.kind != nullptr)
+            PrintRow("kind", "{}", WideToShownUtf8(facts.kind->extension));
         if (facts.version)
             PrintRow("version", "{}", *facts.version);
         if (facts.size != PixelSize{})
@@ -98,13 +118,21 @@ class CLineInfoPrinter final : public CInfoPrinter {
             PrintRow("problem", "{}", problem);
         for (const std::string& note : facts.notes)
             PrintRow("note", "{}", note);
+        if (HasDefaults(facts))
+            PrintRow("default", "{} of {} pixels, {}", facts.statistics->defaults,
+                     facts.statistics->pixels,
+                     PercentOf(facts.statistics->defaults, facts.statistics->pixels));
         if (facts.statistics)
             PrintStatistics(*facts.statistics);
         PrintText(stdout, "");
     }
 
-    void OnEnd(std::size_t files, std::size_t damaged, int /*exitStatus*/) override {
-        PrintLine(stdout, "{} {}, {} with problems", files, files == 1 ? "file" : "files", damaged);
+    void OnEnd(const SInfoOutcome& outcome) override {
+        for (const std::string& error : outcome.errors)
+            Complain("{}", error);
+        if (const std::size_t files = outcome.whole + outcome.failed; files != 0)
+            PrintLine(stdout, "{} {}, {} with problems", files, files == 1 ? "file" : "files",
+                      outcome.failed);
     }
 
   private:
@@ -126,22 +154,18 @@ class CLineInfoPrinter final : public CInfoPrinter {
             PrintRow("stored", "{} bytes of {} raw, ratio {:.2f}", *facts.storedBytes,
                      *facts.rawBytes, RatioOf(facts));
         else if (facts.storedBytes)
-            PrintRow("stored", "{} bytes", *facts.storedBytes);
+            PrintRow("stored", "{} byte{}", *facts.storedBytes, *facts.storedBytes == 1 ? "" : "s");
     }
 
     static void PrintStatistics(const SCoefStatistics& statistics) {
-        PrintRow("default", "{} of {} pixels, {}", statistics.defaults, statistics.pixels,
-                 PercentOf(statistics.defaults, statistics.pixels));
-        if (statistics.pixels == 0)
-            return;
         PrintLine(stdout, "  {:<9}{:>13}{:>13}{:>13}{:>15}{:>13}", "value", "minimum", "mean",
                   "maximum", "outside 0..1", "no number");
         for (std::size_t k = 0; k < statistics.values.size(); ++k) {
             const SValueStatistics& value = statistics.values[k];
             if (statistics.wanted.test(k))
                 PrintLine(stdout, "  {:<9}{:>13.6g}{:>13.6g}{:>13.6g}{:>15}{:>13}",
-                          fmt::format("m[{}]", k), value.least, value.mean, value.greatest,
-                          value.outside, value.nan);
+                          kMapValueNames[k], value.least, value.mean, value.greatest, value.outside,
+                          value.nan);
         }
     }
 };
@@ -149,16 +173,15 @@ class CLineInfoPrinter final : public CInfoPrinter {
 /// Prints one object a file, and a summary (docs/info.md).
 class CJsonInfoPrinter final : public CInfoPrinter {
   public:
-    void OnFile(const std::string& name, const SFileFacts& facts) override {
+    void OnFile(const SInfoFile& file, const SFileFacts& facts) override {
         Json object{{"type", "file"},
-                    {"name", name},
-                    {"status", facts.problems.empty() ? "whole" : "damaged"},
-                    {"kind", WideToShownUtf8(facts.kind->extension)},
-                    {"content", facts.content == nullptr
-                                    ? Json(nullptr)
-                                    : Json(WideToShownUtf8(facts.content->extension))},
-                    {"version", ValueOrNull(facts.version)},
-                    {"size", SizeOrNull(facts.size)},
+                    {"name", file.name},
+                    {"path", TextOrNull(file.path)},
+                    {"status", facts.problems.empty() ? "whole" : "failed"},
+                    {"kind", KindOrNull(facts.kind)},
+                    {"content", KindOrNull(facts.content)},
+                    {"format_version", ValueOrNull(facts.version)},
+                    {"own_size", SizeOrNull(facts.size)},
                     {"covered_pixels", ValueOrNull(facts.covered)},
                     {"stored_bytes", ValueOrNull(facts.storedBytes)},
                     {"raw_bytes", ValueOrNull(facts.rawBytes)},
@@ -174,17 +197,18 @@ class CJsonInfoPrinter final : public CInfoPrinter {
                     {"notes", facts.notes}};
         if (facts.words)
             AddHeader(*facts.words, object);
+        if (HasDefaults(facts))
+            object["default_pixels"] = facts.statistics->defaults;
         if (facts.statistics)
             AddStatistics(*facts.statistics, object);
         PrintObject(object);
     }
 
-    void OnEnd(std::size_t files, std::size_t damaged, int exitStatus) override {
-        PrintObject({{"type", "summary"},
-                     {"version", kJsonVersion},
-                     {"exit_status", exitStatus},
-                     {"files", files},
-                     {"damaged", damaged}});
+    void OnEnd(const SInfoOutcome& outcome) override {
+        Json summary = SummaryOf(outcome.end, ExitStatus(outcome.end));
+        summary.update(
+            {{"whole", outcome.whole}, {"failed", outcome.failed}, {"errors", outcome.errors}});
+        PrintObject(summary);
     }
 
   private:
@@ -206,39 +230,65 @@ class CJsonInfoPrinter final : public CInfoPrinter {
     }
 
     static void AddStatistics(const SCoefStatistics& statistics, Json& object) {
-        object["default_pixels"] = statistics.defaults;
         Json values = Json::array();
         for (std::size_t k = 0; k < statistics.values.size(); ++k) {
             const SValueStatistics& value = statistics.values[k];
             if (statistics.wanted.test(k))
-                values.push_back({{"value", fmt::format("m[{}]", k)},
+                values.push_back({{"value", kMapValueNames[k]},
                                   {"minimum", value.least}, // what is not finite becomes null
                                   {"mean", value.mean},
                                   {"maximum", value.greatest},
-                                  {"outside", value.outside},
-                                  {"nan", value.nan}});
+                                  {"outside_pixels", value.outside},
+                                  {"nan_pixels", value.nan}});
         }
         object["values"] = std::move(values);
     }
 };
 
-int Info(const SInfoOptions& options) {
-    const auto found = FindCommandFiles(ParseSources("FILE", options.sources), options.recursive);
-    if (found.exitStatus != kExitAllDone && found.files.empty())
-        return found.exitStatus;
-    std::unique_ptr<CInfoPrinter> printer = std::make_unique<CLineInfoPrinter>();
-    if (options.json)
-        printer = std::make_unique<CJsonInfoPrinter>();
-    std::size_t damaged = 0;
-    for (const SCoefFileName& file : found.files) {
-        const SFileFacts facts = FindFileFacts(file.Path(), DefaultThreads());
-        damaged += facts.problems.empty() ? 0 : 1;
-        printer->OnFile(WideToShownUtf8(file.Path()), facts);
+class CInfo {
+  public:
+    explicit CInfo(const SInfoOptions& options) : m_options(options) {
+        if (options.json)
+            m_printer = std::make_unique<CJsonInfoPrinter>();
+        else
+            m_printer = std::make_unique<CLineInfoPrinter>();
     }
-    const int exitStatus = damaged == 0 ? found.exitStatus : kExitSomeFailed;
-    printer->OnEnd(found.files.size(), damaged, exitStatus);
-    return exitStatus;
-}
+
+    int Run() {
+        SCommandFiles found =
+            FindCommandFiles(ParseSources("FILE", m_options.sources), m_options.recursive);
+        m_outcome.end = found.end;
+        m_outcome.errors = std::move(found.errors);
+        for (const std::string& name : found.unnamable)
+            TellUnnamable(name);
+        for (const SCoefFileName& file : found.files)
+            Tell({WideToShownUtf8(file.name), WideToShownUtf8(file.Path())},
+                 FindFileFacts(file.Path(), DefaultThreads()));
+        m_printer->OnEnd(m_outcome);
+        return ExitStatus(m_outcome.end);
+    }
+
+  private:
+    void TellUnnamable(const std::string& name) {
+        SFileFacts facts;
+        facts.problems.emplace_back(kUnnamableProblem);
+        Tell({name, {}}, facts);
+    }
+
+    void Tell(const SInfoFile& file, const SFileFacts& facts) {
+        m_printer->OnFile(file, facts);
+        if (facts.problems.empty()) {
+            ++m_outcome.whole;
+            return;
+        }
+        ++m_outcome.failed;
+        m_outcome.end = ERotationEnd::SomeFailed;
+    }
+
+    const SInfoOptions& m_options;
+    std::unique_ptr<CInfoPrinter> m_printer;
+    SInfoOutcome m_outcome;
+};
 
 } // namespace
 
@@ -246,19 +296,12 @@ void AddInfoCommand(CLI::App& program, int& exitStatus) {
     const auto options = std::make_shared<SInfoOptions>();
     CLI::App* command = program.add_subcommand("info", "Tell what coefficient files hold");
     command->footer(kInfoNotes);
-    command
-        ->add_option("FILE", options->sources,
-                     "Coefficient files, folders of them, or both; the program itself replaces "
-                     "* and ? on Windows")
-        ->type_name("PATH")
-        ->group("Places")
-        ->required();
+    AddSources(*command, "FILE", options->sources);
     COptionGroup inputs(*command, "Inputs");
     inputs.AddFlag("--recursive,-r", options->recursive,
                    "Also tell of what lies in folders of the folders");
-    COptionGroup report(*command, "Report");
-    report.AddFlag("--json", options->json, "Print one JSON object a line, a summary last");
-    command->callback([options, &exitStatus] { exitStatus = Info(*options); });
+    AddJsonFlag(*command, options->json);
+    command->callback([options, &exitStatus] { exitStatus = CInfo(*options).Run(); });
 }
 
 } // namespace trevolt

@@ -5,7 +5,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include "trevolt/FileKinds.h"
 #include "trevolt/QuarterTurn.h"
+#include "trevolt/RotationRun.h"
 
 namespace trevolt {
 
@@ -24,5 +26,11 @@ Json SizeOrNull(const PixelSize& size);
 
 /// A text, or null for an empty one.
 Json TextOrNull(const std::string& text);
+
+/// The kind's extension without its dot, as options take it; null for no kind.
+Json KindOrNull(const SFileKind* kind);
+
+/// What every summary begins with.
+Json SummaryOf(ERotationEnd end, int exitStatus);
 
 } // namespace trevolt

@@ -13,20 +13,6 @@ const char* FileStatus(const SFileOutcome& outcome) {
     return outcome.skipped ? "skipped" : "turned";
 }
 
-const char* EndName(ERotationEnd end) {
-    switch (end) {
-    case ERotationEnd::AllDone:
-        return "done";
-    case ERotationEnd::SomeFailed:
-        return "failed";
-    case ERotationEnd::Interrupted:
-        return "interrupted";
-    case ERotationEnd::NothingToDo:
-        break;
-    }
-    return "nothing_to_do";
-}
-
 class CJsonPrinter : public CRunPrinter {
   public:
     explicit CJsonPrinter(const SRotationRequest& request) : m_request(request) {}
@@ -66,17 +52,15 @@ class CJsonPrinter : public CRunPrinter {
     }
 
     void OnEnd(const SRotationOutcome& outcome) override {
-        PrintObject({{"type", "summary"},
-                     {"version", kJsonVersion},
-                     {"end", EndName(outcome.end)},
-                     {"exit_status", ExitStatus(outcome.end)},
-                     {"written", outcome.written},
-                     {"failed", outcome.failed},
-                     {"skipped", outcome.skipped},
-                     {"passed_over", m_passedOver},
-                     {"errors", outcome.errors},
-                     {"manifest_error", TextOrNull(outcome.manifestError)},
-                     {"report_error", TextOrNull(outcome.reportError)}});
+        Json summary = SummaryOf(outcome.end, ExitStatus(outcome.end));
+        summary.update({{"written", outcome.written},
+                        {"failed", outcome.failed},
+                        {"skipped", outcome.skipped},
+                        {"passed_over", m_passedOver},
+                        {"errors", outcome.errors},
+                        {"manifest_error", TextOrNull(outcome.manifestError)},
+                        {"report_error", TextOrNull(outcome.reportError)}});
+        PrintObject(summary);
     }
 
   private:

@@ -1,11 +1,8 @@
 #include "cli/LayoutOption.h"
 
-#include <utility>
-
 #include <fmt/format.h>
 
 #include "cli/OptionValues.h"
-#include "cli/ShownText.h"
 #include "trevolt/Utf8.h"
 
 namespace trevolt {
@@ -22,16 +19,11 @@ CLI::Option* AddLayout(COptionGroup& group, const std::string& description,
     return layout;
 }
 
-std::vector<SPlacedFile> FilesOfLayout(const SLayoutOptions& options) {
+SLayoutFiles FilesOfLayout(const SLayoutOptions& options) {
     SLayoutFiles layout = ReadLayoutFiles(*options.table, options.folder.value_or(L""));
-    if (layout.problems.empty())
-        return std::move(layout.files);
-    const std::string shown = WideToShownUtf8(*options.table);
-    const std::string last = std::move(layout.problems.back());
-    layout.problems.pop_back();
-    for (const std::string& problem : layout.problems)
-        Complain("--layout: {}: {}", shown, problem);
-    throw CLI::ValidationError("--layout", fmt::format("{}: {}", shown, last));
+    for (std::string& problem : layout.problems)
+        problem = fmt::format("--layout: {}: {}", WideToShownUtf8(*options.table), problem);
+    return layout;
 }
 
 } // namespace trevolt

@@ -21,7 +21,7 @@ struct SLayoutOptions {
 CLI::Option* AddLayout(COptionGroup& group, const std::string& description,
                        SLayoutOptions& options);
 
-/// The table's files. Names every line that is wrong; throws CLI::ValidationError then.
-std::vector<SPlacedFile> FilesOfLayout(const SLayoutOptions& options);
+/// The table's files, or every line of it that is wrong, behind the option and the table's path.
+SLayoutFiles FilesOfLayout(const SLayoutOptions& options);
 
 } // namespace trevolt

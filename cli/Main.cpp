@@ -3,6 +3,7 @@
 #include <new>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 #include <fmt/format.h>
@@ -17,12 +18,17 @@
 namespace trevolt {
 namespace {
 
+std::string WithArticle(const std::string& name) {
+    constexpr std::string_view kVowels = "AEIOU";
+    return (kVowels.find(name.front()) == std::string_view::npos ? "a " : "an ") + name;
+}
+
 /// "a SOURCE and a TARGET": the places that a command needs.
 std::string NeededPlaces(const CLI::App& command) {
     std::string places;
     for (const CLI::Option* place :
          command.get_options([](const CLI::Option* option) { return option->get_positional(); }))
-        places += (places.empty() ? "a " : " and a ") + place->get_name(true);
+        places += (places.empty() ? "" : " and ") + WithArticle(place->get_name(true));
     return places;
 }
 

@@ -67,6 +67,13 @@ bool CanStandInName(wchar_t c) {
     return c >= L' ' && c != 0x7F && kForbidden.find(c) == std::wstring_view::npos;
 }
 
+/// Letters of both cases are the same.
+bool EndsIn(std::wstring path, std::wstring_view ending) {
+    for (wchar_t& c : path)
+        c = c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c - L'A' + L'a') : c;
+    return path.ends_with(ending);
+}
+
 } // namespace
 
 std::uint32_t ParseAngle(const std::string& text) {
@@ -100,7 +107,8 @@ SPixelRect ParseRect(const std::string& text) {
         *sides[i] = side.value_or(0);
     }
     if (!isRect)
-        Refuse("{} is no rectangle: give LEFT,TOP,RIGHT,BOTTOM in whole pixels", text);
+        Refuse("{} is no rectangle: give LEFT,TOP,RIGHT,BOTTOM in whole pixels, at most {}", text,
+               kLargestMapSide);
     if (rect.Width() < 1 || rect.Height() < 1)
         Refuse("{} has no pixels: give LEFT,TOP,RIGHT,BOTTOM, right and bottom exclusive", text);
     return rect;
@@ -116,7 +124,8 @@ SPlacedFile ParsePlacedFile(const std::string& text) {
     const auto x = Coordinate(fields[0]);
     const auto y = fields.size() < 2 ? std::nullopt : Coordinate(fields[1]);
     if (!x || !y || fields.size() > 3)
-        Refuse("{} has no place: give X,Y or X,Y,ANGLE behind the @, in whole pixels", text);
+        Refuse("{} has no place: give X,Y or X,Y,ANGLE behind the @, in whole pixels, at most {}",
+               text, kLargestMapSide);
     const auto code = fields.size() < 3 ? 0 : AngleCode(fields[2]);
     if (!code)
         Refuse("{} has no angle: give 0, 90, 180, 270, -90 or -180", text);
@@ -167,11 +176,15 @@ std::wstring ParsePath(const std::string& text) {
 
 std::wstring ParsePagePath(const std::string& text) {
     std::wstring path = ParsePath(text);
-    std::wstring name = path;
-    for (wchar_t& c : name)
-        c = c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c - L'A' + L'a') : c;
-    if (!name.ends_with(L".html") && !name.ends_with(L".htm"))
+    if (!EndsIn(path, L".html") && !EndsIn(path, L".htm"))
         Refuse("{} is no name of a page: give one that ends in .html", text);
+    return path;
+}
+
+std::wstring ParsePicturePath(const std::string& text) {
+    std::wstring path = ParsePath(text);
+    if (!EndsIn(path, L".png"))
+        Refuse("{} does not end in .png: give the picture's name", text);
     return path;
 }
 

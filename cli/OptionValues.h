@@ -42,6 +42,9 @@ std::wstring ParsePath(const std::string& text);
 /// The same of a page: its name ends in .html or .htm.
 std::wstring ParsePagePath(const std::string& text);
 
+/// The same of a picture: its name ends in .png.
+std::wstring ParsePicturePath(const std::string& text);
+
 /// What can stand in a name before its first dot on every system.
 std::wstring ParseSuffix(const std::string& text);
 

@@ -12,11 +12,14 @@
 
 #include <fmt/format.h>
 
+#include "app/inspection/MapValueNames.h"
 #include "app/inspection/Preview.h"
 #include "cli/Commands.h"
 #include "cli/JsonLine.h"
 #include "cli/OptionGroup.h"
 #include "cli/OptionValues.h"
+#include "cli/RunPrinter.h"
+#include "cli/SharedOptions.h"
 #include "cli/ShownText.h"
 #include "cli/Sources.h"
 #include "platform/FileSystem.h"
@@ -130,19 +133,6 @@ int ParseWidth(const std::string& text) {
     return *width;
 }
 
-/// A name without the ending may be a coefficient file's, where the picture was forgotten.
-std::wstring ParsePicture(const std::string& text) {
-    std::wstring path = ParsePath(text);
-    constexpr std::string_view kEnding = ".png";
-    std::string ending = text.substr(text.size() - std::min(text.size(), kEnding.size()));
-    std::transform(ending.begin(), ending.end(), ending.begin(), [](char c) {
-        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    });
-    if (ending != kEnding)
-        RefuseValue(fmt::format("{} does not end in .png: give the picture's name last", text));
-    return path;
-}
-
 void AddPicture(CLI::App& command, SPreviewOptions& options) {
     COptionGroup group(command, "Picture");
     group
@@ -158,9 +148,10 @@ void AddPicture(CLI::App& command, SPreviewOptions& options) {
         .AddValue("--range", "LOW,HIGH", options.range, ParseRange,
                   "Values at the ends of the scale; those beyond have the colours of the ends")
         ->default_str("the smallest and the largest shown");
-    CLI::Option* const turned =
-        group.AddValue("--turned", "90|180|270", options.turnCode, ParseAngle,
-                       "Show a single map before and after a clockwise turn in degrees");
+    CLI::Option* const turned = group.AddValue(
+        "--turned", "90|180|270", options.turnCode, ParseAngle,
+        std::string("Show a single map before and after a clockwise turn in degrees") +
+            kAngleForms);
     group
         .AddValue("--grid", "COLUMNSxROWS", options.grid, ParseGrid,
                   "How cabinets stand in the wall; they fill it row by row, Cab_2 before Cab_10")
@@ -173,18 +164,12 @@ void AddPicture(CLI::App& command, SPreviewOptions& options) {
 }
 
 void AddPreviewOptions(CLI::App& command, SPreviewOptions& options) {
-    command
-        .add_option("SOURCE", options.sources,
-                    "Coefficient files, folders of them, or both; the program itself replaces "
-                    "* and ? on Windows")
-        ->type_name("PATH")
-        ->group("Places")
-        ->required();
+    AddSources(command, "SOURCE", options.sources);
     command
         .add_option_function<std::string>(
             "PICTURE",
             [&options](const std::string& text) {
-                options.picture = ParseFor("PICTURE", "a file", text, ParsePicture);
+                options.picture = ParseFor("PICTURE", "a file", text, ParsePicturePath);
             },
             "PNG file for the picture; its folder must exist")
         ->type_name("FILE")
@@ -194,44 +179,34 @@ void AddPreviewOptions(CLI::App& command, SPreviewOptions& options) {
     COptionGroup inputs(command, "Inputs");
     inputs.AddFlag("--recursive,-r", options.recursive,
                    "Also show what lies in folders of the folders");
-    COptionGroup outputs(command, "Outputs");
-    outputs.AddFlag("--overwrite", options.overwrite, kOverwriteHelp);
-    outputs.AddFlag("--no-sync", options.noSync, kNoSyncHelp);
-    COptionGroup report(command, "Report");
-    report.AddFlag("--json", options.json, "Print one JSON object a line, a summary last");
+    AddOutputFlags(command, options.overwrite, options.noSync);
+    AddJsonFlag(command, options.json);
 }
 
-int ExitStatusOf(EPreviewEnd end) {
+ERotationEnd RunEndOf(EPreviewEnd end) {
     switch (end) {
     case EPreviewEnd::Written:
-        return kExitAllDone;
+        return ERotationEnd::AllDone;
     case EPreviewEnd::SomeFailed:
-        return kExitSomeFailed;
+        return ERotationEnd::SomeFailed;
     case EPreviewEnd::Interrupted:
-        return kExitInterrupted;
+        return ERotationEnd::Interrupted;
     case EPreviewEnd::Misused:
         break;
     }
-    return kExitUsage;
+    return ERotationEnd::NothingToDo;
 }
 
-const char* EndNameOf(EPreviewEnd end) {
-    switch (end) {
-    case EPreviewEnd::Written:
-        return "done";
-    case EPreviewEnd::SomeFailed:
-        return "failed";
-    case EPreviewEnd::Interrupted:
-        return "interrupted";
-    case EPreviewEnd::Misused:
-        break;
-    }
-    return "nothing_to_do";
+/// As `--view` takes it.
+const char* ViewName(const SMapView& view) {
+    if (view.what == EMapView::Coefficient)
+        return kMapValueNames[view.coefficient];
+    return view.what == EMapView::White ? "colour" : "brightness";
 }
 
 class CPreviewPrinter : public CPreviewListener {
   public:
-    virtual void OnEnd(const SPreviewOutcome& outcome, int exitStatus) = 0;
+    virtual void OnEnd(const SPreviewOutcome& outcome, ERotationEnd end) = 0;
 };
 
 class CPreviewLines : public CPreviewPrinter {
@@ -245,10 +220,10 @@ class CPreviewLines : public CPreviewPrinter {
             PrintLine(stdout, "{}: {}", file.name, note);
     }
 
-    void OnEnd(const SPreviewOutcome& outcome, int) override {
+    void OnEnd(const SPreviewOutcome& outcome, ERotationEnd end) override {
         for (const std::string& error : outcome.errors)
             Complain("{}", error);
-        if (outcome.end == EPreviewEnd::Interrupted)
+        if (end == ERotationEnd::Interrupted)
             PrintLine(stdout, "interrupted, no picture written");
         if (outcome.values)
             PrintLine(stdout, "{}: {} x {} pixels, {} file{} shown, {} failed",
@@ -268,40 +243,42 @@ class CPreviewObjects : public CPreviewPrinter {
     void OnFile(const SPreviewedFile& file) override {
         PrintObject({{"type", "file"},
                      {"name", file.name},
+                     {"path", TextOrNull(file.path)},
                      {"status", file.problems.empty() ? "shown" : "failed"},
                      {"kind", TextOrNull(file.kind)},
-                     {"size", SizeOrNull(file.size)},
-                     {"low", file.found ? Json(file.found->low) : Json(nullptr)},
-                     {"high", file.found ? Json(file.found->high) : Json(nullptr)},
-                     {"not_finite", file.notFinite},
+                     {"own_size", SizeOrNull(file.size)},
+                     {"minimum", file.found ? Json(file.found->low) : Json(nullptr)},
+                     {"maximum", file.found ? Json(file.found->high) : Json(nullptr)},
+                     {"not_finite_pixels", file.notFinite},
                      {"problems", file.problems},
                      {"notes", file.notes}});
     }
 
-    void OnEnd(const SPreviewOutcome& outcome, int exitStatus) override {
-        Json summary{
-            {"type", "summary"},         {"version", kJsonVersion}, {"end", EndNameOf(outcome.end)},
-            {"exit_status", exitStatus}, {"picture", nullptr},      {"shown", outcome.shown},
-            {"failed", outcome.failed},  {"errors", outcome.errors}};
-        if (outcome.values)
-            summary["picture"] = PictureObject(outcome);
+    void OnEnd(const SPreviewOutcome& outcome, ERotationEnd end) override {
+        const bool isWritten = outcome.values.has_value();
+        Json summary = SummaryOf(end, ExitStatus(end));
+        summary.update(
+            {{"output", isWritten ? Json(WideToShownUtf8(m_request.output.path)) : Json(nullptr)},
+             {"picture", isWritten ? PictureObject(outcome) : Json(nullptr)},
+             {"shown", isWritten ? outcome.shown : 0},
+             {"failed", outcome.failed},
+             {"errors", outcome.errors}});
         PrintObject(summary);
     }
 
   private:
     Json PictureObject(const SPreviewOutcome& outcome) const {
         const SPaintedValues& values = *outcome.values;
-        return {{"path", WideToShownUtf8(m_request.output.path)},
-                {"size", SizeOrNull(outcome.size)},
+        return {{"size", SizeOrNull(outcome.size)},
                 {"columns", outcome.grid.columns},
                 {"rows", outcome.grid.rows},
-                {"view", MapViewText(m_request.style.view)},
+                {"view", ViewName(m_request.style.view)},
                 {"scale_low", values.range.low},
                 {"scale_high", values.range.high},
                 {"cells", values.cells},
                 {"cells_below", values.below},
                 {"cells_above", values.above},
-                {"not_finite", values.notFinite}};
+                {"not_finite_pixels", values.notFinite}};
     }
 
     const SPreviewRequest& m_request;
@@ -328,12 +305,19 @@ void CheckTogether(const SPreviewOptions& options) {
             "--scale", "the colour for white has no other colours: leave it out, or give --view");
 }
 
+void TellUnnamable(const std::vector<std::string>& names, CPreviewPrinter& printer) {
+    for (const std::string& name : names) {
+        SPreviewedFile file;
+        file.name = name;
+        file.problems.emplace_back(kUnnamableProblem);
+        printer.OnFile(file);
+    }
+}
+
 int Preview(const SPreviewOptions& options) {
     CheckTogether(options);
     const auto sources = ParseSources("SOURCE", options.sources);
     SCommandFiles found = FindCommandFiles(sources, options.recursive);
-    if (found.files.empty())
-        return found.exitStatus;
     const SPreviewRequest request{std::move(found.files),
                                   TitleOf(sources, options.picture),
                                   {options.picture, options.overwrite, !options.noSync},
@@ -344,11 +328,17 @@ int Preview(const SPreviewOptions& options) {
     std::unique_ptr<CPreviewPrinter> printer = std::make_unique<CPreviewLines>(request);
     if (options.json)
         printer = std::make_unique<CPreviewObjects>(request);
-    const SPreviewOutcome outcome = RunPreview(request, CatchInterrupts(), *printer);
-    const int exitStatus =
-        outcome.end == EPreviewEnd::Written ? found.exitStatus : ExitStatusOf(outcome.end);
-    printer->OnEnd(outcome, exitStatus);
-    return exitStatus;
+    TellUnnamable(found.unnamable, *printer);
+    SPreviewOutcome outcome;
+    outcome.errors = std::move(found.errors);
+    ERotationEnd end = found.end;
+    if (!request.files.empty()) {
+        outcome = RunPreview(request, CatchInterrupts(), *printer);
+        end = outcome.end == EPreviewEnd::Written ? found.end : RunEndOf(outcome.end);
+    }
+    outcome.failed += found.unnamable.size();
+    printer->OnEnd(outcome, end);
+    return ExitStatus(end);
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include "app/inspection/RotationReport.h"
+#include "app/rotation/CoefFileSearch.h"
 #include "cli/Commands.h"
 #include "cli/RotateOptions.h"
 #include "cli/RunPrinter.h"
@@ -49,7 +50,7 @@ int ListFiles(const SRotationRequest& request, const SRotateOptions& options) {
         if (!turn.isTaken || request.existing != EExistingOutput::Skip)
             PrintPath(turn.Path(), options.nullEnds);
     for (const std::string& name : plan.unnamable)
-        PrintLine(stderr, "{}: passed over: its name is not valid UTF-8", name);
+        PrintLine(stderr, "{}: {}", name, kUnnamableProblem);
     return plan.unnamable.empty() ? kExitAllDone : kExitSomeFailed;
 }
 

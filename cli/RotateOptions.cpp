@@ -8,6 +8,7 @@
 #include "cli/Commands.h"
 #include "cli/OptionGroup.h"
 #include "cli/OptionValues.h"
+#include "cli/SharedOptions.h"
 
 namespace trevolt {
 namespace {
@@ -19,9 +20,8 @@ std::size_t DefaultJobs() {
 
 void AddTurn(CLI::App& command, SRotateOptions& options) {
     COptionGroup group(command, "Turn");
-    CLI::Option* angle = group.AddValue(
-        "--angle,-a", "90|180|270", options.angle, ParseAngle,
-        "Clockwise turn in degrees, with or without a degree sign; -90 and -180 are 270 and 180");
+    CLI::Option* angle = group.AddValue("--angle,-a", "90|180|270", options.angle, ParseAngle,
+                                        std::string("Clockwise turn in degrees") + kAngleForms);
     group
         .AddValue("--angles", "TABLE", options.angleTable, ParsePath,
                   "CSV file with a file and its angle a row, for files that are mounted in "
@@ -127,8 +127,7 @@ void AddReport(CLI::App& command, SRotateOptions& options, CLI::Option* target) 
         .AddFlag("--null,-0", options.nullEnds,
                  "End the names of --list with NUL, for names that hold line ends")
         ->needs(list);
-    CLI::Option* json =
-        group.AddFlag("--json", options.json, "Print one JSON object a line, a summary last");
+    CLI::Option* json = AddJsonFlag(command, options.json);
     json->excludes(list);
     CLI::Option* quiet =
         group.AddFlag("--quiet,-q", options.quiet, "Print only what goes wrong")->excludes(json);
@@ -141,13 +140,7 @@ void AddReport(CLI::App& command, SRotateOptions& options, CLI::Option* target) 
 
 /// The target's.
 CLI::Option* AddPlaces(CLI::App& command, SRotateOptions& options) {
-    command
-        .add_option("SOURCE", options.sources,
-                    "Coefficient files, folders of them, or both; the program itself replaces "
-                    "* and ? on Windows")
-        ->type_name("PATH")
-        ->group("Places")
-        ->required();
+    AddSources(command, "SOURCE", options.sources);
     return command
         .add_option_function<std::string>(
             "TARGET",

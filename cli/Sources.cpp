@@ -5,11 +5,10 @@
 
 #include <fmt/format.h>
 
-#include "cli/Commands.h"
 #include "cli/OptionGroup.h"
 #include "cli/OptionValues.h"
-#include "cli/ShownText.h"
 #include "cli/Wildcards.h"
+#include "common/ShownCharacters.h"
 #include "trevolt/Utf8.h"
 
 namespace trevolt {
@@ -41,17 +40,17 @@ std::vector<std::wstring> ParseSources(const std::string& place,
 
 SCommandFiles FindCommandFiles(const std::vector<std::wstring>& sources, bool recursive) {
     SCoefFiles found = FindCoefFiles({sources, recursive, {}});
-    for (const std::string& obstacle : found.obstacles)
-        Complain("{}", obstacle);
+    if (found.obstacles.empty() && found.files.empty() && found.unnamable.empty())
+        found.obstacles.push_back("there is no coefficient file in " + NamesOf(sources));
     if (!found.obstacles.empty())
-        return {{}, found.isListingBroken ? kExitSomeFailed : kExitUsage};
-    for (const std::string& name : found.unnamable)
-        PrintLine(stderr, "{}: passed over: its name is not valid UTF-8", name);
-    if (found.files.empty() && found.unnamable.empty()) {
-        Complain("there is no coefficient file in {}", NamesOf(sources));
-        return {{}, kExitUsage};
-    }
-    return {std::move(found.files), found.unnamable.empty() ? kExitAllDone : kExitSomeFailed};
+        return {{},
+                {},
+                std::move(found.obstacles),
+                found.isListingBroken ? ERotationEnd::SomeFailed : ERotationEnd::NothingToDo};
+    for (std::string& name : found.unnamable)
+        name = Shown(name);
+    const auto end = found.unnamable.empty() ? ERotationEnd::AllDone : ERotationEnd::SomeFailed;
+    return {std::move(found.files), std::move(found.unnamable), {}, end};
 }
 
 std::size_t DefaultThreads() {

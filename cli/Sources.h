@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "app/rotation/CoefFileSearch.h"
+#include "trevolt/RotationRun.h"
 
 namespace trevolt {
 
@@ -16,10 +17,13 @@ std::vector<std::wstring> ParseSources(const std::string& place,
 
 struct SCommandFiles {
     std::vector<SCoefFileName> files; ///< in the order of `rotate`
-    int exitStatus = 0; ///< that the search alone gives; none is taken unless it is 0 or 1
+    /// Names, as they are shown, of files that fail: they are not valid UTF-8.
+    std::vector<std::string> unnamable;
+    std::vector<std::string> errors;          ///< why nothing can be done; then there are no files
+    ERotationEnd end = ERotationEnd::AllDone; ///< that the search alone gives
 };
 
-/// Looks for the coefficient files of files and folders, and complains of what stands in the way.
+/// Looks for the coefficient files of files and folders.
 SCommandFiles FindCommandFiles(const std::vector<std::wstring>& sources, bool recursive);
 
 /// One a processor; 1 where their number is not known.

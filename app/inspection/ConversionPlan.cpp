@@ -119,7 +119,6 @@ class CConversionPlanner {
     void NameOutputs() {
         if (!m_request.to) {
             SPlannedConversion& file = m_plan.files.front();
-            file.name = m_request.sources.front();
             file.outputName = m_request.output;
             file.target = {m_form->kind, m_request.ownElements};
             return;

@@ -16,19 +16,21 @@
 namespace trevolt {
 namespace {
 
-SConvertedFile FailedFile(std::string name, std::string problem) {
+SConvertedFile UnnamableFile(const std::string& name) {
     SConvertedFile file;
-    file.name = std::move(name);
-    file.conversion.problems.push_back(std::move(problem));
+    file.name = name;
+    file.conversion.problems.emplace_back(kUnnamableProblem);
     return file;
 }
 
 /// One output under its own name.
 SConversion ConvertSingle(const SConversionRequest& request, const SPlannedConversion& file) {
     const SOutputFile output{file.outputName, request.replaces, request.sync};
-    if (std::string obstacle = DescribeOutputObstacle(output, {file.path}); !obstacle.empty()) {
+    if (const std::string obstacle = DescribeOutputObstacle(output, {file.path});
+        !obstacle.empty()) {
         SConversion refused;
-        refused.problems.push_back(std::move(obstacle));
+        refused.problems.push_back(
+            fmt::format("its output {} {}", WideToShownUtf8(file.outputName), obstacle));
         return refused;
     }
     return ConvertFile(file.path, file.target,
@@ -88,13 +90,13 @@ class CPlannedConversions {
 
     template <class Convert>
     SConversionOutcome Run(Convert convert) {
-        for (const std::string& raw : m_plan.unnamable)
-            Deliver(FailedFile(raw, "passed over: its name is not valid UTF-8"));
+        for (const std::string& name : m_plan.unnamable)
+            Deliver(UnnamableFile(name));
         for (const SPlannedConversion& file : m_plan.files) {
             if (m_interrupted)
                 break;
-            Deliver({WideToShownUtf8(file.name), WideToShownUtf8(file.outputName),
-                     file.target.kind == nullptr, convert(file)});
+            Deliver({WideToShownUtf8(file.name), WideToShownUtf8(file.path),
+                     WideToShownUtf8(file.outputName), file.target.kind == nullptr, convert(file)});
         }
         m_total.end = m_interrupted         ? ERotationEnd::Interrupted
                       : m_total.failed == 0 ? ERotationEnd::AllDone

@@ -38,7 +38,8 @@ struct SConversionRequest {
 
 /// What became of one file.
 struct SConvertedFile {
-    std::string name; ///< UTF-8: of one file as given, of several below its source folder
+    std::string name; ///< UTF-8, below its source folder
+    std::string path; ///< that opens it; empty where its name is not valid UTF-8
     std::string
         outputName; ///< below the target folder, or the output as given; of a failed file, too
     bool isArray = false; ///< the output is a .npy file

@@ -86,7 +86,7 @@ class CFileComparison {
                 name + ": has the diagonal of the matrix only: its other values count as 0");
         if (other.test(kVirtualGreen) && !held.test(kVirtualGreen))
             m_found.notes.push_back(
-                name + ": has no virtual green: m[9] to m[11] of the other are not compared");
+                name + ": has no virtual green: g0 to g2 of the other are not compared");
     }
 
     const SComparedFiles& m_files;

@@ -159,7 +159,8 @@ class CFactSearch {
     template <class Coef>
     bool TakeStatistics(const Coef& coef) noexcept {
         try {
-            m_facts.statistics = StatisticsOf(coef, FormOfKind(*m_facts.kind).Values(), m_threads);
+            if (Pixels() != 0)
+                m_facts.statistics = StatisticsOf(coef, FormOfKind(*m_facts.kind).Values(), m_threads);
             return true;
         } catch (const std::bad_alloc&) {
             return false;
@@ -178,7 +179,7 @@ class CFactSearch {
         const Status status = m_source.Take(
             [&](std::istream& stream) { return m_facts.kind->loadStream(map, stream); });
         Tell(status, report);
-        if (!Failed(status) && report.FailedRead() == S_OK)
+        if (!Failed(status) && report.FailedRead() == S_OK && Pixels() != 0)
             m_facts.statistics = StatisticsOf(map, FormOfKind(*m_facts.kind).Values(), m_threads);
     }
 

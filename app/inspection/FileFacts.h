@@ -44,7 +44,7 @@ struct SFileFacts {
     std::optional<std::uint64_t> covered;
     std::optional<SWordFileFacts> words; ///< of a word file
     std::optional<SCoefStatistics>
-        statistics;                    ///< of what could be read; nothing when that is nothing
+        statistics;                    ///< of what could be read; nothing when that has no pixel
     std::vector<std::string> problems; ///< what is damaged or went wrong, in plain words
     std::vector<std::string> notes;    ///< what is unusual and no problem
 };

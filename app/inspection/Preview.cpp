@@ -93,6 +93,7 @@ class CPreviewRun {
     std::unique_ptr<CChromaCorrectCoef> Load(const SCoefFileName& file, SPreviewedFile& told) {
         SCoefLoad load = LoadCoefFile(file.Path());
         told.name = WideToShownUtf8(file.name);
+        told.path = WideToShownUtf8(file.Path());
         told.size = load.size;
         told.problems = std::move(load.problems);
         told.notes = std::move(load.notes);

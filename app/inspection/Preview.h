@@ -34,6 +34,7 @@ struct SPreviewRequest {
 /// What became of one file.
 struct SPreviewedFile {
     std::string name;
+    std::string path;                  ///< that opens it; empty where its name is not valid UTF-8
     std::string kind;                  ///< as "9fcoef", empty when its name tells none
     PixelSize size;                    ///< 0 × 0 when it tells none
     std::vector<std::string> problems; ///< none: the picture shows it

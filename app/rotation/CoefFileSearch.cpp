@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "app/rotation/Obstacles.h"
+#include "common/ShownCharacters.h"
 #include "platform/FileSystem.h"
 #include "platform/SystemError.h"
 #include "trevolt/FileKinds.h"
@@ -90,7 +91,7 @@ class CSourceSearch {
         }
         for (const std::string& raw : listing.unnamedByUtf8)
             if (m_request.takes(std::wstring(raw.begin(), raw.end())))
-                m_found.unnamable.push_back(WideToShownUtf8(below) + raw);
+                m_found.unnamable.push_back(WideToShownUtf8(below) + Shown(raw));
     }
 
     void AddSubfolder(const std::wstring& below, const std::wstring& name,

@@ -15,6 +15,9 @@ bool IsCoefFileName(std::wstring_view name);
 
 inline constexpr wchar_t kFolderSlash = L'/'; ///< in names that are told, on every system
 
+/// Of a file that is meant, but has no path in texts.
+inline constexpr const char* kUnnamableProblem = "passed over: its name is not valid UTF-8";
+
 struct SCoefFileSearch {
     /// Coefficient files, and folders of them, in any mixture.
     std::vector<std::wstring> sources;
@@ -38,8 +41,8 @@ struct SCoefFileName {
 struct SCoefFiles {
     std::vector<SCoefFileName> files; ///< source by source, each in sorted order
     std::vector<SPassedOver> passedOver;
-    std::vector<std::string>
-        unnamable; ///< files that are meant, but their names are not valid UTF-8
+    /// Files that are meant, but their names are not valid UTF-8: as they are shown.
+    std::vector<std::string> unnamable;
     std::vector<std::string> obstacles; ///< why the sources cannot be taken, in plain words
     bool isListingBroken = false; ///< an obstacle is that a folder could not be listed to its end
 };

@@ -155,7 +155,7 @@ class CComposer {
         for (std::size_t i = 0; i < seen.size(); ++i) {
             if (seen[i].Width() > 0 && seen[i].Height() > 0)
                 continue;
-            ++m_result.outside;
+            m_result.files[i].isOutside = true;
             m_result.files[i].notes.push_back(
                 fmt::format("lies wholly outside the screen of {}: none of its pixels is there",
                             ShownSize(m_result.size)));

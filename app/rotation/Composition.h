@@ -50,6 +50,7 @@ struct SPlacedOutcome {
     std::vector<std::string> problems; ///< in plain words; none: it is in the screen whole
     std::vector<std::string> notes;    ///< what is unusual and no problem
     std::vector<std::string> losses;   ///< what the screen lacks of it
+    bool isOutside = false;            ///< none of its pixels is in the screen
 };
 
 /// A file's size, which is looked at unless it is given as `size`, and its rectangle. A name that tells
@@ -68,7 +69,6 @@ struct SComposition {
     ECompositionEnd end = ECompositionEnd::Done;
     PixelSize size;                    ///< of the screen, 0 × 0 when not known
     std::uint64_t uncovered = 0;       ///< its pixels in no file, which are default
-    std::size_t outside = 0;           ///< files without a pixel in it
     std::vector<SPlacedOutcome> files; ///< those of the request, in its order
     std::vector<std::string> errors;   ///< what forbids it but the files' own problems
     std::vector<std::string> losses;   ///< of the screen, which its kind does not hold

@@ -44,14 +44,15 @@ std::string DescribeOutputObstacle(const SOutputFile& output,
                                    const std::vector<std::wstring>& inputs) {
     const std::wstring folder = OutputFolderOf(output.path);
     if (!IsFolder(folder))
-        return fmt::format("the folder {} does not exist: make it, or choose another",
-                           WideToShownUtf8(folder));
+        return fmt::format(
+            "lies in the folder {}, which does not exist: make it, or choose another",
+            WideToShownUtf8(folder));
     if (IsFolder(output.path))
-        return "it is a folder: give the name of a file";
+        return "is a folder: give the name of a file";
     if (IsOneOf(output.path, inputs))
-        return "it is one of the inputs, which stay as they are: choose another name";
+        return "is one of the inputs, which stay as they are: choose another name";
     if (!output.replaces && PathExists(output.path))
-        return DescribeExistingOutput(WideToShownUtf8(OutputNameOf(output.path)));
+        return "exists already: overwrite it, or choose another target";
     return {};
 }
 

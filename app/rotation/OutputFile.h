@@ -25,7 +25,8 @@ struct SOutputFile {
     bool sync = true;      ///< what is told as written has reached the disk
 };
 
-/// Why the output could not be written, as far as that is seen before anything is done: its folder is
+/// Why the output could not be written, to be told behind its name, as far as that is seen before
+/// anything is done: its folder is
 /// missing, something stands there, or it is one of `inputs` by any name. Else nothing.
 std::string DescribeOutputObstacle(const SOutputFile& output,
                                    const std::vector<std::wstring>& inputs);

@@ -9,6 +9,7 @@
 
 #include <fmt/format.h>
 
+#include "app/rotation/CoefFileSearch.h"
 #include "app/rotation/FileRotation.h"
 #include "app/rotation/Manifest.h"
 #include "app/rotation/OutputFolder.h"
@@ -24,13 +25,10 @@
 namespace trevolt {
 namespace {
 
-SFileOutcome UnnamableOutcome(const std::string& raw) {
+SFileOutcome UnnamableOutcome(const std::string& name) {
     SFileOutcome outcome;
-    for (const char c : raw)
-        outcome.name += static_cast<unsigned char>(c) < 0x80
-                            ? std::string(1, c)
-                            : fmt::format("\\x{:02X}", static_cast<unsigned char>(c));
-    outcome.problems.emplace_back("passed over: its name is not valid UTF-8");
+    outcome.name = name;
+    outcome.problems.emplace_back(kUnnamableProblem);
     return outcome;
 }
 
@@ -56,8 +54,8 @@ class CPlannedRun {
     CPlannedRun& operator=(const CPlannedRun&) = delete;
 
     SRotationOutcome Run() {
-        for (const std::string& raw : m_plan.unnamable)
-            Deliver(UnnamableOutcome(raw));
+        for (const std::string& name : m_plan.unnamable)
+            Deliver(UnnamableOutcome(name));
         TurnAll();
         if (!m_manifestLines.empty())
             m_total.manifestError =

@@ -120,6 +120,10 @@ TEST(OptionValues, ReadPathsOfPages) {
         EXPECT_EQ(Refusal(ParsePagePath, text),
                   std::string(text) + " is no name of a page: give one that ends in .html");
     EXPECT_EQ(Refusal(ParsePagePath, "\xFF.html"), "its name is not valid UTF-8: rename it");
+    EXPECT_EQ(ParsePicturePath("a/b.PnG"), L"a/b.PnG");
+    for (const char* text : {"a.9fcoef", "a.png ", "png"})
+        EXPECT_EQ(Refusal(ParsePicturePath, text),
+                  std::string(text) + " does not end in .png: give the picture's name");
 }
 
 } // namespace

@@ -2,10 +2,12 @@
 import os
 import pathlib
 import shutil
+import signal
 import struct
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 import lz4.frame
@@ -137,6 +139,23 @@ class CliTest(unittest.TestCase):
     def rotate(self, *arguments, angle=90, **options):
         return self.run_cli('rotate', '--angle', angle, *arguments, self.source, self.target,
                             **options)
+
+    def interrupted_rotate(self, *arguments):
+        """What a turn of 200 files prints for programs that is interrupted behind its first output."""
+        content = coef_file('.3bcoef', 300, 200, os.urandom(300 * 200 * 3))
+        for i in range(200):
+            (self.source / f'cab{i:03}.3bcoef').write_bytes(content)
+        run = subprocess.Popen([*PROGRAM, 'rotate', '-a', '90', '-j', '2', '--json',
+                                *map(str, arguments), str(self.source), str(self.target)],
+                               stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                               preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL))
+        while not any(not name.startswith('.') for name in self.targets()):
+            self.assertIsNone(run.poll(), 'the run ended before it could be interrupted')
+            time.sleep(0.001)
+        run.send_signal(signal.SIGINT)
+        out, err = run.communicate(timeout=60)
+        self.assertEqual((run.returncode, err), (130, b''))
+        return out
 
     def measured_rotate(self, target, *arguments):
         """The peak memory in KiB, the page faults and the result of a turn."""

@@ -14,6 +14,7 @@ BINARY = {'.9fcoef': ('<f4', range(9)), '.3fcoef': ('<f4', (0, 4, 8)),
 WORDS = {'.9wcoef': (9, range(9)), '.3wcoef': (9, (0, 4, 8)), '.4wcoef': (12, (0, 4, 10, 8)),
          '.12wcoef': (12, (0, 1, 9, 2, 3, 4, 10, 5, 6, 7, 11, 8))}  # with the record's sizes
 BLOCK = (256, 128)
+VALUE_NAMES = [*(f'm{row}{column}' for row in range(3) for column in range(3)), 'g0', 'g1', 'g2']
 
 
 def kind_of(path):

@@ -205,7 +205,7 @@ class Compose(ScreenTest):
         told = self.lines(result.stdout)
         self.assertEqual(told[4], 'a.9fcoef: lies wholly outside the screen of 8 x 5: none of its '
                                   'pixels is there')
-        self.assertEqual(told[-1], f'3 files put into {self.screen}  (8 x 5), 0 failed, 1 outside')
+        self.assertEqual(told[-1], f'2 files put into {self.screen}  (8 x 5), 1 outside, 0 failed')
 
     def test_a_damaged_cabinet(self):
         self.add_cabinet('a.9fcoef', 1)
@@ -222,7 +222,11 @@ class Compose(ScreenTest):
         result = self.compose('--lenient', *words)
         self.expect(result, 1, err=told[:1])
         self.assertEqual(self.lines(result.stdout)[-1],
-                         f'2 files put into {self.screen}  (10 x 3), 1 failed')
+                         f'1 file put into {self.screen}  (10 x 3), 1 failed: what could be read of '
+                         'them is in it, too')
+        *_, summary = self.objects(self.compose('--lenient', '--overwrite', '--json', *words), 1)
+        self.assertEqual((summary['placed'], summary['failed'], summary['output']),
+                         (1, 1, str(self.screen)))
         expected = empty_screen(10, 3)
         put(expected, good, 5, 0)
         self.expect_pixels(self.screen, expected)
@@ -231,7 +235,7 @@ class Compose(ScreenTest):
         pixels = self.add_cabinet('a.9fcoef', 1)
         self.screen.write_bytes(b'mine')
         self.expect(self.compose('a.9fcoef@0,0'), 1, [],
-                    [f'trevolt-cli: {self.screen}: its output screen.9fcoef exists already: '
+                    [f'trevolt-cli: {self.screen}: exists already: '
                      'overwrite it, or choose another target'])
         self.assertEqual(self.screen.read_bytes(), b'mine')
         self.expect(self.compose('--overwrite', '--no-sync', 'a.9fcoef@0,0'), 0, err=[])
@@ -247,7 +251,7 @@ class Compose(ScreenTest):
                 (('a.9fcoef',), no_place.format('a.9fcoef') + 'FILE@X,Y, and its angle where it is '
                  'turned, as Cab_01.9fcoef@160,0,90'),
                 *(((f'a.9fcoef@{place}',), no_place.format(f'a.9fcoef@{place}') +
-                   'X,Y or X,Y,ANGLE behind the @, in whole pixels')
+                   'X,Y or X,Y,ANGLE behind the @, in whole pixels, at most 65535')
                   for place in ('', '0', '0,', 'x,0', '0,0.5', '65536,0', '0,0,90,1')),
                 (('a.9fcoef@0,0,45',), 'FILE@PLACE: a.9fcoef@0,0,45 has no angle: give 0, 90, 180, '
                  '270, -90 or -180'),
@@ -280,17 +284,17 @@ class Compose(ScreenTest):
         self.add_cabinet('a.9fcoef', 1)
         self.add_cabinet('b.9fcoef', 2)
         file, other, summary = self.objects(
-            self.compose('--json', 'a.9fcoef@0,0,90', 'b.9fcoef@4,0'), 0)
+            self.compose('--json', './a.9fcoef@0,0,90', 'b.9fcoef@4,0'), 0)
         self.assertEqual(file, {
-            'type': 'file', 'name': 'a.9fcoef', 'status': 'placed', 'angle': 90,
+            'type': 'file', 'name': 'a.9fcoef', 'path': './a.9fcoef', 'status': 'placed', 'angle': 90,
             'own_size': {'width': 5, 'height': 3},
             'rect': {'left': 0, 'top': 0, 'right': 3, 'bottom': 5}, 'problems': [], 'losses': [],
             'notes': []})
         self.assertEqual(other['rect'], {'left': 4, 'top': 0, 'right': 9, 'bottom': 3})
         self.assertEqual(summary, {
             'type': 'summary', 'version': 1, 'end': 'done', 'exit_status': 0,
-            'output': str(self.screen), 'size': {'width': 9, 'height': 5}, 'uncovered': 15,
-            'outside': 0, 'files': 2, 'failed': 0, 'losses': [], 'errors': []})
+            'output': str(self.screen), 'size': {'width': 9, 'height': 5}, 'uncovered_pixels': 15,
+            'placed': 2, 'outside': 0, 'failed': 0, 'losses': [], 'errors': []})
         self.expect_page_keys('## What programs are told', file, summary)
         (self.source / 'c.9fcoef').write_bytes(b'none')
         file, summary = self.objects(self.compose('--json', '--overwrite', 'c.9fcoef@0,0'), 1)

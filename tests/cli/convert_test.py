@@ -228,15 +228,15 @@ class Convert(CliTest):
             result = self.convert('--to', to, '--json', self.source, folder)
             self.expect(result, 0, err=[])
             *files, summary = self.objects(result)
-            self.assertEqual(summary, {'type': 'summary', 'version': 1, 'exit_status': 0,
-                                       'written': 9, 'failed': 0, 'errors': []})
+            self.assertEqual(summary, {'type': 'summary', 'version': 1, 'end': 'done',
+                                       'exit_status': 0, 'written': 9, 'failed': 0, 'errors': []})
             told = {file['name'].split('.')[1]: file for file in files}
             self.assertEqual(set(told), set(FORMS))
             for kind, pixels in maps.items():
                 with self.subTest(source=kind, target=to):
                     self.expect_file(folder / f'from_{kind}.{to}', to, pixels)
                     self.assertEqual(told[kind]['lost'], lost(to, pixels))
-                    self.assertEqual(told[kind]['size'], {'width': WIDTH, 'height': HEIGHT})
+                    self.assertEqual(told[kind]['own_size'], {'width': WIDTH, 'height': HEIGHT})
                     self.assertIsNone(told[kind]['array'])
 
     def test_every_kind_becomes_an_array_of_the_map(self):
@@ -244,7 +244,7 @@ class Convert(CliTest):
         result = self.convert('--to', 'npy', '--json', self.source, self.target)
         self.expect(result, 0, err=[])
         for file in self.objects(result)[:-1]:
-            self.assertEqual(file['array'], {'type': 'float32', 'shape': [HEIGHT, WIDTH, 12]})
+            self.assertEqual(file['array'], {'element': 'float32', 'shape': [HEIGHT, WIDTH, 12]})
             self.assertEqual((file['losses'], file['notes']), ([], []))
         for kind, pixels in maps.items():
             path = self.target / f'from_{kind}.npy'
@@ -404,7 +404,8 @@ class Convert(CliTest):
         target.write_bytes(b'earlier')
         told = 'its output a.9fcoef exists already: overwrite it, or choose another target'
         self.expect(self.convert(source, target), 1, ['0 files converted, 1 failed'],
-                    [f'{source}: {told}'])
+                    [f'{source}: its output {target} exists already: overwrite it, or choose another '
+                     'target'])
         self.expect(self.convert('--to', '9fcoef', source, self.target), 1,
                     ['0 files converted, 1 failed'], [f'a.npy: {told}'])
         self.assertEqual(target.read_bytes(), b'earlier')

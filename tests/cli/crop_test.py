@@ -66,7 +66,7 @@ class Crop(ScreenTest):
                 (('--layout', 'x', *rect), '--rect excludes --layout: give one of them'),
                 ((*rect, '--turn', 0), '--turn: 0 turns nothing: give 90, 180, 270, -90 or -180'),
                 *((('--rect', text), f'--rect: {text} is no rectangle: give LEFT,TOP,RIGHT,BOTTOM in '
-                   'whole pixels') for text in ('1', '1,2,3', '1,2,3,4,5', 'a,0,1,1', '0,0,1,1.5')),
+                   'whole pixels, at most 65535') for text in ('1', '1,2,3', '1,2,3,4,5', 'a,0,1,1', '0,0,1,1.5', '0,0,65536,1')),
                 *((('--rect', text), f'--rect: {text} has no pixels: give LEFT,TOP,RIGHT,BOTTOM, right '
                    'and bottom exclusive') for text in ('1,0,1,5', '0,5,1,5', '3,0,2,1')),
                 (('--rect', ''), '--rect: it is empty: give LEFT,TOP,RIGHT,BOTTOM')):
@@ -84,9 +84,13 @@ class Crop(ScreenTest):
         self.expect(result, 1, [])
         self.assertEqual(self.lines(result.stderr)[0][:len(str(self.wall)) + 16],
                          f'{self.wall}: cannot be read')
+        self.assertEqual(self.lines(result.stderr)[1:],
+                         ['trevolt-cli: nothing is written: the source is damaged'])
         self.assertEqual(self.targets(), [])
         result = self.crop(piece, '--rect', '0,0,1,1', '--lenient')
-        self.expect(result, 1)
+        self.expect(result, 1, ['0,0,1,1 -> piece.9fcoef  (1 x 1)',
+                                f'1 file cut out of {self.wall}  (12 x 7), 0 failed; what could not '
+                                'be read of it is default'])
         self.expect_pixels(piece, numpy.array([[[1, 0, 0, 0, 1, 0, 0, 0, 1]]], numpy.float32))
 
     def test_a_composed_screen_comes_apart_into_its_cabinets(self):
@@ -116,7 +120,7 @@ class Crop(ScreenTest):
             self.assertEqual((others / cabinet.name).read_bytes(),
                              (back / cabinet.name).read_bytes())
         result = self.run_cli('crop', screen, others, '--layout', table, '--cabinet', '40x24')
-        self.expect(result, 1, [])
+        self.expect(result, 1, [f'0 files cut out of {screen}  (120 x 120), 9 failed'])
         self.assertEqual(len(self.lines(result.stderr)), 9)
 
     def test_a_table_whose_files_are_missing_needs_a_size(self):
@@ -136,19 +140,22 @@ class Crop(ScreenTest):
         file, summary = self.objects(
             self.crop(piece, '--json', '--rect', '2,1,11,6', '--turn', 90), 0)
         self.assertEqual(file, {
-            'type': 'file', 'name': 'piece.3bcoef', 'status': 'written', 'angle': 90,
+            'type': 'file', 'name': 'piece.3bcoef', 'output': 'piece.3bcoef', 'status': 'written',
+            'angle': 90,
             'rect': {'left': 2, 'top': 1, 'right': 11, 'bottom': 6},
-            'size': {'width': 5, 'height': 9},
+            'turned_size': {'width': 5, 'height': 9}, 'problems': [],
             'losses': ['45 pixels have entries off the diagonal, which .3bcoef does not hold'],
-            'problem': None})
+            'notes': []})
         self.assertEqual(summary, {
             'type': 'summary', 'version': 1, 'end': 'done', 'exit_status': 0,
-            'input': str(self.wall), 'size': {'width': 12, 'height': 7}, 'written': 1, 'files': 1,
+            'path': str(self.wall), 'own_size': {'width': 12, 'height': 7}, 'written': 1, 'failed': 0,
             'problems': [], 'losses': [], 'notes': [], 'errors': []})
         self.expect_page_keys('### Of a crop', file, summary)
         file, summary = self.objects(self.crop(piece, '--json', '--rect', '0,0,1,1'), 1)
-        self.assertEqual((file['status'], file['problem'][:6], summary['end']),
-                         ('failed', 'its ou', 'failed'))
+        self.assertEqual((file['status'], file['output'], file['problems'], summary['end'],
+                          summary['written'], summary['failed']),
+                         ('failed', None, ['exists already: overwrite it, or choose another target'],
+                          'failed', 0, 1))
         file, summary = self.objects(self.crop(piece, '--json', '--rect', '0,0,99,1'), 2)
-        self.assertEqual((file['status'], file['size'], len(summary['errors'])),
+        self.assertEqual((file['status'], file['turned_size'], len(summary['errors'])),
                          ('not_written', None, 1))

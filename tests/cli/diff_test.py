@@ -1,5 +1,6 @@
 """The command diff, held against differences that NumPy makes of the files; cli_test.py runs these."""
 import json
+import os
 import shutil
 import struct
 import subprocess
@@ -10,7 +11,7 @@ import coef_arrays
 from cli_support import ANGLES, PROGRAM, SAMPLES, CliTest, coef_file, posix_only
 
 CABINET = SAMPLES / 'cabinet'
-KEYS = ['type', 'a', 'b', 'status', 'turned', 'tolerance', 'size_a', 'size_b', 'pixels',
+KEYS = ['type', 'a', 'b', 'status', 'angle', 'tolerance', 'size_a', 'size_b', 'pixels',
         'different_pixels', 'values', 'problems', 'notes']
 
 
@@ -24,10 +25,12 @@ class Diff(CliTest):
             self.assertEqual(list(pair), KEYS)
         summary = objects.pop()
         count = lambda *states: sum(pair['status'] in states for pair in objects)
-        self.assertEqual(summary, {'type': 'summary', 'version': 1, 'exit_status': status,
-                                   'same': count('same'), 'different': count('different'),
+        self.assertEqual(summary, {'type': 'summary', 'version': 1,
+                                   'end': 'failed' if status == 2 else 'done',
+                                   'exit_status': status, 'same': count('same'),
+                                   'different': count('different'),
                                    'on_one_side': count('only_a', 'only_b'),
-                                   'trouble': count('trouble')})
+                                   'failed': count('failed'), 'errors': []})
         return objects
 
     def add_floats(self, name, values):
@@ -41,15 +44,15 @@ class Diff(CliTest):
         apart = np.abs(a.astype(np.float64) - b.astype(np.float64))[..., places]
         self.assertEqual(pair['pixels'], a.shape[0] * a.shape[1])
         self.assertEqual(pair['different_pixels'], int((apart > tolerance).any(axis=2).sum()))
-        self.assertEqual([value['value'] for value in pair['values']], [f'm[{k}]' for k in places])
+        self.assertEqual([value['value'] for value in pair['values']], [coef_arrays.VALUE_NAMES[k] for k in places])
         for i, value in enumerate(pair['values']):
             plane = apart[..., i]
             self.assertEqual(value['different_pixels'], int((plane > tolerance).sum()))
-            self.assertEqual((value['one_nan'], value['most']), (0, plane.max()))
+            self.assertEqual((value['one_nan_pixels'], value['maximum']), (0, plane.max()))
             self.assertLess(abs(value['mean'] - plane.mean()), 1e-12)
             y, x = np.unravel_index(plane.argmax(), plane.shape)
             at = {'x': int(x), 'y': int(y)} if plane.max() > 0 else None
-            self.assertEqual(value['most_at'], at)
+            self.assertEqual(value['maximum_at'], at)
 
     def cabinets(self):
         return sorted(p for p in CABINET.iterdir() if p.suffix != '.csv')
@@ -69,8 +72,8 @@ class Diff(CliTest):
             if kind in ('.3fcoef', '.3bcoef', '.3wcoef', '.4wcoef'):
                 notes.append(f'{path}: has the diagonal of the matrix only: its other values count as 0')
             if kind in ('.4wcoef', '.12wcoef'):
-                notes.append(f'{CABINET / "Cab_01.9fcoef"}: has no virtual green: m[9] to m[11] of '
-                             'the other are not compared')
+                notes.append(f'{CABINET / "Cab_01.9fcoef"}: has no virtual green: g0 to g2 of the '
+                             'other are not compared')
             self.assertEqual(sorted(pair['notes']), sorted(notes))
 
     def test_virtual_green_is_compared_where_both_have_it(self):
@@ -98,7 +101,7 @@ class Diff(CliTest):
         self.expect(result, 1, err=[])
         lines = self.lines(result.stdout)
         self.assertEqual(lines[0], 'a.9fcoef and b.9fcoef differ: 1 of 40 pixels by more than 0.2')
-        self.assertEqual(lines[6].split(), ['m[4]', '1', '0.00625', '0.25', '(3,', '2)', '0'])
+        self.assertEqual(lines[6].split(), ['m11', '1', '0.00625', '0.25', '(3,', '2)', '0'])
         self.assertLessEqual(max(map(len, lines)), 80)
         for wrong in ('x', '-1', 'nan', 'inf', '', '1x'):
             self.expect(self.run_cli('diff', f'--tolerance={wrong}', first, second), 2)
@@ -113,10 +116,10 @@ class Diff(CliTest):
         b[0, 1, 4] = np.inf
         pair, = self.diff('--tolerance', 5, first, self.add_floats('c.9fcoef', b), status=1)
         self.assertEqual(pair['different_pixels'], 2)
-        self.assertEqual((pair['values'][0]['one_nan'], pair['values'][0]['different_pixels']), (1, 1))
-        self.assertEqual((pair['values'][0]['most'], pair['values'][0]['most_at']), (0, None))
-        self.assertEqual((pair['values'][4]['most'], pair['values'][4]['mean']), (None, None))
-        self.assertEqual(pair['values'][4]['most_at'], {'x': 1, 'y': 0})
+        self.assertEqual((pair['values'][0]['one_nan_pixels'], pair['values'][0]['different_pixels']), (1, 1))
+        self.assertEqual((pair['values'][0]['maximum'], pair['values'][0]['maximum_at']), (0, None))
+        self.assertEqual((pair['values'][4]['maximum'], pair['values'][4]['mean']), (None, None))
+        self.assertEqual(pair['values'][4]['maximum_at'], {'x': 1, 'y': 0})
 
     def test_turns_of_every_kind(self):
         shutil.copytree(CABINET, self.source, dirs_exist_ok=True, ignore=lambda _, names: [
@@ -126,7 +129,7 @@ class Diff(CliTest):
             pairs = self.diff('--turned', angle, self.source, turned, status=0)
             self.assertEqual(len(pairs), 9)
             for pair in pairs:
-                self.assertEqual((pair['turned'], pair['pixels']), (angle, 960))
+                self.assertEqual((pair['angle'], pair['pixels']), (angle, 960))
                 self.assertEqual(pair['size_a'], pair['size_b'])
         pairs = self.diff('--turned', 90, self.source, SAMPLES / 'turned-270', status=1)
         self.assertEqual(sorted({pair['status'] for pair in pairs}), ['only_a', 'only_b'])
@@ -148,7 +151,7 @@ class Diff(CliTest):
         pair, = self.diff('--turned', 90, self.add_floats('a.9fcoef', a),
                           self.add_floats('b.9fcoef', b), status=1)
         self.assertEqual(pair['different_pixels'], 1)
-        self.assertEqual(pair['values'][8]['most_at'], {'x': 0, 'y': 3})
+        self.assertEqual(pair['values'][8]['maximum_at'], {'x': 0, 'y': 3})
 
     def test_folders(self):
         for name in ('same', 'only_here', 'other', 'broken'):
@@ -167,7 +170,7 @@ class Diff(CliTest):
                          ['same', 'same', 'only_a', 'different', 'same', 'only_b'])
         broken.write_bytes(broken.read_bytes()[:-1])
         pairs = self.diff(self.source, self.target, status=2)
-        self.assertEqual(states(pairs), ['trouble', 'only_a', 'different', 'same', 'only_b'])
+        self.assertEqual(states(pairs), ['failed', 'only_a', 'different', 'same', 'only_b'])
         self.assertEqual(len(pairs[0]['problems']), 1)
         self.assertIn(f'{broken}: cannot be read', pairs[0]['problems'][0].replace('\\', '/'))
         result = self.run_cli('diff', self.source, self.target)
@@ -180,13 +183,36 @@ class Diff(CliTest):
                       lines)
         self.assertEqual(lines[-1], '1 same, 1 different, 2 on one side only, 1 with problems')
 
+    @posix_only
+    def test_names_without_a_text_fail_and_the_others_are_compared(self):
+        self.add('a.3bcoef')
+        shutil.copytree(self.source, self.target, dirs_exist_ok=True)
+        for folder in (self.source, self.target):
+            shutil.copy(self.source / 'a.3bcoef', os.fsencode(folder) + b'/odd\xff.3bcoef')
+        odd_a, odd_b, same = self.diff(self.source, self.target, status=2)
+        told = 'passed over: its name is not valid UTF-8'
+        names = [f'{folder}/odd\\xFF.3bcoef' for folder in (self.source, self.target)]
+        for odd, sides in ((odd_a, (names[0], None)), (odd_b, (None, names[1]))):
+            self.assertEqual((odd['a'], odd['b']), sides)
+            self.assertEqual((odd['status'], odd['problems']), ('failed', [told]))
+        self.assertEqual(same['status'], 'same')
+        result = self.run_cli('diff', self.source, self.target)
+        self.expect(result, 2, err=[f'{name}: {told}' for name in names])
+        self.assertEqual(self.lines(result.stdout)[-1],
+                         '1 same, 0 different, 0 on one side only, 2 with problems')
+
     def test_trouble_is_status_2(self):
         self.add('a.3bcoef')
         a = self.source / 'a.3bcoef'
         self.expect_words(self.run_cli('diff', a, self.source), 2,
                           'give two files or two folders')
         self.expect_words(self.run_cli('diff', a, self.source / 'none.3bcoef'), 2, 'does not exist')
-        self.expect_words(self.run_cli('diff', a), 2, 'diff needs')
+        for sides in ((self.source, self.folder / 'none'), (self.folder / 'none', self.source),
+                      (a, self.folder / 'none')):
+            self.expect(self.run_cli('diff', *sides), 2, [],
+                        [f'trevolt-cli: the source {self.folder / "none"} does not exist'])
+        self.expect(self.run_cli('diff', a), 2, [],
+                    ['trevolt-cli: diff needs an A and a B: see trevolt-cli diff --help'])
         self.expect_words(self.run_cli('diff', self.source, self.target), 2,
                           f'there is no coefficient file in {self.target}')
         (self.source / 'notes.txt').write_text('x')
@@ -216,7 +242,10 @@ class Diff(CliTest):
         width, height = struct.unpack('>II', content[16:24])
         self.assertGreater(width, 200)
         self.assertGreater(height, 100)
-        self.expect_words(self.run_cli('diff', a, b, '--image', image), 2, 'exists already')
+        self.expect(self.run_cli('diff', a, b, '--image', image), 2, [],
+                    [f'trevolt-cli: {image}: exists already: overwrite it, or choose another target'])
+        self.expect(self.run_cli('diff', a, b, '--image', a), 2, [],
+                    [f"trevolt-cli: --image: {a} does not end in .png: give the picture's name"])
         self.assertEqual(image.read_bytes(), content)
         self.diff(a, a, '--image', image, '--overwrite', '--no-sync', status=0)
         self.assertNotEqual(image.read_bytes(), content)

@@ -5,11 +5,9 @@ import os
 import pathlib
 import pty
 import shutil
-import signal
 import struct
 import subprocess
 import termios
-import time
 
 import jsonschema
 
@@ -444,19 +442,7 @@ class Json(CliTest):
 
     @posix_only
     def test_an_interrupted_run(self):
-        content = coef_file('.3bcoef', 300, 200, os.urandom(300 * 200 * 3))
-        for i in range(200):
-            (self.source / f'cab{i:03}.3bcoef').write_bytes(content)
-        run = subprocess.Popen([*PROGRAM, 'rotate', '-a', '90', '-j', '2', '--json',
-                                str(self.source), str(self.target)], stdout=subprocess.PIPE,
-                               stderr=subprocess.PIPE,
-                               preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL))
-        while not any(not name.startswith('.') for name in self.targets()):
-            self.assertIsNone(run.poll(), 'the run ended before it could be interrupted')
-            time.sleep(0.001)
-        run.send_signal(signal.SIGINT)
-        out, err = run.communicate(timeout=60)
-        self.assertEqual((run.returncode, err), (130, b''))
+        out = self.interrupted_rotate()
         objects = self.objects(out)
         written = len(self.targets())
         self.assertLess(written, 200)

@@ -11,7 +11,7 @@ import numpy as np
 import coef_arrays
 from cli_support import MAGICS, SAMPLES, CliTest, coef_file, posix_only
 
-KEYS = ['type', 'name', 'status', 'kind', 'content', 'version', 'size', 'covered_pixels',
+KEYS = ['type', 'name', 'path', 'status', 'kind', 'content', 'format_version', 'own_size', 'covered_pixels',
         'stored_bytes', 'raw_bytes', 'ratio', 'origin', 'chunks', 'extra_words', 'owner',
         'store_digest', 'default_pixels', 'values', 'problems', 'notes']
 
@@ -25,15 +25,16 @@ class Info(CliTest):
         for told in objects[:-1]:
             self.assertEqual(list(told), KEYS)
         summary = objects.pop()
-        self.assertEqual(summary, {'type': 'summary', 'version': 1, 'exit_status': status,
-                                   'files': len(objects),
-                                   'damaged': sum(told['status'] == 'damaged' for told in objects)})
+        failed = sum(told['status'] == 'failed' for told in objects)
+        self.assertEqual(summary, {'type': 'summary', 'version': 1,
+                                   'end': 'failed' if status else 'done', 'exit_status': status,
+                                   'whole': len(objects) - failed, 'failed': failed, 'errors': []})
         return objects
 
     def only(self, path, status=0):
         told, = self.info(path, status=status)
-        self.assertEqual(told['name'], str(path))
-        self.assertEqual(told['status'], 'damaged' if status else 'whole')
+        self.assertEqual((told['name'], told['path']), (path.name, str(path)))
+        self.assertEqual(told['status'], 'failed' if status else 'whole')
         return told
 
     def add_floats(self, name, values):
@@ -47,15 +48,15 @@ class Info(CliTest):
         kind = coef_arrays.kind_of(path)
         values = coef_arrays.read_map(path)
         places = coef_arrays.values_of(kind)
-        self.assertEqual([value['value'] for value in told['values']], [f'm[{k}]' for k in places])
+        self.assertEqual([value['value'] for value in told['values']], [coef_arrays.VALUE_NAMES[k] for k in places])
         for value, k in zip(told['values'], places):
             plane = values[..., k]
             self.assertEqual(value['minimum'], float(plane.min()), (path, k))
             self.assertEqual(value['maximum'], float(plane.max()), (path, k))
             mean = plane.mean(dtype=np.float64)
             self.assertLess(abs(value['mean'] - mean), 1e-12, (path, k))
-            self.assertEqual(value['outside'], int(((plane < 0) | (plane > 1)).sum()))
-            self.assertEqual(value['nan'], 0)
+            self.assertEqual(value['outside_pixels'], int(((plane < 0) | (plane > 1)).sum()))
+            self.assertEqual(value['nan_pixels'], 0)
         self.assertEqual(told['default_pixels'], coef_arrays.default_pixels(values, kind))
 
     def test_every_kind(self):
@@ -68,16 +69,16 @@ class Info(CliTest):
             content = path.read_bytes()
             height, width, _ = coef_arrays.read_map(path).shape
             raw = coef_arrays.raw_bytes(kind)
-            self.assertEqual((told['name'], told['status'], told['kind']),
-                             (str(path), 'whole', kind))
-            self.assertEqual(told['size'], {'width': width, 'height': height})
+            self.assertEqual((told['path'], told['status'], told['kind']),
+                             (str(path), 'whole', kind[1:]))
+            self.assertEqual(told['own_size'], {'width': width, 'height': height})
             self.assertEqual(told['stored_bytes'], len(content))
             self.assertEqual((told['problems'], told['notes']), ([], []))
             if kind == '.cccoef':
-                for key in ('content', 'version', 'covered_pixels', 'raw_bytes', 'ratio'):
+                for key in ('content', 'format_version', 'covered_pixels', 'raw_bytes', 'ratio'):
                     self.assertIsNone(told[key])
             else:
-                self.assertEqual((told['content'], told['version']), (kind, 1))
+                self.assertEqual((told['content'], told['format_version']), (kind[1:], 1))
                 self.assertEqual(told['covered_pixels'], width * height)
                 self.assertEqual(told['raw_bytes'], width * height * raw)
                 self.assertAlmostEqual(told['ratio'], width * height * raw / len(content))
@@ -103,8 +104,8 @@ class Info(CliTest):
         for k, value in enumerate(told['values']):
             plane = values[..., k].astype(np.float64)
             numbers = plane[~np.isnan(plane)]
-            self.assertEqual(value['nan'], int(np.isnan(plane).sum()))
-            self.assertEqual(value['outside'], int(((numbers < 0) | (numbers > 1)).sum()))
+            self.assertEqual(value['nan_pixels'], int(np.isnan(plane).sum()))
+            self.assertEqual(value['outside_pixels'], int(((numbers < 0) | (numbers > 1)).sum()))
             for key, reckon in (('minimum', np.min), ('mean', np.mean), ('maximum', np.max)):
                 expected = reckon(numbers) if numbers.size else math.nan
                 if math.isfinite(expected):
@@ -141,14 +142,15 @@ class Info(CliTest):
         cut, empty, lacking, short, whole = self.info(self.source, status=1)
         self.assertEqual(whole['status'], 'whole')
         for told in (cut, empty, lacking, short):
-            self.assertEqual((told['status'], len(told['problems'])), ('damaged', 1))
-        self.assertEqual((cut['covered_pixels'], cut['values'], cut['version']), (0, None, 1))
-        self.assertEqual(cut['size'], {'width': 40, 'height': 24})
-        self.assertEqual((empty['stored_bytes'], empty['size'], empty['ratio']), (0, None, None))
+            self.assertEqual((told['status'], len(told['problems'])), ('failed', 1))
+        self.assertEqual((cut['covered_pixels'], cut['values'], cut['format_version']), (0, None, 1))
+        self.assertIsNone(cut['ratio'])  # of what is left nothing can be said
+        self.assertEqual(cut['own_size'], {'width': 40, 'height': 24})
+        self.assertEqual((empty['stored_bytes'], empty['own_size'], empty['ratio']), (0, None, None))
         self.assertEqual(lacking['problems'], ['is incomplete: 240 pixels have no data'])
         self.assertEqual(lacking['covered_pixels'], 960)
-        self.assertEqual(len(lacking['values']), 9)
-        self.assertEqual((short['content'], short['origin']), ('.9wcoef', None))
+        self.assertEqual((len(lacking['values']), lacking['default_pixels']), (9, None))
+        self.assertEqual((short['content'], short['origin']), ('9wcoef', None))
         result = self.run_cli('info', self.source)
         self.expect(result, 1, err=[])
         self.assertIn('  problem   is incomplete: 240 pixels have no data',
@@ -163,8 +165,8 @@ class Info(CliTest):
         self.assertEqual(lines[:4], ['Cab_09.12wcoef', '  kind      .12wcoef', '  version   1',
                                      '  size      40 x 24 pixels'])
         values = coef_arrays.read_map(SAMPLES / 'cabinet' / 'Cab_01.9fcoef')[..., 4]
-        row, = [line.split() for line in lines[30:] if line.startswith('  m[4]')]
-        self.assertEqual(row, ['m[4]', f'{values.min():.6g}', f'{values.mean(dtype=float):.6g}',
+        row, = [line.split() for line in lines[30:] if line.startswith('  m11')]
+        self.assertEqual(row, ['m11', f'{values.min():.6g}', f'{values.mean(dtype=float):.6g}',
                                f'{values.max():.6g}', '0', '0'])
         self.assertEqual(lines[-1], '2 files, 0 with problems')
 
@@ -173,8 +175,7 @@ class Info(CliTest):
         for name in ('b.3bcoef', 'a.3bcoef', 'below/c.3bcoef'):
             self.add(name, kind='.3bcoef')
         (self.source / 'notes.txt').write_text('x')
-        names = lambda objects: [told['name'].replace('\\', '/').removeprefix(f'{self.source}/')
-                                 for told in objects]
+        names = lambda objects: [told['name'] for told in objects]
         self.assertEqual(names(self.info(self.source)), ['a.3bcoef', 'b.3bcoef'])
         self.assertEqual(names(self.info('-r', self.source)),
                          ['a.3bcoef', 'b.3bcoef', 'below/c.3bcoef'])
@@ -194,14 +195,33 @@ class Info(CliTest):
         result = self.run_cli('info', path)
         self.expect(result, 0, err=[])
         told = self.only(path)
-        self.assertEqual((told['covered_pixels'], told['default_pixels']), (0, 0))
-        self.assertEqual([value['mean'] for value in told['values']], [None] * 3)
+        self.assertEqual([told[key] for key in ('covered_pixels', 'default_pixels', 'values')],
+                         [0, None, None])
+        self.assertNotIn('default', result.stdout.decode())
+
+    def test_a_damaged_text_tells_no_defaults(self):
+        for content, size in ((b'[T9COEF20]\nwid', 14),
+                              (b'[T9COEF20]\nwidth=4\nheight=3\n1,2,x\n', 34), (b'x', 1)):
+            path = self.source / 'a.cccoef'
+            path.write_bytes(content)
+            self.assertEqual(self.only(path, status=1)['default_pixels'], None)
+            lines = self.lines(self.run_cli('info', path).stdout)
+            self.assertIn(f'  stored    {size} byte{"" if size == 1 else "s"}', lines)
+            self.assertEqual([line for line in lines if 'default' in line], [])
 
     @posix_only
     def test_names_without_a_text_are_told(self):
-        (self.source / 'a.3bcoef').write_bytes(b'')
+        shutil.copy(SAMPLES / 'cabinet' / 'Cab_04.3bcoef', self.source)
         with open(os.fsencode(self.source) + b'/odd\xff.3bcoef', 'wb'):
             pass
+        told = 'passed over: its name is not valid UTF-8'
         result = self.run_cli('info', self.source)
-        self.expect(result, 1)
-        self.assertIn('passed over: its name is not valid UTF-8', result.stderr.decode())
+        self.expect(result, 1, err=[])
+        lines = self.lines(result.stdout)
+        self.assertEqual(lines[:3], ['odd\\xFF.3bcoef', f'  problem   {told}', ''])
+        self.assertEqual(lines[-1], '2 files, 1 with problems')
+        odd, whole = self.info(self.source, status=1)
+        self.assertEqual({key: value for key, value in odd.items() if value},
+                         {'type': 'file', 'name': 'odd\\xFF.3bcoef', 'status': 'failed',
+                          'problems': [told]})
+        self.assertEqual(whole['status'], 'whole')

@@ -1,5 +1,7 @@
 """The command preview, its pictures decoded; cli_test.py runs these."""
 import json
+import os
+import shutil
 import struct
 import zlib
 
@@ -98,16 +100,16 @@ class Preview(CliTest):
         for view, (low, high) in expected.items():
             result = self.preview('--view', view, '--json', '--overwrite', path, self.picture)
             file, summary = self.objects(result)
-            self.assertAlmostEqual(file['low'], low, 6, view)
-            self.assertAlmostEqual(file['high'], high, 6, view)
-            self.assertEqual(summary['exit_status'], 0)
+            self.assertAlmostEqual(file['minimum'], low, 6, view)
+            self.assertAlmostEqual(file['maximum'], high, 6, view)
+            self.assertEqual((summary['exit_status'], summary['picture']['view']), (0, view))
 
     def test_what_is_no_number_is_painted_and_counted(self):
         path = self.add_floats('a.9fcoef', 3, 1, [grey_element(1), grey_element(float('nan')),
                                                   grey_element(float('-inf'))])
         file, summary = self.objects(self.preview('--json', path, self.picture))
-        self.assertEqual((file['low'], file['high'], file['not_finite']), (1, 1, 2))
-        self.assertEqual(summary['picture']['not_finite'], 2)
+        self.assertEqual((file['minimum'], file['maximum'], file['not_finite_pixels']), (1, 1, 2))
+        self.assertEqual(summary['picture']['not_finite_pixels'], 2)
         picture = self.shown()
         self.assertNotEqual(picture.at(LEFT, TOP), NO_NUMBER)
         self.assertEqual(picture.at(LEFT + 64, TOP), NO_NUMBER)
@@ -148,12 +150,12 @@ class Preview(CliTest):
                          ['9fcoef', '9bcoef', '9wcoef', '3wcoef', '3fcoef', '3bcoef', 'cccoef',
                           '4wcoef', '12wcoef'])
         for file in files:
-            self.assertEqual((file['status'], file['size']), ('shown', {'width': 160, 'height': 90}))
-            self.assertTrue(0.7 < file['low'] < file['high'] < 1.1, file)
+            self.assertEqual((file['status'], file['own_size']), ('shown', {'width': 160, 'height': 90}))
+            self.assertTrue(0.7 < file['minimum'] < file['maximum'] < 1.1, file)
         shown = summary['picture']
         self.assertEqual((shown['columns'], shown['rows'], shown['cells']), (3, 3, 9 * 160 * 90))
-        self.assertEqual(shown['scale_low'], min(file['low'] for file in files))
-        self.assertEqual(shown['scale_high'], max(file['high'] for file in files))
+        self.assertEqual(shown['scale_low'], min(file['minimum'] for file in files))
+        self.assertEqual(shown['scale_high'], max(file['maximum'] for file in files))
         picture = self.shown()
         self.assertEqual((picture.width, picture.height),
                          (shown['size']['width'], shown['size']['height']))
@@ -181,8 +183,9 @@ class Preview(CliTest):
         self.picture.unlink()
         *files, summary = self.objects(self.preview('--json', damaged, self.picture))
         self.assertEqual([file['status'] for file in files], ['failed'])
-        self.assertEqual((summary['exit_status'], summary['end'], summary['picture']),
-                         (1, 'failed', None))
+        self.assertEqual(summary, {
+            'type': 'summary', 'version': 1, 'end': 'failed', 'exit_status': 1, 'output': None,
+            'picture': None, 'shown': 0, 'failed': 1, 'errors': []})
         self.assertFalse(self.picture.exists())
 
     def test_files_without_a_pixel(self):
@@ -207,13 +210,14 @@ class Preview(CliTest):
         path = self.source / 'stripes.3bcoef'
         path.write_bytes(coef_file('.3bcoef', width, height, row * height))
         file, _ = self.objects(self.preview('--json', path, self.picture))
-        self.assertEqual(file['low'], file['high'])
-        self.assertAlmostEqual(file['low'], 0.5, 6)
+        self.assertEqual(file['minimum'], file['maximum'])
+        self.assertAlmostEqual(file['minimum'], 0.5, 6)
 
     def test_outputs_that_stand_and_inputs_stay(self):
         self.add('a.9bcoef')
         self.picture.write_bytes(b'old')
-        self.expect_words(self.preview(self.source, self.picture), 1, 'picture.png')
+        told = f'{self.picture}: exists already: overwrite it, or choose another target'
+        self.expect(self.preview(self.source, self.picture), 1, [], [f'trevolt-cli: {told}'])
         self.assertEqual(self.picture.read_bytes(), b'old')
         self.expect(self.preview('--overwrite', self.source, self.picture), 0)
         self.shown()
@@ -260,6 +264,21 @@ class Preview(CliTest):
             self.expect(self.preview('--overwrite', self.source, self.picture), 0)
             contents.add(self.picture.read_bytes())
         self.assertEqual(len(contents), 1)
+
+    @posix_only
+    def test_a_name_without_a_text_fails_and_the_others_are_shown(self):
+        self.add('a.9bcoef')
+        odd = os.fsencode(self.source) + b'/odd\xff.9bcoef'
+        shutil.copy(self.source / 'a.9bcoef', odd)
+        told = 'odd\\xFF.9bcoef: passed over: its name is not valid UTF-8'
+        self.expect(self.preview(self.source, self.picture), 1,
+                    [f'{self.picture}: 476 x 388 pixels, 1 file shown, 1 failed'], [told])
+        (self.source / 'a.9bcoef').unlink()
+        file, summary = self.objects(self.preview('--json', '--overwrite', self.source, self.picture))
+        self.assertEqual((file['status'], file['path'], f'{file["name"]}: {file["problems"][0]}'),
+                         ('failed', None, told))
+        self.assertEqual((summary['end'], summary['exit_status'], summary['shown'],
+                          summary['failed']), ('failed', 1, 0, 1))
 
     @posix_only
     def test_names_of_any_script(self):

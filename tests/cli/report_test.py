@@ -6,10 +6,8 @@ import html.parser
 import os
 import re
 import shutil
-import signal
 import struct
 import subprocess
-import time
 import zlib
 
 from cli_support import PROGRAM, SAMPLES, CliTest, coef_file, posix_only
@@ -388,19 +386,7 @@ class Report(CliTest):
 
     @posix_only
     def test_an_interrupted_run_has_a_page_of_what_was_done(self):
-        content = coef_file('.3bcoef', 300, 200, os.urandom(300 * 200 * 3))
-        for i in range(200):
-            (self.source / f'cab{i:03}.3bcoef').write_bytes(content)
-        run = subprocess.Popen([*PROGRAM, 'rotate', '-a', '90', '-j', '2', '--json', '--report', str(self.page),
-                                str(self.source), str(self.target)], stdout=subprocess.PIPE,
-                               stderr=subprocess.PIPE,
-                               preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL))
-        while not any(not name.startswith('.') for name in self.targets()):
-            self.assertIsNone(run.poll(), 'the run ended before it could be interrupted')
-            time.sleep(0.001)
-        run.send_signal(signal.SIGINT)
-        out, err = run.communicate(timeout=60)
-        self.assertEqual((run.returncode, err), (130, b''))
+        out = self.interrupted_rotate('--report', self.page)
         self.assertIn(b'"report_error":null', out)
         page = self.checked()
         written = self.targets()

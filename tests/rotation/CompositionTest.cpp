@@ -213,7 +213,9 @@ TEST_F(Composition, AFileWhollyOutsideIsNotedAndCounted) {
         request.output.replaces = true;
         const SComposition result = Compose(request);
         EXPECT_EQ(result.end, ECompositionEnd::Done);
-        EXPECT_EQ(result.outside, 1U);
+        EXPECT_EQ((std::array{result.files[0].isOutside, result.files[1].isOutside,
+                              result.files[2].isOutside}),
+                  (std::array{false, true, false}));
         EXPECT_EQ(result.files[0].notes, Texts{});
         EXPECT_EQ(result.files[1].notes,
                   Texts{"lies wholly outside the screen of 4 x 4: none of its pixels is there"});
@@ -292,7 +294,7 @@ TEST_F(Composition, TheOutputIsNeitherReplacedNorAnInput) {
     SComposition result = Compose(request);
     EXPECT_EQ(result.end, ECompositionEnd::SomeFailed);
     ASSERT_EQ(result.errors.size(), 1U);
-    EXPECT_NE(result.errors[0].find("it is one of the inputs"), std::string::npos);
+    EXPECT_NE(result.errors[0].find(": is one of the inputs"), std::string::npos);
     request = Request({Placed(L"a.9fcoef", 0, 0)}, L"b.9fcoef");
     WriteText(request.output.path, "mine");
     result = Compose(request);

@@ -52,12 +52,13 @@ TEST(OutputFile, WhatForbidsItIsSeenBefore) {
     const std::wstring path = folder.File(L"a.png");
     EXPECT_EQ(DescribeOutputObstacle({path}, {}), "");
     ASSERT_EQ(WriteOne({path}, "one"), "");
-    EXPECT_EQ(DescribeOutputObstacle({path}, {}), DescribeExistingOutput("a.png"));
+    EXPECT_EQ(DescribeOutputObstacle({path}, {}),
+              "exists already: overwrite it, or choose another target");
     EXPECT_EQ(DescribeOutputObstacle({path, true}, {}), "");
     EXPECT_EQ(DescribeOutputObstacle({path, true}, {folder.File(L"b"), path}),
-              "it is one of the inputs, which stay as they are: choose another name");
+              "is one of the inputs, which stay as they are: choose another name");
     EXPECT_EQ(DescribeOutputObstacle({folder.Path(), true}, {}),
-              "it is a folder: give the name of a file");
+              "is a folder: give the name of a file");
     EXPECT_NE(DescribeOutputObstacle({folder.File(L"none") + L"/a.png"}, {}).find("does not exist"),
               std::string::npos);
 }
