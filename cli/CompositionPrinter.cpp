@@ -111,7 +111,7 @@ void TellScreen(const SCompositionRequest& request, const SComposition& result) 
     PrintLine(stdout, "{} file{} put into {}  ({} x {}), {}{} failed{}", placed, PluralEnd(placed),
               output, result.size.width, result.size.height,
               outside == 0 ? "" : fmt::format("{} outside, ", outside), failed,
-              failed == 0 ? "" : ": what could be read of them is in it, too");
+              failed == 0 ? "" : "; what could be read is there, too");
 }
 
 } // namespace
@@ -156,8 +156,9 @@ void TellCropping(const SCropRequest& request, const SCropping& result) {
         PrintLine(stdout, "{} file{} cut out of {}  ({} x {}), {} failed{}", written,
                   PluralEnd(written), input, result.size.width, result.size.height, failed,
                   result.problems.empty() ? "" : "; what could not be read of it is default");
-    else if (!result.problems.empty() && result.errors.empty())
-        Complain("nothing is written: the source is damaged");
+    if (result.end == ECompositionEnd::SomeFailed && written + failed == 0 &&
+        !result.problems.empty())
+        Complain("nothing is written: the source failed");
     if (result.end == ECompositionEnd::Interrupted)
         Complain("interrupted: {} of {} files are written", written, result.pieces.size());
 }

@@ -222,8 +222,8 @@ class Compose(ScreenTest):
         result = self.compose('--lenient', *words)
         self.expect(result, 1, err=told[:1])
         self.assertEqual(self.lines(result.stdout)[-1],
-                         f'1 file put into {self.screen}  (10 x 3), 1 failed: what could be read of '
-                         'them is in it, too')
+                         f'1 file put into {self.screen}  (10 x 3), 1 failed; what could be read is '
+                         'there, too')
         *_, summary = self.objects(self.compose('--lenient', '--overwrite', '--json', *words), 1)
         self.assertEqual((summary['placed'], summary['failed'], summary['output']),
                          (1, 1, str(self.screen)))

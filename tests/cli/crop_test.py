@@ -85,7 +85,7 @@ class Crop(ScreenTest):
         self.assertEqual(self.lines(result.stderr)[0][:len(str(self.wall)) + 16],
                          f'{self.wall}: cannot be read')
         self.assertEqual(self.lines(result.stderr)[1:],
-                         ['trevolt-cli: nothing is written: the source is damaged'])
+                         ['trevolt-cli: nothing is written: the source failed'])
         self.assertEqual(self.targets(), [])
         result = self.crop(piece, '--rect', '0,0,1,1', '--lenient')
         self.expect(result, 1, ['0,0,1,1 -> piece.9fcoef  (1 x 1)',
