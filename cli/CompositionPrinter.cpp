@@ -32,7 +32,7 @@ ERotationEnd RunEndOf(ECompositionEnd end) {
 
 Json SummaryOf(ECompositionEnd end) { return SummaryOf(RunEndOf(end), ExitStatus(end)); }
 
-std::string LastNameOf(const std::wstring& path) {
+std::string ShownLastName(const std::wstring& path) {
     return WideToShownUtf8(path.substr(FolderPart(path).size()));
 }
 
@@ -170,7 +170,7 @@ void TellCompositionAsJson(const SCompositionRequest& request, const SCompositio
         const SPlacedOutcome& outcome = result.files[i];
         const char* const placed = result.isWritten ? "placed" : "not_written";
         PrintObject({{"type", "file"},
-                     {"name", isOfTable ? WideToShownUtf8(file.name) : LastNameOf(file.path)},
+                     {"name", isOfTable ? WideToShownUtf8(file.name) : ShownLastName(file.path)},
                      {"path", WideToShownUtf8(file.path)},
                      {"status", outcome.problems.empty() ? placed : "failed"},
                      {"angle", DegreesOf(file.code)},
