@@ -8,7 +8,6 @@
 #include "cli/OptionGroup.h"
 #include "cli/OptionValues.h"
 #include "cli/Wildcards.h"
-#include "common/ShownCharacters.h"
 #include "trevolt/Utf8.h"
 
 namespace trevolt {
@@ -47,8 +46,6 @@ SCommandFiles FindCommandFiles(const std::vector<std::wstring>& sources, bool re
                 {},
                 std::move(found.obstacles),
                 found.isListingBroken ? ERotationEnd::SomeFailed : ERotationEnd::NothingToDo};
-    for (std::string& name : found.unnamable)
-        name = Shown(name);
     const auto end = found.unnamable.empty() ? ERotationEnd::AllDone : ERotationEnd::SomeFailed;
     return {std::move(found.files), std::move(found.unnamable), {}, end};
 }

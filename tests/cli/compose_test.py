@@ -304,5 +304,12 @@ class Compose(ScreenTest):
                          ('failed', None, None, 1))
         file, _, summary = self.objects(
             self.compose('--json', '--overwrite', 'a.9fcoef@0,0', 'b.9fcoef@0,0'), 2)
-        self.assertEqual((file['status'], summary['end'], len(summary['errors'])),
-                         ('not_written', 'nothing_to_do', 1))
+        self.assertEqual((file['status'], summary['end'], len(summary['errors']), summary['placed']),
+                         ('not_written', 'nothing_to_do', 1, 0))
+        (self.source / 'row').mkdir()
+        shutil.copy(self.source / 'a.9fcoef', self.source / 'row')
+        table = self.source / 'wall.csv'
+        table.write_text('row/a.9fcoef,0,0\n')
+        file, _ = self.objects(self.compose('--json', '--overwrite', '--layout', table), 0)
+        self.assertEqual((file['name'], file['path']),
+                         ('row/a.9fcoef', f'{self.source}/row/a.9fcoef'))

@@ -135,6 +135,20 @@ class Crop(ScreenTest):
                     ['0,0,3,2 -> a.9fcoef  (3 x 2)',
                      f'1 file cut out of {self.wall}  (12 x 7), 0 failed'], [])
 
+    def test_files_that_told_their_sizes_stay(self):
+        cabinet = self.source / 'a.9fcoef'
+        write_cabinet(cabinet, cabinet_pixels(1, 5, 3))
+        kept = cabinet.read_bytes()
+        table = self.source / 'layout.csv'
+        table.write_text('a.9fcoef,0,0\n')
+        words = ('--layout', table, '--overwrite')
+        self.expect(self.crop(self.source, *words), 1,
+                    [f'0 files cut out of {self.wall}  (12 x 7), 1 failed'],
+                    ['a.9fcoef: is one of the inputs, which stay as they are: choose another name'])
+        self.assertEqual(cabinet.read_bytes(), kept)
+        self.expect(self.crop(self.source, *words, '--cabinet', '5x3'), 0, err=[])
+        self.expect_pixels(cabinet, self.pixels[:3, :5])
+
     def test_what_programs_are_told(self):
         piece = self.target / 'piece.3bcoef'
         file, summary = self.objects(

@@ -199,6 +199,12 @@ class Info(CliTest):
                          [0, None, None])
         self.assertNotIn('default', result.stdout.decode())
 
+    def test_a_share_is_never_rounded_up(self):
+        path = self.source / 'a.3bcoef'
+        path.write_bytes(coef_file('.3bcoef', 100, 30, b'\xff' * 2999 * 3 + b'\xff\xff\xfe'))
+        self.assertIn('  default   2999 of 3000 pixels, 99.9 %',
+                      self.lines(self.run_cli('info', path).stdout))
+
     def test_a_damaged_text_tells_no_defaults(self):
         for content, size in ((b'[T9COEF20]\nwid', 14),
                               (b'[T9COEF20]\nwidth=4\nheight=3\n1,2,x\n', 34), (b'x', 1)):

@@ -45,6 +45,8 @@ class CommonJson(CliTest):
             self.assertNotIn(line['name'][:1], ('', '/'))
         if command not in ('diff', 'crop') and line['path'] is not None:
             self.assertTrue(line['path'].replace('\\', '/').endswith('/' + line['name']), line)
+        if 'output' in line:
+            self.assertEqual(line['output'] is None, line['status'] in ('failed', 'not_written'))
         for key in ('kind', 'content'):
             self.assertIn(line.get(key), KINDS | {None})
         for value in line.get('values') or []:

@@ -1,12 +1,13 @@
 """The command preview, its pictures decoded; cli_test.py runs these."""
 import json
 import os
+import resource
 import shutil
 import struct
 import zlib
 
 import cli_support
-from cli_support import CliTest, coef_file, posix_only
+from cli_support import UNCOUNTED, CliTest, coef_file, posix_only
 
 LEFT, TOP = 28, 84  # of what a picture shows
 FRAME = (120, 124, 132)
@@ -264,6 +265,19 @@ class Preview(CliTest):
             self.expect(self.preview('--overwrite', self.source, self.picture), 0)
             contents.add(self.picture.read_bytes())
         self.assertEqual(len(contents), 1)
+
+    @posix_only
+    def test_a_picture_that_finds_no_room(self):
+        self.add('a.9bcoef')
+        def refuse_files():
+            resource.setrlimit(resource.RLIMIT_FSIZE, (100, 100))
+        result = self.preview('--json', self.source, self.picture, preexec_fn=refuse_files,
+                              environment=UNCOUNTED)
+        *_, summary = self.objects(result)
+        self.assertEqual(summary, {
+            'type': 'summary', 'version': 1, 'end': 'failed', 'exit_status': 1, 'output': None,
+            'picture': None, 'shown': 0, 'failed': 0,
+            'errors': [f'{self.picture}: the picture could not be written: File too large']})
 
     @posix_only
     def test_a_name_without_a_text_fails_and_the_others_are_shown(self):
