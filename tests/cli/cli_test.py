@@ -1190,6 +1190,10 @@ class Durability(CliTest):
             self.expect(result, 1, [], [f'trevolt-cli: the source folder {self.source}/ cannot be '
                                         'listed: Input/output error'])
             self.assertEqual((self.targets(), calls), ([], []))
+        for arguments, status in ((('info', self.source), 1), (('diff', self.source, self.source), 2)):
+            result, _ = self.recorded(self.run_cli, *arguments, '--json', fail_readdir=5)
+            self.expect(result, status, err=[])
+            self.assertIn('{"type":"summary","version":1,"end":"failed",', result.stdout.decode())
 
     @with_recorder
     def test_refused_threads_leave_their_work_to_others(self):

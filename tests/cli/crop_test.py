@@ -66,7 +66,8 @@ class Crop(ScreenTest):
                 (('--layout', 'x', *rect), '--rect excludes --layout: give one of them'),
                 ((*rect, '--turn', 0), '--turn: 0 turns nothing: give 90, 180, 270, -90 or -180'),
                 *((('--rect', text), f'--rect: {text} is no rectangle: give LEFT,TOP,RIGHT,BOTTOM in '
-                   'whole pixels, at most 65535') for text in ('1', '1,2,3', '1,2,3,4,5', 'a,0,1,1', '0,0,1,1.5', '0,0,65536,1')),
+                   'whole pixels, at most 65535')
+                  for text in ('1', '1,2,3', '1,2,3,4,5', 'a,0,1,1', '0,0,1,1.5', '0,0,65536,1')),
                 *((('--rect', text), f'--rect: {text} has no pixels: give LEFT,TOP,RIGHT,BOTTOM, right '
                    'and bottom exclusive') for text in ('1,0,1,5', '0,5,1,5', '3,0,2,1')),
                 (('--rect', ''), '--rect: it is empty: give LEFT,TOP,RIGHT,BOTTOM')):
