@@ -9,6 +9,7 @@
 #include "cli/JsonLine.h"
 #include "cli/OptionGroup.h"
 #include "cli/OptionValues.h"
+#include "cli/RangeOption.h"
 #include "cli/SharedOptions.h"
 #include "cli/ShownText.h"
 #include "cli/Sources.h"
@@ -43,6 +44,7 @@ struct SDiffOptions {
     std::uint32_t turn = 0;
     bool recursive = false;
     std::wstring image;
+    std::optional<SValueRange> range; ///< of the image
     bool overwrite = false;
     bool noSync = false;
     bool json = false;
@@ -404,7 +406,7 @@ class CDiff {
             return;
         }
         const std::string problem =
-            WriteDifferencePicture(comparison, files, Image(), DefaultThreads());
+            WriteDifferencePicture(comparison, files, Image(), m_options.range, DefaultThreads());
         if (!problem.empty())
             comparison.problems.push_back(
                 fmt::format("{}: {}", WideToShownUtf8(m_options.image), problem));
@@ -438,6 +440,7 @@ void AddOptions(CLI::App& command, SDiffOptions& options) {
     CLI::Option* const image =
         outputs.AddValue("--image", "FILE", options.image, ParsePicturePath,
                          "New PNG file for a picture of how far the pixels are apart");
+    AddRange(outputs, options.range)->needs(image);
     outputs.AddFlag("--overwrite", options.overwrite, kOverwriteHelp)->needs(image);
     outputs.AddFlag("--no-sync", options.noSync, kNoSyncHelp)->needs(image);
     AddJsonFlag(command, options.json);

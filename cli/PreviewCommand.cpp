@@ -1,7 +1,4 @@
 #include <algorithm>
-#include <array>
-#include <charconv>
-#include <cmath>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -16,8 +13,10 @@
 #include "app/inspection/Preview.h"
 #include "cli/Commands.h"
 #include "cli/JsonLine.h"
+#include "cli/NumberText.h"
 #include "cli/OptionGroup.h"
 #include "cli/OptionValues.h"
+#include "cli/RangeOption.h"
 #include "cli/RunPrinter.h"
 #include "cli/SharedOptions.h"
 #include "cli/ShownText.h"
@@ -84,37 +83,6 @@ EColourScale ParseScale(const std::string& text) {
     return EColourScale::FalseColour;
 }
 
-/// The number that the whole text is; nothing for any other.
-template <class Number>
-std::optional<Number> NumberOf(std::string_view text) {
-    Number number{};
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc{} || end != text.data() + text.size())
-        return std::nullopt;
-    return number;
-}
-
-/// The numbers on both sides of the first of `separators`.
-template <class Number>
-std::array<std::optional<Number>, 2> NumberPair(std::string_view text,
-                                                std::string_view separators) {
-    const std::size_t place = text.find_first_of(separators);
-    if (place == std::string_view::npos)
-        return {};
-    return {NumberOf<Number>(text.substr(0, place)), NumberOf<Number>(text.substr(place + 1))};
-}
-
-SValueRange ParseRange(const std::string& text) {
-    const auto [low, high] = NumberPair<double>(text, ",");
-    constexpr double kLargest = 1e38; // of what a file's values can be, with room for a difference
-    if (!low || !high || !(std::abs(*low) <= kLargest) || !(std::abs(*high) <= kLargest))
-        RefuseValue(fmt::format("{} is no range: give LOW,HIGH as 0.8,1.2", text));
-    constexpr double kNarrowest = 1e-9; // of the numbers themselves; ticks could not be told apart
-    if (!(*high - *low > kNarrowest * std::max(std::abs(*low), std::abs(*high))))
-        RefuseValue(fmt::format("{} is empty or too narrow: give a LOW that is below HIGH", text));
-    return {*low, *high};
-}
-
 SPreviewGrid ParseGrid(const std::string& text) {
     const auto [columns, rows] = NumberPair<int>(text, "xX");
     if (!columns || !rows || std::min(*columns, *rows) < 1)
@@ -144,10 +112,7 @@ void AddPicture(CLI::App& command, SPreviewOptions& options) {
         .AddValue("--scale", "false-colour|grey", options.scale, ParseScale,
                   "Colours of brightness or coefficient")
         ->default_str("false-colour");
-    group
-        .AddValue("--range", "LOW,HIGH", options.range, ParseRange,
-                  "Values at the ends of the scale; those beyond have the colours of the ends")
-        ->default_str("the smallest and the largest shown");
+    AddRange(group, options.range);
     CLI::Option* const turned = group.AddValue(
         "--turned", "90|180|270", options.turnCode, ParseAngle,
         std::string("Show a single map before and after a clockwise turn in degrees") +

@@ -2,11 +2,20 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <vector>
 
 namespace trevolt {
 namespace {
 
 constexpr double kLargestScale = 64;
+
+// What is further from the middle value than so many times what all but one in `kOneFar` keep to is not
+// usual. Of fewer values some may be far, but none that is below twice the middle one.
+constexpr float kFarTimes = 10;
+constexpr std::size_t kOneFar = 100;
+constexpr std::size_t kMostFarOfFew = 4;
+constexpr float kSameShare = 1e-6F; ///< of the middle value: what differs by less is rounded
 
 int CellsOf(std::int64_t pixels, double scale) {
     if (scale >= 1)
@@ -73,17 +82,71 @@ std::optional<SValueRange> JoinedRange(const std::optional<SValueRange>& a,
     return SValueRange{std::min(a->low, b->low), std::max(a->high, b->high)};
 }
 
-SValueRange ScaleRange(EColourScale scale, const std::optional<SValueRange>& given,
-                       const std::optional<SValueRange>& found) {
-    if (given || !found)
-        return given.value_or(SValueRange{0, 1});
-    const double most = std::max(std::abs(found->low), std::abs(found->high));
-    if (scale == EColourScale::Diverging && most > 0)
+namespace {
+
+/// The value that as many as `number` others are not above; reorders them.
+float ValueAt(std::vector<float>& values, std::size_t number) {
+    const auto place = values.begin() + static_cast<std::ptrdiff_t>(number);
+    std::nth_element(values.begin(), place, values.end());
+    return *place;
+}
+
+/// How far from their middle one usual values are at most.
+float UsualDistance(const std::vector<float>& values, float middle) {
+    std::vector<float> distances;
+    distances.reserve(values.size());
+    for (const float value : values)
+        distances.push_back(std::abs(value - middle));
+    const std::size_t count = distances.size();
+    const std::size_t far = std::max(count / kOneFar, std::min((count + 1) / 4, kMostFarOfFew));
+    const float kept = ValueAt(distances, count - std::min(far + 1, count));
+    const float height = std::abs(middle);
+    if (kept > kSameShare * height)
+        return std::max(kFarTimes * kept, count < kOneFar * kMostFarOfFew ? height : 0);
+    // Nearly all are the same: that one, or the others by themselves, tell what is far.
+    if (middle != 0)
+        return height;
+    std::erase(distances, 0.0F);
+    return distances.empty() ? 0 : kFarTimes * ValueAt(distances, distances.size() / 2);
+}
+
+} // namespace
+
+std::optional<SValueRange> UsualRange(std::span<const float> values) {
+    std::vector<float> finite;
+    finite.reserve(values.size());
+    std::copy_if(values.begin(), values.end(), std::back_inserter(finite),
+                 [](float value) { return std::isfinite(value); });
+    if (finite.empty())
+        return std::nullopt;
+    const float middle = ValueAt(finite, finite.size() / 2);
+    const float most = UsualDistance(finite, middle);
+    float low = middle;
+    float high = middle;
+    for (const float value : finite) {
+        if (std::abs(value - middle) > most)
+            continue;
+        low = std::min(low, value);
+        high = std::max(high, value);
+    }
+    return SValueRange{static_cast<double>(low), static_cast<double>(high)};
+}
+
+SValueRange ScaleRange(const SScaleEnds& ends, std::span<const float> values) {
+    if (ends.given)
+        return *ends.given;
+    const auto usual = UsualRange(values);
+    if (!usual)
+        return {0, 1};
+    if (ends.fromZero)
+        return {0, usual->high > 0 ? usual->high : 1};
+    const double most = std::max(std::abs(usual->low), std::abs(usual->high));
+    if (ends.scale == EColourScale::Diverging && most > 0)
         return {-most, most};
-    if (found->low < found->high)
-        return *found;
+    if (usual->low < usual->high)
+        return *usual;
     const double aside = most > 0 ? most / 2 : 0.5;
-    return {found->low - aside, found->low + aside};
+    return {usual->low - aside, usual->low + aside};
 }
 
 void CCellPainter::Paint(CPicture& picture, int left, int top, const SValueCells& cells,
@@ -118,8 +181,12 @@ SColour CCellPainter::ColourOf(const float* cell, std::size_t channels) {
     if (!std::all_of(cell, cell + channels, [](float value) { return std::isfinite(value); }))
         return kNoNumberColour;
     const auto [least, most] = std::minmax_element(cell, cell + channels);
-    m_below += static_cast<double>(*least) < m_range.low ? 1 : 0;
-    m_above += static_cast<double>(*most) > m_range.high ? 1 : 0;
+    const bool isBelow = static_cast<double>(*least) < m_range.low;
+    const bool isAbove = static_cast<double>(*most) > m_range.high;
+    m_below += isBelow ? 1 : 0;
+    m_above += isAbove ? 1 : 0;
+    if (channels == 1 && (isBelow || isAbove))
+        return isBelow ? kBelowColour : kAboveColour;
     if (channels == 1)
         return m_scale.At(Place(cell[0]));
     return {ScreenValue(Place(cell[0])), ScreenValue(Place(cell[1])), ScreenValue(Place(cell[2]))};

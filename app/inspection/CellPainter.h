@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 
 #include "app/inspection/AreaAverage.h"
 #include "app/inspection/ColourScale.h"
@@ -46,10 +47,21 @@ std::optional<SValueRange> RangeOf(const SValueCells& cells);
 std::optional<SValueRange> JoinedRange(const std::optional<SValueRange>& a,
                                        const std::optional<SValueRange>& b);
 
-/// The range of a scale for the values that were found, unless one is given: of a single value both
-/// sides of it, of none 0 to 1. A diverging scale reaches as far below 0 as above.
-SValueRange ScaleRange(EColourScale scale, const std::optional<SValueRange>& given,
-                       const std::optional<SValueRange>& found);
+/// The smallest and the largest of the finite values without the few, at most one in a hundred, or four,
+/// that are so far from the others that no scale with them would tell the others apart; nothing where
+/// none is finite.
+std::optional<SValueRange> UsualRange(std::span<const float> values);
+
+/// How a scale gets its ends.
+struct SScaleEnds {
+    EColourScale scale = EColourScale::FalseColour;
+    std::optional<SValueRange> given; ///< else by the values
+    bool fromZero = false;            ///< the lower one is 0 unless given
+};
+
+/// The ends of a scale for values: those of their usual range, of a single value on both sides of it,
+/// of none 0 to 1. A diverging scale reaches as far below 0 as above.
+SValueRange ScaleRange(const SScaleEnds& ends, std::span<const float> values);
 
 /// A plot that is thinner is hard to see.
 inline constexpr int kThinnestPlot = 16;
@@ -65,8 +77,9 @@ struct SPaintedValues {
     bool isLight = false;        ///< the scale is that of three colours' light
 };
 
-/// Paints cells of one value by a colour scale, and cells of three, red, green and blue, as light:
-/// `range.low` is dark, `range.high` full. Counts what it paints.
+/// Paints cells of one value by a colour scale, those beyond its ends in colours of their own, and
+/// cells of three, red, green and blue, as light: `range.low` and below is dark, `range.high` and above
+/// full. Counts what it paints.
 class CCellPainter {
   public:
     CCellPainter(EColourScale scale, const SValueRange& range) : m_scale(scale), m_range(range) {}

@@ -15,8 +15,10 @@ enum class EColourScale {
     Diverging    ///< from blue through near white, in the middle, to brown
 };
 
-/// What is no number is painted so; it is on no scale.
+// On no scale: what is no number, and values beyond a scale's ends.
 inline constexpr SColour kNoNumberColour{255, 0, 170};
+inline constexpr SColour kBelowColour{150, 84, 255};
+inline constexpr SColour kAboveColour{220, 24, 20};
 
 class CColourScale {
   public:

@@ -1,13 +1,11 @@
 #include "app/inspection/FileComparison.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include <fmt/format.h>
 
 #include "app/inspection/PngFile.h"
-#include "app/inspection/ValuePicture.h"
 #include "app/rotation/CoefFile.h"
 #include "platform/FileSystem.h"
 #include "trevolt/CoefRotation.h"
@@ -96,15 +94,6 @@ class CFileComparison {
     SFileComparison m_found;
 };
 
-/// A scale that begins where nothing differs; nothing where the greatest difference has no place on one.
-std::optional<SValueRange> RangeFromNone(const SCoefDifference& difference) {
-    double most = 0;
-    for (std::size_t k = 0; k < difference.values.size(); ++k)
-        if (difference.compared.test(k))
-            most = std::max(most, difference.values[k].most);
-    return most > 0 && std::isfinite(most) ? std::optional(SValueRange{0, most}) : std::nullopt;
-}
-
 std::string NamePart(const std::wstring& path) {
     return WideToShownUtf8(path.substr(FolderPart(path).size()));
 }
@@ -117,8 +106,7 @@ SSheetText TextOf(const SFileComparison& comparison, const SComparedFiles& files
     const std::string turned =
         turn == kAngles.end() ? "" : fmt::format(" turned by {}", WideToShownUtf8(turn->text));
     return {fmt::format("{}{} and {}", NamePart(files.a), turned, NamePart(files.b)),
-            fmt::format("{} of {} pixels differ", difference.differing, difference.pixels),
-            "largest difference of a pixel's values"};
+            DifferenceText(difference, files.tolerance), "largest difference of a pixel's values"};
 }
 
 } // namespace
@@ -127,12 +115,17 @@ SFileComparison CompareFiles(const SComparedFiles& files, std::size_t threads) {
     return CFileComparison(files, threads).Run();
 }
 
-std::string WriteDifferencePicture(const SFileComparison& comparison, const SComparedFiles& files,
-                                   const SOutputFile& output, std::size_t threads) {
+std::string DifferenceText(const SCoefDifference& difference, double tolerance) {
+    const std::string least = tolerance == 0 ? "" : fmt::format(" by more than {}", tolerance);
+    if (difference.differing == 0)
+        return fmt::format("no pixel differs{}: {} pixels", least, difference.pixels);
+    return fmt::format("{} of {} pixels differ{}", difference.differing, difference.pixels, least);
+}
+
+SValuePicture PaintDifference(const SFileComparison& comparison, const SComparedFiles& files,
+                              const std::optional<SValueRange>& range, std::size_t threads) {
     const CChromaCorrectCoef& a = *comparison.a;
     const CChromaCorrectCoef& b = *comparison.b;
-    if (a.IsEmpty())
-        return "there is no picture of maps without pixels";
     const auto readRow = [&](std::size_t y, float* row) {
         for (std::uint32_t x = 0; x < a.Width(); ++x) {
             const auto line = static_cast<std::int64_t>(y);
@@ -143,9 +136,18 @@ std::string WriteDifferencePicture(const SFileComparison& comparison, const SCom
     };
     SValuePictureStyle style;
     style.text = TextOf(comparison, files);
-    style.range = RangeFromNone(*comparison.difference);
+    style.range = range;
+    style.fromZero = true;
     style.jobs = threads;
-    const SValuePicture painted = PaintValues({a.Width(), a.Height(), 1, readRow}, style);
+    return PaintValues({a.Width(), a.Height(), 1, readRow}, style);
+}
+
+std::string WriteDifferencePicture(const SFileComparison& comparison, const SComparedFiles& files,
+                                   const SOutputFile& output,
+                                   const std::optional<SValueRange>& range, std::size_t threads) {
+    if (comparison.a->IsEmpty())
+        return "there is no picture of maps without pixels";
+    const SValuePicture painted = PaintDifference(comparison, files, range, threads);
     return WriteOutputFile(
         output, [&](const std::wstring& path) { return WritePngFile(painted.picture, path); });
 }

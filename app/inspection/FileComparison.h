@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "app/inspection/CoefDifference.h"
+#include "app/inspection/ValuePicture.h"
 #include "app/rotation/OutputFile.h"
 #include "trevolt/QuarterTurn.h"
 
@@ -39,9 +40,17 @@ struct SFileComparison {
 /// std::bad_alloc.
 SFileComparison CompareFiles(const SComparedFiles& files, std::size_t threads);
 
-/// Writes a picture of how far the pixels of two maps are apart that were compared. What went wrong, in
-/// plain words; nothing when the file stands. Throws std::bad_alloc.
+/// How many pixels differ, in plain words.
+std::string DifferenceText(const SCoefDifference& difference, double tolerance);
+
+/// A picture of how far the pixels of two maps are apart that were compared and are not empty, with
+/// `range` at the scale's ends, else from 0 to the largest usual distance. Throws std::bad_alloc.
+SValuePicture PaintDifference(const SFileComparison& comparison, const SComparedFiles& files,
+                              const std::optional<SValueRange>& range, std::size_t threads);
+
+/// Writes it. What went wrong, in plain words; nothing when the file stands. Throws std::bad_alloc.
 std::string WriteDifferencePicture(const SFileComparison& comparison, const SComparedFiles& files,
-                                   const SOutputFile& output, std::size_t threads);
+                                   const SOutputFile& output,
+                                   const std::optional<SValueRange>& range, std::size_t threads);
 
 } // namespace trevolt

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 #include <utility>
 
 #include <fmt/format.h>
@@ -65,11 +66,9 @@ std::string SizeText(const PixelSize& size) {
     return fmt::format("{} × {}", size.width, size.height);
 }
 
-/// The scale's ends; light is shown from none on.
-SValueRange RangeOfStyle(const SMapPictureStyle& style, const std::optional<SValueRange>& found) {
-    if (style.view.what != EMapView::White || style.range || !found || found->high <= 0)
-        return ScaleRange(style.scale, style.range, found);
-    return {0, found->high};
+/// The scale's ends for values; light is shown from none on.
+SValueRange RangeOfStyle(const SMapPictureStyle& style, std::span<const float> values) {
+    return ScaleRange({style.scale, style.range, style.view.what == EMapView::White}, values);
 }
 
 } // namespace
@@ -131,7 +130,7 @@ class CTurnPicture {
 
     SValuePicture Paint() && {
         const auto found = RangeOf(m_cells);
-        CCellPainter painter(m_style.scale, RangeOfStyle(m_style, found));
+        CCellPainter painter(m_style.scale, RangeOfStyle(m_style, m_cells.values));
         const SPlotShape turnedShape = TurnedShape();
         const int left = m_sheet.Left();
         const int turnedLeft = left + m_shape.Width() + kGap;
@@ -228,7 +227,7 @@ SValuePicture PaintMap(const CChromaCorrectCoef& map, const SMapPictureText& tex
     const SSheetText sheetText{
         text.name, fmt::format("{} · {} · {}", SizeText(size), text.kind, MapViewText(style.view)),
         LegendText(style.view)};
-    CCellPainter painter(style.scale, RangeOfStyle(style, found));
+    CCellPainter painter(style.scale, RangeOfStyle(style, cells.values));
     return PaintPlotSheet(sheetText, cells, shape, painter, found, style.width);
 }
 
@@ -325,11 +324,13 @@ void PaintMissing(CPicture& picture, const SPictureRect& place) {
 SValuePicture CWallPicture::Paint(const std::string& title) const {
     std::optional<SValueRange> found;
     std::uint64_t notFinite = 0;
+    std::vector<float> values;
     for (const SValueCells& cells : m_cells) {
         found = JoinedRange(found, RangeOf(cells));
         notFinite += cells.notFinite;
+        values.insert(values.end(), cells.values.begin(), cells.values.end());
     }
-    CCellPainter painter(m_style.scale, RangeOfStyle(m_style, found));
+    CCellPainter painter(m_style.scale, RangeOfStyle(m_style, values));
     CPictureSheet sheet(
         {title,
          fmt::format("{} {} · {}", m_cabinets.size(),

@@ -23,12 +23,17 @@ constexpr int kSmallestSide = 16;
 constexpr int kLargestSide = 128;
 constexpr int kThinnestShown = 4;
 
-std::string RangeText(const std::optional<SValueRange>& found) {
+std::string RangeText(const SPaintedValues& painted) {
+    const auto& found = painted.found;
     if (!found)
         return "without any number";
     if (found->low == found->high)
         return fmt::format("{:.3g} everywhere", found->low);
-    return fmt::format("{:.3g} to {:.3g}", found->low, found->high);
+    const std::string all = fmt::format("{:.3g} to {:.3g}", found->low, found->high);
+    if (painted.below + painted.above == 0)
+        return all;
+    return fmt::format("{:.3g} to {:.3g}, a few from {}", painted.range.low, painted.range.high,
+                       all);
 }
 
 } // namespace
@@ -49,13 +54,13 @@ SThumbnail MapThumbnail(const CChromaCorrectCoef& map, int side) {
                       static_cast<std::size_t>(shape.cellsHigh), 1);
     const auto found = RangeOf(cells);
     CPicture picture(shape.cellsWide, shape.cellsHigh, kNoNumberColour);
-    CCellPainter painter(EColourScale::FalseColour,
-                         ScaleRange(EColourScale::FalseColour, {}, found));
+    CCellPainter painter(EColourScale::FalseColour, ScaleRange({}, cells.values));
     painter.Paint(picture, 0, 0, cells, {shape.cellsWide, shape.cellsHigh, 1, 1});
     const std::vector<std::uint8_t> png = PngBytes(picture);
     const int times = kLargestSide / std::max(shape.Width(), shape.Height());
     return {std::string(png.begin(), png.end()), static_cast<std::uint32_t>(times * shape.Width()),
-            static_cast<std::uint32_t>(times * shape.Height()), RangeText(found)};
+            static_cast<std::uint32_t>(times * shape.Height()),
+            RangeText(painter.Painted(found, cells.notFinite))};
 }
 
 } // namespace trevolt

@@ -39,18 +39,17 @@ std::string ShareText(std::uint64_t part, std::uint64_t whole) {
     return share < 0.1 ? "less than 0.1 %" : fmt::format("{:.1f} %", share);
 }
 
-std::vector<SLegendNote> NotesOf(const CCellPainter& painter, const SPaintedValues& painted) {
+std::vector<SLegendNote> NotesOf(const SPaintedValues& painted) {
     std::vector<SLegendNote> notes;
-    const auto colour = [&](double place) {
-        return painted.isLight ? CCellPainter::LightColour(place) : painter.ScaleColour(place);
-    };
+    const char* const also = painted.isLight ? "also " : ""; // the colours of light have no other
     if (painted.below > 0)
-        notes.push_back({colour(0), fmt::format("also below {}: {}", ShownNumber(painted.range.low),
-                                                ShareText(painted.below, painted.cells))});
+        notes.push_back({painted.isLight ? CCellPainter::LightColour(0) : kBelowColour,
+                         fmt::format("{}below {}: {}", also, ShownNumber(painted.range.low),
+                                     ShareText(painted.below, painted.cells))});
     if (painted.above > 0)
-        notes.push_back(
-            {colour(1), fmt::format("also above {}: {}", ShownNumber(painted.range.high),
-                                    ShareText(painted.above, painted.cells))});
+        notes.push_back({painted.isLight ? CCellPainter::LightColour(1) : kAboveColour,
+                         fmt::format("{}above {}: {}", also, ShownNumber(painted.range.high),
+                                     ShareText(painted.above, painted.cells))});
     if (painted.notFinite > 0)
         notes.push_back(
             {kNoNumberColour, fmt::format("infinite or no number: {} {}", painted.notFinite,
@@ -94,7 +93,7 @@ void CPictureSheet::PaintHeader() {
 CPicture CPictureSheet::Finish(const CCellPainter& painter, const SPaintedValues& painted,
                                std::vector<SLegendNote> notes) && {
     PaintScale(painter, painted);
-    std::vector<SLegendNote> all = NotesOf(painter, painted);
+    std::vector<SLegendNote> all = NotesOf(painted);
     all.insert(all.begin(), notes.begin(), notes.end());
     PaintNotes(all);
     m_picture.Lengthen(kMargin, ink::kPaper);

@@ -22,7 +22,8 @@ SValuePicture PaintValues(const SValueRows& rows, const SValuePictureStyle& styl
     const SValueCells cells = AverageByArea(rows, static_cast<std::size_t>(shape.cellsWide),
                                             static_cast<std::size_t>(shape.cellsHigh), style.jobs);
     const auto found = RangeOf(cells);
-    CCellPainter painter(style.scale, ScaleRange(style.scale, style.range, found));
+    CCellPainter painter(style.scale,
+                         ScaleRange({style.scale, style.range, style.fromZero}, cells.values));
     return PaintPlotSheet(style.text, cells, shape, painter, found, style.width);
 }
 

@@ -14,9 +14,8 @@ namespace trevolt {
 struct SValuePictureStyle {
     SSheetText text;
     EColourScale scale = EColourScale::FalseColour;
-    /// The values at the scale's ends; else the smallest and the largest that are painted, and of a
-    /// diverging scale as far from 0 on both sides.
-    std::optional<SValueRange> range;
+    std::optional<SValueRange> range; ///< at the scale's ends; else by the values
+    bool fromZero = false;            ///< the lower end is 0 unless it is given
     int width =
         kPictureWidth; ///< of the picture at most, at least 200; its height is five eighths of it
     std::size_t jobs = 1; ///< threads

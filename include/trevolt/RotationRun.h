@@ -51,7 +51,7 @@ struct SThumbnail {
     // How large it is to be shown, in pixels of the screen.
     std::uint32_t width = 0;
     std::uint32_t height = 0;
-    std::string range; ///< the values of its darkest and its lightest colour, in plain words
+    std::string range; ///< the values that its colours reach over, in plain words
 };
 
 struct SRotationRequest {

@@ -9,6 +9,7 @@ import numpy as np
 
 import coef_arrays
 from cli_support import ANGLES, PROGRAM, SAMPLES, CliTest, coef_file, posix_only
+from preview_test import ABOVE, LEFT, TOP, Picture
 
 CABINET = SAMPLES / 'cabinet'
 KEYS = ['type', 'a', 'b', 'status', 'angle', 'tolerance', 'size_a', 'size_b', 'pixels',
@@ -249,6 +250,11 @@ class Diff(CliTest):
         self.assertEqual(image.read_bytes(), content)
         self.diff(a, a, '--image', image, '--overwrite', '--no-sync', status=0)
         self.assertNotEqual(image.read_bytes(), content)
+        self.diff(a, b, '--image', image, '--overwrite', '--range', '0,0.0001', status=1)
+        self.assertIn(ABOVE, {Picture(image.read_bytes()).at(LEFT + x, TOP) for x in range(500)})
+        self.expect_words(self.run_cli('diff', a, b, '--range', '0,1'), 2, '--image')
+        self.expect_words(self.run_cli('diff', a, b, '--image', image, '--range', '1'), 2,
+                          '--range: 1 is no range')
         self.expect_words(self.run_cli('diff', a, b, '--overwrite'), 2, '--image')
         self.expect_words(self.run_cli('diff', CABINET, CABINET, '--image', self.target / 'n.png'), 2,
                           '--image is of two files')

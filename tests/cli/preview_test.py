@@ -13,6 +13,7 @@ LEFT, TOP = 28, 84  # of what a picture shows
 FRAME = (120, 124, 132)
 PAPER = (255, 255, 255)
 NO_NUMBER = (255, 0, 170)
+BELOW, ABOVE = (150, 84, 255), (220, 24, 20)
 
 
 class Picture:
@@ -124,8 +125,23 @@ class Preview(CliTest):
         self.assertEqual([shown[key] for key in ('scale_low', 'scale_high', 'cells', 'cells_below',
                                                  'cells_above')], [0.25, 0.5, 4, 1, 1])
         picture = self.shown()
-        self.assertEqual(picture.at(LEFT, TOP), picture.at(LEFT + 64, TOP))
-        self.assertEqual(picture.at(LEFT + 128, TOP), picture.at(LEFT + 192, TOP))
+        self.assertEqual(picture.at(LEFT, TOP), BELOW)
+        self.assertEqual(picture.at(LEFT + 192, TOP), ABOVE)
+
+    def test_a_few_wild_values_leave_the_others_their_scale(self):
+        values = [0.8 + x / 1000 for x in range(100)] + [1e30, -2e20]
+        path = self.add_floats('a.9fcoef', 51, 2, [grey_element(v) for v in values])
+        file, summary = self.objects(self.preview('--json', path, self.picture))
+        self.assertAlmostEqual(file['high'] / 1e30, 1, 6)
+        shown = summary['picture']
+        self.assertAlmostEqual(shown['scale_low'], 0.8, 5)
+        self.assertAlmostEqual(shown['scale_high'], 0.899, 5)
+        self.assertEqual((shown['cells_below'], shown['cells_above']), (1, 1))
+        picture = self.shown()
+        side = (picture.width - 2 * LEFT) // 51
+        self.assertEqual(picture.at(LEFT + 49 * side, TOP + side), ABOVE)
+        self.assertEqual(picture.at(LEFT + 50 * side, TOP + side), BELOW)
+        self.assertNotEqual(picture.at(LEFT, TOP), picture.at(LEFT + 50 * side, TOP))
 
     def test_the_turn_is_shown_as_the_run_turns(self):
         values = [grey_element(v / 8) for v in range(8)]

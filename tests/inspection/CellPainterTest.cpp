@@ -1,6 +1,7 @@
 #include "app/inspection/CellPainter.h"
 
 #include <limits>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -8,6 +9,7 @@ namespace trevolt {
 namespace {
 
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 TEST(CellPainter, ScalesDownToWhatFitsAndUpByWholeNumbers) {
     EXPECT_EQ(PlotScale({400, 100}, {200, 200}), 0.5);
@@ -35,15 +37,69 @@ TEST(CellPainter, FindsTheRangeOfWhatIsFinite) {
     EXPECT_EQ(JoinedRange(SValueRange{0, 1.5}, std::nullopt), (SValueRange{0, 1.5}));
 }
 
+/// So many of one value, and some others.
+std::vector<float> Mostly(std::size_t count, float value, std::vector<float> others) {
+    others.insert(others.end(), count, value);
+    return others;
+}
+
+TEST(CellPainter, LeavesOutOfAScaleTheFewThatAreFarFromAllOthers) {
+    EXPECT_EQ(UsualRange({}), std::nullopt);
+    EXPECT_EQ(UsualRange(std::vector{kNan, -kInfinity}), std::nullopt);
+    EXPECT_EQ(UsualRange(std::vector{kNan, 3.0F, kInfinity}), (SValueRange{3, 3}));
+    EXPECT_EQ(UsualRange(std::vector{5.0F, 1.0F}), (SValueRange{1, 5}));
+
+    std::vector<float> spread; // 0 to 999, the middle one 500
+    for (int i = 0; i < 1000; ++i)
+        spread.push_back(static_cast<float>(i));
+    EXPECT_EQ(UsualRange(spread), (SValueRange{0, 999}));
+    for (const float wild : {1e30F, -1e30F, 3e38F, 5600.0F, -4600.0F})
+        EXPECT_EQ(UsualRange(Mostly(3, wild, spread)), (SValueRange{0, 999})) << wild;
+    EXPECT_EQ(UsualRange(Mostly(3, 5400, spread)), (SValueRange{0, 5400}));
+    EXPECT_EQ(UsualRange(Mostly(3, -4400, spread)), (SValueRange{-4400, 999}));
+    EXPECT_EQ(UsualRange(Mostly(10, 1e30F, spread))->high, 999);  // of 1010
+    EXPECT_GT(UsualRange(Mostly(12, 1e30F, spread))->high, 1e29); // no longer few
+}
+
+TEST(CellPainter, TellsWhatIsFarAmongValuesThatAreNearlyAllTheSame) {
+    EXPECT_EQ(UsualRange(Mostly(1000, 1, {1.2F, 0, 2})), (SValueRange{0, 2}));
+    EXPECT_EQ(UsualRange(Mostly(1000, 1, {1e30F, 0.5F, -0.5F})), (SValueRange{0.5, 1}));
+    EXPECT_EQ(UsualRange(Mostly(1000, -1, {1e30F, -1.5F})), (SValueRange{-1.5, -1}));
+    EXPECT_EQ(UsualRange(Mostly(1000, 0, {0.25F, 0.5F, 2, 1e30F})), (SValueRange{0, 2}));
+    EXPECT_EQ(UsualRange(Mostly(1000, 0, {0.25F, 0.5F, 1, 6})), (SValueRange{0, 6}));
+    EXPECT_EQ(UsualRange(Mostly(1000, 0, {})), (SValueRange{0, 0}));
+    // Rounding is no difference.
+    EXPECT_EQ(UsualRange(Mostly(1000, 1, Mostly(100, 1.0000001F, {0.5F, 1e30F})))->low, 0.5);
+}
+
+TEST(CellPainter, TellsOneThatIsFarAmongFew) {
+    EXPECT_EQ(UsualRange(std::vector{1.0F, 1.0F, 1e30F}), (SValueRange{1, 1}));
+    EXPECT_EQ(UsualRange(std::vector{1.0F, 1.01F, 0.99F, 1e30F}).value().high, 1.01F);
+    EXPECT_EQ(UsualRange(std::vector{1.0F, 1.01F, 0.99F, 2.0F}).value().high, 2);
+    std::vector<float> many{1.1F, 1.01F, 2.0F};
+    for (int i = 0; i < 10; ++i)
+        many.push_back(static_cast<float>(i) / 10);
+    EXPECT_EQ(UsualRange(Mostly(3, 1e30F, many)), (SValueRange{0, 2})); // of 16
+    EXPECT_EQ(UsualRange(Mostly(4, 1e30F, many)), (SValueRange{0, 2}));
+    EXPECT_GT(UsualRange(Mostly(5, 1e30F, many))->high, 1e29);
+}
+
 TEST(CellPainter, GivesEveryScaleARange) {
-    constexpr auto kScale = EColourScale::FalseColour;
-    EXPECT_EQ(ScaleRange(kScale, {}, SValueRange{1, 2}), (SValueRange{1, 2}));
-    EXPECT_EQ(ScaleRange(kScale, SValueRange{5, 6}, SValueRange{1, 2}), (SValueRange{5, 6}));
-    EXPECT_EQ(ScaleRange(kScale, {}, {}), (SValueRange{0, 1}));
-    EXPECT_EQ(ScaleRange(kScale, {}, SValueRange{4, 4}), (SValueRange{2, 6}));
-    EXPECT_EQ(ScaleRange(kScale, {}, SValueRange{0, 0}), (SValueRange{-0.5, 0.5}));
-    EXPECT_EQ(ScaleRange(EColourScale::Diverging, {}, SValueRange{-1, 3}), (SValueRange{-3, 3}));
-    EXPECT_EQ(ScaleRange(EColourScale::Diverging, {}, SValueRange{0, 0}), (SValueRange{-0.5, 0.5}));
+    const std::vector<float> two{1, 2};
+    const std::vector<float> zero{0};
+    EXPECT_EQ(ScaleRange({}, two), (SValueRange{1, 2}));
+    EXPECT_EQ(ScaleRange({.given = SValueRange{5, 6}}, two), (SValueRange{5, 6}));
+    EXPECT_EQ(ScaleRange({}, {}), (SValueRange{0, 1}));
+    EXPECT_EQ(ScaleRange({}, std::vector{4.0F}), (SValueRange{2, 6}));
+    EXPECT_EQ(ScaleRange({}, zero), (SValueRange{-0.5, 0.5}));
+    constexpr SScaleEnds kDiverging{EColourScale::Diverging, {}, false};
+    EXPECT_EQ(ScaleRange(kDiverging, std::vector{-1.0F, 3.0F, 1.0F}), (SValueRange{-3, 3}));
+    EXPECT_EQ(ScaleRange(kDiverging, zero), (SValueRange{-0.5, 0.5}));
+    constexpr SScaleEnds kFromZero{EColourScale::FalseColour, {}, true};
+    EXPECT_EQ(ScaleRange(kFromZero, two), (SValueRange{0, 2}));
+    EXPECT_EQ(ScaleRange(kFromZero, zero), (SValueRange{0, 1}));
+    EXPECT_EQ(ScaleRange(kFromZero, std::vector{-4.0F}), (SValueRange{0, 1}));
+    EXPECT_EQ(ScaleRange({{}, SValueRange{5, 6}, true}, two), (SValueRange{5, 6}));
 }
 
 TEST(CellPainter, TurnsCellsAsMapsAreTurned) {
@@ -89,8 +145,11 @@ TEST(CellPainter, CountsWhatIsBeyondTheEnds) {
     EXPECT_EQ(painted.range, (SValueRange{0, 1}));
     EXPECT_EQ(painted.found, (SValueRange{-1, 2}));
     EXPECT_FALSE(painted.isLight);
-    EXPECT_EQ(picture.At(0, 0), picture.At(1, 0));
-    EXPECT_EQ(picture.At(4, 0), picture.At(2, 0));
+    EXPECT_EQ(picture.At(0, 0), kBelowColour);
+    EXPECT_EQ(picture.At(1, 0), CColourScale(EColourScale::Grey).At(0));
+    EXPECT_EQ(picture.At(2, 0), CColourScale(EColourScale::Grey).At(1));
+    EXPECT_EQ(picture.At(3, 0), kAboveColour);
+    EXPECT_EQ(picture.At(5, 0), kNoNumberColour);
 }
 
 TEST(CellPainter, PaintsThreeValuesAsLight) {

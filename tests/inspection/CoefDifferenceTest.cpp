@@ -237,11 +237,28 @@ TEST(FileComparison, PaintsHowFarPixelsAreApart) {
     const SFileComparison found = CompareFiles(files, 1);
     const CTemporaryFolder folder;
     const SOutputFile output{folder.File(L"apart.png"), false, false};
-    EXPECT_EQ(WriteDifferencePicture(found, files, output, 1), "");
+    EXPECT_EQ(WriteDifferencePicture(found, files, output, {}, 1), "");
     const Bytes bytes = ReadFile(output.path);
     ASSERT_GT(bytes.size(), 1000U);
     EXPECT_EQ(Bytes(bytes.begin(), bytes.begin() + 4), MakeBytes({0x89, 'P', 'N', 'G'}));
-    EXPECT_NE(WriteDifferencePicture(found, files, output, 1), ""); // it stands
+    EXPECT_NE(WriteDifferencePicture(found, files, output, {}, 1), ""); // it stands
+}
+
+TEST(FileComparison, ScalesAPictureOfWhatIsTheSameFromZero) {
+    SComparedFiles files{Cabinet(1, L".9fcoef"), Cabinet(1, L".9fcoef")};
+    const SFileComparison same = CompareFiles(files, 1);
+    EXPECT_EQ(PaintDifference(same, files, {}, 1).values.range, (SValueRange{0, 1}));
+    EXPECT_EQ(DifferenceText(*same.difference, 0), "no pixel differs: 960 pixels");
+    EXPECT_EQ(DifferenceText(*same.difference, 0.5),
+              "no pixel differs by more than 0.5: 960 pixels");
+    files.b = Cabinet(2, L".3fcoef");
+    const SFileComparison apart = CompareFiles(files, 1);
+    ASSERT_TRUE(apart.difference);
+    const SPaintedValues found = PaintDifference(apart, files, {}, 1).values;
+    EXPECT_EQ(found.range, (SValueRange{0, found.found->high}));
+    EXPECT_EQ(found.below + found.above, 0U);
+    EXPECT_EQ(PaintDifference(apart, files, SValueRange{1, 2}, 1).values.below, 960U);
+    EXPECT_EQ(DifferenceText(*apart.difference, 0.5), "960 of 960 pixels differ by more than 0.5");
 }
 
 } // namespace

@@ -58,6 +58,18 @@ TEST(MapThumbnail, TellsTheValuesOfItsColours) {
     EXPECT_EQ(MapThumbnail(map, 64).range, "without any number");
 }
 
+TEST(MapThumbnail, NamesWhatIsBeyondItsColours) {
+    CChromaCorrectCoef map = MapOf(9, 2);
+    SMatrixCoef pixel = map.DefaultElement();
+    for (const auto& [x, factor] : {std::pair{0, 0.5F}, {1, 1e30F}}) {
+        SMatrixCoef shown = pixel;
+        for (float& value : shown.m)
+            value *= factor;
+        map.SetElement(x, 0, shown);
+    }
+    EXPECT_EQ(MapThumbnail(map, 64).range, "0.5 to 1, a few from 0.5 to 1e+30");
+}
+
 TEST(MapThumbnail, ThereIsNoneWithoutPixels) {
     EXPECT_EQ(MapThumbnail(CChromaCorrectCoef(), 64).png, "");
 }

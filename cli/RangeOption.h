@@ -1,0 +1,16 @@
+// The option of a picture's scale, as the commands share it.
+#pragma once
+
+#include <optional>
+
+#include <CLI/CLI.hpp>
+
+#include "app/inspection/CellPainter.h"
+#include "cli/OptionGroup.h"
+
+namespace trevolt {
+
+/// Adds --range, which it returns.
+CLI::Option* AddRange(COptionGroup& group, std::optional<SValueRange>& range);
+
+} // namespace trevolt
