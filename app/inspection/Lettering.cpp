@@ -1,23 +1,24 @@
 #include "app/inspection/Lettering.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 
+#include <fmt/format.h>
 #include <stb/stb_truetype.h>
 
 #include "app/inspection/FontFile.h"
+#include "common/ShownCharacters.h"
 #include "trevolt/Utf8.h"
 
 namespace trevolt {
 namespace {
 
-constexpr char32_t kReplacement = 0xFFFD;
-
-/// The code points of UTF-8, one replacement for text that is none.
+/// The code points of UTF-8; bytes that are none are escaped.
 std::u32string CodePoints(std::string_view text) {
-    const auto wide = Utf8ToWide(text);
+    auto wide = Utf8ToWide(text);
     if (!wide)
-        return {kReplacement};
+        wide = Utf8ToWide(Shown(text));
     std::u32string points;
     for (std::size_t i = 0; i < wide->size(); ++i) {
         auto point = static_cast<char32_t>((*wide)[i]);
@@ -30,6 +31,18 @@ std::u32string CodePoints(std::string_view text) {
     return points;
 }
 
+std::string ToUtf8(std::u32string_view points) {
+    std::wstring wide;
+    for (char32_t point : points) {
+        if (sizeof(wchar_t) == 2 && point >= 0x10000) {
+            wide.push_back(static_cast<wchar_t>(0xD800 + ((point - 0x10000) >> 10)));
+            point = 0xDC00 + ((point - 0x10000) & 0x3FF);
+        }
+        wide.push_back(static_cast<wchar_t>(point));
+    }
+    return WideToShownUtf8(wide);
+}
+
 const stbtt_fontinfo& Font() {
     static const stbtt_fontinfo font = [] {
         stbtt_fontinfo info{};
@@ -40,13 +53,29 @@ const stbtt_fontinfo& Font() {
     return font;
 }
 
+int GlyphOf(char32_t point) { return stbtt_FindGlyphIndex(&Font(), static_cast<int>(point)); }
+
+/// What stands for a character that is not plain: itself, or its escape.
+std::string TextFor(char32_t point) {
+    const std::string text = ToUtf8({&point, 1});
+    const std::string shown = Shown(text);
+    if (shown != text || GlyphOf(point) != 0)
+        return shown;
+    const auto code = static_cast<std::uint32_t>(point);
+    return code <= 0xFFFF ? fmt::format("\\u{:04X}", code) : fmt::format("\\U{:08X}", code);
+}
+
 /// The letters of a line with their places.
 class CLetterLine {
   public:
     CLetterLine(const std::u32string& points, int size)
         : m_scale(stbtt_ScaleForMappingEmToPixels(&Font(), static_cast<float>(size))) {
         for (const char32_t point : points)
-            Append(stbtt_FindGlyphIndex(&Font(), static_cast<int>(point)));
+            if (point >= U' ' && point <= U'~')
+                Append(GlyphOf(point));
+            else
+                for (const char32_t letter : CodePoints(TextFor(point)))
+                    Append(GlyphOf(letter));
     }
 
     int Width() const { return static_cast<int>(std::ceil(m_width)); }
@@ -103,18 +132,6 @@ class CLetterLine {
     std::vector<SLetter> m_letters;
 };
 
-std::string ToUtf8(std::u32string_view points) {
-    std::wstring wide;
-    for (char32_t point : points) {
-        if (sizeof(wchar_t) == 2 && point >= 0x10000) {
-            wide.push_back(static_cast<wchar_t>(0xD800 + ((point - 0x10000) >> 10)));
-            point = 0xDC00 + ((point - 0x10000) & 0x3FF);
-        }
-        wide.push_back(static_cast<wchar_t>(point));
-    }
-    return WideToShownUtf8(wide);
-}
-
 } // namespace
 
 int TextWidth(std::string_view text, int size) {
@@ -138,6 +155,23 @@ std::string ShortenedText(std::string_view text, int size, int width) {
             return ToUtf8(shortened);
     }
     return {};
+}
+
+std::vector<std::string> WrappedText(std::string_view text, int size, int width) {
+    std::vector<std::string> lines;
+    for (std::size_t begin = 0; begin <= text.size();) {
+        const std::size_t end = std::min(text.find(' ', begin), text.size());
+        const std::string word(text.substr(begin, end - begin));
+        begin = end + 1;
+        const std::string longer = lines.empty() ? word : lines.back() + ' ' + word;
+        if (!lines.empty() && TextWidth(longer, size) <= width)
+            lines.back() = longer;
+        else
+            lines.push_back(word);
+    }
+    for (std::string& line : lines)
+        line = ShortenedText(line, size, width);
+    return lines;
 }
 
 } // namespace trevolt

@@ -1,9 +1,10 @@
-// Text in pictures: UTF-8, one line, smooth edges. Letters stand in the order of the text; what the
-// font has no letter for is a box.
+// Text in pictures: UTF-8, one line, smooth edges. Letters stand in the order of the text; what is
+// hidden in it is escaped as elsewhere, what the font has no letter for as \u65E5 or \U0001F9FF.
 #pragma once
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "app/inspection/Picture.h"
 
@@ -20,5 +21,9 @@ void PaintText(CPicture& picture, int left, int baseline, std::string_view text,
 /// The text as it is when it is no wider than `width`, else with "…" in place of its middle, so that
 /// beginnings and ends of names stay; empty where not even that fits.
 std::string ShortenedText(std::string_view text, int size, int width);
+
+/// The text in lines that are no wider than `width`, broken at blanks; words that are wider are
+/// shortened. At least one line.
+std::vector<std::string> WrappedText(std::string_view text, int size, int width);
 
 } // namespace trevolt

@@ -1,5 +1,9 @@
 #include "app/inspection/Lettering.h"
 
+#include <string>
+#include <utility>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 namespace trevolt {
@@ -43,23 +47,43 @@ TEST(Lettering, StandsOnTheBaseline) {
 
 TEST(Lettering, HasSmoothEdges) { EXPECT_GT(SmoothPixels(Lettered("O")), 20); }
 
+CPicture LetteredWide(std::string_view text) {
+    CPicture picture(400, 40, kWhite);
+    PaintText(picture, 10, 28, text, kSize, kBlack);
+    return picture;
+}
+
 TEST(Lettering, HasLettersOfManyScripts) {
-    const CPicture box = Lettered("\U0001F9FF");
     for (const char* text : {"×", "°", "−", "ß", "é", "ő", "Ω", "λ", "Ж", "я", "…", "→"}) {
-        EXPECT_FALSE(SamePicture(Lettered(text), box)) << text;
+        EXPECT_LT(TextWidth(text, kSize), 2 * kSize) << text;
         EXPECT_GT(SmoothPixels(Lettered(text)), 0) << text;
     }
 }
 
-TEST(Lettering, ShowsABoxForWhatTheFontLacks) {
-    const CPicture box = Lettered("\U0001F9FF"); // beyond 16 bits
-    EXPECT_TRUE(SamePicture(box, Lettered("日")));
-    EXPECT_TRUE(SamePicture(box, Lettered("\x01")));
-    EXPECT_GT(TextWidth("日", kSize), 5);
+TEST(Lettering, EscapesWhatTheFontLacksAndWhatIsHidden) {
+    for (const auto& [text, shown] : {std::pair{"a日b", "a\\u65E5b"},
+                                      {"\U0001F9FF", "\\U0001F9FF"},
+                                      {"\x1B[1m", "\\x1B[1m"},
+                                      {"\x7F", "\\x7F"},
+                                      {"\u202E", "\\u202E"},
+                                      {"a\xFF\xFEЖ", "a\\xFF\\xFEЖ"}}) {
+        EXPECT_TRUE(SamePicture(LetteredWide(text), LetteredWide(shown))) << shown;
+        EXPECT_EQ(TextWidth(text, kSize), TextWidth(shown, kSize));
+    }
+    EXPECT_FALSE(SamePicture(LetteredWide("日"), LetteredWide("本")));
 }
 
-TEST(Lettering, ShowsWhatIsNoTextAsReplacement) {
-    EXPECT_TRUE(SamePicture(Lettered("\xFF\xFE"), Lettered("\uFFFD")));
+TEST(Lettering, BreaksLinesAtBlanks) {
+    using Lines = std::vector<std::string>;
+    const int width = TextWidth("one two", kSize);
+    EXPECT_EQ(WrappedText("one two", kSize, width), Lines{"one two"});
+    EXPECT_EQ(WrappedText("one two", kSize, width - 1), (Lines{"one", "two"}));
+    EXPECT_EQ(WrappedText("one two one two", kSize, width), (Lines{"one two", "one two"}));
+    EXPECT_EQ(WrappedText("", kSize, width), Lines{""});
+    const Lines cut = WrappedText("a wwwwwwwwwwwww", kSize, width);
+    ASSERT_EQ(cut.size(), 2U);
+    EXPECT_LE(TextWidth(cut[1], kSize), width);
+    EXPECT_EQ(cut[1][0], 'w');
 }
 
 TEST(Lettering, IsAsWideAsItsLetters) {
@@ -80,7 +104,8 @@ TEST(Lettering, ShortensTheMiddleOfNames) {
     EXPECT_EQ(shortened.substr(shortened.size() - 4), "coef");
     EXPECT_NE(shortened.find("…"), std::string::npos);
     EXPECT_EQ(ShortenedText(name, kSize, 3), "");
-    EXPECT_EQ(ShortenedText("日\U0001F9FFЖЖЖЖ", kSize, 60).substr(0, 3), "日");
+    // An escape is cut as one character.
+    EXPECT_EQ(ShortenedText("日ЖЖЖЖЖЖЖЖЖ", kSize, TextWidth("日…Ж", kSize)), "日…Ж");
 }
 
 } // namespace
