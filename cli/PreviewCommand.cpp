@@ -123,8 +123,9 @@ void AddPicture(CLI::App& command, SPreviewOptions& options) {
         ->default_str("about square")
         ->excludes(turned);
     group
-        .AddValue("--width", "N", options.width, ParseWidth,
-                  "Pixels that the picture may be wide; it is up to five eighths of that high")
+        .AddValue(
+            "--width", "N", options.width, ParseWidth,
+            "Pixels that the picture may be wide; what it shows is up to five eighths of that high")
         ->default_str(std::to_string(kPictureWidth));
 }
 
@@ -268,6 +269,11 @@ void CheckTogether(const SPreviewOptions& options) {
     if (options.view.what == EMapView::White && options.scale)
         throw CLI::ValidationError(
             "--scale", "the colour for white has no other colours: leave it out, or give --view");
+    if (options.turnCode != 0 && options.width < kNarrowestTurn)
+        throw CLI::ValidationError(
+            "--width",
+            fmt::format("{} pixels have no room for both sides of a turn: give {} or more",
+                        options.width, kNarrowestTurn));
 }
 
 void TellUnnamable(const std::vector<std::string>& names, CPreviewPrinter& printer) {

@@ -175,8 +175,10 @@ class CTurnPicture {
     void PaintPlot(CCellPainter& painter, int left, const char* caption, const PixelSize& size,
                    const SValueCells& cells, const SPlotShape& shape) {
         CPicture& picture = m_sheet.Picture();
-        PaintText(picture, left, m_sheet.Top() + kTextSize,
-                  fmt::format("{} · {}", caption, SizeText(size)), kTextSize, ink::kText);
+        const std::string text = fmt::format("{} · {}", caption, SizeText(size));
+        const int lastLeft = picture.Width() - m_sheet.Left() - TextWidth(text, kTextSize);
+        PaintText(picture, std::min(left, lastLeft), m_sheet.Top() + kTextSize, text, kTextSize,
+                  ink::kText);
         painter.Paint(picture, left, PlotTop(), cells, shape);
         FramePlot(picture, {left, PlotTop(), shape.Width(), shape.Height()});
     }
@@ -243,10 +245,7 @@ class CWallPicture::CLayout {
             largest = {std::max(largest.width, cabinet.size.width),
                        std::max(largest.height, cabinet.size.height)};
         const PixelSize room = CPictureSheet::RoomOf(width);
-        m_scale =
-            PlotScale({largest.width * columns, largest.height * rows},
-                      {std::max<std::int64_t>(room.width - std::int64_t{kGap} * (columns - 1), 1),
-                       std::max<std::int64_t>(room.height - std::int64_t{kGap} * (rows - 1), 1)});
+        m_scale = PlotScale(largest, {SideOf(room.width, columns), SideOf(room.height, rows)});
         const SPlotShape place = PlotShape(largest, m_scale);
         m_width = std::max(place.Width(), kSmallestPlace);
         m_height = std::max(place.Height(), kSmallestPlace);
@@ -263,6 +262,11 @@ class CWallPicture::CLayout {
 
   private:
     static constexpr int kSmallestPlace = 4;
+
+    /// Of each of so many places beside each other.
+    static std::int64_t SideOf(std::int64_t room, std::int64_t places) {
+        return std::max<std::int64_t>((room - kGap * (places - 1)) / places, 1);
+    }
 
     int m_columns;
     int m_rows;
@@ -305,6 +309,15 @@ void PaintName(CPicture& picture, const SPictureRect& place, const std::string& 
     PaintText(picture, place.left + kNameAside, top + 13, shown, kNameSize, ink::kText);
 }
 
+/// Where no cabinet has pixels.
+void PaintNothing(CPicture& picture, const SPictureRect& place) {
+    constexpr int kStep = 8; // between the lines
+    picture.Fill(place, ink::kEmpty);
+    for (int y = 0; y < place.height; ++y)
+        for (int x = (place.height - y) % kStep; x < place.width; x += kStep)
+            picture.Set(place.left + x, place.top + y, ink::kHatch);
+}
+
 /// A place whose cabinet could not be read.
 void PaintMissing(CPicture& picture, const SPictureRect& place) {
     picture.Fill(place, ink::kEmpty);
@@ -321,6 +334,11 @@ void PaintMissing(CPicture& picture, const SPictureRect& place) {
 
 } // namespace
 
+std::string CWallPicture::CabinetsText(std::size_t cabinets, std::size_t missing) {
+    const std::string shown = missing == 0 ? "" : fmt::format("{} of ", cabinets - missing);
+    return fmt::format("{}{} {}", shown, cabinets, cabinets == 1 ? "cabinet" : "cabinets");
+}
+
 SValuePicture CWallPicture::Paint(const std::string& title) const {
     std::optional<SValueRange> found;
     std::uint64_t notFinite = 0;
@@ -331,36 +349,44 @@ SValuePicture CWallPicture::Paint(const std::string& title) const {
         values.insert(values.end(), cells.values.begin(), cells.values.end());
     }
     CCellPainter painter(m_style.scale, RangeOfStyle(m_style, values));
-    CPictureSheet sheet(
-        {title,
-         fmt::format("{} {} · {}", m_cabinets.size(),
-                     m_cabinets.size() == 1 ? "cabinet" : "cabinets", MapViewText(m_style.view)),
-         LegendText(m_style.view)},
-        m_layout->Width(), m_layout->Height(), m_style.width);
-    bool isAnyMissing = false;
+    const auto missing = static_cast<std::size_t>(
+        std::count_if(m_cells.begin(), m_cells.end(),
+                      [](const SValueCells& cells) { return cells.values.empty(); }));
+    CPictureSheet sheet({title,
+                         fmt::format("{} · {}", CabinetsText(m_cabinets.size(), missing),
+                                     MapViewText(m_style.view)),
+                         LegendText(m_style.view)},
+                        m_layout->Width(), m_layout->Height(), m_style.width);
+    bool isAnyFree = false;
     for (int i = 0; i < m_layout->Places(); ++i) {
         SPictureRect place = m_layout->Place(i);
         place.left += sheet.Left();
         place.top += sheet.Top();
         const auto number = static_cast<std::size_t>(i);
         if (number >= m_cabinets.size()) {
-            sheet.Picture().Fill(place, ink::kEmpty);
+            PaintNothing(sheet.Picture(), place);
+            isAnyFree = true;
             continue;
         }
         const SValueCells& cells = m_cells[number];
         if (cells.values.empty()) {
             PaintMissing(sheet.Picture(), place);
-            isAnyMissing = true;
         } else {
-            painter.Paint(sheet.Picture(), place.left, place.top, cells,
-                          m_layout->ShapeOf(m_cabinets[number].size));
+            const SPlotShape shape = m_layout->ShapeOf(m_cabinets[number].size);
+            if (shape.Width() < place.width || shape.Height() < place.height) {
+                PaintNothing(sheet.Picture(), place);
+                isAnyFree = true;
+            }
+            painter.Paint(sheet.Picture(), place.left, place.top, cells, shape);
         }
         PaintName(sheet.Picture(), place, m_cabinets[number].name);
     }
     FramePlot(sheet.Picture(), {sheet.Left(), sheet.Top(), m_layout->Width(), m_layout->Height()});
     std::vector<SLegendNote> notes;
-    if (isAnyMissing)
-        notes.push_back({ink::kEmpty, "crossed out: not read"});
+    if (missing > 0)
+        notes.push_back({ink::kEmpty, fmt::format("crossed out: {} not read", missing)});
+    if (isAnyFree)
+        notes.push_back({ink::kHatch, "hatched: no pixels"});
     const SPaintedValues painted = painter.Painted(found, notFinite);
     SValuePicture picture{std::move(sheet).Finish(painter, painted, notes), painted};
     picture.values.isLight = m_style.view.what == EMapView::White;

@@ -36,8 +36,8 @@ struct SMapPictureStyle {
     SMapView view;
     EColourScale scale = EColourScale::FalseColour; ///< of `White` none
     std::optional<SValueRange> range;               ///< at the scale's ends
-    int width = kPictureWidth;                      ///< of the picture at most, at least 200
-    std::size_t jobs = 1;                           ///< threads
+    int width = kPictureWidth; ///< of the picture at most, at least 200, or `kNarrowestTurn`
+    std::size_t jobs = 1;      ///< threads
 };
 
 /// What a picture says of its file.
@@ -45,6 +45,9 @@ struct SMapPictureText {
     std::string name;
     std::string kind; ///< "9fcoef"
 };
+
+/// Of a picture with a turn; a narrower one has no room for both sides.
+inline constexpr int kNarrowestTurn = 400;
 
 /// A map with pixels and storage. With a turn's code (1 to 3) both the map and what the turn makes of it,
 /// side by side, and in both a mark at the corner that is the left top before. Throws
@@ -72,6 +75,9 @@ class CWallPicture {
     SPaintedValues Take(std::size_t cabinet, const CChromaCorrectCoef& map);
 
     SValuePicture Paint(const std::string& title) const;
+
+    /// How many there are and are shown, as "2 of 3 cabinets".
+    static std::string CabinetsText(std::size_t cabinets, std::size_t missing);
 
   private:
     class CLayout;

@@ -70,24 +70,37 @@ std::string ScaleText(const std::string& quantity, const SPaintedValues& painted
 } // namespace
 
 PixelSize CPictureSheet::RoomOf(int width) {
-    const int height = width * 5 / 8;
-    return {std::max(width - 2 * kMargin, 1),
-            std::max(height - kHeaderHeight - kContentAside - kLegendHeight - kMargin, 1)};
+    return {std::max(width - 2 * kMargin, 1), std::max(width * 5 / 8, 1)};
 }
 
 CPictureSheet::CPictureSheet(SSheetText text, int contentWidth, int contentHeight, int width)
     : m_text(std::move(text)),
-      m_picture(2 * kMargin +
-                    std::max(contentWidth, std::min(kNarrowestContent, width - 2 * kMargin)),
-                kHeaderHeight + contentHeight + kContentAside, ink::kPaper) {
+      m_subtitle(WrappedText(m_text.subtitle, kTextSize, InnerWidth(contentWidth, width))),
+      m_picture(2 * kMargin + InnerWidth(contentWidth, width),
+                Top() + contentHeight + kContentAside, ink::kPaper) {
     PaintHeader();
+}
+
+int CPictureSheet::Top() const {
+    return kHeaderHeight + kTextHeight * (static_cast<int>(m_subtitle.size()) - 1);
+}
+
+int CPictureSheet::InnerWidth(int contentWidth, int width) {
+    return std::max(contentWidth, std::min(kNarrowestContent, width - 2 * kMargin));
 }
 
 void CPictureSheet::PaintHeader() {
     PaintText(m_picture, kMargin, kTitleBaseline,
               ShortenedText(m_text.title, kTitleSize, InnerWidth()), kTitleSize, ink::kText);
-    PaintText(m_picture, kMargin, kSubtitleBaseline,
-              ShortenedText(m_text.subtitle, kTextSize, InnerWidth()), kTextSize, ink::kFaintText);
+    PaintLines(m_subtitle, kMargin, kSubtitleBaseline, ink::kFaintText);
+}
+
+void CPictureSheet::PaintLines(const std::vector<std::string>& lines, int left, int baseline,
+                               SColour colour) {
+    for (const std::string& line : lines) {
+        PaintText(m_picture, left, baseline, line, kTextSize, colour);
+        baseline += kTextHeight;
+    }
 }
 
 CPicture CPictureSheet::Finish(const CCellPainter& painter, const SPaintedValues& painted,
@@ -101,12 +114,12 @@ CPicture CPictureSheet::Finish(const CCellPainter& painter, const SPaintedValues
 }
 
 void CPictureSheet::PaintScale(const CCellPainter& painter, const SPaintedValues& painted) {
+    const auto lines = WrappedText(ScaleText(m_text.quantity, painted), kTextSize, InnerWidth());
+    const int further = kTextHeight * (static_cast<int>(lines.size()) - 1);
     const int legendTop = m_picture.Height();
-    m_picture.Lengthen(kLegendHeight, ink::kPaper);
-    PaintText(m_picture, kMargin, legendTop + kLegendGap,
-              ShortenedText(ScaleText(m_text.quantity, painted), kTextSize, InnerWidth()),
-              kTextSize, ink::kText);
-    const SPictureRect scale{kMargin, legendTop + kLegendGap + kScaleGap,
+    m_picture.Lengthen(kLegendHeight + further, ink::kPaper);
+    PaintLines(lines, kMargin, legendTop + kLegendGap, ink::kText);
+    const SPictureRect scale{kMargin, legendTop + kLegendGap + further + kScaleGap,
                              std::min(InnerWidth(), kWidestScale), kScaleHeight};
     for (int x = 0; x < scale.width; ++x) {
         const double place = (x + 0.5) / scale.width;
@@ -137,19 +150,19 @@ void CPictureSheet::PaintNotes(const std::vector<SLegendNote>& notes) {
     int right = m_picture.Width(); // the first begins a line
     int baseline = 0;
     for (const SLegendNote& note : notes) {
-        const int width = kSwatch + kSwatchGap + TextWidth(note.text, kTextSize);
-        if (right + kNoteGap + width > m_picture.Width() - kMargin) {
-            m_picture.Lengthen(kTextHeight + 4, ink::kPaper);
+        const auto lines = WrappedText(note.text, kTextSize, InnerWidth() - kSwatch - kSwatchGap);
+        const int width = kSwatch + kSwatchGap + TextWidth(lines.front(), kTextSize);
+        if (lines.size() > 1 || right + kNoteGap + width > m_picture.Width() - kMargin) {
+            m_picture.Lengthen(kTextHeight * static_cast<int>(lines.size()) + 4, ink::kPaper);
             right = kMargin - kNoteGap;
-            baseline = m_picture.Height() - 4;
+            baseline = m_picture.Height() - 4 - kTextHeight * (static_cast<int>(lines.size()) - 1);
         }
         const int left = right + kNoteGap;
         const SPictureRect swatch{left, baseline - kSwatch + 2, kSwatch, kSwatch};
         m_picture.Fill(swatch, note.colour);
         m_picture.Frame(swatch, ink::kFrame);
-        PaintText(m_picture, left + kSwatch + kSwatchGap, baseline, note.text, kTextSize,
-                  ink::kText);
-        right = left + width;
+        PaintLines(lines, left + kSwatch + kSwatchGap, baseline, ink::kText);
+        right = lines.size() > 1 ? m_picture.Width() : left + width; // the next begins a line
     }
 }
 

@@ -18,6 +18,7 @@ inline constexpr SColour kFaintText{88, 92, 100};
 inline constexpr SColour kFrame{120, 124, 132};
 inline constexpr SColour kMark{214, 84, 0};
 inline constexpr SColour kEmpty{232, 234, 238};
+inline constexpr SColour kHatch{196, 199, 206};
 } // namespace ink
 
 inline constexpr int kTextSize = 14;   ///< of all but the title
@@ -37,17 +38,17 @@ struct SLegendNote {
 
 class CPictureSheet {
   public:
-    /// The largest content that lets a sheet be `width` wide, and five eighths of that high.
+    /// The largest content of a sheet that is `width` wide: five eighths of that high.
     static PixelSize RoomOf(int width);
 
-    /// A sheet for content of a size; as wide as the content is and its own texts want, which are
-    /// shortened so that it is no wider than `width`.
+    /// A sheet for content of a size; as wide as the content is and its own texts want, whose lines are
+    /// broken, and the title shortened, so that it is no wider than `width`.
     CPictureSheet(SSheetText text, int contentWidth, int contentHeight, int width);
 
     CPicture& Picture() { return m_picture; }
     /// Where the content begins.
     int Left() const { return kMargin; }
-    int Top() const { return kHeaderHeight; }
+    int Top() const;
 
     /// Adds the legend, notes of the values beyond the scale and those given, and gives the picture
     /// away.
@@ -59,13 +60,17 @@ class CPictureSheet {
     static constexpr int kHeaderHeight = 84;
 
     void PaintHeader();
+    /// Lines below each other, the first on `baseline`.
+    void PaintLines(const std::vector<std::string>& lines, int left, int baseline, SColour colour);
     void PaintScale(const CCellPainter& painter, const SPaintedValues& painted);
     void PaintTicks(const SValueRange& range, int top, int width);
     void PaintNotes(const std::vector<SLegendNote>& notes);
     /// The width between the margins.
+    static int InnerWidth(int contentWidth, int width);
     int InnerWidth() const { return m_picture.Width() - 2 * kMargin; }
 
     SSheetText m_text;
+    std::vector<std::string> m_subtitle; ///< its lines
     CPicture m_picture;
 };
 

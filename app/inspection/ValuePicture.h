@@ -17,7 +17,7 @@ struct SValuePictureStyle {
     std::optional<SValueRange> range; ///< at the scale's ends; else by the values
     bool fromZero = false;            ///< the lower end is 0 unless it is given
     int width =
-        kPictureWidth; ///< of the picture at most, at least 200; its height is five eighths of it
+        kPictureWidth; ///< of the picture at most, at least 200; the plot is five eighths of it high
     std::size_t jobs = 1; ///< threads
 };
 

@@ -261,6 +261,7 @@ class Preview(CliTest):
             ('--turned', '90', self.source, self.picture): 'a single file',
             ('--turned', '45', one, self.picture): '--turned: 45',
             ('--width', '10', one, self.picture): '--width: 10 is no width',
+            ('--width', '399', '--turned', '90', one, self.picture): '399 pixels have no room',
             (one, self.source / 'b.9bcoef'): 'does not end in .png',
             (one,): 'needs a SOURCE and a PICTURE',
             (self.target, self.picture): 'no coefficient file',

@@ -154,6 +154,23 @@ INSTANTIATE_TEST_SUITE_P(Turns, MapTurnPicture,
                                            STurnTrial{2, 7, true, true},
                                            STurnTrial{3, 3, false, true}));
 
+TEST(MapPicture, FillsANarrowPictureWithTheMap) {
+    CChromaCorrectCoef map;
+    map.Resize(320, 180);
+    SMapPictureStyle style;
+    style.width = 200;
+    const SValuePicture shown = PaintMap(map, {"map", "9fcoef"}, style);
+    EXPECT_EQ(shown.values.cells, 144U * 81U);
+    EXPECT_EQ(shown.picture.Width(), 200);
+    style.width = kNarrowestTurn;
+    const SValuePicture turned = PaintMap(map, {"map", "9fcoef"}, style, 1);
+    EXPECT_EQ(turned.values.cells, 2U * 136U * 76U);
+    EXPECT_EQ(turned.picture.Width(), 400);
+    const auto inked =
+        test::BoundsOf(turned.picture, [](SColour colour) { return colour != ink::kPaper; });
+    EXPECT_LE(inked->left + inked->width, 400 - kContentLeft / 2);
+}
+
 TEST(MapPicture, ShowsThinMaps) {
     CChromaCorrectCoef line;
     line.Resize(65535, 1);
@@ -164,7 +181,7 @@ TEST(MapPicture, ShowsThinMaps) {
     EXPECT_EQ(shown.picture.At(kContentLeft + 1543, kContentTop + 15), scale.At(0.5));
     const SValuePicture turned = PaintMap(line, {"line", "9fcoef"}, {}, 1);
     EXPECT_LE(turned.picture.Width(), 1600);
-    EXPECT_LE(turned.picture.Height(), 1040);
+    EXPECT_LE(turned.picture.Height(), 1250);
     CChromaCorrectCoef point;
     point.Resize(1, 1);
     EXPECT_EQ(PaintMap(point, {"point", "9fcoef"}, {}).values.cells, 1U);
@@ -196,13 +213,43 @@ TEST(WallPicture, PlacesCabinetsRowByRowAtOneScale) {
     EXPECT_EQ(at(0, 0, 5, 5), scale.At(1.0 / 3));
     EXPECT_EQ(at(1, 0, 5, 5), scale.At(0));
     EXPECT_EQ(at(1, 0, 70, 5), scale.At(1.0 / 3));
-    EXPECT_EQ(at(1, 0, 70, 70), ink::kPaper); // that cabinet is less high
+    // That cabinet is less high.
+    EXPECT_EQ(at(1, 0, 70, 63), scale.At(1.0 / 3));
+    EXPECT_EQ(at(1, 0, 70, 67), ink::kEmpty);
+    EXPECT_EQ(at(1, 0, 66, 70), ink::kHatch);
     EXPECT_EQ(at(0, 1, 5, 5), scale.At(1));
     EXPECT_EQ(at(1, 1, 40, 10), ink::kEmpty); // not read
     EXPECT_EQ(at(1, 1, 0, 0), ink::kFrame);   // and crossed out
-    EXPECT_EQ(at(0, 2, 0, 0), ink::kEmpty);   // free
+    EXPECT_EQ(at(0, 2, 1, 0), ink::kEmpty);   // free
+    EXPECT_EQ(at(0, 2, 0, 0), ink::kHatch);
     EXPECT_EQ(at(0, 0, kPlace, 5), ink::kPaper);
     EXPECT_EQ(at(0, 0, 5, kPlace), ink::kPaper);
+}
+
+TEST(WallPicture, KeepsToTheWidthThatIsGiven) {
+    SMapPictureStyle style;
+    style.width = 200;
+    CChromaCorrectCoef map;
+    map.Resize(160, 90);
+    CWallPicture wall(std::vector<CWallPicture::SCabinet>(9, {"cabinet", {160, 90}}), 3, 3, style);
+    wall.Take(0, map);
+    EXPECT_EQ(wall.Paint("wall").picture.Width(), 2 * kContentLeft + 3 * 46 + 4 + 2);
+}
+
+TEST(WallPicture, CountsWhatItShows) {
+    EXPECT_EQ(CWallPicture::CabinetsText(3, 0), "3 cabinets");
+    EXPECT_EQ(CWallPicture::CabinetsText(3, 1), "2 of 3 cabinets");
+    EXPECT_EQ(CWallPicture::CabinetsText(1, 0), "1 cabinet");
+}
+
+TEST(WallPicture, HatchesOnlyWhereThereAreNoPixels) {
+    CChromaCorrectCoef map;
+    map.Resize(2, 2);
+    for (const int columns : {1, 2}) {
+        CWallPicture wall({{"a", {2, 2}}}, columns, 1, {});
+        wall.Take(0, map);
+        EXPECT_EQ(test::CountOf(wall.Paint("wall").picture, ink::kHatch) > 0, columns == 2);
+    }
 }
 
 TEST(WallPicture, WritesNamesWhereThereIsRoom) {

@@ -61,13 +61,18 @@ TEST(ValuePicture, DrawsManyValuesAsMeans) {
 }
 
 TEST(ValuePicture, KeepsToTheWidthThatIsGiven) {
-    const std::vector<float> values(1000 * 700, 1.0F);
+    std::vector<float> values(1000 * 700, 1.0F);
+    values[0] = std::numeric_limits<float>::quiet_NaN(); // a long note in the legend
     for (const int width : {200, 640, 1600}) {
         SValuePictureStyle style = Style();
         style.width = width;
         const CPicture picture = PaintValues(values, 1000, 700, style).picture;
         EXPECT_LE(picture.Width(), width);
-        EXPECT_LE(picture.Height(), std::max(width * 5 / 8, 212));
+        EXPECT_LE(picture.Height(), width * 5 / 8 + 300);
+        const auto inked =
+            test::BoundsOf(picture, [](SColour colour) { return colour != ink::kPaper; });
+        EXPECT_GE(inked->left, kContentLeft / 2);
+        EXPECT_LE(inked->left + inked->width, picture.Width() - kContentLeft / 2);
     }
 }
 
