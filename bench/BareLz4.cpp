@@ -1,6 +1,6 @@
-// The LZ4 work that turning a file cannot do without, and nothing besides:
+// The LZ4 work that reading a file, or turning it, cannot do without, and nothing besides:
 //
-//   bare-lz4 SOURCE TURNED
+//   bare-lz4 SOURCE [TURNED]
 //
 // Prints seconds on one core: the decompression of all that the source file holds, and the
 // compression of all that the turned one does, block by block (the blocks of a binary file's frame,
@@ -157,16 +157,19 @@ class CBlockContent {
 } // namespace
 
 int ConsoleMain(const std::vector<std::string>& arguments) {
-    if (arguments.size() != 2) {
-        fmt::print(stderr, "bare-lz4: SOURCE and TURNED are wanted\n");
+    if (arguments.empty() || arguments.size() > 2) {
+        fmt::print(stderr, "bare-lz4: SOURCE is wanted, and TURNED where it is turned\n");
         return 2;
     }
     try {
         CBlockContent source(arguments[0]);
-        CBlockContent turned(arguments[1]);
-        turned.Decompress();
-        fmt::print("{:.6f}\n",
-                   SecondsOf([&] { source.Decompress(); }) + SecondsOf([&] { turned.Compress(); }));
+        double seconds = SecondsOf([&] { source.Decompress(); });
+        if (arguments.size() == 2) {
+            CBlockContent turned(arguments[1]);
+            turned.Decompress();
+            seconds += SecondsOf([&] { turned.Compress(); });
+        }
+        fmt::print("{:.6f}\n", seconds);
     } catch (const std::exception& error) {
         fmt::print(stderr, "bare-lz4: {}\n", error.what());
         return 1;

@@ -4,7 +4,7 @@ import math
 import os
 
 from figures import Run
-from workplace import LZ4_PEER, PYTHON_PEER, SECOND_CORE
+from workplace import LZ4_PEER, PYTHON_PEER, SECOND_CORE, Failure
 
 BINARY_KINDS = {'9fcoef': 36, '3fcoef': 12, '9bcoef': 9, '3bcoef': 3}  # bytes of a pixel
 WORD_KINDS = {'9wcoef': 18, '3wcoef': 6, '4wcoef': 8, '12wcoef': 24}
@@ -133,6 +133,36 @@ class Screen(Experiment):
         out = place.fresh('turned')
         return place.timed(['sh', '-c', 'lz4 -d -q "$1" "$2" && lz4 -1 -q "$2" "$3"', 'sh',
                             self.body, out / 'raw', out / 'again'])
+
+
+class Look(Experiment):
+    """What tells of a screen and shows it, its file read, its LZ4 calls alone, and its map loaded."""
+    steps = ('info', 'preview', 'read', 'calls', 'load')
+
+    def prepare(self, place, steps):
+        self.file, = place.wall(*SCREEN, 1, COMMON_KIND).iterdir()
+
+    def run_step(self, place, step):
+        return getattr(self, step)(place)
+
+    def info(self, place):
+        return place.timed([place.command, 'info', self.file])
+
+    def preview(self, place):
+        picture = place.fresh('picture') / 'screen.png'
+        run = place.timed([place.command, 'preview', '--no-sync', self.file, picture])
+        if not picture.exists():
+            raise Failure('no picture was written')
+        return run
+
+    def read(self, place):
+        return place.timed(['sh', '-c', 'cat "$1" >/dev/null', 'sh', self.file])
+
+    def calls(self, place):
+        return Run(float(place.check_output([place.programs / 'bare-lz4', self.file])))
+
+    def load(self, place):
+        return place.timed([place.programs / 'load-map', self.file])
 
 
 class Cores(Experiment):

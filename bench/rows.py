@@ -5,7 +5,8 @@ import typing
 
 from experiments import (BINARY_KINDS, CABINET, CABINETS, COUNTS, DIALOG_CABINETS,
                          FURTHER_CABINETS, RAW_BYTES, SCREEN, SCREEN_PIXELS, TEXT_CABINETS, Cabinets,
-                         Cores, Counts, Dialog, Faults, MapTurn, Screen, Sizes, Start, Syncs, Text)
+                         Cores, Counts, Dialog, Faults, Look, MapTurn, Screen, Sizes, Start, Syncs,
+                         Text)
 from figures import Goal, Result, exponent, median_run, slope
 
 PEAK_FACTOR, PEAK_SPARE_BYTES = 2.2, 64e6
@@ -88,6 +89,16 @@ def screen_rows(kind):
               lambda runs: runs['command'].peak_bytes / allowed)
 
 
+def look_rows():
+    look = Look()
+    name = f'a screen of {side(SCREEN)}'
+    yield Row('info.9fcoef', f'info of {name} beside its file read and the bare LZ4 calls',
+              'of the time', Goal('<=', 1.5), look, ('info', 'read', 'calls'),
+              lambda runs: runs['info'].seconds / (runs['read'].seconds + runs['calls'].seconds))
+    yield Row('preview.9fcoef', f'preview of {name} beside its file loaded into a map', 'of the time',
+              Goal('<=', 1.5), look, ('preview', 'load'), ratio('preview', 'load'))
+
+
 def core_rows():
     for key, what, size, count, goal in (
             ('cabinets', f'{CABINETS} cabinets of {side(CABINET)}', CABINET, CABINETS, 1.8),
@@ -140,8 +151,8 @@ def single_rows():
 
 MEAN_ROWS = (MeanRow('cabinets', 'the eight kinds together, as the geometric mean',
                      'times as fast', Goal('>=', 4)),)
-ROWS = (*cabinet_rows(), *(row for kind in RAW_BYTES for row in screen_rows(kind)), *core_rows(),
-        *sync_rows(), *turn_rows(), *growth_rows(), *single_rows())
+ROWS = (*cabinet_rows(), *(row for kind in RAW_BYTES for row in screen_rows(kind)), *look_rows(),
+        *core_rows(), *sync_rows(), *turn_rows(), *growth_rows(), *single_rows())
 
 
 def chosen(names):

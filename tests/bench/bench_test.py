@@ -93,6 +93,7 @@ class Table(unittest.TestCase):
         kinds = ['9fcoef', '3fcoef', '9bcoef', '3bcoef', '9wcoef', '3wcoef', '4wcoef', '12wcoef']
         expected = {'screen-lz4.9fcoef': '≤ 0.75', 'screen-script.9fcoef': '≥ 6',
                     'screen-script.9wcoef': '≥ 20', 'screen-script.3bcoef': '≥ 5',
+                    'info.9fcoef': '≤ 1.5', 'preview.9fcoef': '≤ 1.5',
                     'cores.cabinets': '≥ 1.8', 'cores.screen': '≥ 1.5',
                     'cores-apart.cabinets': 'None', 'cores-apart.screen': 'None',
                     'turn.90': '≤ 1.25',
@@ -118,6 +119,11 @@ class Table(unittest.TestCase):
         self.assertEqual(
             self.figure('screen-copy.3wcoef', runs_of(command=[3], copy=[0.5], calls=[1])), 2)
         self.assertEqual(self.figure('turn.180', runs_of(**{'180': [5], 'copy': [4]})), 1.25)
+
+    def test_looking_at_a_file_is_told_by_its_time_to_reading_it(self):
+        runs = runs_of(info=[3], preview=[4], read=[0.5], calls=[1.5], load=[2.5])
+        self.assertEqual(self.figure('info.9fcoef', runs), 1.5)
+        self.assertEqual(self.figure('preview.9fcoef', runs), 1.6)
 
     def test_two_jobs_are_told_by_how_much_faster_they_are(self):
         self.assertEqual(self.figure('cores.screen', runs_of(one=[3], two=[2])), 1.5)
@@ -327,6 +333,19 @@ class Programs(unittest.TestCase):
         place = self.place()
         with self.assertRaisesRegex(workplace.Failure, 'trevolt-cli ended with 3: no disk'):
             place.rotate(self.source(place, 1))
+
+    def test_a_screen_is_looked_at_in_five_ways(self):
+        self.program('make-wall', 'mkdir -p "$1/$5" && : >"$1/$5/a"')
+        self.program('bare-lz4', '[ $# = 1 ] && echo 0.5')
+        self.program('load-map', 'exit 0')
+        self.program('trevolt-cli', 'for last; do :; done; [ "$1" = info ] || : >"$last"')
+        place = self.place()
+        runs = experiments.Look().measure(place, experiments.Look.steps)
+        self.assertEqual({step: run[0].seconds for step, run in runs.items()},
+                         {'info': 0.25, 'preview': 0.25, 'read': 0.25, 'calls': 0.5, 'load': 0.25})
+        self.program('trevolt-cli', 'exit 0')
+        with self.assertRaisesRegex(workplace.Failure, 'no picture was written'):
+            experiments.Look().measure(place, ['preview'])
 
     def test_outputs_do_not_stay_for_the_next_run(self):
         place = self.place()
