@@ -161,7 +161,10 @@ TEST(MapPicture, FillsANarrowPictureWithTheMap) {
     style.width = 200;
     const SValuePicture shown = PaintMap(map, {"map", "9fcoef"}, style);
     EXPECT_EQ(shown.values.cells, 144U * 81U);
+    // Two lines below the title, and two above the scale.
     EXPECT_EQ(shown.picture.Width(), 200);
+    EXPECT_EQ(shown.picture.Height(), kContentTop + 20 + 81 + 8 + 76 + 20 + 28);
+    EXPECT_EQ(shown.picture.At(kContentLeft - 1, kContentTop + 19), ink::kFrame);
     style.width = kNarrowestTurn;
     const SValuePicture turned = PaintMap(map, {"map", "9fcoef"}, style, 1);
     EXPECT_EQ(turned.values.cells, 2U * 136U * 76U);
@@ -242,13 +245,28 @@ TEST(WallPicture, CountsWhatItShows) {
     EXPECT_EQ(CWallPicture::CabinetsText(1, 0), "1 cabinet");
 }
 
-TEST(WallPicture, HatchesOnlyWhereThereAreNoPixels) {
-    CChromaCorrectCoef map;
-    map.Resize(2, 2);
-    for (const int columns : {1, 2}) {
-        CWallPicture wall({{"a", {2, 2}}}, columns, 1, {});
-        wall.Take(0, map);
-        EXPECT_EQ(test::CountOf(wall.Paint("wall").picture, ink::kHatch) > 0, columns == 2);
+TEST(WallPicture, HatchesWhereThereAreNoPixelsAndTellsIt) {
+    const auto wallOf = [](std::vector<CWallPicture::SCabinet> cabinets, std::size_t taken) {
+        CWallPicture wall(cabinets, 2, 1, {});
+        for (std::size_t i = 0; i < taken; ++i) {
+            CChromaCorrectCoef map;
+            map.Resize(static_cast<std::int32_t>(cabinets[i].size.width),
+                       static_cast<std::int32_t>(cabinets[i].size.height));
+            wall.Take(i, map);
+        }
+        return wall.Paint("wall").picture;
+    };
+    const CPicture whole = wallOf({{"a", {2, 2}}, {"b", {2, 2}}}, 2);
+    EXPECT_EQ(test::CountOf(whole, ink::kHatch), 0);
+    EXPECT_EQ(test::CountOf(whole, ink::kEmpty), 0);
+    const CPicture unread = wallOf({{"a", {2, 2}}, {"b", {2, 2}}}, 1);
+    EXPECT_EQ(test::CountOf(unread, ink::kHatch), 0);
+    EXPECT_EQ(unread.Height(), whole.Height() + 24); // a note in the legend
+    for (const CPicture& picture :
+         {wallOf({{"a", {2, 2}}, {"b", {2, 1}}}, 2), wallOf({{"a", {2, 2}}, {"b", {1, 2}}}, 2),
+          wallOf({{"a", {2, 2}}}, 1)}) {
+        EXPECT_GT(test::CountOf(picture, ink::kHatch), 12 * 12 + 64); // the note's among them
+        EXPECT_EQ(picture.Height(), whole.Height() + 24);
     }
 }
 

@@ -1,6 +1,8 @@
 #include "app/inspection/ValuePicture.h"
 
 #include <limits>
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -74,6 +76,27 @@ TEST(ValuePicture, KeepsToTheWidthThatIsGiven) {
         EXPECT_GE(inked->left, kContentLeft / 2);
         EXPECT_LE(inked->left + inked->width, picture.Width() - kContentLeft / 2);
     }
+}
+
+TEST(PictureSheet, BreaksItsNotes) {
+    constexpr int kWidth = 200;
+    const CCellPainter painter(EColourScale::Grey, {0, 1});
+    SPaintedValues painted;
+    painted.range = {0, 1};
+    const auto sheetWith = [&](const std::vector<SLegendNote>& notes) {
+        return CPictureSheet({"Title", "", "q"}, 10, 10, kWidth).Finish(painter, painted, notes);
+    };
+    const int without = sheetWith({}).Height();
+    const SLegendNote shortNote{ink::kMark, "x"};
+    EXPECT_EQ(sheetWith({shortNote, shortNote}).Height(), without + 24);
+    std::string text = "w";
+    for (int words = 1; words < 12; ++words, text += " w") {
+        const CPicture picture = sheetWith({{ink::kMark, text}, shortNote});
+        const auto inked =
+            test::BoundsOf(picture, [](SColour colour) { return colour != ink::kPaper; });
+        EXPECT_LE(inked->left + inked->width, kWidth - kContentLeft + 8) << words;
+    }
+    EXPECT_EQ(sheetWith({{ink::kMark, text}, shortNote}).Height(), without + 44 + 24);
 }
 
 TEST(ValuePicture, NamesWhatIsNoNumberAndBeyondTheScale) {
