@@ -96,7 +96,8 @@ TEST(PictureSheet, BreaksItsNotes) {
             test::BoundsOf(picture, [](SColour colour) { return colour != ink::kPaper; });
         EXPECT_LE(inked->left + inked->width, kWidth - kContentLeft + 8) << words;
     }
-    EXPECT_EQ(sheetWith({{ink::kMark, text}, shortNote}).Height(), without + 44 + 24);
+    for (const std::string& two : {text, std::string("w wwwwwwwwww")})
+        EXPECT_EQ(sheetWith({{ink::kMark, two}, shortNote}).Height(), without + 44 + 24);
 }
 
 TEST(ValuePicture, NamesWhatIsNoNumberAndBeyondTheScale) {
