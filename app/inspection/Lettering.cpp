@@ -58,7 +58,7 @@ int GlyphOf(char32_t point) { return stbtt_FindGlyphIndex(&Font(), static_cast<i
 /// What stands for a character that is not plain: itself, or its escape.
 std::string TextFor(char32_t point) {
     const std::string text = ToUtf8({&point, 1});
-    const std::string shown = Shown(text);
+    std::string shown = Shown(text);
     if (shown != text || GlyphOf(point) != 0)
         return shown;
     const auto code = static_cast<std::uint32_t>(point);
