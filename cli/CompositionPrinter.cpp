@@ -72,9 +72,10 @@ std::size_t CountFailed(const SComposition& result) {
 
 /// Of those without problems.
 std::size_t CountOutside(const SComposition& result) {
-    return static_cast<std::size_t>(std::count_if(
-        result.files.begin(), result.files.end(),
-        [](const SPlacedOutcome& file) { return file.isOutside && file.problems.empty(); }));
+    return static_cast<std::size_t>(
+        std::count_if(result.files.begin(), result.files.end(), [](const SPlacedOutcome& file) {
+            return file.isOutside && file.problems.empty();
+        }));
 }
 
 std::size_t CountWritten(const SCropping& result) {

@@ -160,7 +160,8 @@ class CFactSearch {
     bool TakeStatistics(const Coef& coef) noexcept {
         try {
             if (Pixels() != 0)
-                m_facts.statistics = StatisticsOf(coef, FormOfKind(*m_facts.kind).Values(), m_threads);
+                m_facts.statistics =
+                    StatisticsOf(coef, FormOfKind(*m_facts.kind).Values(), m_threads);
             return true;
         } catch (const std::bad_alloc&) {
             return false;

@@ -63,7 +63,7 @@ complete -c trevolt-cli -n '__trevolt_cli_calls compose' -s h -l help -d 'Print 
 
 complete -c trevolt-cli -n '__trevolt_cli_calls crop' -F
 complete -c trevolt-cli -n '__trevolt_cli_calls crop' -l rect -r -f -d 'Rectangle to cut out, in pixels; right and bottom are exclusive'
-complete -c trevolt-cli -n '__trevolt_cli_calls crop' -l turn -r -f -a '90 180 270' -d 'Clockwise turn of what is cut out, in degrees'
+complete -c trevolt-cli -n '__trevolt_cli_calls crop' -l turn -r -f -a '90 180 270' -d 'Clockwise turn of what is cut out in degrees, with or without a degree sign; -90 and -180 are 270 and 180'
 complete -c trevolt-cli -n '__trevolt_cli_calls crop' -l layout -r -F -d 'CSV file with a file, its x, its y and its angle a row, as compose takes it: every file is cut out and turned back'
 complete -c trevolt-cli -n '__trevolt_cli_calls crop' -l from -r -f -a '(__fish_complete_directories)' -d 'Folder of the files that the table names'
 complete -c trevolt-cli -n '__trevolt_cli_calls crop' -l cabinet -r -f -d 'Size of every cabinet of the table before its turn'
@@ -89,9 +89,10 @@ complete -c trevolt-cli -n '__trevolt_cli_calls info' -s h -l help -d 'Print thi
 
 complete -c trevolt-cli -n '__trevolt_cli_calls diff' -F
 complete -c trevolt-cli -n '__trevolt_cli_calls diff' -l tolerance -r -f -d 'How far values may be apart that count as the same'
-complete -c trevolt-cli -n '__trevolt_cli_calls diff' -l turned -r -f -a '90 180 270' -d 'Compare A turned by so many degrees clockwise with B; of folders those files that rotate names so'
+complete -c trevolt-cli -n '__trevolt_cli_calls diff' -l turned -r -f -a '90 180 270' -d 'Compare B with A after a clockwise turn in degrees, with or without a degree sign; -90 and -180 are 270 and 180; of folders those files that rotate names so'
 complete -c trevolt-cli -n '__trevolt_cli_calls diff' -s r -l recursive -d 'Also compare what lies in folders of the folders'
 complete -c trevolt-cli -n '__trevolt_cli_calls diff' -l image -r -F -d 'New PNG file for a picture of how far the pixels are apart'
+complete -c trevolt-cli -n '__trevolt_cli_calls diff' -l range -r -f -d 'Values at the ends of the scale; those beyond have colours of their own'
 complete -c trevolt-cli -n '__trevolt_cli_calls diff' -l overwrite -d 'Replace outputs that exist; without it they are errors'
 complete -c trevolt-cli -n '__trevolt_cli_calls diff' -l no-sync -d 'Do not wait until the outputs are on the disk: quicker, but a power cut may cost them'
 complete -c trevolt-cli -n '__trevolt_cli_calls diff' -l json -d 'Print one JSON object a line, a summary last'
@@ -100,10 +101,10 @@ complete -c trevolt-cli -n '__trevolt_cli_calls diff' -s h -l help -d 'Print thi
 complete -c trevolt-cli -n '__trevolt_cli_calls preview' -F
 complete -c trevolt-cli -n '__trevolt_cli_calls preview' -l view -r -f -a 'brightness colour m00 m01 m02 m10 m11 m12 m20 m21 m22' -d 'What is shown: the brightness or the colour that pixels have for white, or one coefficient of their matrices by its row and column'
 complete -c trevolt-cli -n '__trevolt_cli_calls preview' -l scale -r -f -a 'false-colour grey' -d 'Colours of brightness or coefficient'
-complete -c trevolt-cli -n '__trevolt_cli_calls preview' -l range -r -f -d 'Values at the ends of the scale; those beyond have the colours of the ends'
-complete -c trevolt-cli -n '__trevolt_cli_calls preview' -l turned -r -f -a '90 180 270' -d 'Show a single map before and after a clockwise turn in degrees'
+complete -c trevolt-cli -n '__trevolt_cli_calls preview' -l range -r -f -d 'Values at the ends of the scale; those beyond have colours of their own'
+complete -c trevolt-cli -n '__trevolt_cli_calls preview' -l turned -r -f -a '90 180 270' -d 'Show a single map before and after a clockwise turn in degrees, with or without a degree sign; -90 and -180 are 270 and 180'
 complete -c trevolt-cli -n '__trevolt_cli_calls preview' -l grid -r -f -d 'How cabinets stand in the wall; they fill it row by row, Cab_2 before Cab_10'
-complete -c trevolt-cli -n '__trevolt_cli_calls preview' -l width -r -f -d 'Pixels that the picture may be wide; it is up to five eighths of that high'
+complete -c trevolt-cli -n '__trevolt_cli_calls preview' -l width -r -f -d 'Pixels that the picture may be wide; what it shows is up to five eighths of that high'
 complete -c trevolt-cli -n '__trevolt_cli_calls preview' -s r -l recursive -d 'Also show what lies in folders of the folders'
 complete -c trevolt-cli -n '__trevolt_cli_calls preview' -l overwrite -d 'Replace outputs that exist; without it they are errors'
 complete -c trevolt-cli -n '__trevolt_cli_calls preview' -l no-sync -d 'Do not wait until the outputs are on the disk: quicker, but a power cut may cost them'
