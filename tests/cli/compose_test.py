@@ -205,7 +205,7 @@ class Compose(ScreenTest):
         told = self.lines(result.stdout)
         self.assertEqual(told[4], 'a.9fcoef: lies wholly outside the screen of 8 x 5: none of its '
                                   'pixels is there')
-        self.assertEqual(told[-1], f'2 files put into {self.screen}  (8 x 5), 1 outside, 0 failed')
+        self.assertEqual(told[-1], f'3 files put into {self.screen}  (8 x 5), 1 outside, 0 failed')
 
     def test_a_damaged_cabinet(self):
         self.add_cabinet('a.9fcoef', 1)

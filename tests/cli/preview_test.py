@@ -132,7 +132,7 @@ class Preview(CliTest):
         values = [0.8 + x / 1000 for x in range(100)] + [1e30, -2e20]
         path = self.add_floats('a.9fcoef', 51, 2, [grey_element(v) for v in values])
         file, summary = self.objects(self.preview('--json', path, self.picture))
-        self.assertAlmostEqual(file['high'] / 1e30, 1, 6)
+        self.assertAlmostEqual(file['maximum'] / 1e30, 1, 6)
         shown = summary['picture']
         self.assertAlmostEqual(shown['scale_low'], 0.8, 5)
         self.assertAlmostEqual(shown['scale_high'], 0.899, 5)
