@@ -29,7 +29,7 @@ std::string RangeText(const SPaintedValues& painted) {
         return "without any number";
     if (found->low == found->high)
         return fmt::format("{:.3g} everywhere", found->low);
-    const std::string all = fmt::format("{:.3g} to {:.3g}", found->low, found->high);
+    std::string all = fmt::format("{:.3g} to {:.3g}", found->low, found->high);
     if (painted.below + painted.above == 0)
         return all;
     return fmt::format("{:.3g} to {:.3g}, a few from {}", painted.range.low, painted.range.high,
