@@ -115,6 +115,14 @@ void TellScreen(const SCompositionRequest& request, const SComposition& result) 
               failed == 0 ? "" : "; what could be read is there, too");
 }
 
+const char* StatusOf(const SPlacedOutcome& file, bool isWritten) {
+    if (!file.problems.empty())
+        return "failed";
+    if (!isWritten)
+        return "not_written";
+    return file.isOutside ? "outside" : "placed";
+}
+
 } // namespace
 
 int ExitStatus(ECompositionEnd end) { return ExitStatus(RunEndOf(end)); }
@@ -169,11 +177,10 @@ void TellCompositionAsJson(const SCompositionRequest& request, const SCompositio
     for (std::size_t i = 0; i < result.files.size(); ++i) {
         const SPlacedFile& file = request.files[i];
         const SPlacedOutcome& outcome = result.files[i];
-        const char* const placed = result.isWritten ? "placed" : "not_written";
         PrintObject({{"type", "file"},
                      {"name", isOfTable ? WideToShownUtf8(file.name) : ShownLastName(file.path)},
                      {"path", WideToShownUtf8(file.path)},
-                     {"status", outcome.problems.empty() ? placed : "failed"},
+                     {"status", StatusOf(outcome, result.isWritten)},
                      {"angle", DegreesOf(file.code)},
                      {"own_size", SizeOrNull(outcome.ownSize)},
                      {"rect", RectOrNull(outcome.rect)},

@@ -148,8 +148,10 @@ SCoefStatistics Total(const std::vector<SBand>& bands, const MapValues& wanted,
         constexpr float kNone = std::numeric_limits<float>::quiet_NaN();
         value.least = numbers == 0 ? kNone : all.least[k];
         value.greatest = numbers == 0 ? kNone : all.greatest[k];
-        value.mean = numbers == 0 ? std::numeric_limits<double>::quiet_NaN()
-                                  : all.sum[k] / static_cast<double>(numbers);
+        // Infinities of both signs have no sum, and the sign of that is the processor's.
+        value.mean = numbers == 0 || std::isnan(all.sum[k])
+                         ? std::numeric_limits<double>::quiet_NaN()
+                         : all.sum[k] / static_cast<double>(numbers);
     }
     return total;
 }

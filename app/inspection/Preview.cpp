@@ -104,10 +104,12 @@ class CPreviewRun {
         return told.problems.empty() ? std::move(load.map) : nullptr;
     }
 
-    void Tell(const SPreviewedFile& file) { m_listener.OnFile(file); }
+    void Tell(const SPreviewedFile& file) {
+        ++(file.problems.empty() ? m_outcome.shown : m_outcome.failed);
+        m_listener.OnFile(file);
+    }
 
-    void TakeFound(const SPaintedValues& values, SPreviewedFile& told) {
-        ++m_outcome.shown;
+    static void TakeFound(const SPaintedValues& values, SPreviewedFile& told) {
         told.found = values.found;
         told.notFinite = values.notFinite;
     }
@@ -116,9 +118,7 @@ class CPreviewRun {
         SPreviewedFile told;
         const auto map = Load(m_files.front(), told);
         std::optional<SValuePicture> picture;
-        if (map == nullptr) {
-            ++m_outcome.failed;
-        } else {
+        if (map != nullptr) {
             picture = PaintMap(*map, {told.name, told.kind}, m_request.style, m_request.turnCode);
             TakeFound(picture->values, told);
         }
@@ -131,20 +131,57 @@ class CPreviewRun {
         std::vector<CWallPicture::SCabinet> cabinets;
         for (const SCoefFileName& file : m_files)
             cabinets.push_back({WideToShownUtf8(LastName(file.name)), ToldSize(file.Path())});
-        CWallPicture wall(cabinets, m_outcome.grid.columns, m_outcome.grid.rows, m_request.style);
-        for (std::size_t i = 0; i < m_files.size() && !m_interrupted; ++i) {
-            SPreviewedFile told;
-            const auto map = Load(m_files[i], told);
-            if (map != nullptr && told.size != cabinets[i].size)
-                told.problems.emplace_back("its size changed while it was read");
-            if (told.problems.empty())
-                TakeFound(wall.Take(i, *map), told);
-            else
-                ++m_outcome.failed;
-            Tell(told);
-        }
+        std::vector<SPreviewedFile> told;
+        auto wall = TakeWall(cabinets, told);
+        if (!m_interrupted && ForgetUnreadSizes(cabinets, told))
+            wall = TakeWall(cabinets, told);
+        for (const SPreviewedFile& file : told)
+            Tell(file);
         if (!m_interrupted && m_outcome.shown > 0)
-            Write(wall.Paint(m_request.title));
+            Write(wall->Paint(m_request.title));
+    }
+
+    /// Takes each file that has no problem yet.
+    std::unique_ptr<CWallPicture> TakeWall(const std::vector<CWallPicture::SCabinet>& cabinets,
+                                           std::vector<SPreviewedFile>& told) {
+        const SPreviewGrid& grid = m_outcome.grid;
+        auto wall =
+            std::make_unique<CWallPicture>(cabinets, grid.columns, grid.rows, m_request.style);
+        for (std::size_t i = 0; i < m_files.size() && !m_interrupted; ++i) {
+            if (i == told.size())
+                told.emplace_back();
+            if (told[i].problems.empty())
+                TakeCabinet(*wall, i, cabinets[i].size, told[i]);
+        }
+        return wall;
+    }
+
+    void TakeCabinet(CWallPicture& wall, std::size_t i, const PixelSize& size,
+                     SPreviewedFile& told) {
+        told = {};
+        const auto map = Load(m_files[i], told);
+        if (map == nullptr)
+            return;
+        if (told.size != size)
+            told.problems.emplace_back("its size changed while it was read");
+        else
+            TakeFound(wall.Take(i, *map), told);
+    }
+
+    /// Whether a file that cannot be shown told a size that made all places larger: places are for what
+    /// is shown.
+    static bool ForgetUnreadSizes(std::vector<CWallPicture::SCabinet>& cabinets,
+                                  const std::vector<SPreviewedFile>& told) {
+        PixelSize shown;
+        PixelSize unread;
+        for (std::size_t i = 0; i < told.size(); ++i) {
+            PixelSize& largest = told[i].problems.empty() ? shown : unread;
+            largest = {std::max(largest.width, cabinets[i].size.width),
+                       std::max(largest.height, cabinets[i].size.height)};
+            if (!told[i].problems.empty())
+                cabinets[i].size = {};
+        }
+        return shown != PixelSize{} && (unread.width > shown.width || unread.height > shown.height);
     }
 
     std::string OutputName() const { return WideToShownUtf8(m_request.output.path); }

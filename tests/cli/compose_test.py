@@ -206,6 +206,11 @@ class Compose(ScreenTest):
         self.assertEqual(told[4], 'a.9fcoef: lies wholly outside the screen of 8 x 5: none of its '
                                   'pixels is there')
         self.assertEqual(told[-1], f'3 files put into {self.screen}  (8 x 5), 1 outside, 0 failed')
+        *files, summary = self.objects(self.compose(
+            'b.9fcoef@4,2', 'a.9fcoef@8,0', '--size', '8x5', '--allow-outside', '--overwrite',
+            '--json'), 0)
+        self.assertEqual([file['status'] for file in files], ['placed', 'outside'])
+        self.assertEqual([summary[key] for key in ('placed', 'outside', 'failed')], [1, 1, 0])
 
     def test_a_damaged_cabinet(self):
         self.add_cabinet('a.9fcoef', 1)

@@ -82,6 +82,7 @@ TEST(CoefStatistics, TakesInfinitiesAsNumbersOutside) {
     EXPECT_EQ(found.values[0].least, -kBeyondAll);
     EXPECT_EQ(found.values[0].greatest, kBeyondAll);
     EXPECT_TRUE(std::isnan(found.values[0].mean));
+    EXPECT_FALSE(std::signbit(found.values[0].mean));
     EXPECT_EQ(found.values[0].outside, 2U);
     EXPECT_EQ(found.values[0].nan, 0U);
 }

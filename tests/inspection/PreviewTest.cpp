@@ -21,6 +21,11 @@ class CPreviewNotes : public CPreviewListener {
     std::vector<SPreviewedFile> m_files;
 };
 
+void PutLittleEndian16(test::Bytes& file, std::size_t offset, int value) {
+    file.at(offset) = static_cast<std::byte>(value & 0xFF);
+    file.at(offset + 1) = static_cast<std::byte>(value >> 8);
+}
+
 class Preview : public ::testing::Test {
   protected:
     void Add(const std::wstring& name) {
@@ -113,6 +118,30 @@ TEST_F(Preview, CrossesOutWhatIsGone) {
     EXPECT_FALSE(m_notes.Files().at(0).problems.empty());
     EXPECT_TRUE(m_notes.Files().at(1).problems.empty());
     EXPECT_TRUE(test::FileExists(Picture()));
+}
+
+TEST_F(Preview, GivesPlacesTheSizeOfWhatIsShown) {
+    Add(L"a.9bcoef");
+    Add(L"b.9bcoef");
+    Add(L"c.9bcoef");
+    for (const auto& [width, height] : {std::pair{60000, 3}, {4, 60000}, {65535, 65535}}) {
+        SCOPED_TRACE(testing::Message() << width << " x " << height);
+        test::Bytes file = test::ReadFile(m_folder.File(L"b.9bcoef"));
+        PutLittleEndian16(file, 20, width);
+        PutLittleEndian16(file, 22, height);
+        test::WriteFile(m_folder.File(L"b.9bcoef"), file);
+        m_notes = {};
+        const SPreviewOutcome outcome = Run();
+        EXPECT_EQ(outcome.end, EPreviewEnd::SomeFailed);
+        EXPECT_EQ(outcome.shown, 2U);
+        EXPECT_EQ(outcome.failed, 1U);
+        ASSERT_TRUE(outcome.values);
+        EXPECT_EQ(outcome.values->cells, 24U); // every pixel of both
+        ASSERT_EQ(m_notes.Files().size(), 3U);
+        EXPECT_EQ(m_notes.Files()[1].problems.size(), 1U);
+        EXPECT_EQ(m_notes.Files()[2].found, m_notes.Files()[0].found);
+        ASSERT_TRUE(RemoveFile(Picture()));
+    }
 }
 
 } // namespace
