@@ -183,17 +183,32 @@ std::string WriteLines(const CTemporaryOutput& output, const std::string& lines,
     return problem;
 }
 
+/// What is to come; 0 where that is not told, of a pipe, say. Nothing when the stream cannot be read, or
+/// not be brought back to where it stood.
+std::optional<std::uint64_t> BytesToCome(std::istream& stream) {
+    if (!stream.good())
+        return std::nullopt;
+    const std::streamoff here = stream.tellg();
+    if (here < 0)
+        return 0;
+    if (const auto bytes = BytesToEnd(stream))
+        return bytes;
+    stream.clear();
+    stream.seekg(here);
+    return stream.good() ? std::optional<std::uint64_t>(0) : std::nullopt;
+}
+
 } // namespace
 
 std::optional<std::string> Sha256Of(std::istream& stream) {
+    errno = 0;
+    const auto bytes = BytesToCome(stream);
+    if (!bytes)
+        return std::nullopt;
     std::vector<std::byte> piece(kSummedBytes);
     CSha256 sha;
     std::array<std::uint8_t, 32> digest{};
-    const auto bytes = BytesToEnd(stream);
-    if (!bytes) // a pipe, say, which can be read all the same
-        stream.clear(stream.rdstate() & ~std::ios::failbit);
-    std::uint64_t left = bytes.value_or(0);
-    errno = 0;
+    std::uint64_t left = *bytes;
     while (stream.good()) {
         stream.read(reinterpret_cast<char*>(piece.data()), kSummedBytes);
         if (stream.bad())

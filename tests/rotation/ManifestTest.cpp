@@ -66,6 +66,49 @@ TEST(Sum, OfMoreThanOnePiece) {
     }
 }
 
+/// A file that grants so many seeks and refuses so many behind them.
+class CRefusedSeek : public std::stringbuf {
+  public:
+    CRefusedSeek(int granted, int refused)
+        : std::stringbuf("abc"), m_granted(granted), m_refused(refused) {}
+
+  protected:
+    pos_type seekoff(off_type offset, std::ios::seekdir from, std::ios::openmode which) override {
+        if (m_granted-- > 0 || m_refused-- <= 0)
+            return std::stringbuf::seekoff(offset, from, which);
+        errno = EIO;
+        return pos_type(off_type(-1));
+    }
+    pos_type seekpos(pos_type position, std::ios::openmode which) override {
+        return seekoff(off_type(position), std::ios::beg, which);
+    }
+
+  private:
+    int m_granted;
+    int m_refused;
+};
+
+TEST(Sum, IsNoneWhereTheStreamMayStandAnywhere) {
+    for (const int granted : {1, 2, 3, 4}) {
+        CRefusedSeek file(granted, 100);
+        std::istream stream(&file);
+        EXPECT_EQ(Sha256Of(stream), std::nullopt) << granted;
+        EXPECT_EQ(errno, EIO) << granted;
+    }
+    for (const int granted : {0, 1, 2, 3, 4}) { // it stands where it stood
+        CRefusedSeek file(granted, 1);
+        std::istream stream(&file);
+        EXPECT_EQ(Sha256Of(stream), kSumOfAbc) << granted;
+    }
+    CRefusedSeek pipe(0, 100);
+    std::istream piped(&pipe);
+    EXPECT_EQ(Sha256Of(piped), kSumOfAbc);
+    std::istringstream notAtItsFirstByte("abc");
+    notAtItsFirstByte.setstate(std::ios::failbit);
+    EXPECT_EQ(Sha256Of(notAtItsFirstByte), std::nullopt);
+    EXPECT_EQ(errno, 0);
+}
+
 TEST(Sum, OfAStreamThatCannotBeReadIsNone) {
     std::istringstream stream("abc");
     stream.setstate(std::ios::badbit);
