@@ -2,7 +2,9 @@
 // and print. A command's result is the program's exit status.
 #pragma once
 
-#include <CLI/CLI.hpp>
+namespace CLI {
+class App;
+} // namespace CLI
 
 namespace trevolt {
 

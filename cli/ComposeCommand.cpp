@@ -42,30 +42,26 @@ struct SComposeOptions {
 };
 
 void AddComposeOptions(CLI::App& command, SComposeOptions& options) {
-    command
-        .add_option("TARGET", options.target,
-                    "File of the screen; its extension tells the kind, whatever those of the "
-                    "cabinets are")
-        ->type_name("FILE")
-        ->group("Places")
-        ->required();
-    CLI::Option* const files =
-        command
-            .add_option("FILE@PLACE", options.files,
-                        "A cabinet's file, and behind the last @ the left top of its place in the "
-                        "screen as X,Y, or X,Y,ANGLE where it is turned: 90, 180 or 270 clockwise")
-            ->type_name("FILE")
-            ->group("Places");
+    COptionGroup places(command, kPlaces);
+    places
+        .AddPlace("TARGET", "FILE", options.target,
+                  "File of the screen; its extension tells the kind, whatever those of the "
+                  "cabinets are")
+        .Required();
+    const COption files = places.AddPlaces(
+        "FILE@PLACE", "FILE", options.files,
+        "A cabinet's file, and behind the last @ the left top of its place in the screen as X,Y, "
+        "or X,Y,ANGLE where it is turned: 90, 180 or 270 clockwise");
     COptionGroup screen(command, "Screen");
     AddLayout(screen,
               "CSV file with a file, its x, its y and its angle a row, in place of FILE@PLACE; "
               "the angle may be left out",
               options.layout)
-        ->excludes(files);
+        .Excludes(files);
     screen
         .AddValue("--size,-s", "WIDTHxHEIGHT", options.size, ParseSize,
                   "Size of the screen in pixels")
-        ->default_str("the smallest that holds every file");
+        .Default("the smallest that holds every file");
     screen.AddFlag("--allow-overlap", options.allowOverlap,
                    "Let files overlap; of several the last one's pixels stay");
     screen.AddFlag("--allow-outside", options.allowOutside,
@@ -83,8 +79,7 @@ SLayoutFiles FilesOf(const SComposeOptions& options) {
     for (const std::string& text : options.files)
         layout.files.push_back(ParseFor("FILE@PLACE", "FILE@X,Y", text, ParsePlacedFile));
     if (layout.files.empty())
-        throw CLI::ValidationError(
-            "compose needs files: give FILE@X,Y for each, or --layout TABLE");
+        throw CUsageError("compose needs files: give FILE@X,Y for each, or --layout TABLE");
     return layout;
 }
 
@@ -116,11 +111,10 @@ int Compose(const SComposeOptions& options) {
 
 void AddComposeCommand(CLI::App& program, int& exitStatus) {
     const auto options = std::make_shared<SComposeOptions>();
-    CLI::App* command =
-        program.add_subcommand("compose", "Put cabinets' files into a file of the whole screen");
-    command->footer(kComposeNotes);
-    AddComposeOptions(*command, *options);
-    command->callback([options, &exitStatus] { exitStatus = Compose(*options); });
+    CLI::App& command =
+        AddCommand(program, "compose", "Put cabinets' files into a file of the whole screen",
+                   kComposeNotes, exitStatus, [options] { return Compose(*options); });
+    AddComposeOptions(command, *options);
 }
 
 } // namespace trevolt

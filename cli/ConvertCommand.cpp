@@ -147,30 +147,26 @@ int Convert(SConvertOptions& options) {
 }
 
 void AddConvertPlaces(CLI::App& command, SConvertOptions& options) {
-    command
-        .add_option("SOURCE", options.sources,
-                    "Coefficient file, or .npy file; with --to also several, and folders of them")
-        ->type_name("PATH")
-        ->group("Places")
-        ->required();
-    command
-        .add_option_function<std::string>(
-            "TARGET",
-            [&options](const std::string& text) {
-                options.request.output = ParseFor("TARGET", "a path", text, ParsePath);
-            },
-            "The file that it becomes, whose name tells the kind; with --to the folder for the "
-            "outputs, made when missing")
-        ->type_name("PATH")
-        ->group("Places")
-        ->required();
+    COptionGroup places(command, kPlaces);
+    places
+        .AddPlaces("SOURCE", "PATH", options.sources,
+                   "Coefficient file, or .npy file; with --to also several, and folders of them")
+        .Required();
+    const auto takeTarget = [&options](const std::string& text) {
+        options.request.output = ParseFor("TARGET", "a path", text, ParsePath);
+    };
+    places
+        .AddPlace("TARGET", "PATH", takeTarget,
+                  "The file that it becomes, whose name tells the kind; with --to the folder for "
+                  "the outputs, made when missing")
+        .Required();
 }
 
 void AddConvertOptions(CLI::App& command, SConvertOptions& options) {
     AddConvertPlaces(command, options);
     SConversionRequest& request = options.request;
     COptionGroup conversion(command, "Conversion");
-    CLI::Option* to = conversion.AddValue(
+    const COption to = conversion.AddValue(
         "--to", "npy|9fcoef|3fcoef|9bcoef|3bcoef|9wcoef|3wcoef|4wcoef|12wcoef|cccoef", request.to,
         ParseFormName, "What all files become, several of them and folders too");
     conversion.AddFlag("--own", request.ownElements,
@@ -182,7 +178,7 @@ void AddConvertOptions(CLI::App& command, SConvertOptions& options) {
             "--recursive,-r", request.recursive,
             "Also convert what lies in folders of the source folders; the target gets the same "
             "folders")
-        ->needs(to);
+        .Needs(to);
     AddOutputFlags(command, request.replaces, options.noSync);
     AddJsonFlag(command, options.json);
 }
@@ -191,11 +187,11 @@ void AddConvertOptions(CLI::App& command, SConvertOptions& options) {
 
 void AddConvertCommand(CLI::App& program, int& exitStatus) {
     const auto options = std::make_shared<SConvertOptions>();
-    CLI::App* command = program.add_subcommand(
-        "convert", "Make coefficient files into other kinds, and to and from NumPy's arrays");
-    command->footer(kConvertNotes);
-    AddConvertOptions(*command, *options);
-    command->callback([options, &exitStatus] { exitStatus = Convert(*options); });
+    CLI::App& command =
+        AddCommand(program, "convert",
+                   "Make coefficient files into other kinds, and to and from NumPy's arrays",
+                   kConvertNotes, exitStatus, [options] { return Convert(*options); });
+    AddConvertOptions(command, *options);
 }
 
 } // namespace trevolt

@@ -43,39 +43,35 @@ struct SCropOptions {
 };
 
 void AddCropPlaces(CLI::App& command, SCropOptions& options) {
-    command.add_option("SOURCE", options.source, "Coefficient file of any kind")
-        ->type_name("FILE")
-        ->group("Places")
-        ->required();
-    command
-        .add_option("TARGET", options.target,
-                    "File of the rectangle, whose extension tells its kind; with --layout the "
-                    "folder of the cabinets, made when missing")
-        ->type_name("FILE")
-        ->group("Places")
-        ->required();
+    COptionGroup places(command, kPlaces);
+    places.AddPlace("SOURCE", "FILE", options.source, "Coefficient file of any kind").Required();
+    places
+        .AddPlace("TARGET", "FILE", options.target,
+                  "File of the rectangle, whose extension tells its kind; with --layout the "
+                  "folder of the cabinets, made when missing")
+        .Required();
 }
 
 void AddPiece(CLI::App& command, SCropOptions& options) {
     COptionGroup group(command, "Piece");
-    CLI::Option* const rect =
+    const COption rect =
         group.AddValue("--rect", "LEFT,TOP,RIGHT,BOTTOM", options.rect, ParseRect,
                        "Rectangle to cut out, in pixels; right and bottom are exclusive");
     group
         .AddValue("--turn", "90|180|270", options.turn, ParseAngle,
                   std::string("Clockwise turn of what is cut out in degrees") + kAngleForms)
-        ->needs(rect);
-    CLI::Option* const layout =
+        .Needs(rect);
+    const COption layout =
         AddLayout(group,
                   "CSV file with a file, its x, its y and its angle a row, as compose takes it: "
                   "every file is cut out and turned back",
                   options.layout);
-    layout->excludes(rect);
+    layout.Excludes(rect);
     group
         .AddValue("--cabinet", "WIDTHxHEIGHT", options.cabinet, ParseSize,
                   "Size of every cabinet of the table before its turn")
-        ->default_str("that of the file that the table names")
-        ->needs(layout);
+        .Default("that of the file that the table names")
+        .Needs(layout);
     group.AddFlag("--lenient", options.lenient,
                   "Also take what could be read of a source that is damaged");
 }
@@ -117,7 +113,7 @@ std::vector<std::string> TakeLayout(const SCropOptions& options, const std::wstr
 
 int Crop(const SCropOptions& options) {
     if (!options.rect && !options.layout.table)
-        throw CLI::ValidationError(
+        throw CUsageError(
             "crop needs a rectangle: give --rect LEFT,TOP,RIGHT,BOTTOM, or --layout TABLE");
     const std::wstring target = ParseFor("TARGET", "a file", options.target, ParsePath);
     const std::wstring input = ParseFor("SOURCE", "a file", options.source, ParsePath);
@@ -143,11 +139,10 @@ int Crop(const SCropOptions& options) {
 
 void AddCropCommand(CLI::App& program, int& exitStatus) {
     const auto options = std::make_shared<SCropOptions>();
-    CLI::App* command =
-        program.add_subcommand("crop", "Cut a rectangle, or all cabinets, out of a file");
-    command->footer(kCropNotes);
-    AddCropOptions(*command, *options);
-    command->callback([options, &exitStatus] { exitStatus = Crop(*options); });
+    CLI::App& command =
+        AddCommand(program, "crop", "Cut a rectangle, or all cabinets, out of a file", kCropNotes,
+                   exitStatus, [options] { return Crop(*options); });
+    AddCropOptions(command, *options);
 }
 
 } // namespace trevolt

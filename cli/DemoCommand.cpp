@@ -5,6 +5,7 @@
 #include "cli/Commands.h"
 #include "cli/OptionGroup.h"
 #include "cli/OptionValues.h"
+#include "cli/SharedOptions.h"
 #include "cli/ShownText.h"
 #include "platform/FileSystem.h"
 #include "platform/SystemError.h"
@@ -12,14 +13,21 @@
 namespace trevolt {
 namespace {
 
-int WriteDemo(const std::string& folder, bool replaces, bool sync) {
+struct SDemoOptions {
+    std::string folder;
+    bool overwrite = false;
+    bool noSync = false;
+};
+
+int WriteDemo(const SDemoOptions& options) {
+    const std::string& folder = options.folder;
     const std::wstring path = ParseFor("FOLDER", "a folder", folder, ParsePath);
     if (!CreateFolders(path)) {
         const std::string reason = SystemErrorText(errno);
         Complain("the folder {} cannot be made{}{}", folder, reason.empty() ? "" : ": ", reason);
         return kExitUsage;
     }
-    const std::string problem = WriteDemoWall(path, replaces, sync);
+    const std::string problem = WriteDemoWall(path, options.overwrite, !options.noSync);
     if (!problem.empty()) {
         Complain("{}: {}", folder, problem);
         return kExitSomeFailed;
@@ -31,19 +39,14 @@ int WriteDemo(const std::string& folder, bool replaces, bool sync) {
 } // namespace
 
 void AddDemoCommand(CLI::App& program, int& exitStatus) {
-    const auto folder = std::make_shared<std::string>();
-    CLI::App* command =
-        program.add_subcommand("demo", "Write a small made-up wall of cabinets into a folder");
-    command->add_option("FOLDER", *folder, "Folder for the cabinets, made when missing")
-        ->type_name("FOLDER")
-        ->group("Places")
-        ->required();
-    const auto overwrite = std::make_shared<bool>(false);
-    const auto noSync = std::make_shared<bool>(false);
-    COptionGroup outputs(*command, "Outputs");
-    outputs.AddFlag("--overwrite", *overwrite, kOverwriteHelp);
-    outputs.AddFlag("--no-sync", *noSync, kNoSyncHelp);
-    command->callback([=, &exitStatus] { exitStatus = WriteDemo(*folder, *overwrite, !*noSync); });
+    const auto options = std::make_shared<SDemoOptions>();
+    CLI::App& command =
+        AddCommand(program, "demo", "Write a small made-up wall of cabinets into a folder", "",
+                   exitStatus, [options] { return WriteDemo(*options); });
+    COptionGroup(command, kPlaces)
+        .AddPlace("FOLDER", "FOLDER", options->folder, "Folder for the cabinets, made when missing")
+        .Required();
+    AddOutputFlags(command, options->overwrite, options->noSync);
 }
 
 } // namespace trevolt

@@ -422,27 +422,26 @@ class CDiff {
 
 void AddOptions(CLI::App& command, SDiffOptions& options) {
     for (const auto& [name, value] : {std::pair{"A", &options.a}, std::pair{"B", &options.b}})
-        command.add_option(name, *value, "A coefficient file, or a folder of them")
-            ->type_name("PATH")
-            ->group("Places")
-            ->required();
+        COptionGroup(command, kPlaces)
+            .AddPlace(name, "PATH", *value, "A coefficient file, or a folder of them")
+            .Required();
     COptionGroup comparison(command, "Comparison");
     comparison
         .AddValue("--tolerance", "T", options.tolerance, ParseTolerance,
                   "How far values may be apart that count as the same")
-        ->default_str("0");
+        .Default("0");
     comparison.AddValue("--turned", "90|180|270", options.turn, ParseAngle,
                         std::string("Compare B with A after a clockwise turn in degrees") +
                             kAngleForms + "; of folders those files that rotate names so");
     comparison.AddFlag("--recursive,-r", options.recursive,
                        "Also compare what lies in folders of the folders");
     COptionGroup outputs(command, "Outputs");
-    CLI::Option* const image =
+    const COption image =
         outputs.AddValue("--image", "FILE", options.image, ParsePicturePath,
                          "New PNG file for a picture of how far the pixels are apart");
-    AddRange(outputs, options.range)->needs(image);
-    outputs.AddFlag("--overwrite", options.overwrite, kOverwriteHelp)->needs(image);
-    outputs.AddFlag("--no-sync", options.noSync, kNoSyncHelp)->needs(image);
+    AddRange(outputs, options.range).Needs(image);
+    outputs.AddFlag("--overwrite", options.overwrite, kOverwriteHelp).Needs(image);
+    outputs.AddFlag("--no-sync", options.noSync, kNoSyncHelp).Needs(image);
     AddJsonFlag(command, options.json);
 }
 
@@ -450,11 +449,10 @@ void AddOptions(CLI::App& command, SDiffOptions& options) {
 
 void AddDiffCommand(CLI::App& program, int& exitStatus) {
     const auto options = std::make_shared<SDiffOptions>();
-    CLI::App* command = program.add_subcommand(
-        kDiffCommand, "Compare coefficient files, of any kinds, or folders of them");
-    command->footer(kDiffNotes);
-    AddOptions(*command, *options);
-    command->callback([options, &exitStatus] { exitStatus = CDiff(*options).Run(); });
+    CLI::App& command = AddCommand(
+        program, kDiffCommand, "Compare coefficient files, of any kinds, or folders of them",
+        kDiffNotes, exitStatus, [options] { return CDiff(*options).Run(); });
+    AddOptions(command, *options);
 }
 
 } // namespace trevolt

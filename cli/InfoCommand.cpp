@@ -294,14 +294,13 @@ class CInfo {
 
 void AddInfoCommand(CLI::App& program, int& exitStatus) {
     const auto options = std::make_shared<SInfoOptions>();
-    CLI::App* command = program.add_subcommand("info", "Tell what coefficient files hold");
-    command->footer(kInfoNotes);
-    AddSources(*command, "FILE", options->sources);
-    COptionGroup inputs(*command, "Inputs");
+    CLI::App& command = AddCommand(program, "info", "Tell what coefficient files hold", kInfoNotes,
+                                   exitStatus, [options] { return CInfo(*options).Run(); });
+    AddSources(command, "FILE", options->sources);
+    COptionGroup inputs(command, "Inputs");
     inputs.AddFlag("--recursive,-r", options->recursive,
                    "Also tell of what lies in folders of the folders");
-    AddJsonFlag(*command, options->json);
-    command->callback([options, &exitStatus] { exitStatus = CInfo(*options).Run(); });
+    AddJsonFlag(command, options->json);
 }
 
 } // namespace trevolt

@@ -7,15 +7,14 @@
 
 namespace trevolt {
 
-CLI::Option* AddLayout(COptionGroup& group, const std::string& description,
-                       SLayoutOptions& options) {
-    CLI::Option* const layout =
+COption AddLayout(COptionGroup& group, const std::string& description, SLayoutOptions& options) {
+    const COption layout =
         group.AddValue("--layout", "TABLE", options.table, ParsePath, description);
     group
         .AddValue("--from", "FOLDER", options.folder, ParsePath,
                   "Folder of the files that the table names")
-        ->default_str("the table's own")
-        ->needs(layout);
+        .Default("the table's own")
+        .Needs(layout);
     return layout;
 }
 

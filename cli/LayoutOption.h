@@ -5,8 +5,6 @@
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "app/rotation/Composition.h"
 #include "cli/OptionGroup.h"
 
@@ -18,8 +16,7 @@ struct SLayoutOptions {
 };
 
 /// Adds --layout, which it returns, and --from.
-CLI::Option* AddLayout(COptionGroup& group, const std::string& description,
-                       SLayoutOptions& options);
+COption AddLayout(COptionGroup& group, const std::string& description, SLayoutOptions& options);
 
 /// The table's files, or every line of it that is wrong, behind the option and the table's path.
 SLayoutFiles FilesOfLayout(const SLayoutOptions& options);

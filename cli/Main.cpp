@@ -10,6 +10,7 @@
 
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
+#include "cli/OptionGroup.h"
 #include "cli/Program.h"
 #include "cli/ShownText.h"
 #include "platform/ConsoleProgram.h"
@@ -63,6 +64,9 @@ int Run(const std::vector<std::string>& arguments) {
         return status;
     } catch (const CLI::ParseError& error) {
         Complain("{}", Advice(*program, error));
+        return kExitUsage;
+    } catch (const CUsageError& error) {
+        Complain("{}", error.what());
         return kExitUsage;
     }
     return exitStatus;

@@ -107,40 +107,36 @@ void AddPicture(CLI::App& command, SPreviewOptions& options) {
         .AddValue("--view", kViewNames, options.view, ParseView,
                   "What is shown: the brightness or the colour that pixels have for white, or one "
                   "coefficient of their matrices by its row and column")
-        ->default_str("brightness");
+        .Default("brightness");
     group
         .AddValue("--scale", "false-colour|grey", options.scale, ParseScale,
                   "Colours of brightness or coefficient")
-        ->default_str("false-colour");
+        .Default("false-colour");
     AddRange(group, options.range);
-    CLI::Option* const turned = group.AddValue(
+    const COption turned = group.AddValue(
         "--turned", "90|180|270", options.turnCode, ParseAngle,
         std::string("Show a single map before and after a clockwise turn in degrees") +
             kAngleForms);
     group
         .AddValue("--grid", "COLUMNSxROWS", options.grid, ParseGrid,
                   "How cabinets stand in the wall; they fill it row by row, Cab_2 before Cab_10")
-        ->default_str("about square")
-        ->excludes(turned);
+        .Default("about square")
+        .Excludes(turned);
     group
         .AddValue(
             "--width", "N", options.width, ParseWidth,
             "Pixels that the picture may be wide; what it shows is up to five eighths of that high")
-        ->default_str(std::to_string(kPictureWidth));
+        .Default(std::to_string(kPictureWidth));
 }
 
 void AddPreviewOptions(CLI::App& command, SPreviewOptions& options) {
     AddSources(command, "SOURCE", options.sources);
-    command
-        .add_option_function<std::string>(
-            "PICTURE",
-            [&options](const std::string& text) {
-                options.picture = ParseFor("PICTURE", "a file", text, ParsePicturePath);
-            },
-            "PNG file for the picture; its folder must exist")
-        ->type_name("FILE")
-        ->group("Places")
-        ->required();
+    const auto takePicture = [&options](const std::string& text) {
+        options.picture = ParseFor("PICTURE", "a file", text, ParsePicturePath);
+    };
+    COptionGroup(command, kPlaces)
+        .AddPlace("PICTURE", "FILE", takePicture, "PNG file for the picture; its folder must exist")
+        .Required();
     AddPicture(command, options);
     COptionGroup inputs(command, "Inputs");
     inputs.AddFlag("--recursive,-r", options.recursive,
@@ -267,10 +263,10 @@ std::string TitleOf(const std::vector<std::wstring>& sources, const std::wstring
 
 void CheckTogether(const SPreviewOptions& options) {
     if (options.view.what == EMapView::White && options.scale)
-        throw CLI::ValidationError(
+        throw CUsageError(
             "--scale", "the colour for white has no other colours: leave it out, or give --view");
     if (options.turnCode != 0 && options.width < kNarrowestTurn)
-        throw CLI::ValidationError(
+        throw CUsageError(
             "--width",
             fmt::format("{} pixels have no room for both sides of a turn: give {} or more",
                         options.width, kNarrowestTurn));
@@ -316,10 +312,10 @@ int Preview(const SPreviewOptions& options) {
 
 void AddPreviewCommand(CLI::App& program, int& exitStatus) {
     const auto options = std::make_shared<SPreviewOptions>();
-    CLI::App* command = program.add_subcommand("preview", "Show coefficient files in a picture");
-    command->footer(kPreviewNotes);
-    AddPreviewOptions(*command, *options);
-    command->callback([options, &exitStatus] { exitStatus = Preview(*options); });
+    CLI::App& command =
+        AddCommand(program, "preview", "Show coefficient files in a picture", kPreviewNotes,
+                   exitStatus, [options] { return Preview(*options); });
+    AddPreviewOptions(command, *options);
 }
 
 } // namespace trevolt

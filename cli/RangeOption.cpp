@@ -26,11 +26,11 @@ SValueRange ParseRange(const std::string& text) {
 
 } // namespace
 
-CLI::Option* AddRange(COptionGroup& group, std::optional<SValueRange>& range) {
+COption AddRange(COptionGroup& group, std::optional<SValueRange>& range) {
     return group
         .AddValue("--range", "LOW,HIGH", range, ParseRange,
                   "Values at the ends of the scale; those beyond have colours of their own")
-        ->default_str("those shown, without the few that are far from all others");
+        .Default("those shown, without the few that are far from all others");
 }
 
 } // namespace trevolt

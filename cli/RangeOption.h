@@ -3,14 +3,12 @@
 
 #include <optional>
 
-#include <CLI/CLI.hpp>
-
 #include "app/inspection/CellPainter.h"
 #include "cli/OptionGroup.h"
 
 namespace trevolt {
 
 /// Adds --range, which it returns.
-CLI::Option* AddRange(COptionGroup& group, std::optional<SValueRange>& range);
+COption AddRange(COptionGroup& group, std::optional<SValueRange>& range);
 
 } // namespace trevolt

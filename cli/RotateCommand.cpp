@@ -6,6 +6,7 @@
 #include "app/inspection/RotationReport.h"
 #include "app/rotation/CoefFileSearch.h"
 #include "cli/Commands.h"
+#include "cli/OptionGroup.h"
 #include "cli/RotateOptions.h"
 #include "cli/RunPrinter.h"
 #include "cli/ShownText.h"
@@ -131,11 +132,10 @@ int ExitStatus(ERotationEnd end) {
 
 void AddRotateCommand(CLI::App& program, int& exitStatus) {
     const auto options = std::make_shared<SRotateOptions>();
-    CLI::App* command =
-        program.add_subcommand("rotate", "Turn coefficient files into another folder");
-    command->footer(kRotateNotes);
-    AddRotateOptions(*command, *options);
-    command->callback([options, &exitStatus] { exitStatus = Rotate(*options); });
+    CLI::App& command =
+        AddCommand(program, "rotate", "Turn coefficient files into another folder", kRotateNotes,
+                   exitStatus, [options] { return Rotate(*options); });
+    AddRotateOptions(command, *options);
 }
 
 } // namespace trevolt

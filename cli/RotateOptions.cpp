@@ -20,21 +20,21 @@ std::size_t DefaultJobs() {
 
 void AddTurn(CLI::App& command, SRotateOptions& options) {
     COptionGroup group(command, "Turn");
-    CLI::Option* angle = group.AddValue("--angle,-a", "90|180|270", options.angle, ParseAngle,
-                                        std::string("Clockwise turn in degrees") + kAngleForms);
+    const COption angle = group.AddValue("--angle,-a", "90|180|270", options.angle, ParseAngle,
+                                         std::string("Clockwise turn in degrees") + kAngleForms);
     group
         .AddValue("--angles", "TABLE", options.angleTable, ParsePath,
                   "CSV file with a file and its angle a row, for files that are mounted in "
                   "different ways; * stands for all without a row, and angle 0 copies")
-        ->excludes(angle);
+        .Excludes(angle);
     group
         .AddValue("--size,-s", "WIDTHxHEIGHT", options.size, ParseSize,
                   "Size of every map in pixels; larger files are cut, smaller ones stand on "
                   "defaults")
-        ->default_str("each file's own");
+        .Default("each file's own");
     group.AddFlag("--lenient", options.lenient,
                   "Also write what could be read of files that are damaged");
-    CLI::Option* keepExtras = group.AddFlag(
+    const COption keepExtras = group.AddFlag(
         "--keep-extras", options.keepExtras,
         "Keep the extra words, the owner and the origin of word files, which are lost "
         "otherwise");
@@ -42,7 +42,7 @@ void AddTurn(CLI::App& command, SRotateOptions& options) {
         .AddValue("--wall", "WIDTHxHEIGHT", options.wall, ParseSize,
                   "Size of the wall in whose pixels kept origins are turned; without it they "
                   "stay as they are")
-        ->needs(keepExtras);
+        .Needs(keepExtras);
 }
 
 void AddInputs(CLI::App& command, SRotateOptions& options) {
@@ -55,7 +55,7 @@ void AddInputs(CLI::App& command, SRotateOptions& options) {
     group
         .AddValue("--shard", "I/N", options.shard, ParseShard,
                   "Take every N-th file, from the I-th on, so that N machines share a run")
-        ->default_str("1/1");
+        .Default("1/1");
     group.AddValue("--max-file-size", "BYTES", options.limits.fileBytes, ParseBytes,
                    "Bytes that a file may have, or as 500M or 2G; larger ones fail");
     group.AddValue("--max-size", "WIDTHxHEIGHT", options.limits.largestSize, ParseSize,
@@ -64,16 +64,16 @@ void AddInputs(CLI::App& command, SRotateOptions& options) {
 
 void AddOutputs(CLI::App& command, SRotateOptions& options) {
     COptionGroup group(command, "Outputs");
-    CLI::Option* overwrite = group.AddFlag("--overwrite", options.overwrite, kOverwriteHelp);
+    const COption overwrite = group.AddFlag("--overwrite", options.overwrite, kOverwriteHelp);
     group
         .AddFlag("--skip-existing", options.skipExisting,
                  "Leave outputs that exist, and do not turn their files")
-        ->excludes(overwrite);
+        .Excludes(overwrite);
     group
         .AddValue(
             "--suffix", "TEXT", options.suffix, ParseSuffix,
             "What stands in names of outputs in place of the angle, as cw in Cab_01-cw.9fcoef")
-        ->default_str("the angle, as in Cab_01-90\u00B0.9fcoef");
+        .Default("the angle, as in Cab_01-90\u00B0.9fcoef");
     group.AddFlag("--keep-times", options.keepTimes,
                   "Give outputs the time at which their sources were last written");
     group.AddFlag("--verify", options.verify,
@@ -84,13 +84,13 @@ void AddOutputs(CLI::App& command, SRotateOptions& options) {
     group.AddFlag("--no-sync", options.noSync, kNoSyncHelp);
 }
 
-void AddPage(COptionGroup& group, SRotateOptions& options, CLI::Option* dryRun, CLI::Option* list) {
+void AddPage(COptionGroup& group, SRotateOptions& options, COption dryRun, COption list) {
     group
         .AddValue("--report", "FILE.html", options.report, ParsePagePath,
                   "Page on the run for a browser: each file with its sums, times and pictures, and "
                   "what failed first")
-        ->excludes(dryRun)
-        ->excludes(list);
+        .Excludes(dryRun)
+        .Excludes(list);
 }
 
 void AddWork(CLI::App& command, SRotateOptions& options) {
@@ -100,63 +100,55 @@ void AddWork(CLI::App& command, SRotateOptions& options) {
         .AddValue(
             "--jobs,-j", "N", options.jobs, ParseJobs,
             fmt::format("Threads that turn files, or share one large file, 1 to {}", kMostJobs))
-        ->default_str("one a processor");
+        .Default("one a processor");
     group
         .AddValue("--max-memory", "BYTES", options.maxMemory, ParseBytes,
                   "Memory for pixels, in bytes or as 500M or 2G; what does not fit fails")
-        ->default_str("90 % of the machine's");
+        .Default("90 % of the machine's");
 }
 
-/// A list needs no target: then the last of several places is one all the same, as in the run.
-void LetListNeedNoTarget(CLI::Option* list, CLI::Option* target) {
-    list->trigger_on_parse()->each([target](const std::string&) { target->required(false); });
-}
-
-void AddReport(CLI::App& command, SRotateOptions& options, CLI::Option* target) {
+void AddReport(CLI::App& command, SRotateOptions& options, COption target) {
     COptionGroup group(command, "Report");
-    CLI::Option* dryRun = group.AddFlag(
+    const COption dryRun = group.AddFlag(
         "--dry-run,-n", options.dryRun,
         "Do all but write: the same plan and the same lines, but for what only writing shows");
-    CLI::Option* list = group.AddFlag(
+    const COption list = group.AddFlag(
         "--list", options.list,
         "Print the files that a run would take, one a line, as they open and with nothing "
         "escaped, and turn none; one SOURCE then needs no TARGET");
-    LetListNeedNoTarget(list, target);
+    // Then the last of several places is the target all the same, as in the run.
+    list.Spares(target);
     AddPage(group, options, dryRun, list);
     group
         .AddFlag("--null,-0", options.nullEnds,
                  "End the names of --list with NUL, for names that hold line ends")
-        ->needs(list);
-    CLI::Option* json = AddJsonFlag(command, options.json);
-    json->excludes(list);
-    CLI::Option* quiet =
-        group.AddFlag("--quiet,-q", options.quiet, "Print only what goes wrong")->excludes(json);
+        .Needs(list);
+    const COption json = AddJsonFlag(command, options.json);
+    json.Excludes(list);
+    const COption quiet =
+        group.AddFlag("--quiet,-q", options.quiet, "Print only what goes wrong").Excludes(json);
     group
         .AddFlag("--verbose,-v", options.verbose,
                  "Also name the entries of source folders that are passed over, and why")
-        ->excludes(quiet)
-        ->excludes(json);
+        .Excludes(quiet)
+        .Excludes(json);
 }
 
 /// The target's.
-CLI::Option* AddPlaces(CLI::App& command, SRotateOptions& options) {
+COption AddPlaces(CLI::App& command, SRotateOptions& options) {
     AddSources(command, "SOURCE", options.sources);
-    return command
-        .add_option_function<std::string>(
-            "TARGET",
-            [&options](const std::string& text) {
-                options.target = ParseFor("TARGET", "a folder", text, ParsePath);
-            },
-            "Folder for the turned files, made when missing")
-        ->type_name("FOLDER")
-        ->group("Places")
-        ->required();
+    const auto take = [&options](const std::string& text) {
+        options.target = ParseFor("TARGET", "a folder", text, ParsePath);
+    };
+    return COptionGroup(command, kPlaces)
+        .AddPlace("TARGET", "FOLDER", take, "Folder for the turned files, made when missing")
+        .Required();
 }
 
 } // namespace
 
 void AddRotateOptions(CLI::App& command, SRotateOptions& options) {
-    CLI::Option* const target = AddPlaces(command, options);
+    const COption target = AddPlaces(command, options);
     AddTurn(command, options);
     AddInputs(command, options);
     AddOutputs(command, options);

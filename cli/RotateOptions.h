@@ -7,9 +7,11 @@
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "trevolt/RotationRun.h"
+
+namespace CLI {
+class App;
+} // namespace CLI
 
 namespace trevolt {
 
@@ -47,7 +49,7 @@ struct SRotateOptions {
 /// Adds them to the command, which then leaves them in `options`; these must outlive it.
 void AddRotateOptions(CLI::App& command, SRotateOptions& options);
 
-/// The run that they ask for. Throws CLI::ValidationError when they do not go together, or when a
+/// The run that they ask for. Throws CUsageError when they do not go together, or when a
 /// table of angles cannot be read; what is wrong in it is told before.
 SRotationRequest MakeRotationRequest(const SRotateOptions& options);
 

@@ -21,7 +21,7 @@ std::vector<SFileAngle> ReadAngles(const std::wstring& path) {
     table.problems.pop_back();
     for (const std::string& problem : table.problems)
         Complain("--angles: {}: {}", shown, problem);
-    throw CLI::ValidationError("--angles", fmt::format("{}: {}", shown, last));
+    throw CUsageError("--angles", fmt::format("{}: {}", shown, last));
 }
 
 void TakeAngles(const SRotateOptions& options, SRotationRequest& request) {
@@ -30,26 +30,25 @@ void TakeAngles(const SRotateOptions& options, SRotationRequest& request) {
     else if (options.angle)
         request.angle = kAngles[*options.angle - 1];
     else
-        throw CLI::ValidationError(
-            "rotate needs an angle: give --angle 90, 180 or 270, or --angles TABLE");
+        throw CUsageError("rotate needs an angle: give --angle 90, 180 or 270, or --angles TABLE");
 }
 
 void CheckSize(const SRotateOptions& options) {
     const PixelSize& largest = options.limits.largestSize;
     if (options.size &&
         (options.size->width > largest.width || options.size->height > largest.height))
-        throw CLI::ValidationError(
-            "--size",
-            fmt::format("{}x{} is above --max-size {}x{}: give one that fits", options.size->width,
-                        options.size->height, largest.width, largest.height));
+        throw CUsageError("--size",
+                          fmt::format("{}x{} is above --max-size {}x{}: give one that fits",
+                                      options.size->width, options.size->height, largest.width,
+                                      largest.height));
 }
 
 /// Even with --overwrite.
 void CheckReport(const SRotateOptions& options) {
     if (options.angleTable && IsSameEntry(options.report, *options.angleTable))
-        throw CLI::ValidationError(
-            "--report", fmt::format("{} is the table of angles, which stays: choose another name",
-                                    WideToShownUtf8(options.report)));
+        throw CUsageError("--report",
+                          fmt::format("{} is the table of angles, which stays: choose another name",
+                                      WideToShownUtf8(options.report)));
 }
 
 /// A list has its target, if any, as the last of the sources.

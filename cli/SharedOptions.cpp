@@ -1,18 +1,15 @@
 #include "cli/SharedOptions.h"
 
 #include "cli/Commands.h"
-#include "cli/OptionGroup.h"
 
 namespace trevolt {
 
 void AddSources(CLI::App& command, const std::string& place, std::vector<std::string>& sources) {
-    command
-        .add_option(place, sources,
-                    "Coefficient files, folders of them, or both; the program itself replaces "
-                    "* and ? on Windows")
-        ->type_name("PATH")
-        ->group("Places")
-        ->required();
+    COptionGroup(command, kPlaces)
+        .AddPlaces(place, "PATH", sources,
+                   "Coefficient files, folders of them, or both; the program itself replaces "
+                   "* and ? on Windows")
+        .Required();
 }
 
 void AddOutputFlags(CLI::App& command, bool& overwrite, bool& noSync) {
@@ -21,7 +18,7 @@ void AddOutputFlags(CLI::App& command, bool& overwrite, bool& noSync) {
     outputs.AddFlag("--no-sync", noSync, kNoSyncHelp);
 }
 
-CLI::Option* AddJsonFlag(CLI::App& command, bool& json) {
+COption AddJsonFlag(CLI::App& command, bool& json) {
     return COptionGroup(command, "Report")
         .AddFlag("--json", json, "Print one JSON object a line, a summary last");
 }

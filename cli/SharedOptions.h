@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
+#include "cli/OptionGroup.h"
 
 namespace trevolt {
 
@@ -19,6 +19,6 @@ void AddSources(CLI::App& command, const std::string& place, std::vector<std::st
 void AddOutputFlags(CLI::App& command, bool& overwrite, bool& noSync);
 
 /// --json.
-CLI::Option* AddJsonFlag(CLI::App& command, bool& json);
+COption AddJsonFlag(CLI::App& command, bool& json);
 
 } // namespace trevolt

@@ -11,7 +11,7 @@
 namespace trevolt {
 
 /// The paths that the words of a place stand for, wildcards replaced where that is the program's to do.
-/// Throws CLI::ValidationError, which names the place.
+/// Throws CUsageError, which names the place.
 std::vector<std::wstring> ParseSources(const std::string& place,
                                        const std::vector<std::string>& words);
 

@@ -69,16 +69,14 @@ int Verify(const std::string& manifest) {
 
 void AddVerifyCommand(CLI::App& program, int& exitStatus) {
     const auto manifest = std::make_shared<std::string>();
-    CLI::App* command =
-        program.add_subcommand("verify", "Compare the files of a manifest with their SHA-256 sums");
-    command
-        ->add_option("MANIFEST", *manifest,
-                     "File of sums, by rotate --manifest or sha256sum; the names in it are "
-                     "relative to the current folder")
-        ->type_name("FILE")
-        ->group("Places")
-        ->required();
-    command->callback([manifest, &exitStatus] { exitStatus = Verify(*manifest); });
+    CLI::App& command =
+        AddCommand(program, "verify", "Compare the files of a manifest with their SHA-256 sums", "",
+                   exitStatus, [manifest] { return Verify(*manifest); });
+    COptionGroup(command, kPlaces)
+        .AddPlace("MANIFEST", "FILE", *manifest,
+                  "File of sums, by rotate --manifest or sha256sum; the names in it are relative "
+                  "to the current folder")
+        .Required();
 }
 
 } // namespace trevolt
