@@ -104,6 +104,15 @@ function(trevolt_folder folder)
     endif()
 endfunction()
 
+# Arguments and printing: what takes no time but the compiler's.
+function(trevolt_quick_to_build target)
+    if(TREVOLT_SANITIZERS)
+        target_compile_options(${target} PRIVATE -O0)
+    else()
+        target_compile_options(${target} PRIVATE -O1)
+    endif()
+endfunction()
+
 # trevolt_wide_entry(<target> PUBLIC|PRIVATE|INTERFACE)
 # The program starts at wmain or wWinMain on Windows, so that every Unicode argument arrives.
 function(trevolt_wide_entry target scope)
