@@ -115,7 +115,7 @@ void AddReport(CLI::App& command, SRotateOptions& options, COption target) {
     const COption list = group.AddFlag(
         "--list", options.list,
         "Print the files that a run would take, one a line, as they open and with nothing "
-        "escaped, and turn none; one SOURCE then needs no TARGET");
+        "escaped, and turn none; then neither an angle nor, for one SOURCE, a TARGET is needed");
     // Then the last of several places is the target all the same, as in the run.
     list.Spares(target);
     AddPage(group, options, dryRun, list);

@@ -29,7 +29,7 @@ void TakeAngles(const SRotateOptions& options, SRotationRequest& request) {
         request.angles = ReadAngles(*options.angleTable);
     else if (options.angle)
         request.angle = kAngles[*options.angle - 1];
-    else
+    else if (!options.list || options.skipExisting) // which outputs stand, their names tell
         throw CUsageError("rotate needs an angle: give --angle 90, 180 or 270, or --angles TABLE");
 }
 

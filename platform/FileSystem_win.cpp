@@ -177,8 +177,14 @@ int SyncNativeFolder(const NativePath& /*folder*/) noexcept {
 
 bool IsLink(const std::wstring& path) {
     const DWORD attributes = GetFileAttributesW(path.c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES &&
-           (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0)
+        return false;
+    WIN32_FIND_DATAW found{};
+    const HANDLE search = FindFirstFileW(path.c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE)
+        return true; // as far as is known
+    FindClose(search);
+    return IsReparseTagNameSurrogate(found.dwReserved0) != 0; // files kept in a cloud stand here
 }
 
 std::optional<EntryIdentity> IdentityOf(const std::wstring& path, EIdentified identified) {

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <set>
+#include <string_view>
 #include <utility>
 
 #include <fmt/format.h>
@@ -9,6 +10,7 @@
 #include "app/inspection/NpyFile.h"
 #include "app/rotation/CoefFile.h"
 #include "app/rotation/CoefFileSearch.h"
+#include "app/rotation/NameOrder.h"
 #include "app/rotation/Obstacles.h"
 #include "common/TextConversion.h"
 #include "platform/FileSystem.h"
@@ -139,10 +141,9 @@ class CConversionPlanner {
 
     void CheckOutputsDiffer() {
         CObstacles obstacles(m_plan.obstacles);
-        std::map<std::wstring, const SPlannedConversion*> named;
+        std::map<std::wstring_view, const SPlannedConversion*, SNameOrder> named;
         for (const SPlannedConversion& file : m_plan.files) {
-            const auto [place, isNew] = named.try_emplace(
-                kNamesIgnoreCase ? ToLowerAscii(file.outputName) : file.outputName, &file);
+            const auto [place, isNew] = named.try_emplace(file.outputName, &file);
             if (!isNew)
                 obstacles.Add(fmt::format(
                     "{} and {} would both become {}", WideToShownUtf8(place->second->path),

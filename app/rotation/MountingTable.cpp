@@ -10,6 +10,7 @@
 #include <fmt/format.h>
 
 #include "app/rotation/CsvTable.h"
+#include "app/rotation/NameOrder.h"
 #include "platform/TrimmedText.h"
 #include "trevolt/ChromaCorrectCoef.h"
 #include "trevolt/Utf8.h"
@@ -191,7 +192,7 @@ class CMountingRows {
     const SMountingForm& m_form;
     SMountingTable& m_table;
     std::optional<MountingColumns> m_heading;
-    std::map<std::wstring, std::size_t> m_lines; ///< in which each file stands
+    std::map<std::wstring, std::size_t, SNameOrder> m_lines; ///< in which each file stands
 };
 
 } // namespace

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "app/rotation/CoefFileSearch.h"
+#include "app/rotation/NameOrder.h"
 #include "app/rotation/Obstacles.h"
 #include "platform/FileSystem.h"
 #include "trevolt/FileKinds.h"
@@ -52,7 +53,7 @@ void CheckCount(const SRotationRequest& request, SRotationPlan& plan) {
 void TakeAngles(const SRotationRequest& request, SRotationPlan& plan) {
     if (request.angles.empty())
         return;
-    std::map<std::wstring_view, std::uint32_t> rows;
+    std::map<std::wstring_view, std::uint32_t, SNameOrder> rows;
     for (const SFileAngle& row : request.angles)
         rows.emplace(row.name, row.code);
     const auto others = rows.find(kOtherFiles);
@@ -99,31 +100,22 @@ void NameOutputs(const SRotationRequest& request, SRotationPlan& plan) {
     }
 }
 
-wchar_t Folded(wchar_t c) {
-    return kNamesIgnoreCase && c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c - L'A' + L'a') : c;
-}
-
-bool IsNameBefore(const std::wstring& a, const std::wstring& b) {
-    return std::lexicographical_compare(
-        a.begin(), a.end(), b.begin(), b.end(),
-        [](wchar_t one, wchar_t other) { return Folded(one) < Folded(other); });
-}
-
 /// Files may be many: they are told apart without copies of their names.
 void CheckOutputsDiffer(SRotationPlan& plan) {
     CObstacles obstacles(plan.obstacles);
+    constexpr SNameOrder isNameBefore;
     std::vector<const SPlannedTurn*> turns;
     turns.reserve(plan.turns.size());
     for (const SPlannedTurn& turn : plan.turns)
         turns.push_back(&turn);
-    std::sort(turns.begin(), turns.end(), [](const SPlannedTurn* a, const SPlannedTurn* b) {
-        if (IsNameBefore(a->outputName, b->outputName))
+    std::sort(turns.begin(), turns.end(), [&](const SPlannedTurn* a, const SPlannedTurn* b) {
+        if (isNameBefore(a->outputName, b->outputName))
             return true;
-        return a < b && !IsNameBefore(b->outputName, a->outputName); // in the plan's order
+        return a < b && !isNameBefore(b->outputName, a->outputName); // in the plan's order
     });
     for (std::size_t i = 1; i < turns.size(); ++i) {
         const SPlannedTurn& turn = *turns[i];
-        if (IsNameBefore(turns[i - 1]->outputName, turn.outputName))
+        if (isNameBefore(turns[i - 1]->outputName, turn.outputName))
             continue;
         const std::string path = WideToShownUtf8(turn.Path());
         const std::string earlier = WideToShownUtf8(turns[i - 1]->Path());

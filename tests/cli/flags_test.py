@@ -188,6 +188,10 @@ class Flags(CliTest):
         slashes = lambda lines: [line.replace('\\', '/') for line in lines]
         if not cli_support.IS_WRAPPED:
             self.expect(listed(), 0, as_listed('a', 'b'), [])
+            self.expect(self.rotate_places('--list', self.source), 0, as_listed('a', 'b'), [])
+            self.expect(self.rotate_places('--list', '--skip-existing', self.source, missing), 2, [],
+                        ['trevolt-cli: rotate needs an angle: give --angle 90, 180 or 270, or --angles '
+                         'TABLE'])
             self.expect(listed('-r', '--shard', '2/2'), 0, as_listed('b'), [])
             self.expect(self.rotate_places('--list', '-a', 90, self.source), 0, as_listed('a', 'b'), [])
             self.expect(self.rotate_places('-a', 90, self.source, '--list', self.source / 'more', missing),

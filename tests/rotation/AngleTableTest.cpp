@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/FileSystem.h"
 #include "tests/rotation/MountingTables.h"
 
 namespace trevolt {
@@ -62,6 +63,12 @@ TEST(AngleTable, NamesRowsOfAnotherNumberOfFieldsThanTheHeading) {
 TEST(AngleTable, KeepsNamesAsTheyStand) {
     EXPECT_EQ(RowsOf("\"a, b.3bcoef\",90\n c ,0\nwall/\u7BB1.3bcoef,180\n"),
               L"a, b.3bcoef=1  c =0 wall/\u7BB1.3bcoef=2 ");
+}
+
+TEST(AngleTable, HasOneRowForEachFileOfTheSystem) {
+    const SAngleTable table = TableOf("Cab,90\ncAB,180\n");
+    EXPECT_EQ(table.problems,
+              kNamesIgnoreCase ? Problems{"line 2: cAB stands in line 1 already"} : Problems{});
 }
 
 TEST(AngleTable, NamesEveryLineThatIsWrong) {

@@ -184,6 +184,16 @@ TEST_F(RotationPlan, SourceAndTargetAreNeverTheSameFolder) {
     }
 }
 
+TEST_F(RotationPlan, RowsOfAnglesNameFilesAsTheSystemTellsThemApart) {
+    Add(L"Cab_1.3bcoef");
+    m_request.angles = {{L"cAB_1.3BCOEF", 3}, {L"*", 1}};
+    if (kNamesIgnoreCase)
+        EXPECT_EQ(Turns(), Texts{"Cab_1.3bcoef -> Cab_1-270\xC2\xB0.3bcoef"});
+    else
+        EXPECT_EQ(Obstacles(), Texts{"the table of angles names cAB_1.3BCOEF, which is no file of "
+                                     "the sources"});
+}
+
 TEST_F(RotationPlan, EachFileHasItsAngle) {
     Add(L"a.3bcoef");
     Add(L"b.3bcoef");

@@ -41,7 +41,7 @@ complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -l no-sync -d 'Do not wa
 complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -s j -l jobs -r -f -d 'Threads that turn files, or share one large file, 1 to 256'
 complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -l max-memory -r -f -d 'Memory for pixels, in bytes or as 500M or 2G; what does not fit fails'
 complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -s n -l dry-run -d 'Do all but write: the same plan and the same lines, but for what only writing shows'
-complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -l list -d 'Print the files that a run would take, one a line, as they open and with nothing escaped, and turn none; one SOURCE then needs no TARGET'
+complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -l list -d 'Print the files that a run would take, one a line, as they open and with nothing escaped, and turn none; then neither an angle nor, for one SOURCE, a TARGET is needed'
 complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -l report -r -F -d 'Page on the run for a browser: each file with its sums, times and pictures, and what failed first'
 complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -s 0 -l null -d 'End the names of --list with NUL, for names that hold line ends'
 complete -c trevolt-cli -n '__trevolt_cli_calls rotate' -l json -d 'Print one JSON object a line, a summary last'
