@@ -50,12 +50,6 @@ SFormName ParseFormName(const std::string& text) {
     return *form;
 }
 
-/// "(90, 160, 12)" and its type, of an output that is an array.
-std::string ArrayText(const SConversion& conversion) {
-    return fmt::format("{} of ({}, {}, {})", ArrayTypeName(conversion.form.value),
-                       conversion.size.height, conversion.size.width, conversion.form.count);
-}
-
 class CLineConversion : public CConversionListener {
   public:
     /// One file is told as it was given, several by their names in their folders.
@@ -68,8 +62,15 @@ class CLineConversion : public CConversionListener {
             PrintLine(stderr, "{}: {}", name, problem);
         if (file.HasFailed())
             return;
-        PrintLine(stdout, "{} -> {}  ({} x {}{})", name, file.outputName, conversion.size.width,
-                  conversion.size.height, file.isArray ? ", " + ArrayText(conversion) : "");
+        // Of an output that has its name it is told where no memory is left, too.
+        if (file.isArray)
+            PrintLine(stdout, "{} -> {}  ({} x {}, {} of ({}, {}, {}))", name, file.outputName,
+                      conversion.size.width, conversion.size.height,
+                      ArrayTypeName(conversion.form.value), conversion.size.height,
+                      conversion.size.width, conversion.form.count);
+        else
+            PrintLine(stdout, "{} -> {}  ({} x {})", name, file.outputName, conversion.size.width,
+                      conversion.size.height);
         for (const auto* told : {&conversion.losses, &conversion.notes})
             for (const std::string& text : *told)
                 PrintLine(stdout, "{}: {}", name, text);

@@ -83,8 +83,11 @@ class CPlannedConversions {
   public:
     CPlannedConversions(const SConversionPlan& plan, const std::atomic<bool>& interrupted,
                         CConversionListener& listener)
-        : m_plan(plan), m_interrupted(interrupted), m_listener(listener) {}
-    ~CPlannedConversions() { CMemoryBudget::Process().GiveBackKept(); }
+        : m_plan(plan),
+          m_interrupted(interrupted),
+          m_listener(listener),
+          m_budget(CMemoryBudget::Process()) {}
+    ~CPlannedConversions() { m_budget.GiveBackKept(); }
     CPlannedConversions(const CPlannedConversions&) = delete;
     CPlannedConversions& operator=(const CPlannedConversions&) = delete;
 
@@ -95,8 +98,14 @@ class CPlannedConversions {
         for (const SPlannedConversion& file : m_plan.files) {
             if (m_interrupted)
                 break;
-            Deliver({WideToShownUtf8(file.name), WideToShownUtf8(file.path),
-                     WideToShownUtf8(file.outputName), file.target.kind == nullptr, convert(file)});
+            // Whatever needs memory comes before the output has its name: what has it is told.
+            SConvertedFile told{WideToShownUtf8(file.name),
+                                WideToShownUtf8(file.path),
+                                WideToShownUtf8(file.outputName),
+                                file.target.kind == nullptr,
+                                {}};
+            told.conversion = convert(file);
+            Deliver(told);
         }
         m_total.end = m_interrupted         ? ERotationEnd::Interrupted
                       : m_total.failed == 0 ? ERotationEnd::AllDone
@@ -113,6 +122,7 @@ class CPlannedConversions {
     const SConversionPlan& m_plan;
     const std::atomic<bool>& m_interrupted;
     CConversionListener& m_listener;
+    CMemoryBudget& m_budget; ///< made before memory can run out: a destructor may not ask for any
     SConversionOutcome m_total;
 };
 
