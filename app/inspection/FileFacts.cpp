@@ -7,7 +7,7 @@
 
 #include <fmt/format.h>
 
-#include "app/rotation/SourceFile.h"
+#include "app/rotation/CoefFile.h"
 #include "app/rotation/StoredKinds.h"
 #include "calibuf/ChunkLayout.h"
 #include "coef/WordKind.h"
@@ -26,6 +26,7 @@ struct SFileMark {
     std::array<std::uint8_t, 16> format{};
     std::uint32_t version = 0;
 };
+constexpr std::size_t kMarkBytes = sizeof SFileMark::format + sizeof SFileMark::version;
 
 std::optional<SFileMark> ReadMark(std::istream& stream) {
     SFileMark mark;
@@ -69,19 +70,31 @@ class CFactSearch {
             return std::move(m_facts);
         }
         m_source.Open(m_path);
-        if (m_source.IsOpen())
-            LookAtHeader();
-        if (FindSize() && !LookAtStored())
-            LookAtMap();
+        if (!m_source.IsOpen() || LookAtHeader())
+            if (FindSize() && !LookAtStored())
+                LookAtMap();
         if (m_source.HasOtherSize())
             Fail("its size changed while it was read");
         return std::move(m_facts);
     }
 
   private:
-    void LookAtHeader() {
-        m_facts.storedBytes = BytesToEnd(m_source.FirstByte());
-        const auto mark = ReadMark(m_source.FirstByte());
+    /// False, with the problem told, where the system did not give what the file begins with.
+    bool LookAtHeader() {
+        const CTransferReport report;
+        m_source.TakeOpen([&](std::istream& stream) {
+            LookAtMark(stream);
+            return m_facts.content;
+        });
+        if (report.HasReadFailed())
+            m_facts.problems = DescribeReadProblems(S_OK, report);
+        return !report.HasReadFailed();
+    }
+
+    void LookAtMark(std::istream& stream) {
+        m_facts.storedBytes = BytesToEnd(stream);
+        const auto mark = ReadMark(stream);
+        NoteIfEndedBefore(kMarkBytes, mark.has_value());
         if (!mark)
             return;
         m_facts.content = FindKindByFormat(mark->format);
@@ -92,11 +105,18 @@ class CFactSearch {
             m_facts.notes.push_back(
                 fmt::format("begins as a {} file", WideToShownUtf8(m_facts.content->extension)));
         if (FindWordKind(*m_facts.content))
-            LookAtChunkHeader();
+            LookAtChunkHeader(stream.seekg(0));
     }
 
-    void LookAtChunkHeader() {
-        const auto header = ReadChunkHeader(m_source.FirstByte());
+    /// A file that ends before what its size leaves room for was not read to its end.
+    void NoteIfEndedBefore(std::uint64_t bytes, bool isRead) const {
+        if (!isRead && m_facts.storedBytes.value_or(0) >= bytes)
+            CTransferReport::NoteReadFailed();
+    }
+
+    void LookAtChunkHeader(std::istream& stream) {
+        const auto header = ReadChunkHeader(stream);
+        NoteIfEndedBefore(kChunkHeaderBytes, header.has_value());
         if (header)
             m_facts.words = SWordFileFacts{.originX = header->originX,
                                            .originY = header->originY,
@@ -134,9 +154,11 @@ class CFactSearch {
         const CTransferReport report;
         const SStoredLoad load = m_source.TakeOpen(
             [&](std::istream& stream) { return Stored().load(stream, MostThreads(), {}); });
-        if (load.coef == nullptr)
+        if (load.coef == nullptr && !report.WasMemoryRefused())
             return false;
         Tell(load.status, report);
+        if (load.coef == nullptr)
+            return true;
         m_facts.covered = Failed(load.status) ? 0 : Pixels() - MissingPixels(report);
         if (!Failed(load.status))
             LookAtValues(*load.coef);
@@ -154,6 +176,9 @@ class CFactSearch {
         });
         if (isMemoryRefused)
             throw std::bad_alloc();
+        if (m_facts.words && !m_facts.words->storeDigest)
+            m_facts.notes.emplace_back("its digest is not told: the system computes none, or has "
+                                       "no memory for it");
     }
 
     template <class Coef>
@@ -213,8 +238,8 @@ class CFactSearch {
 
     void Fail(std::string problem) { m_facts.problems.push_back(std::move(problem)); }
     void FailForMemory() {
-        Fail(fmt::format("not enough memory for {} x {} pixels", m_facts.size.width,
-                         m_facts.size.height));
+        for (std::string& problem : DescribeLackOfMemory(m_source, *m_facts.kind, m_facts.size))
+            Fail(std::move(problem));
     }
 
     const std::wstring& m_path;

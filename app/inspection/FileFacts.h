@@ -26,7 +26,8 @@ struct SWordFileFacts {
     std::uint32_t chunks = 0; ///< records of its directory, that for extra words apart
     bool hasExtraWords = false;
     std::optional<SOwnerFacts> owner; ///< nothing where all its bytes are 0
-    /// That a coefficient object tells of its store, which has loaded the file; nothing when none can.
+    /// That a coefficient object tells of its store, which has loaded the file; nothing when none can,
+    /// and where the system computes none, which a note tells.
     std::optional<std::wstring> storeDigest;
 };
 

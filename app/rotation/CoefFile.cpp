@@ -7,7 +7,7 @@
 
 #include <fmt/format.h>
 
-#include "app/rotation/SourceFile.h"
+#include "app/rotation/StoredKinds.h"
 #include "platform/FileSystem.h"
 #include "trevolt/TransferProblems.h"
 #include "trevolt/Utf8.h"
@@ -62,8 +62,7 @@ class CCoefFileLoad {
         if (m_load.map->IsEmpty() || m_load.map->HasStorage())
             return true;
         m_load.map.reset();
-        m_load.problems.push_back(fmt::format("not enough memory for {} x {} pixels",
-                                              m_load.size.width, m_load.size.height));
+        m_load.problems = DescribeLackOfMemory(m_source, *m_load.kind, m_load.size);
         return false;
     }
 
@@ -73,8 +72,7 @@ class CCoefFileLoad {
             [&](std::istream& stream) { return m_load.kind->loadStream(*m_load.map, stream); });
         m_load.problems = DescribeReadProblems(status, report);
         m_load.notes = DescribeReadNotes(report);
-        if (m_source.HasOtherSize())
-            m_load.problems.emplace_back("its size changed while it was read");
+        NameOtherSize();
     }
 
     /// The reader of `.9fcoef` puts the first three values of the next pixel beside the matrix.
@@ -90,8 +88,20 @@ class CCoefFileLoad {
     }
 
     void FindLosses() {
-        if (m_load.kind->describeStreamLosses != nullptr)
-            m_load.losses = m_source.TakeOpen(m_load.kind->describeStreamLosses);
+        if (m_load.kind->describeStreamLosses == nullptr)
+            return;
+        const CTransferReport report;
+        m_load.losses = m_source.TakeOpen(m_load.kind->describeStreamLosses);
+        if (!m_load.problems.empty()) // of which the losses tell no more
+            return;
+        if (report.HasReadFailed())
+            m_load.problems = DescribeReadProblems(S_OK, report);
+        NameOtherSize();
+    }
+
+    void NameOtherSize() {
+        if (m_source.HasOtherSize())
+            m_load.problems.emplace_back("its size changed while it was read");
     }
 
     const std::wstring& m_path;
@@ -130,6 +140,19 @@ std::string DescribeInputObstacle(const std::wstring& path) {
         return fmt::format("{} is a folder: give a file", shown);
     return *kind == EntryKind::Other ? fmt::format("{} is neither a file nor a folder", shown)
                                      : std::string();
+}
+
+std::vector<std::string> DescribeLackOfMemory(CSourceFile& source, const SFileKind& kind,
+                                              const PixelSize& size) {
+    if (const auto load = StoredKindOf(kind).load; load != nullptr && source.IsOpen()) {
+        const CTransferReport report;
+        const SStoredLoad stored =
+            source.TakeOpen([&](std::istream& stream) { return load(stream, 1, {}); });
+        if (auto problems = DescribeReadProblems(stored.status, report);
+            !report.WasMemoryRefused() && !problems.empty())
+            return problems;
+    }
+    return {fmt::format("not enough memory for {} x {} pixels", size.width, size.height)};
 }
 
 SCoefLoad LoadCoefFile(const std::wstring& path) {

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/rotation/SourceFile.h"
 #include "trevolt/ChromaCorrectCoef.h"
 #include "trevolt/FileKinds.h"
 #include "trevolt/QuarterTurn.h"
@@ -25,6 +26,11 @@ struct SCoefLoad {
 /// The kind as which files of this name, without folders, are both read and written; null where the
 /// name tells none, or two.
 const SFileKind* FindOwnKind(std::wstring_view name);
+
+/// Why there is no memory for as many pixels as an open file states: the file is damaged and does not hold
+/// them, or they are too many. Takes no more memory than the file's bytes justify.
+std::vector<std::string> DescribeLackOfMemory(CSourceFile& source, const SFileKind& kind,
+                                              const PixelSize& size);
 
 /// Why no output can have this path: its name tells no kind, or is read as another kind than it is
 /// written. Else nothing.

@@ -371,8 +371,8 @@ class CFileRotation {
     }
 
     void FailForMemory() {
-        Fail(fmt::format("not enough memory for {} x {} pixels", m_outcome.size.width,
-                         m_outcome.size.height));
+        for (std::string& problem : DescribeLackOfMemory(m_source, m_loadKind, m_outcome.size))
+            Fail(std::move(problem));
     }
 
     /// Loads the map; false when the file is not to be turned.

@@ -291,7 +291,7 @@ TEST(FileFacts, AFloatFileUnderAWordKindsName) {
     EXPECT_EQ(facts.statistics->wanted, MapValues(0x111));
 }
 
-TEST(FileFacts, ASizeThatLiesGetsNoMemory) {
+TEST(FileFacts, ASizeThatLiesIsDamageAndNoLackOfMemory) {
     const CTemporaryFolder folder;
     const std::wstring path = folder.File(L"x.3wcoef");
     Bytes bytes = ReadFile(Sample(L"cabinet/Cab_07.3wcoef"));
@@ -301,13 +301,22 @@ TEST(FileFacts, ASizeThatLiesGetsNoMemory) {
     const CBudgetLimit limit(std::uint64_t{64} << 20);
     const SFileFacts facts = FindFileFacts(path, 1);
     EXPECT_EQ(facts.problems,
-              std::vector<std::string>{"not enough memory for 60000 x 30000 pixels"});
+              std::vector<std::string>{"is incomplete: 1799999040 pixels have no data"});
+    EXPECT_EQ(LoadCoefFile(path).problems, facts.problems);
     EXPECT_EQ(facts.words->chunks, 1U);
     EXPECT_FALSE(facts.statistics);
     PutWord(bytes, 28, 70000);
     WriteFile(path, bytes);
     EXPECT_EQ(FindFileFacts(path, 1).problems,
               std::vector<std::string>{"its size 70000 x 30000 is above 65535 in one direction"});
+}
+
+TEST(FileFacts, AWholeFileThatIsTooLargeGetsNoMemory) {
+    const std::wstring path = Sample(L"cabinet/Cab_01.9fcoef");
+    const CBudgetLimit limit(std::uint64_t{40} * 24 * 36 - 1);
+    const std::vector<std::string> expected{"not enough memory for 40 x 24 pixels"};
+    EXPECT_EQ(FindFileFacts(path, 1).problems, expected);
+    EXPECT_EQ(LoadCoefFile(path).problems, expected);
 }
 
 } // namespace
