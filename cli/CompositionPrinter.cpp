@@ -1,7 +1,10 @@
 #include "cli/CompositionPrinter.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
+#include <iterator>
+#include <string_view>
 
 #include <fmt/format.h>
 
@@ -40,8 +43,17 @@ int DegreesOf(std::uint32_t code) { return 90 * static_cast<int>(code); }
 
 const char* PluralEnd(std::uint64_t count) { return count == 1 ? "" : "s"; }
 
-std::string TurnText(std::uint32_t code) {
-    return code == 0 ? std::string() : fmt::format(", turned by {}\u00B0", DegreesOf(code));
+// What tells of outputs that have their names takes no memory: it is told where none is left, too.
+
+const char* TurnText(std::uint32_t code) {
+    constexpr std::array kTexts{"", ", turned by 90\u00B0", ", turned by 180\u00B0",
+                                ", turned by 270\u00B0"};
+    return kTexts[code];
+}
+
+/// Of a rectangle as it is shown, to be joined.
+std::array<std::int32_t, 4> SidesOf(const SPixelRect& rect) {
+    return {rect.left, rect.top, rect.right, rect.bottom};
 }
 
 void TellProblems(const std::string& name, const std::vector<std::string>& problems) {
@@ -91,27 +103,28 @@ std::size_t CountFailed(const SCropping& result) {
 }
 
 void TellScreen(const SCompositionRequest& request, const SComposition& result) {
-    const std::string output = WideToShownUtf8(request.output.path);
     for (std::size_t i = 0; i < result.files.size(); ++i) {
-        const SPlacedFile& file = request.files[i];
         const SPlacedOutcome& outcome = result.files[i];
-        const std::string name = WideToShownUtf8(file.name);
-        PrintLine(stdout, "{} -> {}  ({} x {}{})", name, ShownRect(outcome.rect),
-                  outcome.ownSize.width, outcome.ownSize.height, TurnText(file.code));
-        TellRemarks(name, "the screen lacks", outcome.losses, outcome.notes);
+        PrintLine(stdout, "{} -> {}  ({} x {}{})", outcome.name,
+                  fmt::join(SidesOf(outcome.rect), ","), outcome.ownSize.width,
+                  outcome.ownSize.height, TurnText(request.files[i].code));
+        TellRemarks(outcome.name, "the screen lacks", outcome.losses, outcome.notes);
     }
     for (const std::string& loss : result.losses)
-        PrintLine(stdout, "{}: {}", output, loss);
+        PrintLine(stdout, "{}: {}", result.output, loss);
     if (result.uncovered != 0)
-        PrintLine(stdout, "{}: {} of its pixels {} in no file and {} default values", output,
+        PrintLine(stdout, "{}: {} of its pixels {} in no file and {} default values", result.output,
                   result.uncovered, result.uncovered == 1 ? "is" : "are",
                   result.uncovered == 1 ? "has" : "have");
     const std::size_t failed = CountFailed(result);
     const std::size_t outside = CountOutside(result);
     const std::size_t placed = result.files.size() - failed - outside;
+    fmt::memory_buffer ofOutside;
+    if (outside != 0)
+        fmt::format_to(std::back_inserter(ofOutside), "{} outside, ", outside);
     PrintLine(stdout, "{} file{} put into {}  ({} x {}), {}{} failed{}", placed, PluralEnd(placed),
-              output, result.size.width, result.size.height,
-              outside == 0 ? "" : fmt::format("{} outside, ", outside), failed,
+              result.output, result.size.width, result.size.height,
+              std::string_view(ofOutside.data(), ofOutside.size()), failed,
               failed == 0 ? "" : "; what could be read is there, too");
 }
 
@@ -129,7 +142,7 @@ int ExitStatus(ECompositionEnd end) { return ExitStatus(RunEndOf(end)); }
 
 void TellComposition(const SCompositionRequest& request, const SComposition& result) {
     for (std::size_t i = 0; i < result.files.size(); ++i)
-        TellProblems(WideToShownUtf8(request.files[i].name), result.files[i].problems);
+        TellProblems(result.files[i].name, result.files[i].problems);
     for (const std::string& error : result.errors)
         Complain("{}", error);
     if (result.isWritten)
@@ -141,29 +154,29 @@ void TellComposition(const SCompositionRequest& request, const SComposition& res
 }
 
 void TellCropping(const SCropRequest& request, const SCropping& result) {
-    const std::string input = WideToShownUtf8(request.input);
-    TellProblems(input, result.problems);
+    TellProblems(result.input, result.problems);
     for (const std::string& error : result.errors)
         Complain("{}", error);
     for (std::size_t i = 0; i < result.pieces.size(); ++i) {
         const SCropPiece& piece = request.pieces[i];
         const SPieceOutcome& outcome = result.pieces[i];
-        const std::string name = WideToShownUtf8(piece.name);
         if (!outcome.problem.empty())
-            PrintLine(stderr, "{}: {}", name, outcome.problem);
+            PrintLine(stderr, "{}: {}", outcome.name, outcome.problem);
         if (outcome.isWritten)
-            PrintLine(stdout, "{} -> {}  ({} x {}{})", ShownRect(piece.rect), name,
-                      outcome.size.width, outcome.size.height, TurnText(piece.code));
+            PrintLine(stdout, "{} -> {}  ({} x {}{})", fmt::join(SidesOf(piece.rect), ","),
+                      outcome.name, outcome.size.width, outcome.size.height, TurnText(piece.code));
         for (const std::string& loss : outcome.losses)
-            PrintLine(stdout, "{}: {}", name, loss);
+            PrintLine(stdout, "{}: {}", outcome.name, loss);
     }
+    if (result.isMemoryRefused) // the run ends here
+        return;
     const std::size_t written = CountWritten(result);
     const std::size_t failed = CountFailed(result);
     if (written != 0)
-        TellRemarks(input, "what is cut out of it lacks", result.losses, result.notes);
+        TellRemarks(result.input, "what is cut out of it lacks", result.losses, result.notes);
     if (written + failed != 0)
         PrintLine(stdout, "{} file{} cut out of {}  ({} x {}), {} failed{}", written,
-                  PluralEnd(written), input, result.size.width, result.size.height, failed,
+                  PluralEnd(written), result.input, result.size.width, result.size.height, failed,
                   result.problems.empty() ? "" : "; what could not be read of it is default");
     if (result.end == ECompositionEnd::SomeFailed && written + failed == 0 &&
         !result.problems.empty())

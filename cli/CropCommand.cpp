@@ -1,4 +1,5 @@
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 #include <utility>
@@ -132,6 +133,8 @@ int Crop(const SCropOptions& options) {
     else
         result.end = ECompositionEnd::Refused;
     options.json ? TellCroppingAsJson(request, result) : TellCropping(request, result);
+    if (result.isMemoryRefused) // told as every command tells it
+        throw std::bad_alloc();
     return ExitStatus(result.end);
 }
 

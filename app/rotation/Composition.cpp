@@ -64,6 +64,7 @@ class CComposer {
   public:
     CComposer(const SCompositionRequest& request, const std::atomic<bool>& interrupted)
         : m_request(request), m_interrupted(interrupted) {
+        m_result.output = WideToShownUtf8(request.output.path);
         m_result.files.resize(request.files.size());
     }
 
@@ -86,7 +87,7 @@ class CComposer {
     }
 
   private:
-    std::string NameOf(std::size_t i) const { return WideToShownUtf8(m_request.files[i].name); }
+    const std::string& NameOf(std::size_t i) const { return m_result.files[i].name; }
 
     bool HasErrors(ECompositionEnd end) {
         if (!m_result.errors.empty())
@@ -193,8 +194,7 @@ class CComposer {
 
     void FailWith(const std::string& problem) {
         if (!problem.empty())
-            m_result.errors.push_back(
-                fmt::format("{}: {}", WideToShownUtf8(m_request.output.path), problem));
+            m_result.errors.push_back(fmt::format("{}: {}", m_result.output, problem));
     }
 
     /// The screen's map, and what its writer makes of it.
@@ -234,11 +234,15 @@ class CComposer {
     }
 
     void Save(const CChromaCorrectCoef& screen) {
+        // Whatever needs memory comes before the screen has its name: what has it is told.
+        std::vector<std::string> losses;
+        const SFileKind& kind = *FindExportKind(FileNameOf(m_request.output.path));
+        if (MayLoseAny(FormOfKind(kind)))
+            losses = DescribeLosses(screen, {0, 0, screen.Width(), screen.Height()}, kind);
         FailWith(SaveCoefFile(screen, m_request.output));
         m_result.isWritten = !HasErrors(ECompositionEnd::SomeFailed);
-        const SFileKind& kind = *FindExportKind(FileNameOf(m_request.output.path));
-        if (m_result.isWritten && MayLoseAny(FormOfKind(kind)))
-            m_result.losses = DescribeLosses(screen, {0, 0, screen.Width(), screen.Height()}, kind);
+        if (m_result.isWritten)
+            m_result.losses = std::move(losses);
     }
 
     /// Where it cannot, no pixel of the screen needs to be looked at.
@@ -268,6 +272,7 @@ SLayoutFiles ReadLayoutFiles(const std::wstring& table, const std::wstring& fold
 
 SPlacedOutcome MeasurePlaced(const SPlacedFile& file, const std::optional<PixelSize>& size) {
     SPlacedOutcome outcome;
+    outcome.name = WideToShownUtf8(file.name);
     outcome.ownSize = size ? *size : OwnSizeOf(file.path, outcome.problems);
     if (!outcome.problems.empty())
         return outcome;

@@ -45,6 +45,7 @@ struct SCompositionRequest {
 
 /// What became of one file.
 struct SPlacedOutcome {
+    std::string name;  ///< UTF-8, as it is told
     PixelSize ownSize; ///< before its turn, 0 × 0 when not known
     SPixelRect rect;   ///< in the screen, also where that does not reach; empty when not known
     std::vector<std::string> problems; ///< in plain words; none: it is in the screen whole
@@ -67,6 +68,7 @@ enum class ECompositionEnd {
 
 struct SComposition {
     ECompositionEnd end = ECompositionEnd::Done;
+    std::string output;                ///< UTF-8, as it is told
     PixelSize size;                    ///< of the screen, 0 × 0 when not known
     std::uint64_t uncovered = 0;       ///< its pixels in no file, which are default
     std::vector<SPlacedOutcome> files; ///< those of the request, in its order

@@ -1,6 +1,8 @@
 #include "app/rotation/Cropping.h"
 
 #include <algorithm>
+#include <new>
+#include <set>
 #include <utility>
 
 #include <fmt/format.h>
@@ -40,7 +42,9 @@ class CCropper {
           m_interrupted(interrupted),
           m_inputs(request.kept),
           m_target(TargetOf(request), request.sync) {
-        m_result.pieces.resize(request.pieces.size());
+        m_result.input = WideToShownUtf8(request.input);
+        for (const SCropPiece& piece : request.pieces)
+            m_result.pieces.emplace_back().name = WideToShownUtf8(piece.name);
         m_inputs.push_back(request.input);
     }
 
@@ -106,22 +110,46 @@ class CCropper {
                 WithSystemReason(fmt::format("the folder {} cannot be made or synced",
                                              WideToShownUtf8(TargetOf(m_request))),
                                  error));
-        else if (IsFolder(TargetOf(m_request)))
-            m_target.RemoveAbandoned();
+        else
+            RemoveAbandoned();
         return !End(error != 0, ECompositionEnd::SomeFailed);
     }
 
+    /// Also in the folders of the pieces.
+    void RemoveAbandoned() const {
+        std::set<std::wstring> below{L""};
+        for (const SCropPiece& piece : m_request.pieces)
+            below.insert(FolderPart(piece.name));
+        for (const std::wstring& one : below)
+            if (IsFolder(WithSeparator(TargetOf(m_request)) + one))
+                m_target.RemoveAbandoned(one);
+    }
+
     void WriteAll(const SCoefLoad& load) {
-        for (std::size_t i = 0; i < m_request.pieces.size() && !m_interrupted; ++i)
-            Write(load, m_request.pieces[i], m_result.pieces[i]);
+        try {
+            for (std::size_t i = 0; i < m_request.pieces.size() && !m_interrupted; ++i)
+                Write(load, m_request.pieces[i], m_result.pieces[i]);
+        } catch (const std::bad_alloc&) { // what has its name is told all the same
+            m_result.isMemoryRefused = true;
+        }
         if (const int error = m_target.SyncNames(); error != 0)
-            m_result.errors.push_back(DescribeFolderSyncProblem(error));
-        End(!m_result.errors.empty(), ECompositionEnd::SomeFailed);
+            FailWritten(error);
         const bool isEachWritten = std::all_of(m_result.pieces.begin(), m_result.pieces.end(),
                                                [](const auto& piece) { return piece.isWritten; });
         if (!isEachWritten)
             m_result.end =
                 m_interrupted ? ECompositionEnd::Interrupted : ECompositionEnd::SomeFailed;
+    }
+
+    /// Their names may not be on the disk.
+    void FailWritten(int error) {
+        for (SPieceOutcome& piece : m_result.pieces) {
+            if (!piece.isWritten)
+                continue;
+            piece.isWritten = false;
+            piece.losses.clear();
+            piece.problem = DescribeFolderSyncProblem(error);
+        }
     }
 
     void Write(const SCoefLoad& load, const SCropPiece& piece, SPieceOutcome& outcome) {
@@ -133,14 +161,19 @@ class CCropper {
                 DescribeOutputObstacle({WithSeparator(TargetOf(m_request)) + piece.name,
                                         m_request.replaces, m_request.sync},
                                        m_inputs);
-        if (outcome.problem.empty())
-            outcome.problem = WriteOutput(
-                m_target, piece.name, m_request.replaces, [&](const std::wstring& path) {
-                    return WriteMapPiece(*load.map, piece.rect, piece.code, kind, path);
-                });
+        if (!outcome.problem.empty())
+            return;
+        // Whatever needs memory comes before the piece has its name: what has it is told.
+        std::vector<std::string> losses;
+        if (!HoldsAllOf(FormOfKind(*load.kind), FormOfKind(kind)))
+            losses = DescribeLosses(*load.map, piece.rect, kind);
+        outcome.problem =
+            WriteOutput(m_target, piece.name, m_request.replaces, [&](const std::wstring& path) {
+                return WriteMapPiece(*load.map, piece.rect, piece.code, kind, path);
+            });
         outcome.isWritten = outcome.problem.empty();
-        if (outcome.isWritten && !HoldsAllOf(FormOfKind(*load.kind), FormOfKind(kind)))
-            outcome.losses = DescribeLosses(*load.map, piece.rect, kind);
+        if (outcome.isWritten)
+            outcome.losses = std::move(losses);
     }
 
     std::string MakeFolderOf(const SCropPiece& piece) const {

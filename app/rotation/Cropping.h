@@ -43,7 +43,8 @@ struct SCropRequest {
 };
 
 struct SPieceOutcome {
-    PixelSize size; ///< of the file, after the turn
+    std::string name; ///< UTF-8, as it is told
+    PixelSize size;   ///< of the file, after the turn
     bool isWritten = false;
     std::vector<std::string> losses; ///< of the piece, which its kind does not hold
     std::string problem;             ///< why it is not written, in plain words
@@ -51,17 +52,20 @@ struct SPieceOutcome {
 
 struct SCropping {
     ECompositionEnd end = ECompositionEnd::Done;
+    std::string input;                 ///< UTF-8, as it is told
     PixelSize size;                    ///< of the input, 0 × 0 when not known
     std::vector<std::string> problems; ///< of the input, in plain words
     std::vector<std::string> notes;    ///< what is unusual of it and no problem
     std::vector<std::string> losses;   ///< what it holds and the pieces lack
     std::vector<SPieceOutcome> pieces; ///< those of the request, in its order
     std::vector<std::string> errors;   ///< what forbids it besides
+    bool isMemoryRefused = false;      ///< for the pieces that are not written; the others stand
 };
 
 /// Reads a file of any kind and writes pieces of it, each of the kind that its name tells. Nothing is
 /// written when a piece does not lie in the map, or when the input is damaged, unless the request
-/// allows that. Gives up the pieces that are not written once `interrupted`. Throws std::bad_alloc.
+/// allows that. Gives up the pieces that are not written once `interrupted`. Throws std::bad_alloc before
+/// it writes; memory that is refused while it does ends it.
 SCropping CropFile(const SCropRequest& request, const std::atomic<bool>& interrupted);
 
 } // namespace trevolt

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <fmt/xchar.h>
+
 #include "platform/FileSystem.h"
+#include "platform/Process.h"
 #include "tests/rotation/ScreenFiles.h"
 #include "trevolt/Utf8.h"
 
@@ -174,6 +177,22 @@ TEST_F(Cropping, FilesThatAreToBeKeptStay) {
     EXPECT_EQ(ReadFile(request.kept.front()), whole);
     request.kept.clear();
     EXPECT_EQ(Crop(request).end, ECompositionEnd::Done);
+}
+
+TEST_F(Cropping, WhatEndedRunsLeftInTheFoldersOfPiecesIsRemoved) {
+    constexpr std::uint32_t kNoProcess = 0x7FFFFFF0;
+    WriteInput(L"in.9fcoef");
+    ASSERT_TRUE(CreateFolders(m_target.File(L"row")));
+    const std::wstring left =
+        fmt::format(L".trevolt-{:x}-{:x}-1f-a.tmp", ProcessRealm(), kNoProcess);
+    const std::wstring below = m_target.File(L"row/") + left;
+    for (const std::wstring& path : {m_target.File(left), below})
+        WriteText(path, "x");
+    auto request = Request(L"in.9fcoef", {{L"row/a.9fcoef", {0, 0, 1, 1}, 0}});
+    request.makesFolders = true;
+    EXPECT_EQ(Crop(request).end, ECompositionEnd::Done);
+    EXPECT_FALSE(PathExists(m_target.File(left)));
+    EXPECT_FALSE(PathExists(below));
 }
 
 TEST_F(Cropping, NoPieceLeavesTheTargetFolder) {
