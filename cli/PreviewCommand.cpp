@@ -173,7 +173,9 @@ class CPreviewPrinter : public CPreviewListener {
 
 class CPreviewLines : public CPreviewPrinter {
   public:
-    explicit CPreviewLines(const SPreviewRequest& request) : m_request(request) {}
+    /// The output's name is made here: when it stands, it is told also where no memory is left.
+    explicit CPreviewLines(const SPreviewRequest& request)
+        : m_output(WideToShownUtf8(request.output.path)) {}
 
     void OnFile(const SPreviewedFile& file) override {
         for (const std::string& problem : file.problems)
@@ -188,14 +190,13 @@ class CPreviewLines : public CPreviewPrinter {
         if (end == ERotationEnd::Interrupted)
             PrintLine(stdout, "interrupted, no picture written");
         if (outcome.values)
-            PrintLine(stdout, "{}: {} x {} pixels, {} file{} shown, {} failed",
-                      WideToShownUtf8(m_request.output.path), outcome.size.width,
-                      outcome.size.height, outcome.shown, outcome.shown == 1 ? "" : "s",
-                      outcome.failed);
+            PrintLine(stdout, "{}: {} x {} pixels, {} file{} shown, {} failed", m_output,
+                      outcome.size.width, outcome.size.height, outcome.shown,
+                      outcome.shown == 1 ? "" : "s", outcome.failed);
     }
 
   private:
-    const SPreviewRequest& m_request;
+    const std::string m_output;
 };
 
 class CPreviewObjects : public CPreviewPrinter {

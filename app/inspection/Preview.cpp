@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 #include <utility>
 
 #include <fmt/format.h>
@@ -10,7 +11,7 @@
 #include "app/inspection/PngFile.h"
 #include "app/rotation/CoefFile.h"
 #include "platform/FileSystem.h"
-#include "trevolt/TransferReport.h"
+#include "trevolt/TransferProblems.h"
 #include "trevolt/Utf8.h"
 
 namespace trevolt {
@@ -18,15 +19,23 @@ namespace {
 
 std::wstring LastName(const std::wstring& path) { return path.substr(FolderPart(path).size()); }
 
-/// The size that a file tells, or 0 × 0; why it tells none is told when it is loaded.
-PixelSize ToldSize(const std::wstring& path) {
+struct SToldSize {
+    PixelSize size;                    ///< 0 × 0 where the file tells none
+    std::vector<std::string> problems; ///< why it was not read
+};
+
+SToldSize ToldSize(const std::wstring& path) {
     const SFileKind* const kind = FindLoadKind(LastName(path));
+    if (kind == nullptr) // which is told when it is loaded
+        return {};
     std::uint32_t width = 0;
     std::uint32_t height = 0;
     const CTransferReport report;
-    if (kind == nullptr || Failed(kind->readSize(path.c_str(), width, height)))
-        return {};
-    return std::max(width, height) <= kLargestMapSide ? PixelSize{width, height} : PixelSize{};
+    const Status status = kind->readSize(path.c_str(), width, height);
+    if (Failed(status) || report.HasReadFailed())
+        return {{}, DescribeReadProblems(status, report)};
+    const bool isPossible = std::max(width, height) <= kLargestMapSide;
+    return {isPossible ? PixelSize{width, height} : PixelSize{}, {}};
 }
 
 SPreviewGrid SquareGrid(std::size_t files) {
@@ -128,17 +137,34 @@ class CPreviewRun {
     }
 
     void ShowWall() {
-        std::vector<CWallPicture::SCabinet> cabinets;
-        for (const SCoefFileName& file : m_files)
-            cabinets.push_back({WideToShownUtf8(LastName(file.name)), ToldSize(file.Path())});
         std::vector<SPreviewedFile> told;
+        std::unique_ptr<CWallPicture> wall;
+        try {
+            wall = TakeFiles(told);
+        } catch (const std::bad_alloc&) { // what was looked at is told all the same
+            TellAll(told);
+            throw;
+        }
+        TellAll(told);
+        if (!m_interrupted && m_outcome.shown > 0)
+            Write(wall->Paint(m_request.title));
+    }
+
+    void TellAll(const std::vector<SPreviewedFile>& told) {
+        for (const SPreviewedFile& file : told)
+            Tell(file);
+    }
+
+    std::unique_ptr<CWallPicture> TakeFiles(std::vector<SPreviewedFile>& told) {
+        std::vector<CWallPicture::SCabinet> cabinets;
+        for (const SCoefFileName& file : m_files) {
+            m_sizes.push_back(ToldSize(file.Path()));
+            cabinets.push_back({WideToShownUtf8(LastName(file.name)), m_sizes.back().size});
+        }
         auto wall = TakeWall(cabinets, told);
         if (!m_interrupted && ForgetUnreadSizes(cabinets, told))
             wall = TakeWall(cabinets, told);
-        for (const SPreviewedFile& file : told)
-            Tell(file);
-        if (!m_interrupted && m_outcome.shown > 0)
-            Write(wall->Paint(m_request.title));
+        return wall;
     }
 
     /// Takes each file that has no problem yet.
@@ -148,24 +174,29 @@ class CPreviewRun {
         auto wall =
             std::make_unique<CWallPicture>(cabinets, grid.columns, grid.rows, m_request.style);
         for (std::size_t i = 0; i < m_files.size() && !m_interrupted; ++i) {
-            if (i == told.size())
-                told.emplace_back();
-            if (told[i].problems.empty())
-                TakeCabinet(*wall, i, cabinets[i].size, told[i]);
+            if (i < told.size() && !told[i].problems.empty())
+                continue;
+            SPreviewedFile file = TakeCabinet(*wall, i, cabinets[i].size);
+            if (i < told.size())
+                told[i] = std::move(file);
+            else
+                told.push_back(std::move(file));
         }
         return wall;
     }
 
-    void TakeCabinet(CWallPicture& wall, std::size_t i, const PixelSize& size,
-                     SPreviewedFile& told) {
-        told = {};
+    SPreviewedFile TakeCabinet(CWallPicture& wall, std::size_t i, const PixelSize& size) {
+        SPreviewedFile told;
         const auto map = Load(m_files[i], told);
         if (map == nullptr)
-            return;
-        if (told.size != size)
-            told.problems.emplace_back("its size changed while it was read");
-        else
+            return told;
+        if (told.size == size)
             TakeFound(wall.Take(i, *map), told);
+        else if (!m_sizes[i].problems.empty())
+            told.problems = m_sizes[i].problems;
+        else
+            told.problems.emplace_back("its size changed while it was read");
+        return told;
     }
 
     /// Whether a file that cannot be shown told a size that made all places larger: places are for what
@@ -210,6 +241,7 @@ class CPreviewRun {
     const std::atomic<bool>& m_interrupted;
     CPreviewListener& m_listener;
     std::vector<SCoefFileName> m_files;
+    std::vector<SToldSize> m_sizes; ///< of the files of a wall
     SPreviewOutcome m_outcome;
 };
 
