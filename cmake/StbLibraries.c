@@ -1,8 +1,27 @@
 /* What the project takes of the stb libraries, compiled once: outlines of letters and PNG files. */
+#include <stddef.h>
 #include <stdlib.h>
 
 #include <zlib.h>
 
+/* An outline that gets no memory is left out without a word: what paints it asks here, on its thread. */
+static _Thread_local int isLetterMemoryRefused = 0;
+
+static void* LetterMemory(size_t bytes) {
+    void* memory = malloc(bytes);
+    if (memory == NULL)
+        isLetterMemoryRefused = 1;
+    return memory;
+}
+
+int TakeLetterMemoryRefused(void) {
+    const int isRefused = isLetterMemoryRefused;
+    isLetterMemoryRefused = 0;
+    return isRefused;
+}
+
+#define STBTT_malloc(bytes, ignored) ((void)(ignored), LetterMemory(bytes))
+#define STBTT_free(memory, ignored) ((void)(ignored), free(memory))
 #define STB_TRUETYPE_IMPLEMENTATION
 #include <stb/stb_truetype.h>
 

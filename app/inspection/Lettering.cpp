@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <new>
 
 #include <fmt/format.h>
 #include <stb/stb_truetype.h>
@@ -10,6 +11,9 @@
 #include "app/inspection/FontFile.h"
 #include "common/ShownCharacters.h"
 #include "trevolt/Utf8.h"
+
+/// Whether the library of outlines got no memory on this thread since it was asked last.
+extern "C" int TakeLetterMemoryRefused(void);
 
 namespace trevolt {
 namespace {
@@ -120,6 +124,8 @@ class CLetterLine {
                                         static_cast<std::size_t>(height));
         stbtt_MakeGlyphBitmapSubpixel(&Font(), cover.data(), width, height, width, m_scale, m_scale,
                                       part, 0, letter.glyph);
+        if (TakeLetterMemoryRefused() != 0)
+            throw std::bad_alloc();
         const std::uint8_t* next = cover.data();
         for (int y = 0; y < height; ++y)
             for (int x = 0; x < width; ++x)
