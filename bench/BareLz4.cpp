@@ -156,6 +156,8 @@ class CBlockContent {
 
 } // namespace
 
+int StatusWithoutMemory(std::string_view /*firstArgument*/) noexcept { return 1; }
+
 int ConsoleMain(const std::vector<std::string>& arguments) {
     if (arguments.empty() || arguments.size() > 2) {
         fmt::print(stderr, "bare-lz4: SOURCE is wanted, and TURNED where it is turned\n");

@@ -26,6 +26,8 @@ std::wstring FolderOf(const std::string& argument) {
 
 } // namespace
 
+int StatusWithoutMemory(std::string_view /*firstArgument*/) noexcept { return 1; }
+
 int ConsoleMain(const std::vector<std::string>& arguments) {
     if (arguments.size() != 4) {
         fmt::print(stderr, "dialog-run: SOURCE TARGET WIDTH HEIGHT are wanted\n");

@@ -14,6 +14,8 @@
 
 namespace trevolt {
 
+int StatusWithoutMemory(std::string_view /*firstArgument*/) noexcept { return 1; }
+
 int ConsoleMain(const std::vector<std::string>& arguments) {
     if (arguments.size() != 1) {
         fmt::print(stderr, "load-map: FILE is wanted\n");

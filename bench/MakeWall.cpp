@@ -70,6 +70,8 @@ void MakeWall(const std::vector<std::string>& arguments) {
 
 } // namespace
 
+int StatusWithoutMemory(std::string_view /*firstArgument*/) noexcept { return 1; }
+
 int ConsoleMain(const std::vector<std::string>& arguments) {
     if (arguments.size() < 5) {
         fmt::print(stderr, "make-wall: FOLDER WIDTH HEIGHT COUNT EXTENSION ... are wanted\n");

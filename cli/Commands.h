@@ -13,6 +13,9 @@ inline constexpr int kExitSomeFailed = 1;
 inline constexpr int kExitUsage = 2;
 inline constexpr int kExitInterrupted = 130;
 
+/// The command that works on several files at once.
+inline constexpr const char* kRotateCommand = "rotate";
+
 /// The command that tells a difference by 1, and trouble of any sort by 2.
 inline constexpr const char* kDiffCommand = "diff";
 inline constexpr int kExitDiffTrouble = 2;

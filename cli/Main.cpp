@@ -82,8 +82,12 @@ void ReportSystemError(const std::system_error& error) {
 
 } // namespace
 
+int StatusWithoutMemory(std::string_view firstArgument) noexcept {
+    return FailureStatus(firstArgument);
+}
+
 int ConsoleMain(const std::vector<std::string>& arguments) {
-    const int failure = FailureStatus(arguments.empty() ? "" : arguments.front());
+    const std::string_view command = arguments.empty() ? "" : std::string_view(arguments.front());
     try {
         const int status = Run(arguments);
         if (std::fflush(stdout) == 0)
@@ -92,11 +96,10 @@ int ConsoleMain(const std::vector<std::string>& arguments) {
     } catch (const std::system_error& error) {
         ReportSystemError(error);
     } catch (const std::bad_alloc&) {
-        std::fputs(
-            "trevolt-cli: not enough memory: close other programs, or give rotate fewer --jobs\n",
-            stderr);
+        std::fputs("trevolt-cli: not enough memory: close other programs", stderr);
+        std::fputs(command == kRotateCommand ? ", or give rotate fewer --jobs\n" : "\n", stderr);
     }
-    return failure;
+    return FailureStatus(command);
 }
 
 } // namespace trevolt

@@ -55,7 +55,7 @@ std::unique_ptr<CLI::App> MakeProgram(int& exitStatus) {
     return program;
 }
 
-int FailureStatus(const std::string& command) {
+int FailureStatus(std::string_view command) noexcept {
     return command == kDiffCommand ? kExitDiffTrouble : kExitSomeFailed;
 }
 

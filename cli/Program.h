@@ -2,7 +2,7 @@
 #pragma once
 
 #include <memory>
-#include <string>
+#include <string_view>
 
 #include <CLI/CLI.hpp>
 
@@ -14,6 +14,6 @@ namespace trevolt {
 std::unique_ptr<CLI::App> MakeProgram(int& exitStatus);
 
 /// The exit status of a command that ends for lack of memory or because its output takes no more.
-int FailureStatus(const std::string& command);
+int FailureStatus(std::string_view command) noexcept;
 
 } // namespace trevolt

@@ -34,6 +34,8 @@ int ReplayFolder(const std::filesystem::path& folder) {
 
 } // namespace
 
+int trevolt::StatusWithoutMemory(std::string_view /*firstArgument*/) noexcept { return 1; }
+
 int trevolt::ConsoleMain(const std::vector<std::string>& arguments) {
     if (arguments.empty())
         return 2;

@@ -2,8 +2,8 @@
 #pragma once
 
 #include <cstdio>
-#include <cstdlib>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace trevolt {
@@ -13,10 +13,14 @@ namespace trevolt {
 /// from then on.
 int ConsoleMain(const std::vector<std::string>& arguments);
 
-/// Says that memory was refused before `ConsoleMain` or ended it; the program's exit status.
-inline int EndWithoutMemory() noexcept {
+/// What it defines besides: its exit status where memory is refused before `ConsoleMain` or ends it.
+/// `firstArgument` is empty where there is none.
+int StatusWithoutMemory(std::string_view firstArgument) noexcept;
+
+/// Says that memory was refused; the program's exit status.
+inline int EndWithoutMemory(std::string_view firstArgument) noexcept {
     std::fputs("not enough memory\n", stderr);
-    return EXIT_FAILURE;
+    return StatusWithoutMemory(firstArgument);
 }
 
 } // namespace trevolt

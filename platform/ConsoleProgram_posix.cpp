@@ -30,6 +30,6 @@ int main(int argc, char** argv) {
     try {
         return trevolt::ConsoleMain({argv + (argc > 0 ? 1 : 0), argv + argc});
     } catch (const std::bad_alloc&) {
-        return trevolt::EndWithoutMemory();
+        return trevolt::EndWithoutMemory(argc > 1 ? argv[1] : "");
     }
 }
