@@ -2,6 +2,7 @@
 #include <cmath>
 #include <map>
 #include <memory>
+#include <new>
 
 #include "app/inspection/FileComparison.h"
 #include "app/inspection/MapValueNames.h"
@@ -309,7 +310,9 @@ class CJsonDiffPrinter final : public CDiffPrinter {
 class CDiff {
   public:
     explicit CDiff(const SDiffOptions& options)
-        : m_options(options), m_printer(std::make_unique<CLineDiffPrinter>()) {
+        : m_options(options),
+          m_printer(std::make_unique<CLineDiffPrinter>()),
+          m_imageName(WideToShownUtf8(options.image)) {
         if (options.json)
             m_printer = std::make_unique<CJsonDiffPrinter>();
     }
@@ -354,7 +357,7 @@ class CDiff {
             return Refuse("--image is of two files: give no folders");
         const std::string obstacle = DescribeOutputObstacle(Image(), {m_a, m_b});
         if (!obstacle.empty())
-            Refuse(fmt::format("{}: {}", WideToShownUtf8(m_options.image), obstacle));
+            Refuse(fmt::format("{}: {}", m_imageName, obstacle));
     }
 
     SOutputFile Image() const { return {m_options.image, m_options.overwrite, !m_options.noSync}; }
@@ -394,11 +397,17 @@ class CDiff {
         if (!m_options.image.empty())
             WriteImage(files, comparison);
         m_outcome.Count(StatusOf(comparison));
-        m_printer->OnPair(files, comparison);
+        try {
+            m_printer->OnPair(files, comparison);
+        } catch (const std::bad_alloc&) {
+            if (m_isImageWritten) // what has its name is told all the same
+                Complain("{}: the picture is written", m_imageName);
+            throw;
+        }
     }
 
     /// What goes wrong is a problem of the comparison. Files of different sizes have no picture.
-    void WriteImage(const SComparedFiles& files, SFileComparison& comparison) const {
+    void WriteImage(const SComparedFiles& files, SFileComparison& comparison) {
         if (!comparison.problems.empty())
             return;
         if (!comparison.difference) {
@@ -407,13 +416,15 @@ class CDiff {
         }
         const std::string problem =
             WriteDifferencePicture(comparison, files, Image(), m_options.range, DefaultThreads());
-        if (!problem.empty())
-            comparison.problems.push_back(
-                fmt::format("{}: {}", WideToShownUtf8(m_options.image), problem));
+        m_isImageWritten = problem.empty();
+        if (!m_isImageWritten)
+            comparison.problems.push_back(fmt::format("{}: {}", m_imageName, problem));
     }
 
     const SDiffOptions& m_options;
     std::unique_ptr<CDiffPrinter> m_printer;
+    const std::string m_imageName; ///< as it is told
+    bool m_isImageWritten = false;
     std::wstring m_a;
     std::wstring m_b;
     bool m_areFolders = false;

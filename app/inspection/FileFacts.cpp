@@ -167,30 +167,29 @@ class CFactSearch {
 
     /// Two threads at least have something to do: the digest takes one for itself.
     void LookAtValues(const CStoredCoef& coef) {
-        bool isMemoryRefused = false;
-        ShareOut(2, m_threads, [&](std::size_t part) noexcept {
-            if (part == 0 && m_facts.words)
-                m_facts.words->storeDigest = coef.StoreDigest();
-            if (part == 1)
-                isMemoryRefused = !TakeStatistics(coef);
+        std::array<bool, 2> areMemoryRefused{}; // a thread has nobody to catch what it throws
+        ShareOut(areMemoryRefused.size(), m_threads, [&](std::size_t part) noexcept {
+            try {
+                part == 0 ? TakeDigest(coef) : TakeStatistics(coef);
+            } catch (const std::bad_alloc&) {
+                areMemoryRefused[part] = true;
+            }
         });
-        if (isMemoryRefused)
+        if (areMemoryRefused[0] || areMemoryRefused[1])
             throw std::bad_alloc();
         if (m_facts.words && !m_facts.words->storeDigest)
             m_facts.notes.emplace_back("its digest is not told: the system computes none, or has "
                                        "no memory for it");
     }
 
-    template <class Coef>
-    bool TakeStatistics(const Coef& coef) noexcept {
-        try {
-            if (Pixels() != 0)
-                m_facts.statistics =
-                    StatisticsOf(coef, FormOfKind(*m_facts.kind).Values(), m_threads);
-            return true;
-        } catch (const std::bad_alloc&) {
-            return false;
-        }
+    void TakeDigest(const CStoredCoef& coef) {
+        if (m_facts.words)
+            m_facts.words->storeDigest = coef.StoreDigest();
+    }
+
+    void TakeStatistics(const CStoredCoef& coef) {
+        if (Pixels() != 0)
+            m_facts.statistics = StatisticsOf(coef, FormOfKind(*m_facts.kind).Values(), m_threads);
     }
 
     void LookAtMap() {

@@ -6,7 +6,7 @@ import re
 import struct
 import zlib
 
-from fault_bench import FILE_LINE, NAME_MAY_BE_LOST, REASONS, SAMPLES, WITH_ORIGIN, Bench, Wrong
+from fault_bench import FILE_LINE, NAME_MAY_BE_LOST, REASONS, SAMPLES, Bench, Wrong
 
 FLOATS, TEXT, WORDS = (SAMPLES / name for name in
                        ('Cab_01.9fcoef', 'Cab_05.cccoef', 'Cab_06.9wcoef'))
@@ -180,12 +180,22 @@ def is_whole_png(content):
     return len(zlib.decompress(packed)) == height * (1 + 3 * width)
 
 
-def make_layout(place):
-    """Two cabinets of a screen, and where they are: one in a folder of its own."""
+def make_moved(path):
+    """A word file of one block at an origin, which a line tells as lost."""
+    content = bytearray(WORDS.read_bytes())
+    x, y = 1024, 768
+    struct.pack_into('<II', content, 20, x, y)
+    struct.pack_into('<III', content, 168, y // 128 * 512 + x // 256, x, y)
+    path.write_bytes(content)
+    return path
+
+
+def make_layout(place, moved, width):
+    """Two cabinets that stand side by side, the first so wide: one in a folder of its own."""
     place.mkdir(parents=True)
-    (place / 'layout.csv').write_text('a.9fcoef,0,0\nb/b.cccoef,40,0,180\n', encoding='ascii')
+    (place / 'layout.csv').write_text(f'a.9wcoef,0,0\nb/b.cccoef,{width},0,180\n', encoding='ascii')
     (place / 'from' / 'b').mkdir(parents=True)
-    (place / 'from' / 'a.9fcoef').write_bytes(FLOATS.read_bytes())
+    (place / 'from' / 'a.9wcoef').write_bytes(moved.read_bytes())
     (place / 'from' / 'b' / 'b.cccoef').write_bytes(TEXT.read_bytes())
 
 
@@ -195,27 +205,28 @@ def benches_of_commands(program, preload, place):
         return kind(program, preload, place / name, *arguments)
 
     both = [*READS, *WRITES]
-    yield 'convert', bench(CommandBench, 'convert', [FLOATS, TEXT, WITH_ORIGIN],
+    moved = make_moved(place / 'moved.9wcoef')
+    yield 'convert', bench(CommandBench, 'convert', [FLOATS, TEXT, moved],
                            ['convert', '--overwrite', '--to', '9bcoef', '{source}',
                             '{target}']), [*both, 'list']
     yield 'convert to an array', bench(
-        CommandBench, 'array', [WITH_ORIGIN],
-        ['convert', '--overwrite', '--own', f'{{source}}/{WITH_ORIGIN.name}',
+        CommandBench, 'array', [moved],
+        ['convert', '--overwrite', '--own', f'{{source}}/{moved.name}',
          '{target}/words.npy']), both
-    for name in ('compose', 'layout'):
-        make_layout(place / name)
+    for name, width in (('compose', 40), ('layout', 20)):
+        make_layout(place / name, moved, width)
     yield 'compose', bench(
-        SingleBench, 'compose', [WITH_ORIGIN],
+        SingleBench, 'compose', [moved],
         ['compose', '--overwrite', '{target}/screen.9wcoef', '--layout', '{place}/layout.csv',
          '--from', '{place}/from'], r'^2 files put into \S+screen'), both
     yield 'crop', bench(
-        CommandBench, 'crop', [WITH_ORIGIN],
-        ['crop', '--overwrite', f'{{source}}/{WITH_ORIGIN.name}', '{target}/piece.9bcoef', '--rect',
-         '10,10,110,90', '--turn', '90']), both
+        CommandBench, 'crop', [moved],
+        ['crop', '--overwrite', f'{{source}}/{moved.name}', '{target}/piece.9bcoef', '--rect',
+         '10,5,40,20', '--turn', '90']), both
     yield 'crop by a layout', bench(
-        CommandBench, 'layout', [WITH_ORIGIN],
-        ['crop', '--overwrite', f'{{source}}/{WITH_ORIGIN.name}', '{target}', '--layout',
-         '{place}/layout.csv', '--cabinet', '40x24']), both
+        CommandBench, 'layout', [moved],
+        ['crop', '--overwrite', f'{{source}}/{moved.name}', '{target}', '--layout',
+         '{place}/layout.csv', '--cabinet', '20x24']), both
     yield 'preview', bench(
         PictureBench, 'preview', [FLOATS, TEXT, WORDS],
         ['preview', '--overwrite', '--width', '400', '{source}', '{target}/p.png'],
