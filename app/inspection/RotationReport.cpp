@@ -20,6 +20,7 @@
 namespace trevolt {
 namespace {
 
+constexpr const char* kNoMemory = "not enough memory";
 constexpr std::size_t kCopiedBytes = std::size_t{256} << 10;
 
 std::wstring FolderOf(const std::wstring& path) {
@@ -105,17 +106,17 @@ void CRotationReport::OnPlan(const SRotationPlan& plan) {
     try {
         Begin(plan);
     } catch (const std::bad_alloc&) {
-        m_problem = "not enough memory";
+        m_isMemoryRefused = true;
     }
 }
 
 void CRotationReport::OnFile(const SFileOutcome& outcome, std::size_t done, std::size_t /*count*/) {
-    if (!m_problem.empty())
+    if (m_isMemoryRefused)
         return;
     try {
         Add(outcome, done);
     } catch (const std::bad_alloc&) {
-        m_problem = "not enough memory";
+        m_isMemoryRefused = true;
     }
 }
 
@@ -124,13 +125,12 @@ std::string CRotationReport::Write(const SRotationOutcome& outcome) {
         return {};
     m_outcome = outcome;
     m_run.ended = std::chrono::system_clock::now();
-    if (m_problem.empty())
-        m_problem = WritePage();
+    const std::string problem = m_isMemoryRefused ? kNoMemory : WritePage();
     m_failed.reset();
     m_others.reset();
-    return m_problem.empty()
+    return problem.empty()
                ? std::string()
-               : fmt::format("the report {}: {}", WideToShownUtf8(m_request.report), m_problem);
+               : fmt::format("the report {}: {}", WideToShownUtf8(m_request.report), problem);
 }
 
 void CRotationReport::Begin(const SRotationPlan& plan) {
@@ -171,7 +171,7 @@ std::string CRotationReport::WritePage() try {
     return WriteOutputFile({m_request.report, replaces, m_request.sync},
                            [this](const std::wstring& path) { return FillPage(path); });
 } catch (const std::bad_alloc&) {
-    return "not enough memory";
+    return kNoMemory;
 }
 
 std::string CRotationReport::FillPage(const std::wstring& path) {

@@ -14,7 +14,8 @@
 namespace trevolt {
 
 /// Hears of a run before whoever tells of it. Its memory does not grow with the number of files: rows
-/// wait in files under work beside the page. It throws nothing; what goes wrong is told at the end.
+/// wait in files under work beside the page. While the run goes on it throws nothing; what goes wrong
+/// is told at the end.
 class CRotationReport : public CRotationListener {
   public:
     /// For the page `request.report`; the request must outlive the report.
@@ -31,6 +32,7 @@ class CRotationReport : public CRotationListener {
 
     /// Writes the page, as outputs are written, when the run has ended as `outcome` tells. Why it does
     /// not stand, in plain words; empty when it does, and where the run did not begin, which has none.
+    /// Throws std::bad_alloc.
     std::string Write(const SRotationOutcome& outcome);
 
   private:
@@ -46,7 +48,7 @@ class CRotationReport : public CRotationListener {
     SReportedRun m_run;
     int m_side = 0; ///< of pictures; 0 for none
     bool m_hasBegun = false;
-    std::string m_problem; ///< the first
+    bool m_isMemoryRefused = false; ///< a flag: words for it would need memory, too
     std::unique_ptr<CRows> m_failed;
     std::unique_ptr<CRows> m_others;
 };
