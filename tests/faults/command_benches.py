@@ -40,7 +40,7 @@ class CommandBench(Bench):
         return [line for line in done.stderr.splitlines() if not COUNT_LINE.match(line)]
 
     def check_told(self, done):
-        standing = bytes_names(self.target)
+        standing = names_in(self.target)
         if done.returncode == self.well:
             if done.stdout != self.told:
                 raise Wrong('it tells something else than without a fault')
@@ -141,7 +141,7 @@ class ReportBench(Bench):
 
     def check_told(self, done):
         super().check_told(done)
-        standing = bytes_names(self.report.parent)
+        standing = names_in(self.report.parent)
         if not standing <= {self.report.name}:
             raise Wrong(f'{standing} stand beside the report')
         if not standing:
@@ -159,7 +159,7 @@ class ReportBench(Bench):
         super().check_status(done, failed or self.is_refused(done))
 
 
-def bytes_names(folder):
+def names_in(folder):
     return {str(path.relative_to(folder)) for path in folder.rglob('*') if path.is_file()}
 
 

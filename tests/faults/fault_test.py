@@ -27,17 +27,17 @@ from fault_bench import (CLOSING_LINE, FILE_LINE, FROM_THEN_ON, MOST_CALLS, ONCE
 
 KINDS = ('9fcoef', '3fcoef', '9bcoef', '3bcoef', 'cccoef', '9wcoef', '3wcoef', '4wcoef', '12wcoef')
 # How many calls are passed over from one that fails to the next in the short form.
-STRIDES = {'alloc': 101, 'thread': 1, 'open': 5, 'read': 7, 'end': 7, 'short-read': 11, 'write': 5,
-           'short-write': 9, 'seek': 23, 'close': 7, 'sync': 3, 'rename': 3, 'list': 3}
+STRIDES = {'alloc': 149, 'thread': 1, 'open': 7, 'read': 7, 'end': 7, 'short-read': 17, 'write': 5,
+           'short-write': 11, 'seek': 31, 'close': 7, 'sync': 3, 'rename': 3, 'list': 3}
 # The short form over two cabinets with a manifest, over copies of them, and over the demo wall.
-MANIFEST_STRIDES = {'alloc': 307, 'open': 7, 'read': 3, 'end': 5, 'write': 3, 'short-write': 2,
+MANIFEST_STRIDES = {'alloc': 401, 'open': 7, 'read': 3, 'end': 5, 'write': 3, 'short-write': 2,
                     'seek': 17, 'close': 5, 'sync': 2, 'rename': 2}
 COPY_STRIDES = {'open': 3, 'read': 3, 'end': 3, 'short-read': 5, 'write': 3, 'seek': 7, 'close': 5}
 DEMO_STRIDES = {'alloc': 223, 'open': 13, 'write': 11, 'short-write': 13, 'close': 13, 'sync': 7,
                 'rename': 5}
 # And over the other commands.
-COMMAND_STRIDES = {'alloc': 409, 'open': 5, 'read': 5, 'end': 5, 'short-read': 11, 'write': 3,
-                   'short-write': 7, 'seek': 17, 'close': 7, 'sync': 2, 'rename': 1, 'list': 5}
+COMMAND_STRIDES = {'alloc': 293, 'open': 7, 'read': 7, 'end': 7, 'short-read': 13, 'write': 29,
+                   'short-write': 29, 'seek': 19, 'close': 7, 'sync': 3, 'rename': 2, 'list': 7}
 IN_MEMORY = '/dev/shm'  # a sync there is a call as any other, and takes no time
 
 

@@ -2,10 +2,12 @@
 
 #include <atomic>
 #include <memory>
+#include <new>
 
 #include <gtest/gtest.h>
 
 #include "platform/FileSystem.h"
+#include "tests/rotation/AllocationLimit.h"
 #include "tests/support/CoefMaps.h"
 #include "tests/support/TestFiles.h"
 
@@ -28,9 +30,9 @@ void PutLittleEndian16(test::Bytes& file, std::size_t offset, int value) {
 
 class Preview : public ::testing::Test {
   protected:
-    void Add(const std::wstring& name) {
+    void Add(const std::wstring& name, std::int32_t width = 4, std::int32_t height = 3) {
         CChromaCorrectCoef map;
-        map.Resize(4, 3);
+        map.Resize(width, height);
         test::PaintMap(map, test::BytePixel);
         const std::wstring path = m_folder.File(name);
         ASSERT_EQ(SaveCoefFile(map, {path, false, false}), "");
@@ -118,6 +120,18 @@ TEST_F(Preview, CrossesOutWhatIsGone) {
     EXPECT_FALSE(m_notes.Files().at(0).problems.empty());
     EXPECT_TRUE(m_notes.Files().at(1).problems.empty());
     EXPECT_TRUE(test::FileExists(Picture()));
+}
+
+TEST_F(Preview, TellsWhatItLookedAtBeforeMemoryEnded) {
+    Add(L"a.9bcoef");
+    Add(L"b.9bcoef", 60000, 2); // a row of it is larger than all else here
+    Add(L"c.9bcoef");
+    const test::CAllocationLimit limit(100000);
+    EXPECT_THROW(Run(), std::bad_alloc);
+    ASSERT_EQ(m_notes.Files().size(), 1U);
+    EXPECT_EQ(m_notes.Files()[0].name, "a.9bcoef");
+    EXPECT_EQ(m_notes.Files()[0].problems, std::vector<std::string>{});
+    EXPECT_FALSE(test::FileExists(Picture()));
 }
 
 TEST_F(Preview, GivesPlacesTheSizeOfWhatIsShown) {
