@@ -12,8 +12,8 @@ FLOATS, TEXT, WORDS = (SAMPLES / name for name in
                        ('Cab_01.9fcoef', 'Cab_05.cccoef', 'Cab_06.9wcoef'))
 READS = ('alloc', 'open', 'read', 'end', 'short-read', 'seek')
 WRITES = ('write', 'short-write', 'close', 'sync', 'rename')
-# A message that counts failures, each of which is told with its cause.
-COUNT_LINE = re.compile(r'^trevolt-cli: nothing is written: ')
+# Messages that name no cause: one counts failures, which have theirs, the other tells of an output.
+NO_CAUSE = re.compile(r'^trevolt-cli: (nothing is written: |\S+: the picture is written$)')
 DIGEST_NOTE = '  note      its digest is not told: '
 # Of a sum that its library prevents no reason is known.
 REASONS_BESIDE_SUMS = {call: reason for call, reason in REASONS.items() if call != 'alloc'}
@@ -37,7 +37,7 @@ class CommandBench(Bench):
         return {name.removeprefix(f'{self.target}/') for _, name in FILE_LINE.findall(done.stdout)}
 
     def causes(self, done):
-        return [line for line in done.stderr.splitlines() if not COUNT_LINE.match(line)]
+        return [line for line in done.stderr.splitlines() if not NO_CAUSE.match(line)]
 
     def check_told(self, done):
         standing = names_in(self.target)
@@ -57,7 +57,7 @@ class CommandBench(Bench):
 
 
 class SingleBench(CommandBench):
-    """A command with one output, whose last line tells of it."""
+    """A command with one output, which one line tells of."""
 
     def __init__(self, program, preload, place, paths, words, closing):
         self.closing = re.compile(closing, re.MULTILINE)
@@ -67,7 +67,8 @@ class SingleBench(CommandBench):
         return 1
 
     def named(self, done):
-        return set(self.outputs) if self.closing.search(done.stdout) else set()
+        is_told = self.closing.search(done.stdout + done.stderr)
+        return set(self.outputs) if is_told else set()
 
 
 class PictureBench(SingleBench):
