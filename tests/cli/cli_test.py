@@ -997,7 +997,7 @@ class Limits(CliTest):
         for width, height in ((65535, 32769), (46341, 46341)):  # more than 2^31 - 1
             (self.source / 'a.3bcoef').write_bytes(header(width, height))
             self.expect(self.rotate(), 1, ['0 files turned by 90°, 1 failed'],
-                        [f'a.3bcoef: not enough memory for {width} x {height} pixels'])
+                        [f'a.3bcoef: {Damage.BAD_CONTENT}'])  # its bytes do not hold them
         (self.source / 'a.3bcoef').unlink()
         for side, problem in ((65535, None), (65536, 'its size 65536 x 1 is above 65535 in one '
                                                      'direction')):
