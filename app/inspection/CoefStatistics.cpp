@@ -156,56 +156,32 @@ SCoefStatistics Total(const std::vector<SBand>& bands, const MapValues& wanted,
     return total;
 }
 
-/// The pixels by bands of rows; `findRun(x, y, count, scratch)` gives `count` (`kRunPixels` at most)
-/// of them from (x, y) on to the right, in `scratch` or elsewhere.
-template <class FindRun>
-SCoefStatistics Statistics(std::uint32_t width, std::uint32_t height, const MapValues& wanted,
-                           std::size_t threads, const FindRun& findRun) {
-    const std::uint64_t pixels = std::uint64_t{width} * height;
-    if (pixels == 0)
-        return Total({}, wanted, 0);
+} // namespace
+
+SCoefStatistics StatisticsOf(const CCoefPixels& pixels, const MapValues& values,
+                             std::size_t threads) {
+    const auto width = static_cast<std::uint32_t>(pixels.Size().width);
+    const auto height = static_cast<std::uint32_t>(pixels.Size().height);
+    const std::uint64_t count = std::uint64_t{width} * height;
+    if (count == 0)
+        return Total({}, values, 0);
     const auto bandRows = static_cast<std::uint32_t>((kBandPixels + width - 1) / width);
     std::vector<SBand> bands((height + bandRows - 1) / bandRows);
-    const CDefaultTest defaults(wanted);
+    const CDefaultTest defaults(values);
     ShareOut(bands.size(), threads, [&](std::size_t index) {
         std::array<SMatrixCoef, kRunPixels> scratch;
         SBand band; // of its own: those that stand side by side would share cache lines
         const auto top = static_cast<std::uint32_t>(index) * bandRows;
         for (std::uint32_t y = top; y < std::min(height, top + bandRows); ++y)
             for (std::uint32_t x = 0; x < width; x += kRunPixels) {
-                const std::uint32_t count = std::min(kRunPixels, width - x);
-                const SMatrixCoef* const run = findRun(x, y, count, scratch.data());
-                band.Add(run, count);
-                band.defaults += defaults.Count(run, count);
+                const std::uint32_t inRun = std::min(kRunPixels, width - x);
+                const SMatrixCoef* const run = pixels.Run(x, y, inRun, scratch.data());
+                band.Add(run, inRun);
+                band.defaults += defaults.Count(run, inRun);
             }
         bands[index] = band;
     });
-    return Total(bands, wanted, pixels);
-}
-
-} // namespace
-
-SCoefStatistics StatisticsOf(const CChromaCorrectCoef& map, const MapValues& values,
-                             std::size_t threads) {
-    return Statistics(map.Width(), map.Height(), values, threads,
-                      [&](std::uint32_t x, std::uint32_t y, std::uint32_t count,
-                          SMatrixCoef* scratch) -> const SMatrixCoef* {
-                          for (std::uint32_t i = 0; i < count; ++i)
-                              scratch[i] = map.ElementOrDefault(x + i, y);
-                          return scratch;
-                      });
-}
-
-SCoefStatistics StatisticsOf(const CStoredCoef& coef, const MapValues& values,
-                             std::size_t threads) {
-    const PixelSize size = coef.Size();
-    return Statistics(static_cast<std::uint32_t>(size.width),
-                      static_cast<std::uint32_t>(size.height), values, threads,
-                      [&](std::uint32_t x, std::uint32_t y, std::uint32_t count,
-                          SMatrixCoef* scratch) -> const SMatrixCoef* {
-                          coef.CopyElements(x, y, count, scratch);
-                          return scratch;
-                      });
+    return Total(bands, values, count);
 }
 
 } // namespace trevolt

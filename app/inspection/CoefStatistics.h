@@ -5,9 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "app/inspection/CoefPixels.h"
 #include "app/rotation/ElementForms.h"
-#include "common/StoredCoef.h"
-#include "trevolt/ChromaCorrectCoef.h"
 
 namespace trevolt {
 
@@ -29,13 +28,9 @@ struct SCoefStatistics {
     std::array<SValueStatistics, std::tuple_size_v<decltype(SMatrixCoef::m)>> values;
 };
 
-/// Of the map's pixels; what its grid does not hold is the default. `values` are the wanted ones: what
-/// is told of others means nothing. The work is shared among `threads` threads at most, and the result
-/// does not depend on their number. Throws std::bad_alloc.
-SCoefStatistics StatisticsOf(const CChromaCorrectCoef& map, const MapValues& values,
+/// `values` are the wanted ones: what is told of others means nothing. The work is shared among
+/// `threads` threads at most, and the result does not depend on their number. Throws std::bad_alloc.
+SCoefStatistics StatisticsOf(const CCoefPixels& pixels, const MapValues& values,
                              std::size_t threads);
-
-/// The same of a file in its stored elements, by the values that a map would hold.
-SCoefStatistics StatisticsOf(const CStoredCoef& coef, const MapValues& values, std::size_t threads);
 
 } // namespace trevolt

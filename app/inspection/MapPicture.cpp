@@ -21,42 +21,26 @@ std::array<float, 3> WhiteOf(const SMatrixCoef& pixel) {
     return {m[0] + m[1] + m[2], m[3] + m[4] + m[5], m[6] + m[7] + m[8]};
 }
 
+float BrightnessOf(const SMatrixCoef& pixel) {
+    const auto [red, green, blue] = WhiteOf(pixel);
+    return kBrightnessShares[0] * red + kBrightnessShares[1] * green + kBrightnessShares[2] * blue;
+}
+
 /// Calls `take` with each pixel of a row, from the left.
 template <class Take>
-void ForRow(const CMassiveGrid& grid, std::size_t y, const Take& take) {
-    std::uint32_t index = grid.Width() * static_cast<std::uint32_t>(y);
-    for (std::uint32_t left = grid.Width(); left > 0;) {
-        const std::uint32_t run = std::min(grid.RunLength(index), left);
-        const auto* const pixels = reinterpret_cast<const SMatrixCoef*>(grid.Element(index));
-        for (std::uint32_t i = 0; i < run; ++i)
-            take(pixels[i]);
-        index += run;
-        left -= run;
+void ForRow(const CCoefPixels& pixels, std::size_t y, const Take& take) {
+    constexpr std::uint32_t kRunPixels = 256; // they fit the cache
+    std::array<SMatrixCoef, kRunPixels> scratch;
+    const auto width = static_cast<std::uint32_t>(pixels.Size().width);
+    for (std::uint32_t x = 0; x < width; x += kRunPixels) {
+        const std::uint32_t count = std::min(kRunPixels, width - x);
+        const SMatrixCoef* const run =
+            pixels.Run(x, static_cast<std::uint32_t>(y), count, scratch.data());
+        std::for_each(run, run + count, take);
     }
 }
 
-void ReadBrightness(const CMassiveGrid& grid, std::size_t y, float* row) {
-    ForRow(grid, y, [&row](const SMatrixCoef& pixel) {
-        const auto [red, green, blue] = WhiteOf(pixel);
-        *row++ =
-            kBrightnessShares[0] * red + kBrightnessShares[1] * green + kBrightnessShares[2] * blue;
-    });
-}
-
-void ReadWhite(const CMassiveGrid& grid, std::size_t y, float* row) {
-    ForRow(grid, y, [&row](const SMatrixCoef& pixel) {
-        const std::array<float, 3> white = WhiteOf(pixel);
-        row = std::copy(white.begin(), white.end(), row);
-    });
-}
-
-void ReadCoefficient(const CMassiveGrid& grid, std::size_t y, std::size_t coefficient, float* row) {
-    ForRow(grid, y, [&](const SMatrixCoef& pixel) { *row++ = pixel.m[coefficient]; });
-}
-
-PixelSize SizeOf(const CChromaCorrectCoef& map) { return {map.Width(), map.Height()}; }
-
-SValueCells CellsOf(const CChromaCorrectCoef& map, const SMapPictureStyle& style,
+SValueCells CellsOf(const CCoefPixels& map, const SMapPictureStyle& style,
                     const SPlotShape& shape) {
     return AverageByArea(MapRows(map, style.view), static_cast<std::size_t>(shape.cellsWide),
                          static_cast<std::size_t>(shape.cellsHigh), style.jobs);
@@ -73,21 +57,29 @@ SValueRange RangeOfStyle(const SMapPictureStyle& style, std::span<const float> v
 
 } // namespace
 
-SValueRows MapRows(const CChromaCorrectCoef& map, const SMapView& view) {
-    const CMassiveGrid& grid = map.ColourGrid();
-    SValueRows rows{map.Width(), map.Height(), 1, {}};
+SValueRows MapRows(const CCoefPixels& pixels, const SMapView& view) {
+    const PixelSize size = pixels.Size();
+    SValueRows rows{
+        static_cast<std::size_t>(size.width), static_cast<std::size_t>(size.height), 1, {}};
     switch (view.what) {
     case EMapView::White:
         rows.channels = 3;
-        rows.read = [&grid](std::size_t y, float* row) { ReadWhite(grid, y, row); };
+        rows.read = [pixels](std::size_t y, float* row) {
+            ForRow(pixels, y, [&row](const SMatrixCoef& pixel) {
+                const std::array<float, 3> white = WhiteOf(pixel);
+                row = std::copy(white.begin(), white.end(), row);
+            });
+        };
         break;
     case EMapView::Coefficient:
-        rows.read = [&grid, k = view.coefficient](std::size_t y, float* row) {
-            ReadCoefficient(grid, y, k, row);
+        rows.read = [pixels, k = view.coefficient](std::size_t y, float* row) {
+            ForRow(pixels, y, [&](const SMatrixCoef& pixel) { *row++ = pixel.m[k]; });
         };
         break;
     case EMapView::Brightness:
-        rows.read = [&grid](std::size_t y, float* row) { ReadBrightness(grid, y, row); };
+        rows.read = [pixels](std::size_t y, float* row) {
+            ForRow(pixels, y, [&row](const SMatrixCoef& pixel) { *row++ = BrightnessOf(pixel); });
+        };
         break;
     }
     return rows;
@@ -114,11 +106,11 @@ std::string LegendText(const SMapView& view) {
 /// Two plots of the same scale with the turn between them.
 class CTurnPicture {
   public:
-    CTurnPicture(const CChromaCorrectCoef& map, const SMapPictureText& text,
-                 const SMapPictureStyle& style, std::uint32_t code)
+    CTurnPicture(const CCoefPixels& map, const SMapPictureText& text, const SMapPictureStyle& style,
+                 std::uint32_t code)
         : m_style(style),
           m_code(code),
-          m_size(SizeOf(map)),
+          m_size(map.Size()),
           m_turnedSize(CQuarterTurn(code, m_size.width, m_size.height).TurnedSize()),
           m_shape(PlotShape(m_size, Scale(), kThinnestPlot)),
           m_cells(CellsOf(map, style, m_shape)),
@@ -217,11 +209,11 @@ class CTurnPicture {
 
 } // namespace
 
-SValuePicture PaintMap(const CChromaCorrectCoef& map, const SMapPictureText& text,
+SValuePicture PaintMap(const CCoefPixels& map, const SMapPictureText& text,
                        const SMapPictureStyle& style, std::uint32_t turnCode) {
     if (turnCode != 0)
         return CTurnPicture(map, text, style, turnCode).Paint();
-    const PixelSize size = SizeOf(map);
+    const PixelSize size = map.Size();
     const SPlotShape shape =
         PlotShape(size, PlotScale(size, CPictureSheet::RoomOf(style.width)), kThinnestPlot);
     const SValueCells cells = CellsOf(map, style, shape);
@@ -284,9 +276,9 @@ CWallPicture::CWallPicture(std::vector<SCabinet> cabinets, int columns, int rows
 
 CWallPicture::~CWallPicture() = default;
 
-SPaintedValues CWallPicture::Take(std::size_t cabinet, const CChromaCorrectCoef& map) {
+SPaintedValues CWallPicture::Take(std::size_t cabinet, const CCoefPixels& map) {
     SValueCells& cells = m_cells[cabinet];
-    cells = CellsOf(map, m_style, m_layout->ShapeOf(SizeOf(map)));
+    cells = CellsOf(map, m_style, m_layout->ShapeOf(map.Size()));
     const auto found = RangeOf(cells);
     return {found, {}, cells.width * cells.height, 0, 0, cells.notFinite, cells.channels == 3};
 }

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "app/inspection/CellPainter.h"
+#include "app/inspection/CoefPixels.h"
 #include "app/inspection/ValuePicture.h"
-#include "trevolt/ChromaCorrectCoef.h"
 
 namespace trevolt {
 
@@ -26,8 +26,8 @@ struct SMapView {
     std::size_t coefficient = 0; ///< 0 to 8, row by row
 };
 
-/// The view's values of a map with pixels and storage, which must outlive them.
-SValueRows MapRows(const CChromaCorrectCoef& map, const SMapView& view);
+/// The view's values of pixels, of which there are some and which must outlive them.
+SValueRows MapRows(const CCoefPixels& pixels, const SMapView& view);
 
 /// The view in plain words, as "Brightness of white".
 std::string MapViewText(const SMapView& view);
@@ -49,10 +49,10 @@ struct SMapPictureText {
 /// Of a picture with a turn; a narrower one has no room for both sides.
 inline constexpr int kNarrowestTurn = 400;
 
-/// A map with pixels and storage. With a turn's code (1 to 3) both the map and what the turn makes of it,
+/// A map, of which there are pixels. With a turn's code (1 to 3) both the map and what the turn makes of it,
 /// side by side, and in both a mark at the corner that is the left top before. Throws
 /// std::bad_alloc.
-SValuePicture PaintMap(const CChromaCorrectCoef& map, const SMapPictureText& text,
+SValuePicture PaintMap(const CCoefPixels& map, const SMapPictureText& text,
                        const SMapPictureStyle& style, std::uint32_t turnCode = 0);
 
 /// Many maps in one picture, as cabinets make a wall: rows of equal places, at one scale.
@@ -72,7 +72,7 @@ class CWallPicture {
 
     /// Takes what the wall shows of a cabinet's map, which has the size that was told. One whose map
     /// is not taken is shown as missing. Answers what was found in it.
-    SPaintedValues Take(std::size_t cabinet, const CChromaCorrectCoef& map);
+    SPaintedValues Take(std::size_t cabinet, const CCoefPixels& map);
 
     SValuePicture Paint(const std::string& title) const;
 

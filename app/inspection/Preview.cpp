@@ -7,9 +7,9 @@
 
 #include <fmt/format.h>
 
+#include "app/inspection/CoefPixels.h"
 #include "app/inspection/NaturalOrder.h"
 #include "app/inspection/PngFile.h"
-#include "app/rotation/CoefFile.h"
 #include "platform/FileSystem.h"
 #include "trevolt/TransferProblems.h"
 #include "trevolt/Utf8.h"
@@ -98,19 +98,19 @@ class CPreviewRun {
         return m_outcome.errors.empty();
     }
 
-    /// Loads a file; the map is null when it has a problem, which `told` has then.
-    std::unique_ptr<CChromaCorrectCoef> Load(const SCoefFileName& file, SPreviewedFile& told) {
-        SCoefLoad load = LoadCoefFile(file.Path());
+    /// Loads a file; when it has a problem, `told` has that then.
+    SCoefPixelLoad Load(const SCoefFileName& file, SPreviewedFile& told) {
+        SCoefPixelLoad load = LoadCoefPixels(file.Path(), m_request.style.jobs);
         told.name = WideToShownUtf8(file.name);
         told.path = WideToShownUtf8(file.Path());
         told.size = load.size;
-        told.problems = std::move(load.problems);
-        told.notes = std::move(load.notes);
+        told.problems = load.problems;
+        told.notes = load.notes;
         if (load.kind != nullptr)
             told.kind = WideToShownUtf8(load.kind->extension.substr(1));
-        if (told.problems.empty() && (load.map == nullptr || load.map->IsEmpty()))
+        if (told.problems.empty() && !load.HasPixels())
             told.problems.emplace_back("it has no pixels");
-        return told.problems.empty() ? std::move(load.map) : nullptr;
+        return load;
     }
 
     void Tell(const SPreviewedFile& file) {
@@ -125,10 +125,11 @@ class CPreviewRun {
 
     void ShowOne() {
         SPreviewedFile told;
-        const auto map = Load(m_files.front(), told);
+        const SCoefPixelLoad load = Load(m_files.front(), told);
         std::optional<SValuePicture> picture;
-        if (map != nullptr) {
-            picture = PaintMap(*map, {told.name, told.kind}, m_request.style, m_request.turnCode);
+        if (told.problems.empty()) {
+            picture = PaintMap(load.Pixels(), {told.name, told.kind}, m_request.style,
+                               m_request.turnCode);
             TakeFound(picture->values, told);
         }
         Tell(told);
@@ -187,11 +188,11 @@ class CPreviewRun {
 
     SPreviewedFile TakeCabinet(CWallPicture& wall, std::size_t i, const PixelSize& size) {
         SPreviewedFile told;
-        const auto map = Load(m_files[i], told);
-        if (map == nullptr)
+        const SCoefPixelLoad load = Load(m_files[i], told);
+        if (!told.problems.empty())
             return told;
         if (told.size == size)
-            TakeFound(wall.Take(i, *map), told);
+            TakeFound(wall.Take(i, load.Pixels()), told);
         else if (!m_sizes[i].problems.empty())
             told.problems = m_sizes[i].problems;
         else
