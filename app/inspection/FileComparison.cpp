@@ -106,7 +106,7 @@ SSheetText TextOf(const SFileComparison& comparison, const SComparedFiles& files
     const std::string turned =
         turn == kAngles.end() ? "" : fmt::format(" turned by {}", WideToShownUtf8(turn->text));
     return {fmt::format("{}{} and {}", NamePart(files.a), turned, NamePart(files.b)),
-            DifferenceText(difference, files.tolerance), "largest difference of a pixel's values"};
+            DifferenceText(difference, files.tolerance), "Largest difference of a pixel's values"};
 }
 
 } // namespace

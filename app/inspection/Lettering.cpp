@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
 #include <new>
 
 #include <fmt/format.h>
@@ -163,17 +164,50 @@ std::string ShortenedText(std::string_view text, int size, int width) {
     return {};
 }
 
+namespace {
+
+constexpr std::string_view kSeparator = " \u00B7 ";
+constexpr std::string_view kFirmBlank = "\u00A0";
+
+std::vector<std::string> PartsOf(std::string_view text, std::string_view between) {
+    std::vector<std::string> parts;
+    for (std::size_t begin = 0; begin <= text.size();) {
+        const std::size_t end = std::min(text.find(between, begin), text.size());
+        parts.emplace_back(text.substr(begin, end - begin));
+        begin = end + between.size();
+    }
+    return parts;
+}
+
+/// What is not broken if a line has room for it: the text itself, or its words, or what their firm
+/// blanks part.
+std::vector<std::string> WordsOf(const std::string& text, int size, int width) {
+    if (TextWidth(text, size) <= width)
+        return {text};
+    std::vector<std::string> words;
+    for (std::string& word : PartsOf(text, " "))
+        if (TextWidth(word, size) <= width)
+            words.push_back(std::move(word));
+        else
+            std::ranges::move(PartsOf(word, kFirmBlank), std::back_inserter(words));
+    return words;
+}
+
+} // namespace
+
 std::vector<std::string> WrappedText(std::string_view text, int size, int width) {
     std::vector<std::string> lines;
-    for (std::size_t begin = 0; begin <= text.size();) {
-        const std::size_t end = std::min(text.find(' ', begin), text.size());
-        const std::string word(text.substr(begin, end - begin));
-        begin = end + 1;
-        const std::string longer = lines.empty() ? word : lines.back() + ' ' + word;
-        if (!lines.empty() && TextWidth(longer, size) <= width)
-            lines.back() = longer;
-        else
-            lines.push_back(word);
+    for (const std::string& item : PartsOf(text, kSeparator)) {
+        std::string_view between = kSeparator;
+        for (const std::string& word : WordsOf(item, size, width)) {
+            const std::string longer =
+                lines.empty() ? word : fmt::format("{}{}{}", lines.back(), between, word);
+            if (!lines.empty() && TextWidth(longer, size) <= width)
+                lines.back() = longer;
+            else
+                lines.push_back(word);
+            between = " ";
+        }
     }
     for (std::string& line : lines)
         line = ShortenedText(line, size, width);

@@ -22,8 +22,9 @@ void PaintText(CPicture& picture, int left, int baseline, std::string_view text,
 /// beginnings and ends of names stay; empty where not even that fits.
 std::string ShortenedText(std::string_view text, int size, int width);
 
-/// The text in lines that are no wider than `width`, broken at blanks; words that are wider are
-/// shortened. At least one line.
+/// The text in lines that are no wider than `width`, at least one. They are broken between items, which
+/// " · " parts and which then goes; items that are wider at blanks, and at those of U+00A0 what is
+/// wider still. Words that are wider are shortened.
 std::vector<std::string> WrappedText(std::string_view text, int size, int width);
 
 } // namespace trevolt

@@ -289,12 +289,19 @@ constexpr int kNameSize = 12;
 constexpr int kNamePlate = 18;
 constexpr int kNameAside = 5;
 
+/// A cabinet's name as there is room for it: its extension goes before its letters do.
+std::string NameFor(const std::string& name, int width) {
+    if (TextWidth(name, kNameSize) <= width)
+        return name;
+    return ShortenedText(name.substr(0, name.rfind('.')), kNameSize, width);
+}
+
 /// The name in a place's left bottom, where there is room for it.
 void PaintName(CPicture& picture, const SPictureRect& place, const std::string& name) {
     constexpr int kLeastWidth = 40;
     if (place.height < 2 * kNamePlate || place.width < kLeastWidth)
         return;
-    const std::string shown = ShortenedText(name, kNameSize, place.width - 2 * kNameAside);
+    const std::string shown = NameFor(name, place.width - 2 * kNameAside);
     const int top = place.top + place.height - kNamePlate;
     picture.MixFill({place.left, top, TextWidth(shown, kNameSize) + 2 * kNameAside, kNamePlate},
                     ink::kPaper, 215);

@@ -1,6 +1,7 @@
 #include "app/inspection/PictureSheet.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <utility>
 
@@ -12,8 +13,10 @@
 namespace trevolt {
 namespace {
 
-constexpr int kTitleSize = 22;
+constexpr std::array kTitleSizes{22, 18, 15};
+constexpr std::size_t kMostTitleLines = 2;
 constexpr int kTitleBaseline = 40;
+constexpr int kTitleHeight = 28; ///< from line to line
 constexpr int kSubtitleBaseline = 64;
 
 // Below the content, each from the one before.
@@ -26,7 +29,6 @@ constexpr int kTickText = 16; ///< to the baseline of the ticks' numbers
 constexpr int kLegendHeight = kLegendGap + kScaleGap + kScaleHeight + kTickLength + kTickText;
 
 constexpr int kWidestScale = 760;
-constexpr int kTickRoom = 96; ///< that a tick's number takes at most
 constexpr int kNarrowestContent = 420;
 
 constexpr int kSwatch = 14;
@@ -62,8 +64,8 @@ std::string ScaleText(const std::string& quantity, const SPaintedValues& painted
     if (!painted.found)
         return fmt::format("{}: no value", quantity);
     if (painted.found->low == painted.found->high)
-        return fmt::format("{}: {} everywhere", quantity, ShownNumber(painted.found->low));
-    return fmt::format("{}: {} to {}", quantity, ShownNumber(painted.found->low),
+        return fmt::format("{}: {}\u00A0everywhere", quantity, ShownNumber(painted.found->low));
+    return fmt::format("{}: {}\u00A0to\u00A0{}", quantity, ShownNumber(painted.found->low),
                        ShownNumber(painted.found->high));
 }
 
@@ -73,16 +75,32 @@ PixelSize CPictureSheet::RoomOf(int width) {
     return {std::max(width - 2 * kMargin, 1), std::max(width * 5 / 8, 1)};
 }
 
-CPictureSheet::CPictureSheet(SSheetText text, int contentWidth, int contentHeight, int width)
-    : m_text(std::move(text)),
-      m_subtitle(WrappedText(m_text.subtitle, kTextSize, InnerWidth(contentWidth, width))),
+CPictureSheet::CPictureSheet(const SSheetText& text, int contentWidth, int contentHeight, int width)
+    : m_title(TitleFor(text.title, InnerWidth(contentWidth, width))),
+      m_subtitle(WrappedText(text.subtitle, kTextSize, InnerWidth(contentWidth, width))),
+      m_quantity(text.quantity),
       m_picture(2 * kMargin + InnerWidth(contentWidth, width),
                 Top() + contentHeight + kContentAside, ink::kPaper) {
     PaintHeader();
 }
 
+CPictureSheet::SHeading CPictureSheet::TitleFor(const std::string& text, int width) {
+    SHeading title{};
+    for (const int size : kTitleSizes) {
+        title = {size, WrappedText(text, size, width)};
+        const bool isWhole = fmt::format("{}", fmt::join(title.lines, " ")) == text;
+        if (isWhole && title.lines.size() <= kMostTitleLines)
+            break;
+    }
+    return title;
+}
+
+int CPictureSheet::BelowTitle() const {
+    return kTitleHeight * (static_cast<int>(m_title.lines.size()) - 1);
+}
+
 int CPictureSheet::Top() const {
-    return kHeaderHeight + kTextHeight * (static_cast<int>(m_subtitle.size()) - 1);
+    return kHeaderHeight + BelowTitle() + kTextHeight * (static_cast<int>(m_subtitle.size()) - 1);
 }
 
 int CPictureSheet::InnerWidth(int contentWidth, int width) {
@@ -90,9 +108,12 @@ int CPictureSheet::InnerWidth(int contentWidth, int width) {
 }
 
 void CPictureSheet::PaintHeader() {
-    PaintText(m_picture, kMargin, kTitleBaseline,
-              ShortenedText(m_text.title, kTitleSize, InnerWidth()), kTitleSize, ink::kText);
-    PaintLines(m_subtitle, kMargin, kSubtitleBaseline, ink::kFaintText);
+    int baseline = kTitleBaseline;
+    for (const std::string& line : m_title.lines) {
+        PaintText(m_picture, kMargin, baseline, line, m_title.size, ink::kText);
+        baseline += kTitleHeight;
+    }
+    PaintLines(m_subtitle, kMargin, kSubtitleBaseline + BelowTitle(), ink::kFaintText);
 }
 
 void CPictureSheet::PaintLines(const std::vector<std::string>& lines, int left, int baseline,
@@ -114,7 +135,7 @@ CPicture CPictureSheet::Finish(const CCellPainter& painter, const SPaintedValues
 }
 
 void CPictureSheet::PaintScale(const CCellPainter& painter, const SPaintedValues& painted) {
-    const auto lines = WrappedText(ScaleText(m_text.quantity, painted), kTextSize, InnerWidth());
+    const auto lines = WrappedText(ScaleText(m_quantity, painted), kTextSize, InnerWidth());
     const int further = kTextHeight * (static_cast<int>(lines.size()) - 1);
     const int legendTop = m_picture.Height();
     m_picture.Lengthen(kLegendHeight + further, ink::kPaper);
@@ -132,10 +153,8 @@ void CPictureSheet::PaintScale(const CCellPainter& painter, const SPaintedValues
 }
 
 void CPictureSheet::PaintTicks(const SValueRange& range, int top, int width) {
-    const int most = std::max(width / kTickRoom, 2);
-    for (const SScaleTick& tick : RoundTicks(range, static_cast<std::size_t>(most))) {
-        const double place = (tick.value - range.low) / (range.high - range.low);
-        const int x = kMargin + static_cast<int>(std::lround(place * (width - 1)));
+    for (const SScaleTick& tick : ScaleTicks(range, width, kTextSize)) {
+        const int x = kMargin + TickPlace(tick, range, width);
         m_picture.Fill({x, top, 1, kTickLength}, ink::kText);
         const int textWidth = TextWidth(tick.text, kTextSize);
         const int left =

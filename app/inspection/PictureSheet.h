@@ -42,8 +42,8 @@ class CPictureSheet {
     static PixelSize RoomOf(int width);
 
     /// A sheet for content of a size; as wide as the content is and its own texts want, whose lines are
-    /// broken, and the title shortened, so that it is no wider than `width`.
-    CPictureSheet(SSheetText text, int contentWidth, int contentHeight, int width);
+    /// broken, and the title made smaller, so that it is no wider than `width`.
+    CPictureSheet(const SSheetText& text, int contentWidth, int contentHeight, int width);
 
     CPicture& Picture() { return m_picture; }
     /// Where the content begins.
@@ -62,6 +62,8 @@ class CPictureSheet {
     void PaintHeader();
     /// Lines below each other, the first on `baseline`.
     void PaintLines(const std::vector<std::string>& lines, int left, int baseline, SColour colour);
+    /// Where the lines behind the title's first begin.
+    int BelowTitle() const;
     void PaintScale(const CCellPainter& painter, const SPaintedValues& painted);
     void PaintTicks(const SValueRange& range, int top, int width);
     void PaintNotes(const std::vector<SLegendNote>& notes);
@@ -69,8 +71,17 @@ class CPictureSheet {
     static int InnerWidth(int contentWidth, int width);
     int InnerWidth() const { return m_picture.Width() - 2 * kMargin; }
 
-    SSheetText m_text;
+    /// Text in lines of one size.
+    struct SHeading {
+        int size;
+        std::vector<std::string> lines;
+    };
+    /// A title as large as leaves it whole in few lines.
+    static SHeading TitleFor(const std::string& text, int width);
+
+    SHeading m_title;
     std::vector<std::string> m_subtitle; ///< its lines
+    std::string m_quantity;
     CPicture m_picture;
 };
 

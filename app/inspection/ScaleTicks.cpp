@@ -5,6 +5,8 @@
 
 #include <fmt/format.h>
 
+#include "app/inspection/Lettering.h"
+
 namespace trevolt {
 namespace {
 
@@ -14,6 +16,12 @@ std::string WithMinus(std::string text) {
     if (const std::size_t sign = text.find('-'); sign == 0)
         text.replace(sign, 1, kMinus);
     return text;
+}
+
+constexpr int kShownDigits = 4;
+
+std::string NumberText(double value, int digits) {
+    return WithMinus(fmt::format("{:.{}g}", value == 0 ? 0.0 : value, digits));
 }
 
 /// A step that is `factor` · 10^`power`.
@@ -54,6 +62,30 @@ std::string TickText(double value, const SStep& step) {
     return WithMinus(fmt::format("{:.{}f}", value, std::max(-step.power, 0)));
 }
 
+/// In as many digits as tell them apart; what no eye tells from 0 is told as that.
+std::vector<SScaleTick> Ends(const SValueRange& range) {
+    constexpr int kMostDigits = 17;
+    const double unseen = 1e-4 * (range.high - range.low);
+    const auto shown = [unseen](double end) { return std::abs(end) < unseen ? 0 : end; };
+    std::string low;
+    std::string high;
+    for (int digits = kShownDigits; digits <= kMostDigits && low == high; ++digits) {
+        low = NumberText(shown(range.low), digits);
+        high = NumberText(shown(range.high), digits);
+    }
+    return {{range.low, low}, {range.high, high}};
+}
+
+bool HaveRoom(const std::vector<SScaleTick>& ticks, const SValueRange& range, int width,
+              int textSize) {
+    constexpr int kLeastGap = 8;
+    const auto isNear = [&](const SScaleTick& a, const SScaleTick& b) {
+        const int ofTexts = (TextWidth(a.text, textSize) + TextWidth(b.text, textSize) + 1) / 2;
+        return TickPlace(b, range, width) - TickPlace(a, range, width) < ofTexts + kLeastGap;
+    };
+    return std::ranges::adjacent_find(ticks, isNear) == ticks.end();
+}
+
 } // namespace
 
 std::vector<SScaleTick> RoundTicks(const SValueRange& range, std::size_t most) {
@@ -69,8 +101,22 @@ std::vector<SScaleTick> RoundTicks(const SValueRange& range, std::size_t most) {
     return ticks;
 }
 
-std::string ShownNumber(double value) {
-    return WithMinus(fmt::format("{:.4g}", value == 0 ? 0.0 : value));
+std::vector<SScaleTick> ScaleTicks(const SValueRange& range, int width, int textSize) {
+    constexpr int kUsualRoom = 96; // of a tick
+    const auto usual = static_cast<std::size_t>(std::max(width / kUsualRoom, 2));
+    for (std::size_t most = usual; most <= usual + 2; ++most) { // which a smaller step may need
+        std::vector<SScaleTick> ticks = RoundTicks(range, most);
+        if (ticks.size() >= 2 && HaveRoom(ticks, range, width, textSize))
+            return ticks;
+    }
+    return Ends(range);
 }
+
+int TickPlace(const SScaleTick& tick, const SValueRange& range, int width) {
+    const double place = (tick.value - range.low) / (range.high - range.low);
+    return static_cast<int>(std::lround(place * (width - 1)));
+}
+
+std::string ShownNumber(double value) { return NumberText(value, kShownDigits); }
 
 } // namespace trevolt

@@ -18,6 +18,13 @@ struct SScaleTick {
 /// no more than `most`, which is at least 1; of such steps the smallest that keeps to it.
 std::vector<SScaleTick> RoundTicks(const SValueRange& range, std::size_t most);
 
+/// What marks a scale that is `width` pixels long, with numbers in letters of `textSize`: round numbers
+/// that do not touch each other, or, where less than two of them would stand there, its ends.
+std::vector<SScaleTick> ScaleTicks(const SValueRange& range, int width, int textSize);
+
+/// Pixels from such a scale's begin.
+int TickPlace(const SScaleTick& tick, const SValueRange& range, int width);
+
 /// A number as people read it: four significant digits, a real minus sign.
 std::string ShownNumber(double value);
 

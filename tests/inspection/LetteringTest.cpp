@@ -86,6 +86,25 @@ TEST(Lettering, BreaksLinesAtBlanks) {
     EXPECT_EQ(cut[1][0], 'w');
 }
 
+TEST(Lettering, BreaksLinesBetweenItemsFirst) {
+    using Lines = std::vector<std::string>;
+    const std::string text = "9 by 8 · m00 · Light of white";
+    const int width = TextWidth("9 by 8 · m00", kSize);
+    EXPECT_EQ(WrappedText(text, kSize, TextWidth(text, kSize)), Lines{text});
+    EXPECT_EQ(WrappedText(text, kSize, TextWidth(text, kSize) - 1),
+              (Lines{"9 by 8 · m00", "Light of white"}));
+    EXPECT_EQ(WrappedText(text, kSize, width - 1), (Lines{"9 by 8", "m00 · Light", "of white"}));
+}
+
+TEST(Lettering, BreaksFirmBlanksOnlyForWantOfRoom) {
+    using Lines = std::vector<std::string>;
+    const std::string text = "Quantity: 1\u00A0to\u00A02";
+    const int width = TextWidth("1\u00A0to\u00A02", kSize);
+    EXPECT_EQ(WrappedText(text, kSize, TextWidth(text, kSize) - 1),
+              (Lines{"Quantity:", "1\u00A0to\u00A02"}));
+    EXPECT_EQ(WrappedText("a " + text.substr(10), kSize, width - 1), (Lines{"a 1 to", "2"}));
+}
+
 TEST(Lettering, IsAsWideAsItsLetters) {
     EXPECT_EQ(TextWidth("", kSize), 0);
     const int one = TextWidth("m", kSize);

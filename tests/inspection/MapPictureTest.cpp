@@ -287,6 +287,9 @@ TEST(WallPicture, WritesNamesWhereThereIsRoom) {
     };
     EXPECT_EQ(darkPixels(wallOf("", 1)), 0);
     EXPECT_GT(darkPixels(wallOf("Cab", 1)), 20);
+    const CPicture shortened = wallOf("Cab_01.9fcoef", 1);
+    const CPicture plain = wallOf("Cab_01", 1);
+    EXPECT_TRUE(std::ranges::equal(shortened.Bytes(), plain.Bytes()));
 }
 
 TEST(WallPicture, BearsAGridLargerThanItsRoom) {

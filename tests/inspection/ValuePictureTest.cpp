@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "app/inspection/Lettering.h"
 #include "tests/inspection/PictureParts.h"
 
 namespace trevolt {
@@ -76,6 +77,23 @@ TEST(ValuePicture, KeepsToTheWidthThatIsGiven) {
         EXPECT_GE(inked->left, kContentLeft / 2);
         EXPECT_LE(inked->left + inked->width, picture.Width() - kContentLeft / 2);
     }
+}
+
+/// The rows that a title of a narrow sheet is taller by than a short one.
+int FurtherTitleRows(const std::string& title) {
+    return CPictureSheet({title, "", "q"}, 10, 10, 200).Top() - test::kContentTop;
+}
+
+TEST(PictureSheet, MakesItsTitleSmallerBeforeItCutsIt) {
+    const std::string name = "Cab_01.9fcoef";
+    EXPECT_GT(TextWidth(name, 22), 144);
+    EXPECT_EQ(FurtherTitleRows(name), 0); // smaller
+    EXPECT_EQ(FurtherTitleRows(name + " and Cab_02"), 28);
+    CPictureSheet cut({std::string(200, 'w'), "", "q"}, 10, 10, 200); // no size shows it whole
+    const auto inked =
+        test::BoundsOf(cut.Picture(), [](SColour colour) { return colour != ink::kPaper; });
+    EXPECT_EQ(inked->left, kContentLeft);
+    EXPECT_LE(inked->left + inked->width, 200 - kContentLeft);
 }
 
 TEST(PictureSheet, BreaksItsNotes) {
