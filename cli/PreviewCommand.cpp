@@ -292,7 +292,8 @@ int Preview(const SPreviewOptions& options) {
                                   {options.view, options.scale.value_or(EColourScale::FalseColour),
                                    options.range, options.width, DefaultThreads()},
                                   options.turnCode,
-                                  options.grid};
+                                  options.grid,
+                                  found.unnamable.size()};
     std::unique_ptr<CPreviewPrinter> printer = std::make_unique<CPreviewLines>(request);
     if (options.json)
         printer = std::make_unique<CPreviewObjects>(request);

@@ -338,7 +338,7 @@ std::string CWallPicture::CabinetsText(std::size_t cabinets, std::size_t missing
     return fmt::format("{}{} {}", shown, cabinets, cabinets == 1 ? "cabinet" : "cabinets");
 }
 
-SValuePicture CWallPicture::Paint(const std::string& title) const {
+SValuePicture CWallPicture::Paint(const std::string& title, std::size_t unplaced) const {
     std::optional<SValueRange> found;
     std::uint64_t notFinite = 0;
     std::vector<float> values;
@@ -351,11 +351,12 @@ SValuePicture CWallPicture::Paint(const std::string& title) const {
     const auto missing = static_cast<std::size_t>(
         std::count_if(m_cells.begin(), m_cells.end(),
                       [](const SValueCells& cells) { return cells.values.empty(); }));
-    CPictureSheet sheet({title,
-                         fmt::format("{} · {}", CabinetsText(m_cabinets.size(), missing),
-                                     MapViewText(m_style.view)),
-                         LegendText(m_style.view)},
-                        m_layout->Width(), m_layout->Height(), m_style.width);
+    CPictureSheet sheet(
+        {title,
+         fmt::format("{} · {}", CabinetsText(m_cabinets.size() + unplaced, missing + unplaced),
+                     MapViewText(m_style.view)),
+         LegendText(m_style.view)},
+        m_layout->Width(), m_layout->Height(), m_style.width);
     bool isAnyFree = false;
     for (int i = 0; i < m_layout->Places(); ++i) {
         SPictureRect place = m_layout->Place(i);

@@ -74,7 +74,8 @@ class CWallPicture {
     /// is not taken is shown as missing. Answers what was found in it.
     SPaintedValues Take(std::size_t cabinet, const CCoefPixels& map);
 
-    SValuePicture Paint(const std::string& title) const;
+    /// `unplaced` cabinets beside them cannot be shown, and have no place.
+    SValuePicture Paint(const std::string& title, std::size_t unplaced = 0) const;
 
     /// How many there are and are shown, as "2 of 3 cabinets".
     static std::string CabinetsText(std::size_t cabinets, std::size_t missing);

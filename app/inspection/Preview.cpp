@@ -60,7 +60,7 @@ class CPreviewRun {
                   });
         if (!ChooseGrid() || !CheckOutput())
             return std::move(m_outcome);
-        if (m_files.size() == 1 && !m_request.grid)
+        if (IsSingle())
             ShowOne();
         else
             ShowWall();
@@ -123,6 +123,11 @@ class CPreviewRun {
         told.notFinite = values.notFinite;
     }
 
+    bool IsSingle() const {
+        const bool isAlone = m_files.size() + m_request.unnamable == 1;
+        return m_request.turnCode != 0 || (isAlone && !m_request.grid);
+    }
+
     void ShowOne() {
         SPreviewedFile told;
         const SCoefPixelLoad load = Load(m_files.front(), told);
@@ -148,7 +153,7 @@ class CPreviewRun {
         }
         TellAll(told);
         if (!m_interrupted && m_outcome.shown > 0)
-            Write(wall->Paint(m_request.title));
+            Write(wall->Paint(m_request.title, m_request.unnamable));
     }
 
     void TellAll(const std::vector<SPreviewedFile>& told) {

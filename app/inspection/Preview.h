@@ -29,6 +29,7 @@ struct SPreviewRequest {
     std::uint32_t turnCode = 0; ///< of a single file, 0 for none
     /// Of the wall that several files are; without one they make a grid that is about square.
     std::optional<SPreviewGrid> grid;
+    std::size_t unnamable = 0; ///< further files of the wall, which cannot be opened by their names
 };
 
 /// What became of one file.

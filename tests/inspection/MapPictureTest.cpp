@@ -245,6 +245,20 @@ TEST(WallPicture, CountsWhatItShows) {
     EXPECT_EQ(CWallPicture::CabinetsText(1, 0), "1 cabinet");
 }
 
+TEST(WallPicture, CountsWhatHasNoPlace) {
+    CWallPicture wall({{"a", {2, 2}}, {"b", {2, 2}}}, 2, 1, {});
+    CChromaCorrectCoef map;
+    map.Resize(2, 2);
+    wall.Take(0, map);
+    const auto header = [](const CPicture& picture) {
+        return std::vector(picture.Bytes().begin(),
+                           picture.Bytes().begin() + 3 * std::ptrdiff_t{476} * (kContentTop - 1));
+    };
+    CPictureSheet told({"wall", "1 of 4 cabinets · Brightness of white", ""}, 10, 10, 1600);
+    ASSERT_EQ(told.Picture().Width(), 476);
+    EXPECT_EQ(header(wall.Paint("wall", 2).picture), header(told.Picture()));
+}
+
 TEST(WallPicture, HatchesWhereThereAreNoPixelsAndTellsIt) {
     const auto wallOf = [](std::vector<CWallPicture::SCabinet> cabinets, std::size_t taken) {
         CWallPicture wall(cabinets, 2, 1, {});

@@ -109,6 +109,24 @@ TEST_F(Preview, RefusesWhatDoesNotGoTogether) {
     EXPECT_FALSE(test::FileExists(Picture()));
 }
 
+TEST_F(Preview, IsAWallWhereFilesHaveNoNames) {
+    Add(L"a.9bcoef");
+    m_request.title = "wall";
+    const auto pictureOf = [&](std::optional<SPreviewGrid> grid, std::size_t unnamable) {
+        m_request.grid = grid;
+        m_request.unnamable = unnamable;
+        EXPECT_EQ(Run().end, EPreviewEnd::Written);
+        test::Bytes picture = test::ReadFile(Picture());
+        EXPECT_TRUE(RemoveFile(Picture()));
+        return picture;
+    };
+    const SPreviewGrid one{1, 1};
+    EXPECT_EQ(pictureOf(std::nullopt, 1), pictureOf(one, 1));
+    EXPECT_NE(pictureOf(one, 0), pictureOf(one, 1)); // "1 of 2 cabinets"
+    m_request.turnCode = 1;
+    EXPECT_EQ(pictureOf(std::nullopt, 1), pictureOf(std::nullopt, 0));
+}
+
 TEST_F(Preview, CrossesOutWhatIsGone) {
     Add(L"a.9bcoef");
     Add(L"b.9bcoef");
