@@ -178,10 +178,11 @@ class CPreviewLines : public CPreviewPrinter {
         : m_output(WideToShownUtf8(request.output.path)) {}
 
     void OnFile(const SPreviewedFile& file) override {
+        const std::string& shown = file.path.empty() ? file.name : file.path;
         for (const std::string& problem : file.problems)
-            PrintLine(stderr, "{}: {}", file.name, problem);
+            PrintLine(stderr, "{}: {}", shown, problem);
         for (const std::string& note : file.notes)
-            PrintLine(stdout, "{}: {}", file.name, note);
+            PrintLine(stdout, "{}: {}", shown, note);
     }
 
     void OnEnd(const SPreviewOutcome& outcome, ERotationEnd end) override {

@@ -36,6 +36,7 @@ from diff_test import Diff
 from flags_test import Angles, Flags, Json, Progress
 from info_test import Info
 from json_test import CommonJson
+from lines_test import CommonLines
 from mistakes_test import Mistakes
 from preview_test import Preview
 from report_test import Report

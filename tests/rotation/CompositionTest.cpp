@@ -283,7 +283,7 @@ TEST_F(Composition, NamesThatCannotBeAreRefused) {
         {"the output " + WideToShownUtf8(path) +
              " is no coefficient file by its name: give one of the nine extensions",
          WideToShownUtf8(m_folder.File(L"x.txt")) + " is no coefficient file by its name",
-         "the file " + WideToShownUtf8(m_folder.File(L"gone.9fcoef")) + " does not exist"});
+         "the source " + WideToShownUtf8(m_folder.File(L"gone.9fcoef")) + " does not exist"});
     ExpectRefused(Request({}), {"there is no file to put into a screen"});
 }
 

@@ -136,7 +136,7 @@ TEST_F(Cropping, NamesThatCannotBeAreRefused) {
     result = Crop(Request(L"gone.9fcoef", {}));
     EXPECT_EQ(result.end, ECompositionEnd::Refused);
     EXPECT_EQ(result.errors,
-              CropTexts{"the file " + WideToShownUtf8(m_folder.File(L"gone.9fcoef")) +
+              CropTexts{"the source " + WideToShownUtf8(m_folder.File(L"gone.9fcoef")) +
                         " does not exist"});
     result = Crop(Request(L"x.txt", {}));
     EXPECT_EQ(result.errors, CropTexts{WideToShownUtf8(m_folder.File(L"x.txt")) +
