@@ -33,8 +33,10 @@ SConversion ConvertSingle(const SConversionRequest& request, const SPlannedConve
             fmt::format("its output {} {}", WideToShownUtf8(file.outputName), obstacle));
         return refused;
     }
-    return ConvertFile(file.path, file.target,
-                       [&](const OutputWriter& write) { return WriteOutputFile(output, write); });
+    return ConvertFile(file.path, file.target, [&](const OutputWriter& write) {
+        return WriteOutputFile(output, write,
+                               DescribeExistingOutput(WideToShownUtf8(file.outputName)));
+    });
 }
 
 /// Outputs of a folder.
@@ -66,7 +68,9 @@ class CFolderConversion {
             return refused;
         }
         return ConvertFile(file.path, file.target, [&](const OutputWriter& write) {
-            std::string problem = WriteOutput(m_target, file.outputName, m_request.replaces, write);
+            std::string problem =
+                WriteOutput(m_target, file.outputName, m_request.replaces, write,
+                            DescribeExistingOutput(WideToShownUtf8(file.outputName)));
             if (const int error = problem.empty() ? m_target.SyncNames() : 0; error != 0)
                 problem = DescribeFolderSyncProblem(error);
             return problem;

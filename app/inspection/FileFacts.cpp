@@ -137,10 +137,9 @@ class CFactSearch {
             m_facts.problems = DescribeReadProblems(status, report);
             return false;
         }
-        m_facts.size = {width, height};
-        if (width > kLargestMapSide || height > kLargestMapSide)
-            Fail(fmt::format("its size {} x {} is above {} in one direction", width, height,
-                             kLargestMapSide));
+        m_facts.size = SizeToldBy(*m_facts.kind, width, height);
+        if (std::string problem = DescribeMapSize(m_facts.size); !problem.empty())
+            Fail(std::move(problem));
         else if (!CMemoryBudget::Process().HasRoomFor(Pixels() * Stored().elementBytes))
             FailForMemory();
         return m_facts.problems.empty();

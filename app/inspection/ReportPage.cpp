@@ -319,8 +319,9 @@ std::string MapCell(const SMapCell& cell, const std::string& name) {
     std::string html =
         fmt::format("<td role=\"cell\" data-is=\"{}\">{}<span class=\"size\">{}</span>", cell.when,
                     PictureHtml(cell, name), SizeOrNothing(cell.size));
-    if (!cell.picture.png.empty())
-        html += "<span class=\"more\">" + Html(cell.picture.range) + "</span>";
+    const std::string& told = cell.picture.png.empty() ? cell.picture.lack : cell.picture.range;
+    if (!told.empty())
+        html += "<span class=\"more\">" + Html(told) + "</span>";
     return html + "</td>\n";
 }
 

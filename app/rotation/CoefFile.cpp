@@ -47,12 +47,10 @@ class CCoefFileLoad {
             m_load.problems = DescribeReadProblems(status, report);
             return false;
         }
-        m_load.size = {width, height};
-        if (width <= kLargestMapSide && height <= kLargestMapSide)
-            return true;
-        m_load.problems.push_back(fmt::format("its size {} x {} is above {} in one direction",
-                                              width, height, kLargestMapSide));
-        return false;
+        m_load.size = SizeToldBy(*m_load.kind, width, height);
+        if (std::string problem = DescribeMapSize(m_load.size); !problem.empty())
+            m_load.problems.push_back(std::move(problem));
+        return m_load.problems.empty();
     }
 
     bool SizeMap() {
@@ -70,6 +68,9 @@ class CCoefFileLoad {
         const CTransferReport report;
         const Status status = m_source.Take(
             [&](std::istream& stream) { return m_load.kind->loadStream(*m_load.map, stream); });
+        const auto pixels = static_cast<std::uint64_t>(m_load.size.width * m_load.size.height);
+        m_load.isRead =
+            !Failed(status) && report.FailedRead() == S_OK && report.MissingPixels() < pixels;
         m_load.problems = DescribeReadProblems(status, report);
         m_load.notes = DescribeReadNotes(report);
         NameOtherSize();
@@ -153,6 +154,21 @@ std::vector<std::string> DescribeLackOfMemory(CSourceFile& source, const SFileKi
             return problems;
     }
     return {fmt::format("not enough memory for {} x {} pixels", size.width, size.height)};
+}
+
+PixelSize SizeToldBy(const SFileKind& kind, std::uint32_t width, std::uint32_t height) {
+    const bool isText = StoredKindOf(kind).elementBytes == 0;
+    return isText ? PixelSize{static_cast<std::int32_t>(width), static_cast<std::int32_t>(height)}
+                  : PixelSize{width, height};
+}
+
+std::string DescribeMapSize(const PixelSize& size) {
+    if (std::min(size.width, size.height) < 0)
+        return fmt::format("its size {} x {} is below 0 in one direction", size.width, size.height);
+    if (std::max(size.width, size.height) > kLargestMapSide)
+        return fmt::format("its size {} x {} is above {} in one direction", size.width, size.height,
+                           kLargestMapSide);
+    return {};
 }
 
 SCoefLoad LoadCoefFile(const std::wstring& path) {

@@ -1,6 +1,7 @@
 // A coefficient file of any kind in a map, with what is to be told of it.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -18,6 +19,7 @@ struct SCoefLoad {
     PixelSize size;                  ///< that the file tells, 0 × 0 when it tells none
     /// Of that size, with what could be read on defaults; null when nothing could.
     std::unique_ptr<CChromaCorrectCoef> map;
+    bool isRead = false;               ///< the map has pixels, and some of them are the file's
     std::vector<std::string> problems; ///< what is damaged or went wrong; none: the map is whole
     std::vector<std::string> notes;    ///< what is unusual and no problem
     std::vector<std::string> losses;   ///< what the file holds and a map cannot
@@ -39,6 +41,12 @@ std::string DescribeOutputName(const std::wstring& path);
 /// Why there is no coefficient file at this path to be read: its name tells no kind, nothing stands
 /// there, or something that is no file. Nothing is opened: a pipe would not come back. Else nothing.
 std::string DescribeInputObstacle(const std::wstring& path);
+
+/// The size that a file of a kind told by `readStreamSize`: that of text is signed.
+PixelSize SizeToldBy(const SFileKind& kind, std::uint32_t width, std::uint32_t height);
+
+/// Why no map has such a size, in plain words; empty when one can.
+std::string DescribeMapSize(const PixelSize& size);
 
 /// Reads a file of the kind that its name tells into a map of the file's own size. What the file does not
 /// hold of a pixel is the default element's, beside the matrix of `.9fcoef`, too. Throws std::bad_alloc;

@@ -52,9 +52,8 @@ PixelSize OwnSizeOf(const std::wstring& path, std::vector<std::string>& problems
         problems = DescribeReadProblems(status, report);
         return {};
     }
-    if (width > kLargestMapSide || height > kLargestMapSide)
-        problems.push_back(fmt::format("its size {} x {} is above {} in one direction", width,
-                                       height, kLargestMapSide));
+    if (std::string problem = DescribeMapSize(SizeToldBy(*kind, width, height)); !problem.empty())
+        problems.push_back(std::move(problem));
     else if (width == 0 || height == 0)
         problems.emplace_back("has no pixels");
     return problems.empty() ? PixelSize{width, height} : PixelSize{};

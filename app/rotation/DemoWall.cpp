@@ -52,11 +52,13 @@ std::string WriteCabinet(COutputFolder& target, std::uint32_t index, bool replac
     const SFileKind& kind = FileKinds()[index];
     CChromaCorrectCoef map;
     PaintCabinet(map, index + 1);
-    return WriteOutput(target, NameOf(index), replaces, [&](const std::wstring& path) {
+    const auto write = [&](const std::wstring& path) {
         const CTransferReport report;
         const Status status = kind.save(map, path.c_str());
         return DescribeWriteProblem(status, report);
-    });
+    };
+    return WriteOutput(target, NameOf(index), replaces, write,
+                       DescribeExistingOutput(WideToShownUtf8(NameOf(index))));
 }
 
 } // namespace

@@ -192,9 +192,9 @@ class CFileRotation {
         const CTransferReport report;
         const Status status = m_source.Take(
             [&](std::istream& stream) { return m_loadKind.readStreamSize(stream, width, height); });
-        if (!Failed(status) && !IsMapSize({width, height})) {
-            Fail(fmt::format("its size {} x {} is above {} in one direction", width, height,
-                             kLargestMapSide));
+        if (std::string problem = DescribeMapSize(SizeToldBy(m_loadKind, width, height));
+            !Failed(status) && !problem.empty()) {
+            Fail(std::move(problem));
             return false;
         }
         const PixelSize& largest = m_request.limits.largestSize;
@@ -553,6 +553,12 @@ class CFileRotation {
                           m_outcome.turnedSize);
     }
 
+    static SThumbnail NoPicture(const char* lack) {
+        SThumbnail none;
+        none.lack = lack;
+        return none;
+    }
+
     /// Of what can be read of a file; none of one whose size is not known.
     SThumbnail PictureOf(const std::wstring& path, const SFileKind* kind, const PixelSize& size) {
         if (kind == nullptr || size == PixelSize{})
@@ -561,9 +567,9 @@ class CFileRotation {
                                                   LargestStoreBytes(size) + kSideBytes);
         try {
             const SCoefLoad load = LoadCoefFile(path, *kind);
-            return load.map == nullptr ? SThumbnail() : m_request.thumbnail(*load.map);
+            return load.isRead ? m_request.thumbnail(*load.map) : NoPicture("not read");
         } catch (const std::bad_alloc&) {
-            return {};
+            return NoPicture("not enough memory");
         }
     }
 

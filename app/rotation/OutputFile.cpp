@@ -27,7 +27,7 @@ bool IsOneOf(const std::wstring& path, const std::vector<std::wstring>& inputs) 
 } // namespace
 
 std::string WriteOutput(COutputFolder& target, const std::wstring& name, bool replaces,
-                        const OutputWriter& write) {
+                        const OutputWriter& write, const std::string& taken) {
     const auto output = target.Begin(name);
     if (std::string problem = write(output->Path()); !problem.empty())
         return problem;
@@ -36,8 +36,7 @@ std::string WriteOutput(COutputFolder& target, const std::wstring& name, bool re
     const SKeptOutput kept = target.Keep(*output, replaces);
     if (kept.isKept)
         return {};
-    return kept.isTaken ? DescribeExistingOutput(WideToShownUtf8(name))
-                        : DescribeRenameProblem(kept.error);
+    return kept.isTaken ? taken : DescribeRenameProblem(kept.error);
 }
 
 std::string DescribeOutputObstacle(const SOutputFile& output,
@@ -52,15 +51,16 @@ std::string DescribeOutputObstacle(const SOutputFile& output,
     if (IsOneOf(output.path, inputs))
         return "is one of the inputs, which stay as they are: choose another name";
     if (!output.replaces && PathExists(output.path))
-        return "exists already: overwrite it, or choose another target";
+        return kExistingOutput;
     return {};
 }
 
-std::string WriteOutputFile(const SOutputFile& output, const OutputWriter& write) {
+std::string WriteOutputFile(const SOutputFile& output, const OutputWriter& write,
+                            const std::string& taken) {
     COutputFolder target(OutputFolderOf(output.path), output.sync);
     target.RemoveAbandoned();
     if (std::string problem =
-            WriteOutput(target, OutputNameOf(output.path), output.replaces, write);
+            WriteOutput(target, OutputNameOf(output.path), output.replaces, write, taken);
         !problem.empty())
         return problem;
     const int error = target.SyncNames();

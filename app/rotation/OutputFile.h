@@ -14,10 +14,16 @@ namespace trevolt {
 /// Writes the file at `path`; what went wrong, in plain words, or nothing.
 using OutputWriter = std::function<std::string(const std::wstring& path)>;
 
-/// Writes the output `name` of a folder that was made. What went wrong, in plain words; nothing when
-/// the output has its name, which `COutputFolder::SyncNames` brings to the disk.
+/// Why an output was not written where something stands already, to be told behind its name. Behind its
+/// source's name `DescribeExistingOutput` tells it.
+inline constexpr const char* kExistingOutput =
+    "exists already: overwrite it, or choose another target";
+
+/// Writes the output `name` of a folder that was made. What went wrong, in plain words, which are `taken`
+/// where something came to stand there meanwhile; nothing when the output has its name, which
+/// `COutputFolder::SyncNames` brings to the disk.
 std::string WriteOutput(COutputFolder& target, const std::wstring& name, bool replaces,
-                        const OutputWriter& write);
+                        const OutputWriter& write, const std::string& taken = kExistingOutput);
 
 struct SOutputFile {
     std::wstring path;
@@ -31,8 +37,10 @@ struct SOutputFile {
 std::string DescribeOutputObstacle(const SOutputFile& output,
                                    const std::vector<std::wstring>& inputs);
 
-/// Writes an output of its own. What went wrong, in plain words; nothing when it stands.
-std::string WriteOutputFile(const SOutputFile& output, const OutputWriter& write);
+/// Writes an output of its own. What went wrong, in plain words, with `taken` as above; nothing when it
+/// stands.
+std::string WriteOutputFile(const SOutputFile& output, const OutputWriter& write,
+                            const std::string& taken = kExistingOutput);
 
 /// Writes a map as the kind that the output's name tells. What went wrong, in plain words.
 std::string SaveCoefFile(const CChromaCorrectCoef& map, const SOutputFile& output);

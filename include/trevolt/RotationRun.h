@@ -51,7 +51,8 @@ struct SThumbnail {
     // How large it is to be shown, in pixels of the screen.
     std::uint32_t width = 0;
     std::uint32_t height = 0;
-    std::string range; ///< the values that its colours reach over, in plain words
+    std::string range;  ///< the values that its colours reach over, in plain words
+    std::string lack{}; ///< why there is none of a map with pixels, in plain words
 };
 
 struct SRotationRequest {
@@ -135,7 +136,8 @@ struct SPassedOver {
 struct SRotationPlan {
     std::vector<SPlannedTurn> turns; ///< source by source, each in sorted order
     std::vector<SPassedOver> passedOver;
-    std::vector<std::string> unnamable; ///< files of a known kind whose names are not valid UTF-8
+    /// Files that are meant, but their names are not valid UTF-8: as they are shown.
+    std::vector<std::string> unnamable;
     /// Why nothing can be done, each in plain words; empty when the run can begin.
     std::vector<std::string> obstacles;
     bool isListingBroken = false; ///< an obstacle is that a folder could not be listed to its end

@@ -51,3 +51,22 @@ class CommonLines(CliTest):
             with self.subTest(command=arguments[0]):
                 self.expect(self.run_cli(*arguments), 2, [],
                             [f'trevolt-cli: the source {gone} does not exist'])
+
+    def test_a_size_below_zero_is_told_as_it_is(self):
+        path = self.source / 'below.cccoef'
+        path.write_text('[T9COEF20]\nwidth=-5\nheight=3\n')
+        problem = 'its size -5 x 3 is below 0 in one direction'
+        for name, arguments in (
+                (path.name, ('rotate', '--angle', '90', path, self.target)),
+                (path, ('preview', path, self.target / 'p.png')),
+                (path, ('diff', path, self.whole)),
+                (path, ('convert', path, self.target / 'a.npy')),
+                (path, ('compose', self.target / 'b.9bcoef', f'{path}@0,0')),
+                (path, ('crop', path, self.target / 'c.9bcoef', '--rect', '0,0,1,1'))):
+            with self.subTest(command=arguments[0]):
+                told = self.lines(self.run_cli(*arguments).stderr)
+                self.assertEqual(told[0], f'{name}: {problem}')
+        self.expect(self.run_cli('info', path), 1,
+                    [str(path), '  kind      .cccoef', '  size      -5 x 3 pixels',
+                     '  stored    29 bytes', f'  problem   {problem}', '',
+                     '1 file, 1 with problems'], [])

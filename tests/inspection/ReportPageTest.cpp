@@ -77,6 +77,15 @@ TEST(ReportRow, OfAFileThatFailed) {
               "<td role=\"cell\" class=\"sums\" data-is=\"SHA-256\">\u2013</td>\n</tr>\n");
 }
 
+TEST(ReportRow, TellsWhyThereIsNoPicture) {
+    SFileOutcome outcome = Turned();
+    outcome.sourcePicture = {};
+    outcome.sourcePicture.lack = "not <read>";
+    EXPECT_TRUE(Holds(ReportRow({outcome, 1, kNoon}),
+                      "data-is=\"before\"><span class=\"size\">4 \u00D7 3</span>"
+                      "<span class=\"more\">not &lt;read&gt;</span></td>"));
+}
+
 TEST(ReportRow, NamesWhatBecameOfAFile) {
     SFileOutcome outcome = Turned();
     outcome.angleCode = 0;

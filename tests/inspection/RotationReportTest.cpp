@@ -110,8 +110,7 @@ TEST_F(RotationReport, ReplacesAPageOnlyWhereOutputsDo) {
     WriteText(m_request.report, "mine");
     const std::string shown = WideToShownUtf8(m_request.report);
     EXPECT_EQ(Write(),
-              "the report " + shown +
-                  ": its output run.html exists already: overwrite it, or choose another target");
+              "the report " + shown + ": exists already: overwrite it, or choose another target");
     EXPECT_EQ(Page(), "mine");
     m_request.existing = EExistingOutput::Replace;
     CRotationReport other(m_request, "1.2.3");

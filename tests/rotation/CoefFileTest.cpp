@@ -69,6 +69,19 @@ TEST(CoefFile, OfACutFileWhatCameIsThereAndWhatDidNotIsTold) {
     EXPECT_EQ(load.size, (PixelSize{160, 90}));
     EXPECT_NE(load.map, nullptr);
     EXPECT_FALSE(load.problems.empty());
+    EXPECT_FALSE(load.isRead); // its directory tells another size
+    EXPECT_TRUE(LoadCoefFile(folder.File(L"Cab_03.9wcoef")).isRead);
+    EXPECT_TRUE(LoadCoefFile(folder.File(L"Cab_07.cccoef")).isRead);
+}
+
+TEST(CoefFile, OneIsReadWhereAnyChunkIs) {
+    const CTemporaryFolder folder;
+    Bytes file = ReadFile(Sample(L"awkward/blocks_reversed.9wcoef"));
+    std::fill_n(file.begin() + 168 + 20, 4, std::byte{0}); // the first chunk's first plane
+    WriteFile(folder.File(L"one.9wcoef"), file);
+    const SCoefLoad load = LoadCoefFile(folder.File(L"one.9wcoef"));
+    EXPECT_EQ(load.problems.size(), 1U);
+    EXPECT_TRUE(load.isRead);
 }
 
 TEST(CoefFile, WhatHasNoSizeHasNoMap) {
@@ -79,6 +92,20 @@ TEST(CoefFile, WhatHasNoSizeHasNoMap) {
     EXPECT_EQ(load.map, nullptr);
     EXPECT_EQ(load.size, PixelSize{});
     EXPECT_EQ(load.problems.size(), 1U);
+}
+
+TEST(CoefFile, SizesOfTextAreSigned) {
+    const CTemporaryFolder folder;
+    WriteText(folder.File(L"below.cccoef"), "[T9COEF20]\nwidth=-5\nheight=70000\n");
+    const SCoefLoad load = LoadCoefFile(folder.File(L"below.cccoef"));
+    EXPECT_EQ(load.size, (PixelSize{-5, 70000}));
+    EXPECT_EQ(load.problems,
+              std::vector<std::string>{"its size -5 x 70000 is below 0 in one direction"});
+    const SFileKind& words = *FindLoadKind(L"a.9wcoef");
+    EXPECT_EQ(SizeToldBy(words, 0xFFFFFFFB, 3), (PixelSize{4294967291, 3}));
+    EXPECT_EQ(DescribeMapSize({4294967291, 3}),
+              "its size 4294967291 x 3 is above 65535 in one direction");
+    EXPECT_EQ(DescribeMapSize({65535, 0}), "");
 }
 
 TEST(CoefFile, AMissingFileIsToldByTheSystemsReason) {

@@ -30,7 +30,7 @@ TEST(OutputFile, IsReplacedOnlyWhenAskedFor) {
     const CTemporaryFolder folder;
     const std::wstring path = folder.File(L"a.png");
     ASSERT_EQ(WriteOne({path}, "one"), "");
-    EXPECT_EQ(WriteOne({path}, "two"), DescribeExistingOutput("a.png"));
+    EXPECT_EQ(WriteOne({path}, "two"), kExistingOutput);
     EXPECT_EQ(ReadText(path), "one");
     EXPECT_EQ(WriteOne({path, true}, "three"), "");
     EXPECT_EQ(ReadText(path), "three");
@@ -45,6 +45,20 @@ TEST(OutputFile, AWriterThatFailsLeavesNothing) {
     });
     EXPECT_EQ(problem, "the disk is full");
     EXPECT_TRUE(folder.Names().empty());
+}
+
+TEST(OutputFile, WhatComesToStandThereMeanwhileStays) {
+    const CTemporaryFolder folder;
+    const std::wstring path = folder.File(L"a.png");
+    const auto write = [&](const std::wstring& made) {
+        WriteText(made, "mine");
+        WriteText(path, "another's");
+        return std::string();
+    };
+    EXPECT_EQ(WriteOutputFile({path}, write),
+              "exists already: overwrite it, or choose another target");
+    EXPECT_EQ(WriteOutputFile({path}, write, "told of its source"), "told of its source");
+    EXPECT_EQ(ReadText(path), "another's");
 }
 
 TEST(OutputFile, WhatForbidsItIsSeenBefore) {

@@ -1260,9 +1260,11 @@ TEST_F(RotationRun, PicturesWhatCanBeRead) {
     m_request.thumbnail = Pictured;
     EXPECT_EQ(Run().failed, 3U);
     ASSERT_EQ(m_listener.outcomes.size(), 3U);
-    EXPECT_EQ(m_listener.outcomes[0].sourcePicture.png, "4 x 3");
+    EXPECT_EQ(m_listener.outcomes[0].sourcePicture.png, "") << "all its pixels would be defaults";
+    EXPECT_EQ(m_listener.outcomes[0].sourcePicture.lack, "not read");
     EXPECT_EQ(m_listener.outcomes[0].outputPicture.png, "");
     EXPECT_EQ(m_listener.outcomes[1].sourcePicture.png, "");
+    EXPECT_EQ(m_listener.outcomes[1].sourcePicture.lack, "") << "it has no size either";
     EXPECT_EQ(m_listener.outcomes[2].sourcePicture.png, "") << "its pixels are not to be read";
 }
 
@@ -1271,6 +1273,7 @@ TEST_F(RotationRun, NoFileFailsByItsPicture) {
     m_request.thumbnail = [](const CChromaCorrectCoef&) -> SThumbnail { throw std::bad_alloc(); };
     EXPECT_EQ(Run().end, ERotationEnd::AllDone);
     EXPECT_EQ(Only().sourcePicture.png, "");
+    EXPECT_EQ(Only().sourcePicture.lack, "not enough memory");
 }
 
 TEST_F(RotationRun, WhatDoesNotStandHasNoPicture) {
