@@ -5,7 +5,6 @@
 #include "platform/FileSystem.h"
 #include "tests/support/CoefMaps.h"
 #include "trevolt/FileKinds.h"
-#include "trevolt/TransferProblems.h"
 
 namespace trevolt {
 namespace {
