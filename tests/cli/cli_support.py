@@ -158,7 +158,10 @@ class CliTest(unittest.TestCase):
         return out
 
     def measured_rotate(self, target, *arguments):
-        """The peak memory in KiB, the page faults and the result of a turn."""
+        return self.measured('rotate', '--angle', '90', *arguments, self.source, target)
+
+    def measured(self, *arguments):
+        """The peak memory in KiB, the page faults and the result of a command."""
         figures = self.folder / 'figures'
         # An address sanitizer would keep freed memory back.
         options = os.environ.get('ASAN_OPTIONS', '')
@@ -166,7 +169,7 @@ class CliTest(unittest.TestCase):
                            ASAN_OPTIONS=f'{options}:quarantine_size_mb=0:'
                                         'thread_local_quarantine_size_kb=0')
         run = subprocess.run([sys.executable, '-I', '-S', '-c', MEASURE, figures, *PROGRAM,
-                              'rotate', '--angle', '90', *map(str, arguments), self.source, target],
+                              *map(str, arguments)],
                              capture_output=True, env=environment, timeout=300)
         peak, faults = map(int, figures.read_text().split())
         return peak, faults, run

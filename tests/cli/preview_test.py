@@ -313,6 +313,17 @@ class Preview(CliTest):
                           summary['failed']), ('failed', 1, 0, 1))
 
     @posix_only
+    def test_a_file_takes_little_memory_beside_its_pixels(self):
+        side = 1400
+        bytes_of_body = side * side * 36
+        path = self.source / 'a.9fcoef'
+        path.write_bytes(coef_file('.9fcoef', side, side, bytes(bytes_of_body)))
+        for command in (('info', path), ('preview', '--width', 400, path, self.picture)):
+            peak, _, run = self.measured(*command)
+            self.assertEqual((run.returncode, run.stderr), (0, b''))
+            self.assertLess(peak * 1024, 1.3 * bytes_of_body + 64e6)
+
+    @posix_only
     def test_names_of_any_script(self):
         name = 'Größe Ж 日 \x07 λ.9bcoef'
         self.add(name)
