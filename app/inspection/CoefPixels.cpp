@@ -85,8 +85,8 @@ const SMatrixCoef* CCoefPixels::Run(std::uint32_t x, std::uint32_t y, std::uint3
         return scratch;
     }
     const CMassiveGrid& grid = m_map->ColourGrid();
-    const std::uint32_t first = y * m_map->Width() + x;
-    if (m_map->HasStorage() && grid.RunLength(first) >= count)
+    const bool isInGrid = grid.HasStorage() && x + count <= grid.Width() && y < grid.Height();
+    if (isInGrid && grid.RunLength(y * grid.Width() + x) >= count)
         return m_map->FindElement(x, y);
     for (std::uint32_t i = 0; i < count; ++i)
         scratch[i] = m_map->ElementOrDefault(std::int64_t{x} + i, y);

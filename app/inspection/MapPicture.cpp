@@ -293,7 +293,8 @@ constexpr int kNameAside = 5;
 std::string NameFor(const std::string& name, int width) {
     if (TextWidth(name, kNameSize) <= width)
         return name;
-    return ShortenedText(name.substr(0, name.rfind('.')), kNameSize, width);
+    const std::string stem = name.substr(0, name.rfind('.'));
+    return ShortenedText(stem.empty() ? name : stem, kNameSize, width);
 }
 
 /// The name in a place's left bottom, where there is room for it.
