@@ -15,6 +15,10 @@ class CommonLines(CliTest):
         self.problem = ('cannot be read: E_FAIL (0x80004005): the content is damaged or does not match '
                         'its header')
 
+    def told(self, output):
+        """Its lines, with slashes between folders on every system."""
+        return [line.replace('\\', '/') for line in self.lines(output)]
+
     def test_a_damaged_file_is_named_by_its_path(self):
         line = f'{self.broken}: {self.problem}'
         for command, arguments, status, told in (
@@ -28,8 +32,8 @@ class CommonLines(CliTest):
                  [line, 'trevolt-cli: nothing is written: the source failed'])):
             with self.subTest(command=command, arguments=arguments):
                 result = self.run_cli(command, *arguments)
-                self.assertEqual((result.returncode, self.lines(result.stderr)), (status, told))
-        told = self.lines(self.run_cli('info', self.source).stdout)
+                self.assertEqual((result.returncode, self.told(result.stderr)), (status, told))
+        told = self.told(self.run_cli('info', self.source).stdout)
         self.assertEqual([line for line in told if line.startswith((str(self.source), '  problem'))],
                          [str(self.broken), f'  problem   {self.problem}', str(self.whole)])
 
@@ -39,7 +43,7 @@ class CommonLines(CliTest):
                           ('convert', '--to', 'npy', self.source, self.target / 'arrays')):
             with self.subTest(arguments=arguments):
                 result = self.run_cli(*arguments)
-                self.assertEqual((result.returncode, self.lines(result.stderr)), (1, [line]))
+                self.assertEqual((result.returncode, self.told(result.stderr)), (1, [line]))
 
     def test_a_source_that_does_not_exist(self):
         gone = self.source / 'gone.9fcoef'

@@ -196,8 +196,8 @@ class Preview(CliTest):
         damaged.write_bytes((self.source / 'a.9bcoef').read_bytes()[:-3])
         result = self.preview(self.source, self.picture)
         self.expect(result, 1, [f'{self.picture}: 570 x 606 pixels, 2 files shown, 1 failed'])
-        self.assertTrue(self.lines(result.stderr)[0].startswith(
-            f'{self.source / "b.9bcoef"}: cannot be read'))
+        self.assertTrue(self.lines(result.stderr)[0].replace('\\', '/').startswith(
+            f'{damaged}: cannot be read'))
         self.picture.unlink()
         *files, summary = self.objects(self.preview('--json', damaged, self.picture))
         self.assertEqual([file['status'] for file in files], ['failed'])
