@@ -18,6 +18,28 @@ HICON LoadSizedIcon(int widthMetric, int heightMetric, UINT dpi) {
                                          GetSystemMetricsForDpi(heightMetric, dpi), 0));
 }
 
+/// Whether the edit has room for its whole text.
+bool IsTextShownWhole(HWND edit) {
+    const std::wstring text = GetText(edit);
+    const HDC context = GetDC(edit);
+    const HGDIOBJ former =
+        SelectObject(context, reinterpret_cast<HFONT>(SendMessageW(edit, WM_GETFONT, 0, 0)));
+    SIZE taken{};
+    GetTextExtentPoint32W(context, text.c_str(), static_cast<int>(text.size()), &taken);
+    SelectObject(context, former);
+    ReleaseDC(edit, context);
+    RECT room{};
+    SendMessageW(edit, EM_GETRECT, 0, reinterpret_cast<LPARAM>(&room));
+    return taken.cx <= room.right - room.left;
+}
+
+/// Leads the opened browser to the folder that it is called with.
+int CALLBACK OpenAtFolder(HWND browser, UINT message, LPARAM, LPARAM folder) {
+    if (message == BFFM_INITIALIZED && folder != 0)
+        SendMessageW(browser, BFFM_SETSELECTIONW, TRUE, folder);
+    return 0;
+}
+
 /// An item of the shell's name space, freed with the holder.
 class CItemList {
   public:
@@ -96,6 +118,15 @@ std::wstring CControlView::GetText(int id) const { return trevolt::GetText(Contr
 
 void CControlView::SetText(int id, const std::wstring& text) {
     SetDlgItemTextW(m_dialog, id, text.c_str());
+}
+
+void CControlView::ShowFolder(int id, const std::wstring& folder) {
+    SetText(id, folder);
+    const auto end = static_cast<WPARAM>(folder.size());
+    Send(id, EM_SETSEL, end, static_cast<LPARAM>(end));
+    Send(id, EM_SCROLLCARET);
+    CPathTip& tip = id == kIdSource ? m_sourceTip : m_targetTip;
+    tip.SetPath(Control(id), IsTextShownWhole(Control(id)) ? std::wstring() : folder);
 }
 
 void CControlView::Enable(int id, bool enabled) { EnableWindow(Control(id), enabled); }
@@ -190,9 +221,11 @@ void CControlView::ShowMessage(const std::wstring& text, std::uint32_t style) {
     ShowWaitCursor(isWaiting);
 }
 
-SBrowsedFolder CControlView::BrowseForFolder() {
+SBrowsedFolder CControlView::BrowseForFolder(const std::wstring& opened) {
     BROWSEINFOW browser{};
     browser.hwndOwner = m_dialog;
+    browser.lpfn = OpenAtFolder;
+    browser.lParam = opened.empty() ? 0 : reinterpret_cast<LPARAM>(opened.c_str());
     const CItemList chosen(SHBrowseForFolderW(&browser));
     if (chosen.IsEmpty())
         return {};

@@ -6,6 +6,7 @@
 #include "app/dialog/DialogView.h"
 #include "win32/BalloonTip.h"
 #include "win32/NumberEdit.h"
+#include "win32/PathTip.h"
 
 namespace trevolt {
 
@@ -26,6 +27,7 @@ class CControlView : public CDialogView {
     void SetTitle(const std::wstring& text) override;
     std::wstring GetText(int id) const override;
     void SetText(int id, const std::wstring& text) override;
+    void ShowFolder(int id, const std::wstring& folder) override;
     void Enable(int id, bool enabled) override;
     void Show(int id, bool shown) override;
     bool IsChecked(int id) const override;
@@ -43,7 +45,7 @@ class CControlView : public CDialogView {
     void SetProgress(int id, int position) override;
     void ShowWaitCursor(bool shown) override;
     void ShowMessage(const std::wstring& text, std::uint32_t style) override;
-    SBrowsedFolder BrowseForFolder() override;
+    SBrowsedFolder BrowseForFolder(const std::wstring& opened) override;
     void LanguageChanged(std::int32_t langId) override;
 
     /// Loads the icons in the sizes of the window's monitor and gives them to the window.
@@ -80,6 +82,8 @@ class CControlView : public CDialogView {
     CNumberEdit m_widthEdit;
     CNumberEdit m_heightEdit;
     CBalloonTip m_balloon;
+    CPathTip m_sourceTip;
+    CPathTip m_targetTip;
 };
 
 } // namespace trevolt

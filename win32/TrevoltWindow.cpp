@@ -96,6 +96,9 @@ INT_PTR CTrevoltWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         if (lParam != 0)
             OnCopyData(*reinterpret_cast<const COPYDATASTRUCT*>(lParam));
         return FALSE; // the default handling follows
+    case WM_DROPFILES:
+        OnDropFiles(reinterpret_cast<HDROP>(wParam));
+        return TRUE;
     case WM_DPICHANGED:
         m_view.LoadIcons();
         return FALSE;
@@ -120,6 +123,7 @@ INT_PTR CTrevoltWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
 
 INT_PTR CTrevoltWindow::OnInitDialog() {
     m_view.Attach(m_window);
+    DragAcceptFiles(m_window, TRUE);
     return m_dialog.OnInitDialog(ReadLaunchLanguage()) ? TRUE : FALSE;
 }
 
@@ -173,6 +177,19 @@ bool CTrevoltWindow::OnPaint() const {
     DrawIcon(context, place.x, place.y, m_view.Icon());
     EndPaint(m_window, &paint);
     return true;
+}
+
+/// Of several things dropped at once the first counts. Under a modal window nothing does.
+void CTrevoltWindow::OnDropFiles(HDROP dropped) {
+    std::wstring path(DragQueryFileW(dropped, 0, nullptr, 0), L'\0');
+    DragQueryFileW(dropped, 0, path.data(), static_cast<UINT>(path.size()) + 1);
+    POINT mouse{};
+    DragQueryPoint(dropped, &mouse);
+    DragFinish(dropped);
+    if (path.empty() || IsWindowEnabled(m_window) == 0)
+        return;
+    const HWND underMouse = ChildWindowFromPointEx(m_window, mouse, CWP_SKIPINVISIBLE);
+    m_dialog.OnFolderDropped(path, underMouse == m_window ? 0 : GetDlgCtrlID(underMouse));
 }
 
 void CTrevoltWindow::OnCopyData(const COPYDATASTRUCT& data) {

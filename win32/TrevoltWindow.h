@@ -4,6 +4,10 @@
 // Belongs to the thread that runs it.
 #pragma once
 
+#include <windows.h>
+
+#include <shellapi.h>
+
 #include "app/dialog/TrevoltDlg.h"
 #include "win32/ControlView.h"
 
@@ -30,6 +34,7 @@ class CTrevoltWindow {
     INT_PTR OnCommand(int id, int notification);
     bool OnSysCommand(WPARAM command) const;
     bool OnPaint() const;
+    void OnDropFiles(HDROP dropped);
     void OnCopyData(const COPYDATASTRUCT& data);
     void OnClose();
     bool PreTranslateMessage(const MSG& message);

@@ -54,6 +54,9 @@ class CDialogView {
 
     virtual std::wstring GetText(int id) const = 0;
     virtual void SetText(int id, const std::wstring& text) = 0;
+    /// Shows a folder's path in its box: its end where the box is too narrow, and the whole of it in a
+    /// tooltip then.
+    virtual void ShowFolder(int id, const std::wstring& folder) = 0;
     virtual void Enable(int id, bool enabled) = 0;
     virtual void Show(int id, bool shown) = 0;
 
@@ -90,8 +93,9 @@ class CDialogView {
     /// Shows a modal message box and returns when it is closed.
     virtual void ShowMessage(const std::wstring& text, std::uint32_t style) = 0;
 
-    /// Lets the user choose a folder; modal.
-    virtual SBrowsedFolder BrowseForFolder() = 0;
+    /// Lets the user choose a folder; modal. It opens at `opened`, or at its root where that names no
+    /// folder.
+    virtual SBrowsedFolder BrowseForFolder(const std::wstring& opened) = 0;
 
     /// The window library's own texts follow the language from now on.
     virtual void LanguageChanged(std::int32_t langId) = 0;

@@ -12,6 +12,7 @@
 #include <unordered_map>
 
 #include "app/dialog/DialogView.h"
+#include "app/dialog/FolderChoice.h"
 #include "app/dialog/Translate.h"
 #include "platform/SettingsProfile.h"
 #include "trevolt/ChromaCorrectCoef.h"
@@ -50,6 +51,10 @@ class CTrevoltDlg {
     /// Browses for the source folder (the target folder), saves it and shows it.
     void OnBrowseSource();
     void OnBrowseTarget();
+
+    /// A path was dropped over the control `underMouse` (0 is none): its folder fills a folder box as
+    /// if it had been browsed for. While a run is on nothing happens.
+    void OnFolderDropped(const std::wstring& path, int underMouse);
 
     /// The text of a size edit has changed: its value is taken and saved.
     void OnSizeChanged();
@@ -114,8 +119,6 @@ class CTrevoltDlg {
         std::int32_t wholeScreen = 0; ///< 0 by cabinet, 1 whole screen
         std::int32_t busy = 0;
     };
-    static constexpr std::uint32_t kSourceSet = 1;
-    static constexpr std::uint32_t kTargetSet = 2;
     static constexpr std::int32_t kHighestWidth = kLargestMapSide;
     static constexpr std::int32_t kHighestHeight = 32768;
 
@@ -133,8 +136,15 @@ class CTrevoltDlg {
     SMapSize& RememberedSize() {
         return m_fields.wholeScreen == 0 ? m_fields.cabinet : m_fields.screen;
     }
-    std::wstring BrowseForFolder();
-    void Browse(std::wstring& folder, std::uint32_t setFlag);
+    /// What belongs to one of the two folder boxes.
+    struct SFolderBox {
+        std::wstring& folder;
+        std::uint32_t setFlag;
+    };
+    SFolderBox FolderBox(int id);
+    void Browse(int id);
+    void TakeFolder(int id, const SBrowsedFolder& browsed);
+    std::wstring CheckedFolder(const SBrowsedFolder& browsed);
     std::wstring SavedFolder(const std::wstring& folder) const;
     void ShowSizeTip(int id, const std::wstring& text);
     void Run();

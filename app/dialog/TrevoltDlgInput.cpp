@@ -20,8 +20,8 @@ bool IsNoInteger(const std::wstring& text) {
 
 void CTrevoltDlg::ShowFields() {
     m_isShowingFields = true;
-    m_view.SetText(kIdSource, m_fields.sourceFolder);
-    m_view.SetText(kIdTarget, m_fields.targetFolder);
+    m_view.ShowFolder(kIdSource, m_fields.sourceFolder);
+    m_view.ShowFolder(kIdTarget, m_fields.targetFolder);
     m_view.SetText(kIdWidth, std::to_wstring(m_fields.current.width));
     m_view.SetText(kIdHeight, std::to_wstring(m_fields.current.height));
     m_view.Check(m_fields.wholeScreen == 0 ? kIdByCabinet : kIdByScreen);
@@ -35,13 +35,32 @@ void CTrevoltDlg::ReadFields() {
     m_fields.wholeScreen = m_view.IsChecked(kIdByScreen) ? 1 : 0;
 }
 
-void CTrevoltDlg::OnBrowseSource() { Browse(m_fields.sourceFolder, kSourceSet); }
+CTrevoltDlg::SFolderBox CTrevoltDlg::FolderBox(int id) {
+    if (id == kIdSource)
+        return {m_fields.sourceFolder, kSourceSet};
+    return {m_fields.targetFolder, kTargetSet};
+}
 
-void CTrevoltDlg::OnBrowseTarget() { Browse(m_fields.targetFolder, kTargetSet); }
+void CTrevoltDlg::OnBrowseSource() { Browse(kIdSource); }
 
-void CTrevoltDlg::Browse(std::wstring& folder, std::uint32_t setFlag) {
-    const std::wstring chosen = BrowseForFolder();
+void CTrevoltDlg::OnBrowseTarget() { Browse(kIdTarget); }
+
+void CTrevoltDlg::Browse(int id) {
+    const auto [folder, setFlag] = FolderBox(id);
+    const bool isSet = (m_fields.pathsSet & setFlag) != 0;
+    TakeFolder(id, m_view.BrowseForFolder(isSet ? folder : std::wstring()));
+}
+
+void CTrevoltDlg::OnFolderDropped(const std::wstring& path, int underMouse) {
+    if (m_fields.busy != 0)
+        return;
+    TakeFolder(DroppedFolderBox(underMouse, m_fields.pathsSet), {true, DroppedFolder(path)});
+}
+
+void CTrevoltDlg::TakeFolder(int id, const SBrowsedFolder& browsed) {
+    const std::wstring chosen = CheckedFolder(browsed);
     if (!chosen.empty()) {
+        const auto [folder, setFlag] = FolderBox(id);
         folder = chosen;
         m_fields.pathsSet |= setFlag;
     }
@@ -51,8 +70,7 @@ void CTrevoltDlg::Browse(std::wstring& folder, std::uint32_t setFlag) {
 }
 
 /// The chosen folder's path with its separator; empty when none was chosen.
-std::wstring CTrevoltDlg::BrowseForFolder() {
-    const SBrowsedFolder browsed = m_view.BrowseForFolder();
+std::wstring CTrevoltDlg::CheckedFolder(const SBrowsedFolder& browsed) {
     if (!browsed.isChosen)
         return {};
     if (browsed.path.empty())

@@ -61,6 +61,10 @@ class CMemoryView : public CDialogView {
         Record(L"text", id, text);
         onTextSet(id);
     }
+    void ShowFolder(int id, const std::wstring& folder) override {
+        m_controls[id].text = folder;
+        Record(L"folder", id, folder);
+    }
     void Enable(int id, bool enabled) override {
         m_controls[id].enabled = enabled;
         Record(L"enable", id, enabled ? L"1" : L"0");
@@ -111,8 +115,8 @@ class CMemoryView : public CDialogView {
     }
     void ShowWaitCursor(bool shown) override { Record(L"wait", 0, shown ? L"1" : L"0"); }
 
-    SBrowsedFolder BrowseForFolder() override {
-        Record(L"browse", 0, L"");
+    SBrowsedFolder BrowseForFolder(const std::wstring& opened) override {
+        Record(L"browse", 0, opened);
         return browsed;
     }
     void LanguageChanged(std::int32_t langId) override { Record(L"language", langId, L""); }

@@ -32,7 +32,7 @@ class TrevoltDlgFaults : public DialogFixture {
         CTrevoltDlg::SFields& fields = m_dialog.Fields();
         fields.sourceFolder = m_source.Path();
         fields.targetFolder = m_target.Path();
-        fields.pathsSet = CTrevoltDlg::kSourceSet | CTrevoltDlg::kTargetSet;
+        fields.pathsSet = kSourceSet | kTargetSet;
         fields.current = {3, 2};
     }
 

@@ -172,5 +172,53 @@ TEST_F(TrevoltDlgInput, ItemOutsideTheFileSystemIsRefused) {
     EXPECT_EQ(m_view.At(kIdTarget).text, kPlaceholder);
 }
 
+TEST_F(TrevoltDlgInput, BrowserOpensAtTheFolderThatIsSet) {
+    m_dialog.OnBrowseSource();
+    EXPECT_EQ(m_view.Calls().front(), L"browse 0 ");
+    m_view.browsed = {true, L"one"};
+    m_dialog.OnBrowseSource();
+    m_view.browsed = {};
+    for (const auto& [browse, opened] :
+         {std::pair(&CTrevoltDlg::OnBrowseSource, m_dialog.Fields().sourceFolder),
+          std::pair(&CTrevoltDlg::OnBrowseTarget, std::wstring())}) {
+        m_view.Forget();
+        (m_dialog.*browse)();
+        EXPECT_EQ(m_view.Calls().front(), L"browse 0 " + opened);
+    }
+}
+
+TEST_F(TrevoltDlgInput, DroppedFolderIsTakenAsABrowsedOne) {
+    const test::CTemporaryFolder source;
+    const test::CTemporaryFolder target;
+    test::WriteText(source.File(L"a.9fcoef"), "");
+    m_dialog.OnFolderDropped(target.Path(), kIdTarget);
+    EXPECT_EQ(m_view.At(kIdTarget).text, target.Path());
+    EXPECT_EQ(Saved(L"TargetCoefPath"), target.Path());
+    EXPECT_FALSE(m_view.At(kIdStart).enabled);
+    m_dialog.OnFolderDropped(source.File(L"a.9fcoef"), 0);
+    EXPECT_EQ(m_view.At(kIdSource).text, source.Path());
+    EXPECT_EQ(Saved(L"OriCoefPath"), source.Path());
+    EXPECT_TRUE(m_view.At(kIdStart).enabled);
+    EXPECT_TRUE(m_view.Messages().empty());
+}
+
+TEST_F(TrevoltDlgInput, DroppedPathOfNothingIsRefused) {
+    const test::CTemporaryFolder folder;
+    m_dialog.OnFolderDropped(folder.File(L"missing"), kIdSource);
+    EXPECT_EQ(m_view.Messages(), (std::vector<CMemoryView::Message>{
+                                     {English(L"Trevolt_Invalid_Path_Select_Again"), 0x40}}));
+    EXPECT_EQ(m_dialog.Fields().pathsSet, 0U);
+    EXPECT_EQ(m_view.At(kIdSource).text, kPlaceholder);
+}
+
+TEST_F(TrevoltDlgInput, NothingIsTakenWhileARunIsOn) {
+    const test::CTemporaryFolder folder;
+    m_dialog.Fields().busy = 1;
+    m_dialog.OnFolderDropped(folder.Path(), kIdSource);
+    EXPECT_TRUE(m_view.Calls().empty());
+    EXPECT_EQ(m_dialog.Fields().pathsSet, 0U);
+    EXPECT_FALSE(test::FileExists(m_tree.SettingsFile()));
+}
+
 } // namespace
 } // namespace trevolt

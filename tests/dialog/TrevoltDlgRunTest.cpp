@@ -26,7 +26,7 @@ using test::CTemporaryFolder;
 using Messages = std::vector<CMemoryView::Message>;
 using Positions = std::vector<int>;
 
-constexpr std::uint32_t kBothSet = CTrevoltDlg::kSourceSet | CTrevoltDlg::kTargetSet;
+constexpr std::uint32_t kBothSet = kSourceSet | kTargetSet;
 
 SMatrixCoef NumberedPixel(int x, int y) {
     SMatrixCoef pixel;
@@ -526,7 +526,7 @@ TEST_F(TrevoltDlgRun, TheDialogIsBusyUntilTheExportsMessageIsClosed) {
 }
 
 TEST_F(TrevoltDlgRun, StartNeedsBothFolders) {
-    for (const std::uint32_t set : {0U, CTrevoltDlg::kSourceSet, CTrevoltDlg::kTargetSet}) {
+    for (const std::uint32_t set : {0U, kSourceSet, kTargetSet}) {
         m_dialog.Fields().pathsSet = set;
         m_dialog.UpdateControls();
         EXPECT_FALSE(m_view.At(kIdStart).enabled);

@@ -76,7 +76,7 @@ TEST_F(TrevoltDlgSetup, ReadsTheSettingsFile) {
 TEST_F(TrevoltDlgSetup, OneFolderLeavesStartDisabled) {
     Save(L"TargetCoefPath", L"E:\\out\\");
     m_dialog.OnInitDialog(0);
-    EXPECT_EQ(m_dialog.Fields().pathsSet, CTrevoltDlg::kTargetSet);
+    EXPECT_EQ(m_dialog.Fields().pathsSet, kTargetSet);
     EXPECT_EQ(m_view.At(kIdSource).text, kPlaceholder);
     EXPECT_FALSE(m_view.At(kIdStart).enabled);
 }

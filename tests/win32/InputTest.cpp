@@ -308,6 +308,14 @@ class CFolderBrowser {
     void Cancel() { test::ClosePopup(m_window, IDCANCEL); }
     HWND Window() const { return m_window; }
 
+    /// Waits until the tree's selected item reads `text`.
+    bool WaitForSelected(const std::wstring& text) const {
+        return test::WaitUntil([&] {
+            const LRESULT item = SendMessageW(m_tree, TVM_GETNEXTITEM, TVGN_CARET, 0);
+            return item != 0 && ItemText(item) == text;
+        });
+    }
+
   private:
     static BOOL CALLBACK FindTree(HWND child, LPARAM found) {
         wchar_t name[64]{};
@@ -382,6 +390,16 @@ TEST_F(TrevoltInput, BrowsesForBothFolders) {
     EXPECT_EQ(trevolt.Text(kIdTarget), L"C:\\trevolt-\u76EE\u6807\\");
     EXPECT_EQ(Saved(kKeyTargetFolder), L"C:\\trevolt-\u76EE\u6807\\");
     EXPECT_TRUE(trevolt.IsEnabled(kIdStart));
+}
+
+TEST_F(TrevoltInput, BrowserOpensAtTheBoxesFolder) {
+    const CDriveFolder folder(L"trevolt-\u7BB1\u4F53");
+    SaveFolders(L"C:\\trevolt-\u7BB1\u4F53\\", L"");
+    const auto& trevolt = Start();
+    CFolderBrowser browser(trevolt, kIdBrowseSource);
+    EXPECT_TRUE(browser.WaitForSelected(L"trevolt-\u7BB1\u4F53"));
+    browser.Confirm();
+    EXPECT_EQ(trevolt.Text(kIdSource), L"C:\\trevolt-\u7BB1\u4F53\\");
 }
 
 TEST_F(TrevoltInput, DriveKeepsItsOneBackslash) {

@@ -1,4 +1,5 @@
 // The window's classes in the test's own process: what another process cannot see of a window.
+#include <cstring>
 #include <functional>
 #include <future>
 #include <thread>
@@ -6,6 +7,7 @@
 #include <windows.h>
 
 #include <commctrl.h>
+#include <shlobj.h>
 
 #include "app/dialog/StartConstants.h"
 #include "tests/dialog/DialogFixture.h"
@@ -230,6 +232,109 @@ TEST_F(ControlView, WholeTextIsSelected) {
     m_view.SetText(kIdWidth, L"65536");
     m_view.SelectWholeText(kIdWidth);
     EXPECT_EQ(SendDlgItemMessageW(m_window, kIdWidth, EM_GETSEL, 0, 0), MAKELONG(0, 5));
+}
+
+/// The text of the tooltip that a dialog of this process has for a control, empty for none.
+std::wstring TipOf(HWND dialog, int id) {
+    struct SSought {
+        HWND dialog;
+        HWND control;
+        std::wstring text;
+    } sought{dialog, GetDlgItem(dialog, id), {}};
+    EnumThreadWindows(
+        GetWindowThreadProcessId(dialog, nullptr),
+        [](HWND window, LPARAM out) {
+            auto& seen = *reinterpret_cast<SSought*>(out);
+            wchar_t name[32]{};
+            GetClassNameW(window, name, 32);
+            if (lstrcmpiW(name, TOOLTIPS_CLASSW) != 0)
+                return TRUE;
+            wchar_t text[1024]{};
+            TTTOOLINFOW tool{};
+            tool.cbSize = sizeof tool;
+            tool.hwnd = seen.dialog;
+            tool.uId = reinterpret_cast<UINT_PTR>(seen.control);
+            tool.lpszText = text;
+            SendMessageW(window, TTM_GETTEXTW, std::size(text), reinterpret_cast<LPARAM>(&tool));
+            seen.text += text;
+            return TRUE;
+        },
+        reinterpret_cast<LPARAM>(&sought));
+    return sought.text;
+}
+
+TEST_F(ControlView, LongPathShowsItsEndAndItsWholeInATooltip) {
+    const std::wstring path =
+        L"D:\\" + std::wstring(60, L'a') + L"\\" + std::wstring(60, L'b') + L"\\";
+    for (const int id : {kIdSource, kIdTarget}) {
+        m_view.ShowFolder(id, L"D:\\walls\\");
+        EXPECT_EQ(TipOf(m_window, id), L"");
+        m_view.ShowFolder(id, path);
+        EXPECT_EQ(m_view.GetText(id), path);
+        EXPECT_EQ(TipOf(m_window, id), path.substr(0, 64) + L"\r\n" + path.substr(64));
+        const auto place = [&](std::size_t character) {
+            return static_cast<short>(
+                LOWORD(SendDlgItemMessageW(m_window, id, EM_POSFROMCHAR, character, 0)));
+        };
+        RECT box{};
+        GetClientRect(GetDlgItem(m_window, id), &box);
+        EXPECT_LT(place(0), 0) << "scrolled";
+        EXPECT_GE(place(path.size() - 1), 0);
+        EXPECT_LT(place(path.size() - 1), box.right);
+        m_view.ShowFolder(id, L"D:\\");
+        EXPECT_EQ(TipOf(m_window, id), L"");
+    }
+}
+
+/// What the shell gives a window that a path is dropped on, `mouse` in the window's own pixels.
+HDROP MakeDrop(const std::wstring& path, POINT mouse) {
+    const std::size_t bytes = sizeof(DROPFILES) + (path.size() + 2) * sizeof(wchar_t);
+    const HGLOBAL memory = GlobalAlloc(GHND, bytes);
+    auto* drop = static_cast<DROPFILES*>(GlobalLock(memory));
+    drop->pFiles = sizeof(DROPFILES);
+    drop->pt = mouse;
+    drop->fWide = TRUE;
+    std::memcpy(drop + 1, path.c_str(), path.size() * sizeof(wchar_t));
+    GlobalUnlock(memory);
+    return static_cast<HDROP>(memory);
+}
+
+/// Drops a path on the middle of a control, or on the window's corner for 0.
+void DropOn(HWND window, int id, const std::wstring& path) {
+    RECT place{0, 0, 2, 2};
+    if (id != 0) {
+        GetWindowRect(GetDlgItem(window, id), &place);
+        MapWindowPoints(nullptr, window, reinterpret_cast<POINT*>(&place), 2);
+    }
+    const POINT middle{(place.left + place.right) / 2, (place.top + place.bottom) / 2};
+    SendMessageW(window, WM_DROPFILES, reinterpret_cast<WPARAM>(MakeDrop(path, middle)), 0);
+}
+
+TEST(TrevoltWindow, TakesWhatIsDroppedOnAFolderBoxOrElsewhere) {
+    const test::CTemporaryFolder first;
+    const test::CTemporaryFolder second;
+    test::WriteText(second.File(L"a.9fcoef"), "");
+    const CShownWindow window;
+    EXPECT_NE(GetWindowLongW(window.Get(), GWL_EXSTYLE) & WS_EX_ACCEPTFILES, 0);
+    const auto text = [&](int id) { return test::TextOf(GetDlgItem(window.Get(), id)); };
+    // As the shell names a folder: without a separator at its end.
+    DropOn(window.Get(), kIdTarget, first.Path().substr(0, first.Path().size() - 1));
+    EXPECT_EQ(text(kIdTarget), first.Path());
+    EXPECT_EQ(text(kIdSource), L"placeholder");
+    DropOn(window.Get(), 0, second.File(L"a.9fcoef"));
+    EXPECT_EQ(text(kIdSource), second.Path());
+    DropOn(window.Get(), kIdStart, first.Path());
+    EXPECT_EQ(text(kIdSource), first.Path());
+    EXPECT_EQ(text(kIdTarget), first.Path());
+}
+
+TEST(TrevoltWindow, TakesNothingDroppedUnderAModalWindow) {
+    const test::CTemporaryFolder folder;
+    const CShownWindow window;
+    EnableWindow(window.Get(), FALSE);
+    DropOn(window.Get(), kIdSource, folder.Path());
+    EnableWindow(window.Get(), TRUE);
+    EXPECT_EQ(test::TextOf(GetDlgItem(window.Get(), kIdSource)), L"placeholder");
 }
 
 /// Listens to the messages that this thread's windows are sent, for what a balloon is shown with.
