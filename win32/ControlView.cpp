@@ -206,7 +206,20 @@ void CControlView::SetProgress(int id, int position) {
     Send(id, PBM_SETPOS, static_cast<WPARAM>(position + 1));
     Send(id, PBM_SETPOS, static_cast<WPARAM>(position));
     Send(id, PBM_SETRANGE32, 0, highest);
+    m_taskbarButton.ShowPosition(m_dialog, position, static_cast<int>(highest));
     RedrawWindow(m_dialog, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
+}
+
+void CControlView::ShowRunState(ERunState state) { m_taskbarButton.ShowState(m_dialog, state); }
+
+void CControlView::CallUser() {
+    if (GetForegroundWindow() == m_dialog)
+        return;
+    FLASHWINFO flash{};
+    flash.cbSize = sizeof flash;
+    flash.hwnd = m_dialog;
+    flash.dwFlags = FLASHW_TRAY | FLASHW_TIMERNOFG;
+    FlashWindowEx(&flash);
 }
 
 void CControlView::ShowWaitCursor(bool shown) {

@@ -7,6 +7,7 @@
 #include "win32/BalloonTip.h"
 #include "win32/NumberEdit.h"
 #include "win32/PathTip.h"
+#include "win32/TaskbarButton.h"
 
 namespace trevolt {
 
@@ -43,6 +44,8 @@ class CControlView : public CDialogView {
     void SelectWholeText(int id) override;
     void SetProgressRange(int id, int lowest, int highest) override;
     void SetProgress(int id, int position) override;
+    void ShowRunState(ERunState state) override;
+    void CallUser() override;
     void ShowWaitCursor(bool shown) override;
     void ShowMessage(const std::wstring& text, std::uint32_t style) override;
     SBrowsedFolder BrowseForFolder(const std::wstring& opened) override;
@@ -82,6 +85,7 @@ class CControlView : public CDialogView {
     CNumberEdit m_widthEdit;
     CNumberEdit m_heightEdit;
     CBalloonTip m_balloon;
+    CTaskbarButton m_taskbarButton;
     CPathTip m_sourceTip;
     CPathTip m_targetTip;
 };

@@ -38,6 +38,9 @@ enum EMessageStyle : std::uint32_t {
     kMessageInformation = 0x40
 };
 
+/// How a run stands, for one who looks at the taskbar and not at the window.
+enum class ERunState { None, Working, Failed };
+
 /// What the folder browser answered. A chosen item that lies in no file system has no path.
 struct SBrowsedFolder {
     bool isChosen = false;
@@ -86,6 +89,11 @@ class CDialogView {
     virtual void SetProgressRange(int id, int lowest, int highest) = 0;
     /// Moves the progress bar and redraws the window before it returns.
     virtual void SetProgress(int id, int position) = 0;
+
+    /// Shows on the window's taskbar button how the run stands; while it works, the bar's position too.
+    virtual void ShowRunState(ERunState state) = 0;
+    /// Lets the window's taskbar button flash when the user works in another window.
+    virtual void CallUser() = 0;
 
     /// Shows or takes back the wait cursor. While a message box is open the cursor is the usual one.
     virtual void ShowWaitCursor(bool shown) = 0;

@@ -53,6 +53,7 @@ void CTrevoltDlg::OnStart() {
     } catch (const std::bad_alloc&) {
         EndWithoutMemory();
     }
+    m_view.ShowRunState(ERunState::None);
     CMemoryBudget::Process().GiveBackKept(); // no file follows
 }
 
@@ -63,6 +64,7 @@ void CTrevoltDlg::Run() {
     ClearMaps();
     if (!LoadInput())
         return;
+    m_view.ShowRunState(ERunState::Working);
     m_view.Show(kIdProgress, true);
     m_view.Enable(kIdAngle, false);
     m_view.SetProgress(kIdProgress, kProgressStarted);
@@ -78,7 +80,7 @@ void CTrevoltDlg::EndWithoutMemory() {
     ClearMaps();
     CMemoryBudget::Process().GiveBackKept();
     SetBusy(false);
-    ShowTranslated(L"Trevolt_Not_Enough_Memory", kMessageExclamation);
+    TellFailure(L"Trevolt_Not_Enough_Memory", kMessageExclamation);
 }
 
 /// The two modes test different fields: cabinet mode the current pair, screen mode the remembered
@@ -97,11 +99,11 @@ bool CTrevoltDlg::IsSizeGiven() {
 bool CTrevoltDlg::LoadInput() {
     const Status status = LoadFolder(m_fields.sourceFolder, m_fields.current, m_inputMap);
     if (Failed(status) || m_inputMap.empty()) {
-        ShowTranslated(L"Trevolt_Coef_File_Not_Found", kMessageExclamation);
+        TellFailure(L"Trevolt_Coef_File_Not_Found", kMessageExclamation);
         return false;
     }
     if (m_inputMap.size() >= 2 && m_fields.wholeScreen != 0) {
-        ShowTranslated(L"Trevolt_Make_Sure_File_Is_Only_One", kMessageExclamation);
+        TellFailure(L"Trevolt_Make_Sure_File_Is_Only_One", kMessageExclamation);
         return false;
     }
     return true;
@@ -181,16 +183,16 @@ void CTrevoltDlg::RotateOne(const std::wstring& name, const CChromaCorrectCoef& 
 
 void CTrevoltDlg::ExportAll() {
     if (m_outputMap.empty()) {
-        ShowTranslated(L"Trevolt_Export_Failed", kMessagePlain);
+        TellFailure(L"Trevolt_Export_Failed", kMessagePlain);
         return;
     }
     if (!PathExists(m_fields.targetFolder)) {
-        ShowTranslated(L"Trevolt_Export_Path_Not_Exist", kMessageQuestion);
+        TellFailure(L"Trevolt_Export_Path_Not_Exist", kMessageQuestion);
         return;
     }
     for (const auto& [name, map] : m_outputMap)
         ExportOne(name, *map);
-    ShowTranslated(L"Trevolt_Export_Finished", kMessagePlain);
+    TellEnd(L"Trevolt_Export_Finished", kMessagePlain);
 }
 
 void CTrevoltDlg::ExportOne(const std::wstring& name, const CChromaCorrectCoef& map) const {
@@ -210,6 +212,17 @@ void CTrevoltDlg::ExportOne(const std::wstring& name, const CChromaCorrectCoef& 
 void CTrevoltDlg::ClearMaps() {
     m_inputMap.clear();
     m_outputMap.clear();
+}
+
+/// A run may take long enough for its user to work elsewhere meanwhile.
+void CTrevoltDlg::TellEnd(const wchar_t* key, std::uint32_t style) {
+    m_view.CallUser();
+    ShowTranslated(key, style);
+}
+
+void CTrevoltDlg::TellFailure(const wchar_t* key, std::uint32_t style) {
+    m_view.ShowRunState(ERunState::Failed);
+    TellEnd(key, style);
 }
 
 void CTrevoltDlg::ShowTranslated(const wchar_t* key, std::uint32_t style) {

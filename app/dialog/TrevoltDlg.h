@@ -155,6 +155,8 @@ class CTrevoltDlg {
     void RotateOne(const std::wstring& name, const CChromaCorrectCoef& source);
     void ExportOne(const std::wstring& name, const CChromaCorrectCoef& map) const;
     void ShowTranslated(const wchar_t* key, std::uint32_t style);
+    void TellEnd(const wchar_t* key, std::uint32_t style);
+    void TellFailure(const wchar_t* key, std::uint32_t style);
 
     CDialogView& m_view;
     CTranslate& m_translate;

@@ -108,6 +108,8 @@ class CMemoryView : public CDialogView {
         m_positions.push_back(position);
         Record(L"progress", id, std::to_wstring(position));
     }
+    void ShowRunState(ERunState state) override { Record(L"run", static_cast<int>(state), L""); }
+    void CallUser() override { Record(L"call", 0, L""); }
     void ShowMessage(const std::wstring& text, std::uint32_t style) override {
         m_messages.push_back({text, style});
         Record(L"message", static_cast<int>(style), text);

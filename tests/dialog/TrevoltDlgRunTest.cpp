@@ -106,13 +106,14 @@ TEST_F(TrevoltDlgRun, TurnsOneCabinetAndTellsEveryStepInOrder) {
 
     std::vector<std::wstring> expected{L"wait 0 1"};
     expected.insert(expected.end(), idle.begin(), idle.end());
-    expected.insert(expected.end(), {L"show 1008 1", L"enable 1021 0", L"progress 1008 5"});
+    expected.insert(expected.end(),
+                    {L"run 1 ", L"show 1008 1", L"enable 1021 0", L"progress 1008 5"});
     expected.insert(expected.end(), busy.begin(), busy.end());
     expected.insert(expected.end(),
-                    {L"progress 1008 10", L"progress 1008 80", L"progress 1008 95",
+                    {L"progress 1008 10", L"progress 1008 80", L"progress 1008 95", L"call 0 ",
                      L"message 0 " + Text(L"Trevolt_Export_Finished"), L"progress 1008 100"});
     expected.insert(expected.end(), idle.begin(), idle.end());
-    expected.emplace_back(L"wait 0 0");
+    expected.insert(expected.end(), {L"run 0 ", L"wait 0 0"});
     EXPECT_EQ(m_view.Calls(), expected);
 
     CChromaCorrectCoef turned;
@@ -292,6 +293,42 @@ TEST_F(TrevoltDlgRun, WaitCursorGoesFromStartToTheEndOfARefusedRunToo) {
     m_dialog.OnStart();
     EXPECT_EQ(m_view.Calls().front(), L"wait 0 1");
     EXPECT_EQ(m_view.Calls().back(), L"wait 0 0");
+}
+
+/// What `calls` hold of the taskbar button and of messages.
+std::vector<std::wstring> SeenFromTheTaskbar(const std::vector<std::wstring>& calls) {
+    std::vector<std::wstring> seen;
+    for (const std::wstring& call : calls)
+        for (const wchar_t* what : {L"run ", L"call ", L"message "})
+            if (call.starts_with(what))
+                seen.push_back(call);
+    return seen;
+}
+
+TEST_F(TrevoltDlgRun, FailureIsSeenFromTheTaskbarBeforeItsMessage) {
+    const auto failed = [&](const wchar_t* key, int style) {
+        return std::vector<std::wstring>{L"run 2 ", L"call 0 ",
+                                         L"message " + std::to_wstring(style) + L" " + Text(key),
+                                         L"run 0 "};
+    };
+    m_dialog.OnStart();
+    EXPECT_EQ(SeenFromTheTaskbar(m_view.Calls()), failed(L"Trevolt_Coef_File_Not_Found", 0x30));
+
+    WriteNumbered9f(m_source.File(L"Cab_01.9fcoef"), 3, 2);
+    m_dialog.Fields().targetFolder = m_target.File(L"missing");
+    m_view.Forget();
+    m_dialog.OnStart();
+    std::vector<std::wstring> expected = failed(L"Trevolt_Export_Path_Not_Exist", 0x20);
+    expected.insert(expected.begin(), L"run 1 ");
+    EXPECT_EQ(SeenFromTheTaskbar(m_view.Calls()), expected);
+}
+
+TEST_F(TrevoltDlgRun, RunThatIsRefusedAtOnceCallsNobody) {
+    m_dialog.Fields().current = {0, 0};
+    m_dialog.OnStart();
+    EXPECT_EQ(SeenFromTheTaskbar(m_view.Calls()),
+              (std::vector<std::wstring>{
+                  L"message 48 " + Text(L"Trevolt_Please_Input_Correct_Cabinet_Size"), L"run 0 "}));
 }
 
 /// Bytes of a map of 3 × 2.

@@ -457,29 +457,105 @@ TEST_F(ControlView, WaitCursorStandsButUnderAMessageBox) {
     EXPECT_EQ(GetCursor(), kArrow);
 }
 
-TEST(TrevoltWindow, ShowsTheWaitCursorDuringARun) {
-    const test::CTemporaryFolder source;
-    const test::CTemporaryFolder target;
-    test::WriteFile(source.File(L"Cab_01.9fcoef"),
-                    test::ReadFile(test::Sample(L"cabinet/Cab_01.9fcoef")));
-    CShownWindow window([&](const CSettingsProfile& settings) {
-        EXPECT_TRUE(settings.WriteString(kKeySourceFolder, source.Path()));
-        EXPECT_TRUE(settings.WriteString(kKeyTargetFolder, target.Path()));
+/// A window that is ready to turn one cabinet.
+class CReadyWindow {
+  public:
+    CReadyWindow() {
+        test::WriteFile(m_source.File(L"Cab_01.9fcoef"),
+                        test::ReadFile(test::Sample(L"cabinet/Cab_01.9fcoef")));
+    }
+
+    HWND Get() const { return m_window.Get(); }
+    DWORD Thread() const { return GetWindowThreadProcessId(Get(), nullptr); }
+
+    /// Presses Start, closes the message that the run ends with, and waits for the window's return.
+    void Run() const {
+        PostMessageW(GetDlgItem(Get(), kIdStart), BM_CLICK, 0, 0);
+        HWND box = nullptr;
+        ASSERT_TRUE(test::WaitUntil([&] {
+            box = GetLastActivePopup(Get());
+            return box != Get() && IsWindowVisible(box) != 0;
+        }));
+        EXPECT_EQ(m_target.Names().size(), 1U);
+        test::ClosePopup(box);
+        ASSERT_TRUE(
+            test::WaitUntil([&] { return IsWindowEnabled(GetDlgItem(Get(), kIdHeight)) != 0; }));
+    }
+
+  private:
+    test::CTemporaryFolder m_source;
+    test::CTemporaryFolder m_target;
+    CShownWindow m_window{[this](const CSettingsProfile& settings) {
+        EXPECT_TRUE(settings.WriteString(kKeySourceFolder, m_source.Path()));
+        EXPECT_TRUE(settings.WriteString(kKeyTargetFolder, m_target.Path()));
         EXPECT_TRUE(settings.WriteString(kKeyCabinetWidth, L"40"));
         EXPECT_TRUE(settings.WriteString(kKeyCabinetHeight, L"24"));
-    });
-    const DWORD thread = GetWindowThreadProcessId(window.Get(), nullptr);
-    const CCursorAtMessage moved(PBM_SETPOS, thread);
-    PostMessageW(GetDlgItem(window.Get(), kIdStart), BM_CLICK, 0, 0);
-    HWND box = nullptr;
-    ASSERT_TRUE(test::WaitUntil([&] {
-        box = GetLastActivePopup(window.Get());
-        return box != window.Get() && IsWindowVisible(box) != 0;
-    }));
-    EXPECT_EQ(target.Names().size(), 1U);
-    test::ClosePopup(box);
-    ASSERT_TRUE(
-        test::WaitUntil([&] { return IsWindowEnabled(GetDlgItem(window.Get(), kIdHeight)) != 0; }));
+    }};
+};
+
+/// Counts what a thread takes out of its message queue from the bar's first step until a dialog comes
+/// up, and sees to it that there is something to take.
+class CTakenDuringRun {
+  public:
+    explicit CTakenDuringRun(DWORD threadId) {
+        g_isRunning = false;
+        g_steps = 0;
+        g_taken = 0;
+        m_sent = SetWindowsHookExW(WH_CALLWNDPROC, OnSent, nullptr, threadId);
+        m_taken = SetWindowsHookExW(WH_GETMESSAGE, OnTaken, nullptr, threadId);
+    }
+    ~CTakenDuringRun() {
+        UnhookWindowsHookEx(m_sent);
+        UnhookWindowsHookEx(m_taken);
+    }
+    CTakenDuringRun(const CTakenDuringRun&) = delete;
+    CTakenDuringRun& operator=(const CTakenDuringRun&) = delete;
+
+    static int Steps() { return g_steps; }
+    static int Taken() { return g_taken; }
+
+  private:
+    static LRESULT CALLBACK OnSent(int code, WPARAM wParam, LPARAM lParam) {
+        const auto& sent = *reinterpret_cast<const CWPSTRUCT*>(lParam);
+        if (code == HC_ACTION && sent.message == PBM_SETPOS) {
+            g_isRunning = g_steps++ == 0 || g_isRunning;
+            PostMessageW(sent.hwnd, WM_NULL, 0, 0);
+        }
+        if (code == HC_ACTION && sent.message == WM_INITDIALOG)
+            g_isRunning = false;
+        return CallNextHookEx(nullptr, code, wParam, lParam);
+    }
+    static LRESULT CALLBACK OnTaken(int code, WPARAM wParam, LPARAM lParam) {
+        if (code == HC_ACTION && g_isRunning)
+            ++g_taken;
+        return CallNextHookEx(nullptr, code, wParam, lParam);
+    }
+
+    static inline bool g_isRunning = false;
+    static inline int g_steps = 0;
+    static inline int g_taken = 0;
+    HHOOK m_sent;
+    HHOOK m_taken;
+};
+
+TEST(TrevoltWindow, TakesNoMessageFromItsQueueDuringARun) {
+    const CReadyWindow window;
+    const CTakenDuringRun taken(window.Thread());
+    window.Run();
+    EXPECT_GE(taken.Steps(), 5);
+    EXPECT_EQ(taken.Taken(), 0);
+}
+
+TEST(TaskbarButton, StatesHaveTheirFlags) {
+    EXPECT_EQ(TaskbarFlag(ERunState::None), TBPF_NOPROGRESS);
+    EXPECT_EQ(TaskbarFlag(ERunState::Working), TBPF_NORMAL);
+    EXPECT_EQ(TaskbarFlag(ERunState::Failed), TBPF_ERROR);
+}
+
+TEST(TrevoltWindow, ShowsTheWaitCursorDuringARun) {
+    const CReadyWindow window;
+    const CCursorAtMessage moved(PBM_SETPOS, window.Thread());
+    window.Run();
     EXPECT_GE(moved.Cursors().size(), 5U);
     for (const HCURSOR cursor : moved.Cursors())
         EXPECT_EQ(cursor, kWait);
