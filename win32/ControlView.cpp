@@ -74,9 +74,10 @@ void CControlView::Attach(HWND dialog) {
     m_heightEdit.Attach(Control(kIdHeight));
 }
 
-void CControlView::DetachEdits() {
+void CControlView::DetachControls() {
     m_widthEdit.Detach();
     m_heightEdit.Detach();
+    m_accessibleNames.Clear();
 }
 
 void CControlView::SetUpWindow() {
@@ -118,6 +119,10 @@ std::wstring CControlView::GetText(int id) const { return trevolt::GetText(Contr
 
 void CControlView::SetText(int id, const std::wstring& text) {
     SetDlgItemTextW(m_dialog, id, text.c_str());
+}
+
+void CControlView::SetAccessibleName(int id, const std::wstring& name) {
+    m_accessibleNames.SetName(Control(id), name);
 }
 
 void CControlView::ShowFolder(int id, const std::wstring& folder) {

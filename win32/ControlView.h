@@ -4,6 +4,7 @@
 #pragma once
 
 #include "app/dialog/DialogView.h"
+#include "win32/AccessibleNames.h"
 #include "win32/BalloonTip.h"
 #include "win32/NumberEdit.h"
 #include "win32/PathTip.h"
@@ -21,13 +22,14 @@ class CControlView : public CDialogView {
     /// Takes the dialog's window and its controls.
     void Attach(HWND dialog);
 
-    /// The number edits tell nothing from now on.
-    void DetachEdits();
+    /// The number edits tell nothing from now on, and no control has a name but its text.
+    void DetachControls();
 
     void SetUpWindow() override;
     void SetTitle(const std::wstring& text) override;
     std::wstring GetText(int id) const override;
     void SetText(int id, const std::wstring& text) override;
+    void SetAccessibleName(int id, const std::wstring& name) override;
     void ShowFolder(int id, const std::wstring& folder) override;
     void Enable(int id, bool enabled) override;
     void Show(int id, bool shown) override;
@@ -85,6 +87,7 @@ class CControlView : public CDialogView {
     CNumberEdit m_widthEdit;
     CNumberEdit m_heightEdit;
     CBalloonTip m_balloon;
+    CAccessibleNames m_accessibleNames;
     CTaskbarButton m_taskbarButton;
     CPathTip m_sourceTip;
     CPathTip m_targetTip;

@@ -26,7 +26,7 @@ void InitControlClasses() {
 
 } // namespace
 
-int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int) {
+int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int showCommand) {
     using namespace trevolt;
     OpenStandardDescriptors();
     // A long run answers no message; the system must not replace its window by a blank one.
@@ -36,7 +36,7 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int) {
     const std::wstring moduleFolder = GetModuleFolder();
     g_app.InitInstance(g_translate, moduleFolder, [&] {
         CTrevoltWindow window(g_translate, {moduleFolder, kPlaceholder});
-        window.RunModal();
+        window.RunModal(showCommand);
     });
     if (hasShell)
         CoUninitialize();

@@ -30,12 +30,24 @@ class CAboutDlg {
 
 } // namespace
 
-void CTrevoltWindow::RunModal() {
+int FirstShowCommand(int asked) {
+    switch (asked) {
+    case SW_MINIMIZE:
+    case SW_SHOWMINIMIZED:
+    case SW_SHOWMINNOACTIVE:
+    case SW_FORCEMINIMIZE:
+        return SW_SHOWMINNOACTIVE;
+    default:
+        return SW_SHOW;
+    }
+}
+
+void CTrevoltWindow::RunModal(int showCommand) {
     CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_TREVOLT), nullptr,
                        DialogProcedure, reinterpret_cast<LPARAM>(this));
     if (m_window == nullptr)
         return;
-    ShowWindow(m_window, SW_SHOW);
+    ShowWindow(m_window, FirstShowCommand(showCommand));
     MSG message{};
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {
         if (m_window != nullptr &&
@@ -200,7 +212,7 @@ void CTrevoltWindow::OnCopyData(const COPYDATASTRUCT& data) {
 /// What is being typed was saved with every character, so nothing is committed on the way: the edits
 /// go one after the other, and a balloon would point at a window that is going.
 void CTrevoltWindow::OnClose() {
-    m_view.DetachEdits();
+    m_view.DetachControls();
     m_view.HideBalloon();
     DestroyWindow(m_window);
 }

@@ -16,6 +16,10 @@ namespace trevolt {
 /// Where an icon's top left corner lies when the icon stands in the middle of a window.
 POINT CentredIconPlace(const SIZE& client, const SIZE& icon);
 
+/// How the window comes up for what a program was asked: minimised, or else shown, since a hidden one
+/// could not be reached.
+int FirstShowCommand(int asked);
+
 class CTrevoltWindow {
   public:
     CTrevoltWindow(CTranslate& translate, SDialogStart start)
@@ -23,8 +27,9 @@ class CTrevoltWindow {
     CTrevoltWindow(const CTrevoltWindow&) = delete;
     CTrevoltWindow& operator=(const CTrevoltWindow&) = delete;
 
-    /// Shows the dialog and handles its messages until it is closed.
-    void RunModal();
+    /// Shows the dialog as the program was asked to show its window, and handles its messages until it
+    /// is closed.
+    void RunModal(int showCommand);
 
   private:
     static INT_PTR CALLBACK DialogProcedure(HWND window, UINT message, WPARAM wParam,

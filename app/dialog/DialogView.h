@@ -57,6 +57,8 @@ class CDialogView {
 
     virtual std::wstring GetText(int id) const = 0;
     virtual void SetText(int id, const std::wstring& text) = 0;
+    /// What a screen reader calls the control, in place of its text.
+    virtual void SetAccessibleName(int id, const std::wstring& name) = 0;
     /// Shows a folder's path in its box: its end where the box is too narrow, and the whole of it in a
     /// tooltip then.
     virtual void ShowFolder(int id, const std::wstring& folder) = 0;

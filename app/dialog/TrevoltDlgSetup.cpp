@@ -2,7 +2,9 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <utility>
 
+#include "app/dialog/ControlNames.h"
 #include "app/dialog/Languages.h"
 #include "app/dialog/StartConstants.h"
 #include "app/dialog/TrevoltDlg.h"
@@ -110,6 +112,9 @@ void CTrevoltDlg::SelectLanguage(std::int32_t id) {
 void CTrevoltDlg::TranslateWindow() {
     CTranslatedView window(m_view);
     m_translate.TranslateDialog(window, kTranslatedControls, kDialogTemplate, kKeyPrefix);
+    for (const auto& [button, label] :
+         {std::pair(kIdBrowseSource, kIdSourceLabel), std::pair(kIdBrowseTarget, kIdTargetLabel)})
+        m_view.SetAccessibleName(button, ButtonName(m_view.GetText(button), m_view.GetText(label)));
 }
 
 /// The window library's own texts and the size labels keep the former language: those labels follow

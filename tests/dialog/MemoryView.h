@@ -61,6 +61,7 @@ class CMemoryView : public CDialogView {
         Record(L"text", id, text);
         onTextSet(id);
     }
+    void SetAccessibleName(int id, const std::wstring& name) override { Record(L"name", id, name); }
     void ShowFolder(int id, const std::wstring& folder) override {
         m_controls[id].text = folder;
         Record(L"folder", id, folder);

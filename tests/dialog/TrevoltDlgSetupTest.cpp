@@ -1,6 +1,7 @@
 // Initialisation, settings and language of the dialog, against the window in memory.
 #include "app/dialog/TrevoltDlg.h"
 
+#include "app/dialog/ControlNames.h"
 #include "tests/dialog/DialogFixture.h"
 
 namespace trevolt {
@@ -53,6 +54,24 @@ TEST_F(TrevoltDlgSetup, TakesItsStepsInOrder) {
     EXPECT_LT(title, language);
     EXPECT_LT(language, label);
     EXPECT_LT(label, limits);
+}
+
+TEST_F(TrevoltDlgSetup, BrowseButtonsHaveNamesOfTheirOwnInEveryLanguage) {
+    m_dialog.OnInitDialog(0);
+    for (std::int32_t id = 0; id <= 12; ++id) {
+        m_view.Forget();
+        ReceiveLanguage(0, id);
+        std::vector<std::wstring> names;
+        for (const std::wstring& call : m_view.Calls())
+            if (call.starts_with(L"name "))
+                names.push_back(call);
+        EXPECT_EQ(names,
+                  (std::vector<std::wstring>{
+                      L"name 1005 " + ButtonName(m_view.At(1005).text, m_view.At(1003).text),
+                      L"name 1013 " + ButtonName(m_view.At(1013).text, m_view.At(1006).text)}))
+            << id;
+        EXPECT_NE(names[0].substr(10), names[1].substr(10)) << id;
+    }
 }
 
 TEST_F(TrevoltDlgSetup, ReadsTheSettingsFile) {

@@ -114,6 +114,12 @@ TEST_F(TrevoltInput, LosingTheFocusCommits) {
     EXPECT_EQ(Saved(kKeyCabinetWidth), L"65536");
 }
 
+TEST_F(TrevoltInput, SelectionIsSeenInTheFocusedEditAlone) {
+    const auto& trevolt = Start();
+    for (const int id : {kIdWidth, kIdHeight, kIdSource, kIdTarget})
+        EXPECT_EQ(GetWindowLongW(trevolt.Control(id), GWL_STYLE) & ES_NOHIDESEL, 0) << id;
+}
+
 TEST_F(TrevoltInput, TypingTakesTheBalloonDown) {
     const auto& trevolt = Start();
     trevolt.Type(kIdWidth, L"12a");

@@ -136,9 +136,42 @@ class TrevoltLayout : public test::WindowFixture {
         EXPECT_NE(colourAt(percent - 4), colourAt(percent + 3));
     }
 
+    RECT PlaceOf(int id) const {
+        RECT place{};
+        GetWindowRect(m_trevolt->Control(id), &place);
+        return place;
+    }
+
     test::CTemporaryFolder m_source;
     test::CTemporaryFolder m_target;
 };
+
+/// Fails unless a message box's frame has room for its caption and the close button, and its button
+/// lies inside.
+void ExpectWholeCaption(HWND box, const std::string& language) {
+    NONCLIENTMETRICSW metrics{};
+    metrics.cbSize = sizeof metrics;
+    ASSERT_TRUE(SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0));
+    RECT text{};
+    const test::CPixels canvas({1, 1}, [&](HDC context) {
+        const HFONT font = CreateFontIndirectW(&metrics.lfCaptionFont);
+        const HGDIOBJ former = SelectObject(context, font);
+        DrawTextW(context, test::TextOf(box).c_str(), -1, &text, DT_CALCRECT | DT_SINGLELINE);
+        SelectObject(context, former);
+        DeleteObject(font);
+    });
+    const RECT place = test::WindowArea(box);
+    EXPECT_GE(place.right - place.left,
+              text.right + GetSystemMetrics(SM_CXSIZE) + 2 * GetSystemMetrics(SM_CXDLGFRAME))
+        << language;
+    const HWND button =
+        GetDlgItem(box, IDOK) != nullptr ? GetDlgItem(box, IDOK) : GetDlgItem(box, IDCANCEL);
+    const RECT buttonPlace = test::WindowArea(button);
+    const LONG left = buttonPlace.left - place.left;
+    const LONG right = place.right - buttonPlace.right;
+    EXPECT_GT(right, 0) << language;
+    EXPECT_GE(left, right - 2) << language << ": in the middle or at the right";
+}
 
 TEST_F(TrevoltLayout, NoLabelIsCutOffInAnyLanguage) {
     for (const auto& [id, file] : test::kLanguageCases) {
@@ -176,6 +209,28 @@ TEST_F(TrevoltLayout, ControlsLieInsideTheWindowAndApart) {
         }
         places.emplace_back(id, place);
     }
+}
+
+TEST_F(TrevoltLayout, LabelsStandRightOverWhatTheyName) {
+    Start();
+    constexpr std::pair<int, int> kLabels[] = {{kIdWidthLabel, kIdWidth},
+                                               {kIdHeightLabel, kIdHeight},
+                                               {kIdAngleLabel, kIdAngle},
+                                               {kIdSourceLabel, kIdSource},
+                                               {kIdTargetLabel, kIdTarget}};
+    for (const auto& [label, named] : kLabels) {
+        EXPECT_EQ(PlaceOf(label).left, PlaceOf(named).left) << label;
+        const LONG gap = PlaceOf(named).top - PlaceOf(label).bottom;
+        EXPECT_GE(gap, 0) << label;
+        EXPECT_LE(gap, Scaled(6)) << label;
+    }
+}
+
+TEST_F(TrevoltLayout, FooterIsDrawnAsTextThatCanBeRead) {
+    const auto& trevolt = Start();
+    const HWND footer = GetWindow(trevolt.Control(kIdStart), GW_HWNDLAST);
+    EXPECT_NE(test::TextOf(footer).find(L"Trevolt "), std::wstring::npos);
+    EXPECT_TRUE(IsWindowEnabled(footer));
 }
 
 TEST_F(TrevoltLayout, TabOrderAndLabelsFollowTheWindow) {
@@ -242,6 +297,7 @@ TEST_F(TrevoltLayout, PicturesOfARunAndItsLastMessage) {
         EXPECT_EQ(seen.title, TextIn(file, L"Trevolt_102"));
         EXPECT_EQ(seen.button, TextIn(file, L"Tools_OK"));
         EXPECT_EQ(seen.icon, test::EBoxIcon::None);
+        ExpectWholeCaption(box, WideToShownUtf8(file));
         // Below the window, so that the picture has all of both.
         const RECT window = test::WindowArea(trevolt.Window());
         SetWindowPos(box, nullptr, window.left + 40, window.bottom + 8, 0, 0,

@@ -204,6 +204,18 @@ TEST_F(TrevoltStart, MinimisesAndComesBack) {
     EXPECT_EQ(test::CPixels::OfSteadyScreen(place).Differing(before), 0U);
 }
 
+TEST_F(TrevoltStart, ComesUpMinimisedWhenItsLauncherAsks) {
+    for (const auto& [asked, isMinimised] :
+         {std::pair(SW_SHOWMINNOACTIVE, true), std::pair(SW_SHOWMINIMIZED, true),
+          std::pair(SW_HIDE, false), std::pair(SW_SHOWNORMAL, false)}) {
+        SLaunch launch;
+        launch.show = static_cast<WORD>(asked);
+        const auto& trevolt = Start(launch);
+        EXPECT_EQ(IsIconic(trevolt.Window()) != 0, isMinimised) << asked;
+        EXPECT_TRUE(IsWindowVisible(trevolt.Window())) << asked;
+    }
+}
+
 TEST_F(TrevoltStart, LivesInAFolderWithAChineseName) {
     const test::CTemporaryFolder other;
     const std::wstring bin = other.File(L"\u5DE5\u5177\\\u65CB\u8F6C \u00E9\\bin\\");

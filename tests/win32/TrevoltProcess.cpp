@@ -155,6 +155,10 @@ CTrevoltProcess::CTrevoltProcess(const std::wstring& program, const SLaunch& lau
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdInput = input.Handle();
+    if (launch.show.has_value()) {
+        startup.dwFlags |= STARTF_USESHOWWINDOW;
+        startup.wShowWindow = *launch.show;
+    }
     PROCESS_INFORMATION info{};
     std::wstring command = L"\"" + program + L"\"";
     const auto start = [&] {

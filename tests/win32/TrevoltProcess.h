@@ -31,6 +31,7 @@ struct SLaunch {
     };
     Input input = Input::Pipe;
     std::string bytes = LanguageBytes(0);
+    std::optional<WORD> show = std::nullopt; ///< how the launcher asks for the window, if at all
 };
 
 /// A balloon as the user sees it.

@@ -94,7 +94,7 @@ class CShownWindow {
         SetStdHandle(STD_INPUT_HANDLE, nullptr); // the window would read it, and close it
         CTranslate translate;
         CTrevoltWindow window(translate, {m_tree.ModuleFolder(), L"placeholder"});
-        window.RunModal();
+        window.RunModal(SW_SHOWDEFAULT);
     }
 
     bool Prepare(const std::function<void(const CSettingsProfile&)>& prepare) const {
@@ -156,6 +156,20 @@ TEST(TrevoltWindow, PaintsWhileItIsMinimised) {
     InvalidateRect(window.Get(), nullptr, FALSE);
     SendMessageW(window.Get(), WM_PAINT, 0, 0);
     EXPECT_FALSE(GetUpdateRect(window.Get(), nullptr, FALSE)) << "nothing is left to be painted";
+}
+
+TEST(FirstShowCommand, IsMinimisedWhenAskedAndElseShown) {
+    for (const int asked : {SW_MINIMIZE, SW_SHOWMINIMIZED, SW_SHOWMINNOACTIVE, SW_FORCEMINIMIZE})
+        EXPECT_EQ(FirstShowCommand(asked), SW_SHOWMINNOACTIVE) << asked;
+    for (const int asked : {SW_HIDE, SW_SHOWNORMAL, SW_SHOWMAXIMIZED, SW_SHOW, SW_SHOWDEFAULT})
+        EXPECT_EQ(FirstShowCommand(asked), SW_SHOW) << asked;
+}
+
+TEST(WidenedButtonShift, KeepsTheButtonAtTheRightOrInTheMiddle) {
+    const RECT box{100, 0, 300, 100};
+    EXPECT_EQ(WidenedButtonShift(box, {210, 70, 290, 90}, 60), 60);
+    EXPECT_EQ(WidenedButtonShift(box, {160, 70, 240, 90}, 60), 30);
+    EXPECT_EQ(WidenedButtonShift(box, {160, 70, 240, 90}, 0), 0);
 }
 
 TEST(CentredIconPlace, HalvesWhatIsLeftRoundedUp) {
