@@ -5,7 +5,7 @@
 set -eu
 objdump=$1
 shift
-system='advapi32|bcrypt|comctl32|gdi32|kernel32|msvcrt|ole32|shell32|user32'
+system='advapi32|bcrypt|comctl32|gdi32|kernel32|msvcrt|ole32|shell32|user32|uxtheme'
 for program in "$@"; do
     imports=$("$objdump" -p "$program" | sed -n 's/^[[:space:]]*DLL Name: //p')
     if [ -z "$imports" ]; then

@@ -13,19 +13,30 @@ class CAboutDlg {
   public:
     /// Shows the box over `owner` until it is closed.
     static void DoModal(HWND owner) {
+        CAboutDlg box;
         DialogBoxParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_ABOUT), owner, Procedure,
-                        0);
+                        reinterpret_cast<LPARAM>(&box));
     }
 
   private:
-    static INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM) {
-        if (message == WM_INITDIALOG)
+    static INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+        if (message == WM_INITDIALOG) {
+            SetWindowLongPtrW(window, DWLP_USER, lParam);
+            reinterpret_cast<CAboutDlg*>(lParam)->m_theme.Apply(window);
             return TRUE;
+        }
+        const auto* self = reinterpret_cast<CAboutDlg*>(GetWindowLongPtrW(window, DWLP_USER));
+        if (self == nullptr)
+            return FALSE;
+        if (const auto answer = self->m_theme.OnMessage(window, message, wParam, lParam))
+            return *answer;
         if (message != WM_COMMAND || (LOWORD(wParam) != IDOK && LOWORD(wParam) != IDCANCEL))
             return FALSE;
         EndDialog(window, LOWORD(wParam));
         return TRUE;
     }
+
+    CWindowTheme m_theme;
 };
 
 } // namespace
@@ -89,6 +100,8 @@ INT_PTR CALLBACK CTrevoltWindow::DialogProcedure(HWND window, UINT message, WPAR
 }
 
 INT_PTR CTrevoltWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+    if (const auto answer = m_theme.OnMessage(m_window, message, wParam, lParam))
+        return *answer;
     switch (message) {
     case WM_INITDIALOG:
         return OnInitDialog();
@@ -111,6 +124,10 @@ INT_PTR CTrevoltWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_DROPFILES:
         OnDropFiles(reinterpret_cast<HDROP>(wParam));
         return TRUE;
+    case WM_SETTINGCHANGE:
+    case WM_SYSCOLORCHANGE:
+        m_theme.Apply(m_window);
+        return FALSE;
     case WM_DPICHANGED:
         m_view.LoadIcons();
         return FALSE;
@@ -135,6 +152,7 @@ INT_PTR CTrevoltWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
 
 INT_PTR CTrevoltWindow::OnInitDialog() {
     m_view.Attach(m_window);
+    m_theme.Apply(m_window);
     DragAcceptFiles(m_window, TRUE);
     return m_dialog.OnInitDialog(ReadLaunchLanguage()) ? TRUE : FALSE;
 }

@@ -10,6 +10,7 @@
 
 #include "app/dialog/TrevoltDlg.h"
 #include "win32/ControlView.h"
+#include "win32/WindowTheme.h"
 
 namespace trevolt {
 
@@ -46,6 +47,7 @@ class CTrevoltWindow {
     bool CommitOnEnter();
 
     HWND m_window = nullptr;
+    CWindowTheme m_theme;
     CControlView m_view;
     CTrevoltDlg m_dialog;
 };

@@ -341,5 +341,71 @@ TEST_F(TrevoltLayout, PictureOfTheAboutBox) {
     test::ClosePopup(about);
 }
 
+/// How much of a window's inside the screen shows lighter than a middle grey, in percent.
+std::size_t LightPercent(HWND window) {
+    RECT inside{};
+    GetClientRect(window, &inside);
+    MapWindowPoints(window, nullptr, reinterpret_cast<POINT*>(&inside), 2);
+    const test::CPixels pixels = test::CPixels::OfSteadyScreen(inside);
+    std::size_t light = 0;
+    for (LONG y = 0; y < pixels.Height(); ++y)
+        for (LONG x = 0; x < pixels.Width(); ++x)
+            light += (pixels.At(x, y) >> 8U & 0xFFU) > 0x80 ? 1U : 0U;
+    return light * 100 / static_cast<std::size_t>(pixels.Width() * pixels.Height());
+}
+
+TEST_F(TrevoltLayout, IsDarkWhereTheSystemAsksForIt) {
+    const test::CDarkSystem dark;
+    SaveFolders(m_source.Path(), m_target.Path());
+    const auto& trevolt = StartIn(0);
+    constexpr std::size_t kTextAndFrames = 40; // Wine has no dark frames
+    test::Raise(trevolt.Window());
+    EXPECT_LE(LightPercent(trevolt.Window()), 10U);
+    for (const int id :
+         {1000, 1001, 1002, 1003, 1004, 1005, 1006, 1007, 1010, 1013, 1017, 1018, 1019, 1020, 1021})
+        EXPECT_LE(LightPercent(trevolt.Control(id)), kTextAndFrames) << id;
+    PostMessageW(trevolt.Window(), WM_SYSCOMMAND, 0x10, 0);
+    const HWND about = trevolt.WaitForPopup();
+    test::Raise(about);
+    EXPECT_LE(LightPercent(about), 15U);
+    SavePicture(L"dark-about", about);
+    test::ClosePopup(about);
+}
+
+TEST_F(TrevoltLayout, FollowsTheSystemsSettingWhileItIsOpen) {
+    const auto& trevolt = Start();
+    test::Raise(trevolt.Window());
+    EXPECT_GE(LightPercent(trevolt.Window()), 80U);
+    {
+        const test::CDarkSystem dark;
+        SendMessageW(trevolt.Window(), WM_SETTINGCHANGE, 0, 0);
+        EXPECT_TRUE(test::WaitUntil([&] { return LightPercent(trevolt.Window()) <= 10; }));
+    }
+    SendMessageW(trevolt.Window(), WM_SETTINGCHANGE, 0, 0);
+    EXPECT_TRUE(test::WaitUntil([&] { return LightPercent(trevolt.Window()) >= 80; }));
+}
+
+TEST_F(TrevoltLayout, PicturesInTheDark) {
+    const test::CDarkSystem dark;
+    SaveFolders(m_source.Path(), m_target.Path());
+    test::WriteFile(m_source.File(L"Cab_01.9fcoef"),
+                    test::ReadFile(test::Sample(L"cabinet/Cab_01.9fcoef")));
+    Save(kKeyCabinetWidth, L"40");
+    Save(kKeyCabinetHeight, L"24");
+    for (const auto& [language, file] : test::kLanguageCases) {
+        if (language != 0 && std::wstring_view(file) == test::kLanguageCases[0].file)
+            continue; // English once
+        const auto& trevolt = StartIn(language);
+        SavePicture(L"dark-" + std::to_wstring(language));
+        if (language != 0)
+            continue;
+        trevolt.ClickModal(kIdStart);
+        const HWND box = trevolt.WaitForPopup();
+        SavePicture(L"dark-run-0", box);
+        ExpectBarDrawn(95);
+        test::ClosePopup(box);
+    }
+}
+
 } // namespace
 } // namespace trevolt

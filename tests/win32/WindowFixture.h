@@ -20,6 +20,24 @@ inline std::wstring PictureFolder() {
     return folder;
 }
 
+/// The system asks programs for dark windows while this lives.
+class CDarkSystem {
+  public:
+    CDarkSystem() {
+        const DWORD dark = 0;
+        EXPECT_EQ(RegSetKeyValueW(HKEY_CURRENT_USER, kKey, kValue, REG_DWORD, &dark, sizeof dark),
+                  ERROR_SUCCESS);
+    }
+    ~CDarkSystem() { RegDeleteKeyValueW(HKEY_CURRENT_USER, kKey, kValue); }
+    CDarkSystem(const CDarkSystem&) = delete;
+    CDarkSystem& operator=(const CDarkSystem&) = delete;
+
+  private:
+    static constexpr const wchar_t* kKey =
+        L"Software\\Microsoft\\Windows\\CurrentVersion\\Themes\\Personalize";
+    static constexpr const wchar_t* kValue = L"AppsUseLightTheme";
+};
+
 class WindowFixture : public testing::Test {
   protected:
     static constexpr const wchar_t* kPlaceholder = L"Select Path Please";
