@@ -43,8 +43,10 @@ export DISPLAY
 set_value() { # key name type data
     "$root/tools/wine.sh" reg add "$1" /v "$2" /t "$3" /d "$4" /f >/dev/null 8>&-
 }
-set_value 'HKCU\Software\Wine\X11 Driver' Managed REG_SZ N
 set_value 'HKCU\Control Panel\Desktop' LogPixels REG_DWORD "${TREVOLT_DPI:-96}"
+# The desktop came up at the former run's resolution and would place windows by it.
+end_wine
+set_value 'HKCU\Software\Wine\X11 Driver' Managed REG_SZ N
 # On Windows the window's font has every script; here others stand in for it.
 links='Waree.ttf,Waree\0DroidSansFallbackFull.ttf,Droid Sans Fallback\0NanumGothic.ttf,NanumGothic'
 fonts='HKLM\Software\Microsoft\Windows NT\CurrentVersion'
