@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "common/TextConversion.h"
 #include "tests/dialog/DialogFixture.h"
 #include "trevolt/Utf8.h"
 
@@ -146,6 +147,44 @@ TEST_P(LanguageFiles, AccessKeysDoNotClash) {
     }
     for (const std::wstring& key : kOtherTexts)
         EXPECT_EQ(Count(m_texts[key], L"&"), 0U) << WideToShownUtf8(key);
+}
+
+TEST_P(LanguageFiles, BrowseButtonsTellThatMoreFollows) {
+    for (const std::wstring key : {L"Trevolt_1005", L"Trevolt_1013"})
+        EXPECT_TRUE(m_texts[key].ends_with(L"...")) << WideToShownUtf8(key);
+    EXPECT_FALSE(m_texts[L"Trevolt_1001"].ends_with(L"..."));
+}
+
+/// What every form of a language's words for the two folders holds.
+struct SFolderWords {
+    std::wstring source;
+    std::wstring target;
+};
+
+const std::map<std::wstring, SFolderWords> kFolderWords{
+    {L"Multi_chi.ini", {L"源文件夹", L"目标文件夹"}},
+    {L"Multi_chi_fanti.ini", {L"來源資料夾", L"目標資料夾"}},
+    {L"Multi_eng.ini", {L"ource folder", L"arget folder"}},
+    {L"Multi_French.ini", {L"ossier source", L"ossier cible"}},
+    {L"Multi_Japanese.ini", {L"元のフォルダー", L"保存先のフォルダー"}},
+    {L"Multi_Korean.ini", {L"원본 폴더", L"대상 폴더"}},
+    {L"Multi_Russian.ini", {L"сходн", L"елев"}},
+    {L"Multi_Thai.ini", {L"โฟลเดอร์ต้นทาง", L"โฟลเดอร์ปลายทาง"}},
+    {L"Multi_Spanish.ini", {L"arpeta de origen", L"arpeta de destino"}},
+    {L"Multi_Polish.ini", {L"źródłow", L"docelow"}},
+    {L"Multi_Swedish.ini", {L"ällmapp", L"ålmapp"}},
+    {L"Multi_Portuguese.ini", {L"asta de origem", L"asta de destino"}}};
+
+TEST_P(LanguageFiles, MessagesCallTheFoldersAsTheirLabelsDo) {
+    const SFolderWords& words = kFolderWords.at(GetParam());
+    const auto holds = [&](const wchar_t* key, const std::wstring& word) {
+        return ToLowerAscii(m_texts[key]).find(word) != std::wstring::npos;
+    };
+    for (const wchar_t* key :
+         {L"Trevolt_1003", L"Trevolt_Coef_File_Not_Found", L"Trevolt_Make_Sure_File_Is_Only_One"})
+        EXPECT_TRUE(holds(key, words.source)) << WideToShownUtf8(key);
+    for (const wchar_t* key : {L"Trevolt_1006", L"Trevolt_Export_Path_Not_Exist"})
+        EXPECT_TRUE(holds(key, words.target)) << WideToShownUtf8(key);
 }
 
 INSTANTIATE_TEST_SUITE_P(Tools, LanguageFiles, testing::ValuesIn(kToolsFiles),
