@@ -385,6 +385,19 @@ TEST_F(TrevoltLayout, FollowsTheSystemsSettingWhileItIsOpen) {
     EXPECT_TRUE(test::WaitUntil([&] { return LightPercent(trevolt.Window()) >= 80; }));
 }
 
+TEST_F(TrevoltLayout, PicturesInUse) {
+    SaveFolders(L"D:\\Walls\\Hall 2\\measured\\", L"D:\\Walls\\Hall 2\\turned\\");
+    Save(kKeyCabinetWidth, L"128");
+    Save(kKeyCabinetHeight, L"256");
+    for (const std::int32_t language : {0, 1}) {
+        StartIn(language);
+        SavePicture(L"used-" + std::to_wstring(language));
+        const test::CDarkSystem dark;
+        StartIn(language);
+        SavePicture(L"used-dark-" + std::to_wstring(language));
+    }
+}
+
 TEST_F(TrevoltLayout, PicturesInTheDark) {
     const test::CDarkSystem dark;
     SaveFolders(m_source.Path(), m_target.Path());
