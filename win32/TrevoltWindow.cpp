@@ -59,6 +59,9 @@ void CTrevoltWindow::RunModal(int showCommand) {
     if (m_window == nullptr)
         return;
     ShowWindow(m_window, FirstShowCommand(showCommand));
+    // The system may put what the launcher asked for in place of a program's first command.
+    if (IsWindowVisible(m_window) == 0)
+        ShowWindow(m_window, SW_SHOW);
     MSG message{};
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {
         if (m_window != nullptr &&
