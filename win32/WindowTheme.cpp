@@ -47,6 +47,9 @@ void DarkenTitleBar(HWND dialog, bool isDark) {
         FAILED(setAttribute(dialog, kDarkTitleBar, &value, sizeof value)))
         setAttribute(dialog, kFirstDarkTitleBar, &value, sizeof value);
     FreeLibrary(library);
+    // A title bar that stands already is drawn anew with its frame only.
+    SetWindowPos(dialog, nullptr, 0, 0, 0, 0,
+                 SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE | SWP_FRAMECHANGED);
 }
 
 std::wstring ClassOf(HWND window) {
