@@ -18,6 +18,8 @@ TBPFLAG TaskbarFlag(ERunState state);
 class CTaskbarButton {
   public:
     CTaskbarButton() = default;
+    /// Shows its progress on `taskbar`, one reference of which becomes its own, and seeks no other.
+    explicit CTaskbarButton(ITaskbarList3* taskbar) : m_taskbar(taskbar) {}
     ~CTaskbarButton();
     CTaskbarButton(const CTaskbarButton&) = delete;
     CTaskbarButton& operator=(const CTaskbarButton&) = delete;

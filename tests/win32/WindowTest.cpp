@@ -566,6 +566,67 @@ TEST(TaskbarButton, StatesHaveTheirFlags) {
     EXPECT_EQ(TaskbarFlag(ERunState::Failed), TBPF_ERROR);
 }
 
+/// A taskbar that writes down what it is asked to show.
+class CRecordedTaskbar : public ITaskbarList3 {
+  public:
+    virtual ~CRecordedTaskbar() = default;
+
+    ULONG References() const { return m_references; }
+    const std::vector<std::string>& Shown() const { return m_shown; }
+
+    HRESULT WINAPI QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+    ULONG WINAPI AddRef() override { return ++m_references; }
+    ULONG WINAPI Release() override { return --m_references; }
+    HRESULT WINAPI SetProgressValue(HWND, ULONGLONG done, ULONGLONG total) override {
+        m_shown.push_back(std::to_string(done) + " of " + std::to_string(total));
+        return S_OK;
+    }
+    HRESULT WINAPI SetProgressState(HWND, TBPFLAG state) override {
+        m_shown.push_back("state " + std::to_string(static_cast<int>(state)));
+        return S_OK;
+    }
+
+    HRESULT WINAPI HrInit() override { return S_OK; }
+    HRESULT WINAPI AddTab(HWND) override { return E_NOTIMPL; }
+    HRESULT WINAPI DeleteTab(HWND) override { return E_NOTIMPL; }
+    HRESULT WINAPI ActivateTab(HWND) override { return E_NOTIMPL; }
+    HRESULT WINAPI SetActiveAlt(HWND) override { return E_NOTIMPL; }
+    HRESULT WINAPI MarkFullscreenWindow(HWND, BOOL) override { return E_NOTIMPL; }
+    HRESULT WINAPI RegisterTab(HWND, HWND) override { return E_NOTIMPL; }
+    HRESULT WINAPI UnregisterTab(HWND) override { return E_NOTIMPL; }
+    HRESULT WINAPI SetTabOrder(HWND, HWND) override { return E_NOTIMPL; }
+    HRESULT WINAPI SetTabActive(HWND, HWND, DWORD) override { return E_NOTIMPL; }
+    HRESULT WINAPI ThumbBarAddButtons(HWND, UINT, LPTHUMBBUTTON) override { return E_NOTIMPL; }
+    HRESULT WINAPI ThumbBarUpdateButtons(HWND, UINT, LPTHUMBBUTTON) override { return E_NOTIMPL; }
+    HRESULT WINAPI ThumbBarSetImageList(HWND, HIMAGELIST) override { return E_NOTIMPL; }
+    HRESULT WINAPI SetOverlayIcon(HWND, HICON, LPCWSTR) override { return E_NOTIMPL; }
+    HRESULT WINAPI SetThumbnailTooltip(HWND, LPCWSTR) override { return E_NOTIMPL; }
+    HRESULT WINAPI SetThumbnailClip(HWND, RECT*) override { return E_NOTIMPL; }
+
+  private:
+    ULONG m_references = 1;
+    std::vector<std::string> m_shown;
+};
+
+TEST(TaskbarButton, FollowsARunAndTakesTheWholeButtonForAFailure) {
+    static_assert(TBPF_NOPROGRESS == 0 && TBPF_NORMAL == 2 && TBPF_ERROR == 4);
+    CRecordedTaskbar taskbar;
+    {
+        CTaskbarButton button(&taskbar);
+        button.ShowPosition(nullptr, 50, 100); // no run works
+        button.ShowState(nullptr, ERunState::Working);
+        button.ShowPosition(nullptr, 5, 100);
+        button.ShowPosition(nullptr, 95, 100);
+        button.ShowState(nullptr, ERunState::Failed);
+        button.ShowPosition(nullptr, 100, 100); // the failure stands
+        button.ShowState(nullptr, ERunState::None);
+        EXPECT_EQ(taskbar.References(), 1U);
+    }
+    EXPECT_EQ(taskbar.References(), 0U);
+    EXPECT_EQ(taskbar.Shown(), (std::vector<std::string>{"state 2", "5 of 100", "95 of 100",
+                                                         "1 of 1", "state 4", "state 0"}));
+}
+
 TEST(TrevoltWindow, ShowsTheWaitCursorDuringARun) {
     const CReadyWindow window;
     const CCursorAtMessage moved(PBM_SETPOS, window.Thread());
