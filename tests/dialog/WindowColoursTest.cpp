@@ -37,7 +37,7 @@ double Luminance(std::uint32_t colour) {
 }
 
 double Contrast(std::uint32_t a, std::uint32_t b) {
-    const auto [darker, lighter] = std::minmax(Luminance(a), Luminance(b));
+    const auto [darker, lighter] = std::minmax({Luminance(a), Luminance(b)});
     return (lighter + 0.05) / (darker + 0.05);
 }
 
