@@ -11,8 +11,6 @@ namespace trevolt {
 
 /// An order of names in which those of one file are equal.
 struct SNameOrder {
-    using is_transparent = void;
-
     bool operator()(std::wstring_view a, std::wstring_view b) const {
         return std::lexicographical_compare(
             a.begin(), a.end(), b.begin(), b.end(),

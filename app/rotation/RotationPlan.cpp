@@ -103,7 +103,7 @@ void NameOutputs(const SRotationRequest& request, SRotationPlan& plan) {
 /// Files may be many: they are told apart without copies of their names.
 void CheckOutputsDiffer(SRotationPlan& plan) {
     CObstacles obstacles(plan.obstacles);
-    constexpr SNameOrder isNameBefore;
+    const SNameOrder isNameBefore;
     std::vector<const SPlannedTurn*> turns;
     turns.reserve(plan.turns.size());
     for (const SPlannedTurn& turn : plan.turns)

@@ -56,27 +56,28 @@ TEST(ScaleTicks, ArePresentInAnyRange) {
 }
 
 TEST(ScaleTicks, AreTwoAtLeastAndApart) {
-    constexpr int kSize = 14;
+    constexpr int kTickSize = 14;
     for (const SValueRange& range :
          {SValueRange{0.8389, 0.971}, SValueRange{0, 1}, SValueRange{5.5, 14.5},
           SValueRange{1.5, 8.5}, SValueRange{0.99999, 1.00001}, SValueRange{-1e30, 3e30},
           SValueRange{-4e-12, 1e-12}, SValueRange{1000000, 1000003}})
         for (int width = 144; width <= 760; ++width) {
-            const std::vector<SScaleTick> ticks = ScaleTicks(range, width, kSize);
+            const std::vector<SScaleTick> ticks = ScaleTicks(range, width, kTickSize);
             ASSERT_GE(ticks.size(), 2U) << range.low << ", " << width;
             if (ticks.front().value == range.low && ticks.back().value == range.high)
                 continue; // both ends have the whole scale
             for (std::size_t i = 1; i < ticks.size(); ++i) {
-                const int right =
-                    TickPlace(ticks[i - 1], range, width) + TextWidth(ticks[i - 1].text, kSize) / 2;
+                const int right = TickPlace(ticks[i - 1], range, width) +
+                                  TextWidth(ticks[i - 1].text, kTickSize) / 2;
                 const int left =
-                    TickPlace(ticks[i], range, width) - TextWidth(ticks[i].text, kSize) / 2;
+                    TickPlace(ticks[i], range, width) - TextWidth(ticks[i].text, kTickSize) / 2;
                 ASSERT_LT(right + 4, left) << range.low << ", " << width << ", " << i;
             }
         }
-    EXPECT_EQ(TextsOf(ScaleTicks({0.8389, 0.971}, 144, kSize)), (Texts{"0.85", "0.90", "0.95"}));
-    EXPECT_EQ(TextsOf(ScaleTicks({0.99999, 1.00001}, 100, kSize)), (Texts{"0.99999", "1"}));
-    EXPECT_EQ(TextsOf(ScaleTicks({1.9e-7, 0.001999}, 144, kSize)), (Texts{"0", "0.001999"}));
+    EXPECT_EQ(TextsOf(ScaleTicks({0.8389, 0.971}, 144, kTickSize)),
+              (Texts{"0.85", "0.90", "0.95"}));
+    EXPECT_EQ(TextsOf(ScaleTicks({0.99999, 1.00001}, 100, kTickSize)), (Texts{"0.99999", "1"}));
+    EXPECT_EQ(TextsOf(ScaleTicks({1.9e-7, 0.001999}, 144, kTickSize)), (Texts{"0", "0.001999"}));
 }
 
 TEST(ScaleTicks, ShowNumbersByFourDigits) {
