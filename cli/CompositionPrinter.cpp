@@ -33,7 +33,7 @@ ERotationEnd RunEndOf(ECompositionEnd end) {
     return ERotationEnd::NothingToDo;
 }
 
-Json SummaryOf(ECompositionEnd end) { return SummaryOf(RunEndOf(end), ExitStatus(end)); }
+CJson SummaryOf(ECompositionEnd end) { return SummaryOf(RunEndOf(end), ExitStatus(end)); }
 
 std::string ShownLastName(const std::wstring& path) {
     return WideToShownUtf8(path.substr(FolderPart(path).size()));
@@ -70,7 +70,7 @@ void TellRemarks(const std::string& name, const char* target,
         PrintLine(stdout, "{}: {}", name, note);
 }
 
-Json RectOrNull(const SPixelRect& rect) {
+CJson RectOrNull(const SPixelRect& rect) {
     if (rect == SPixelRect{})
         return nullptr;
     return {{"left", rect.left}, {"top", rect.top}, {"right", rect.right}, {"bottom", rect.bottom}};
@@ -203,9 +203,9 @@ void TellCompositionAsJson(const SCompositionRequest& request, const SCompositio
     }
     const std::size_t failed = CountFailed(result);
     const std::size_t outside = CountOutside(result);
-    Json summary = SummaryOf(result.end);
-    summary.update(
-        {{"output", result.isWritten ? Json(WideToShownUtf8(request.output.path)) : Json()},
+    CJson summary = SummaryOf(result.end);
+    summary.Set(
+        {{"output", result.isWritten ? CJson(WideToShownUtf8(request.output.path)) : CJson()},
          {"size", SizeOrNull(result.size)},
          {"uncovered_pixels", result.uncovered},
          {"placed", result.isWritten ? result.files.size() - failed - outside : 0},
@@ -221,27 +221,27 @@ void TellCroppingAsJson(const SCropRequest& request, const SCropping& result) {
         const SCropPiece& piece = request.pieces[i];
         const SPieceOutcome& outcome = result.pieces[i];
         const char* const unwritten = outcome.problem.empty() ? "not_written" : "failed";
-        PrintObject(
-            {{"type", "file"},
-             {"name", WideToShownUtf8(piece.name)},
-             {"output", outcome.isWritten ? Json(WideToShownUtf8(piece.name)) : Json()},
-             {"status", outcome.isWritten ? "written" : unwritten},
-             {"angle", DegreesOf(piece.code)},
-             {"rect", RectOrNull(piece.rect)},
-             {"turned_size", SizeOrNull(outcome.size)},
-             {"problems", outcome.problem.empty() ? Json::array() : Json::array({outcome.problem})},
-             {"losses", outcome.losses},
-             {"notes", Json::array()}});
+        PrintObject({{"type", "file"},
+                     {"name", WideToShownUtf8(piece.name)},
+                     {"output", outcome.isWritten ? CJson(WideToShownUtf8(piece.name)) : CJson()},
+                     {"status", outcome.isWritten ? "written" : unwritten},
+                     {"angle", DegreesOf(piece.code)},
+                     {"rect", RectOrNull(piece.rect)},
+                     {"turned_size", SizeOrNull(outcome.size)},
+                     {"problems",
+                      outcome.problem.empty() ? CJson::Array() : CJson::Array({outcome.problem})},
+                     {"losses", outcome.losses},
+                     {"notes", CJson::Array()}});
     }
-    Json summary = SummaryOf(result.end);
-    summary.update({{"path", WideToShownUtf8(request.input)},
-                    {"own_size", SizeOrNull(result.size)},
-                    {"written", CountWritten(result)},
-                    {"failed", CountFailed(result)},
-                    {"problems", result.problems},
-                    {"losses", result.losses},
-                    {"notes", result.notes},
-                    {"errors", result.errors}});
+    CJson summary = SummaryOf(result.end);
+    summary.Set({{"path", WideToShownUtf8(request.input)},
+                 {"own_size", SizeOrNull(result.size)},
+                 {"written", CountWritten(result)},
+                 {"failed", CountFailed(result)},
+                 {"problems", result.problems},
+                 {"losses", result.losses},
+                 {"notes", result.notes},
+                 {"errors", result.errors}});
     PrintObject(summary);
 }
 

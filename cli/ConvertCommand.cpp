@@ -80,12 +80,13 @@ class CLineConversion : public CConversionListener {
     const bool m_isOfOne;
 };
 
-Json ArrayOrNull(const SConvertedFile& file) {
+CJson ArrayOrNull(const SConvertedFile& file) {
     const SConversion& conversion = file.conversion;
     if (!file.isArray || conversion.form.count == 0)
         return nullptr;
     return {{"element", ArrayTypeName(conversion.form.value)},
-            {"shape", {conversion.size.height, conversion.size.width, conversion.form.count}}};
+            {"shape",
+             CJson::Array({conversion.size.height, conversion.size.width, conversion.form.count})}};
 }
 
 class CJsonConversion : public CConversionListener {
@@ -115,8 +116,8 @@ class CJsonConversion : public CConversionListener {
 };
 
 void PrintSummary(const SConversionOutcome& outcome) {
-    Json summary = SummaryOf(outcome.end, ExitStatus(outcome.end));
-    summary.update(
+    CJson summary = SummaryOf(outcome.end, ExitStatus(outcome.end));
+    summary.Set(
         {{"written", outcome.written}, {"failed", outcome.failed}, {"errors", outcome.errors}});
     PrintObject(summary);
 }

@@ -216,7 +216,7 @@ class CLineDiffPrinter final : public CDiffPrinter {
 class CJsonDiffPrinter final : public CDiffPrinter {
   public:
     void OnPair(const SComparedFiles& files, const SFileComparison& comparison) override {
-        Json object =
+        CJson object =
             Pair(WideToShownUtf8(files.a), WideToShownUtf8(files.b), StatusOf(comparison));
         object["angle"] = 90 * static_cast<int>(files.turnOfA);
         object["tolerance"] = files.tolerance;
@@ -230,20 +230,20 @@ class CJsonDiffPrinter final : public CDiffPrinter {
     }
 
     void OnSingle(const SSingleFile& file) override {
-        Json object = Pair(nullptr, nullptr, StatusOf(file));
+        CJson object = Pair(nullptr, nullptr, StatusOf(file));
         object[file.isOfA ? "a" : "b"] = file.path;
         if (!file.problem.empty())
-            object["problems"].push_back(file.problem);
+            object["problems"].Add(file.problem);
         PrintObject(object);
     }
 
     void OnEnd(const SDiffOutcome& outcome, bool /*areFolders*/) override {
-        Json summary = SummaryOf(outcome.end, outcome.ExitStatus());
-        summary.update({{"same", outcome.same},
-                        {"different", outcome.different},
-                        {"on_one_side", outcome.onOneSide},
-                        {"failed", outcome.failed},
-                        {"errors", outcome.errors}});
+        CJson summary = SummaryOf(outcome.end, outcome.ExitStatus());
+        summary.Set({{"same", outcome.same},
+                     {"different", outcome.different},
+                     {"on_one_side", outcome.onOneSide},
+                     {"failed", outcome.failed},
+                     {"errors", outcome.errors}});
         PrintObject(summary);
     }
 
@@ -265,7 +265,7 @@ class CJsonDiffPrinter final : public CDiffPrinter {
     }
 
     /// With all keys; those that are not known yet are null.
-    static Json Pair(const Json& a, const Json& b, EPairStatus status) {
+    static CJson Pair(const CJson& a, const CJson& b, EPairStatus status) {
         return {{"type", "pair"},
                 {"a", a},
                 {"b", b},
@@ -277,31 +277,31 @@ class CJsonDiffPrinter final : public CDiffPrinter {
                 {"pixels", nullptr},
                 {"different_pixels", nullptr},
                 {"values", nullptr},
-                {"problems", Json::array()},
-                {"notes", Json::array()}};
+                {"problems", CJson::Array()},
+                {"notes", CJson::Array()}};
     }
 
-    static Json SizeOf(const std::optional<PixelSize>& size) {
+    static CJson SizeOf(const std::optional<PixelSize>& size) {
         if (!size)
             return nullptr;
         return {{"width", size->width}, {"height", size->height}};
     }
 
-    static void AddDifference(const SCoefDifference& difference, Json& object) {
+    static void AddDifference(const SCoefDifference& difference, CJson& object) {
         object["pixels"] = difference.pixels;
         object["different_pixels"] = difference.differing;
-        Json values = Json::array();
+        CJson values = CJson::Array();
         for (std::size_t k = 0; k < difference.values.size(); ++k) {
             const SValueDifference& value = difference.values[k];
             if (difference.compared.test(k))
-                values.push_back({{"value", kMapValueNames[k]},
-                                  {"different_pixels", value.differing},
-                                  {"one_nan_pixels", value.oneNan},
-                                  {"mean", value.mean}, // what is not finite becomes null
-                                  {"maximum", value.most},
-                                  {"maximum_at", value.most > 0 ? Json{{"x", value.mostAt.x},
-                                                                       {"y", value.mostAt.y}}
-                                                                : Json(nullptr)}});
+                values.Add({{"value", kMapValueNames[k]},
+                            {"different_pixels", value.differing},
+                            {"one_nan_pixels", value.oneNan},
+                            {"mean", value.mean}, // what is not finite becomes null
+                            {"maximum", value.most},
+                            {"maximum_at", value.most > 0
+                                               ? CJson{{"x", value.mostAt.x}, {"y", value.mostAt.y}}
+                                               : CJson(nullptr)}});
         }
         object["values"] = std::move(values);
     }

@@ -174,27 +174,27 @@ class CLineInfoPrinter final : public CInfoPrinter {
 class CJsonInfoPrinter final : public CInfoPrinter {
   public:
     void OnFile(const SInfoFile& file, const SFileFacts& facts) override {
-        Json object{{"type", "file"},
-                    {"name", file.name},
-                    {"path", TextOrNull(file.path)},
-                    {"status", facts.problems.empty() ? "whole" : "failed"},
-                    {"kind", KindOrNull(facts.kind)},
-                    {"content", KindOrNull(facts.content)},
-                    {"format_version", ValueOrNull(facts.version)},
-                    {"own_size", SizeOrNull(facts.size)},
-                    {"covered_pixels", ValueOrNull(facts.covered)},
-                    {"stored_bytes", ValueOrNull(facts.storedBytes)},
-                    {"raw_bytes", ValueOrNull(facts.rawBytes)},
-                    {"ratio", HasRatio(facts) ? Json(RatioOf(facts)) : Json(nullptr)},
-                    {"origin", nullptr},
-                    {"chunks", nullptr},
-                    {"extra_words", nullptr},
-                    {"owner", nullptr},
-                    {"store_digest", nullptr},
-                    {"default_pixels", nullptr},
-                    {"values", nullptr},
-                    {"problems", facts.problems},
-                    {"notes", facts.notes}};
+        CJson object{{"type", "file"},
+                     {"name", file.name},
+                     {"path", TextOrNull(file.path)},
+                     {"status", facts.problems.empty() ? "whole" : "failed"},
+                     {"kind", KindOrNull(facts.kind)},
+                     {"content", KindOrNull(facts.content)},
+                     {"format_version", ValueOrNull(facts.version)},
+                     {"own_size", SizeOrNull(facts.size)},
+                     {"covered_pixels", ValueOrNull(facts.covered)},
+                     {"stored_bytes", ValueOrNull(facts.storedBytes)},
+                     {"raw_bytes", ValueOrNull(facts.rawBytes)},
+                     {"ratio", HasRatio(facts) ? CJson(RatioOf(facts)) : CJson(nullptr)},
+                     {"origin", nullptr},
+                     {"chunks", nullptr},
+                     {"extra_words", nullptr},
+                     {"owner", nullptr},
+                     {"store_digest", nullptr},
+                     {"default_pixels", nullptr},
+                     {"values", nullptr},
+                     {"problems", facts.problems},
+                     {"notes", facts.notes}};
         if (facts.words)
             AddHeader(*facts.words, object);
         if (HasDefaults(facts))
@@ -205,19 +205,19 @@ class CJsonInfoPrinter final : public CInfoPrinter {
     }
 
     void OnEnd(const SInfoOutcome& outcome) override {
-        Json summary = SummaryOf(outcome.end, ExitStatus(outcome.end));
-        summary.update(
+        CJson summary = SummaryOf(outcome.end, ExitStatus(outcome.end));
+        summary.Set(
             {{"whole", outcome.whole}, {"failed", outcome.failed}, {"errors", outcome.errors}});
         PrintObject(summary);
     }
 
   private:
     template <class Value>
-    static Json ValueOrNull(const std::optional<Value>& value) {
-        return value ? Json(*value) : Json(nullptr);
+    static CJson ValueOrNull(const std::optional<Value>& value) {
+        return value ? CJson(*value) : CJson(nullptr);
     }
 
-    static void AddHeader(const SWordFileFacts& words, Json& object) {
+    static void AddHeader(const SWordFileFacts& words, CJson& object) {
         object["origin"] = {{"x", words.originX}, {"y", words.originY}};
         object["chunks"] = words.chunks;
         object["extra_words"] = words.hasExtraWords;
@@ -229,17 +229,17 @@ class CJsonInfoPrinter final : public CInfoPrinter {
             object["store_digest"] = WideToShownUtf8(*words.storeDigest);
     }
 
-    static void AddStatistics(const SCoefStatistics& statistics, Json& object) {
-        Json values = Json::array();
+    static void AddStatistics(const SCoefStatistics& statistics, CJson& object) {
+        CJson values = CJson::Array();
         for (std::size_t k = 0; k < statistics.values.size(); ++k) {
             const SValueStatistics& value = statistics.values[k];
             if (statistics.wanted.test(k))
-                values.push_back({{"value", kMapValueNames[k]},
-                                  {"minimum", value.least}, // what is not finite becomes null
-                                  {"mean", value.mean},
-                                  {"maximum", value.greatest},
-                                  {"outside_pixels", value.outside},
-                                  {"nan_pixels", value.nan}});
+                values.Add({{"value", kMapValueNames[k]},
+                            {"minimum", value.least}, // what is not finite becomes null
+                            {"mean", value.mean},
+                            {"maximum", value.greatest},
+                            {"outside_pixels", value.outside},
+                            {"nan_pixels", value.nan}});
         }
         object["values"] = std::move(values);
     }

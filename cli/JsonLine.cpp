@@ -27,25 +27,25 @@ const char* EndName(ERotationEnd end) {
 
 } // namespace
 
-void PrintObject(const Json& object) {
-    fmt::print("{}\n", object.dump(-1, ' ', false, Json::error_handler_t::replace));
+void PrintObject(const CJson& object) {
+    fmt::print("{}\n", object.Text());
     if (std::fflush(stdout) != 0)
         throw std::system_error(errno, std::generic_category());
 }
 
-Json SizeOrNull(const PixelSize& size) {
+CJson SizeOrNull(const PixelSize& size) {
     if (size == PixelSize{})
         return nullptr;
     return {{"width", size.width}, {"height", size.height}};
 }
 
-Json TextOrNull(const std::string& text) { return text.empty() ? Json(nullptr) : Json(text); }
+CJson TextOrNull(const std::string& text) { return text.empty() ? CJson(nullptr) : CJson(text); }
 
-Json KindOrNull(const SFileKind* kind) {
-    return kind == nullptr ? Json(nullptr) : Json(WideToShownUtf8(kind->extension.substr(1)));
+CJson KindOrNull(const SFileKind* kind) {
+    return kind == nullptr ? CJson(nullptr) : CJson(WideToShownUtf8(kind->extension.substr(1)));
 }
 
-Json SummaryOf(ERotationEnd end, int exitStatus) {
+CJson SummaryOf(ERotationEnd end, int exitStatus) {
     return {{"type", "summary"},
             {"version", kJsonVersion},
             {"end", EndName(end)},

@@ -3,15 +3,12 @@
 
 #include <string>
 
-#include <nlohmann/json.hpp>
-
+#include "cli/JsonValue.h"
 #include "trevolt/FileKinds.h"
 #include "trevolt/QuarterTurn.h"
 #include "trevolt/RotationRun.h"
 
 namespace trevolt {
-
-using Json = nlohmann::ordered_json; // keys stay in the order in which they are given
 
 /// Of the objects' keys and their meaning (docs/json.md).
 inline constexpr int kJsonVersion = 1;
@@ -19,18 +16,18 @@ inline constexpr int kJsonVersion = 1;
 /// Prints one object in a line of its own and flushes it: a run that is killed leaves whole lines. What
 /// has no UTF-8 form becomes U+FFFD. Throws what fmt::print throws, std::system_error also
 /// when the device takes no more.
-void PrintObject(const Json& object);
+void PrintObject(const CJson& object);
 
 /// Width and height, or null for 0 × 0.
-Json SizeOrNull(const PixelSize& size);
+CJson SizeOrNull(const PixelSize& size);
 
 /// A text, or null for an empty one.
-Json TextOrNull(const std::string& text);
+CJson TextOrNull(const std::string& text);
 
 /// The kind's extension without its dot, as options take it; null for no kind.
-Json KindOrNull(const SFileKind* kind);
+CJson KindOrNull(const SFileKind* kind);
 
 /// What every summary begins with.
-Json SummaryOf(ERotationEnd end, int exitStatus);
+CJson SummaryOf(ERotationEnd end, int exitStatus);
 
 } // namespace trevolt

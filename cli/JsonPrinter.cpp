@@ -18,12 +18,12 @@ class CJsonPrinter : public CRunPrinter {
     explicit CJsonPrinter(const SRotationRequest& request) : m_request(request) {}
 
     void OnPlan(const SRotationPlan& plan) override {
-        Json sources = Json::array();
+        CJson sources = CJson::Array();
         for (const std::wstring& source : m_request.sources)
-            sources.push_back(WideToShownUtf8(source));
-        Json passedOver = Json::array();
+            sources.Add(WideToShownUtf8(source));
+        CJson passedOver = CJson::Array();
         for (const SPassedOver& entry : plan.passedOver)
-            passedOver.push_back({{"name", entry.name}, {"reason", entry.reason}});
+            passedOver.Add({{"name", entry.name}, {"reason", entry.reason}});
         m_passedOver = plan.passedOver.size();
         PrintObject(
             {{"type", "plan"},
@@ -52,14 +52,14 @@ class CJsonPrinter : public CRunPrinter {
     }
 
     void OnEnd(const SRotationOutcome& outcome) override {
-        Json summary = SummaryOf(outcome.end, ExitStatus(outcome.end));
-        summary.update({{"written", outcome.written},
-                        {"failed", outcome.failed},
-                        {"skipped", outcome.skipped},
-                        {"passed_over", m_passedOver},
-                        {"errors", outcome.errors},
-                        {"manifest_error", TextOrNull(outcome.manifestError)},
-                        {"report_error", TextOrNull(outcome.reportError)}});
+        CJson summary = SummaryOf(outcome.end, ExitStatus(outcome.end));
+        summary.Set({{"written", outcome.written},
+                     {"failed", outcome.failed},
+                     {"skipped", outcome.skipped},
+                     {"passed_over", m_passedOver},
+                     {"errors", outcome.errors},
+                     {"manifest_error", TextOrNull(outcome.manifestError)},
+                     {"report_error", TextOrNull(outcome.reportError)}});
         PrintObject(summary);
     }
 

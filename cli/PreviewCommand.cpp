@@ -211,8 +211,8 @@ class CPreviewObjects : public CPreviewPrinter {
                      {"status", file.problems.empty() ? "shown" : "failed"},
                      {"kind", TextOrNull(file.kind)},
                      {"own_size", SizeOrNull(file.size)},
-                     {"minimum", file.found ? Json(file.found->low) : Json(nullptr)},
-                     {"maximum", file.found ? Json(file.found->high) : Json(nullptr)},
+                     {"minimum", file.found ? CJson(file.found->low) : CJson(nullptr)},
+                     {"maximum", file.found ? CJson(file.found->high) : CJson(nullptr)},
                      {"not_finite_pixels", file.notFinite},
                      {"problems", file.problems},
                      {"notes", file.notes}});
@@ -220,10 +220,10 @@ class CPreviewObjects : public CPreviewPrinter {
 
     void OnEnd(const SPreviewOutcome& outcome, ERotationEnd end) override {
         const bool isWritten = outcome.values.has_value();
-        Json summary = SummaryOf(end, ExitStatus(end));
-        summary.update(
-            {{"output", isWritten ? Json(WideToShownUtf8(m_request.output.path)) : Json(nullptr)},
-             {"picture", isWritten ? PictureObject(outcome) : Json(nullptr)},
+        CJson summary = SummaryOf(end, ExitStatus(end));
+        summary.Set(
+            {{"output", isWritten ? CJson(WideToShownUtf8(m_request.output.path)) : CJson(nullptr)},
+             {"picture", isWritten ? PictureObject(outcome) : CJson(nullptr)},
              {"shown", isWritten ? outcome.shown : 0},
              {"failed", outcome.failed},
              {"errors", outcome.errors}});
@@ -231,7 +231,7 @@ class CPreviewObjects : public CPreviewPrinter {
     }
 
   private:
-    Json PictureObject(const SPreviewOutcome& outcome) const {
+    CJson PictureObject(const SPreviewOutcome& outcome) const {
         const SPaintedValues& values = *outcome.values;
         return {{"size", SizeOrNull(outcome.size)},
                 {"columns", outcome.grid.columns},

@@ -2,6 +2,7 @@
 turn. What such a command tells when it ends well is what it tells without a fault, and what it has given
 its name is told whatever fails behind that."""
 import hashlib
+import json
 import re
 import struct
 import zlib
@@ -14,7 +15,7 @@ READS = ('alloc', 'open', 'read', 'end', 'short-read', 'seek')
 WRITES = ('write', 'short-write', 'close', 'sync', 'rename')
 # Messages that name no cause: one counts failures, which have theirs, the other tells of an output.
 NO_CAUSE = re.compile(r'^trevolt-cli: (nothing is written: |\S+: the picture is written$)')
-DIGEST_NOTE = '  note      its digest is not told: '
+DIGEST_NOTE = 'its digest is not told: '
 # Of a sum that its library prevents no reason is known.
 REASONS_BESIDE_SUMS = {call: reason for call, reason in REASONS.items() if call != 'alloc'}
 
@@ -97,6 +98,15 @@ class InfoBench(CommandBench):
 
     def causes(self, done):
         return super().causes(done) + re.findall(r'^  problem +(.*)$', done.stdout, re.MULTILINE)
+
+
+class JsonBench(InfoBench):
+    """The same for programs: every line is an object."""
+
+    def causes(self, done):
+        objects = [json.loads(line) for line in done.stdout.splitlines()]
+        return CommandBench.causes(self, done) + [
+            cause for told in objects for key in ('problems', 'errors') for cause in told.get(key, [])]
 
 
 class VerifyBench(CommandBench):
@@ -241,6 +251,8 @@ def benches_of_commands(program, preload, place):
         ['diff', '--overwrite', f'{{source}}/{FLOATS.name}', f'{{source}}/{TEXT.name}', '--image',
          '{target}/d.png'], r'^\S+ and \S+ differ: |d\.png: the picture is written$'), both
     yield 'info', bench(InfoBench, 'info', [FLOATS, TEXT, WORDS], ['info', '{source}']), [
+        *READS, 'list']
+    yield 'info for programs', bench(JsonBench, 'json', [WORDS], ['info', '--json', '{source}']), [
         *READS, 'list']
     yield 'verify', bench(VerifyBench, 'verify', [FLOATS, TEXT]), READS
     yield 'a report', bench(ReportBench, 'reported', [FLOATS, TEXT]), [*both, 'list']
