@@ -71,7 +71,7 @@ void CheckLaunch(std::string_view given) {
 void CheckLanguageFile(std::string_view file) {
     CheckLaunch(file);
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-    if (file.starts_with(kByteOrderMark)) // no mark once it stands in the middle
+    while (file.starts_with(kByteOrderMark)) // no mark once it stands in the middle
         file.remove_prefix(kByteOrderMark.size());
     for (const std::wstring& key : KeysOf(file)) {
         CheckOrder(file, key);
