@@ -25,7 +25,7 @@ class CAboutDlg {
             reinterpret_cast<CAboutDlg*>(lParam)->m_theme.Apply(window);
             return TRUE;
         }
-        const auto* self = reinterpret_cast<CAboutDlg*>(GetWindowLongPtrW(window, DWLP_USER));
+        auto* self = reinterpret_cast<CAboutDlg*>(GetWindowLongPtrW(window, DWLP_USER));
         if (self == nullptr)
             return FALSE;
         if (const auto answer = self->m_theme.OnMessage(window, message, wParam, lParam))
@@ -127,10 +127,6 @@ INT_PTR CTrevoltWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_DROPFILES:
         OnDropFiles(reinterpret_cast<HDROP>(wParam));
         return TRUE;
-    case WM_SETTINGCHANGE:
-    case WM_SYSCOLORCHANGE:
-        m_theme.Apply(m_window);
-        return FALSE;
     case WM_DPICHANGED:
         m_view.LoadIcons();
         return FALSE;
@@ -156,8 +152,16 @@ INT_PTR CTrevoltWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
 INT_PTR CTrevoltWindow::OnInitDialog() {
     m_view.Attach(m_window);
     m_theme.Apply(m_window);
-    DragAcceptFiles(m_window, TRUE);
+    AcceptDroppedFiles();
     return m_dialog.OnInitDialog(ReadLaunchLanguage()) ? TRUE : FALSE;
+}
+
+/// Also from an Explorer with fewer rights than a launcher that runs as an administrator gives.
+void CTrevoltWindow::AcceptDroppedFiles() const {
+    constexpr UINT kCopyGlobalData = 0x0049; // carries the names from one process to the other
+    for (const UINT message : {UINT{WM_DROPFILES}, kCopyGlobalData})
+        ChangeWindowMessageFilterEx(m_window, message, MSGFLT_ALLOW, nullptr);
+    DragAcceptFiles(m_window, TRUE);
 }
 
 INT_PTR CTrevoltWindow::OnCommand(int id, int notification) {

@@ -37,6 +37,7 @@ class CTrevoltWindow {
                                             LPARAM lParam);
     INT_PTR OnMessage(UINT message, WPARAM wParam, LPARAM lParam);
     INT_PTR OnInitDialog();
+    void AcceptDroppedFiles() const;
     INT_PTR OnCommand(int id, int notification);
     bool OnSysCommand(WPARAM command) const;
     bool OnPaint() const;

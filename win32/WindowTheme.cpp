@@ -170,7 +170,14 @@ void CWindowTheme::SetBrushes() {
 }
 
 std::optional<INT_PTR> CWindowTheme::OnMessage(HWND dialog, UINT message, WPARAM wParam,
-                                               LPARAM lParam) const {
+                                               LPARAM lParam) {
+    if (message == WM_SETTINGCHANGE || message == WM_SYSCOLORCHANGE)
+        Apply(dialog);
+    return Colour(dialog, message, wParam, lParam);
+}
+
+std::optional<INT_PTR> CWindowTheme::Colour(HWND dialog, UINT message, WPARAM wParam,
+                                            LPARAM lParam) const {
     if (!m_colours.has_value())
         return std::nullopt;
     const auto context = reinterpret_cast<HDC>(wParam);

@@ -25,10 +25,12 @@ class CWindowTheme {
     void Apply(HWND dialog);
 
     /// A dialog procedure's answer to the messages that colours hang on: a WM_CTLCOLOR… message and a
-    /// button's custom drawing. Nothing where the default handling shall follow.
-    std::optional<INT_PTR> OnMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) const;
+    /// button's custom drawing. Nothing where the default handling shall follow, as behind a change of
+    /// the system's setting, which is taken.
+    std::optional<INT_PTR> OnMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam);
 
   private:
+    std::optional<INT_PTR> Colour(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) const;
     INT_PTR ColourControl(HDC context, HWND control, bool isField) const;
     void DrawButton(const NMCUSTOMDRAW& drawn) const;
     void DrawPushButton(HWND button, HDC context, RECT place) const;

@@ -4,6 +4,7 @@
 
 #include "app/dialog/DialogView.h"
 #include "platform/FileSystem.h"
+#include "platform/SettingsProfile.h"
 
 namespace trevolt {
 
@@ -14,9 +15,13 @@ int DroppedFolderBox(int underMouse, std::uint32_t pathsSet) {
 }
 
 std::wstring DroppedFolder(const std::wstring& path) {
+    std::wstring folder;
     if (IsFolder(path))
-        return path;
-    return PathExists(path) ? FolderPart(path) : std::wstring();
+        folder = path;
+    else if (PathExists(path))
+        folder = FolderPart(path);
+    // What the settings cannot hold would be another folder at the next start.
+    return WithSeparator(folder).size() > CSettingsProfile::kLongestValue ? std::wstring() : folder;
 }
 
 std::wstring PathInLines(const std::wstring& path, std::size_t longestLine) {

@@ -7,6 +7,7 @@
 
 #include "app/dialog/DialogView.h"
 #include "platform/FileSystem.h"
+#include "platform/SettingsProfile.h"
 #include "tests/support/TestFiles.h"
 
 namespace trevolt {
@@ -34,6 +35,23 @@ TEST(DroppedFolder, FileStandsForItsFolder) {
     EXPECT_EQ(DroppedFolder(folder.File(L"a.9fcoef")), folder.Path());
     EXPECT_EQ(DroppedFolder(folder.File(L"missing")), L"");
     EXPECT_EQ(DroppedFolder(L""), L"");
+}
+
+TEST(DroppedFolder, IsNoneThatTheSettingsCannotHold) {
+    const test::CTemporaryFolder folder;
+    std::wstring deep = WithSeparator(folder.Path());
+    while (deep.size() + 1 < CSettingsProfile::kLongestValue)
+        deep += std::wstring(
+                    std::min<std::size_t>(99, CSettingsProfile::kLongestValue - 1 - deep.size()),
+                    L'd') +
+                kPathSeparator;
+    ASSERT_EQ(WithSeparator(deep).size(), CSettingsProfile::kLongestValue);
+    ASSERT_TRUE(CreateFolders(deep));
+    EXPECT_EQ(DroppedFolder(deep), deep);
+    std::wstring deeper = deep;
+    deeper.insert(deeper.size() - 1, L"d");
+    ASSERT_TRUE(CreateFolders(deeper));
+    EXPECT_EQ(DroppedFolder(deeper), L"");
 }
 
 /// "|" stands for the system's separator in both.

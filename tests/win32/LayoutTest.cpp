@@ -385,6 +385,22 @@ TEST_F(TrevoltLayout, FollowsTheSystemsSettingWhileItIsOpen) {
     EXPECT_TRUE(test::WaitUntil([&] { return LightPercent(trevolt.Window()) >= 80; }));
 }
 
+TEST_F(TrevoltLayout, FollowsTheSystemsSettingInTheAboutBoxToo) {
+    const auto& trevolt = Start();
+    PostMessageW(trevolt.Window(), WM_SYSCOMMAND, 0x10, 0);
+    const HWND about = trevolt.WaitForPopup();
+    test::Raise(about);
+    EXPECT_GE(LightPercent(about), 80U);
+    {
+        const test::CDarkSystem dark;
+        SendMessageW(about, WM_SETTINGCHANGE, 0, 0);
+        EXPECT_TRUE(test::WaitUntil([&] { return LightPercent(about) <= 15; }));
+    }
+    SendMessageW(about, WM_SETTINGCHANGE, 0, 0);
+    EXPECT_TRUE(test::WaitUntil([&] { return LightPercent(about) >= 80; }));
+    test::ClosePopup(about);
+}
+
 TEST_F(TrevoltLayout, PicturesInUse) {
     SaveFolders(L"D:\\Walls\\Hall 2\\measured\\", L"D:\\Walls\\Hall 2\\turned\\");
     Save(kKeyCabinetWidth, L"128");
