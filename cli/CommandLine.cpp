@@ -57,6 +57,25 @@ std::vector<std::string> CommandNames(const CLI::App& program) {
     return names;
 }
 
+std::string WithSmallLetters(std::string word) {
+    for (char& c : word)
+        if (c >= 'A' && c <= 'Z')
+            c = static_cast<char>(c - 'A' + 'a');
+    return word;
+}
+
+/// Empty for a word of too few letters, which begins too much.
+std::string ShortestBegunBy(const std::string& word, const std::vector<std::string>& known) {
+    constexpr std::size_t kFewestLetters = 3;
+    const std::size_t dashes = std::min(word.find_first_not_of('-'), word.size());
+    std::string shortest;
+    for (const std::string& candidate : known)
+        if (word.size() >= dashes + kFewestLetters && candidate.starts_with(word) &&
+            (shortest.empty() || candidate.size() < shortest.size()))
+            shortest = candidate;
+    return shortest;
+}
+
 std::string MeantOr(const std::string& meant, const std::string& otherwise) {
     return meant.empty() ? otherwise : fmt::format("did you mean {}?", meant);
 }
@@ -206,10 +225,13 @@ std::size_t WordDistance(const std::string& a, const std::string& b) {
 }
 
 std::string NearestWord(const std::string& word, const std::vector<std::string>& known) {
+    const std::string small = WithSmallLetters(word);
+    if (std::string begun = ShortestBegunBy(small, known); !begun.empty())
+        return begun;
     std::size_t least = word.size() / 3 + 1;
     std::string nearest;
     for (const std::string& candidate : known) {
-        const std::size_t distance = WordDistance(word, candidate);
+        const std::size_t distance = WordDistance(small, candidate);
         if (distance < least) {
             least = distance;
             nearest = candidate;

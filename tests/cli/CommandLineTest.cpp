@@ -107,6 +107,22 @@ TEST(CommandLine, FindsTheNearestWordWithinAThird) {
     EXPECT_EQ(NearestWord("d", known), "");
     EXPECT_EQ(NearestWord("", known), "");
 }
+TEST(CommandLine, FindsTheWordThatIsBegun) {
+    const Words known{"--angles", "--angle", "--recursive", "rotate", "--rotates"};
+    EXPECT_EQ(NearestWord("--ang", known), "--angle");
+    EXPECT_EQ(NearestWord("--angles", known), "--angles");
+    EXPECT_EQ(NearestWord("--rec", known), "--recursive");
+    EXPECT_EQ(NearestWord("--re", known), "");
+    EXPECT_EQ(NearestWord("rot", known), "rotate");
+    EXPECT_EQ(NearestWord("ro", known), "");
+    EXPECT_EQ(NearestWord("ate", known), "");
+    EXPECT_EQ(NearestWord("--", known), "");
+}
+TEST(CommandLine, FindsWordsInCapitals) {
+    EXPECT_EQ(NearestWord("--ANGLE", {"--overwrite", "--angle"}), "--angle");
+    EXPECT_EQ(NearestWord("ROT", {"demo", "rotate"}), "rotate");
+    EXPECT_EQ(NearestWord("DmO", {"demo", "rotate"}), "demo");
+}
 
 } // namespace
 } // namespace trevolt
