@@ -129,16 +129,18 @@ class CPreviewRun {
     }
 
     void ShowOne() {
+        if (m_interrupted)
+            return;
         SPreviewedFile told;
         const SCoefPixelLoad load = Load(m_files.front(), told);
         std::optional<SValuePicture> picture;
-        if (told.problems.empty()) {
+        if (told.problems.empty() && !m_interrupted) {
             picture = PaintMap(load.Pixels(), {told.name, told.kind}, m_request.style,
                                m_request.turnCode);
             TakeFound(picture->values, told);
         }
         Tell(told);
-        if (picture)
+        if (picture && !m_interrupted)
             Write(*picture);
     }
 

@@ -70,7 +70,7 @@ struct SPreviewOutcome {
 
 /// Makes the picture. A single file that is damaged gives none; of several the others are shown, and
 /// the damaged one's place is crossed out. One file is in memory at a time. Gives up between files
-/// once `interrupted`. Throws std::bad_alloc.
+/// and before it writes once `interrupted`: there is no picture then. Throws std::bad_alloc.
 SPreviewOutcome RunPreview(const SPreviewRequest& request, const std::atomic<bool>& interrupted,
                            CPreviewListener& listener);
 

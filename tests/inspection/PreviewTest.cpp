@@ -16,11 +16,18 @@ namespace {
 
 class CPreviewNotes : public CPreviewListener {
   public:
-    void OnFile(const SPreviewedFile& file) override { m_files.push_back(file); }
+    void OnFile(const SPreviewedFile& file) override {
+        m_files.push_back(file);
+        if (m_interrupted != nullptr)
+            *m_interrupted = true;
+    }
     const std::vector<SPreviewedFile>& Files() const { return m_files; }
+    /// Interrupts the run when a file is told.
+    void InterruptAtFile(std::atomic<bool>& interrupted) { m_interrupted = &interrupted; }
 
   private:
     std::vector<SPreviewedFile> m_files;
+    std::atomic<bool>* m_interrupted = nullptr;
 };
 
 void PutLittleEndian16(test::Bytes& file, std::size_t offset, int value) {
@@ -84,6 +91,21 @@ TEST_F(Preview, WritesNothingOnceInterrupted) {
     EXPECT_EQ(outcome.end, EPreviewEnd::Interrupted);
     EXPECT_TRUE(m_notes.Files().empty());
     EXPECT_FALSE(test::FileExists(Picture()));
+}
+
+TEST_F(Preview, OfOneFileIsInterruptedToo) {
+    Add(L"a.9bcoef");
+    for (const std::uint32_t turnCode : {0U, 1U}) {
+        m_request.turnCode = turnCode;
+        m_notes = {};
+        EXPECT_EQ(Run(true).end, EPreviewEnd::Interrupted) << turnCode;
+        EXPECT_TRUE(m_notes.Files().empty());
+        std::atomic<bool> interrupted{false};
+        m_notes.InterruptAtFile(interrupted);
+        EXPECT_EQ(RunPreview(m_request, interrupted, m_notes).end, EPreviewEnd::Interrupted);
+        EXPECT_EQ(m_notes.Files().size(), 1U);
+        EXPECT_FALSE(test::FileExists(Picture()));
+    }
 }
 
 TEST_F(Preview, LooksAtTheOutputBeforeTheFiles) {
