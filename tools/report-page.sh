@@ -69,7 +69,7 @@ page = open(sys.argv[1], encoding='utf-8').read()
 wanted = {
     'rows': (len(re.findall(r'<tr id="f\d+"', page)), 11),
     'failed files': (len(re.findall(r'badge bad">failed<', page)), 2),
-    'pictures that show': (re.search(r'data-pictures="(\d+)"', page)[1], '19'),
+    'pictures that show': (re.search(r'data-pictures="(\d+)"', page)[1], '18'),
     'wider than a phone': (re.search(r'data-wide="(\w+)"', page)[1], 'false'),
     'links to failed files': (re.findall(r'<li><a href="#(f\d+)"', page), ['f10', 'f11']),
     'the odd name': ('Cab_10 &lt;cut&gt; &amp; "short".9fcoef</bdi>' in page, True),
