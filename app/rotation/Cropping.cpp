@@ -35,6 +35,29 @@ bool LeavesItsFolder(const std::wstring& name) {
     return false;
 }
 
+/// Whether a name begins at a root, by the rules of any system: tables go from one to another.
+bool BeginsAtRoot(const std::wstring& name) {
+    const auto isSeparator = [&](std::size_t i) {
+        return i < name.size() && (name[i] == L'/' || name[i] == L'\\');
+    };
+    const bool hasDrive = name.size() > 1 && name[1] == L':';
+    const bool areDrivesKnown = kPathSeparator == L'\\'; // "C:a" is in that drive's own folder
+    return isSeparator(0) || (hasDrive && (areDrivesKnown || isSeparator(2)));
+}
+
+/// Why a piece of this name would not lie below the target folder; else nothing.
+std::string DescribePlaceOutside(const std::wstring& name) {
+    const char* advice = nullptr;
+    if (BeginsAtRoot(name))
+        advice = "name it relative to that";
+    else if (LeavesItsFolder(name))
+        advice = "name it without ..";
+    else
+        return {};
+    return fmt::format("the output {} is not below the target folder: {}", WideToShownUtf8(name),
+                       advice);
+}
+
 class CCropper {
   public:
     CCropper(const SCropRequest& request, const std::atomic<bool>& interrupted)
@@ -85,10 +108,8 @@ class CCropper {
             m_result.errors.push_back(std::move(problem));
         CObstacles obstacles(m_result.errors);
         for (const SCropPiece& piece : m_request.pieces)
-            if (LeavesItsFolder(piece.name))
-                obstacles.Add(fmt::format("the output {} is not below the target folder: name it "
-                                          "without ..",
-                                          WideToShownUtf8(piece.name)));
+            if (std::string outside = DescribePlaceOutside(piece.name); !outside.empty())
+                obstacles.Add(std::move(outside));
             else if (std::string problem = DescribeOutputName(piece.name); !problem.empty())
                 obstacles.Add(std::move(problem));
     }

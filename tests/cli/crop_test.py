@@ -136,6 +136,15 @@ class Crop(ScreenTest):
                     ['0,0,3,2 -> a.9fcoef  (3 x 2)',
                      f'1 file cut out of {self.wall}  (12 x 7), 0 failed'], [])
 
+    def test_a_name_from_the_root_is_refused_and_nothing_written(self):
+        table = self.source / 'layout.csv'
+        table.write_text(f'a.9fcoef,0,0\n{self.source}/b.9fcoef,3,0\n')
+        back = self.folder / 'back'
+        self.expect(self.crop(back, '--layout', table, '--cabinet', '3x2'), 2, [],
+                    [f'trevolt-cli: the output {self.source}/b.9fcoef is not below the target folder: '
+                     'name it relative to that'])
+        self.assertFalse(back.exists())
+
     def test_files_that_told_their_sizes_stay(self):
         cabinet = self.source / 'a.9fcoef'
         write_cabinet(cabinet, cabinet_pixels(1, 5, 3))

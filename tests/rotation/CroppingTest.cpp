@@ -205,7 +205,23 @@ TEST_F(Cropping, NoPieceLeavesTheTargetFolder) {
         EXPECT_EQ(result.errors, CropTexts{"the output " + WideToShownUtf8(name) +
                                            " is not below the target folder: name it without .."});
     }
+    for (const wchar_t* name : {L"/a.9fcoef", L"/row/a.9fcoef", L"\\\\server\\a.9fcoef",
+                                L"\\a.9fcoef", L"C:\\row\\a.9fcoef", L"c:/a.9fcoef"}) {
+        auto request = Request(L"in.9fcoef", {{name, {0, 0, 1, 1}, 0}});
+        request.makesFolders = true;
+        const SCropping result = Crop(request);
+        EXPECT_EQ(result.end, ECompositionEnd::Refused);
+        EXPECT_EQ(result.errors,
+                  CropTexts{"the output " + WideToShownUtf8(name) +
+                            " is not below the target folder: name it relative to that"});
+    }
     EXPECT_TRUE(m_target.Names().empty());
+}
+
+TEST_F(Cropping, ADriveWithoutARootLeadsOutWhereThereAreDrives) {
+    WriteInput(L"in.9fcoef");
+    const SCropping result = Crop(Request(L"in.9fcoef", {{L"C:a.9fcoef", {0, 0, 1, 1}, 0}}));
+    EXPECT_EQ(result.end == ECompositionEnd::Refused, kPathSeparator == L'\\');
 }
 
 TEST_F(Cropping, APieceThatWouldBeReadAsAnotherKindIsRefused) {
