@@ -73,10 +73,6 @@ class CConversion {
         m_map = std::move(load.map);
         if (!m_result.problems.empty())
             return;
-        if (m_map->IsEmpty()) {
-            m_result.problems.emplace_back("has no pixels");
-            return;
-        }
         m_sourceForm = FormOfKind(*load.kind);
     }
 

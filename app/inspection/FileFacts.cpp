@@ -210,6 +210,8 @@ class CFactSearch {
     void Tell(Status status, const CTransferReport& report) {
         for (std::string& problem : DescribeReadProblems(status, report))
             Fail(std::move(problem));
+        if (m_facts.problems.empty() && Pixels() == 0)
+            Fail(kNoPixels);
         for (std::string& note : DescribeReadNotes(report))
             m_facts.notes.push_back(std::move(note));
         for (std::string& note : DescribeExtraWordProblems(report))

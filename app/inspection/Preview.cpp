@@ -108,8 +108,6 @@ class CPreviewRun {
         told.notes = load.notes;
         if (load.kind != nullptr)
             told.kind = WideToShownUtf8(load.kind->extension.substr(1));
-        if (told.problems.empty() && !load.HasPixels())
-            told.problems.emplace_back("it has no pixels");
         return load;
     }
 

@@ -74,6 +74,8 @@ class CCoefFileLoad {
         m_load.problems = DescribeReadProblems(status, report);
         m_load.notes = DescribeReadNotes(report);
         NameOtherSize();
+        if (m_load.problems.empty() && m_load.map->IsEmpty())
+            m_load.problems.emplace_back(kNoPixels);
     }
 
     /// The reader of `.9fcoef` puts the first three values of the next pixel beside the matrix.

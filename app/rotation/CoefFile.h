@@ -45,6 +45,9 @@ std::string DescribeInputObstacle(const std::wstring& path);
 /// The size that a file of a kind told by `readStreamSize`: that of text is signed.
 PixelSize SizeToldBy(const SFileKind& kind, std::uint32_t width, std::uint32_t height);
 
+/// What is wrong with a file that is read whole and has not one pixel.
+inline constexpr const char* kNoPixels = "has no pixels";
+
 /// Why no map has such a size, in plain words; empty when one can.
 std::string DescribeMapSize(const PixelSize& size);
 

@@ -55,7 +55,7 @@ PixelSize OwnSizeOf(const std::wstring& path, std::vector<std::string>& problems
     if (std::string problem = DescribeMapSize(SizeToldBy(*kind, width, height)); !problem.empty())
         problems.push_back(std::move(problem));
     else if (width == 0 || height == 0)
-        problems.emplace_back("has no pixels");
+        problems.emplace_back(kNoPixels);
     return problems.empty() ? PixelSize{width, height} : PixelSize{};
 }
 

@@ -393,8 +393,10 @@ class CFileRotation {
             for (std::string& problem : DescribeExtraWordProblems(report))
                 Fail(std::move(problem));
         NameOtherSize();
+        if (!m_outcome.HasFailed() && PixelsOf(m_ownSize) == 0)
+            Fail(kNoPixels);
         m_outcome.notes = DescribeReadNotes(report);
-        return !m_outcome.HasFailed() || m_request.lenient;
+        return !m_outcome.HasFailed() || (m_request.lenient && PixelsOf(m_outcome.size) != 0);
     }
 
     void NameOtherSize() {

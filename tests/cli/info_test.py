@@ -193,10 +193,11 @@ class Info(CliTest):
         path = self.source / 'none.3bcoef'
         path.write_bytes(MAGICS['.3bcoef'] + struct.pack('<IHH', 1, 0, 0) + lz4.frame.compress(b''))
         result = self.run_cli('info', path)
-        self.expect(result, 0, err=[])
-        told = self.only(path)
-        self.assertEqual([told[key] for key in ('covered_pixels', 'default_pixels', 'values')],
-                         [0, None, None])
+        self.expect(result, 1, err=[])
+        self.assertIn('  problem   has no pixels', self.lines(result.stdout))
+        told = self.only(path, status=1)
+        self.assertEqual([told[key] for key in ('problems', 'covered_pixels', 'default_pixels',
+                                                'values')], [['has no pixels'], 0, None, None])
         self.assertNotIn('default', result.stdout.decode())
 
     def test_a_share_is_never_rounded_up(self):

@@ -212,7 +212,7 @@ class Preview(CliTest):
                           'empty.9bcoef: ')
         (self.source / 'none.9bcoef').write_bytes(coef_file('.9bcoef', 0, 0, b''))
         result = self.preview(self.source / 'none.9bcoef', self.picture)
-        self.expect(result, 1, [])
+        self.expect(result, 1, [], [f'{self.source}/none.9bcoef: has no pixels'])
         self.assertEqual(self.targets(), [])
 
     def test_a_map_of_one_line(self):

@@ -108,6 +108,17 @@ TEST(CoefFile, SizesOfTextAreSigned) {
     EXPECT_EQ(DescribeMapSize({65535, 0}), "");
 }
 
+TEST(CoefFile, OneWithoutPixelsIsAProblemWhereThereIsNoOther) {
+    const CTemporaryFolder folder;
+    WriteText(folder.File(L"none.cccoef"), "[T9COEF20]\nwidth=0\nheight=0\n");
+    EXPECT_EQ(LoadCoefFile(folder.File(L"none.cccoef")).problems,
+              std::vector<std::string>{"has no pixels"});
+    WriteText(folder.File(L"cut.cccoef"), "[T9COEF20]\nwidth=0\nheight=");
+    const SCoefLoad cut = LoadCoefFile(folder.File(L"cut.cccoef"));
+    ASSERT_EQ(cut.problems.size(), 1U);
+    EXPECT_NE(cut.problems[0], "has no pixels");
+}
+
 TEST(CoefFile, AMissingFileIsToldByTheSystemsReason) {
     const CTemporaryFolder folder;
     const SCoefLoad load = LoadCoefFile(folder.File(L"missing.3wcoef"));

@@ -410,11 +410,17 @@ TEST_F(RotationRun, AFileWithoutPixelsIsNotWritten) {
         MakeBytes({0x04, 0x22, 0x4D, 0x18, 0x64, 0x70, 0xB9, 0, 0, 0, 0, 0x05, 0x5D, 0xCC, 0x02});
     file.insert(file.end(), emptyFrame.begin(), emptyFrame.end());
     WriteFile(m_source.File(L"a.3bcoef"), file);
-    EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
-    ExpectProblem(
-        "cannot be written: E_COEF_INVALIDARG (0xE0830000): missing path, empty map or bad "
-        "rectangle");
-    EXPECT_TRUE(m_target.Names().empty());
+    for (const bool lenient : {false, true}) {
+        m_request.lenient = lenient;
+        m_request.size.reset();
+        EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
+        ExpectProblem("has no pixels");
+        EXPECT_TRUE(m_target.Names().empty());
+        m_request.size = PixelSize{3, 2};
+        EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
+        ExpectProblem("has no pixels");
+        EXPECT_EQ(m_target.Names().size(), lenient ? 1U : 0U); // of defaults
+    }
 }
 
 TEST_F(RotationRun, ASizeBeyondTheMemoryEndsCleanly) {
