@@ -16,10 +16,6 @@
 namespace trevolt {
 namespace {
 
-bool HoldsAnyBesideMatrix(const SElementForm& form) {
-    return (form.Values() & ~kWholeMatrix).any();
-}
-
 /// The kind whose files store such words or bytes; null for another form.
 const SFileKind* FindKindOf(const SElementForm& form) {
     const auto found = std::ranges::find(FileKinds(), form, FormOfKind);
@@ -103,11 +99,10 @@ class CConversion {
                                                  count == 1 ? std::string("1 pixel is")
                                                             : fmt::format("{} pixels are", count),
                                                  count == 1 ? "has" : "have"));
-        if (m_target.kind != nullptr && HoldsAnyBesideMatrix(m_result.form) &&
-            !HoldsAnyBesideMatrix(m_sourceForm))
-            m_result.notes.push_back(fmt::format(
-                "it holds no values beside the matrix: those of {} are the default 0, 1, 0",
-                target));
+        if (m_target.kind == nullptr)
+            return;
+        if (std::string note = DescribeDefaultsBeside(m_sourceForm, *m_target.kind); !note.empty())
+            m_result.notes.push_back(std::move(note));
     }
 
     std::string Write(const std::wstring& path) const {

@@ -200,7 +200,7 @@ class CComposer {
     std::uint64_t ScreenBytes() const {
         const std::wstring name = FileNameOf(m_request.output.path);
         const std::uint64_t map = CountOf(m_result.size) * (sizeof(SMatrixCoef) + sizeof(float));
-        if (FindWordKind(*FindExportKind(name)))
+        if (FindWordKind(OutputKind()))
             return map + LargestStoreBytes(m_result.size);
         const SStoredKind* const stored = FindStoredKind(name);
         return map + CountOf(m_result.size) * (stored == nullptr ? 0 : stored->elementBytes);
@@ -224,18 +224,26 @@ class CComposer {
             Save(screen);
     }
 
-    static void Put(const SPlacedFile& file, SPlacedOutcome& outcome, CChromaCorrectCoef& screen) {
+    void Put(const SPlacedFile& file, SPlacedOutcome& outcome, CChromaCorrectCoef& screen) const {
         SPlacing placing = PlaceCoefFile(file.path, file.code, outcome.rect, screen);
         outcome.problems = std::move(placing.problems);
         for (std::string& note : placing.notes)
             outcome.notes.push_back(std::move(note));
         outcome.losses = std::move(placing.losses);
+        const SFileKind& kind = *FindLoadKind(FileNameOf(file.path));
+        std::string note = DescribeDefaultsBeside(FormOfKind(kind), OutputKind());
+        if (!note.empty() && !outcome.isOutside)
+            outcome.notes.push_back(std::move(note));
+    }
+
+    const SFileKind& OutputKind() const {
+        return *FindExportKind(FileNameOf(m_request.output.path));
     }
 
     void Save(const CChromaCorrectCoef& screen) {
         // Whatever needs memory comes before the screen has its name: what has it is told.
         std::vector<std::string> losses;
-        const SFileKind& kind = *FindExportKind(FileNameOf(m_request.output.path));
+        const SFileKind& kind = OutputKind();
         if (MayLoseAny(FormOfKind(kind)))
             losses = DescribeLosses(screen, {0, 0, screen.Width(), screen.Height()}, kind);
         FailWith(SaveCoefFile(screen, m_request.output));

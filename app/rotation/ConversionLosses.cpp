@@ -56,6 +56,10 @@ bool HoldsValuesOf(EStoredValue source, EStoredValue form) {
     return false;
 }
 
+bool HoldsAnyBesideMatrix(const SElementForm& form) {
+    return (form.Values() & ~kWholeMatrix).any();
+}
+
 bool IsSame(float a, float b) { return a == b || (std::isnan(a) && std::isnan(b)); }
 
 /// A pixel that has a line.
@@ -175,6 +179,13 @@ constexpr std::array kLossTexts{
 
 bool HoldsAllOf(const SElementForm& source, const SElementForm& form) {
     return HoldsValuesOf(source.value, form.value) && (source.Values() & ~form.Values()).none();
+}
+
+std::string DescribeDefaultsBeside(const SElementForm& source, const SFileKind& kind) {
+    if (HoldsAnyBesideMatrix(source) || !HoldsAnyBesideMatrix(FormOfKind(kind)))
+        return {};
+    return fmt::format("it holds no values beside the matrix: those of {} are the default 0, 1, 0",
+                       WideToShownUtf8(kind.extension));
 }
 
 SConversionLosses CountLosses(const CChromaCorrectCoef& map, const SPixelRect& rect,

@@ -36,6 +36,10 @@ struct SConversionLosses {
 /// which was loaded from them. Of a text that is never known: its reader may change every value.
 bool HoldsAllOf(const SElementForm& source, const SElementForm& form);
 
+/// That a file of the kind holds values beside the matrix of which the files of `source` have none; else
+/// nothing.
+std::string DescribeDefaultsBeside(const SElementForm& source, const SFileKind& kind);
+
 /// What `form` loses of the pixels of `rect`, which lies in the map.
 SConversionLosses CountLosses(const CChromaCorrectCoef& map, const SPixelRect& rect,
                               const SElementForm& form);

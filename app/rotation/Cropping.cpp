@@ -188,13 +188,23 @@ class CCropper {
         std::vector<std::string> losses;
         if (!HoldsAllOf(FormOfKind(*load.kind), FormOfKind(kind)))
             losses = DescribeLosses(*load.map, piece.rect, kind);
+        std::string note = DescribeDefaultsBeside(FormOfKind(*load.kind), kind);
         outcome.problem =
             WriteOutput(m_target, piece.name, m_request.replaces, [&](const std::wstring& path) {
                 return WriteMapPiece(*load.map, piece.rect, piece.code, kind, path);
             });
         outcome.isWritten = outcome.problem.empty();
-        if (outcome.isWritten)
-            outcome.losses = std::move(losses);
+        if (!outcome.isWritten)
+            return;
+        outcome.losses = std::move(losses);
+        NoteOnce(std::move(note));
+    }
+
+    /// What is told of the source and not of each piece.
+    void NoteOnce(std::string note) {
+        std::vector<std::string>& notes = m_result.notes;
+        if (!note.empty() && std::find(notes.begin(), notes.end(), note) == notes.end())
+            notes.push_back(std::move(note));
     }
 
     std::string MakeFolderOf(const SCropPiece& piece) const {

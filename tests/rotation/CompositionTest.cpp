@@ -363,6 +363,21 @@ TEST_F(Composition, TellsWhatTheScreensKindDoesNotHold) {
     EXPECT_EQ(Compose(Request({diagonal}, L"screen.9fcoef")).losses, Texts{});
 }
 
+TEST_F(Composition, TellsWhatAFileLacksOfTheScreensKind) {
+    const std::vector files{Cabinet(L"a.9fcoef", 1, 0, 0), Cabinet(L"b.12wcoef", 2, kW, 0),
+                            Placed(L"a.9fcoef", 99, 0)};
+    auto request = Request(files, L"screen.4wcoef");
+    request.size = PixelSize{2 * kW, kH};
+    request.allowOutside = true;
+    const SComposition result = Compose(request);
+    EXPECT_EQ(result.files[0].notes, Texts{"it holds no values beside the matrix: those of .4wcoef "
+                                           "are the default 0, 1, 0"});
+    EXPECT_EQ(result.files[1].notes, Texts{});
+    EXPECT_EQ(result.files[2].notes.size(), 1U); // it is outside
+    request.output.path = m_folder.File(L"screen.9wcoef");
+    EXPECT_EQ(Compose(request).files[0].notes, Texts{});
+}
+
 TEST_F(Composition, NamesOfALayoutAreBelowItsFolderOrAnother) {
     WriteText(m_folder.File(L"wall.csv"), "a.9fcoef,1,2,90\nrow/b.9fcoef,-3,4\n");
     SLayoutFiles layout = ReadLayoutFiles(m_folder.File(L"wall.csv"), L"");

@@ -91,6 +91,18 @@ TEST_F(Cropping, TellsWhatThePiecesKindDoesNotHold) {
     EXPECT_EQ(result.pieces[1].losses, CropTexts{});
 }
 
+TEST_F(Cropping, TellsOnceWhatTheSourceLacksOfAKind) {
+    WriteInput(L"in.9fcoef");
+    WriteInput(L"in.4wcoef");
+    const SPixelRect rect{0, 0, 1, 1};
+    const std::vector<SCropPiece> pieces{
+        {L"a.12wcoef", rect, 0}, {L"b.12wcoef", rect, 0}, {L"c.9wcoef", rect, 0}};
+    EXPECT_EQ(Crop(Request(L"in.9fcoef", pieces)).notes,
+              CropTexts{"it holds no values beside the matrix: those of .12wcoef are the default "
+                        "0, 1, 0"});
+    EXPECT_EQ(Crop(Request(L"in.4wcoef", pieces)).notes, CropTexts{});
+}
+
 TEST_F(Cropping, OnePixelOutsideTheMapIsRefused) {
     WriteInput(L"in.9fcoef");
     for (const auto& [rect, shown] : {std::pair{SPixelRect{-1, 0, 2, 2}, "-1,0,2,2"},
