@@ -57,7 +57,7 @@ struct SPreviewOptions {
     bool json = false;
 };
 
-constexpr const char* kViewNames = "brightness|colour|m00|m01|m02|m10|m11|m12|m20|m21|m22";
+constexpr const char* kViewNames = "brightness|colour|m00|m01|m02|m10|m11|m12|m20|m21|m22|g0|g1|g2";
 
 [[noreturn]] void RefuseValue(const std::string& problem) { throw std::invalid_argument(problem); }
 
@@ -66,13 +66,12 @@ SMapView ParseView(const std::string& text) {
         return {EMapView::Brightness, 0};
     if (text == "colour")
         return {EMapView::White, 0};
-    const auto isIndex = [](char c) { return c >= '0' && c <= '2'; };
-    if (text.size() != 3 || text[0] != 'm' || !isIndex(text[1]) || !isIndex(text[2]))
+    const auto* const name = std::find(kMapValueNames.begin(), kMapValueNames.end(), text);
+    if (name == kMapValueNames.end())
         RefuseValue(fmt::format("{} is no view: give brightness, colour or a coefficient, m00 to "
-                                "m22",
+                                "m22 or g0 to g2",
                                 text));
-    return {EMapView::Coefficient,
-            static_cast<std::size_t>(text[1] - '0') * 3 + static_cast<std::size_t>(text[2] - '0')};
+    return {EMapView::Coefficient, static_cast<std::size_t>(name - kMapValueNames.begin())};
 }
 
 EColourScale ParseScale(const std::string& text) {
@@ -104,9 +103,11 @@ int ParseWidth(const std::string& text) {
 void AddPicture(CLI::App& command, SPreviewOptions& options) {
     COptionGroup group(command, "Picture");
     group
-        .AddValue("--view", kViewNames, options.view, ParseView,
-                  "What is shown: the brightness or the colour that pixels have for white, or one "
-                  "coefficient of their matrices by its row and column")
+        .AddValue(
+            "--view", kViewNames, options.view, ParseView,
+            "What is shown: the brightness or the colour that pixels have for white, one "
+            "coefficient of their matrices by its row and column, or one value of the virtual "
+            "green, of kinds that hold it")
         .Default("brightness");
     group
         .AddValue("--scale", "false-colour|grey", options.scale, ParseScale,

@@ -8,7 +8,9 @@
 #include <fmt/format.h>
 
 #include "app/inspection/Lettering.h"
+#include "app/inspection/MapValueNames.h"
 #include "app/inspection/PictureSheet.h"
+#include "app/rotation/ElementForms.h"
 
 namespace trevolt {
 namespace {
@@ -90,7 +92,9 @@ std::string MapViewText(const SMapView& view) {
     case EMapView::White:
         return "Colour for white";
     case EMapView::Coefficient:
-        return fmt::format("Coefficient m{}{}", view.coefficient / 3, view.coefficient % 3);
+        return fmt::format("{} {}",
+                           kWholeMatrix.test(view.coefficient) ? "Coefficient" : "Virtual green",
+                           kMapValueNames[view.coefficient]);
     case EMapView::Brightness:
         break;
     }

@@ -17,13 +17,13 @@ namespace trevolt {
 enum class EMapView {
     Brightness, ///< of white: 0.2126 red + 0.7152 green + 0.0722 blue of `White`
     White,      ///< the colour that a pixel shows for white: the matrix times (1, 1, 1)
-    Coefficient ///< one of the matrix
+    Coefficient ///< one value, of the matrix or of the virtual green
 };
 
 /// What of a map is shown.
 struct SMapView {
     EMapView what = EMapView::Brightness;
-    std::size_t coefficient = 0; ///< 0 to 8, row by row
+    std::size_t coefficient = 0; ///< its place in a map's element, as in `kMapValueNames`
 };
 
 /// The view's values of pixels, of which there are some and which must outlive them.

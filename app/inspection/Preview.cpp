@@ -8,8 +8,10 @@
 #include <fmt/format.h>
 
 #include "app/inspection/CoefPixels.h"
+#include "app/inspection/MapValueNames.h"
 #include "app/inspection/NaturalOrder.h"
 #include "app/inspection/PngFile.h"
+#include "app/rotation/ElementForms.h"
 #include "platform/FileSystem.h"
 #include "trevolt/TransferProblems.h"
 #include "trevolt/Utf8.h"
@@ -36,6 +38,17 @@ SToldSize ToldSize(const std::wstring& path) {
         return {{}, DescribeReadProblems(status, report)};
     const bool isPossible = std::max(width, height) <= kLargestMapSide;
     return {isPossible ? PixelSize{width, height} : PixelSize{}, {}};
+}
+
+/// Why the files of a kind have no such view; else nothing. What they lack of the matrix is 0 on a wall,
+/// too; beside the matrix there is nothing to show.
+std::string DescribeLackOfView(const SFileKind& kind, const SMapView& view) {
+    const std::size_t place = view.coefficient;
+    if (view.what != EMapView::Coefficient ||
+        (FormOfKind(kind).Values() | kWholeMatrix).test(place))
+        return {};
+    return fmt::format("holds no {}: {} files do not have that value of the virtual green",
+                       kMapValueNames[place], WideToShownUtf8(kind.extension));
 }
 
 SPreviewGrid SquareGrid(std::size_t files) {
@@ -106,8 +119,12 @@ class CPreviewRun {
         told.size = load.size;
         told.problems = load.problems;
         told.notes = load.notes;
-        if (load.kind != nullptr)
-            told.kind = WideToShownUtf8(load.kind->extension.substr(1));
+        if (load.kind == nullptr)
+            return load;
+        told.kind = WideToShownUtf8(load.kind->extension.substr(1));
+        std::string lack = DescribeLackOfView(*load.kind, m_request.style.view);
+        if (told.problems.empty() && !lack.empty())
+            told.problems.push_back(std::move(lack));
         return load;
     }
 

@@ -7,7 +7,7 @@ import struct
 import zlib
 
 import cli_support
-from cli_support import UNCOUNTED, CliTest, coef_file, posix_only
+from cli_support import SAMPLES, UNCOUNTED, CliTest, coef_file, posix_only
 
 LEFT, TOP = 28, 84  # of what a picture shows
 FRAME = (120, 124, 132)
@@ -105,6 +105,25 @@ class Preview(CliTest):
             self.assertAlmostEqual(file['minimum'], low, 6, view)
             self.assertAlmostEqual(file['maximum'], high, 6, view)
             self.assertEqual((summary['exit_status'], summary['picture']['view']), (0, view))
+
+    def test_the_virtual_green_of_kinds_that_hold_it(self):
+        cabinets = SAMPLES / 'cabinet'
+        for name, views in (('Cab_08.4wcoef', ('g1',)), ('Cab_09.12wcoef', ('g0', 'g1', 'g2'))):
+            facts, *_ = self.objects(self.run_cli('info', '--json', cabinets / name))
+            known = {value['value']: value for value in facts['values']}
+            self.assertEqual(tuple(view for view in known if view[0] == 'g'), views)
+            for view in views:
+                file, summary = self.objects(self.preview('--view', view, '--json', '--overwrite',
+                                                          cabinets / name, self.picture))
+                self.assertAlmostEqual(file['minimum'], known[view]['minimum'], 6)
+                self.assertAlmostEqual(file['maximum'], known[view]['maximum'], 6)
+                self.assertEqual(summary['picture']['view'], view)
+        self.picture.unlink()
+        for name, view in (('Cab_08.4wcoef', 'g0'), ('Cab_06.9wcoef', 'g1')):
+            self.expect(self.preview('--view', view, cabinets / name, self.picture), 1, [],
+                        [f'{cabinets / name}: holds no {view}: {name[6:]} files do not have that '
+                         'value of the virtual green'])
+        self.assertEqual(self.targets(), [])
 
     def test_what_is_no_number_is_painted_and_counted(self):
         path = self.add_floats('a.9fcoef', 3, 1, [grey_element(1), grey_element(float('nan')),
@@ -249,6 +268,7 @@ class Preview(CliTest):
         one = self.source / 'a.9bcoef'
         trials = {
             ('--view', 'red', one, self.picture): '--view: red is no view',
+            ('--view', 'g3', one, self.picture): '--view: g3 is no view',
             ('--scale', 'rainbow', one, self.picture): '--scale: rainbow is no scale',
             ('--scale', 'grey', '--view', 'colour', one, self.picture): '--scale: ',
             ('--range', '1', one, self.picture): '--range: 1 is no range',

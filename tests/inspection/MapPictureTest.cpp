@@ -45,13 +45,14 @@ CChromaCorrectCoef NumberedMap(std::int32_t width, std::int32_t height) {
 
 TEST(MapPicture, TakesEachCoefficientByItsPlace) {
     const CChromaCorrectCoef map = ViewedMap(3, 2);
-    for (std::size_t k = 0; k < 9; ++k) {
+    for (std::size_t k = 0; k < 12; ++k) {
         const std::vector<float> values = ValuesOf(MapRows(map, {EMapView::Coefficient, k}));
         ASSERT_EQ(values.size(), 6U);
         EXPECT_EQ(values[0], test::PatternPixel(0, 0).m[k]);
         EXPECT_EQ(values[5], test::PatternPixel(2, 1).m[k]);
     }
     EXPECT_EQ(MapViewText({EMapView::Coefficient, 5}), "Coefficient m12");
+    EXPECT_EQ(MapViewText({EMapView::Coefficient, 9}), "Virtual green g0");
 }
 
 TEST(MapPicture, TakesTheMatrixTimesWhite) {

@@ -99,7 +99,7 @@ complete -c trevolt-cli -n '__trevolt_cli_calls diff' -l json -d 'Print one JSON
 complete -c trevolt-cli -n '__trevolt_cli_calls diff' -s h -l help -d 'Print this help and do nothing else'
 
 complete -c trevolt-cli -n '__trevolt_cli_calls preview' -F
-complete -c trevolt-cli -n '__trevolt_cli_calls preview' -l view -r -f -a 'brightness colour m00 m01 m02 m10 m11 m12 m20 m21 m22' -d 'What is shown: the brightness or the colour that pixels have for white, or one coefficient of their matrices by its row and column'
+complete -c trevolt-cli -n '__trevolt_cli_calls preview' -l view -r -f -a 'brightness colour m00 m01 m02 m10 m11 m12 m20 m21 m22 g0 g1 g2' -d 'What is shown: the brightness or the colour that pixels have for white, one coefficient of their matrices by its row and column, or one value of the virtual green, of kinds that hold it'
 complete -c trevolt-cli -n '__trevolt_cli_calls preview' -l scale -r -f -a 'false-colour grey' -d 'Colours of brightness or coefficient'
 complete -c trevolt-cli -n '__trevolt_cli_calls preview' -l range -r -f -d 'Values at the ends of the scale; those beyond have colours of their own'
 complete -c trevolt-cli -n '__trevolt_cli_calls preview' -l turned -r -f -a '90 180 270' -d 'Show a single map before and after a clockwise turn in degrees, with or without a degree sign; -90 and -180 are 270 and 180'
