@@ -102,12 +102,24 @@ std::size_t CountFailed(const SCropping& result) {
                       [](const SPieceOutcome& piece) { return !piece.problem.empty(); }));
 }
 
+/// Of one wholly outside a note tells it.
+void TellHidden(const SPlacedOutcome& file) {
+    const auto tell = [&file](std::uint64_t count, const char* what) {
+        if (count != 0)
+            PrintLine(stdout, "{}: {} of its pixels {} {}", file.name, count,
+                      count == 1 ? "is" : "are", what);
+    };
+    tell(file.isOutside ? 0 : file.cut, "outside the screen and cut");
+    tell(file.overwritten, "overwritten by later files");
+}
+
 void TellScreen(const SCompositionRequest& request, const SComposition& result) {
     for (std::size_t i = 0; i < result.files.size(); ++i) {
         const SPlacedOutcome& outcome = result.files[i];
         PrintLine(stdout, "{} -> {}  ({} x {}{})", outcome.name,
                   fmt::join(SidesOf(outcome.rect), ","), outcome.ownSize.width,
                   outcome.ownSize.height, TurnText(request.files[i].code));
+        TellHidden(outcome);
         TellRemarks(outcome.name, "the screen lacks", outcome.losses, outcome.notes);
     }
     for (const std::string& loss : result.losses)
@@ -197,6 +209,8 @@ void TellCompositionAsJson(const SCompositionRequest& request, const SCompositio
                      {"angle", DegreesOf(file.code)},
                      {"own_size", SizeOrNull(outcome.ownSize)},
                      {"rect", RectOrNull(outcome.rect)},
+                     {"cut_pixels", outcome.cut},
+                     {"overwritten_pixels", outcome.overwritten},
                      {"problems", outcome.problems},
                      {"losses", outcome.losses},
                      {"notes", outcome.notes}});

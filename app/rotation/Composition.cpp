@@ -31,6 +31,9 @@ std::uint64_t CountOf(const PixelSize& size) {
     return static_cast<std::uint64_t>(size.width) * static_cast<std::uint64_t>(size.height);
 }
 
+/// Of a rectangle that is cut to a screen.
+std::uint64_t PixelsOf(const SPixelRect& rect) { return CountOf({rect.Width(), rect.Height()}); }
+
 std::wstring FileNameOf(const std::wstring& path) { return path.substr(FolderPart(path).size()); }
 
 /// That the file tells; 0 × 0, with the problem told, where it tells none that a map can have.
@@ -139,21 +142,21 @@ class CComposer {
     }
 
     void CheckPlaces() {
-        std::vector<SPixelRect> seen;
         for (const SPlacedOutcome& file : m_result.files)
-            seen.push_back(CutTo(file.rect, m_result.size));
+            m_seen.push_back(CutTo(file.rect, m_result.size));
         if (m_request.allowOutside)
-            NoteOutside(seen);
+            NoteOutside();
         else
             CheckInside();
         if (!m_request.allowOverlap)
-            CheckApart(seen);
-        m_result.uncovered = CountOf(m_result.size) - CoveredPixels(seen);
+            CheckApart();
+        m_result.uncovered = CountOf(m_result.size) - CoveredPixels(m_seen);
     }
 
-    void NoteOutside(const std::vector<SPixelRect>& seen) {
-        for (std::size_t i = 0; i < seen.size(); ++i) {
-            if (seen[i].Width() > 0 && seen[i].Height() > 0)
+    void NoteOutside() {
+        for (std::size_t i = 0; i < m_seen.size(); ++i) {
+            m_result.files[i].cut = CountOf(m_result.files[i].ownSize) - PixelsOf(m_seen[i]);
+            if (PixelsOf(m_seen[i]) != 0)
                 continue;
             m_result.files[i].isOutside = true;
             m_result.files[i].notes.push_back(
@@ -171,9 +174,9 @@ class CComposer {
                                           NameOf(i), ShownRect(rect), ShownSize(m_result.size)));
     }
 
-    void CheckApart(const std::vector<SPixelRect>& seen) {
+    void CheckApart() {
         CObstacles obstacles(m_result.errors);
-        for (const SRectOverlap& overlap : FindOverlaps(seen))
+        for (const SRectOverlap& overlap : FindOverlaps(m_seen))
             obstacles.Add(fmt::format(
                 "{} and {} overlap in {}: move one of them, or allow overlaps",
                 NameOf(overlap.first), NameOf(overlap.second), ShownRect(overlap.rect)));
@@ -217,16 +220,22 @@ class CComposer {
             return;
         }
         for (std::size_t i = 0; i < m_request.files.size() && !m_interrupted; ++i)
-            Put(m_request.files[i], m_result.files[i], screen);
+            Put(m_request.files[i], m_result.files[i], m_seen[i], screen);
+        if (m_request.allowOverlap)
+            CountOverwritten();
         if (m_interrupted)
             m_result.end = ECompositionEnd::Interrupted;
         else if (!HasFailures() || m_request.lenient)
             Save(screen);
     }
 
-    void Put(const SPlacedFile& file, SPlacedOutcome& outcome, CChromaCorrectCoef& screen) const {
+    /// `seen` becomes empty where nothing of the file was put there.
+    void Put(const SPlacedFile& file, SPlacedOutcome& outcome, SPixelRect& seen,
+             CChromaCorrectCoef& screen) const {
         SPlacing placing = PlaceCoefFile(file.path, file.code, outcome.rect, screen);
         outcome.problems = std::move(placing.problems);
+        if (!placing.isPut)
+            seen = {};
         for (std::string& note : placing.notes)
             outcome.notes.push_back(std::move(note));
         outcome.losses = std::move(placing.losses);
@@ -234,6 +243,12 @@ class CComposer {
         std::string note = DescribeDefaultsBeside(FormOfKind(kind), OutputKind());
         if (!note.empty() && !outcome.isOutside)
             outcome.notes.push_back(std::move(note));
+    }
+
+    void CountOverwritten() {
+        const std::vector<std::uint64_t> topmost = TopmostPixels(m_seen);
+        for (std::size_t i = 0; i < m_seen.size(); ++i)
+            m_result.files[i].overwritten = PixelsOf(m_seen[i]) - topmost[i];
     }
 
     const SFileKind& OutputKind() const {
@@ -263,6 +278,7 @@ class CComposer {
 
     const SCompositionRequest& m_request;
     const std::atomic<bool>& m_interrupted;
+    std::vector<SPixelRect> m_seen; ///< where each file lies in the screen
     SComposition m_result;
 };
 

@@ -52,6 +52,8 @@ struct SPlacedOutcome {
     std::vector<std::string> notes;    ///< what is unusual and no problem
     std::vector<std::string> losses;   ///< what the screen lacks of it
     bool isOutside = false;            ///< none of its pixels is in the screen
+    std::uint64_t cut = 0;             ///< its pixels outside the screen
+    std::uint64_t overwritten = 0;     ///< its pixels in the screen that later files lie on
 };
 
 /// A file's size, which is looked at unless it is given as `size`, and its rectangle. A name that tells

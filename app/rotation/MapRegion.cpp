@@ -84,7 +84,8 @@ SPlacing PlaceUnturned(const SRegionKind& kind, const std::wstring& path, const 
     SPixelRect placed = rect;
     const CTransferReport report;
     const Status status = kind.place(map, path.c_str(), placed);
-    SPlacing placing{DescribeReadProblems(status, report), DescribeReadNotes(report), {}};
+    SPlacing placing{
+        DescribeReadProblems(status, report), DescribeReadNotes(report), {}, !Failed(status)};
     if (placing.problems.empty() && (placed.right != seen.right || placed.bottom != seen.bottom))
         placing.problems.emplace_back(kChangedSize);
     return placing;
@@ -93,14 +94,17 @@ SPlacing PlaceUnturned(const SRegionKind& kind, const std::wstring& path, const 
 SPlacing PlaceThroughMap(const std::wstring& path, std::uint32_t code, const SPixelRect& rect,
                          CChromaCorrectCoef& map) {
     SCoefLoad load = LoadCoefFile(path);
-    SPlacing placing{std::move(load.problems), std::move(load.notes), std::move(load.losses)};
-    if (load.map == nullptr)
+    SPlacing placing{std::move(load.problems), std::move(load.notes), std::move(load.losses),
+                     false};
+    if (!load.isRead) // as by the other way its place stays as it is
         return placing;
     if (TurnedBy(code, load.size) != PixelSize{rect.Width(), rect.Height()})
         placing.problems.emplace_back(kChangedSize);
     else if (!TurnWhole(*load.map, code))
         placing.problems.emplace_back(kNoTurnMemory);
     else
+        placing.isPut = true;
+    if (placing.isPut)
         PutInto(*load.map, rect, map);
     return placing;
 }

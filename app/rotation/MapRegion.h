@@ -34,6 +34,7 @@ struct SPlacing {
     std::vector<std::string> problems; ///< what is damaged or went wrong; none: it is there whole
     std::vector<std::string> notes;    ///< what is unusual and no problem
     std::vector<std::string> losses;   ///< what the file holds and a map cannot
+    bool isPut = false;                ///< the rectangle's pixels are no longer what they were
 };
 
 /// Reads the file, turns it by a code of `kAngles` or by 0, and puts the pixels that can be read into

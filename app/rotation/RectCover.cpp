@@ -14,21 +14,26 @@ SPixelRect CommonOf(const SPixelRect& a, const SPixelRect& b) {
             std::min(a.bottom, b.bottom)};
 }
 
-/// Of those with pixels, in the order of one of their sides.
-std::vector<std::size_t> SortedBy(const std::vector<SPixelRect>& rects,
-                                  std::int32_t SPixelRect::*side) {
+/// The left or right side of a rectangle.
+struct SRectSide {
+    std::int32_t x;
+    std::size_t rect; ///< its index
+};
+
+/// Of those with pixels, in the order of their upper sides.
+std::vector<std::size_t> SortedByTop(const std::vector<SPixelRect>& rects) {
     std::vector<std::size_t> order(rects.size());
     std::iota(order.begin(), order.end(), std::size_t{0});
     std::erase_if(order, [&](std::size_t i) { return !HasPixels(rects[i]); });
     std::stable_sort(order.begin(), order.end(),
-                     [&](std::size_t a, std::size_t b) { return rects[a].*side < rects[b].*side; });
+                     [&](std::size_t a, std::size_t b) { return rects[a].top < rects[b].top; });
     return order;
 }
 
 } // namespace
 
 std::vector<SRectOverlap> FindOverlaps(const std::vector<SPixelRect>& rects) {
-    const std::vector<std::size_t> order = SortedBy(rects, &SPixelRect::top);
+    const std::vector<std::size_t> order = SortedByTop(rects);
     std::vector<SRectOverlap> overlaps;
     for (std::size_t i = 0; i < order.size(); ++i) {
         const SPixelRect& upper = rects[order[i]];
@@ -40,29 +45,40 @@ std::vector<SRectOverlap> FindOverlaps(const std::vector<SPixelRect>& rects) {
     return overlaps;
 }
 
-std::uint64_t CoveredPixels(const std::vector<SPixelRect>& rects) {
-    const std::vector<std::size_t> order = SortedBy(rects, &SPixelRect::left);
+std::vector<std::uint64_t> TopmostPixels(const std::vector<SPixelRect>& rects) {
+    std::vector<SRectSide> sides; // left and right ones from the left
     std::set<std::int32_t> edges; // between them every row is covered as the one above it
-    for (const std::size_t i : order) {
-        edges.insert(rects[i].top);
-        edges.insert(rects[i].bottom);
+    for (std::size_t i = 0; i < rects.size(); ++i) {
+        if (!HasPixels(rects[i]))
+            continue;
+        sides.push_back({rects[i].left, i});
+        sides.push_back({rects[i].right, i});
+        edges.insert({rects[i].top, rects[i].bottom});
     }
-    std::uint64_t covered = 0;
+    std::sort(sides.begin(), sides.end(),
+              [](const SRectSide& a, const SRectSide& b) { return a.x < b.x; });
+    std::vector<std::uint64_t> topmost(rects.size());
     for (auto edge = edges.begin(); edge != edges.end() && std::next(edge) != edges.end(); ++edge) {
-        std::int64_t columns = 0;
-        std::int64_t reached = INT64_MIN;
-        for (const std::size_t i : order) {
-            const SPixelRect& rect = rects[i];
+        const std::int64_t rows = std::int64_t{*std::next(edge)} - *edge;
+        std::set<std::size_t> open; // the rectangles that cover what is right of `reached`
+        std::int64_t reached = 0;
+        for (const SRectSide& side : sides) {
+            const SPixelRect& rect = rects[side.rect];
             if (rect.top > *edge || rect.bottom <= *edge)
                 continue;
-            const std::int64_t from = std::max(reached, std::int64_t{rect.left});
-            columns += std::max(std::int64_t{0}, rect.right - from);
-            reached = std::max(reached, std::int64_t{rect.right});
+            if (!open.empty())
+                topmost[*open.rbegin()] += static_cast<std::uint64_t>((side.x - reached) * rows);
+            reached = side.x;
+            if (!open.insert(side.rect).second)
+                open.erase(side.rect);
         }
-        const std::int64_t rows = std::int64_t{*std::next(edge)} - *edge;
-        covered += static_cast<std::uint64_t>(columns * rows);
     }
-    return covered;
+    return topmost;
+}
+
+std::uint64_t CoveredPixels(const std::vector<SPixelRect>& rects) {
+    const std::vector<std::uint64_t> topmost = TopmostPixels(rects);
+    return std::accumulate(topmost.begin(), topmost.end(), std::uint64_t{0});
 }
 
 } // namespace trevolt

@@ -18,6 +18,9 @@ struct SRectOverlap {
 /// Every pair of rectangles that have pixels in common, from top to bottom.
 std::vector<SRectOverlap> FindOverlaps(const std::vector<SPixelRect>& rects);
 
+/// How many pixels each rectangle covers that no later one does.
+std::vector<std::uint64_t> TopmostPixels(const std::vector<SPixelRect>& rects);
+
 /// The pixels that are in any of the rectangles, each counted once.
 std::uint64_t CoveredPixels(const std::vector<SPixelRect>& rects);
 

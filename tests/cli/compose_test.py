@@ -203,13 +203,23 @@ class Compose(ScreenTest):
         self.expect(result, 0, err=[])
         self.expect_pixels(self.screen, expected)
         told = self.lines(result.stdout)
-        self.assertEqual(told[4], 'a.9fcoef: lies wholly outside the screen of 8 x 5: none of its '
-                                  'pixels is there')
+        self.assertEqual(told[1:-2],
+                         ['a.9fcoef: 1 of its pixels is overwritten by later files',
+                          'b.9fcoef -> 4,2,9,5  (5 x 3)',
+                          'b.9fcoef: 3 of its pixels are outside the screen and cut',
+                          'b.9fcoef: 6 of its pixels are overwritten by later files',
+                          'c.9fcoef -> 5,-1,8,4  (5 x 3, turned by 90°)',
+                          'c.9fcoef: 3 of its pixels are outside the screen and cut',
+                          'a.9fcoef -> 8,0,13,3  (5 x 3)',
+                          'a.9fcoef: lies wholly outside the screen of 8 x 5: none of its '
+                          'pixels is there'])
         self.assertEqual(told[-1], f'3 files put into {self.screen}  (8 x 5), 1 outside, 0 failed')
         *files, summary = self.objects(self.compose(
             'b.9fcoef@4,2', 'a.9fcoef@8,0', '--size', '8x5', '--allow-outside', '--overwrite',
             '--json'), 0)
         self.assertEqual([file['status'] for file in files], ['placed', 'outside'])
+        self.assertEqual([(file['cut_pixels'], file['overwritten_pixels']) for file in files],
+                         [(3, 0), (15, 0)])
         self.assertEqual([summary[key] for key in ('placed', 'outside', 'failed')], [1, 1, 0])
 
     def test_a_damaged_cabinet(self):
@@ -293,8 +303,8 @@ class Compose(ScreenTest):
         self.assertEqual(file, {
             'type': 'file', 'name': 'a.9fcoef', 'path': './a.9fcoef', 'status': 'placed', 'angle': 90,
             'own_size': {'width': 5, 'height': 3},
-            'rect': {'left': 0, 'top': 0, 'right': 3, 'bottom': 5}, 'problems': [], 'losses': [],
-            'notes': []})
+            'rect': {'left': 0, 'top': 0, 'right': 3, 'bottom': 5}, 'cut_pixels': 0,
+            'overwritten_pixels': 0, 'problems': [], 'losses': [], 'notes': []})
         self.assertEqual(other['rect'], {'left': 4, 'top': 0, 'right': 9, 'bottom': 3})
         self.assertEqual(summary, {
             'type': 'summary', 'version': 1, 'end': 'done', 'exit_status': 0,

@@ -106,7 +106,11 @@ class Crop(ScreenTest):
         back = self.folder / 'back'
         result = self.run_cli('crop', screen, back, '--layout', table, '--from', SAMPLES / 'cabinet')
         self.expect(result, 0, err=[])
-        self.assertEqual(len(self.lines(result.stdout)), 10)
+        told = self.lines(result.stdout)
+        self.assertEqual(len(told), 12)
+        self.assertEqual(told[9:11], [f'{screen}: it holds no values beside the matrix: those of '
+                                      f'{kind} are the default 0, 1, 0'
+                                      for kind in ('.4wcoef', '.12wcoef')])
         self.assertEqual(sorted(path.name for path in back.iterdir()),
                          [cabinet.name for cabinet in cabinets])
         for cabinet in cabinets if not cli_support.IS_WRAPPED else cabinets[:2]:

@@ -261,6 +261,36 @@ TEST_F(Composition, ADamagedFileIsNamedAndNothingWrittenUnlessLenient) {
     });
 }
 
+TEST_F(Composition, CountsWhatIsCutAndWhatIsOverwritten) {
+    auto request = Request({Cabinet(L"a.9fcoef", 1, -1, 0), Cabinet(L"b.9wcoef", 2, 2, 1),
+                            Cabinet(L"c.3bcoef", 3, 3, 0, 1), Cabinet(L"d.9fcoef", 4, 9, 9)});
+    request.size = PixelSize{6, 4};
+    request.allowOutside = true;
+    request.allowOverlap = true;
+    request.output.replaces = true;
+    const auto countsOf = [](const SComposition& result) {
+        std::vector<std::pair<std::uint64_t, std::uint64_t>> counts;
+        for (const SPlacedOutcome& file : result.files)
+            counts.emplace_back(file.cut, file.overwritten);
+        return counts;
+    };
+    using Counts = std::vector<std::pair<std::uint64_t, std::uint64_t>>;
+    // Columns 0 to 3 of rows 0 to 2; 2 to 5 of rows 1 to 3; 3 to 5 of rows 0 to 3.
+    EXPECT_EQ(countsOf(Compose(request)), (Counts{{3, 5}, {3, 9}, {3, 0}, {15, 0}}));
+    // What cannot be read lies on nothing.
+    const std::string whole = ReadText(m_folder.File(L"c.3bcoef"));
+    WriteText(m_folder.File(L"c.3bcoef"), whole.substr(0, whole.size() - 3));
+    request.lenient = true;
+    const SComposition damaged = Compose(request);
+    EXPECT_TRUE(damaged.isWritten);
+    ExpectFile(request.output.path, 6, 4, [&](std::int32_t x, std::int32_t y) {
+        if (x >= 2 && y >= 1)
+            return PixelOf(L"b.9wcoef", 2, 0, x - 2, y - 1);
+        return x < 4 && y < 3 ? PixelOf(L"a.9fcoef", 1, 0, x + 1, y) : SMatrixCoef{};
+    });
+    EXPECT_EQ(countsOf(damaged), (Counts{{3, 4}, {3, 0}, {3, 0}, {15, 0}}));
+}
+
 TEST_F(Composition, WithoutAFilesSizeNothingIsDone) {
     WriteText(m_folder.File(L"a.9fcoef"), "none");
     auto request = Request({Placed(L"a.9fcoef", 0, 0)});

@@ -34,6 +34,15 @@ TEST(RectCover, CountsEveryPixelOnce) {
     EXPECT_EQ(CoveredPixels({{0, 0, 65535, 65535}}), std::uint64_t{65535} * 65535);
 }
 
+TEST(RectCover, TellsWhatIsSeenOfEachWhereLaterOnesLieAbove) {
+    using Counts = std::vector<std::uint64_t>;
+    EXPECT_EQ(TopmostPixels({}), Counts{});
+    EXPECT_EQ(TopmostPixels({{0, 0, 3, 2}, {2, 1, 4, 3}}), (Counts{5, 4}));
+    EXPECT_EQ(TopmostPixels({{2, 1, 4, 3}, {0, 0, 3, 2}}), (Counts{3, 6}));
+    EXPECT_EQ(TopmostPixels({{0, 0, 3, 2}, {0, 0, 3, 2}}), (Counts{0, 6}));
+    EXPECT_EQ(TopmostPixels({{0, 0, 9, 9}, {2, 2, 2, 3}, {-5, -5, 1, 1}}), (Counts{80, 0, 36}));
+}
+
 TEST(RectCover, NamesBothAndWhatTheyShare) {
     EXPECT_TRUE(FindOverlaps({{0, 0, 3, 2}, {3, 0, 5, 2}, {0, 2, 3, 4}}).empty());
     const auto overlaps = FindOverlaps({{2, 1, 5, 4}, {0, 0, 3, 2}});
@@ -61,6 +70,16 @@ TEST(RectCover, IsWhatCountingPixelByPixelGives) {
                       return std::any_of(rects.begin(), rects.end(),
                                          [&](const SPixelRect& rect) { return IsIn(rect, x, y); });
                   }));
+        const std::vector<std::uint64_t> topmost = TopmostPixels(rects);
+        for (std::size_t i = 0; i < rects.size(); ++i)
+            EXPECT_EQ(topmost[i], CountPixels([&](std::int32_t x, std::int32_t y) {
+                          const auto isAbove = [&](const SPixelRect& rect) {
+                              return IsIn(rect, x, y);
+                          };
+                          return IsIn(rects[i], x, y) &&
+                                 std::none_of(rects.begin() + static_cast<std::ptrdiff_t>(i) + 1,
+                                              rects.end(), isAbove);
+                      }));
         std::uint64_t pairs = 0;
         for (std::size_t i = 0; i < rects.size(); ++i)
             for (std::size_t j = i + 1; j < rects.size(); ++j)
