@@ -389,9 +389,10 @@ SValuePicture CWallPicture::Paint(const std::string& title, std::size_t unplaced
     FramePlot(sheet.Picture(), {sheet.Left(), sheet.Top(), m_layout->Width(), m_layout->Height()});
     std::vector<SLegendNote> notes;
     if (missing > 0)
-        notes.push_back({ink::kEmpty, fmt::format("crossed out: {} not read", missing)});
+        notes.push_back(
+            {ink::kEmpty, fmt::format("crossed out: {} not shown", missing), PaintMissing});
     if (isAnyFree)
-        notes.push_back({ink::kHatch, "hatched: no pixels"});
+        notes.push_back({ink::kEmpty, "hatched: no pixels", PaintNothing});
     const SPaintedValues painted = painter.Painted(found, notFinite);
     SValuePicture picture{std::move(sheet).Finish(painter, painted, notes), painted};
     picture.values.isLight = m_style.view.what == EMapView::White;

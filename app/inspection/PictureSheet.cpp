@@ -178,7 +178,10 @@ void CPictureSheet::PaintNotes(const std::vector<SLegendNote>& notes) {
         }
         const int left = right + kNoteGap;
         const SPictureRect swatch{left, baseline - kSwatch + 2, kSwatch, kSwatch};
-        m_picture.Fill(swatch, note.colour);
+        if (note.paint != nullptr)
+            note.paint(m_picture, swatch);
+        else
+            m_picture.Fill(swatch, note.colour);
         m_picture.Frame(swatch, ink::kFrame);
         PaintLines(lines, left + kSwatch + kSwatchGap, baseline, ink::kText);
         right = lines.size() > 1 ? m_picture.Width() : left + width; // the next begins a line

@@ -34,6 +34,8 @@ struct SSheetText {
 struct SLegendNote {
     SColour colour;
     std::string text;
+    /// Paints the sample of what the picture shows in a pattern, and not in the colour.
+    void (*paint)(CPicture& picture, const SPictureRect& sample) = nullptr;
 };
 
 class CPictureSheet {
