@@ -46,7 +46,7 @@ void MakePages(const std::filesystem::path& folder) {
 } // namespace trevolt
 
 int main(int argumentCount, char** arguments) try {
-    if (argumentCount != 2) {
+    if (argumentCount != 2 || arguments[1][0] == '-') {
         std::fputs("usage: make-cli-pages FOLDER\n", stderr);
         return 2;
     }

@@ -43,10 +43,12 @@ class Generator(unittest.TestCase):
                              'run ./dev pages and commit share/\n' + ''.join(difference))
 
     def test_mistakes(self):
-        for arguments in ([], ['one', 'two']):
-            done = run(GENERATOR, *arguments)
-            self.assertEqual((done.returncode, done.stdout, done.stderr),
-                             (2, '', 'usage: make-cli-pages FOLDER\n'))
+        with tempfile.TemporaryDirectory() as folder:
+            for arguments in ([], ['one', 'two'], ['--help'], ['-h'], ['-']):
+                done = run(GENERATOR, *arguments, cwd=folder)
+                self.assertEqual((done.returncode, done.stdout, done.stderr),
+                                 (2, '', 'usage: make-cli-pages FOLDER\n'))
+            self.assertEqual(list(pathlib.Path(folder).iterdir()), [])
         with tempfile.NamedTemporaryFile() as file:
             done = run(GENERATOR, file.name)
             self.assertEqual((done.returncode, done.stdout), (1, ''))
