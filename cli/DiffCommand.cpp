@@ -383,7 +383,8 @@ class CDiff {
 
     void TellUnnamable(const SCommandFiles& files, const std::wstring& folder, bool isOfA) {
         for (const std::string& name : files.unnamable)
-            TellSingle({WideToShownUtf8(WithSeparator(folder)) + name, isOfA, kUnnamableProblem});
+            TellSingle(
+                {WideToShownUtf8(WithSeparator(folder)) + name, isOfA, DescribeUnnamable(name)});
     }
 
     void TellSingle(const SSingleFile& file) {

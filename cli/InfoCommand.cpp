@@ -271,7 +271,7 @@ class CInfo {
   private:
     void TellUnnamable(const std::string& name) {
         SFileFacts facts;
-        facts.problems.emplace_back(kUnnamableProblem);
+        facts.problems.emplace_back(DescribeUnnamable(name));
         Tell({name, {}}, facts);
     }
 

@@ -279,7 +279,7 @@ void TellUnnamable(const std::vector<std::string>& names, CPreviewPrinter& print
     for (const std::string& name : names) {
         SPreviewedFile file;
         file.name = name;
-        file.problems.emplace_back(kUnnamableProblem);
+        file.problems.emplace_back(DescribeUnnamable(name));
         printer.OnFile(file);
     }
 }

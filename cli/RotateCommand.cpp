@@ -51,7 +51,7 @@ int ListFiles(const SRotationRequest& request, const SRotateOptions& options) {
         if (!turn.isTaken || request.existing != EExistingOutput::Skip)
             PrintPath(turn.Path(), options.nullEnds);
     for (const std::string& name : plan.unnamable)
-        PrintLine(stderr, "{}: {}", name, kUnnamableProblem);
+        PrintLine(stderr, "{}: {}", name, DescribeUnnamable(name));
     return plan.unnamable.empty() ? kExitAllDone : kExitSomeFailed;
 }
 

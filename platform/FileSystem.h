@@ -36,10 +36,19 @@ struct FolderEntry {
     EntryKind kind = EntryKind::File;
 };
 
+/// One (on POSIX) whose name is not valid UTF-8.
+struct UnnamedEntry {
+    std::string rawName;
+    EntryKind kind = EntryKind::File;
+    bool isLink = false; ///< of what it leads to is the kind
+};
+
 struct FolderListing {
-    int error = 0; ///< the `errno` value of what ended the listing before the folder's end, else 0
-    std::vector<FolderEntry> entries;       ///< in the system's order, "." and ".." included
-    std::vector<std::string> unnamedByUtf8; ///< files (POSIX) whose raw names are not valid UTF-8
+    /// The `errno` value of what ended the listing before the folder's end, or kept the system from
+    /// telling what an entry is, which stands as a file then; else 0.
+    int error = 0;
+    std::vector<FolderEntry> entries; ///< in the system's order, "." and ".." included
+    std::vector<UnnamedEntry> unnamedByUtf8;
 };
 
 /// Every entry whose full name begins with `prefix`: a folder's path with its separator gives all

@@ -31,16 +31,34 @@ EntryKind KindOf(const struct stat& info) {
     return S_ISREG(info.st_mode) ? EntryKind::File : EntryKind::Other;
 }
 
-EntryKind KindOf(const std::string& path) {
+bool IsNativeFolder(const std::string& path) {
     struct stat info {};
-    return stat(path.c_str(), &info) == 0 ? KindOf(info) : EntryKind::File;
+    return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
-void AddEntry(FolderListing& listing, const std::string& name, EntryKind kind) {
-    if (auto wide = Utf8ToWide(name))
-        listing.entries.push_back({std::move(*wide), kind});
-    else if (kind == EntryKind::File)
-        listing.unnamedByUtf8.push_back(name);
+bool IsNativeLink(const std::string& path) {
+    struct stat info {};
+    return lstat(path.c_str(), &info) == 0 && S_ISLNK(info.st_mode);
+}
+
+/// Of a look at an entry that is gone, or at a link that leads nowhere.
+bool IsNothingThere(int error) { return error == ENOENT || error == ENOTDIR || error == ELOOP; }
+
+/// What the folder itself tells of its entry, which needs no right to look at that; where it tells
+/// nothing, and of links, what stands at `path`. A look that fails leaves its reason in `error`.
+EntryKind KindOf(const dirent& entry, const std::string& path, int& error) {
+    if (entry.d_type == DT_REG)
+        return EntryKind::File;
+    if (entry.d_type == DT_DIR)
+        return EntryKind::Folder;
+    if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN)
+        return EntryKind::Other;
+    struct stat info {};
+    if (stat(path.c_str(), &info) == 0)
+        return KindOf(info);
+    if (error == 0 && !IsNothingThere(errno))
+        error = errno;
+    return EntryKind::File;
 }
 
 /// What `fsync` has to say of an entry that is opened for it.
@@ -73,6 +91,7 @@ FolderListing ListEntries(const std::wstring& prefix) {
     const std::size_t nameStart = native->rfind('/') + 1; // npos + 1 is 0
     const std::string folder = nameStart == 0 ? "./" : native->substr(0, nameStart);
     const std::string nameBegin = native->substr(nameStart);
+    int lookError = 0;
     // The C++ library's iterator ends the program when it gets no memory.
     const std::unique_ptr<DIR, DirCloser> dir(opendir(folder.c_str()));
     while (dir) {
@@ -81,10 +100,15 @@ FolderListing ListEntries(const std::wstring& prefix) {
         if (entry == nullptr)
             break;
         const std::string name = entry->d_name;
-        if (name.starts_with(nameBegin))
-            AddEntry(listing, name, KindOf(folder + name));
+        if (!name.starts_with(nameBegin))
+            continue;
+        const EntryKind kind = KindOf(*entry, folder + name, lookError);
+        if (auto wide = Utf8ToWide(name))
+            listing.entries.push_back({std::move(*wide), kind});
+        else
+            listing.unnamedByUtf8.push_back({name, kind, IsNativeLink(folder + name)});
     }
-    listing.error = errno;
+    listing.error = errno != 0 ? errno : lookError;
     return listing;
 }
 
@@ -123,7 +147,7 @@ bool CreateFolders(const std::wstring& path) {
     int reason = 0;
     const auto make = [&](const std::string& folder) {
         const int error = mkdir(folder.c_str(), 0777) == 0 ? 0 : errno;
-        stands = error == 0 || KindOf(folder) == EntryKind::Folder;
+        stands = error == 0 || IsNativeFolder(folder);
         if (stands || reason == 0)
             reason = stands ? 0 : error;
     };
@@ -186,9 +210,8 @@ int SyncNativeFolder(const NativePath& folder) noexcept {
 }
 
 bool IsLink(const std::wstring& path) {
-    struct stat info {};
     const auto native = ToNativePath(path);
-    return native && lstat(native->c_str(), &info) == 0 && S_ISLNK(info.st_mode);
+    return native && IsNativeLink(*native);
 }
 
 std::optional<EntryIdentity> IdentityOf(const std::wstring& path, EIdentified identified) {

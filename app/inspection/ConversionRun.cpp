@@ -19,7 +19,7 @@ namespace {
 SConvertedFile UnnamableFile(const std::string& name) {
     SConvertedFile file;
     file.name = name;
-    file.conversion.problems.emplace_back(kUnnamableProblem);
+    file.conversion.problems.emplace_back(DescribeUnnamable(name));
     return file;
 }
 

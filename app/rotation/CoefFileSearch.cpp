@@ -18,6 +18,12 @@
 namespace trevolt {
 namespace {
 
+// Why an entry of a folder is passed over.
+constexpr const char* kFolder = "a folder";
+constexpr const char* kFolderLink = "a link to a folder";
+constexpr const char* kNoFile = "a pipe, socket or device";
+constexpr const char* kNoCoefFile = "no coefficient file by its name";
+
 /// Collects the files of the sources.
 class CSourceSearch {
   public:
@@ -80,31 +86,47 @@ class CSourceSearch {
             m_found.files.reserve(m_found.files.size() + listing.entries.size());
         for (FolderEntry& entry : listing.entries) {
             const std::wstring name = std::exchange(entry.name, {}); // held once: they may be many
+            if (name == L"." || name == L"..")
+                continue;
             if (entry.kind == EntryKind::Folder)
                 AddSubfolder(below, name, folders);
             else if (entry.kind == EntryKind::Other)
-                PassOver(below + name, "a pipe, socket or device");
+                PassOver(WideToShownUtf8(below + name), kNoFile);
             else if (!m_request.takes(name))
-                PassOver(below + name, "no coefficient file by its name");
+                PassOver(WideToShownUtf8(below + name), kNoCoefFile);
             else
                 AddName(below + name);
         }
-        for (const std::string& raw : listing.unnamedByUtf8)
-            if (m_request.takes(std::wstring(raw.begin(), raw.end())))
-                m_found.unnamable.push_back(WideToShownUtf8(below) + Shown(raw));
+        for (const UnnamedEntry& entry : listing.unnamedByUtf8)
+            AddUnnamed(WideToShownUtf8(below) + Shown(entry.rawName), entry);
+    }
+
+    /// What cannot be opened by its name, `shown` so: it fails where it is meant.
+    void AddUnnamed(const std::string& shown, const UnnamedEntry& entry) {
+        const std::wstring letters(entry.rawName.begin(), entry.rawName.end());
+        if (entry.kind == EntryKind::Other)
+            PassOver(shown, kNoFile);
+        else if (entry.kind == EntryKind::File && m_request.takes(letters))
+            m_found.unnamable.push_back(shown);
+        else if (entry.kind == EntryKind::File)
+            PassOver(shown, kNoCoefFile);
+        else if (!m_request.recursive)
+            PassOver(shown, kFolder);
+        else if (entry.isLink)
+            PassOver(shown, kFolderLink);
+        else
+            m_found.unnamable.push_back(shown + static_cast<char>(kFolderSlash));
     }
 
     void AddSubfolder(const std::wstring& below, const std::wstring& name,
                       std::vector<std::wstring>& folders) {
-        if (name == L"." || name == L"..")
-            return;
         const std::wstring path = *m_folder + below + name;
         if (!m_request.recursive)
-            PassOver(below + name, "a folder");
+            PassOver(WideToShownUtf8(below + name), kFolder);
         else if (IsLink(path))
-            PassOver(below + name, "a link to a folder");
+            PassOver(WideToShownUtf8(below + name), kFolderLink);
         else if (IsSameEntry(path, m_request.targetFolder))
-            PassOver(below + name, "the target folder");
+            PassOver(WideToShownUtf8(below + name), "the target folder");
         else
             folders.push_back(below + name + kFolderSlash);
     }
@@ -120,8 +142,8 @@ class CSourceSearch {
 
     void AddName(const std::wstring& name) { m_found.files.push_back({m_folder, name}); }
 
-    void PassOver(const std::wstring& name, const char* reason) {
-        m_found.passedOver.push_back({WideToShownUtf8(name), reason});
+    void PassOver(std::string name, const char* reason) {
+        m_found.passedOver.push_back({std::move(name), reason});
     }
 
     const SCoefFileSearch& m_request;
@@ -133,6 +155,12 @@ class CSourceSearch {
 } // namespace
 
 bool IsCoefFileName(std::wstring_view name) { return FindLoadKind(name) != nullptr; }
+
+const char* DescribeUnnamable(std::string_view name) {
+    return name.ends_with(static_cast<char>(kFolderSlash))
+               ? "passed over with all that it holds: the folder's name is not valid UTF-8"
+               : "passed over: its name is not valid UTF-8";
+}
 
 SCoefFiles FindCoefFiles(const SCoefFileSearch& request) {
     SCoefFiles found;

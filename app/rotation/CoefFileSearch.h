@@ -15,8 +15,8 @@ bool IsCoefFileName(std::wstring_view name);
 
 inline constexpr wchar_t kFolderSlash = L'/'; ///< in names that are told, on every system
 
-/// Of a file that is meant, but has no path in texts.
-inline constexpr const char* kUnnamableProblem = "passed over: its name is not valid UTF-8";
+/// Why a file or folder of `SCoefFiles::unnamable` fails.
+const char* DescribeUnnamable(std::string_view name);
 
 struct SCoefFileSearch {
     /// Coefficient files, and folders of them, in any mixture.
@@ -41,7 +41,8 @@ struct SCoefFileName {
 struct SCoefFiles {
     std::vector<SCoefFileName> files; ///< source by source, each in sorted order
     std::vector<SPassedOver> passedOver;
-    /// Files that are meant, but their names are not valid UTF-8: as they are shown.
+    /// Files that are meant, and folders to be searched, but their names are not valid UTF-8: as they
+    /// are shown, those of folders with a slash at the end.
     std::vector<std::string> unnamable;
     std::vector<std::string> obstacles; ///< why the sources cannot be taken, in plain words
     bool isListingBroken = false; ///< an obstacle is that a folder could not be listed to its end

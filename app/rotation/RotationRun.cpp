@@ -28,7 +28,7 @@ namespace {
 SFileOutcome UnnamableOutcome(const std::string& name) {
     SFileOutcome outcome;
     outcome.name = name;
-    outcome.problems.emplace_back(kUnnamableProblem);
+    outcome.problems.emplace_back(DescribeUnnamable(name));
     return outcome;
 }
 

@@ -136,7 +136,8 @@ struct SPassedOver {
 struct SRotationPlan {
     std::vector<SPlannedTurn> turns; ///< source by source, each in sorted order
     std::vector<SPassedOver> passedOver;
-    /// Files that are meant, but their names are not valid UTF-8: as they are shown.
+    /// Files that are meant, and folders to be searched, but their names are not valid UTF-8: as they
+    /// are shown, those of folders with a slash at the end.
     std::vector<std::string> unnamable;
     /// Why nothing can be done, each in plain words; empty when the run can begin.
     std::vector<std::string> obstacles;

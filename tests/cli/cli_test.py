@@ -8,6 +8,7 @@ POSIX system are then passed over. The recorder is what CallRecorder.cpp makes. 
 made here and not by the program: bodies are packed and unpacked by another LZ4 implementation's
 front end.
 """
+import json
 import os
 import pathlib
 import re
@@ -374,6 +375,38 @@ class Names(CliTest):
                         ['a.3bcoef -> a-90°.3bcoef  (4 x 3 -> 3 x 4)',
                          '1 file turned by 90°, 1 failed'],
                         ['b\\xFF\\xE9.3bcoef: passed over: its name is not valid UTF-8'])
+
+    @posix_only
+    def test_a_folder_whose_name_is_not_utf8_fails_where_folders_are_searched(self):
+        self.add('a.3bcoef')
+        odd = os.fsencode(self.source) + b'/caf\xe9'
+        os.mkdir(odd)
+        shutil.copy(self.source / 'a.3bcoef', odd + b'/b.3bcoef')
+        shutil.copy(self.source / 'a.3bcoef', os.fsencode(self.source) + b'/\xff.txt')
+        os.symlink(odd, os.fsencode(self.source) + b'/link\xe9')
+        told = ('caf\\xE9/: passed over with all that it holds: the folder\'s name is not valid '
+                'UTF-8')
+        result = self.rotate('-r', '--verbose')
+        self.expect(result, 1, err=[told])
+        out = self.lines(result.stdout)
+        self.assertEqual(out[-1], '1 file turned by 90°, 1 failed, 2 entries passed over')
+        self.assertLessEqual({'\\xFF.txt: passed over: no coefficient file by its name',
+                              'link\\xE9: passed over: a link to a folder'}, set(out))
+        self.expect(self.rotate('--list', '-r'), 1, [f'{self.source}/a.3bcoef'], [told])
+        *_, summary = map(json.loads, self.rotate('-r', '--json', '--overwrite').stdout.splitlines())
+        self.assertEqual((summary['exit_status'], summary['failed']), (1, 1))
+        for command in (['convert', '--to', '9fcoef', '-r', self.source, self.target],
+                        ['preview', '-r', self.source, self.folder / 'wall.png']):
+            self.expect(self.run_cli(*command), 1, err=[told])
+        result = self.run_cli('info', '-r', self.source)
+        self.expect(result, 1, err=[])
+        self.assertIn(f"  problem   {told.split(': ', 1)[1]}", self.lines(result.stdout))
+        self.expect(self.run_cli('diff', '-r', self.source, self.source), 2,
+                    err=[f'{self.source}/{told}'] * 2)
+        self.expect(self.rotate('--list', '--verbose'), 0, [f'{self.source}/a.3bcoef'], [
+            f'{name}: passed over: {reason}' for name, reason in (
+                ('\\xFF.txt', 'no coefficient file by its name'), ('caf\\xE9', 'a folder'),
+                ('link\\xE9', 'a folder'))])
 
     @posix_only
     def test_what_is_no_file_is_passed_over(self):

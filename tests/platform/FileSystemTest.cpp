@@ -5,7 +5,9 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <optional>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -171,18 +173,87 @@ TEST(FileSystem, ARefusedReplacementTellsWhy) {
 }
 
 #ifndef _WIN32
-TEST(FileSystem, NamesThatAreNotUtf8AreThoseOfFilesOnly) {
+TEST(FileSystem, NamesThatAreNotUtf8AreApart) {
     const CTemporaryFolder folder;
     const std::string path = *ToNativePath(folder.Path());
     ASSERT_EQ(mkdir((path + "folder\xFF").c_str(), 0777), 0);
     ASSERT_EQ(mkfifo((path + "pipe\xFF").c_str(), 0666), 0);
     std::ofstream(path + "file\xFF") << "x";
+    ASSERT_EQ(symlink((path + "folder\xFF").c_str(), (path + "link\xFF").c_str()), 0);
     const FolderListing listing = ListEntries(folder.Path());
-    EXPECT_EQ(listing.unnamedByUtf8, std::vector<std::string>{"file\xFF"});
+    std::map<std::string, std::pair<EntryKind, bool>> unnamed;
+    for (const UnnamedEntry& entry : listing.unnamedByUtf8)
+        unnamed[entry.rawName] = {entry.kind, entry.isLink};
+    EXPECT_EQ(unnamed, (std::map<std::string, std::pair<EntryKind, bool>>{
+                           {"file\xFF", {EntryKind::File, false}},
+                           {"folder\xFF", {EntryKind::Folder, false}},
+                           {"link\xFF", {EntryKind::Folder, true}},
+                           {"pipe\xFF", {EntryKind::Other, false}}}));
     EXPECT_EQ(listing.entries.size(), 2U); // "." and ".."
+    EXPECT_EQ(unlink((path + "link\xFF").c_str()), 0);
     EXPECT_EQ(rmdir((path + "folder\xFF").c_str()), 0);
     EXPECT_EQ(unlink((path + "pipe\xFF").c_str()), 0);
     EXPECT_EQ(unlink((path + "file\xFF").c_str()), 0);
+}
+#endif
+
+#ifndef _WIN32
+/// Lets the system refuse what it lets nobody but root do.
+class COrdinaryUser {
+  public:
+    COrdinaryUser() { EXPECT_EQ(m_user == 0 ? seteuid(kNobody) : 0, 0); }
+    ~COrdinaryUser() { EXPECT_EQ(seteuid(m_user), 0); }
+    COrdinaryUser(const COrdinaryUser&) = delete;
+    COrdinaryUser& operator=(const COrdinaryUser&) = delete;
+
+  private:
+    static constexpr uid_t kNobody = 65534;
+    const uid_t m_user = geteuid();
+};
+
+TEST(FileSystem, EntriesThatMayNotBeLookedAtAreWhatTheirFolderTells) {
+    const CTemporaryFolder folder;
+    const std::string held = *ToNativePath(folder.File(L"held"));
+    ASSERT_EQ(chmod(ToNativePath(folder.Path())->c_str(), 0755), 0);
+    ASSERT_TRUE(CreateFolders(folder.File(L"held/sub")));
+    WriteText(folder.File(L"held/file"), "x");
+    const auto listAsOrdinaryUser = [&] {
+        EXPECT_EQ(chmod(held.c_str(), 0444), 0);
+        FolderListing listing;
+        {
+            const COrdinaryUser user;
+            listing = ListEntries(folder.File(L"held/"));
+        }
+        EXPECT_EQ(chmod(held.c_str(), 0755), 0);
+        return listing;
+    };
+    const FolderListing listing = listAsOrdinaryUser();
+    EXPECT_EQ(listing.error, 0);
+    std::map<std::wstring, EntryKind> kinds;
+    for (const FolderEntry& entry : listing.entries)
+        kinds[entry.name] = entry.kind;
+    EXPECT_EQ(kinds, (std::map<std::wstring, EntryKind>{{L".", EntryKind::Folder},
+                                                        {L"..", EntryKind::Folder},
+                                                        {L"file", EntryKind::File},
+                                                        {L"sub", EntryKind::Folder}}));
+    ASSERT_EQ(symlink("sub", (held + "/link").c_str()), 0);
+    const FolderListing withLink = listAsOrdinaryUser();
+    EXPECT_EQ(withLink.error, EACCES);
+    EXPECT_EQ(withLink.entries.size(), 5U);
+    ASSERT_EQ(unlink((held + "/link").c_str()), 0);
+}
+
+TEST(FileSystem, LinksThatLeadNowhereStandAsFiles) {
+    const CTemporaryFolder folder;
+    WriteText(folder.File(L"file"), "x");
+    for (const auto& [to, name] :
+         {std::pair{"missing", L"gone"}, {"file/below", L"through"}, {"round", L"round"}})
+        ASSERT_EQ(symlink(to, ToNativePath(folder.File(name))->c_str()), 0);
+    const FolderListing listing = ListEntries(folder.Path());
+    EXPECT_EQ(listing.error, 0);
+    EXPECT_EQ(std::count_if(listing.entries.begin(), listing.entries.end(),
+                            [](const FolderEntry& entry) { return entry.kind == EntryKind::File; }),
+              4);
 }
 #endif
 
