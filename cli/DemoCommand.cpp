@@ -1,4 +1,3 @@
-#include <cerrno>
 #include <memory>
 
 #include "app/rotation/DemoWall.h"
@@ -8,7 +7,7 @@
 #include "cli/SharedOptions.h"
 #include "cli/ShownText.h"
 #include "platform/FileSystem.h"
-#include "platform/SystemError.h"
+#include "platform/Process.h"
 
 namespace trevolt {
 namespace {
@@ -22,15 +21,14 @@ struct SDemoOptions {
 int WriteDemo(const SDemoOptions& options) {
     const std::string& folder = options.folder;
     const std::wstring path = ParseFor("FOLDER", "a folder", folder, ParsePath);
-    if (!CreateFolders(path)) {
-        const std::string reason = SystemErrorText(errno);
-        Complain("the folder {} cannot be made{}{}", folder, reason.empty() ? "" : ": ", reason);
-        return kExitUsage;
-    }
-    const std::string problem = WriteDemoWall(path, options.overwrite, !options.noSync);
+    const std::atomic<bool>& interrupted = CatchInterrupts();
+    const std::string problem =
+        WriteDemoWall(path, options.overwrite, !options.noSync, interrupted);
     if (!problem.empty()) {
         Complain("{}: {}", folder, problem);
-        return kExitSomeFailed;
+        if (interrupted)
+            return kExitInterrupted;
+        return IsFolder(path) ? kExitSomeFailed : kExitUsage;
     }
     PrintLine(stdout, "demo wall written to {}", folder);
     return kExitAllDone;

@@ -15,6 +15,7 @@
 #include "cli/ShownText.h"
 #include "cli/Sources.h"
 #include "platform/FileSystem.h"
+#include "platform/Process.h"
 #include "trevolt/CoefRotation.h"
 #include "trevolt/FileKinds.h"
 #include "trevolt/Utf8.h"
@@ -33,7 +34,8 @@ constexpr const char* kDiffNotes = R"(Examples:
 Exit states:
   0    all is the same
   1    something differs, or is on one side only
-  2    trouble: a file is damaged or cannot be read, or wrong usage)";
+  2    trouble: a file is damaged or cannot be read, or wrong usage
+  130  interrupted; what is told of a pair is whole, and a picture that is not told is not written)";
 
 constexpr int kExitSame = 0;
 constexpr int kExitDifferent = 1;
@@ -111,7 +113,10 @@ struct SDiffOutcome {
             return;
         }
     }
+    bool IsInterrupted() const { return end == ERotationEnd::Interrupted; }
     int ExitStatus() const {
+        if (IsInterrupted())
+            return kExitInterrupted;
         if (end != ERotationEnd::AllDone)
             return kExitDiffTrouble;
         return different + onOneSide == 0 ? kExitSame : kExitDifferent;
@@ -168,8 +173,11 @@ class CLineDiffPrinter final : public CDiffPrinter {
         for (const std::string& error : outcome.errors)
             Complain("{}", error);
         if (areFolders && outcome.errors.empty())
-            PrintLine(stdout, "{} same, {} different, {} on one side only, {} with problems",
-                      outcome.same, outcome.different, outcome.onOneSide, outcome.failed);
+            PrintLine(stdout, "{} same, {} different, {} on one side only, {} with problems{}",
+                      outcome.same, outcome.different, outcome.onOneSide, outcome.failed,
+                      outcome.IsInterrupted() ? ", interrupted" : "");
+        else if (outcome.IsInterrupted())
+            PrintLine(stdout, "interrupted, no picture written");
     }
 
   private:
@@ -369,6 +377,8 @@ class CDiff {
         for (const SCoefFileName& file : ofB.files)
             unmatched.emplace(file.name, &file);
         for (const SCoefFileName& file : ofA.files) {
+            if (m_interrupted)
+                return Stop();
             const auto counterpart = unmatched.find(CounterpartOf(file.name, m_options.turn));
             if (counterpart == unmatched.end()) {
                 TellSingle({WideToShownUtf8(file.Path()), true, {}});
@@ -380,6 +390,8 @@ class CDiff {
         for (const auto& [name, file] : unmatched)
             TellSingle({WideToShownUtf8(file->Path()), false, {}});
     }
+
+    void Stop() { m_outcome.end = ERotationEnd::Interrupted; }
 
     void TellUnnamable(const SCommandFiles& files, const std::wstring& folder, bool isOfA) {
         for (const std::string& name : files.unnamable)
@@ -395,6 +407,8 @@ class CDiff {
     void DiffPair(const std::wstring& a, const std::wstring& b) {
         const SComparedFiles files{a, b, m_options.turn, m_options.tolerance};
         SFileComparison comparison = CompareFiles(files, DefaultThreads());
+        if (m_interrupted && !m_options.image.empty())
+            return Stop();
         if (!m_options.image.empty())
             WriteImage(files, comparison);
         m_outcome.Count(StatusOf(comparison));
@@ -423,6 +437,7 @@ class CDiff {
     }
 
     const SDiffOptions& m_options;
+    const std::atomic<bool>& m_interrupted = CatchInterrupts();
     std::unique_ptr<CDiffPrinter> m_printer;
     const std::string m_imageName; ///< as it is told
     bool m_isImageWritten = false;

@@ -14,6 +14,7 @@
 #include "cli/SharedOptions.h"
 #include "cli/ShownText.h"
 #include "cli/Sources.h"
+#include "platform/Process.h"
 #include "trevolt/Utf8.h"
 
 namespace trevolt {
@@ -28,7 +29,8 @@ constexpr const char* kInfoNotes = R"(Examples:
 Exit states:
   0    all files are whole
   1    some file is damaged or cannot be read; what could be read is told
-  2    wrong usage, or nothing to do)";
+  2    wrong usage, or nothing to do
+  130  interrupted; what is told of a file is whole)";
 
 struct SInfoOptions {
     std::vector<std::string> sources;
@@ -130,9 +132,11 @@ class CLineInfoPrinter final : public CInfoPrinter {
     void OnEnd(const SInfoOutcome& outcome) override {
         for (const std::string& error : outcome.errors)
             Complain("{}", error);
-        if (const std::size_t files = outcome.whole + outcome.failed; files != 0)
-            PrintLine(stdout, "{} {}, {} with problems", files, files == 1 ? "file" : "files",
-                      outcome.failed);
+        const std::size_t files = outcome.whole + outcome.failed;
+        const bool isInterrupted = outcome.end == ERotationEnd::Interrupted;
+        if (files != 0 || isInterrupted)
+            PrintLine(stdout, "{} {}, {} with problems{}", files, files == 1 ? "file" : "files",
+                      outcome.failed, isInterrupted ? ", interrupted" : "");
     }
 
   private:
@@ -255,15 +259,21 @@ class CInfo {
     }
 
     int Run() {
+        const std::atomic<bool>& interrupted = CatchInterrupts();
         SCommandFiles found =
             FindCommandFiles(ParseSources("FILE", m_options.sources), m_options.recursive);
         m_outcome.end = found.end;
         m_outcome.errors = std::move(found.errors);
         for (const std::string& name : found.unnamable)
             TellUnnamable(name);
-        for (const SCoefFileName& file : found.files)
+        for (const SCoefFileName& file : found.files) {
+            if (interrupted) {
+                m_outcome.end = ERotationEnd::Interrupted;
+                break;
+            }
             Tell({WideToShownUtf8(file.name), WideToShownUtf8(file.Path())},
                  FindFileFacts(file.Path(), DefaultThreads()));
+        }
         m_printer->OnEnd(m_outcome);
         return ExitStatus(m_outcome.end);
     }

@@ -7,6 +7,7 @@
 #include "cli/OptionGroup.h"
 #include "cli/OptionValues.h"
 #include "cli/ShownText.h"
+#include "platform/Process.h"
 
 namespace trevolt {
 namespace {
@@ -47,6 +48,8 @@ int ExitStatus(EVerificationEnd end) {
         return kExitAllDone;
     case EVerificationEnd::SomeWrong:
         return kExitSomeFailed;
+    case EVerificationEnd::Interrupted:
+        return kExitInterrupted;
     case EVerificationEnd::NothingToDo:
         break;
     }
@@ -56,12 +59,13 @@ int ExitStatus(EVerificationEnd end) {
 int Verify(const std::string& manifest) {
     const std::wstring path = ParseFor("MANIFEST", "a file", manifest, ParsePath);
     CConsoleVerification listener(manifest);
-    const SVerification outcome = VerifyManifest(path, listener);
+    const SVerification outcome = VerifyManifest(path, listener, CatchInterrupts());
     if (!outcome.error.empty())
         Complain("{}", outcome.error);
     if (outcome.end != EVerificationEnd::NothingToDo)
-        fmt::print("{} OK, {} failed, {} missing\n", outcome.right, outcome.differing,
-                   outcome.missing);
+        fmt::print("{} OK, {} failed, {} missing{}\n", outcome.right, outcome.differing,
+                   outcome.missing,
+                   outcome.end == EVerificationEnd::Interrupted ? ", interrupted" : "");
     return ExitStatus(outcome.end);
 }
 

@@ -20,6 +20,9 @@ bool IsProcessGone(std::uint32_t id);
 /// terminate, a pipe that nobody reads any more), in place of ending it at once.
 const std::atomic<bool>& CatchInterrupts();
 
+/// For work that nobody interrupts.
+inline const std::atomic<bool> kNeverInterrupted{false};
+
 /// The columns of the terminal at standard error, 80 where it does not tell; 0 when it is none.
 std::size_t ErrorTerminalColumns();
 

@@ -63,7 +63,8 @@ std::string WriteCabinet(COutputFolder& target, std::uint32_t index, bool replac
 
 } // namespace
 
-std::string WriteDemoWall(const std::wstring& folder, bool replaces, bool sync) {
+std::string WriteDemoWall(const std::wstring& folder, bool replaces, bool sync,
+                          const std::atomic<bool>& interrupted) {
     COutputFolder target(folder, sync);
     if (const int error = target.Make(); error != 0)
         return WithSystemReason("the folder cannot be made or synced", error);
@@ -71,11 +72,15 @@ std::string WriteDemoWall(const std::wstring& folder, bool replaces, bool sync) 
     for (std::uint32_t i = 0; i < FileKinds().size() && !replaces; ++i)
         if (const std::wstring name = NameOf(i); IdentityOf(WithSeparator(folder) + name))
             return DescribeExistingOutput(WideToShownUtf8(name));
-    for (std::uint32_t i = 0; i < FileKinds().size(); ++i)
-        if (std::string problem = WriteCabinet(target, i, replaces); !problem.empty())
+    std::uint32_t written = 0;
+    for (; written < FileKinds().size() && !interrupted; ++written)
+        if (std::string problem = WriteCabinet(target, written, replaces); !problem.empty())
             return problem;
-    const int error = target.SyncNames();
-    return error == 0 ? std::string() : DescribeFolderSyncProblem(error);
+    if (const int error = target.SyncNames(); error != 0)
+        return DescribeFolderSyncProblem(error);
+    return written == FileKinds().size() ? std::string()
+                                         : fmt::format("interrupted: {} of {} cabinets are written",
+                                                       written, FileKinds().size());
 }
 
 } // namespace trevolt

@@ -258,7 +258,8 @@ std::optional<SManifestEntry> ParseManifestLine(std::string_view line) {
     return SManifestEntry{*sum, fmt::format("{}{}", isEscaped ? "\\" : "", shown), *name};
 }
 
-SVerification VerifyManifest(const std::wstring& path, CVerificationListener& listener) {
+SVerification VerifyManifest(const std::wstring& path, CVerificationListener& listener,
+                             const std::atomic<bool>& interrupted) {
     SVerification total;
     std::fstream stream;
     if (!OpenFileStream(stream, path.c_str(), std::ios::in)) {
@@ -268,6 +269,10 @@ SVerification VerifyManifest(const std::wstring& path, CVerificationListener& li
     }
     CManifestLines lines(stream);
     while (lines.Next()) {
+        if (interrupted) {
+            total.end = EVerificationEnd::Interrupted;
+            return total;
+        }
         if (lines.IsBlank())
             continue;
         const auto entry = lines.Entry();

@@ -2,12 +2,15 @@
 // (docs/manifest.md).
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <istream>
 #include <optional>
 #include <string>
 #include <string_view>
+
+#include "platform/Process.h"
 
 namespace trevolt {
 
@@ -54,7 +57,7 @@ class CVerificationListener {
     virtual void OnBadLine(std::uint64_t number) = 0;
 };
 
-enum class EVerificationEnd { AllRight, SomeWrong, NothingToDo };
+enum class EVerificationEnd { AllRight, SomeWrong, NothingToDo, Interrupted };
 
 struct SVerification {
     EVerificationEnd end = EVerificationEnd::AllRight;
@@ -70,7 +73,9 @@ inline constexpr std::size_t kLongestManifestLine = std::size_t{256} << 10;
 
 /// Compares every file of a manifest with its sum, in the manifest's order. Names are relative to
 /// the current folder, as sha256sum takes them. NothingToDo when the manifest does not open;
-/// SomeWrong also when it holds no sum, a line that is none, or cannot be read to its end.
-SVerification VerifyManifest(const std::wstring& path, CVerificationListener& listener);
+/// SomeWrong also when it holds no sum, a line that is none, or cannot be read to its end. Gives up
+/// between files once `interrupted`.
+SVerification VerifyManifest(const std::wstring& path, CVerificationListener& listener,
+                             const std::atomic<bool>& interrupted = kNeverInterrupted);
 
 } // namespace trevolt

@@ -11,6 +11,7 @@
 //                           of `signal` on: the objects that libraries keep are made before it
 //   TREVOLT_PLAIN_RENAMES   1: the file system has no rename that replaces nothing, 2: nor hard links
 //   TREVOLT_APPEARS         an empty file comes to stand under each new name in the last moment
+//   TREVOLT_INTERRUPT       the program is interrupted when it reads or syncs a file whose path ends so
 //   TREVOLT_DECAY           a file whose cached pages are given up has lost a bit on the disk
 #include <atomic>
 #include <cerrno>
@@ -70,9 +71,22 @@ class COwnWork {
     bool m_before;
 };
 
+std::string PathOf(int descriptor) {
+    char path[4096];
+    const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
+    const ssize_t length = readlink(link.c_str(), path, sizeof path);
+    return {path, length < 0 ? 0 : static_cast<std::size_t>(length)};
+}
+
 bool IsToFail(const char* variable, std::string_view path) {
     const char* const end = std::getenv(variable);
     return end != nullptr && path.ends_with(end);
+}
+
+void InterruptAt(std::string_view path) {
+    static std::atomic<bool> isDone{false};
+    if (IsToFail("TREVOLT_INTERRUPT", path) && !isDone.exchange(true))
+        std::raise(SIGINT);
 }
 
 void Decay(int descriptor) {
@@ -94,10 +108,8 @@ extern "C" {
 
 int fsync(int descriptor) {
     const COwnWork own;
-    char path[4096];
-    const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
-    const ssize_t length = readlink(link.c_str(), path, sizeof path);
-    const std::string_view synced(path, length < 0 ? 0 : static_cast<std::size_t>(length));
+    const std::string synced = PathOf(descriptor);
+    InterruptAt(synced);
     static std::atomic<long> spared{NumberIn("TREVOLT_SPARE_SYNCS", 0)};
     if (IsToFail("TREVOLT_FAIL_SYNC", synced) && spared-- <= 0) {
         errno = EIO;
@@ -106,6 +118,13 @@ int fsync(int descriptor) {
     const int result = Next<int(int)>("fsync")(descriptor);
     Record("sync", synced); // when it is done
     return result;
+}
+
+ssize_t read(int descriptor, void* bytes, std::size_t count) {
+    const COwnWork own;
+    if (std::getenv("TREVOLT_INTERRUPT") != nullptr)
+        InterruptAt(PathOf(descriptor));
+    return Next<ssize_t(int, void*, std::size_t)>("read")(descriptor, bytes, count);
 }
 
 int rename(const char* from, const char* to) noexcept {

@@ -8,6 +8,7 @@ POSIX system are then passed over. The recorder is what CallRecorder.cpp makes. 
 made here and not by the program: bodies are packed and unpacked by another LZ4 implementation's
 front end.
 """
+import hashlib
 import json
 import os
 import pathlib
@@ -1081,6 +1082,12 @@ class Durability(CliTest):
         lines = calls.read_text(encoding='utf-8').splitlines() if calls.exists() else []
         return result, [tuple(line.split(' ', 1)) for line in lines]
 
+    def interrupted(self, at, *arguments):
+        """The result of a command that is interrupted when it reads or syncs a file of such a name."""
+        begin = lambda: signal.signal(signal.SIGINT, signal.SIG_DFL)
+        return self.recorded(lambda **more: self.run_cli(*arguments, preexec_fn=begin, **more),
+                             interrupt=at)[0]
+
     def check_order(self, calls, folder, told):
         """Every file is synced before it is renamed, and the folder before what `told` names of a
         line that is printed; the names in their order."""
@@ -1125,6 +1132,80 @@ class Durability(CliTest):
         names = self.check_order(calls, wall, lambda line: {p.name for p in wall.iterdir()})
         self.assertEqual(len(names), 9)
         self.assertEqual(calls[-1], ('print', f'demo wall written to {wall}'))
+
+    @with_recorder
+    def test_the_folders_of_the_demo_wall_are_on_the_disk_before_a_cabinet(self):
+        wall = self.folder / 'some' / 'wall'
+        result, calls = self.recorded(self.run_cli, 'demo', wall)
+        self.expect(result, 0)
+        first = next(i for i, (_, what) in enumerate(calls) if what.endswith('.tmp'))
+        self.assertEqual(calls[:first], [('sync', str(folder)) for folder in
+                                         (wall.parent, self.folder, wall)])
+        missing = self.folder / 'other'
+        result, _ = self.recorded(self.run_cli, 'demo', missing / 'wall', fail_sync=missing)
+        self.expect(result, 1, [], [f'trevolt-cli: {missing}/wall: the folder cannot be made or '
+                                    'synced: Input/output error'])
+        self.assertEqual(list((missing / 'wall').iterdir()), [])
+
+    @with_recorder
+    def test_an_interrupted_demo_leaves_whole_cabinets(self):
+        wall = self.folder / 'wall'
+        self.expect(self.interrupted('.tmp', 'demo', wall), 130, [], [
+            f'trevolt-cli: {wall}: interrupted: 1 of 9 cabinets are written'])
+        self.assertEqual([path.name for path in wall.iterdir()], ['Cab_01.9fcoef'])
+
+    @with_recorder
+    def test_an_interrupted_info_tells_whole_files(self):
+        for name in 'abc':
+            self.add(f'{name}.3bcoef')
+        result = self.interrupted('b.3bcoef', 'info', self.source)
+        self.expect(result, 130, err=[])
+        self.assertEqual(self.lines(result.stdout)[-1], '2 files, 0 with problems, interrupted')
+        result = self.interrupted('b.3bcoef', 'info', '--json', self.source)
+        *files, summary = map(json.loads, self.lines(result.stdout))
+        self.assertEqual([file['name'] for file in files], ['a.3bcoef', 'b.3bcoef'])
+        self.assertEqual((result.returncode, summary['end'], summary['exit_status'],
+                          summary['whole']), (130, 'interrupted', 130, 2))
+
+    @with_recorder
+    def test_an_interrupted_diff_tells_whole_pairs(self):
+        for name in 'abc':
+            self.add(f'{name}.3bcoef')
+        shutil.copytree(self.source, self.target, dirs_exist_ok=True)
+        result = self.interrupted('b.3bcoef', 'diff', self.source, self.target)
+        self.expect(result, 130, err=[])
+        self.assertEqual(self.lines(result.stdout)[-1],
+                         '2 same, 0 different, 0 on one side only, 0 with problems, interrupted')
+        result = self.interrupted('b.3bcoef', 'diff', '--json', self.source, self.target)
+        *pairs, summary = map(json.loads, self.lines(result.stdout))
+        self.assertEqual((len(pairs), result.returncode, summary['end'], summary['exit_status'],
+                          summary['same']), (2, 130, 'interrupted', 130, 2))
+
+    @with_recorder
+    def test_an_interrupted_difference_picture_is_not_written(self):
+        for name in 'ab':
+            self.add(f'{name}.3bcoef')
+        pictures = self.folder / 'pictures'
+        pictures.mkdir()
+        diff = ('diff', self.source / 'a.3bcoef', self.source / 'b.3bcoef', '--image',
+                pictures / 'p.png')
+        self.expect(self.interrupted('b.3bcoef', *diff), 130, ['interrupted, no picture written'],
+                    [])
+        self.assertEqual(list(pictures.iterdir()), [])
+        self.expect(self.interrupted('.tmp', *diff), 0, err=[])  # nothing is left to be done
+        self.assertEqual([path.name for path in pictures.iterdir()], ['p.png'])
+
+    @with_recorder
+    def test_an_interrupted_verification_tells_whole_files(self):
+        for name in 'abc':
+            self.add(f'{name}.3bcoef')
+        sums = self.folder / 'sums'
+        lines = [f'{hashlib.sha256(path.read_bytes()).hexdigest()}  {path}\n'
+                 for path in sorted(self.source.iterdir())]
+        sums.write_text(''.join(lines), encoding='ascii')
+        self.expect(self.interrupted('b.3bcoef', 'verify', sums), 130, [
+            f"{self.source / 'a.3bcoef'}: OK", f"{self.source / 'b.3bcoef'}: OK",
+            '2 OK, 0 failed, 0 missing, interrupted'], [])
 
     @with_recorder
     def test_an_output_that_the_disk_holds_otherwise_gets_no_name(self):
@@ -1336,7 +1417,7 @@ class Demo(CliTest):
         (self.folder / 'file').write_text('x')
         folder = self.folder / 'file' / 'wall'
         self.expect(self.run_cli('demo', folder), 2, [],
-                    [f'trevolt-cli: the folder {folder} cannot be made: File exists'])
+                    [f'trevolt-cli: {folder}: the folder cannot be made or synced: Not a directory'])
 
 
 if __name__ == '__main__':
