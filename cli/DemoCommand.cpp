@@ -12,6 +12,16 @@
 namespace trevolt {
 namespace {
 
+constexpr const char* kDemoNotes = R"(Examples:
+  trevolt-cli demo wall
+      writes one cabinet of each kind, to try the commands on
+
+Exit states:
+  0    the wall is written
+  1    a file could not be written, or stands there
+  2    wrong usage, or the folder cannot be made
+  130  interrupted; what has its name is whole)";
+
 struct SDemoOptions {
     std::string folder;
     bool overwrite = false;
@@ -39,8 +49,8 @@ int WriteDemo(const SDemoOptions& options) {
 void AddDemoCommand(CLI::App& program, int& exitStatus) {
     const auto options = std::make_shared<SDemoOptions>();
     CLI::App& command =
-        AddCommand(program, "demo", "Write a small made-up wall of cabinets into a folder", "",
-                   exitStatus, [options] { return WriteDemo(*options); });
+        AddCommand(program, "demo", "Write a small made-up wall of cabinets into a folder",
+                   kDemoNotes, exitStatus, [options] { return WriteDemo(*options); });
     COptionGroup(command, kPlaces)
         .AddPlace("FOLDER", "FOLDER", options->folder, "Folder for the cabinets, made when missing")
         .Required();

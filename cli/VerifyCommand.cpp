@@ -12,6 +12,18 @@
 namespace trevolt {
 namespace {
 
+constexpr const char* kVerifyNotes = R"(Examples:
+  trevolt-cli rotate --angle 90 --manifest turned.sums measured turned
+      leaves the sums of the files read and written
+  trevolt-cli verify turned.sums
+      tells later whether all of them are still the same
+
+Exit states:
+  0    all files are as their sums say
+  1    some file differs, is missing or cannot be read
+  2    wrong usage, or no sum to compare
+  130  interrupted; what is told of a file holds)";
+
 /// Prints a line a file, and where a line of the manifest is none.
 class CConsoleVerification : public CVerificationListener {
   public:
@@ -74,8 +86,8 @@ int Verify(const std::string& manifest) {
 void AddVerifyCommand(CLI::App& program, int& exitStatus) {
     const auto manifest = std::make_shared<std::string>();
     CLI::App& command =
-        AddCommand(program, "verify", "Compare the files of a manifest with their SHA-256 sums", "",
-                   exitStatus, [manifest] { return Verify(*manifest); });
+        AddCommand(program, "verify", "Compare the files of a manifest with their SHA-256 sums",
+                   kVerifyNotes, exitStatus, [manifest] { return Verify(*manifest); });
     COptionGroup(command, kPlaces)
         .AddPlace("MANIFEST", "FILE", *manifest,
                   "File of sums, by rotate --manifest or sha256sum; the names in it are relative "
