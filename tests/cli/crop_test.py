@@ -1,4 +1,6 @@
 """The command crop, and screens that are composed and taken apart again; cli_test.py runs these."""
+import csv
+
 import numpy
 
 import cli_support
@@ -47,6 +49,38 @@ class Crop(ScreenTest):
             if kind in DIAGONAL:
                 expected[:, :, OFF_DIAGONAL] = 0
             self.expect_pixels(back, expected, 0.5 / 255 + 1e-6 if 'b' in kind[:3] else 1e-5)
+
+    def test_awkward_samples_by_their_known_pixels(self):
+        awkward = SAMPLES / 'awkward'
+        whole = {'blocks_reversed.9wcoef': awkward / 'blocks_reversed.9wcoef.csv',
+                 'origin_1000_777.9wcoef': awkward / 'origin_1000_777.9wcoef.csv',
+                 'crlf.cccoef': SAMPLES / 'cabinet' / 'Cab_05.cccoef.csv'}
+        for name, table in whole.items():
+            with open(table, encoding='utf-8') as rows:
+                known = [list(map(float, row)) for row in list(csv.reader(rows))[1:]]
+            left, top = (200, 100) if '9w' in name else (7, 5)  # across a store's blocks
+            right, bottom = (300, 140) if '9w' in name else (40, 24)
+            piece = self.target / f'{name}.9fcoef'
+            self.expect(self.run_cli('crop', awkward / name, piece, '--rect',
+                                     f'{left},{top},{right},{bottom}'), 0, err=[])
+            pixels = self.pixels_of(piece, right - left, bottom - top)
+            seen = [row for row in known if row[0] >= left and row[1] >= top]
+            self.assertGreater(len(seen), 5)
+            for x, y, *values in seen:
+                numpy.testing.assert_array_equal(pixels[int(y) - top, int(x) - left],
+                                                 numpy.array(values, numpy.float32))
+        damaged = ('cut_short.9fcoef', 'version_2.9fcoef')
+        for name in damaged:
+            self.expect_words(self.run_cli('crop', awkward / name, self.target / 'no.9fcoef',
+                                           '--rect', '0,0,1,1'), 1, 'the source failed')
+        self.assertEqual(self.targets(), sorted(f'{name}.9fcoef' for name in whole))
+        result = self.run_cli('preview', '--json', *(awkward / name for name in (*whole, *damaged)),
+                              self.target / 'all.png')
+        *files, summary = self.objects(result, 1)
+        self.assertEqual({file['name'] for file in files if file['status'] == 'shown'}, set(whole))
+        self.assertEqual({file['name'] for file in files if file['status'] == 'failed'},
+                         set(damaged))
+        self.assertEqual((summary['shown'], summary['failed']), (3, 2))
 
     def test_a_rectangle_outside_is_refused_with_the_maps_size(self):
         piece = self.target / 'piece.9fcoef'
