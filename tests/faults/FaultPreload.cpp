@@ -7,7 +7,7 @@
 //   TREVOLT_FAULT_PATH   what the calls that change something on the disk change
 //
 // Calls (each with the functions that it stands for below): alloc, thread, open, read, short-read,
-// end (of file), write, short-write, seek, close, sync, rename, list; and those that work as ever, but
+// end (of file), write, short-write, seek, close, sync, rename, list, stat; and those that work as ever, but
 // before them the file or folder at the path is changed by somebody else: truncate and grow (before a
 // read), remove (a rename, before a read). space:BYTES:1 is a disk with so much room for all files.
 #include <atomic>
@@ -288,10 +288,19 @@ DIR* opendir(const char* path) {
     return Fails("list") ? Refuse<DIR*>(EIO, nullptr) : TREVOLT_REAL(opendir)(path);
 }
 dirent* readdir(DIR* folder) {
-    return Fails("list") ? Refuse<dirent*>(EIO, nullptr) : TREVOLT_REAL(readdir)(folder);
+    if (Fails("list"))
+        return Refuse<dirent*>(EIO, nullptr);
+    dirent* const entry = TREVOLT_REAL(readdir)(folder);
+    if (entry != nullptr && IsChosen("stat"))
+        entry->d_type = DT_UNKNOWN; // as where the file system leaves it to that call
+    return entry;
 }
 dirent64* readdir64(DIR* folder) {
     return Fails("list") ? Refuse<dirent64*>(EIO, nullptr) : TREVOLT_REAL(readdir64)(folder);
+}
+
+int stat(const char* path, struct stat* entry) noexcept {
+    return Fails("stat") ? Refuse(EACCES, -1) : TREVOLT_REAL(stat)(path, entry);
 }
 
 } // extern "C"

@@ -16,6 +16,7 @@ import pathlib
 import random
 import shutil
 import signal
+import subprocess
 import sys
 import tempfile
 import time
@@ -120,6 +121,31 @@ class DemoBench(Bench):
             raise Wrong('a cabinet is missing and it tells that the wall is written')
 
 
+def look_at_entries(program, preload, place):
+    """What an entry of a folder is, is not told: no listing leaves out what it holds and ends well."""
+    source, mark = place / 'source', place / 'mark'
+    (source / 'row').mkdir(parents=True)
+    paths = [source / name for name in ('a.9bcoef', 'row/b.9bcoef', 'row/c.9bcoef')]
+    for path in paths:
+        shutil.copy(next(SAMPLES.glob('*.9bcoef')), path)
+    whole = ''.join(f'{path}\n' for path in paths)
+    for first in range(1, MOST_CALLS):
+        mark.unlink(missing_ok=True)
+        done = subprocess.run([program, 'rotate', '--list', '-r', source], check=False, text=True,
+                              capture_output=True, env={
+                                  **os.environ, 'LD_PRELOAD': str(preload),
+                                  'TREVOLT_FAULT': f'stat:{first}:1',
+                                  'TREVOLT_FAULT_MARK': str(mark)})
+        is_told = done.returncode in (1, 2) and 'Permission denied' in done.stderr
+        if not (is_told or (done.returncode, done.stdout) == (0, whole)):
+            raise Wrong(f'stat {first}: {done}')
+        if not mark.exists() and first <= len(paths):
+            raise Wrong('stat: the entries were not looked at')
+        if not mark.exists():
+            return first - 1
+    raise Wrong('stat: no run without a fault')
+
+
 def change_midway(bench, call, path, stride):
     """Somebody else changes a file or folder before a read."""
     runs = 0
@@ -212,6 +238,8 @@ def loops_of(arguments, place):
                 loop_calls(alone, call, 1, jobs) for jobs in (1, 3))
     yield from loops_of_others(arguments, place, [samples[2], samples[4]])
     yield from loops_of_commands(arguments, place)
+    yield 'stat of entries', lambda: look_at_entries(arguments.program, arguments.preload,
+                                                     place / 'entries')
     yield 'full disk', lambda: fill_disk(bench, 2000 if arguments.long else 12)
     binary, text = (bench.source / samples[i].name for i in (0, 4))
     for call, path in (('truncate', binary), ('grow', binary), ('truncate', text), ('grow', text),
