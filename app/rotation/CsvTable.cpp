@@ -119,14 +119,18 @@ SCsvTable ReadCsv(const std::wstring& path) {
         table.problems.push_back(WithSystemReason("cannot be opened", errno));
         return table;
     }
+    const bool hasSize = file.tellg() >= 0; // it is no pipe
     const auto text = ReadToEnd(file, kLargestCsvBytes);
     if (text)
         return SplitCsv(*text);
-    if (file.SystemError() == 0)
+    if (file.SystemError() != 0)
+        table.problems.push_back(WithSystemReason("cannot be read", file.SystemError()));
+    else if (hasSize && file.eof())
+        table.problems.emplace_back(
+            "cannot be read whole: it ends before the size that the system tells of it");
+    else
         table.problems.push_back(
             fmt::format("cannot be read whole: give a file of {} bytes at most", kLargestCsvBytes));
-    else
-        table.problems.push_back(WithSystemReason("cannot be read", file.SystemError()));
     return table;
 }
 

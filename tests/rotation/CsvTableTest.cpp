@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/FileSystem.h"
 #include "tests/support/TestFiles.h"
 
 namespace trevolt {
@@ -69,6 +70,12 @@ TEST(CsvTable, TellsWhyAFileCannotBeRead) {
     EXPECT_EQ(ReadCsv(folder.Path()).problems, Fields{"cannot be opened: Is a directory"});
     test::WriteText(folder.File(L"table"), "a,1\n");
     EXPECT_EQ(ReadCsv(folder.File(L"table")).rows.size(), 1U);
+#ifdef __linux__
+    const std::wstring shorterThanTold = L"/sys/devices/system/cpu/possible";
+    ASSERT_TRUE(PathExists(shorterThanTold));
+    EXPECT_EQ(ReadCsv(shorterThanTold).problems,
+              Fields{"cannot be read whole: it ends before the size that the system tells of it"});
+#endif
 }
 
 } // namespace
