@@ -12,6 +12,8 @@
 #include <fmt/format.h>
 
 #include "app/rotation/MountingTable.h"
+#include "platform/FileSystem.h"
+#include "trevolt/FileKinds.h"
 #include "trevolt/Utf8.h"
 
 namespace trevolt {
@@ -185,6 +187,8 @@ std::wstring ParsePicturePath(const std::string& text) {
     std::wstring path = ParsePath(text);
     if (!EndsIn(path, L".png"))
         Refuse("{} does not end in .png: give the picture's name", text);
+    if (FindLoadKind(path.substr(FolderPart(path).size())) != nullptr) // a later run would take it
+        Refuse("{} has the name of a coefficient file: choose another name", text);
     return path;
 }
 

@@ -146,8 +146,10 @@ bool CreateFolders(const std::wstring& path) {
     bool stands = false;
     int reason = 0;
     const auto make = [&](const std::string& folder) {
-        const int error = mkdir(folder.c_str(), 0777) == 0 ? 0 : errno;
+        int error = mkdir(folder.c_str(), 0777) == 0 ? 0 : errno;
         stands = error == 0 || IsNativeFolder(folder);
+        if (error == EEXIST) // what stands is no folder, or a link that leads to none
+            error = access(folder.c_str(), F_OK) == 0 ? ENOTDIR : errno;
         if (stands || reason == 0)
             reason = stands ? 0 : error;
     };

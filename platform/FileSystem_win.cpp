@@ -131,8 +131,10 @@ bool CreateFolders(const std::wstring& path) {
     int reason = 0;
     const auto make = [&](const std::wstring& folder) {
         const bool isMade = CreateDirectoryW(folder.c_str(), nullptr) != 0;
-        const int error = isMade ? 0 : ErrnoOf(GetLastError());
+        int error = isMade ? 0 : ErrnoOf(GetLastError());
         stands = isMade || IsFolder(folder);
+        if (error == EEXIST) // what stands is no folder, or a link that leads to none
+            error = PathExists(folder) ? ENOTDIR : ENOENT;
         if (stands || reason == 0)
             reason = stands ? 0 : error;
     };

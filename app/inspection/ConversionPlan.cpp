@@ -91,6 +91,10 @@ class CConversionPlanner {
                                                    "it is to be: end it in .npy or in the "
                                                    "extension of one kind",
                                                    shown));
+        else if (m_form->kind == nullptr &&
+                 IsCoefFileName(NameOfOutput())) // a later run would take it
+            m_plan.obstacles.push_back(fmt::format(
+                "the output {} has the name of a coefficient file: choose another name", shown));
         else if (m_request.ownElements && m_form->kind != nullptr)
             RefuseOwnElements();
     }

@@ -79,12 +79,6 @@ std::optional<SOwner> OwnerOf(std::wstring_view name) {
     return SOwner{numbers[0], numbers[1]};
 }
 
-std::wstring WithoutSeparator(std::wstring path) {
-    while (path.size() > 1 && !FolderPart(path).empty() && FolderPart(path) == path)
-        path.pop_back();
-    return path;
-}
-
 bool IsAbandoned(const std::wstring& path, const SOwner& owner) {
     if (owner.realm != 0 && owner.realm == ProcessRealm())
         return IsProcessGone(owner.process);

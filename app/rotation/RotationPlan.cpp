@@ -161,9 +161,27 @@ void CheckCopies(const SRotationRequest& request, SRotationPlan& plan) {
 }
 
 void CheckTarget(const SRotationRequest& request, SRotationPlan& plan) {
-    if (PathExists(request.targetFolder) && !IsFolder(request.targetFolder))
+    const std::wstring& target = request.targetFolder;
+    if (PathExists(target) && !IsFolder(target))
         plan.obstacles.push_back(
-            fmt::format("the target {} is not a folder", WideToShownUtf8(request.targetFolder)));
+            fmt::format("the target {} is not a folder", WideToShownUtf8(target)));
+    else if (!PathExists(target) && IsLink(target))
+        plan.obstacles.push_back(
+            fmt::format("the target {} is a link that leads nowhere", WideToShownUtf8(target)));
+}
+
+/// Whether both name one folder, which need not stand yet.
+bool IsSameFolder(const std::wstring& a, const std::wstring& b) {
+    const std::wstring first = WithoutSeparator(a.empty() ? L"." : a);
+    const std::wstring second = WithoutSeparator(b.empty() ? L"." : b);
+    if (IsSameEntry(first, second))
+        return true;
+    const std::wstring above = FolderPart(first);
+    const std::wstring aboveSecond = FolderPart(second);
+    if (PathExists(first) || PathExists(second) || above == first || aboveSecond == second)
+        return false;
+    return first.substr(above.size()) == second.substr(aboveSecond.size()) &&
+           IsSameFolder(above, aboveSecond);
 }
 
 /// A file that a run leaves beside its outputs.
@@ -173,16 +191,17 @@ struct SSideFile {
     bool replaces; ///< what stands there
 };
 
-void CheckSideFile(const SSideFile& file, SRotationPlan& plan) {
+void CheckSideFile(const SSideFile& file, const std::wstring& target, SRotationPlan& plan) {
     if (file.path.empty())
         return;
     const std::string shown = fmt::format("the {} {}", file.what, WideToShownUtf8(file.path));
     const std::wstring folder = FolderPart(file.path);
+    const bool isMadeByTheRun = folder != file.path && IsSameFolder(folder, target);
     if (file.replaces && IsFolder(file.path))
         plan.obstacles.push_back(shown + " is a folder: choose another name");
     else if (!file.replaces && PathExists(file.path))
         plan.obstacles.push_back(shown + " exists already: choose another name");
-    else if (!folder.empty() && !IsFolder(folder))
+    else if (!folder.empty() && !IsFolder(folder) && !isMadeByTheRun)
         plan.obstacles.push_back(fmt::format("the folder of {} does not exist", shown));
     else if (FindLoadKind(file.path.substr(folder.size())) != nullptr) // a later run would take it
         plan.obstacles.push_back(shown +
@@ -190,17 +209,14 @@ void CheckSideFile(const SSideFile& file, SRotationPlan& plan) {
 }
 
 bool IsOneFile(const std::wstring& a, const std::wstring& b) {
-    const auto folderOf = [](const std::wstring& path) {
-        const std::wstring folder = FolderPart(path);
-        return folder.empty() ? std::wstring(L".") : folder;
-    };
     return a.substr(FolderPart(a).size()) == b.substr(FolderPart(b).size()) &&
-           IsSameEntry(folderOf(a), folderOf(b));
+           IsSameFolder(FolderPart(a), FolderPart(b));
 }
 
 void CheckSideFiles(const SRotationRequest& request, SRotationPlan& plan) {
-    CheckSideFile({"manifest", request.manifest, false}, plan);
-    CheckSideFile({"report", request.report, request.existing == EExistingOutput::Replace}, plan);
+    CheckSideFile({"manifest", request.manifest, false}, request.targetFolder, plan);
+    CheckSideFile({"report", request.report, request.existing == EExistingOutput::Replace},
+                  request.targetFolder, plan);
     if (!request.manifest.empty() && !request.report.empty() &&
         IsOneFile(request.manifest, request.report))
         plan.obstacles.push_back(fmt::format("the manifest and the report are both {}: choose "

@@ -1405,6 +1405,59 @@ class Documents(CliTest):
         self.assertEqual(output.read_bytes(), content)
 
 
+class SideFiles(CliTest):
+    """What is left beside coefficient files is taken for none of them later."""
+
+    def test_a_name_of_a_coefficient_file_is_refused(self):
+        self.add('a.3bcoef')
+        a = self.source / 'a.3bcoef'
+        told = 'has the name of a coefficient file: choose another name'
+        picture = self.target / 'x.9fcoef.png'
+        array = self.target / 'y.9fcoef.npy'
+        for words, command in (
+                (f'PICTURE: {picture} {told}', ('preview', a, picture)),
+                (f'--image: {picture} {told}', ('diff', a, a, '--image', picture)),
+                (f'the output {array} {told}', ('convert', a, array))):
+            self.expect_words(self.run_cli(*command), 2, words)
+        self.assertEqual(self.targets(), [])
+
+    def test_they_may_lie_in_a_target_that_the_run_makes(self):
+        self.add('a.3bcoef')
+        for number, spelt in enumerate(('{}', '{}/', './{}', self.folder.as_posix() + '/{}')):
+            made = f'made{number}'
+            flags = ('--manifest', f'{made}/sums', '--report', f'{made}/run.html')
+            target = spelt.format(made)
+            self.expect(self.run_cli('rotate', '-a', 90, '-n', *flags[:2], 'source', target,
+                                     cwd=self.folder), 0, err=[])
+            self.assertFalse((self.folder / made).exists())
+            self.expect(self.run_cli('rotate', '-a', 90, *flags, 'source', target,
+                                     cwd=self.folder), 0, err=[])
+            self.assertEqual(sorted(path.name for path in (self.folder / made).iterdir()),
+                             ['a-90°.3bcoef', 'run.html', 'sums'])
+        for flag in (('--manifest', 'new/below/sums'), ('--manifest', 'new/'),
+                     ('--report', 'other/new/r.html')):
+            self.expect_words(self.run_cli('rotate', '-a', 90, *flag, 'source', 'new',
+                                           cwd=self.folder), 2, 'does not exist')
+        same = ('--manifest', 'new/r.html', '--report', './new/r.html')
+        self.expect_words(self.run_cli('rotate', '-a', 90, *same, 'source', 'new',
+                                       cwd=self.folder), 2, 'are both')
+        self.assertFalse((self.folder / 'new').exists())
+
+    @posix_only
+    def test_why_a_target_cannot_be_made(self):
+        self.add('a.3bcoef')
+        (self.folder / 'link').symlink_to('nowhere')
+        for target, told in (
+                ('/dev/full/x', 'the target folder /dev/full/x/ cannot be made or synced: Not a '
+                                'directory'),
+                (self.folder / 'link', f'the target {self.folder}/link is a link that leads '
+                                       'nowhere'),
+                (self.folder / 'link' / 'x', f'the target folder {self.folder}/link/x/ cannot be '
+                                             'made or synced: No such file or directory')):
+            self.expect(self.run_cli('rotate', '-a', 90, self.source, target), 2, [],
+                        [f'trevolt-cli: {told}'])
+
+
 class Demo(CliTest):
     def test_the_demo_wall_turns(self):
         wall = self.folder / 'new' / 'wall'

@@ -111,7 +111,7 @@ USAGE = {
         ((*TURN, '--manifest', '{M}/sums', *BOTH), 'the folder of the manifest {M}/sums does not exist'),
         ((*TURN, '--report', '{M}/a.html', *BOTH), 'the folder of the report {M}/a.html does not exist'),
         (('verify', '{M}'), 'the manifest {M} cannot be read: No such file or directory'),
-        (('demo', '{X}'), 'the folder {X} cannot be made: File exists'),
+        (('demo', '{X}'), '{X}: the folder cannot be made or synced: Not a directory'),
         (('demo', ''), 'FOLDER: it is empty: give a folder'),
         (('verify', ''), 'MANIFEST: it is empty: give a file'),
     ],

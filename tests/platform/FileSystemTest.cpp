@@ -150,9 +150,9 @@ TEST(FileSystem, FoldersThatCannotBeMadeTellWhy) {
     EXPECT_EQ(errno, 0);
     test::WriteText(folder.File(L"file"), "x");
     EXPECT_FALSE(CreateFolders(folder.File(L"file")));
-    EXPECT_EQ(errno, EEXIST);
+    EXPECT_EQ(errno, ENOTDIR);
     EXPECT_FALSE(CreateFolders(folder.File(L"file") + L"/a/b"));
-    EXPECT_EQ(errno, EEXIST) << "not that of what would stand in it";
+    EXPECT_EQ(errno, ENOTDIR) << "of the first that stands in the way";
 }
 
 TEST(FileSystem, ARefusedReplacementTellsWhy) {
