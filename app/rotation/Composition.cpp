@@ -32,7 +32,7 @@ std::uint64_t CountOf(const PixelSize& size) {
 }
 
 /// Of a rectangle that is cut to a screen.
-std::uint64_t PixelsOf(const SPixelRect& rect) { return CountOf({rect.Width(), rect.Height()}); }
+std::uint64_t CountOf(const SPixelRect& rect) { return CountOf({rect.Width(), rect.Height()}); }
 
 std::wstring FileNameOf(const std::wstring& path) { return path.substr(FolderPart(path).size()); }
 
@@ -155,8 +155,8 @@ class CComposer {
 
     void NoteOutside() {
         for (std::size_t i = 0; i < m_seen.size(); ++i) {
-            m_result.files[i].cut = CountOf(m_result.files[i].ownSize) - PixelsOf(m_seen[i]);
-            if (PixelsOf(m_seen[i]) != 0)
+            m_result.files[i].cut = CountOf(m_result.files[i].ownSize) - CountOf(m_seen[i]);
+            if (CountOf(m_seen[i]) != 0)
                 continue;
             m_result.files[i].isOutside = true;
             m_result.files[i].notes.push_back(
@@ -248,7 +248,7 @@ class CComposer {
     void CountOverwritten() {
         const std::vector<std::uint64_t> topmost = TopmostPixels(m_seen);
         for (std::size_t i = 0; i < m_seen.size(); ++i)
-            m_result.files[i].overwritten = PixelsOf(m_seen[i]) - topmost[i];
+            m_result.files[i].overwritten = CountOf(m_seen[i]) - topmost[i];
     }
 
     const SFileKind& OutputKind() const {
