@@ -35,7 +35,7 @@ Exit states:
   0    all is the same
   1    something differs, or is on one side only
   2    trouble: a file is damaged or cannot be read, or wrong usage
-  130  interrupted; what is told of a pair is whole, and a picture that is not told is not written)";
+  130  interrupted; what is told of a pair is whole)";
 
 constexpr int kExitSame = 0;
 constexpr int kExitDifferent = 1;
