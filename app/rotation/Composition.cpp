@@ -32,7 +32,9 @@ std::uint64_t CountOf(const PixelSize& size) {
 }
 
 /// Of a rectangle that is cut to a screen.
-std::uint64_t CountOf(const SPixelRect& rect) { return CountOf({rect.Width(), rect.Height()}); }
+std::uint64_t CountOf(const SPixelRect& rect) {
+    return CountOf(PixelSize{rect.Width(), rect.Height()});
+}
 
 std::wstring FileNameOf(const std::wstring& path) { return path.substr(FolderPart(path).size()); }
 
