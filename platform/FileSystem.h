@@ -130,7 +130,7 @@ std::wstring FolderPart(const std::wstring& path);
 /// `folder` followed by the separator, unless it is empty or ends with one.
 std::wstring WithSeparator(std::wstring folder);
 
-/// `path` without separators at its end, but for a root's.
+/// `path` without separators at its end, where it has other characters before them.
 inline std::wstring WithoutSeparator(std::wstring path) {
     while (path.size() > 1 && FolderPart(path) == path)
         path.pop_back();

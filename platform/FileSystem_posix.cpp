@@ -56,8 +56,10 @@ EntryKind KindOf(const dirent& entry, const std::string& path, int& error) {
     struct stat info {};
     if (stat(path.c_str(), &info) == 0)
         return KindOf(info);
-    if (error == 0 && !IsNothingThere(errno))
-        error = errno;
+    const int lookError = errno;
+    // No search follows a link to a folder, and one that is meant as a file fails by itself.
+    if (error == 0 && !IsNothingThere(lookError) && !IsNativeLink(path))
+        error = lookError;
     return EntryKind::File;
 }
 

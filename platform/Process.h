@@ -17,7 +17,8 @@ std::uint32_t ProcessRealm();
 bool IsProcessGone(std::uint32_t id);
 
 /// A flag that becomes true when the user interrupts the program from now on (Ctrl+C, a request to
-/// terminate, a pipe that nobody reads any more), in place of ending it at once.
+/// terminate, a pipe that nobody reads any more), in place of ending it at once. A second interrupt of
+/// the same sort ends it: work may wait for what never comes.
 const std::atomic<bool>& CatchInterrupts();
 
 /// For work that nobody interrupts.

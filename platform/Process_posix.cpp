@@ -28,7 +28,8 @@ void CatchSignal(int signal) {
         return;
     action = {};
     action.sa_handler = OnSignal;
-    action.sa_flags = SA_RESTART;
+    // Each write to a pipe that nobody reads comes as one more.
+    action.sa_flags = signal == SIGPIPE ? SA_RESTART : SA_RESTART | static_cast<int>(SA_RESETHAND);
     sigaction(signal, &action, nullptr);
 }
 

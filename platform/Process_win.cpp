@@ -15,11 +15,13 @@ constexpr std::size_t kUsualColumns = 80;
 constexpr DWORD kGraceMilliseconds = 10000; // the system waits no longer itself
 
 BOOL WINAPI OnControl(DWORD event) {
-    g_interrupted = true;
+    const bool isSecond = g_interrupted.exchange(true);
     // A closed console, a log-off or a shutdown ends the process when this returns. The program
     // ends before the wait is over, with its temporary files removed.
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)
         Sleep(kGraceMilliseconds);
+    else if (isSecond)
+        return FALSE; // the system ends the program
     return TRUE;
 }
 

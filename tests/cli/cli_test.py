@@ -94,7 +94,7 @@ class Usage(CliTest):
         self.add('a.3bcoef')
         missing = self.folder / 'missing'
         self.expect_words(self.run_cli('rotate', '--angle', 90, missing, self.target), 2,
-                          f'the source {missing} does not exist')
+                          f'the source {missing} does not exist: check its path')
         file = self.source / 'a.3bcoef'
         self.expect_words(self.run_cli('rotate', '--angle', 90, self.source, file), 2,
                           'is not a folder')
@@ -116,7 +116,7 @@ class Usage(CliTest):
     def test_nothing_to_do(self):
         (self.source / 'notes.txt').write_text('x')
         (self.source / 'x.9fcoef').mkdir()
-        self.expect_words(self.rotate(), 2, f'there is no coefficient file in {self.source}')
+        self.expect_words(self.rotate(), 2, f'there is no coefficient file in {self.source}: give a folder that holds some')
 
     @posix_only
     def test_a_folder_name_that_is_not_utf8_is_refused(self):
@@ -1209,6 +1209,24 @@ class Durability(CliTest):
         self.expect(self.interrupted('b.3bcoef', 'verify', sums), 130, [
             f"{self.source / 'a.3bcoef'}: OK", f"{self.source / 'b.3bcoef'}: OK",
             '2 OK, 0 failed, 0 missing, interrupted'], [])
+
+    @posix_only
+    def test_a_second_interrupt_ends_what_waits_for_ever(self):
+        pipe = self.folder / 'pipe'
+        os.mkfifo(pipe)
+        run = subprocess.Popen([*cli_support.PROGRAM, 'verify', pipe], stdout=subprocess.DEVNULL)
+        deadline = time.monotonic() + 60
+        while run.poll() is None and time.monotonic() < deadline:
+            run.send_signal(signal.SIGINT)
+            time.sleep(0.05)
+        self.assertEqual(run.wait(), -signal.SIGINT)
+
+    @posix_only
+    def test_a_link_to_what_cannot_be_looked_at_leaves_the_folder_readable(self):
+        self.add('a.3bcoef')
+        os.symlink('n' * 300, self.source / 'notes')  # no name can be so long
+        self.expect(self.rotate(), 0, ['a.3bcoef -> a-90°.3bcoef  (4 x 3 -> 3 x 4)',
+                                       '1 file turned by 90°, 0 failed, 1 entry passed over'], [])
 
     @with_recorder
     def test_an_output_that_the_disk_holds_otherwise_gets_no_name(self):
