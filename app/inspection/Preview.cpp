@@ -149,7 +149,9 @@ class CPreviewRun {
         SPreviewedFile told;
         const SCoefPixelLoad load = Load(m_files.front(), told);
         std::optional<SValuePicture> picture;
-        if (told.problems.empty() && !m_interrupted) {
+        if (m_interrupted) // nothing is known of the file's values
+            return;
+        if (told.problems.empty()) {
             picture = PaintMap(load.Pixels(), {told.name, told.kind}, m_request.style,
                                m_request.turnCode);
             TakeFound(picture->values, told);
