@@ -22,9 +22,9 @@ struct SCommandLine {
 /// program's name.
 SCommandLine ArrangeWords(const CLI::App& program, const std::vector<std::string>& arguments);
 
-/// The one of `known` that `word` is the beginning of, the shortest of several; else the one that is
-/// nearest by letters to change, leave out, put in or swap. Empty when that are more than a third of
-/// them. Capitals count as small letters.
+/// The one of `known` that `word` is the beginning of by three letters or more, the shortest of several;
+/// else the one that is nearest by letters to change, leave out, put in or swap. Empty when that are
+/// more than a third of them. Capitals count as small letters.
 std::string NearestWord(const std::string& word, const std::vector<std::string>& known);
 
 /// How many letters are to be changed, left out, put in, or swapped with their neighbours.

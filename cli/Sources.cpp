@@ -40,7 +40,8 @@ std::vector<std::wstring> ParseSources(const std::string& place,
 SCommandFiles FindCommandFiles(const std::vector<std::wstring>& sources, bool recursive) {
     SCoefFiles found = FindCoefFiles({sources, recursive, {}});
     if (found.obstacles.empty() && found.files.empty() && found.unnamable.empty())
-        found.obstacles.push_back("there is no coefficient file in " + NamesOf(sources));
+        found.obstacles.push_back(fmt::format(
+            "there is no coefficient file in {}: give a folder that holds some", NamesOf(sources)));
     if (!found.obstacles.empty())
         return {{},
                 {},

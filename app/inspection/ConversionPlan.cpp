@@ -149,9 +149,10 @@ class CConversionPlanner {
         for (const SPlannedConversion& file : m_plan.files) {
             const auto [place, isNew] = named.try_emplace(file.outputName, &file);
             if (!isNew)
-                obstacles.Add(fmt::format(
-                    "{} and {} would both become {}", WideToShownUtf8(place->second->path),
-                    WideToShownUtf8(file.path), WideToShownUtf8(file.outputName)));
+                obstacles.Add(
+                    fmt::format("{} and {} would both become {}: give each a target of its own",
+                                WideToShownUtf8(place->second->path), WideToShownUtf8(file.path),
+                                WideToShownUtf8(file.outputName)));
         }
     }
 
@@ -165,9 +166,9 @@ class CConversionPlanner {
         for (const SPlannedConversion& file : m_plan.files)
             if (const auto entry = IdentityOf(WithSeparator(m_request.output) + file.outputName);
                 entry && sources.contains(*entry))
-                obstacles.Add(fmt::format("the output {} of {} is one of the sources",
-                                          WideToShownUtf8(file.outputName),
-                                          WideToShownUtf8(file.path)));
+                obstacles.Add(
+                    fmt::format("the output {} of {} is one of the sources: choose another target",
+                                WideToShownUtf8(file.outputName), WideToShownUtf8(file.path)));
     }
 
     const SConversionRequest& m_request;

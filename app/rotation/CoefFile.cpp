@@ -138,7 +138,7 @@ std::string DescribeInputObstacle(const std::wstring& path) {
         return fmt::format("{} is no coefficient file by its name", shown);
     const auto kind = KindOfEntry(path);
     if (!kind)
-        return fmt::format("the source {} does not exist", shown);
+        return fmt::format("the source {} does not exist: check its path", shown);
     if (*kind == EntryKind::Folder)
         return fmt::format("{} is a folder: give a file", shown);
     return *kind == EntryKind::Other ? fmt::format("{} is neither a file nor a folder", shown)

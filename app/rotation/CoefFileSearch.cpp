@@ -34,7 +34,8 @@ class CSourceSearch {
         const auto kind = KindOfEntry(source);
         const int error = errno;
         if (!kind && (error == 0 || error == ENOENT))
-            m_obstacles.Add(fmt::format("the source {} does not exist", WideToShownUtf8(source)));
+            m_obstacles.Add(fmt::format("the source {} does not exist: check its path",
+                                        WideToShownUtf8(source)));
         else if (!kind)
             m_obstacles.Add(WithSystemReason(
                 fmt::format("the source {} cannot be looked at", WideToShownUtf8(source)), error));

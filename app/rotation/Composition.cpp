@@ -241,6 +241,8 @@ class CComposer {
         for (std::string& note : placing.notes)
             outcome.notes.push_back(std::move(note));
         outcome.losses = std::move(placing.losses);
+        if (!placing.isPut)
+            return;
         const SFileKind& kind = *FindLoadKind(FileNameOf(file.path));
         std::string note = DescribeDefaultsBeside(FormOfKind(kind), OutputKind());
         if (!note.empty() && !outcome.isOutside)

@@ -44,7 +44,8 @@ void CheckCount(const SRotationRequest& request, SRotationPlan& plan) {
         names.push_back(WideToShownUtf8(source));
     const std::string sources = fmt::format("{}", fmt::join(names, ", "));
     if (count == 0)
-        plan.obstacles.push_back(fmt::format("there is no coefficient file in {}", sources));
+        plan.obstacles.push_back(fmt::format(
+            "there is no coefficient file in {}: give a folder that holds some", sources));
     else if (request.wholeScreen && count != 1)
         plan.obstacles.push_back(fmt::format(
             "a whole screen is exactly one coefficient file, but {} holds {}", sources, count));
@@ -64,8 +65,9 @@ void TakeAngles(const SRotationRequest& request, SRotationPlan& plan) {
             const auto own = rows.find(turn.name);
             const auto row = own == rows.end() ? others : own;
             if (row == rows.end()) {
-                obstacles.Add(fmt::format("the table of angles has no row for {}",
-                                          WideToShownUtf8(turn.name)));
+                obstacles.Add(
+                    fmt::format("the table of angles has no row for {}: add one, or a row for *",
+                                WideToShownUtf8(turn.name)));
                 continue;
             }
             used.insert(row->first);
@@ -75,9 +77,9 @@ void TakeAngles(const SRotationRequest& request, SRotationPlan& plan) {
     CObstacles obstacles(plan.obstacles);
     for (const auto& [name, code] : rows)
         if (name != kOtherFiles && !used.contains(name))
-            obstacles.Add(
-                fmt::format("the table of angles names {}, which is no file of the sources",
-                            WideToShownUtf8(std::wstring(name))));
+            obstacles.Add(fmt::format(
+                "the table of angles names {}, which is no file of the sources: correct the row",
+                WideToShownUtf8(std::wstring(name))));
 }
 
 bool CanStandInName(wchar_t c) {
@@ -119,9 +121,11 @@ void CheckOutputsDiffer(SRotationPlan& plan) {
             continue;
         const std::string path = WideToShownUtf8(turn.Path());
         const std::string earlier = WideToShownUtf8(turns[i - 1]->Path());
-        obstacles.Add(path == earlier ? fmt::format("{} is named twice as a source", path)
-                                      : fmt::format("{} and {} would both become {}", earlier, path,
-                                                    WideToShownUtf8(turn.outputName)));
+        obstacles.Add(
+            path == earlier
+                ? fmt::format("{} is named twice as a source: name it once", path)
+                : fmt::format("{} and {} would both become {}: give each a target of its own",
+                              earlier, path, WideToShownUtf8(turn.outputName)));
     }
 }
 
@@ -146,9 +150,9 @@ void FindTaken(const SRotationRequest& request, SRotationPlan& plan) {
     CObstacles obstacles(plan.obstacles);
     for (const auto& [entry, turn] : standing)
         if (sources.contains(entry))
-            obstacles.Add(fmt::format("the output {} of {} is one of the sources",
-                                      WideToShownUtf8(turn->outputName),
-                                      WideToShownUtf8(turn->Path())));
+            obstacles.Add(
+                fmt::format("the output {} of {} is one of the sources: choose another target",
+                            WideToShownUtf8(turn->outputName), WideToShownUtf8(turn->Path())));
 }
 
 void CheckCopies(const SRotationRequest& request, SRotationPlan& plan) {
@@ -178,7 +182,8 @@ bool IsSameFolder(const std::wstring& a, const std::wstring& b) {
         return true;
     const std::wstring above = FolderPart(first);
     const std::wstring aboveSecond = FolderPart(second);
-    if (PathExists(first) || PathExists(second) || above == first || aboveSecond == second)
+    const bool isTop = first == L"." || second == L"." || above == first || aboveSecond == second;
+    if (isTop || PathExists(first) || PathExists(second))
         return false;
     return first.substr(above.size()) == second.substr(aboveSecond.size()) &&
            IsSameFolder(above, aboveSecond);
@@ -201,8 +206,11 @@ void CheckSideFile(const SSideFile& file, const std::wstring& target, SRotationP
         plan.obstacles.push_back(shown + " is a folder: choose another name");
     else if (!file.replaces && PathExists(file.path))
         plan.obstacles.push_back(shown + " exists already: choose another name");
+    else if (folder != file.path && IsSameFolder(file.path, target))
+        plan.obstacles.push_back(shown + " is the target: choose another name");
     else if (!folder.empty() && !IsFolder(folder) && !isMadeByTheRun)
-        plan.obstacles.push_back(fmt::format("the folder of {} does not exist", shown));
+        plan.obstacles.push_back(
+            fmt::format("the folder of {} does not exist: make it first", shown));
     else if (FindLoadKind(file.path.substr(folder.size())) != nullptr) // a later run would take it
         plan.obstacles.push_back(shown +
                                  " has the name of a coefficient file: choose another name");

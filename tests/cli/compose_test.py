@@ -271,7 +271,7 @@ class Compose(ScreenTest):
                 (('a.9fcoef@0,0,45',), 'FILE@PLACE: a.9fcoef@0,0,45 has no angle: give 0, 90, 180, '
                  '270, -90 or -180'),
                 (('@0,0',), 'FILE@PLACE: it has no name: give one'),
-                (('gone.9fcoef@0,0',), 'the source gone.9fcoef does not exist'),
+                (('gone.9fcoef@0,0',), 'the source gone.9fcoef does not exist: check its path'),
                 (('a.9fcoef@0,0', '--size', '0x5'),
                  '--size: 0x5 is not a size: give WIDTHxHEIGHT in pixels'),
                 (('a.9fcoef@0,0', '--layout', table), 'FILE@PLACE excludes --layout: give one of them'),

@@ -417,7 +417,7 @@ class Convert(CliTest):
         # Never the source itself.
         self.expect(self.convert('--overwrite', target, target), 1)
         self.expect(self.convert('--overwrite', '--to', '9fcoef', target, self.target), 2, [],
-                    [f'trevolt-cli: the output a.9fcoef of {target} is one of the sources'])
+                    [f'trevolt-cli: the output a.9fcoef of {target} is one of the sources: choose another target'])
         self.expect_file(target, '9fcoef', clean_pixels())
         self.assertEqual(self.targets(), ['a.9fcoef'])
 
@@ -447,7 +447,7 @@ class Convert(CliTest):
         for name in (self.target / 'a.txt', both):
             self.expect(self.convert(source, name), 2, [], [told.format(name)])
         self.expect(self.convert(self.source / 'b.txt', self.target / 'a.npy'), 2, [],
-                    [f'trevolt-cli: the source {self.source / "b.txt"} does not exist'])
+                    [f'trevolt-cli: the source {self.source / "b.txt"} does not exist: check its path'])
         double = self.source / 'a.3wcoef.3bcoef'
         double.write_bytes(source.read_bytes())
         self.expect(self.convert('--to', '12wcoef', double, self.target), 2, [],
@@ -456,7 +456,7 @@ class Convert(CliTest):
         array = self.source / 'a.npy'
         np.save(array, clean_pixels())
         self.expect(self.convert('--to', '9wcoef', source, array, self.target), 2, [],
-                    [f'trevolt-cli: {source} and {array} would both become a.9wcoef'])
+                    [f'trevolt-cli: {source} and {array} would both become a.9wcoef: give each a target of its own'])
         self.assertEqual(self.targets(), [])
         self.expect(self.convert('--to', 'npy', double, self.target), 0, err=[])
         self.assertEqual(self.targets(), ['a.3bcoef.npy'])

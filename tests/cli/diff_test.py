@@ -211,11 +211,11 @@ class Diff(CliTest):
         for sides in ((self.source, self.folder / 'none'), (self.folder / 'none', self.source),
                       (a, self.folder / 'none')):
             self.expect(self.run_cli('diff', *sides), 2, [],
-                        [f'trevolt-cli: the source {self.folder / "none"} does not exist'])
+                        [f'trevolt-cli: the source {self.folder / "none"} does not exist: check its path'])
         self.expect(self.run_cli('diff', a), 2, [],
                     ['trevolt-cli: diff needs an A and a B: see trevolt-cli diff --help'])
         self.expect(self.run_cli('diff', self.source, self.target), 2, [],
-                    [f'trevolt-cli: there is no coefficient file in {self.target}'])
+                    [f'trevolt-cli: there is no coefficient file in {self.target}: give a folder that holds some'])
         (self.source / 'notes.txt').write_text('x')
         self.expect_words(self.run_cli('diff', a, self.source / 'notes.txt'), 2,
                           'is no coefficient file by its name')

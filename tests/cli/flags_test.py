@@ -145,7 +145,7 @@ class Flags(CliTest):
         (self.source / 'notes.txt').write_text('x')
         self.expect(self.rotate('-v'), 2,
                     ['notes.txt: passed over: no coefficient file by its name'],
-                    [f'trevolt-cli: there is no coefficient file in {self.source}'])
+                    [f'trevolt-cli: there is no coefficient file in {self.source}: give a folder that holds some'])
 
     def test_files_and_folders_together(self):
         self.add_all('a', 'b', 'more/c')
@@ -277,7 +277,7 @@ class Flags(CliTest):
                         [f'trevolt-cli: SOURCE: {self.source}/x* stands for no file or folder'])
             return
         self.expect(self.rotate_places('-na', 90, pattern, self.target), 2, [],
-                    [f'trevolt-cli: the source {pattern} does not exist'])
+                    [f'trevolt-cli: the source {pattern} does not exist: check its path'])
         self.expect(self.rotate_places('-na', 90, f'{self.source}/c*.3bcoef', self.target), 0,
                     [*turn_lines(['c*']), 'dry run: 1 file would be turned by 90°, 0 failed'], [])
 
@@ -324,10 +324,10 @@ class Angles(CliTest):
 
     def test_what_does_not_fit_is_named_before_anything_is_written(self):
         self.expect(self.rotate_by('a.3bcoef,90\nb.3bcoef,90\nx.3bcoef,90\n'), 2, [],
-                    ['trevolt-cli: the table of angles has no row for c.3bcoef',
-                     'trevolt-cli: the table of angles has no row for d.3bcoef',
+                    ['trevolt-cli: the table of angles has no row for c.3bcoef: add one, or a row for *',
+                     'trevolt-cli: the table of angles has no row for d.3bcoef: add one, or a row for *',
                      'trevolt-cli: the table of angles names x.3bcoef, which is no file of the '
-                     'sources'])
+                     'sources: correct the row'])
         self.expect(self.rotate_by('a.3bcoef,45\n*\na.3bcoef,0\na.3bcoef,90\n'), 2, [],
                     [f'trevolt-cli: --angles: {self.table}: line 1: 45 is no angle: give 0, 90, 180, 270, '
                      '-90 or -180',
@@ -424,7 +424,7 @@ class Json(CliTest):
     def test_nothing_to_do(self):
         self.assertEqual(self.run_json(2), [
             self.summary(end='nothing_to_do', exit_status=2,
-                         errors=[f'there is no coefficient file in {self.source}'])])
+                         errors=[f'there is no coefficient file in {self.source}: give a folder that holds some'])])
 
     @posix_only
     def test_names_of_all_sorts(self):

@@ -182,7 +182,7 @@ class Info(CliTest):
 
     def test_nothing_to_do_is_status_2(self):
         self.expect_words(self.run_cli('info', self.source), 2,
-                          f'there is no coefficient file in {self.source}')
+                          f'there is no coefficient file in {self.source}: give a folder that holds some')
         self.expect_words(self.run_cli('info', self.folder / 'none'), 2, 'does not exist')
         self.expect_words(self.run_cli('info'), 2, 'info needs a FILE')
         (self.source / 'notes.txt').write_text('x')

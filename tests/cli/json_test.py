@@ -110,15 +110,15 @@ class CommonJson(CliTest):
         sizes = self.folder / 'sizes.csv'
         sizes.write_text('gone.9fcoef,0,0\n')
         whole = self.source / 'whole.3bcoef'
-        missing = f'the source {gone} does not exist'
+        missing = f'the source {gone} does not exist: check its path'
         line_1 = f'--layout: {table}: line 1: x is no coordinate: give whole pixels, at most 65535'
         for command, arguments, errors in (
                 ('info', (gone,), [missing]),
-                ('info', (self.target,), [f'there is no coefficient file in {self.target}']),
+                ('info', (self.target,), [f'there is no coefficient file in {self.target}: give a folder that holds some']),
                 ('diff', (gone, whole), [missing]),
                 ('diff', (self.source, gone), [missing]),
                 ('diff', (self.source, self.target),
-                 [f'there is no coefficient file in {self.target}']),
+                 [f'there is no coefficient file in {self.target}: give a folder that holds some']),
                 ('diff', (whole, self.source), [f'{whole} and {self.source} are a file and a folder: '
                                                 'give two files or two folders']),
                 ('diff', ('--image', self.target / 'i.png', self.source, self.source),

@@ -54,7 +54,7 @@ class CommonLines(CliTest):
                           ('rotate', '--angle', '90', gone, self.target)):
             with self.subTest(command=arguments[0]):
                 self.expect(self.run_cli(*arguments), 2, [],
-                            [f'trevolt-cli: the source {gone} does not exist'])
+                            [f'trevolt-cli: the source {gone} does not exist: check its path'])
 
     def test_a_size_below_zero_is_told_as_it_is(self):
         path = self.source / 'below.cccoef'

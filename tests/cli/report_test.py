@@ -352,7 +352,7 @@ class Report(CliTest):
                  '--report: run.txt is no name of a page: give one that ends in .html'),
                 (['--report', ''], '--report: it is empty: give FILE.html'),
                 (['--report', self.folder / 'none' / 'run.html'],
-                 f'the folder of the report {self.folder / "none" / "run.html"} does not exist'),
+                 f'the folder of the report {self.folder / "none" / "run.html"} does not exist: make it first'),
                 (['--report', self.folder / 'a.9fcoef.html'],
                  f'the report {self.folder / "a.9fcoef.html"} has the name of a coefficient file: '
                  'choose another name'),

@@ -149,7 +149,7 @@ TEST_F(Cropping, NamesThatCannotBeAreRefused) {
     EXPECT_EQ(result.end, ECompositionEnd::Refused);
     EXPECT_EQ(result.errors,
               CropTexts{"the source " + WideToShownUtf8(m_folder.File(L"gone.9fcoef")) +
-                        " does not exist"});
+                        " does not exist: check its path"});
     result = Crop(Request(L"x.txt", {}));
     EXPECT_EQ(result.errors, CropTexts{WideToShownUtf8(m_folder.File(L"x.txt")) +
                                        " is no coefficient file by its name"});

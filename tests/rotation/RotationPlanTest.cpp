@@ -98,14 +98,15 @@ TEST_F(RotationPlan, EveryObstacleIsToldAtOnce) {
     m_request.sources = {m_source.File(L"missing"), m_source.File(L"notes.txt"), L""};
     m_request.targetFolder = m_target.File(L"file");
     m_request.manifest = m_target.File(L"file");
-    EXPECT_EQ(Obstacles(),
-              (Texts{"the source " + Shown(m_source.File(L"missing")) + " does not exist",
-                     "the source " + Shown(m_source.File(L"notes.txt")) +
-                         " is no coefficient file by its name",
-                     "the source  does not exist",
-                     "the target " + Shown(m_target.File(L"file")) + " is not a folder",
-                     "the manifest " + Shown(m_target.File(L"file")) +
-                         " exists already: choose another name"}));
+    EXPECT_EQ(
+        Obstacles(),
+        (Texts{"the source " + Shown(m_source.File(L"missing")) + " does not exist: check its path",
+               "the source " + Shown(m_source.File(L"notes.txt")) +
+                   " is no coefficient file by its name",
+               "the source  does not exist: check its path",
+               "the target " + Shown(m_target.File(L"file")) + " is not a folder",
+               "the manifest " + Shown(m_target.File(L"file")) +
+                   " exists already: choose another name"}));
 }
 
 TEST_F(RotationPlan, TwoFilesThatWouldBecomeOneAreRefused) {
@@ -115,10 +116,11 @@ TEST_F(RotationPlan, TwoFilesThatWouldBecomeOneAreRefused) {
     const std::wstring first = m_source.File(L"a.3bcoef");
     const std::wstring second = m_source.File(L"sub/a.3bcoef");
     m_request.sources = {first, second};
-    EXPECT_EQ(Obstacles(), Texts{Shown(first) + " and " + Shown(second) +
-                                 " would both become a-90\xC2\xB0.3bcoef"});
+    EXPECT_EQ(Obstacles(),
+              Texts{Shown(first) + " and " + Shown(second) +
+                    " would both become a-90\xC2\xB0.3bcoef: give each a target of its own"});
     m_request.sources = {first, first};
-    EXPECT_EQ(Obstacles(), Texts{Shown(first) + " is named twice as a source"});
+    EXPECT_EQ(Obstacles(), Texts{Shown(first) + " is named twice as a source: name it once"});
 }
 
 TEST_F(RotationPlan, ObstaclesOfOneSortAreToldUpToTen) {
@@ -139,7 +141,7 @@ TEST_F(RotationPlan, AnOutputNeverFallsOnASource) {
     m_request.sources = {m_source.File(L"a.3bcoef"), m_source.File(L"a-90\u00B0.3bcoef")};
     m_request.targetFolder = m_source.Path();
     const Texts expected{"the output a-90\xC2\xB0.3bcoef of " + Shown(m_source.File(L"a.3bcoef")) +
-                         " is one of the sources"};
+                         " is one of the sources: choose another target"};
     EXPECT_EQ(Obstacles(), expected);
     m_request.sources.pop_back();
     const SRotationPlan plan = PlanRotation(m_request);
@@ -191,7 +193,7 @@ TEST_F(RotationPlan, RowsOfAnglesNameFilesAsTheSystemTellsThemApart) {
         EXPECT_EQ(Turns(), Texts{"Cab_1.3bcoef -> Cab_1-270\xC2\xB0.3bcoef"});
     else
         EXPECT_EQ(Obstacles(), Texts{"the table of angles names cAB_1.3BCOEF, which is no file of "
-                                     "the sources"});
+                                     "the sources: correct the row"});
 }
 
 TEST_F(RotationPlan, EachFileHasItsAngle) {
@@ -205,10 +207,11 @@ TEST_F(RotationPlan, EachFileHasItsAngle) {
     EXPECT_EQ(PlanRotation(m_request).turns.at(2).angle.code, 3U);
 
     m_request.angles = {{L"b.3bcoef", 2}, {L"d.3bcoef", 1}};
-    EXPECT_EQ(Obstacles(), (Texts{"the table of angles has no row for a.3bcoef",
-                                  "the table of angles has no row for c.3bcoef",
-                                  "the table of angles names d.3bcoef, which is no file of the "
-                                  "sources"}));
+    EXPECT_EQ(Obstacles(),
+              (Texts{"the table of angles has no row for a.3bcoef: add one, or a row for *",
+                     "the table of angles has no row for c.3bcoef: add one, or a row for *",
+                     "the table of angles names d.3bcoef, which is no file of the "
+                     "sources: correct the row"}));
     m_request.angles = {{L"*", 1}};
     EXPECT_EQ(Obstacles(), Texts{}) << "the rest may be none or all";
     m_request.angles = {{L"*", 0}};
@@ -249,7 +252,8 @@ TEST_F(RotationPlan, AScreenIsOneFile) {
                                  Shown(m_source.Path()) + " holds 2"});
     m_request.sources = {m_target.Path()};
     m_request.targetFolder = m_source.Path();
-    EXPECT_EQ(Obstacles(), Texts{"there is no coefficient file in " + Shown(m_target.Path())});
+    EXPECT_EQ(Obstacles(), Texts{"there is no coefficient file in " + Shown(m_target.Path()) +
+                                 ": give a folder that holds some"});
 }
 
 } // namespace
