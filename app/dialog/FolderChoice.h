@@ -17,7 +17,7 @@ inline constexpr std::uint32_t kTargetSet = 2;
 int DroppedFolderBox(int underMouse, std::uint32_t pathsSet);
 
 /// The folder that a dropped path stands for: itself, or a file's folder. Empty when nothing stands
-/// at the path.
+/// at the path, or when it is longer than the settings can hold.
 std::wstring DroppedFolder(const std::wstring& path);
 
 /// `path` in lines of at most `longestLine` characters, broken behind separators; a longer name stays
