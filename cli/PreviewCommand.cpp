@@ -250,10 +250,9 @@ class CPreviewObjects : public CPreviewPrinter {
 };
 
 /// The last name in a path, whose separator at the end does not count.
-std::wstring LastNameOf(std::wstring path) {
-    while (path.size() > 1 && FolderPart(path) == path)
-        path.pop_back();
-    return path.substr(FolderPart(path).size());
+std::wstring LastNameOf(const std::wstring& path) {
+    const std::wstring name = WithoutSeparator(path);
+    return name.substr(FolderPart(name).size());
 }
 
 /// The folder's name, or the picture's where there are several sources.

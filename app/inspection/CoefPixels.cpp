@@ -31,15 +31,6 @@ std::optional<PixelSize> ReadableSize(const SFileKind& kind, std::uint64_t eleme
     return PixelSize{width, height};
 }
 
-/// So many that what they have on their way stays below the pixels' own bytes.
-std::size_t MostThreads(std::size_t threads, const PixelSize& size, std::uint64_t elementBytes) {
-    constexpr std::uint64_t kOwnBytes = std::uint64_t{16} << 20; // for each
-    const std::uint64_t bytes =
-        static_cast<std::uint64_t>(size.width) * static_cast<std::uint64_t>(size.height);
-    return static_cast<std::size_t>(
-        std::min<std::uint64_t>(threads, 1 + bytes * elementBytes / kOwnBytes));
-}
-
 /// Nothing where only a map can tell what the file holds, or what is wrong with it.
 std::optional<SCoefPixelLoad> LoadStored(const std::wstring& path, const SFileKind& kind,
                                          std::size_t threads) {
@@ -52,9 +43,11 @@ std::optional<SCoefPixelLoad> LoadStored(const std::wstring& path, const SFileKi
     const auto size = ReadableSize(kind, stored.elementBytes, source);
     if (!size)
         return std::nullopt;
+    const std::uint64_t bytes = static_cast<std::uint64_t>(size->width) *
+                                static_cast<std::uint64_t>(size->height) * stored.elementBytes;
     const CTransferReport report;
     SStoredLoad read = source.TakeOpen([&](std::istream& stream) {
-        return stored.load(stream, MostThreads(threads, *size, stored.elementBytes), {});
+        return stored.load(stream, ThreadsToDecode(threads, bytes), {});
     });
     if (read.coef == nullptr)
         return std::nullopt;
@@ -91,6 +84,11 @@ const SMatrixCoef* CCoefPixels::Run(std::uint32_t x, std::uint32_t y, std::uint3
     for (std::uint32_t i = 0; i < count; ++i)
         scratch[i] = m_map->ElementOrDefault(std::int64_t{x} + i, y);
     return scratch;
+}
+
+std::size_t ThreadsToDecode(std::size_t threads, std::uint64_t bytes) {
+    constexpr std::uint64_t kOwnBytes = std::uint64_t{16} << 20; // for each
+    return static_cast<std::size_t>(std::min<std::uint64_t>(threads, 1 + bytes / kOwnBytes));
 }
 
 SCoefPixelLoad LoadCoefPixels(const std::wstring& path, std::size_t threads) {

@@ -48,6 +48,10 @@ struct SCoefPixelLoad {
     CCoefPixels Pixels() const { return stored != nullptr ? CCoefPixels(*stored) : *map; }
 };
 
+/// How many of `threads` threads decode `bytes` bytes of pixels: so many that what they have on their way
+/// stays below those.
+std::size_t ThreadsToDecode(std::size_t threads, std::uint64_t bytes);
+
 /// Reads a file of the kind that its name tells: in its own elements where they tell what a map would
 /// hold, since they take less memory, else into a map. It answers the same either way. Up to `threads`
 /// threads decode it. Throws std::bad_alloc; memory refused for the pixels is a problem.

@@ -151,8 +151,9 @@ class CFactSearch {
             return false;
         m_facts.rawBytes = Pixels() * Stored().elementBytes;
         const CTransferReport report;
-        const SStoredLoad load = m_source.TakeOpen(
-            [&](std::istream& stream) { return Stored().load(stream, MostThreads(), {}); });
+        const SStoredLoad load = m_source.TakeOpen([&](std::istream& stream) {
+            return Stored().load(stream, ThreadsToDecode(m_threads, *m_facts.rawBytes), {});
+        });
         if (load.coef == nullptr && !report.WasMemoryRefused())
             return false;
         Tell(load.status, report);
@@ -225,13 +226,6 @@ class CFactSearch {
     std::uint64_t Pixels() const {
         return static_cast<std::uint64_t>(m_facts.size.width) *
                static_cast<std::uint64_t>(m_facts.size.height);
-    }
-
-    /// So many that what they have on their way stays below the file's own bytes.
-    std::size_t MostThreads() const {
-        constexpr std::uint64_t kOwnBytes = std::uint64_t{16} << 20; // for each
-        return static_cast<std::size_t>(
-            std::min<std::uint64_t>(m_threads, 1 + *m_facts.rawBytes / kOwnBytes));
     }
 
     const SStoredKind& Stored() const { return StoredKindOf(*m_facts.kind); }
