@@ -168,6 +168,11 @@ class CCommandWords {
     }
 
     void TellUnknown(const std::string& shown, const std::string& name) {
+        if (FindOption(*m_command.get_parent(), name) != nullptr) {
+            m_line.mistake =
+                fmt::format("{} stands without a command: call trevolt-cli {}", name, name);
+            return;
+        }
         m_line.mistake = fmt::format(
             "there is no option {} for {}: {}", shown, m_command.get_name(),
             MeantOr(NearestWord(name, LongNames(m_command)), fmt::format("see {}", HelpCall())));

@@ -104,6 +104,7 @@ USAGE = {
         ((*TURN, '{S}', '{S}'), 'source and target are the same folder: choose another target'),
         ((*TURN, '', '{T}'), 'SOURCE: it is empty: give a file or folder'),
         ((*TURN, '{S}', ''), 'TARGET: it is empty: give a folder'),
+        (('rotate', '--version'), '--version stands without a command: call trevolt-cli --version'),
         ((*TURN, '{S}', '{F}', '{T}'), '{F} is named twice as a source: name it once'),
         ((*TURN, '{T}', '{M}'), 'there is no coefficient file in {T}: give a folder that holds some'),
         ((*TURN, '--screen', *BOTH), 'a whole screen is exactly one coefficient file, but {S} holds 2'),
