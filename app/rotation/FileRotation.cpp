@@ -99,10 +99,17 @@ class CFileRotation {
 
     /// What comes to stand there meanwhile is seen when the output gets its name.
     bool IsOutputTaken() {
-        if (m_request.existing == EExistingOutput::Replace || !m_planned.isTaken)
+        if (!m_planned.isTaken)
             return false;
-        m_outcome.skipped = m_request.existing == EExistingOutput::Skip &&
-                            KindOfEntry(OutputPath()) == EntryKind::File;
+        const auto kind = KindOfEntry(OutputPath());
+        if (kind == EntryKind::Folder) {
+            Fail(fmt::format("its output {} is a folder: choose another target",
+                             WideToShownUtf8(m_planned.outputName)));
+            return true;
+        }
+        if (m_request.existing == EExistingOutput::Replace)
+            return false;
+        m_outcome.skipped = m_request.existing == EExistingOutput::Skip && kind == EntryKind::File;
         if (!m_outcome.skipped)
             Fail(DescribeExistingOutput(WideToShownUtf8(m_planned.outputName)));
         return true;

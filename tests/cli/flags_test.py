@@ -179,6 +179,16 @@ class Flags(CliTest):
                         [*turn_lines(taken), f'{len(taken)} files turned by 90°, 0 failed'], [])
         self.assertEqual(self.targets(), [f'{name}-90°.3bcoef' for name in names])
 
+    def test_a_folder_in_an_outputs_place_stays(self):
+        self.add_all('a')
+        (self.target / 'a-90°.3bcoef').mkdir()
+        for flags in ([], ['--overwrite'], ['--skip-existing']):
+            self.expect(self.rotate(*flags), 1, ['0 files turned by 90°, 1 failed'],
+                        ['a.3bcoef: its output a-90°.3bcoef is a folder: choose another target'])
+        for flags in (['-n'], ['-n', '--overwrite']):
+            self.expect(self.rotate(*flags), 1, ['dry run: 0 files would be turned by 90°, 1 failed'],
+                        ['a.3bcoef: its output a-90°.3bcoef is a folder: choose another target'])
+
     def test_listed_files_open(self):
         self.add_all('a', 'b', 'more/c')
         (self.source / 'notes.txt').write_text('x')
