@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <condition_variable>
+#include <mutex>
 
 #include <lz4.h>
 #include <xxhash/xxhash.h>
@@ -62,7 +64,7 @@ class CFrameWriter {
     }
 
   private:
-    SFramePiece MakePiece(std::size_t index) const {
+    SFramePiece MakePiece(std::size_t index) {
         SFramePiece piece;
         if (!m_ok)
             return piece;
@@ -72,7 +74,24 @@ class CFrameWriter {
         piece.content = m_source(offset, piece.contentBytes, piece.scratch);
         if (piece.content != nullptr && !Pack(piece))
             piece.content = nullptr;
+        CountIntoChecksum(index, piece);
         return piece;
+    }
+
+    /// In the order of the pieces. On the thread that made the piece: the one that writes has the
+    /// most to do, since a file takes bytes from one thread at a time.
+    void CountIntoChecksum(std::size_t index, const SFramePiece& piece) {
+        {
+            std::unique_lock lock(m_mutex);
+            m_moved.wait(lock, [&] { return m_counted == index || !m_ok; });
+            if (m_counted != index)
+                return;
+        }
+        if (piece.content != nullptr)
+            XXH32_update(&m_checksum, piece.content, piece.contentBytes);
+        const std::lock_guard lock(m_mutex);
+        ++m_counted;
+        m_moved.notify_all();
     }
 
     void WritePiece(const SFramePiece& piece) {
@@ -80,10 +99,9 @@ class CFrameWriter {
             return;
         if (piece.content == nullptr) {
             CTransferReport::NoteMemoryRefused(); // a piece's thread has no report
-            m_ok = false;
+            Fail();
             return;
         }
-        XXH32_update(&m_checksum, piece.content, piece.contentBytes);
         if (piece.packedBytes == 0) {
             WriteField(static_cast<std::uint32_t>(piece.contentBytes) | kStoredAsIsBit);
             WriteBytes(piece.content, piece.contentBytes);
@@ -91,6 +109,12 @@ class CFrameWriter {
             WriteField(static_cast<std::uint32_t>(piece.packedBytes));
             WriteBytes(piece.packed.Data(), piece.packedBytes);
         }
+    }
+
+    void Fail() {
+        const std::lock_guard lock(m_mutex);
+        m_ok = false;
+        m_moved.notify_all();
     }
 
     void WriteHeader() {
@@ -120,14 +144,18 @@ class CFrameWriter {
     void WriteBytes(const std::byte* bytes, std::size_t count) {
         if (m_ok && !m_stream.write(reinterpret_cast<const char*>(bytes),
                                     static_cast<std::streamsize>(count)))
-            m_ok = false;
+            Fail();
     }
 
     std::ostream& m_stream;
     std::uint64_t m_byteCount;
     const FramePieceSource& m_source;
-    XXH32_state_t m_checksum{};
+    XXH32_state_t m_checksum{};   ///< of the thread whose turn it is
     std::atomic<bool> m_ok{true}; ///< any failure makes every further step do nothing
+
+    std::mutex m_mutex; ///< guards what is behind it
+    std::condition_variable m_moved;
+    std::size_t m_counted = 0; ///< pieces in the checksum
 };
 
 } // namespace
