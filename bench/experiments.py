@@ -4,7 +4,7 @@ import math
 import os
 
 from figures import Run
-from workplace import LZ4_PEER, PYTHON_PEER, SECOND_CORE, Failure
+from workplace import LZ4_PEER, PYTHON_PEER, SECOND_CORE, Failure, touch_free_memory
 
 BINARY_KINDS = {'9fcoef': 36, '3fcoef': 12, '9bcoef': 9, '3bcoef': 3}  # bytes of a pixel
 WORD_KINDS = {'9wcoef': 18, '3wcoef': 6, '4wcoef': 8, '12wcoef': 24}
@@ -15,8 +15,10 @@ TEXT_KIND = 'cccoef'
 CONTENT = 'gains near 0.86 that drift slowly, crosstalk near 0.02, noise to the last bit of each'
 CABINET = (128, 128)
 CABINETS = 256
+CABINETS_MEMORY = 512 << 20
 SCREEN = (3840, 2160)
 SCREEN_PIXELS = SCREEN[0] * SCREEN[1]
+SCREEN_MEMORY = 2 << 30
 CHECKED = (300, 140)  # more than one block in both directions, and no whole number of them
 FEW_CABINETS = 64
 FURTHER_CABINETS = CABINETS - FEW_CABINETS
@@ -34,10 +36,12 @@ STARTS = 21
 
 
 class Experiment:
-    """`steps` names what can be measured; `peers` what a step needs besides the project."""
+    """`steps` names what can be measured; `peers` what a step needs besides the project; `memory` the
+    bytes that a step takes at most, with what it leaves in the system's cache of files."""
     steps = ()
     peers = {}
     rounds = ROUNDS
+    memory = CABINETS_MEMORY
 
     def prepare(self, place, steps):
         """Makes what the steps work on."""
@@ -53,6 +57,7 @@ class Experiment:
         done = 0
         while done < rounds:
             for step in steps:
+                touch_free_memory(self.memory)  # a host may have taken back what the last step freed
                 runs[step].append(self.run_step(place, step))
             done += 1
             if sum(step_runs[0].seconds for step_runs in runs.values()) > LONG_SECONDS:
@@ -91,6 +96,7 @@ class Screen(Experiment):
     """A screen of a kind: the whole command, the script, both files copied, the LZ4 calls of both
     files alone, and the lz4 program on a binary file's body."""
     peers = {'script': PYTHON_PEER, 'lz4': LZ4_PEER}
+    memory = SCREEN_MEMORY
 
     def __init__(self, kind):
         self.kind = kind
@@ -138,6 +144,7 @@ class Screen(Experiment):
 class Look(Experiment):
     """What tells of a screen and shows it, its file read, its LZ4 calls alone, and its map loaded."""
     steps = ('info', 'preview', 'read', 'calls', 'load')
+    memory = SCREEN_MEMORY
 
     def prepare(self, place, steps):
         self.file, = place.wall(*SCREEN, 1, COMMON_KIND).iterdir()
@@ -174,6 +181,7 @@ class Cores(Experiment):
 
     def __init__(self, size, count):
         self.wall = (*size, count)
+        self.memory = SCREEN_MEMORY if count == 1 else CABINETS_MEMORY
 
     def prepare(self, place, steps):
         self.source = place.wall(*self.wall, COMMON_KIND)
@@ -244,6 +252,7 @@ class Start(Experiment):
 class Sizes(Experiment):
     steps = tuple(f'{width}x{height}' for width, height in SIZES)
     pixels = [width * height for width, height in SIZES]
+    memory = SCREEN_MEMORY
 
     def prepare(self, place, steps):
         self.sources = {f'{width}x{height}': place.wall(width, height, 1, COMMON_KIND)

@@ -20,7 +20,7 @@ import experiments
 import rows
 import workplace
 from figures import summary
-from workplace import Failure, Workplace, missing_peers, touch_free_memory
+from workplace import Failure, Workplace, missing_peers
 
 BUSY_LOAD = 0.25  # of each core
 
@@ -79,7 +79,6 @@ def main():
     start = time.monotonic()
     place = Workplace(programs, path.parent / 'work')
     try:
-        touch_free_memory()
         results = measure(place, wanted, missing_peers(),
                           lambda result: print(result, flush=True))
     except Failure as failure:

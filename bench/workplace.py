@@ -8,7 +8,6 @@ import sys
 from figures import Run
 
 PEERS = pathlib.Path(__file__).resolve().parent / 'peers'
-TOUCHED_BYTES = 8 << 30
 
 # What a step may need besides the project: whether it is there.
 PYTHON_PEER = 'NumPy and LZ4 for Python'
@@ -41,11 +40,15 @@ def available_bytes():
     return int(fields['MemAvailable'].split()[0]) * 1024
 
 
-def touch_free_memory():
+def touch_free_memory(wanted):
     """A virtual machine's first touch of a page costs many times what is measured. A process of its
     own does it, since this one's peak would be inherited by those it starts."""
-    count = min(TOUCHED_BYTES, available_bytes() // 4 * 3)
-    subprocess.run([sys.executable, '-c', f'b"\\1" * {count}'], check=True)
+    count = min(wanted, available_bytes() // 4 * 3)
+    program = ('import mmap\n'
+               f'memory = mmap.mmap(-1, {count}, flags=mmap.MAP_PRIVATE | mmap.MAP_ANONYMOUS)\n'
+               'memory.madvise(mmap.MADV_HUGEPAGE)\n'
+               f'for place in range(0, {count}, mmap.PAGESIZE): memory[place] = 1\n')
+    subprocess.run([sys.executable, '-c', program], check=True)
 
 
 class Workplace:

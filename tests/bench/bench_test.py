@@ -4,6 +4,7 @@ import contextlib
 import io
 import json
 import math
+import mmap
 import pathlib
 import sys
 import tempfile
@@ -18,6 +19,13 @@ import rows
 import run
 import workplace
 from figures import Goal, Result, Run, exponent, median_run, slope, summary
+
+
+def setUpModule():
+    """No test touches gigabytes but the one that is about it, and that a few."""
+    touch = mock.patch.object(experiments, 'touch_free_memory')
+    touch.start()
+    unittest.addModuleCleanup(touch.stop)
 
 
 def runs_of(**seconds):
@@ -232,6 +240,42 @@ class Rounds(unittest.TestCase):
         self.assertEqual(long.calls, ['a', 'b'] * 3)
         self.assertEqual(runs, {'a': [Run(0.1)] * 5, 'b': [Run(0.1)] * 5})
 
+    def test_memory_is_touched_before_every_run(self):
+        script = self.Script(10)
+        script.memory = 5
+        with mock.patch.object(experiments, 'touch_free_memory',
+                               side_effect=lambda count: script.calls.append(count)):
+            script.measure(None, ['a', 'b'])
+        self.assertEqual(script.calls, [5, 'a', 5, 'b'] * 3)
+
+    def test_a_screen_is_measured_in_more_memory_than_cabinets(self):
+        memory = {row.key: row.experiment.memory for row in rows.ROWS}
+        for key in ('screen-copy.9fcoef', 'info.9fcoef', 'cores.screen', 'growth.size'):
+            self.assertEqual(memory[key], 2 << 30, key)
+        for key in ('cabinets.9fcoef', 'cores.cabinets', 'growth.count'):
+            self.assertEqual(memory[key], 512 << 20, key)
+
+    def test_a_process_of_its_own_touches_no_more_than_most_of_what_there_is(self):
+        def bytes_taken(wanted, available):
+            with mock.patch.object(workplace, 'available_bytes', return_value=available), \
+                    mock.patch.object(workplace.subprocess, 'run') as started:
+                workplace.touch_free_memory(wanted)
+            (command,), options = started.call_args
+            self.assertEqual(command[:2], [sys.executable, '-c'])
+            self.assertEqual(options, {'check': True})
+            taken = {}
+            with mock.patch('mmap.mmap') as made:
+                made.return_value.__setitem__ = lambda _, place, value: taken.update({place: value})
+                exec(command[2], {})
+            made.return_value.madvise.assert_called_once_with(mmap.MADV_HUGEPAGE)
+            self.assertEqual(taken, {place: 1 for place in range(0, made.call_args.args[1],
+                                                                mmap.PAGESIZE)})
+            return made.call_args.args[1]
+
+        self.assertEqual(bytes_taken(10 * mmap.PAGESIZE, 1 << 30), 10 * mmap.PAGESIZE)
+        self.assertEqual(bytes_taken(1 << 30, 8 * mmap.PAGESIZE), 6 * mmap.PAGESIZE)
+        workplace.touch_free_memory(10 * mmap.PAGESIZE)  # raises unless the process ends well
+
     def test_rows_of_one_experiment_share_its_runs_and_missing_peers_are_not_run(self):
         script = self.Script(0.1)
         table = [rows.Row(key, '', '', None, script, steps, lambda runs: len(runs))
@@ -289,7 +333,6 @@ class Programs(unittest.TestCase):
         out, err = io.StringIO(), io.StringIO()
         results = self.folder / 'results.json'
         with mock.patch.object(sys, 'argv', ['run.py', str(self.folder), str(results), *names]), \
-                mock.patch.object(run, 'touch_free_memory'), \
                 contextlib.redirect_stdout(out), contextlib.redirect_stderr(err):
             status = run.main()
         return status, out.getvalue(), err.getvalue(), results
