@@ -1,6 +1,7 @@
 // The order of the virtual operations, read from the compiled code. Under the Itanium C++ ABI, which
-// g++ follows on both systems, a pointer to a virtual member function holds 1 + the byte offset of
-// its entry, and the destructor takes two entries: slot n is entry n + 1.
+// g++ follows on both systems, a pointer to a virtual member function holds the byte offset of its
+// entry, with a lowest bit that marks it as virtual there or, on ARM, in the adjustment behind it; and
+// the destructor takes two entries: slot n is entry n + 1.
 #include <cstring>
 #include <type_traits>
 
@@ -23,9 +24,10 @@ std::size_t EntryOf(Member member) {
     } parts{};
     static_assert(sizeof parts == sizeof member);
     std::memcpy(&parts, &member, sizeof parts);
-    EXPECT_EQ(parts.pointer & 1, 1) << "not virtual";
-    EXPECT_EQ(parts.adjustment, 0);
-    return static_cast<std::size_t>(parts.pointer - 1) / sizeof(void*);
+    constexpr std::ptrdiff_t kMark = 1;
+    EXPECT_EQ((parts.pointer & kMark) + (parts.adjustment & kMark), 1) << "not virtual";
+    EXPECT_EQ(parts.adjustment & ~kMark, 0);
+    return static_cast<std::size_t>(parts.pointer & ~kMark) / sizeof(void*);
 }
 
 void* const* TableOf(const CColorCorrectCoef& object) {
