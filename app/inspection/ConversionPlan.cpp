@@ -24,10 +24,6 @@ constexpr std::wstring_view kNpyExtension = L".npy";
 bool IsConvertedToKind(std::wstring_view name) { return IsNpyName(name) || IsCoefFileName(name); }
 bool IsConvertedToArray(std::wstring_view name) { return !IsNpyName(name) && IsCoefFileName(name); }
 
-std::wstring_view ExtensionOf(const SFormName& form) {
-    return form.kind == nullptr ? kNpyExtension : form.kind->extension;
-}
-
 /// What a file's name tells; nothing when it tells no kind, or another one when the file is read than
 /// when it is written.
 std::optional<SFormName> FormOfName(std::wstring_view name) {
@@ -37,15 +33,25 @@ std::optional<SFormName> FormOfName(std::wstring_view name) {
     return kind == nullptr ? std::nullopt : std::optional(SFormName{kind});
 }
 
+std::size_t PlaceOf(std::wstring_view extension, const std::wstring& name) {
+    return ToLowerAscii(name).rfind(extension);
+}
+
+/// An array of a name that holds an extension, wherever, would be taken for a coefficient file by a later
+/// run: of a name with several none stays.
+std::wstring NameAsArray(std::wstring name) {
+    while (const SFileKind* const kind = FindLoadKind(name))
+        name.erase(PlaceOf(kind->extension, name), kind->extension.size());
+    return name.append(kNpyExtension);
+}
+
 /// `name`, which tells what it is of, with another extension in place of its own. What follows stays, as
 /// it does in a turn; only an array's stands at the end.
-std::wstring NameAs(const std::wstring& name, const SFormName& form) {
+std::wstring NameAs(std::wstring name, const SFormName& form) {
+    if (form.kind == nullptr)
+        return NameAsArray(std::move(name));
     const std::wstring_view own = IsNpyName(name) ? kNpyExtension : FindLoadKind(name)->extension;
-    const std::size_t begin = ToLowerAscii(name).rfind(own);
-    const std::wstring before = name.substr(0, begin);
-    const std::wstring behind = name.substr(begin + own.size());
-    const std::wstring extension(ExtensionOf(form));
-    return form.kind == nullptr ? before + behind + extension : before + extension + behind;
+    return name.replace(PlaceOf(own, name), own.size(), form.kind->extension);
 }
 
 class CConversionPlanner {

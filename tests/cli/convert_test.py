@@ -458,8 +458,23 @@ class Convert(CliTest):
         self.expect(self.convert('--to', '9wcoef', source, array, self.target), 2, [],
                     [f'trevolt-cli: {source} and {array} would both become a.9wcoef: give each a target of its own'])
         self.assertEqual(self.targets(), [])
-        self.expect(self.convert('--to', 'npy', double, self.target), 0, err=[])
-        self.assertEqual(self.targets(), ['a.3bcoef.npy'])
+
+    @native_only
+    def test_no_array_is_named_as_a_coefficient_file(self):
+        content = file_of('3wcoef', clean_pixels())
+        names = {'a.3wcoef.3bcoef': 'a.npy', 'b.3Wcoef.3wcoef.old': 'b.old.npy',
+                 'c.3w.3wcoefcoef': 'c.npy'}
+        for name in names:
+            (self.source / name).write_bytes(content)
+        self.expect(self.convert('--to', 'npy', self.source, self.target), 0, err=[])
+        self.assertEqual(self.targets(), sorted(names.values()))
+        self.expect(self.run_cli('rotate', '-a', 90, self.target, self.folder / 'new'), 2, [],
+                    [f'trevolt-cli: there is no coefficient file in {self.target}: give a folder '
+                     'that holds some'])
+        (self.source / 'a.3wcoef').write_bytes(content)
+        self.expect(self.convert('--to', 'npy', self.source, self.target), 2, [],
+                    [f'trevolt-cli: {self.source}/a.3wcoef and {self.source}/a.3wcoef.3bcoef would both '
+                     'become a.npy: give each a target of its own'])
 
     @native_only
     def test_wrong_usage(self):
