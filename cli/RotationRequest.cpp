@@ -25,9 +25,10 @@ std::vector<SFileAngle> ReadAngles(const std::wstring& path) {
 }
 
 void TakeAngles(const SRotateOptions& options, SRotationRequest& request) {
-    if (options.angleTable)
+    if (options.angleTable) {
         request.angles = ReadAngles(*options.angleTable);
-    else if (options.angle)
+        request.angleTable = *options.angleTable;
+    } else if (options.angle)
         request.angle = kAngles[*options.angle - 1];
     else if (!options.list || options.skipExisting) // which outputs stand, their names tell
         throw CUsageError("rotate needs an angle: give --angle 90, 180 or 270, or --angles TABLE");

@@ -12,6 +12,7 @@ SMountingForm AngleForm() {
     return {.needed = {File, Angle},
             .plain = {{File, Angle}, {File, X, Y, Angle}},
             .takesOthers = true,
+            .heading = "file,angle",
             .rowAdvice = "give a file and its angle, with a comma between",
             .tableAdvice = "give a file and its angle a line"};
 }
@@ -22,7 +23,7 @@ SAngleTable ReadAngleTable(const std::wstring& path) {
     SMountingTable read = ReadMountingTable(path, AngleForm());
     SAngleTable table{{}, std::move(read.problems)};
     for (SMountingRow& row : read.rows)
-        table.rows.push_back({std::move(row.name), row.code});
+        table.rows.push_back({std::move(row.name), row.code, row.line});
     return table;
 }
 

@@ -116,7 +116,7 @@ class CComposer {
         for (std::size_t i = 0; i < m_request.files.size(); ++i)
             if (std::string problem = DescribeInputObstacle(m_request.files[i].path);
                 !problem.empty())
-                obstacles.Add(std::move(problem));
+                obstacles.Add(m_request.files[i].origin + problem);
     }
 
     void FindRects() {
@@ -171,17 +171,20 @@ class CComposer {
         CObstacles obstacles(m_result.errors);
         for (std::size_t i = 0; i < m_result.files.size(); ++i)
             if (const SPixelRect& rect = m_result.files[i].rect; !IsWithin(rect, m_result.size))
-                obstacles.Add(fmt::format("{} takes {}, which is not all in the screen of {}: move "
-                                          "it, or allow what is outside to be cut",
-                                          NameOf(i), ShownRect(rect), ShownSize(m_result.size)));
+                obstacles.Add(
+                    fmt::format("{}{} takes {}, which is not all in the screen of {}: move "
+                                "it, or allow what is outside to be cut",
+                                m_request.files[i].origin, NameOf(i), ShownRect(rect),
+                                ShownSize(m_result.size)));
     }
 
     void CheckApart() {
         CObstacles obstacles(m_result.errors);
         for (const SRectOverlap& overlap : FindOverlaps(m_seen))
-            obstacles.Add(fmt::format(
-                "{} and {} overlap in {}: move one of them, or allow overlaps",
-                NameOf(overlap.first), NameOf(overlap.second), ShownRect(overlap.rect)));
+            obstacles.Add(
+                fmt::format("{}{} and {} overlap in {}: move one of them, or allow overlaps",
+                            m_request.files[overlap.second].origin, NameOf(overlap.first),
+                            NameOf(overlap.second), ShownRect(overlap.rect)));
     }
 
     void CheckOutput() {
@@ -292,8 +295,10 @@ SLayoutFiles ReadLayoutFiles(const std::wstring& table, const std::wstring& fold
     SMountingTable read = ReadLayoutTable(table);
     SLayoutFiles layout{{}, std::move(read.problems)};
     const std::wstring base = folder.empty() ? FolderPart(table) : WithSeparator(folder);
+    const std::string shown = WideToShownUtf8(table);
     for (SMountingRow& row : read.rows)
-        layout.files.push_back({base + row.name, std::move(row.name), row.place, row.code});
+        layout.files.push_back({base + row.name, std::move(row.name), row.place, row.code,
+                                fmt::format("{}: line {}: ", shown, row.line)});
     return layout;
 }
 

@@ -1,6 +1,8 @@
 #include "app/rotation/CsvTable.h"
 
+#include <array>
 #include <cerrno>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -12,8 +14,26 @@ namespace trevolt {
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-constexpr const char* kSemicolons = "fields are separated by commas, and this row has semicolons: "
-                                    "save the table with commas between";
+constexpr const char* kGiveReadable = ": give a file that can be read";
+constexpr std::array<std::string_view, 2> kWideMarks{"\xFF\xFE", "\xFE\xFF"};
+/// What stands between fields that a program has saved its own way.
+struct SForeignSeparator {
+    char separator;
+    const char* problem;
+};
+constexpr std::array kForeignSeparators{
+    SForeignSeparator{';', "fields are separated by commas, and this row has semicolons: save the "
+                           "table with commas between"},
+    SForeignSeparator{'\t', "fields are separated by commas, and this row has tabs: save the table "
+                            "with commas between"}};
+
+/// Empty where no such separator is in the text.
+std::string ForeignSeparatorIn(std::string_view text) {
+    for (const SForeignSeparator& foreign : kForeignSeparators)
+        if (text.find(foreign.separator) != std::string_view::npos)
+            return foreign.problem;
+    return {};
+}
 
 /// Takes a text row by row.
 class CCsvSplitter {
@@ -48,8 +68,9 @@ class CCsvSplitter {
         while (TakeComma());
         m_place += LineEnd();
         ++m_line;
-        if (!isQuoted && row.fields.size() == 1 && row.fields[0].find(';') != std::string::npos)
-            problem = kSemicolons;
+        if (!isQuoted && row.fields.size() == 1)
+            if (std::string foreign = ForeignSeparatorIn(row.fields[0]); !foreign.empty())
+                problem = std::move(foreign);
         if (!problem.empty())
             m_table.problems.push_back(fmt::format("line {}: {}", row.line, problem));
         else if (row.fields.size() > 1 || !Trimmed<char>(row.fields[0]).empty())
@@ -69,8 +90,9 @@ class CCsvSplitter {
         std::string field = TakeQuoted(problem);
         const std::string rest = TakePlain();
         if (!rest.empty() && problem.empty())
-            problem = rest.front() == ';' ? kSemicolons
-                                          : "text follows a closing quote: put two quotes for one";
+            problem = ForeignSeparatorIn(rest.substr(0, 1));
+        if (!rest.empty() && problem.empty())
+            problem = "text follows a closing quote: put two quotes for one";
         return field;
     }
 
@@ -93,7 +115,7 @@ class CCsvSplitter {
             m_line += c == '\n' ? 1 : 0;
             field += c;
         }
-        problem = "a quote is not closed";
+        problem = "a quote is not closed: put one behind the field, or two for one in it";
         return field;
     }
 
@@ -108,6 +130,9 @@ class CCsvSplitter {
 SCsvTable SplitCsv(std::string_view text) {
     if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark)
         text.remove_prefix(kByteOrderMark.size());
+    for (const std::string_view mark : kWideMarks)
+        if (text.starts_with(mark))
+            return {{}, {"is text of two bytes a character: save the table as UTF-8"}};
     return CCsvSplitter(text).Split();
 }
 
@@ -116,7 +141,7 @@ SCsvTable ReadCsv(const std::wstring& path) {
     errno = 0;
     CInputFile file;
     if (!file.Open(path.c_str())) {
-        table.problems.push_back(WithSystemReason("cannot be opened", errno));
+        table.problems.push_back(WithSystemReason("cannot be opened", errno) + kGiveReadable);
         return table;
     }
     const bool hasSize = file.tellg() >= 0; // it is no pipe
@@ -124,10 +149,11 @@ SCsvTable ReadCsv(const std::wstring& path) {
     if (text)
         return SplitCsv(*text);
     if (file.SystemError() != 0)
-        table.problems.push_back(WithSystemReason("cannot be read", file.SystemError()));
+        table.problems.push_back(WithSystemReason("cannot be read", file.SystemError()) +
+                                 kGiveReadable);
     else if (hasSize && file.eof())
-        table.problems.emplace_back(
-            "cannot be read whole: it ends before the size that the system tells of it");
+        table.problems.emplace_back("cannot be read whole: it ends before the size that the system "
+                                    "tells of it: give a copy");
     else
         table.problems.push_back(
             fmt::format("cannot be read whole: give a file of {} bytes at most", kLargestCsvBytes));

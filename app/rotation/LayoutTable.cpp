@@ -8,6 +8,7 @@ SMountingForm LayoutForm() {
     return {.needed = {File, X, Y},
             .plain = {{File, X, Y}, {File, X, Y, Angle}},
             .hasPlaces = true,
+            .heading = "file,x,y,angle",
             .rowAdvice =
                 "give a file, its x and its y, and its angle where it is turned, with commas "
                 "between",

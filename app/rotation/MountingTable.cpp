@@ -86,8 +86,11 @@ class CMountingRows {
             m_heading = HeadingOf(*row);
         if (m_heading && !TakeHeading(*row++))
             return;
-        for (; row != rows.end(); ++row)
+        m_isFirst = !m_heading;
+        for (; row != rows.end(); ++row) {
             Tell(*row, Take(*row));
+            m_isFirst = false;
+        }
     }
 
   private:
@@ -114,8 +117,8 @@ class CMountingRows {
         if (m_heading && m_heading->size() == count)
             return &*m_heading;
         if (m_heading) {
-            problem = fmt::format("has {} field{}, and the heading has {}", count, plural,
-                                  m_heading->size());
+            problem = fmt::format("has {} field{}, and the heading has {}: give as many", count,
+                                  plural, m_heading->size());
             return nullptr;
         }
         const auto found =
@@ -153,8 +156,17 @@ class CMountingRows {
         }
         const auto code = AngleCode(Trimmed<char>(field));
         row.code = code.value_or(0);
-        return code ? std::string()
-                    : fmt::format("{} is no angle: give 0, 90, 180, 270, -90 or -180", field);
+        return code ? std::string() : Refusal(field, "angle", "0, 90, 180, 270, -90 or -180");
+    }
+
+    /// What a field should be. The first row may be meant as a heading.
+    std::string Refusal(const std::string& field, const char* what,
+                        const std::string& wanted) const {
+        const std::string found = Trimmed<char>(field).empty()
+                                      ? fmt::format("has no {}", what)
+                                      : fmt::format("{} is no {}", field, what);
+        return fmt::format("{}: give {}{}{}", found, wanted, m_isFirst ? ", or the heading " : "",
+                           m_isFirst ? m_form.heading : "");
     }
 
     std::string TakeName(const std::string& field, std::wstring& name) const {
@@ -176,15 +188,16 @@ class CMountingRows {
         const auto number = Coordinate(Trimmed<char>(field));
         coordinate = number.value_or(0);
         return number ? std::string()
-                      : fmt::format("{} is no coordinate: give whole pixels, at most {}", field,
-                                    kLargestMapSide);
+                      : Refusal(field, "coordinate",
+                                fmt::format("whole pixels from -{0} to {0}", kLargestMapSide));
     }
 
     std::string TakeOnce(const SCsvRow& row, SMountingRow taken) {
         const auto [earlier, isNew] = m_lines.emplace(taken.name, row.line);
         if (!isNew)
-            return fmt::format("{} stands in line {} already", WideToShownUtf8(taken.name),
-                               earlier->second);
+            return fmt::format("{} stands in line {} already: keep one of the two",
+                               WideToShownUtf8(taken.name), earlier->second);
+        taken.line = row.line;
         m_table.rows.push_back(std::move(taken));
         return {};
     }
@@ -192,6 +205,7 @@ class CMountingRows {
     const SMountingForm& m_form;
     SMountingTable& m_table;
     std::optional<MountingColumns> m_heading;
+    bool m_isFirst = false; ///< the row that is taken, of a table without a heading
     std::map<std::wstring, std::size_t, SNameOrder> m_lines; ///< in which each file stands
 };
 

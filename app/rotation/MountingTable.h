@@ -2,6 +2,7 @@
 // angle, its place or both. Which of them a row must have is its caller's to say.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -30,12 +31,14 @@ struct SMountingForm {
     std::vector<MountingColumns> plain;
     bool hasPlaces = false;   ///< whether x and y are looked at
     bool takesOthers = false; ///< whether "*" may stand for all files without a row
+    const char* heading;      ///< that a table may have
     const char* rowAdvice;    ///< what a row is to have: "give ..."
     const char* tableAdvice;  ///< what a table without a row is to have: "give ..."
 };
 
 struct SMountingRow {
     std::wstring name;
+    std::size_t line = 0;   ///< in the table, from 1
     PixelPosition place;    ///< (0, 0) where it is not looked at
     std::uint32_t code = 0; ///< of `kAngles`, 0 without an angle
 };

@@ -10,6 +10,7 @@
 #include "app/rotation/NameOrder.h"
 #include "app/rotation/Obstacles.h"
 #include "platform/FileSystem.h"
+#include "platform/TrimmedText.h"
 #include "trevolt/FileKinds.h"
 #include "trevolt/RotationRun.h"
 #include "trevolt/Utf8.h"
@@ -51,35 +52,54 @@ void CheckCount(const SRotationRequest& request, SRotationPlan& plan) {
             "a whole screen is exactly one coefficient file, but {} holds {}", sources, count));
 }
 
+using AngleRows = std::map<std::wstring_view, const SFileAngle*, SNameOrder>;
+
+std::string ShownTable(const SRotationRequest& request) {
+    return request.angleTable.empty()
+               ? "the table of angles"
+               : fmt::format("the table of angles {}", WideToShownUtf8(request.angleTable));
+}
+
+/// The rows that turn a file.
+std::set<const SFileAngle*> GiveAngles(const SRotationRequest& request, const AngleRows& rows,
+                                       SRotationPlan& plan) {
+    const auto others = rows.find(kOtherFiles);
+    std::set<const SFileAngle*> used;
+    CObstacles obstacles(plan.obstacles);
+    for (SPlannedTurn& turn : plan.turns) {
+        const auto own = rows.find(turn.name);
+        const auto row = own == rows.end() ? others : own;
+        if (row == rows.end()) {
+            obstacles.Add(fmt::format("{} has no row for {}: add one, or a row for *",
+                                      ShownTable(request), WideToShownUtf8(turn.name)));
+            continue;
+        }
+        used.insert(row->second);
+        turn.angle = AngleOf(row->second->code);
+    }
+    return used;
+}
+
+/// Blanks at an end of a name are the name's, and not seen.
+const char* AdviceOn(std::wstring_view name) {
+    return Trimmed<wchar_t>(name) == name ? "correct the row"
+                                          : "correct the row, also the blanks around the name";
+}
+
 void TakeAngles(const SRotationRequest& request, SRotationPlan& plan) {
     if (request.angles.empty())
         return;
-    std::map<std::wstring_view, std::uint32_t, SNameOrder> rows;
+    AngleRows rows;
     for (const SFileAngle& row : request.angles)
-        rows.emplace(row.name, row.code);
-    const auto others = rows.find(kOtherFiles);
-    std::set<std::wstring_view> used;
-    {
-        CObstacles obstacles(plan.obstacles);
-        for (SPlannedTurn& turn : plan.turns) {
-            const auto own = rows.find(turn.name);
-            const auto row = own == rows.end() ? others : own;
-            if (row == rows.end()) {
-                obstacles.Add(
-                    fmt::format("the table of angles has no row for {}: add one, or a row for *",
-                                WideToShownUtf8(turn.name)));
-                continue;
-            }
-            used.insert(row->first);
-            turn.angle = AngleOf(row->second);
-        }
-    }
+        rows.emplace(row.name, &row);
+    const std::set<const SFileAngle*> used = GiveAngles(request, rows, plan);
     CObstacles obstacles(plan.obstacles);
-    for (const auto& [name, code] : rows)
-        if (name != kOtherFiles && !used.contains(name))
-            obstacles.Add(fmt::format(
-                "the table of angles names {}, which is no file of the sources: correct the row",
-                WideToShownUtf8(std::wstring(name))));
+    for (const auto& [name, row] : rows)
+        if (name != kOtherFiles && !used.contains(row))
+            obstacles.Add(fmt::format("{} names {}{}, which is no file of the sources: {}",
+                                      ShownTable(request), WideToShownUtf8(row->name),
+                                      row->line == 0 ? "" : fmt::format(" in line {}", row->line),
+                                      AdviceOn(name)));
 }
 
 bool CanStandInName(wchar_t c) {

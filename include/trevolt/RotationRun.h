@@ -37,6 +37,7 @@ enum class EExistingOutput {
 struct SFileAngle {
     std::wstring name;      ///< as the run tells it; "*" stands for all files without a row
     std::uint32_t code = 0; ///< of `kAngles`, or 0 for a copy
+    std::size_t line = 0;   ///< of the table that it is from, 0 without one
 };
 
 /// Part `number` (from 1) of `count` of a run that several machines share.
@@ -66,6 +67,8 @@ struct SRotationRequest {
     /// In place of `angle`, when not empty: every file has a row, or the row "*" is there, and every
     /// other row has its file.
     std::vector<SFileAngle> angles;
+    /// The table that they are from, as it is told; may be empty.
+    std::wstring angleTable;
     /// Stands in names of outputs in place of the angle's text.
     std::optional<std::wstring> suffix;
     EExistingOutput existing = EExistingOutput::Refuse;

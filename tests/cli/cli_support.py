@@ -60,6 +60,13 @@ sys.exit(os.waitstatus_to_exitcode(status))
 '''
 
 
+def bound_by_rights():
+    """What a command begins with that is to be refused what others may not: the superuser is not."""
+    if os.geteuid() != 0:
+        return []
+    return ['setpriv', '--bounding-set', '-dac_override,-dac_read_search']
+
+
 def posix_only(test):
     """The test's subject is a POSIX system."""
     def run(self, *args):
@@ -115,10 +122,11 @@ class CliTest(unittest.TestCase):
         self.source.mkdir()
         self.target.mkdir()
 
-    def run_cli(self, *arguments, locale='C.UTF-8', cwd=ROOT, environment=(), **options):
+    def run_cli(self, *arguments, locale='C.UTF-8', cwd=ROOT, environment=(), is_bound=False,
+                **options):
         options |= {'cwd': cwd, 'env': dict(os.environ, LC_ALL=locale) | dict(environment),
                     'timeout': 300}
-        command = [*PROGRAM, *map(str, arguments)]
+        command = [*(bound_by_rights() if is_bound else ()), *PROGRAM, *map(str, arguments)]
         if not IS_WRAPPED:
             return subprocess.run(command, capture_output=True, **options)
         done = self.run_wrapped(command, **options)

@@ -278,11 +278,52 @@ class Compose(ScreenTest):
                 (('a.9fcoef@0,0', '--from', self.source), '--from requires --layout: give both'),
                 (('--layout', table), f'--layout: {table}: line 1: has 2 fields: give a file, its x '
                  'and its y, and its angle where it is turned, with commas between\n'
-                 f'trevolt-cli: --layout: {table}: line 2: x is no coordinate: give whole pixels, at '
-                 'most 65535')):
+                 f'trevolt-cli: --layout: {table}: line 2: x is no coordinate: give whole pixels from '
+                 '-65535 to 65535')):
             with self.subTest(words=words):
                 self.expect(self.compose(*words), 2, [], f'trevolt-cli: {told}'.split('\n'))
             if cli_support.IS_WRAPPED and words:
+                break
+        self.assertEqual(self.targets(), [])
+
+    def test_what_is_wrong_in_a_layout_is_told_with_its_line(self):
+        for seed, name in enumerate(('a.9fcoef', 'b.9fcoef')):
+            self.add_cabinet(name, seed)
+        table = self.folder / 'wall.csv'
+        given, row = f'--layout: {table}:', f'{table}: line 2:'
+        coordinate = 'coordinate: give whole pixels from -65535 to 65535'
+        fields = ('give a file, its x and its y, and its angle where it is turned, with commas '
+                  'between')
+        gone, text = self.source / 'gone.9fcoef', self.source / 'a.txt'
+        for rows, told in (
+                ('file,left,y\n', f'{given} line 1: left is no {coordinate}, or the heading '
+                                  'file,x,y,angle'),
+                ('file,x,y\na.9fcoef,0,\n', f'{given} line 2: has no {coordinate}'),
+                ('file,x,y\na.9fcoef,0,0.5\n', f'{given} line 2: 0.5 is no {coordinate}'),
+                ('file,x,y\na.9fcoef,0\n',
+                 f'{given} line 2: has 2 fields, and the heading has 3: give as many'),
+                ('file,x\n', f'{given} line 1: the heading has no y: {fields}'),
+                ('a.9fcoef,0,0,0,0\n', f'{given} line 1: has 5 fields: {fields}'),
+                ('a.9fcoef,0,0\na.9fcoef,9,0\n',
+                 f'{given} line 2: a.9fcoef stands in line 1 already: keep one of the two'),
+                ('a.9fcoef,0,0,90\nb.9fcoef,9,0,9\n',
+                 f'{given} line 2: 9 is no angle: give 0, 90, 180, 270, -90 or -180'),
+                ('*,0,0\n', f'{given} line 1: * has no place: give every file a row of its own'),
+                (',0,0\n', f'{given} line 1: has no file: give its name'),
+                ('file,x,y\n', f'{given} holds no row: give a file, its x and its y a line'),
+                ('a.9fcoef,0,0\ngone.9fcoef,5,0\n',
+                 f'{row} the source {gone} does not exist: check its path'),
+                ('a.9fcoef,0,0\na.txt,5,0\n', f'{row} {text} is no coefficient file by its name'),
+                ('a.9fcoef,0,0\nb.9fcoef,9,-1\n',
+                 f'{row} b.9fcoef takes 9,-1,14,2, which is not all in the screen of 14 x 3: move it, or '
+                 'allow what is outside to be cut'),
+                ('a.9fcoef,0,0\nb.9fcoef,4,0\n',
+                 f'{row} a.9fcoef and b.9fcoef overlap in 4,0,5,3: move one of them, or allow overlaps')):
+            with self.subTest(rows=rows):
+                table.write_text(rows)
+                self.expect(self.compose('--layout', table, '--from', self.source), 2, [],
+                            [f'trevolt-cli: {told}'])
+            if cli_support.IS_WRAPPED:
                 break
         self.assertEqual(self.targets(), [])
 

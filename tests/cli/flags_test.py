@@ -333,19 +333,57 @@ class Angles(CliTest):
         self.assertEqual(self.targets(), [f'{name}-180°.3bcoef' for name in 'abcd'])
 
     def test_what_does_not_fit_is_named_before_anything_is_written(self):
-        self.expect(self.rotate_by('a.3bcoef,90\nb.3bcoef,90\nx.3bcoef,90\n'), 2, [],
-                    ['trevolt-cli: the table of angles has no row for c.3bcoef: add one, or a row for *',
-                     'trevolt-cli: the table of angles has no row for d.3bcoef: add one, or a row for *',
-                     'trevolt-cli: the table of angles names x.3bcoef, which is no file of the '
-                     'sources: correct the row'])
-        self.expect(self.rotate_by('a.3bcoef,45\n*\na.3bcoef,0\na.3bcoef,90\n'), 2, [],
-                    [f'trevolt-cli: --angles: {self.table}: line 1: 45 is no angle: give 0, 90, 180, 270, '
-                     '-90 or -180',
-                     f'trevolt-cli: --angles: {self.table}: line 2: has 1 field: give a file and its angle, '
-                     'with a comma between',
-                     f'trevolt-cli: --angles: {self.table}: line 4: a.3bcoef stands in line 3 already'])
-        self.expect(self.rotate_by('file,angle\n'), 2, [],
-                    [f'trevolt-cli: --angles: {self.table}: holds no row: give a file and its angle a line'])
+        given = f'--angles: {self.table}:'
+        table = f'the table of angles {self.table}'
+        fields = 'fields are separated by commas, and this row has {}: save the table with commas between'
+        angle = 'is no angle: give 0, 90, 180, 270, -90 or -180'
+        for text, told in (
+                ('a.3bcoef,90\nb.3bcoef,90\nx.3bcoef,90\n d.3bcoef,0\n',
+                 [f'{table} has no row for c.3bcoef: add one, or a row for *',
+                  f'{table} has no row for d.3bcoef: add one, or a row for *',
+                  f'{table} names  d.3bcoef in line 4, which is no file of the sources: correct the row, '
+                  'also the blanks around the name',
+                  f'{table} names x.3bcoef in line 3, which is no file of the sources: correct the row']),
+                ('a.3bcoef,45\n*\na.3bcoef,0\na.3bcoef,90\n*,\n,0\nb.3bcoef,1,2\n',
+                 [f'{given} line 1: 45 {angle}, or the heading file,angle',
+                  f'{given} line 2: has 1 field: give a file and its angle, with a comma between',
+                  f'{given} line 4: a.3bcoef stands in line 3 already: keep one of the two',
+                  f'{given} line 5: has no angle: give 0, 90, 180, 270, -90 or -180',
+                  f'{given} line 6: has no file: give its name, or * for all that have no row',
+                  f'{given} line 7: has 3 fields: give a file and its angle, with a comma between']),
+                ('file,angle\n', [f'{given} holds no row: give a file and its angle a line']),
+                ('file,angle\na.3bcoef\n',
+                 [f'{given} line 2: has 1 field, and the heading has 2: give as many']),
+                ('file,x,y\n', [f'{given} line 1: the heading has no angle: give a file and its angle, '
+                                'with a comma between']),
+                ('file;angle\na.3bcoef\t90\n', [f'{given} line 1: {fields.format("semicolons")}',
+                                                f'{given} line 2: {fields.format("tabs")}']),
+                ('"a.3bcoef"x,90\n*,90\n"b,90\n',
+                 [f'{given} line 1: text follows a closing quote: put two quotes for one',
+                  f'{given} line 3: a quote is not closed: put one behind the field, or two for one in '
+                  'it'])):
+            with self.subTest(text=text):
+                self.expect(self.rotate_by(text), 2, [], [f'trevolt-cli: {line}' for line in told])
+        self.assertEqual(self.targets(), [])
+
+    def test_a_table_that_is_no_text_is_told_once(self):
+        for content, told in (
+                ('*,90\n'.encode('utf-16'), 'is text of two bytes a character: save the table as UTF-8'),
+                (b'\xff.3bcoef,90\n', "line 1: the file's name is not valid UTF-8: save the table as "
+                                      'UTF-8')):
+            self.table.write_bytes(content)
+            result = self.run_cli('rotate', '--angles', self.table, self.source, self.target)
+            self.expect(result, 2, [], [f'trevolt-cli: --angles: {self.table}: {told}'])
+
+    @posix_only
+    def test_a_table_that_cannot_be_read_is_told_with_the_reason(self):
+        self.table.touch()
+        self.table.chmod(0)
+        for table, reason in ((self.table, 'Permission denied'), (self.source, 'Is a directory'),
+                              (self.folder / 'gone', 'No such file or directory')):
+            result = self.run_cli('rotate', '--angles', table, self.source, self.target, is_bound=True)
+            self.expect(result, 2, [], [f'trevolt-cli: --angles: {table}: cannot be opened: {reason}: '
+                                        'give a file that can be read'])
         self.assertEqual(self.targets(), [])
 
     def test_a_file_in_a_folder_is_named_with_it(self):

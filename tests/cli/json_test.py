@@ -111,7 +111,8 @@ class CommonJson(CliTest):
         sizes.write_text('gone.9fcoef,0,0\n')
         whole = self.source / 'whole.3bcoef'
         missing = f'the source {gone} does not exist: check its path'
-        line_1 = f'--layout: {table}: line 1: x is no coordinate: give whole pixels, at most 65535'
+        line_1 = f'--layout: {table}: line 1: x is no coordinate: give whole pixels from ' \
+                 '-65535 to 65535, or the heading file,x,y,angle'
         for command, arguments, errors in (
                 ('info', (gone,), [missing]),
                 ('info', (self.target,), [f'there is no coefficient file in {self.target}: give a folder that holds some']),

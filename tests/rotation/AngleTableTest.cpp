@@ -33,7 +33,8 @@ TEST(AngleTable, TakesAHeadingInTheFirstRowOnly) {
     EXPECT_EQ(RowsOf("name,angle\na,90\n"), L"a=1 ");
     EXPECT_EQ(RowsOf("Angle,File\n90,a\n"), L"a=1 ");
     EXPECT_EQ(TableOf("file,file\n").problems,
-              Problems{"line 1: file is no angle: give 0, 90, 180, 270, -90 or -180"});
+              Problems{"line 1: file is no angle: give 0, 90, 180, 270, -90 or -180, or the "
+                       "heading file,angle"});
 }
 
 TEST(AngleTable, AHeadingHasTwoColumnsAtLeast) {
@@ -54,8 +55,9 @@ TEST(AngleTable, TakesTheAnglesOfALayout) {
 
 TEST(AngleTable, NamesRowsOfAnotherNumberOfFieldsThanTheHeading) {
     const SAngleTable table = TableOf("file,x,y,angle\na,90\nb,0,0,90\nc\n");
-    EXPECT_EQ(table.problems, (Problems{"line 2: has 2 fields, and the heading has 4",
-                                        "line 4: has 1 field, and the heading has 4"}));
+    EXPECT_EQ(table.problems,
+              (Problems{"line 2: has 2 fields, and the heading has 4: give as many",
+                        "line 4: has 1 field, and the heading has 4: give as many"}));
     ASSERT_EQ(table.rows.size(), 1U);
     EXPECT_EQ(table.rows[0].name, L"b");
 }
@@ -68,22 +70,25 @@ TEST(AngleTable, KeepsNamesAsTheyStand) {
 TEST(AngleTable, HasOneRowForEachFileOfTheSystem) {
     const SAngleTable table = TableOf("Cab,90\ncAB,180\n");
     EXPECT_EQ(table.problems,
-              kNamesIgnoreCase ? Problems{"line 2: cAB stands in line 1 already"} : Problems{});
+              kNamesIgnoreCase
+                  ? Problems{"line 2: cAB stands in line 1 already: keep one of the two"}
+                  : Problems{});
 }
 
 TEST(AngleTable, NamesEveryLineThatIsWrong) {
     const SAngleTable table = TableOf("a,90\nb,45\n\nc\nd,90,1\n,90\na,180\n\xFF,90\ne,0x5A\nf,\n"
                                       "\"g");
     EXPECT_EQ(table.problems,
-              (Problems{"line 11: a quote is not closed",
+              (Problems{"line 11: a quote is not closed: put one behind the field, or two for one "
+                        "in it",
                         "line 2: 45 is no angle: give 0, 90, 180, 270, -90 or -180",
                         "line 4: has 1 field: give a file and its angle, with a comma between",
                         "line 5: has 3 fields: give a file and its angle, with a comma between",
                         "line 6: has no file: give its name, or * for all that have no row",
-                        "line 7: a stands in line 1 already",
+                        "line 7: a stands in line 1 already: keep one of the two",
                         "line 8: the file's name is not valid UTF-8: save the table as UTF-8",
                         "line 9: 0x5A is no angle: give 0, 90, 180, 270, -90 or -180",
-                        "line 10:  is no angle: give 0, 90, 180, 270, -90 or -180"}));
+                        "line 10: has no angle: give 0, 90, 180, 270, -90 or -180"}));
     ASSERT_EQ(table.rows.size(), 1U);
     EXPECT_EQ(table.rows[0].name, L"a");
 }
@@ -93,6 +98,23 @@ TEST(AngleTable, OfSemicolonsIsToldAsSuch) {
                              "the table with commas between";
     EXPECT_EQ(TableOf("file;angle\na;90\n").problems, (Problems{"line 1" + told, "line 2" + told}));
     EXPECT_EQ(RowsOf("a;b,90\n"), L"a;b=1 ");
+}
+
+TEST(AngleTable, AFirstRowThatMayBeAHeadingIsToldWhatOneIs) {
+    const std::string heading = ", or the heading file,angle";
+    EXPECT_EQ(TableOf("file,angel\na,45\n").problems,
+              (Problems{"line 1: angel is no angle: give 0, 90, 180, 270, -90 or -180" + heading,
+                        "line 2: 45 is no angle: give 0, 90, 180, 270, -90 or -180"}));
+    EXPECT_EQ(TableOf("file,angle\na, \n").problems,
+              Problems{"line 2: has no angle: give 0, 90, 180, 270, -90 or -180"});
+}
+
+TEST(AngleTable, RowsKnowTheirLines) {
+    const SAngleTable table = TableOf("file,angle\n\na,90\n\"b\n\",0\nc,0\n");
+    ASSERT_EQ(table.rows.size(), 3U);
+    EXPECT_EQ(table.rows[0].line, 3U);
+    EXPECT_EQ(table.rows[1].line, 4U);
+    EXPECT_EQ(table.rows[2].line, 6U);
 }
 
 TEST(AngleTable, IsNothingWithoutARow) {

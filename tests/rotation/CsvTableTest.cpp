@@ -44,9 +44,10 @@ TEST(CsvTable, TakesQuotedFields) {
 
 TEST(CsvTable, NamesLinesThatAreWrong) {
     const SCsvTable table = SplitCsv("a,1\n\"b\"x,2\n\"c\nd,3");
-    EXPECT_EQ(table.problems,
-              (Fields{"line 2: text follows a closing quote: put two quotes for one",
-                      "line 3: a quote is not closed"}));
+    EXPECT_EQ(
+        table.problems,
+        (Fields{"line 2: text follows a closing quote: put two quotes for one",
+                "line 3: a quote is not closed: put one behind the field, or two for one in it"}));
     ASSERT_EQ(table.rows.size(), 1U);
     EXPECT_EQ(table.rows[0].fields, (Fields{"a", "1"}));
 }
@@ -57,24 +58,47 @@ TEST(CsvTable, SemicolonsBetweenFieldsAreToldAsSuch) {
         "table with commas between";
     EXPECT_EQ(SplitCsv("file;x;y\n\"a, b\";0;0\r\na;\"0\";0\n\"a\";\"0\"").problems,
               (Fields{"line 1: " + told, "line 2: " + told, "line 3: " + told, "line 4: " + told}));
-    EXPECT_EQ(SplitCsv("\"a\"b;0\n\"a;b").problems,
-              (Fields{"line 1: text follows a closing quote: put two quotes for one",
-                      "line 2: a quote is not closed"}));
+    EXPECT_EQ(
+        SplitCsv("\"a\"b;0\n\"a;b").problems,
+        (Fields{"line 1: text follows a closing quote: put two quotes for one",
+                "line 2: a quote is not closed: put one behind the field, or two for one in it"}));
     EXPECT_EQ(Rows("a;b,1\n\"a;b\"\n\"a;b\",\";\"\n"), (Fields{"1:a;b|1|", "2:a;b|", "3:a;b|;|"}));
+}
+
+TEST(CsvTable, TabsBetweenFieldsAreToldAsSuch) {
+    EXPECT_EQ(
+        SplitCsv("file\tx\n\"a\"\t0\n").problems,
+        (Fields{"line 1: fields are separated by commas, and this row has tabs: save the table "
+                "with commas between",
+                "line 2: fields are separated by commas, and this row has tabs: save the table "
+                "with commas between"}));
+    EXPECT_EQ(Rows("a\tb,1\n"), Fields{"1:a\tb|1|"});
+}
+
+TEST(CsvTable, TextOfAnotherEncodingIsToldOnce) {
+    const std::string told = "is text of two bytes a character: save the table as UTF-8";
+    for (const std::string_view text : {"\xFF\xFE"
+                                        "a\0,\0",
+                                        "\xFE\xFF\0a"}) {
+        EXPECT_EQ(SplitCsv(text).problems, Fields{told});
+        EXPECT_TRUE(SplitCsv(text).rows.empty());
+    }
 }
 
 TEST(CsvTable, TellsWhyAFileCannotBeRead) {
     const test::CTemporaryFolder folder;
     EXPECT_EQ(ReadCsv(folder.File(L"none")).problems,
-              Fields{"cannot be opened: No such file or directory"});
-    EXPECT_EQ(ReadCsv(folder.Path()).problems, Fields{"cannot be opened: Is a directory"});
+              Fields{"cannot be opened: No such file or directory: give a file that can be read"});
+    EXPECT_EQ(ReadCsv(folder.Path()).problems,
+              Fields{"cannot be opened: Is a directory: give a file that can be read"});
     test::WriteText(folder.File(L"table"), "a,1\n");
     EXPECT_EQ(ReadCsv(folder.File(L"table")).rows.size(), 1U);
 #ifdef __linux__
     const std::wstring shorterThanTold = L"/sys/devices/system/cpu/possible";
     ASSERT_TRUE(PathExists(shorterThanTold));
     EXPECT_EQ(ReadCsv(shorterThanTold).problems,
-              Fields{"cannot be read whole: it ends before the size that the system tells of it"});
+              Fields{"cannot be read whole: it ends before the size that the system tells of it: "
+                     "give a copy"});
 #endif
 }
 

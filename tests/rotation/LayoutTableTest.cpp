@@ -39,7 +39,15 @@ TEST(LayoutTable, TakesColumnsFromAHeading) {
               LayoutProblems{"line 1: the heading has no y: give a file, its x and its y, and its "
                              "angle where it is turned, with commas between"});
     EXPECT_EQ(LayoutOf("a,0,0\nfile,x,y\n").problems,
-              LayoutProblems{"line 2: x is no coordinate: give whole pixels, at most 65535"});
+              LayoutProblems{"line 2: x is no coordinate: give whole pixels from -65535 to 65535"});
+}
+
+TEST(LayoutTable, AFirstRowThatMayBeAHeadingIsToldWhatOneIs) {
+    EXPECT_EQ(
+        LayoutOf("file,left,top\na,0,\n").problems,
+        (LayoutProblems{"line 1: left is no coordinate: give whole pixels from -65535 to 65535, "
+                        "or the heading file,x,y,angle",
+                        "line 2: has no coordinate: give whole pixels from -65535 to 65535"}));
 }
 
 TEST(LayoutTable, NamesEveryLineThatIsWrong) {
@@ -48,18 +56,20 @@ TEST(LayoutTable, NamesEveryLineThatIsWrong) {
                  "i,0,0,45\n*,0,0\n,0,0\na,1,1\n\xFF,0,0\nj,0x1,0\nk,0,0,\n");
     const std::string fields = ": give a file, its x and its y, and its angle where it is turned, "
                                "with commas between";
-    const std::string coordinate = " is no coordinate: give whole pixels, at most 65535";
-    EXPECT_EQ(table.problems,
-              (LayoutProblems{
-                  "line 2: has 2 fields" + fields, "line 3: has 5 fields" + fields,
-                  "line 4: 1.5" + coordinate, "line 5: " + coordinate, "line 6: 65536" + coordinate,
-                  "line 7: -65536" + coordinate, "line 8: +1" + coordinate,
-                  "line 9: 45 is no angle: give 0, 90, 180, 270, -90 or -180",
-                  "line 10: * has no place: give every file a row of its own",
-                  "line 11: has no file: give its name", "line 12: a stands in line 1 already",
-                  "line 13: the file's name is not valid UTF-8: save the table as UTF-8",
-                  "line 14: 0x1" + coordinate,
-                  "line 15:  is no angle: give 0, 90, 180, 270, -90 or -180"}));
+    const std::string coordinate = " is no coordinate: give whole pixels from -65535 to 65535";
+    EXPECT_EQ(
+        table.problems,
+        (LayoutProblems{"line 2: has 2 fields" + fields, "line 3: has 5 fields" + fields,
+                        "line 4: 1.5" + coordinate, "line 5: has no" + coordinate.substr(6),
+                        "line 6: 65536" + coordinate, "line 7: -65536" + coordinate,
+                        "line 8: +1" + coordinate,
+                        "line 9: 45 is no angle: give 0, 90, 180, 270, -90 or -180",
+                        "line 10: * has no place: give every file a row of its own",
+                        "line 11: has no file: give its name",
+                        "line 12: a stands in line 1 already: keep one of the two",
+                        "line 13: the file's name is not valid UTF-8: save the table as UTF-8",
+                        "line 14: 0x1" + coordinate,
+                        "line 15: has no angle: give 0, 90, 180, 270, -90 or -180"}));
     ASSERT_EQ(table.rows.size(), 1U);
     EXPECT_EQ(table.rows[0].name, L"a");
 }

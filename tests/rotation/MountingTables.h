@@ -35,8 +35,9 @@ std::wstring ShownRows(const Table& table, Show show) {
 template <class Read>
 void ExpectMissingFileIsTold(Read read) {
     const CTemporaryFolder folder;
-    EXPECT_EQ(read(folder.File(L"none")).problems,
-              TableProblems{"cannot be opened: No such file or directory"});
+    EXPECT_EQ(
+        read(folder.File(L"none")).problems,
+        TableProblems{"cannot be opened: No such file or directory: give a file that can be read"});
 }
 
 } // namespace trevolt::test

@@ -212,6 +212,16 @@ TEST_F(RotationPlan, EachFileHasItsAngle) {
                      "the table of angles has no row for c.3bcoef: add one, or a row for *",
                      "the table of angles names d.3bcoef, which is no file of the "
                      "sources: correct the row"}));
+    m_request.angles = {{L"b.3bcoef", 2, 1}, {L"*", 1, 2}, {L"c.3bcoef ", 1, 7}};
+    m_request.angleTable = L"wall.csv";
+    EXPECT_EQ(
+        Obstacles(),
+        Texts{"the table of angles wall.csv names c.3bcoef  in line 7, which is no file of the "
+              "sources: correct the row, also the blanks around the name"});
+    m_request.angles = {{L"b.3bcoef", 2, 1}, {L"c.3bcoef", 1, 2}};
+    EXPECT_EQ(Obstacles(),
+              Texts{"the table of angles wall.csv has no row for a.3bcoef: add one, or a "
+                    "row for *"});
     m_request.angles = {{L"*", 1}};
     EXPECT_EQ(Obstacles(), Texts{}) << "the rest may be none or all";
     m_request.angles = {{L"*", 0}};
