@@ -51,6 +51,11 @@ const char* TurnText(std::uint32_t code) {
     return kTexts[code];
 }
 
+/// Behind a file's name; empty where its size is not known.
+std::string SizeText(const PixelSize& size) {
+    return size == PixelSize{} ? "" : fmt::format("  ({} x {})", size.width, size.height);
+}
+
 /// Of a rectangle as it is shown, to be joined.
 std::array<std::int32_t, 4> SidesOf(const SPixelRect& rect) {
     return {rect.left, rect.top, rect.right, rect.bottom};
@@ -187,8 +192,8 @@ void TellCropping(const SCropRequest& request, const SCropping& result) {
     if (written != 0)
         TellRemarks(result.input, "what is cut out of it lacks", result.losses, result.notes);
     if (written + failed != 0)
-        PrintLine(stdout, "{} file{} cut out of {}  ({} x {}), {} failed{}", written,
-                  PluralEnd(written), result.input, result.size.width, result.size.height, failed,
+        PrintLine(stdout, "{} file{} cut out of {}{}, {} failed{}", written, PluralEnd(written),
+                  result.input, SizeText(result.size), failed,
                   result.problems.empty() ? "" : "; what could not be read of it is default");
     if (result.end == ECompositionEnd::SomeFailed && written + failed == 0 &&
         !result.problems.empty())

@@ -65,6 +65,10 @@ bool IsFolder(const std::wstring& path);
 /// `errno` says why, where the system does, else it is 0.
 std::optional<EntryKind> KindOfEntry(const std::wstring& path);
 
+/// Why the system would refuse a new file in a folder, as far as it tells that without one: an `errno`
+/// value, 0 when it would not.
+int RefusalOfNewFiles(const std::wstring& folder);
+
 /// Whether both paths exist and name the same entry.
 bool IsSameEntry(const std::wstring& a, const std::wstring& b);
 
@@ -84,6 +88,10 @@ bool ReplaceDurably(const std::wstring& from, const std::wstring& to);
 /// with `isDurable` as `ReplaceDurably`. False leaves both as they were, and `errno` tells why where
 /// the system does, EEXIST when something stands there, else it is 0.
 bool NameNew(const std::wstring& from, const std::wstring& to, bool isDurable);
+
+/// Makes an empty file where nothing stands; allocates nothing. The `errno` value of the reason when it
+/// does not stand, else 0.
+int MakeNativeFile(const NativePath& path) noexcept;
 
 /// Removes a file. False when it stays.
 bool RemoveFile(const std::wstring& path);

@@ -133,6 +133,13 @@ std::optional<EntryKind> KindOfEntry(const std::wstring& path) {
     return KindOf(info);
 }
 
+int RefusalOfNewFiles(const std::wstring& folder) {
+    const auto native = ToNativePath(folder);
+    if (!native)
+        return ENOENT;
+    return faccessat(AT_FDCWD, native->c_str(), W_OK | X_OK, AT_EACCESS) == 0 ? 0 : errno;
+}
+
 bool IsSameEntry(const std::wstring& a, const std::wstring& b) {
     struct stat first {};
     struct stat second {};
@@ -197,6 +204,14 @@ bool NameNew(const std::wstring& from, const std::wstring& to, bool /*isDurable*
         return false;
     }
     return ReplaceWith(from, to);
+}
+
+int MakeNativeFile(const NativePath& path) noexcept {
+    const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (descriptor < 0)
+        return errno;
+    close(descriptor);
+    return 0;
 }
 
 bool RemoveFile(const std::wstring& path) {

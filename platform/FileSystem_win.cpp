@@ -31,6 +31,8 @@ class CEntryHandle {
     CEntryHandle(const CEntryHandle&) = delete;
     CEntryHandle& operator=(const CEntryHandle&) = delete;
 
+    bool IsOpen() const { return m_handle != INVALID_HANDLE_VALUE; }
+
     bool Identify(BY_HANDLE_FILE_INFORMATION& info) const {
         return m_handle != INVALID_HANDLE_VALUE && GetFileInformationByHandle(m_handle, &info) != 0;
     }
@@ -117,6 +119,10 @@ std::optional<EntryKind> KindOfEntry(const std::wstring& path) {
     return attributes == INVALID_FILE_ATTRIBUTES ? std::nullopt : std::optional(KindOf(attributes));
 }
 
+int RefusalOfNewFiles(const std::wstring& folder) {
+    return CEntryHandle(folder, 0, FILE_ADD_FILE).IsOpen() ? 0 : ErrnoOfFailure(GetLastError());
+}
+
 bool IsSameEntry(const std::wstring& a, const std::wstring& b) {
     BY_HANDLE_FILE_INFORMATION first{};
     BY_HANDLE_FILE_INFORMATION second{};
@@ -156,6 +162,15 @@ bool ReplaceDurably(const std::wstring& from, const std::wstring& to) {
 
 bool NameNew(const std::wstring& from, const std::wstring& to, bool isDurable) {
     return Move(from, to, isDurable ? MOVEFILE_WRITE_THROUGH : 0);
+}
+
+int MakeNativeFile(const NativePath& path) noexcept {
+    const HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return ErrnoOfFailure(GetLastError());
+    CloseHandle(file);
+    return 0;
 }
 
 bool RemoveFile(const std::wstring& path) { return RemoveNativeFile(path); }

@@ -53,7 +53,7 @@ class CFolderConversion {
         for (const std::wstring& one : below) {
             if (const int error = m_target.Make(one); error != 0)
                 return WithSystemReason(
-                    fmt::format("the target folder {} cannot be made or synced",
+                    fmt::format("the target folder {} cannot be made, written to or synced",
                                 WideToShownUtf8(WithSeparator(m_request.output) + one)),
                     error);
             m_target.RemoveAbandoned(one);

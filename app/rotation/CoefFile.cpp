@@ -1,6 +1,7 @@
 #include "app/rotation/CoefFile.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
@@ -9,6 +10,7 @@
 
 #include "app/rotation/StoredKinds.h"
 #include "platform/FileSystem.h"
+#include "platform/SystemError.h"
 #include "trevolt/TransferProblems.h"
 #include "trevolt/Utf8.h"
 
@@ -137,6 +139,9 @@ std::string DescribeInputObstacle(const std::wstring& path) {
     if (FindLoadKind(path.substr(FolderPart(path).size())) == nullptr)
         return fmt::format("{} is no coefficient file by its name", shown);
     const auto kind = KindOfEntry(path);
+    const int error = errno;
+    if (!kind && error != 0 && error != ENOENT && error != ENOTDIR)
+        return WithSystemReason(fmt::format("the source {} cannot be looked at", shown), error);
     if (!kind)
         return fmt::format("the source {} does not exist: check its path", shown);
     if (*kind == EntryKind::Folder)

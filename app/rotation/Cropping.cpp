@@ -73,7 +73,8 @@ class CCropper {
 
     SCropping Run() {
         CheckNames();
-        if (End(!m_result.errors.empty(), ECompositionEnd::Refused))
+        if (End(!m_result.errors.empty(), ECompositionEnd::Refused) ||
+            End(!HasPlace(), ECompositionEnd::SomeFailed))
             return std::move(m_result);
         SCoefLoad load = LoadCoefFile(m_request.input);
         m_result.size = load.size;
@@ -109,9 +110,31 @@ class CCropper {
         CObstacles obstacles(m_result.errors);
         for (const SCropPiece& piece : m_request.pieces)
             if (std::string outside = DescribePlaceOutside(piece.name); !outside.empty())
-                obstacles.Add(std::move(outside));
+                obstacles.Add(piece.origin + outside);
             else if (std::string problem = DescribeOutputName(piece.name); !problem.empty())
-                obstacles.Add(std::move(problem));
+                obstacles.Add(piece.origin + problem);
+    }
+
+    /// Whether any piece can come to stand, as far as that is seen without writing: reading the input
+    /// may take long.
+    bool HasPlace() {
+        if (m_request.makesFolders)
+            return !HasTargetFailed(m_target.Refusal());
+        std::vector<std::string> obstacles;
+        for (const SCropPiece& piece : m_request.pieces)
+            if (std::string obstacle = DescribeObstacle(piece); !obstacle.empty())
+                obstacles.push_back(std::move(obstacle));
+        if (obstacles.empty() || obstacles.size() != m_request.pieces.size())
+            return true;
+        for (std::size_t i = 0; i < obstacles.size(); ++i)
+            m_result.pieces[i].problem = std::move(obstacles[i]);
+        return false;
+    }
+
+    std::string DescribeObstacle(const SCropPiece& piece) const {
+        return DescribeOutputObstacle(
+            {WithSeparator(TargetOf(m_request)) + piece.name, m_request.replaces, m_request.sync},
+            m_inputs);
     }
 
     void CheckRects() {
@@ -119,21 +142,28 @@ class CCropper {
         for (const SCropPiece& piece : m_request.pieces)
             if (const SPixelRect& rect = piece.rect;
                 rect.Width() < 1 || rect.Height() < 1 || !IsWithin(rect, m_result.size))
-                obstacles.Add(fmt::format("the rectangle {} of {} is not in the map of {} x {}",
-                                          ShownRect(rect), WideToShownUtf8(piece.name),
-                                          m_result.size.width, m_result.size.height));
+                obstacles.Add(fmt::format("{}the rectangle {} of {} is not in the map of {} x {}",
+                                          piece.origin, ShownRect(rect),
+                                          WideToShownUtf8(piece.name), m_result.size.width,
+                                          m_result.size.height));
     }
 
     bool MakeTarget() {
-        const int error = m_request.makesFolders ? m_target.Make() : 0;
+        if (End(HasTargetFailed(m_request.makesFolders ? m_target.Make() : 0),
+                ECompositionEnd::SomeFailed))
+            return false;
+        RemoveAbandoned();
+        return true;
+    }
+
+    /// Tells why the target folder takes no piece; false where there is no such `errno` value.
+    bool HasTargetFailed(int error) {
         if (error != 0)
             m_result.errors.push_back(
-                WithSystemReason(fmt::format("the folder {} cannot be made or synced",
+                WithSystemReason(fmt::format("the folder {} cannot be made, written to or synced",
                                              WideToShownUtf8(TargetOf(m_request))),
                                  error));
-        else
-            RemoveAbandoned();
-        return !End(error != 0, ECompositionEnd::SomeFailed);
+        return error != 0;
     }
 
     /// Also in the folders of the pieces.
@@ -178,10 +208,7 @@ class CCropper {
         outcome.size = TurnedBy(piece.code, {piece.rect.Width(), piece.rect.Height()});
         outcome.problem = MakeFolderOf(piece);
         if (outcome.problem.empty())
-            outcome.problem =
-                DescribeOutputObstacle({WithSeparator(TargetOf(m_request)) + piece.name,
-                                        m_request.replaces, m_request.sync},
-                                       m_inputs);
+            outcome.problem = DescribeObstacle(piece);
         if (!outcome.problem.empty())
             return;
         // Whatever needs memory comes before the piece has its name: what has it is told.
@@ -210,8 +237,9 @@ class CCropper {
     std::string MakeFolderOf(const SCropPiece& piece) const {
         const std::wstring below = FolderPart(piece.name);
         const int error = m_request.makesFolders && !below.empty() ? m_target.Make(below) : 0;
-        return error == 0 ? std::string()
-                          : WithSystemReason("its folder cannot be made or synced", error);
+        return error == 0
+                   ? std::string()
+                   : WithSystemReason("its folder cannot be made, written to or synced", error);
     }
 
     const SCropRequest& m_request;
@@ -229,9 +257,10 @@ SScreenPieces PiecesOfScreen(const std::vector<SPlacedFile>& files,
     for (const SPlacedFile& file : files) {
         const SPlacedOutcome measured = MeasurePlaced(file, cabinet);
         for (const std::string& problem : measured.problems)
-            screen.problems.push_back(fmt::format("{}: {}", WideToShownUtf8(file.name), problem));
+            screen.problems.push_back(
+                fmt::format("{}{}: {}", file.origin, WideToShownUtf8(file.name), problem));
         const std::uint32_t back = file.code == 0 ? 0 : CQuarterTurn::BackCode(file.code);
-        screen.pieces.push_back({file.name, measured.rect, back});
+        screen.pieces.push_back({file.name, measured.rect, back, file.origin});
     }
     return screen;
 }

@@ -17,6 +17,7 @@ struct SCropPiece {
     std::wstring name; ///< below the target folder, which tells the piece's kind
     SPixelRect rect;
     std::uint32_t code = 0; ///< of `kAngles`, by which it is turned, or 0 for no turn
+    std::string origin{};   ///< the table and its line, before what forbids it; may be empty
 };
 
 /// The pieces of a screen that files were or would be put into, each turned back.

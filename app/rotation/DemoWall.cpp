@@ -67,7 +67,7 @@ std::string WriteDemoWall(const std::wstring& folder, bool replaces, bool sync,
                           const std::atomic<bool>& interrupted) {
     COutputFolder target(folder, sync);
     if (const int error = target.Make(); error != 0)
-        return WithSystemReason("the folder cannot be made or synced", error);
+        return WithSystemReason("the folder cannot be made, written to or synced", error);
     target.RemoveAbandoned();
     for (std::uint32_t i = 0; i < FileKinds().size() && !replaces; ++i)
         if (const std::wstring name = NameOf(i); IdentityOf(WithSeparator(folder) + name))

@@ -1,6 +1,7 @@
 #include "app/rotation/OutputFile.h"
 
 #include <algorithm>
+#include <cerrno>
 
 #include <fmt/format.h>
 
@@ -24,6 +25,23 @@ bool IsOneOf(const std::wstring& path, const std::vector<std::wstring>& inputs) 
                        [&](const std::wstring& input) { return IsSameEntry(path, input); });
 }
 
+std::string DescribeFolderObstacle(const std::wstring& path) {
+    const std::wstring folder = OutputFolderOf(path);
+    const auto standing = KindOfEntry(WithoutSeparator(folder));
+    const int error = standing ? 0 : errno;
+    const std::string shown = WideToShownUtf8(folder);
+    if (standing == EntryKind::Folder) {
+        const int refusal = RefusalOfNewFiles(folder);
+        return refusal == 0 ? std::string() : DescribeRefusingFolder(path, refusal);
+    }
+    if (standing || error == ENOTDIR)
+        return fmt::format("lies in {}, which is no folder: choose another", shown);
+    if (error == 0 || error == ENOENT)
+        return fmt::format(
+            "lies in the folder {}, which does not exist: make it, or choose another", shown);
+    return DescribeRefusingFolder(path, error);
+}
+
 } // namespace
 
 std::string WriteOutput(COutputFolder& target, const std::wstring& name, bool replaces,
@@ -39,18 +57,36 @@ std::string WriteOutput(COutputFolder& target, const std::wstring& name, bool re
     return kept.isTaken ? taken : DescribeRenameProblem(kept.error);
 }
 
+std::string DescribeRefusingFolder(const std::wstring& path, int error) {
+    return WithSystemReason(fmt::format("lies in the folder {}, where no file can be made",
+                                        WideToShownUtf8(OutputFolderOf(path))),
+                            error) +
+           ": choose another";
+}
+
+std::string DescribePlaceObstacle(const std::wstring& path) {
+    if (std::string obstacle = DescribeFolderObstacle(path); !obstacle.empty())
+        return obstacle;
+    const auto standing = KindOfEntry(path);
+    const int error = errno;
+    if (standing == EntryKind::Folder)
+        return "is a folder: give the name of a file";
+    if (standing == EntryKind::Other)
+        return "is neither a file nor a folder: choose another name";
+    if (standing || error == 0 || error == ENOENT || IsLink(path))
+        return {};
+    return WithSystemReason("is no name that the system takes", error) + ": choose another";
+}
+
+bool IsNameTaken(const std::wstring& path) { return PathExists(path) || IsLink(path); }
+
 std::string DescribeOutputObstacle(const SOutputFile& output,
                                    const std::vector<std::wstring>& inputs) {
-    const std::wstring folder = OutputFolderOf(output.path);
-    if (!IsFolder(folder))
-        return fmt::format(
-            "lies in the folder {}, which does not exist: make it, or choose another",
-            WideToShownUtf8(folder));
-    if (IsFolder(output.path))
-        return "is a folder: give the name of a file";
+    if (std::string obstacle = DescribePlaceObstacle(output.path); !obstacle.empty())
+        return obstacle;
     if (IsOneOf(output.path, inputs))
         return "is one of the inputs, which stay as they are: choose another name";
-    if (!output.replaces && PathExists(output.path))
+    if (!output.replaces && IsNameTaken(output.path))
         return kExistingOutput;
     return {};
 }

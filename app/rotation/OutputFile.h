@@ -31,9 +31,20 @@ struct SOutputFile {
     bool sync = true;      ///< what is told as written has reached the disk
 };
 
+/// Why no file can come to stand at a path, whatever may be replaced there, to be told behind its name, as
+/// far as that is seen without writing: its folder is missing or takes no file, what stands there is
+/// none, or the system does not take the name. Else nothing.
+std::string DescribePlaceObstacle(const std::wstring& path);
+
+/// The same of a folder that takes no file, by the `errno` value of the reason.
+std::string DescribeRefusingFolder(const std::wstring& path, int error);
+
+/// Whether anything has the name, were it a link that leads nowhere.
+bool IsNameTaken(const std::wstring& path);
+
 /// Why the output could not be written, to be told behind its name, as far as that is seen before
-/// anything is done: its folder is
-/// missing, something stands there, or it is one of `inputs` by any name. Else nothing.
+/// anything is done: nothing can come to stand there, something does that is not to be replaced, or it
+/// is one of `inputs` by any name. Else nothing.
 std::string DescribeOutputObstacle(const SOutputFile& output,
                                    const std::vector<std::wstring>& inputs);
 

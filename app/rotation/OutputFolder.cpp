@@ -86,6 +86,19 @@ bool IsAbandoned(const std::wstring& path, const SOwner& owner) {
     return age && *age >= kAbandonedAge;
 }
 
+/// Those that get a new one when a folder is made, the inmost first: the last stands already.
+std::vector<std::wstring> FoldersThatGrow(const std::wstring& folder) {
+    std::vector<std::wstring> grown;
+    for (std::wstring missing = folder; !PathExists(missing);) {
+        const std::wstring parent = WithoutSeparator(FolderPart(missing));
+        grown.push_back(parent.empty() ? L"." : parent);
+        if (parent.empty() || parent == missing)
+            break;
+        missing = parent;
+    }
+    return grown;
+}
+
 } // namespace
 
 CTemporaryOutput::CTemporaryOutput(std::wstring path, std::wstring finalName)
@@ -94,6 +107,10 @@ CTemporaryOutput::CTemporaryOutput(std::wstring path, std::wstring finalName)
 CTemporaryOutput::~CTemporaryOutput() {
     if (!m_kept && m_native)
         RemoveNativeFile(*m_native);
+}
+
+int CTemporaryOutput::Make() const noexcept {
+    return m_native ? MakeNativeFile(*m_native) : ENOENT;
 }
 
 int CTemporaryOutput::Sync() const noexcept {
@@ -108,14 +125,7 @@ COutputFolder::COutputFolder(const std::wstring& folder, bool sync)
 
 int COutputFolder::Make(const std::wstring& below) const {
     const std::wstring folder = WithoutSeparator(m_folder + below);
-    std::vector<std::wstring> grown; // the folders that get a new one, the inmost first
-    for (std::wstring missing = folder; !PathExists(missing);) {
-        const std::wstring parent = WithoutSeparator(FolderPart(missing));
-        grown.push_back(parent.empty() ? L"." : parent);
-        if (parent.empty() || parent == missing)
-            break;
-        missing = parent;
-    }
+    std::vector<std::wstring> grown = FoldersThatGrow(folder);
     if (!CreateFolders(folder))
         return errno == 0 ? ENOENT : errno;
     grown.push_back(folder); // what cannot be synced is told before anything is written
@@ -123,7 +133,16 @@ int COutputFolder::Make(const std::wstring& below) const {
     for (const std::wstring& parent : grown)
         if (const auto native = ToNativePath(parent); m_sync && native && error == 0)
             error = SyncNativeFolder(*native);
-    return error;
+    return error == 0 ? Try(below) : error;
+}
+
+int COutputFolder::Try(const std::wstring& below) const { return Begin(below)->Make(); }
+
+int COutputFolder::Refusal(const std::wstring& below) const {
+    const std::wstring folder = WithoutSeparator(m_folder + below);
+    const std::vector<std::wstring> grown = FoldersThatGrow(folder);
+    const std::wstring& standing = grown.empty() ? folder : grown.back();
+    return IsFolder(standing) ? RefusalOfNewFiles(standing) : ENOTDIR;
 }
 
 void COutputFolder::RemoveAbandoned(const std::wstring& below) const {
@@ -136,7 +155,7 @@ void COutputFolder::RemoveAbandoned(const std::wstring& below) const {
     }
 }
 
-std::unique_ptr<CTemporaryOutput> COutputFolder::Begin(const std::wstring& name) {
+std::unique_ptr<CTemporaryOutput> COutputFolder::Begin(const std::wstring& name) const {
     static std::atomic<std::uint32_t> begun{0}; // of all runs: two may begin within one tick
     return std::make_unique<CTemporaryOutput>(fmt::format(L"{}{}{}{:x}{}", m_folder,
                                                           FolderPart(name), m_prefix, ++begun,

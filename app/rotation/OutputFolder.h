@@ -28,6 +28,9 @@ class CTemporaryOutput {
     /// The name that it is to have, below the output folder.
     const std::wstring& FinalName() const { return m_finalName; }
 
+    /// Makes the file, empty: the `errno` value of the reason when it does not stand, else 0.
+    int Make() const noexcept;
+
     /// Waits until the file's bytes are on the disk: the `errno` value of the reason when they are
     /// not, else 0. Throws nothing; several outputs may be synced at a time.
     int Sync() const noexcept;
@@ -57,9 +60,17 @@ class COutputFolder {
     COutputFolder(const std::wstring& folder, bool sync);
 
     /// Makes the folder `below` the output folder, and the output folder itself, where they are
-    /// missing. The `errno` value of the reason when it does not stand afterwards, or may not reach
-    /// the disk, else 0.
+    /// missing. The `errno` value of the reason when it does not stand afterwards, takes no file, or
+    /// may not reach the disk, else 0.
     int Make(const std::wstring& below = {}) const;
+
+    /// Makes a file in the output folder `below` that goes again: the `errno` value of the reason when
+    /// none can be made, else 0.
+    int Try(const std::wstring& below = {}) const;
+
+    /// Why `Make` would fail, as far as the system tells that without writing: an `errno` value, 0 when
+    /// it would not.
+    int Refusal(const std::wstring& below = {}) const;
 
     /// Removes the files under work in the folder `below` of runs that certainly ended: those of a process that was counted
     /// as this one is and is gone, and those that nobody has written to for a week. What other
@@ -67,7 +78,7 @@ class COutputFolder {
     void RemoveAbandoned(const std::wstring& below = {}) const;
 
     /// A file of this run under work, to become `name`, and in the same folder.
-    std::unique_ptr<CTemporaryOutput> Begin(const std::wstring& name);
+    std::unique_ptr<CTemporaryOutput> Begin(const std::wstring& name) const;
 
     /// Whether outputs are to be synced before they are kept.
     bool IsSynced() const { return m_sync; }

@@ -9,6 +9,7 @@
 #include "app/rotation/CoefFileSearch.h"
 #include "app/rotation/NameOrder.h"
 #include "app/rotation/Obstacles.h"
+#include "app/rotation/OutputFile.h"
 #include "platform/FileSystem.h"
 #include "platform/TrimmedText.h"
 #include "trevolt/FileKinds.h"
@@ -216,24 +217,29 @@ struct SSideFile {
     bool replaces; ///< what stands there
 };
 
+/// Why it cannot be left there, to be told behind its name, as far as that is seen; else nothing.
+std::string DescribeSideObstacle(const SSideFile& file, const std::wstring& target) {
+    const std::wstring folder = FolderPart(file.path);
+    const bool isNamed = folder != file.path;
+    const bool isMadeByTheRun = isNamed && IsSameFolder(folder, target) && !PathExists(target);
+    if (isNamed && IsSameFolder(file.path, target))
+        return "is the target: choose another name";
+    if (!isMadeByTheRun)
+        if (std::string obstacle = DescribePlaceObstacle(file.path); !obstacle.empty())
+            return obstacle;
+    if (!file.replaces && IsNameTaken(file.path))
+        return "exists already: choose another name";
+    if (FindLoadKind(file.path.substr(folder.size())) != nullptr) // a later run would take it
+        return "has the name of a coefficient file: choose another name";
+    return {};
+}
+
 void CheckSideFile(const SSideFile& file, const std::wstring& target, SRotationPlan& plan) {
     if (file.path.empty())
         return;
-    const std::string shown = fmt::format("the {} {}", file.what, WideToShownUtf8(file.path));
-    const std::wstring folder = FolderPart(file.path);
-    const bool isMadeByTheRun = folder != file.path && IsSameFolder(folder, target);
-    if (file.replaces && IsFolder(file.path))
-        plan.obstacles.push_back(shown + " is a folder: choose another name");
-    else if (!file.replaces && PathExists(file.path))
-        plan.obstacles.push_back(shown + " exists already: choose another name");
-    else if (folder != file.path && IsSameFolder(file.path, target))
-        plan.obstacles.push_back(shown + " is the target: choose another name");
-    else if (!folder.empty() && !IsFolder(folder) && !isMadeByTheRun)
+    if (const std::string obstacle = DescribeSideObstacle(file, target); !obstacle.empty())
         plan.obstacles.push_back(
-            fmt::format("the folder of {} does not exist: make it first", shown));
-    else if (FindLoadKind(file.path.substr(folder.size())) != nullptr) // a later run would take it
-        plan.obstacles.push_back(shown +
-                                 " has the name of a coefficient file: choose another name");
+            fmt::format("the {} {} {}", file.what, WideToShownUtf8(file.path), obstacle));
 }
 
 bool IsOneFile(const std::wstring& a, const std::wstring& b) {

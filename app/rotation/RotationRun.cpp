@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <map>
 #include <new>
-#include <set>
 #include <utility>
 
 #include <fmt/format.h>
@@ -12,6 +12,7 @@
 #include "app/rotation/CoefFileSearch.h"
 #include "app/rotation/FileRotation.h"
 #include "app/rotation/Manifest.h"
+#include "app/rotation/OutputFile.h"
 #include "app/rotation/OutputFolder.h"
 #include "app/rotation/OutputKeeper.h"
 #include "app/rotation/WorkShare.h"
@@ -160,22 +161,63 @@ SRotationOutcome NothingToDo(std::vector<std::string> why) {
     return outcome;
 }
 
-/// Makes the folders of the outputs and clears what killed runs left there: why they cannot be
-/// written to, in plain words; empty when they can.
-std::string PrepareTarget(const SRotationPlan& plan, const std::wstring& folder,
-                          const COutputFolder& target) {
-    std::set<std::wstring> below{L""};
-    for (const SPlannedTurn& turn : plan.turns)
-        below.insert(turn.outputName.substr(0, turn.outputName.rfind(L'/') + 1));
-    for (const std::wstring& one : below) {
-        if (const int error = target.Make(one); error != 0)
-            return WithSystemReason(fmt::format("the target folder {} cannot be made or synced",
-                                                WideToShownUtf8(WithSeparator(folder) + one)),
-                                    error);
-        target.RemoveAbandoned(one);
+/// The places that a run writes to, before it begins.
+class CPlaces {
+  public:
+    CPlaces(const SRotationRequest& request, const COutputFolder& target)
+        : m_request(request), m_target(target) {}
+
+    /// Makes the folders of the outputs and clears what killed runs left there; a dry run only looks
+    /// at them. Why a file that is wanted cannot come to stand, in plain words; empty when all can.
+    std::string Prepare(const SRotationPlan& plan) const {
+        for (const auto& [below, isWritten] : FoldersOf(plan))
+            if (const int error = PrepareFolder(below, isWritten); error != 0)
+                return WithSystemReason(
+                    fmt::format("the target folder {} cannot be made, written to or synced",
+                                WideToShownUtf8(WithSeparator(m_request.targetFolder) + below)),
+                    error);
+        for (const auto& [what, path] :
+             {std::pair("manifest", &m_request.manifest), std::pair("report", &m_request.report)})
+            if (const int error = TryBeside(*path); error != 0)
+                return fmt::format("the {} {} {}", what, WideToShownUtf8(*path),
+                                   DescribeRefusingFolder(*path, error));
+        return {};
     }
-    return {};
-}
+
+  private:
+    /// The folders of the outputs, below the target, and whether one of them gets any.
+    std::map<std::wstring, bool> FoldersOf(const SRotationPlan& plan) const {
+        std::map<std::wstring, bool> folders{{L"", false}};
+        for (const SPlannedTurn& turn : plan.turns) {
+            bool& isWritten = folders[turn.outputName.substr(0, turn.outputName.rfind(L'/') + 1)];
+            isWritten |= !turn.isTaken || m_request.existing == EExistingOutput::Replace;
+        }
+        return folders;
+    }
+
+    /// One that stands and gets no output may be read-only.
+    int PrepareFolder(const std::wstring& below, bool isWritten) const {
+        const bool isWanted = isWritten || !IsFolder(WithSeparator(m_request.targetFolder) + below);
+        if (m_request.dryRun)
+            return isWanted ? m_target.Refusal(below) : 0;
+        const int error = isWanted ? m_target.Make(below) : 0;
+        if (error == 0)
+            m_target.RemoveAbandoned(below);
+        return error;
+    }
+
+    /// What is written behind the last file is not to fail then.
+    int TryBeside(const std::wstring& path) const {
+        if (path.empty())
+            return 0;
+        const std::wstring folder = FolderPart(path);
+        const COutputFolder place(folder.empty() ? L"." : folder, m_request.sync);
+        return m_request.dryRun ? place.Refusal() : place.Try();
+    }
+
+    const SRotationRequest& m_request;
+    const COutputFolder& m_target;
+};
 
 } // namespace
 
@@ -189,10 +231,8 @@ SRotationOutcome RunRotation(const SRotationRequest& request, const std::atomic<
         return outcome;
     }
     COutputFolder target(request.targetFolder, request.sync);
-    if (!request.dryRun)
-        if (std::string obstacle = PrepareTarget(plan, request.targetFolder, target);
-            !obstacle.empty())
-            return NothingToDo({std::move(obstacle)});
+    if (std::string obstacle = CPlaces(request, target).Prepare(plan); !obstacle.empty())
+        return NothingToDo({std::move(obstacle)});
     listener.OnPlan(plan);
     return CPlannedRun(request, interrupted, plan, target, listener).Run();
 }

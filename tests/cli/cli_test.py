@@ -458,24 +458,46 @@ class Names(CliTest):
 
     @posix_only
     def test_a_source_folder_that_may_not_be_read_is_named(self):
-        if os.geteuid() == 0:
-            self.skipTest('the superuser may read everywhere')
         self.add('a.3bcoef')
         self.source.chmod(0o300)
         self.addCleanup(self.source.chmod, 0o700)
-        self.expect(self.rotate(), 2, [],
+        self.expect(self.rotate(is_bound=True), 2, [],
                     [f'trevolt-cli: the source folder {self.source}/ may not be read'])
 
     @posix_only
     def test_a_folder_that_cannot_be_written_is_reported(self):
-        if os.geteuid() == 0:
-            self.skipTest('the superuser may write everywhere')
+        self.add_row()
+        (self.target / 'row').mkdir()
+        told = 'trevolt-cli: the target folder {} cannot be made, written to or synced: Permission denied'
+        for closed in (self.target / 'row', self.target):
+            closed.chmod(0o500)
+            self.addCleanup(closed.chmod, 0o700)
+            for flags in ((), ('-n',)):
+                self.expect(self.rotate('-r', *flags, is_bound=True), 2, [],
+                            [told.format(f'{closed}/')])
+        for flags in ((), ('-n',)):
+            self.expect(self.run_cli('rotate', '-a', 90, *flags, self.source, self.target / 'new',
+                                     is_bound=True), 2, [], [told.format(f'{self.target}/new/')])
+        self.assertEqual(self.targets(), ['row'])
+
+    @posix_only
+    def test_a_folder_that_gets_nothing_need_not_take_any(self):
+        self.add_row()
+        self.expect(self.rotate('-r'), 0)
+        folders = (self.target / 'row', self.target)
+        for closed in folders:
+            closed.chmod(0o500)
+            self.addCleanup(closed.chmod, 0o700)
+        for flags in ((), ('-n',)):
+            result = self.rotate('-r', '--skip-existing', *flags, is_bound=True)
+            self.expect(result, 0, err=[])
+            self.assertTrue(self.lines(result.stdout)[-1].endswith(', 0 failed, 2 skipped'))
+
+    def add_row(self):
+        """A file, and one in a folder."""
         self.add('a.3bcoef')
-        self.target.chmod(0o500)
-        self.addCleanup(self.target.chmod, 0o700)
-        self.expect(self.rotate(), 1, ['0 files turned by 90°, 1 failed'],
-                    ['a.3bcoef: cannot be written: E_COEF_OPENFAILED (0xE0830011): '
-                     'the file could not be opened: Permission denied'])
+        (self.source / 'row').mkdir()
+        shutil.copy(self.source / 'a.3bcoef', self.source / 'row' / 'b.3bcoef')
 
 
 class Damage(CliTest):
@@ -714,9 +736,13 @@ class Trouble(CliTest):
                     ['a.9bcoef: cannot be written: No space left on device'])
         self.assertEqual(self.targets(), [])
         (disk / 'last inode').touch()
-        self.expect(self.rotate(), 1, ['0 files turned by 90°, 1 failed'],
-                    ['a.9bcoef: cannot be written: E_COEF_OPENFAILED (0xE0830011): '
-                     'the file could not be opened: No space left on device'])
+        self.expect(self.rotate(), 2, [],
+                    [f'trevolt-cli: the target folder {disk}/ cannot be made, written to or synced: '
+                     'No space left on device'])
+        sums = disk / 'sums'
+        self.expect(self.run_cli('rotate', '-a', 90, '--manifest', sums, self.source, self.folder / 'new'),
+                    2, [], [f'trevolt-cli: the manifest {sums} lies in the folder {disk}/, where no file '
+                            'can be made: No space left on device: choose another'])
 
     @posix_only
     def test_a_limit_of_file_sizes_is_a_full_disk(self):
@@ -1146,8 +1172,8 @@ class Durability(CliTest):
                                          (wall.parent, self.folder, wall)])
         missing = self.folder / 'other'
         result, _ = self.recorded(self.run_cli, 'demo', missing / 'wall', fail_sync=missing)
-        self.expect(result, 1, [], [f'trevolt-cli: {missing}/wall: the folder cannot be made or '
-                                    'synced: Input/output error'])
+        self.expect(result, 1, [], [f'trevolt-cli: {missing}/wall: the folder cannot be made, '
+                                    'written to or synced: Input/output error'])
         self.assertEqual(list((missing / 'wall').iterdir()), [])
 
     @with_recorder
@@ -1298,8 +1324,8 @@ class Durability(CliTest):
     def test_a_target_that_cannot_be_synced_is_named_before_anything_is_done(self):
         self.add('a.3bcoef')
         result, _ = self.recorded(self.rotate, fail_sync=self.target)
-        self.expect(result, 2, [], [f'trevolt-cli: the target folder {self.target}/ cannot be made or '
-                                    'synced: Input/output error'])
+        self.expect(result, 2, [], [f'trevolt-cli: the target folder {self.target}/ cannot be made, '
+                                    'written to or synced: Input/output error'])
         self.assertEqual(self.targets(), [])
 
     @with_recorder
@@ -1315,7 +1341,7 @@ class Durability(CliTest):
         result, _ = self.recorded(self.run_cli, 'demo', wall, fail_sync=wall, spare_syncs=1)
         self.expect(result, 1, [], [f'trevolt-cli: {wall}: {lost}'])
         result, _ = self.recorded(self.run_cli, 'demo', '--overwrite', wall, fail_sync=wall)
-        self.expect(result, 1, [], [f'trevolt-cli: {wall}: the folder cannot be made or synced: '
+        self.expect(result, 1, [], [f'trevolt-cli: {wall}: the folder cannot be made, written to or synced: '
                                     'Input/output error'])
 
     @with_recorder
@@ -1469,12 +1495,12 @@ class SideFiles(CliTest):
         self.add('a.3bcoef')
         (self.folder / 'link').symlink_to('nowhere')
         for target, told in (
-                ('/dev/full/x', 'the target folder /dev/full/x/ cannot be made or synced: Not a '
-                                'directory'),
+                ('/dev/full/x', 'the target folder /dev/full/x/ cannot be made, written to or synced: '
+                                'Not a directory'),
                 (self.folder / 'link', f'the target {self.folder}/link is a link that leads '
                                        'nowhere'),
                 (self.folder / 'link' / 'x', f'the target folder {self.folder}/link/x/ cannot be '
-                                             'made or synced: No such file or directory')):
+                                             'made, written to or synced: No such file or directory')):
             self.expect(self.run_cli('rotate', '-a', 90, self.source, target), 2, [],
                         [f'trevolt-cli: {told}'])
 
@@ -1491,7 +1517,7 @@ class Demo(CliTest):
         (self.folder / 'file').write_text('x')
         folder = self.folder / 'file' / 'wall'
         self.expect(self.run_cli('demo', folder), 2, [],
-                    [f'trevolt-cli: {folder}: the folder cannot be made or synced: Not a directory'])
+                    [f'trevolt-cli: {folder}: the folder cannot be made, written to or synced: Not a directory'])
 
 
 if __name__ == '__main__':

@@ -179,8 +179,17 @@ class Crop(ScreenTest):
         table.write_text(f'a.9fcoef,0,0\n{self.source}/b.9fcoef,3,0\n')
         back = self.folder / 'back'
         self.expect(self.crop(back, '--layout', table, '--cabinet', '3x2'), 2, [],
-                    [f'trevolt-cli: the output {self.source}/b.9fcoef is not below the target folder: '
-                     'name it relative to that'])
+                    [f'trevolt-cli: {table}: line 2: the output {self.source}/b.9fcoef is not below the '
+                     'target folder: name it relative to that'])
+        for row, told in (
+                ('../b.9fcoef,3,0', 'the output ../b.9fcoef is not below the target folder: name it '
+                                    'without ..'),
+                ('b.txt,3,0', 'the output b.txt is no coefficient file by its name: give one of the nine '
+                              'extensions'),
+                ('b.9fcoef,10,0', 'the rectangle 10,0,13,2 of b.9fcoef is not in the map of 12 x 7')):
+            table.write_text(f'a.9fcoef,0,0\n{row}\n')
+            self.expect(self.crop(back, '--layout', table, '--cabinet', '3x2'), 2, [],
+                        [f'trevolt-cli: {table}: line 2: {told}'])
         self.assertFalse(back.exists())
 
     def test_files_that_told_their_sizes_stay(self):
@@ -218,6 +227,6 @@ class Crop(ScreenTest):
                           summary['written'], summary['failed']),
                          ('failed', None, ['exists already: overwrite it, or choose another target'],
                           'failed', 0, 1))
-        file, summary = self.objects(self.crop(piece, '--json', '--rect', '0,0,99,1'), 2)
+        file, summary = self.objects(self.crop(piece, '--json', '--overwrite', '--rect', '0,0,99,1'), 2)
         self.assertEqual((file['status'], file['turned_size'], len(summary['errors'])),
                          ('not_written', None, 1))

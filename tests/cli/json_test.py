@@ -132,7 +132,7 @@ class CommonJson(CliTest):
                           'and its angle where it is turned, with commas between']),
                 ('crop', (gone, out, '--rect', '0,0,1,1'), [missing]),
                 ('crop', (whole, out, '--layout', table), [line_1]),
-                ('crop', (whole, out, '--layout', sizes), ['gone.9fcoef: '])):
+                ('crop', (whole, out, '--layout', sizes), [f'{sizes}: line 1: gone.9fcoef: '])):
             with self.subTest(command=command, arguments=arguments):
                 end, found, summary = self.check(command, *arguments)
                 self.assertEqual(end, ('nothing_to_do', 2))

@@ -112,10 +112,13 @@ USAGE = {
         ((*TURN, '--manifest', '{M}', '{S}', '{M}'), 'the manifest {M} is the target: choose another name'),
         ((*TURN, '--report', '{M}.html', '{S}', '{M}.html'),
          'the report {M}.html is the target: choose another name'),
-        ((*TURN, '--manifest', '{M}/sums', *BOTH), 'the folder of the manifest {M}/sums does not exist: make it first'),
-        ((*TURN, '--report', '{M}/a.html', *BOTH), 'the folder of the report {M}/a.html does not exist: make it first'),
+        ((*TURN, '--manifest', '{M}/sums', *BOTH), 'the manifest {M}/sums lies in the folder {M}/, which does not exist: make it, or choose another'),
+        ((*TURN, '--report', '{M}/a.html', *BOTH), 'the report {M}/a.html lies in the folder {M}/, which does not exist: make it, or choose another'),
+        ((*TURN, '--manifest', '{X}/sums', *BOTH), 'the manifest {X}/sums lies in {X}/, which is no folder: choose another'),
+        ((*TURN, '--manifest', '{D}', *BOTH), 'the manifest {D} is a folder: give the name of a file'),
+        ((*TURN, '--manifest', '{T}', *BOTH), 'the manifest {T} is the target: choose another name'),
         (('verify', '{M}'), 'the manifest {M} cannot be read: No such file or directory'),
-        (('demo', '{X}'), '{X}: the folder cannot be made or synced: Not a directory'),
+        (('demo', '{X}'), '{X}: the folder cannot be made, written to or synced: Not a directory'),
         (('demo', ''), 'FOLDER: it is empty: give a folder'),
         (('verify', ''), 'MANIFEST: it is empty: give a file'),
     ],
@@ -220,22 +223,63 @@ class Mistakes(CliTest):
 
     @posix_only
     def test_places_that_may_not_be_read_or_written(self):
-        if os.geteuid() == 0:
-            self.skipTest('the superuser may read and write everywhere')
         closed = self.source / 'a.3bcoef'
         closed.chmod(0)
-        self.expect(self.run_cli(*TURN, closed, self.target), 1, ['0 files turned by 90°, 1 failed'],
+        self.expect(self.run_cli(*TURN, closed, self.target, is_bound=True), 1, ['0 files turned by 90°, 1 failed'],
                     ['a.3bcoef: cannot be read: E_COEF_OPENFAILED (0xE0830011): '
                      'the file could not be opened: Permission denied'])
         closed.chmod(0o600)
         self.target.chmod(0o500)
         self.addCleanup(self.target.chmod, 0o700)
-        result = self.run_cli(*TURN, self.source, self.target)
-        self.expect(result, 1, ['0 files turned by 90°, 2 failed'])
-        self.assertIn('Permission denied', result.stderr.decode())
-        result = self.run_cli(*TURN, self.source, self.target / 'new')
-        self.expect(result, 2, [])
-        self.assertIn('Permission denied', result.stderr.decode())
+        shut = 'lies in the folder {T}/, where no file can be made: Permission denied: choose another'
+        target = 'the target folder {} cannot be made, written to or synced: Permission denied'
+        a, b = self.source / 'a.3bcoef', self.source / 'b.3bcoef'
+        rect = ('--rect', '0,0,1,1')
+        for arguments, status, told in (
+                ((*TURN, *BOTH), 2, target.format('{T}/')),
+                ((*TURN, '--manifest', '{T}/sums', '{S}', '{D}/new'), 2, 'the manifest {T}/sums ' + shut),
+                ((*TURN, '-n', '--manifest', '{T}/sums', '{S}', '{D}/new'), 2,
+                 'the manifest {T}/sums ' + shut),
+                ((*TURN, '--report', '{T}/run.html', '{S}', '{D}/new'), 2,
+                 'the report {T}/run.html ' + shut),
+                (('convert', '--to', '9fcoef', *BOTH), 2, target.format('{T}/')),
+                (('compose', '{T}/w.9fcoef', f'{a}@0,0'), 1, '{T}/w.9fcoef: ' + shut),
+                (('preview', a, '{T}/a.png'), 1, '{T}/a.png: ' + shut),
+                (('diff', a, b, '--image', '{T}/a.png'), 2, '{T}/a.png: ' + shut),
+                (('demo', '{T}'), 1, '{T}: the folder cannot be made, written to or synced: '
+                                     'Permission denied')):
+            with self.subTest(arguments=arguments):
+                self.expect(self.run_cli(*(self.fill(str(word)) for word in arguments),
+                                         is_bound=True), status, [],
+                            ['trevolt-cli: ' + self.fill(told)])
+        self.expect(self.run_cli('crop', a, self.target / 'p.3bcoef', *rect, is_bound=True), 1,
+                    [f'0 files cut out of {a}, 1 failed'], [self.fill('p.3bcoef: ' + shut)])
+        self.expect(self.run_cli('convert', a, self.target / 'a.9fcoef', is_bound=True), 1,
+                    ['0 files converted, 1 failed'],
+                    [self.fill(f'{a}: its output {{T}}/a.9fcoef ' + shut)])
+        self.assertEqual(self.state(), self.before)
+
+    @posix_only
+    def test_what_stands_in_the_place_of_a_file_for_the_end(self):
+        os.mkfifo(self.folder / 'pipe.html')
+        (self.folder / 'link').symlink_to(self.folder / 'gone')
+        (self.folder / 'folder.html').mkdir()
+        self.before = self.state()
+        long = 'n' * 256
+        for flags, told in (
+                (('--manifest', '/dev/null'),
+                 'the manifest /dev/null is neither a file nor a folder: choose another name'),
+                (('--manifest', '{D}/link'), 'the manifest {D}/link exists already: choose another name'),
+                (('--manifest', f'{{D}}/{long}'), f'the manifest {{D}}/{long} is no name that the system '
+                                                  'takes: File name too long: choose another'),
+                (('--overwrite', '--report', '{D}/pipe.html'),
+                 'the report {D}/pipe.html is neither a file nor a folder: choose another name'),
+                (('--overwrite', '--report', '{D}/folder.html'),
+                 'the report {D}/folder.html is a folder: give the name of a file')):
+            for dry in ((), ('-n',)) if '--manifest' in flags else ((),):
+                with self.subTest(flags=flags, dry=dry):
+                    self.expect(self.run_cli(*TURN, *dry, *map(self.fill, flags), self.source,
+                                             self.target), 2, [], ['trevolt-cli: ' + self.fill(told)])
         self.assertEqual(self.state(), self.before)
 
     @posix_only

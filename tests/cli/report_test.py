@@ -5,11 +5,13 @@ import hashlib
 import html.parser
 import os
 import re
+import resource
 import shutil
 import struct
 import subprocess
 import zlib
 
+import cli_support
 from cli_support import PROGRAM, SAMPLES, CliTest, coef_file, posix_only
 
 VOID = {'meta', 'link', 'img', 'br'}
@@ -352,7 +354,8 @@ class Report(CliTest):
                  '--report: run.txt is no name of a page: give one that ends in .html'),
                 (['--report', ''], '--report: it is empty: give FILE.html'),
                 (['--report', self.folder / 'none' / 'run.html'],
-                 f'the folder of the report {self.folder / "none" / "run.html"} does not exist: make it first'),
+                 f'the report {self.folder}/none/run.html lies in the folder {self.folder}/none/, which '
+                 'does not exist: make it, or choose another'),
                 (['--report', self.folder / 'a.9fcoef.html'],
                  f'the report {self.folder / "a.9fcoef.html"} has the name of a coefficient file: '
                  'choose another name'),
@@ -373,18 +376,16 @@ class Report(CliTest):
     @posix_only
     def test_a_page_that_cannot_be_written_is_named(self):
         self.add('a.3bcoef')
-        folder = self.folder / 'pages'
-        folder.mkdir(mode=0o500)
-        if os.access(folder, os.W_OK):  # of a user who may write anywhere
-            folder.rmdir()
-            folder.symlink_to('/proc/self')
-        page = folder / 'run.html'
-        result = self.rotate('--report', page)
+        page = self.folder / 'run.html'
+        limits = {'preexec_fn': lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (900, 900)),
+                  'environment': cli_support.UNCOUNTED}
+        result = self.rotate('--report', page, **limits)
         self.expect(result, 1, ['a.3bcoef -> a-90°.3bcoef  (4 x 3 -> 3 x 4)', '1 file turned by 90°, 0 failed'])
-        self.assertRegex(self.lines(result.stderr)[0], f'^trevolt-cli: the report {page}: cannot be written: ')
+        self.assertRegex(self.lines(result.stderr)[0], f'^trevolt-cli: the report {page}: cannot be written: File too large$')
         self.assertEqual(len(self.lines(result.stderr)), 1)
-        result = self.rotate('--overwrite', '--json', '--report', page)
-        self.assertIn(f'"exit_status":1,', result.stdout.decode())
+        self.assertFalse(page.exists())
+        result = self.rotate('--overwrite', '--json', '--report', page, **limits)
+        self.assertIn('"exit_status":1,', result.stdout.decode())
         self.assertIn(f'"report_error":"the report {page}: cannot be written: ', result.stdout.decode())
         self.assertEqual(result.returncode, 1)
 

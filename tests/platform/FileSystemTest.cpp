@@ -17,12 +17,18 @@
 #endif
 
 #include "platform/FileStream.h"
+#ifndef _WIN32
+#include "tests/support/OrdinaryUser.h"
+#endif
 #include "tests/support/TestFiles.h"
 
 namespace trevolt {
 namespace {
 
 using test::CTemporaryFolder;
+#ifndef _WIN32
+using test::COrdinaryUser;
+#endif
 using test::ReadText;
 using test::WriteText;
 
@@ -197,19 +203,25 @@ TEST(FileSystem, NamesThatAreNotUtf8AreApart) {
 }
 #endif
 
-#ifndef _WIN32
-/// Lets the system refuse what it lets nobody but root do.
-class COrdinaryUser {
-  public:
-    COrdinaryUser() { EXPECT_EQ(m_user == 0 ? seteuid(kNobody) : 0, 0); }
-    ~COrdinaryUser() { EXPECT_EQ(seteuid(m_user), 0); }
-    COrdinaryUser(const COrdinaryUser&) = delete;
-    COrdinaryUser& operator=(const COrdinaryUser&) = delete;
+TEST(FileSystem, AFolderThatIsMissingTakesNoFile) {
+    const CTemporaryFolder folder;
+    EXPECT_EQ(RefusalOfNewFiles(folder.Path()), 0);
+    EXPECT_EQ(RefusalOfNewFiles(folder.File(L"missing")), ENOENT);
+    EXPECT_TRUE(folder.Names().empty());
+}
 
-  private:
-    static constexpr uid_t kNobody = 65534;
-    const uid_t m_user = geteuid();
-};
+#ifndef _WIN32
+TEST(FileSystem, WhyAFolderTakesNoFileIsToldWithoutOne) {
+    const CTemporaryFolder folder;
+    const std::string native = *ToNativePath(folder.Path());
+    ASSERT_EQ(chmod(native.c_str(), 0555), 0);
+    {
+        const COrdinaryUser user;
+        EXPECT_EQ(RefusalOfNewFiles(folder.Path()), EACCES);
+    }
+    ASSERT_EQ(chmod(native.c_str(), 0700), 0);
+    EXPECT_TRUE(folder.Names().empty());
+}
 
 TEST(FileSystem, EntriesThatMayNotBeLookedAtAreWhatTheirFolderTells) {
     const CTemporaryFolder folder;

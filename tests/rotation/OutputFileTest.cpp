@@ -2,9 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#ifndef _WIN32
+#include <unistd.h>
+#endif
+
 #include "platform/FileSystem.h"
 #include "tests/support/CoefMaps.h"
 #include "trevolt/FileKinds.h"
+#include "trevolt/Utf8.h"
 
 namespace trevolt {
 namespace {
@@ -72,9 +77,30 @@ TEST(OutputFile, WhatForbidsItIsSeenBefore) {
               "is one of the inputs, which stay as they are: choose another name");
     EXPECT_EQ(DescribeOutputObstacle({folder.Path(), true}, {}),
               "is a folder: give the name of a file");
-    EXPECT_NE(DescribeOutputObstacle({folder.File(L"none") + L"/a.png"}, {}).find("does not exist"),
-              std::string::npos);
+    const std::wstring none = folder.File(L"none") + kPathSeparator;
+    EXPECT_EQ(DescribeOutputObstacle({none + L"a.png"}, {}),
+              "lies in the folder " + WideToShownUtf8(none) +
+                  ", which does not exist: make it, or choose another");
+    EXPECT_EQ(DescribeOutputObstacle({path + kPathSeparator + L"a.png"}, {}),
+              "lies in " + WideToShownUtf8(path + kPathSeparator) +
+                  ", which is no folder: choose another");
 }
+
+#ifndef _WIN32
+TEST(OutputFile, WhatTheSystemDoesNotTakeIsSeenBefore) {
+    const CTemporaryFolder folder;
+    const std::wstring link = folder.File(L"link.png");
+    ASSERT_EQ(symlink("gone", ToNativePath(link)->c_str()), 0);
+    EXPECT_TRUE(IsNameTaken(link));
+    EXPECT_FALSE(IsNameTaken(folder.File(L"gone")));
+    EXPECT_EQ(DescribeOutputObstacle({link}, {}), kExistingOutput);
+    EXPECT_EQ(DescribeOutputObstacle({link, true}, {}), "");
+    EXPECT_EQ(DescribeOutputObstacle({folder.File(std::wstring(256, L'n'))}, {}),
+              "is no name that the system takes: File name too long: choose another");
+    EXPECT_EQ(DescribeOutputObstacle({L"/dev/null", true}, {}),
+              "is neither a file nor a folder: choose another name");
+}
+#endif
 
 TEST(OutputFile, AMapIsWrittenAsTheKindOfTheName) {
     const CTemporaryFolder folder;

@@ -10,6 +10,11 @@
 #include <fmt/xchar.h>
 
 #include "platform/Process.h"
+#ifndef _WIN32
+#include <sys/stat.h>
+
+#include "tests/support/OrdinaryUser.h"
+#endif
 #include "tests/support/TestFiles.h"
 #include "trevolt/FileKinds.h"
 #include "trevolt/Utf8.h"
@@ -193,6 +198,38 @@ TEST(OutputFolder, FoldersAreMadeWithThoseAboveThem) {
     WriteText(folder.File(L"file"), "x");
     EXPECT_NE(COutputFolder(folder.File(L"file"), true).Make(L"below/"), 0);
 }
+
+TEST(OutputFolder, WhyNothingCanBeMadeIsSeenWithoutWriting) {
+    const CTemporaryFolder folder;
+    WriteText(folder.File(L"file"), "x");
+    const COutputFolder outputs(folder.File(L"new"), true);
+    EXPECT_EQ(outputs.Refusal(), 0);
+    EXPECT_EQ(outputs.Refusal(L"below/"), 0);
+    EXPECT_EQ(outputs.Try(), ENOENT);
+    EXPECT_EQ(COutputFolder(folder.File(L"file"), true).Refusal(), ENOTDIR);
+    EXPECT_EQ(COutputFolder(folder.File(L"file"), true).Refusal(L"below/"), ENOTDIR);
+    EXPECT_EQ(COutputFolder(folder.Path(), true).Refusal(), 0);
+    EXPECT_EQ(COutputFolder(folder.Path(), true).Try(), 0);
+    EXPECT_EQ(folder.Names(), std::vector<std::wstring>{L"file"});
+}
+
+#ifndef _WIN32
+TEST(OutputFolder, AFolderThatTakesNoFileIsTold) {
+    const CTemporaryFolder folder;
+    const std::string native = *ToNativePath(folder.Path());
+    ASSERT_EQ(chmod(native.c_str(), 0555), 0);
+    {
+        const COrdinaryUser user;
+        const COutputFolder outputs(folder.Path(), true);
+        EXPECT_EQ(outputs.Try(), EACCES);
+        EXPECT_EQ(outputs.Make(), EACCES);
+        for (const wchar_t* below : {L"", L"new/", L"new/below/"})
+            EXPECT_EQ(outputs.Refusal(below), EACCES);
+    }
+    ASSERT_EQ(chmod(native.c_str(), 0700), 0);
+    EXPECT_TRUE(folder.Names().empty());
+}
+#endif
 
 TEST(OutputFolder, WhatStandsIsReplacedOnlyWhenTold) {
     for (const bool sync : {false, true}) {

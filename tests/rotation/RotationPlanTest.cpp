@@ -106,7 +106,7 @@ TEST_F(RotationPlan, EveryObstacleIsToldAtOnce) {
                "the source  does not exist: check its path",
                "the target " + Shown(m_target.File(L"file")) + " is not a folder",
                "the manifest " + Shown(m_target.File(L"file")) +
-                   " exists already: choose another name"}));
+                   " is the target: choose another name"}));
 }
 
 TEST_F(RotationPlan, TwoFilesThatWouldBecomeOneAreRefused) {

@@ -1134,15 +1134,18 @@ TEST_F(ManifestOfRun, NoFileIsReplaced) {
     ExpectNothingToDo("sums.txt exists already: choose another name");
     EXPECT_EQ(ReadText(m_request.manifest), "kept");
     m_request.manifest = m_place.Path();
-    ExpectNothingToDo("exists already: choose another name");
+    ExpectNothingToDo("is a folder: give the name of a file");
 }
 
 TEST_F(ManifestOfRun, ItsFolderMustStand) {
     AddFile(L"a.3bcoef", 4, 3);
     m_request.manifest = m_place.File(L"no") + kPathSeparator + L"sums.txt";
-    ExpectNothingToDo("sums.txt does not exist");
+    ExpectNothingToDo("which does not exist: make it, or choose another");
     m_request.manifest = m_place.File(L"no") + kPathSeparator;
-    ExpectNothingToDo("does not exist");
+    ExpectNothingToDo("which does not exist: make it, or choose another");
+    WriteText(m_place.File(L"no"), "x");
+    ExpectNothingToDo("which is no folder: choose another");
+    ASSERT_TRUE(RemoveFile(m_place.File(L"no")));
     EXPECT_EQ(m_place.Names(), Names{});
 }
 
@@ -1315,12 +1318,12 @@ TEST_F(ReportOfRun, ReplacesAsOutputsDo) {
 TEST_F(ReportOfRun, AFolderIsNeverReplaced) {
     m_request.report = m_place.Path();
     m_request.existing = EExistingOutput::Replace;
-    ExpectNothingToDo("is a folder: choose another name");
+    ExpectNothingToDo("is a folder: give the name of a file");
 }
 
 TEST_F(ReportOfRun, HasAPlaceAndANameOfItsOwn) {
     m_request.report = m_place.File(L"no") + kPathSeparator + L"run.html";
-    ExpectNothingToDo("the folder of the report");
+    ExpectNothingToDo("which does not exist: make it, or choose another");
     m_request.report = m_place.File(L"run.9fcoef.html");
     ExpectNothingToDo("has the name of a coefficient file: choose another name");
     const std::wstring folder = m_place.File(L"x");
