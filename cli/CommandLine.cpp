@@ -173,9 +173,17 @@ class CCommandWords {
                 fmt::format("{} stands without a command: call trevolt-cli {}", name, name);
             return;
         }
-        m_line.mistake = fmt::format(
-            "there is no option {} for {}: {}", shown, m_command.get_name(),
-            MeantOr(NearestWord(name, LongNames(m_command)), fmt::format("see {}", HelpCall())));
+        m_line.mistake =
+            fmt::format("there is no option {} for {}: {}", shown, m_command.get_name(),
+                        MeantOr(NearestWord(name, LongNames(m_command)), Advice(shown)));
+    }
+
+    /// A file's name may begin with a dash.
+    std::string Advice(const std::string& word) const {
+        const std::string help = fmt::format("see {}", HelpCall());
+        return word.find('.') == std::string::npos
+                   ? help
+                   : fmt::format("{}, or give ./{} for a file of that name", help, word);
     }
 
     const CLI::App& m_command;
@@ -197,9 +205,10 @@ SCommandLine WithoutCommand(const CLI::App& program, const std::vector<std::stri
         return {{word}, {}};
     if (!IsOption(word))
         return {{},
-                fmt::format("there is no command {}: {}", word,
-                            MeantOr(NearestWord(word, CommandNames(program)),
-                                    "the commands are " + commands))};
+                fmt::format(
+                    "there is no command {}: {}", word,
+                    MeantOr(NearestWord(word, CommandNames(program)),
+                            fmt::format("the commands are {}; see trevolt-cli --help", commands)))};
     return {
         {},
         fmt::format("there is no option {} before a command: {}", word,

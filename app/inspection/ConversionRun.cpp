@@ -8,7 +8,6 @@
 #include "app/inspection/ConversionPlan.h"
 #include "app/rotation/CoefFileSearch.h"
 #include "platform/FileSystem.h"
-#include "platform/SystemError.h"
 #include "trevolt/MemoryBudget.h"
 #include "trevolt/TransferProblems.h"
 #include "trevolt/Utf8.h"
@@ -52,10 +51,9 @@ class CFolderConversion {
             below.insert(file.outputName.substr(0, file.outputName.rfind(kFolderSlash) + 1));
         for (const std::wstring& one : below) {
             if (const int error = m_target.Make(one); error != 0)
-                return WithSystemReason(
-                    fmt::format("the target folder {} cannot be made, written to or synced",
-                                WideToShownUtf8(WithSeparator(m_request.output) + one)),
-                    error);
+                return fmt::format("the target folder {} {}",
+                                   WideToShownUtf8(WithSeparator(m_request.output) + one),
+                                   DescribeRefusedFolder(error));
             m_target.RemoveAbandoned(one);
         }
         return {};

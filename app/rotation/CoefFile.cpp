@@ -8,6 +8,7 @@
 
 #include <fmt/format.h>
 
+#include "app/rotation/CoefFileSearch.h"
 #include "app/rotation/StoredKinds.h"
 #include "platform/FileSystem.h"
 #include "platform/SystemError.h"
@@ -137,7 +138,7 @@ std::string DescribeOutputName(const std::wstring& path) {
 std::string DescribeInputObstacle(const std::wstring& path) {
     const std::string shown = WideToShownUtf8(path);
     if (FindLoadKind(path.substr(FolderPart(path).size())) == nullptr)
-        return fmt::format("{} is no coefficient file by its name", shown);
+        return fmt::format("{} {}", shown, kForeignSource);
     const auto kind = KindOfEntry(path);
     const int error = errno;
     if (!kind && error != 0 && error != ENOENT && error != ENOTDIR)
@@ -146,8 +147,9 @@ std::string DescribeInputObstacle(const std::wstring& path) {
         return fmt::format("the source {} does not exist: check its path", shown);
     if (*kind == EntryKind::Folder)
         return fmt::format("{} is a folder: give a file", shown);
-    return *kind == EntryKind::Other ? fmt::format("{} is neither a file nor a folder", shown)
-                                     : std::string();
+    return *kind == EntryKind::Other
+               ? fmt::format("{} is neither a file nor a folder: give a file", shown)
+               : std::string();
 }
 
 std::vector<std::string> DescribeLackOfMemory(CSourceFile& source, const SFileKind& kind,

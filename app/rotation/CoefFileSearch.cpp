@@ -51,10 +51,10 @@ class CSourceSearch {
         const std::wstring name = path.substr(m_folder->size());
         if (kind == EntryKind::Other)
             m_obstacles.Add(
-                fmt::format("the source {} is neither a file nor a folder", WideToShownUtf8(path)));
+                fmt::format("the source {} is neither a file nor a folder: give one of them",
+                            WideToShownUtf8(path)));
         else if (!m_request.takes(name))
-            m_obstacles.Add(fmt::format("the source {} is no coefficient file by its name",
-                                        WideToShownUtf8(path)));
+            m_obstacles.Add(fmt::format("the source {} {}", WideToShownUtf8(path), kForeignSource));
         else
             AddName(name);
     }
@@ -135,10 +135,9 @@ class CSourceSearch {
     void RefuseListing(const std::string& folder, const FolderListing& listing) {
         const bool isDenied = listing.error == EACCES && listing.entries.empty();
         m_found.isListingBroken |= !isDenied;
-        m_obstacles.Add(isDenied ? fmt::format("the source folder {} may not be read", folder)
-                                 : WithSystemReason(
-                                       fmt::format("the source folder {} cannot be listed", folder),
-                                       listing.error));
+        const std::string told = WithSystemReason(
+            fmt::format("the source folder {} cannot be listed", folder), listing.error);
+        m_obstacles.Add(isDenied ? told + ": leave it out, or ask for the right to read it" : told);
     }
 
     void AddName(const std::wstring& name) { m_found.files.push_back({m_folder, name}); }

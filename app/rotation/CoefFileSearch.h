@@ -13,6 +13,10 @@ namespace trevolt {
 /// Whether the name tells a known kind.
 bool IsCoefFileName(std::wstring_view name);
 
+/// Why a file that is named as a source is none, to be told behind its name.
+inline constexpr const char* kForeignSource =
+    "is no coefficient file by its name: give one with one of the nine extensions";
+
 inline constexpr wchar_t kFolderSlash = L'/'; ///< in names that are told, on every system
 
 /// Why a file or folder of `SCoefFiles::unnamable` fails.

@@ -13,7 +13,6 @@
 #include "app/rotation/Obstacles.h"
 #include "app/rotation/OutputFolder.h"
 #include "platform/FileSystem.h"
-#include "platform/SystemError.h"
 #include "trevolt/FileKinds.h"
 #include "trevolt/TransferProblems.h"
 #include "trevolt/Utf8.h"
@@ -159,10 +158,9 @@ class CCropper {
     /// Tells why the target folder takes no piece; false where there is no such `errno` value.
     bool HasTargetFailed(int error) {
         if (error != 0)
-            m_result.errors.push_back(
-                WithSystemReason(fmt::format("the folder {} cannot be made, written to or synced",
-                                             WideToShownUtf8(TargetOf(m_request))),
-                                 error));
+            m_result.errors.push_back(fmt::format("the folder {} {}",
+                                                  WideToShownUtf8(TargetOf(m_request)),
+                                                  DescribeRefusedFolder(error)));
         return error != 0;
     }
 
@@ -237,9 +235,7 @@ class CCropper {
     std::string MakeFolderOf(const SCropPiece& piece) const {
         const std::wstring below = FolderPart(piece.name);
         const int error = m_request.makesFolders && !below.empty() ? m_target.Make(below) : 0;
-        return error == 0
-                   ? std::string()
-                   : WithSystemReason("its folder cannot be made, written to or synced", error);
+        return error == 0 ? std::string() : "its folder " + DescribeRefusedFolder(error);
     }
 
     const SCropRequest& m_request;

@@ -15,7 +15,6 @@ namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr const char* kGiveReadable = ": give a file that can be read";
-constexpr std::array<std::string_view, 2> kWideMarks{"\xFF\xFE", "\xFE\xFF"};
 /// What stands between fields that a program has saved its own way.
 struct SForeignSeparator {
     char separator;
@@ -130,9 +129,8 @@ class CCsvSplitter {
 SCsvTable SplitCsv(std::string_view text) {
     if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark)
         text.remove_prefix(kByteOrderMark.size());
-    for (const std::string_view mark : kWideMarks)
-        if (text.starts_with(mark))
-            return {{}, {"is text of two bytes a character: save the table as UTF-8"}};
+    if (text.find('\0') != std::string_view::npos) // no text, or one of two bytes a character
+        return {{}, {"holds zero bytes, as no table does: save it as text, in UTF-8"}};
     return CCsvSplitter(text).Split();
 }
 

@@ -24,7 +24,7 @@ struct SCsvTable {
 /// passed over. A field that begins with a quote ends with the next single one: commas and line ends
 /// in it are the field's, two quotes are one. Elsewhere a quote is an ordinary character, and so are
 /// blanks. A row with semicolons or tabs where its commas should be is told as such: one plain field that
-/// has any, or one behind a closing quote. Text that begins with the mark of UTF-16 gives no row.
+/// has any, or one behind a closing quote. Text with zero bytes gives no row: UTF-16, or none at all.
 SCsvTable SplitCsv(std::string_view text);
 
 /// What a table's file may have at most: a row for each of half a million files with long names.

@@ -6,7 +6,6 @@
 
 #include "app/rotation/OutputFile.h"
 #include "platform/FileSystem.h"
-#include "platform/SystemError.h"
 #include "trevolt/FileKinds.h"
 #include "trevolt/FixedPoint.h"
 #include "trevolt/TransferProblems.h"
@@ -67,7 +66,7 @@ std::string WriteDemoWall(const std::wstring& folder, bool replaces, bool sync,
                           const std::atomic<bool>& interrupted) {
     COutputFolder target(folder, sync);
     if (const int error = target.Make(); error != 0)
-        return WithSystemReason("the folder cannot be made, written to or synced", error);
+        return "the folder " + DescribeRefusedFolder(error);
     target.RemoveAbandoned();
     for (std::uint32_t i = 0; i < FileKinds().size() && !replaces; ++i)
         if (const std::wstring name = NameOf(i); IdentityOf(WithSeparator(folder) + name))

@@ -14,6 +14,7 @@
 
 #include "coef/WordObjects.h"
 #include "platform/Process.h"
+#include "platform/SystemError.h"
 
 namespace trevolt {
 namespace {
@@ -115,6 +116,10 @@ int CTemporaryOutput::Make() const noexcept {
 
 int CTemporaryOutput::Sync() const noexcept {
     return m_native ? SyncNativeFile(*m_native) : ENOENT;
+}
+
+std::string DescribeRefusedFolder(int error) {
+    return WithSystemReason("cannot be made, written to or synced", error) + ": choose another";
 }
 
 COutputFolder::COutputFolder(const std::wstring& folder, bool sync)

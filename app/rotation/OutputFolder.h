@@ -52,6 +52,10 @@ struct SKeptOutput {
     std::wstring sameEntryAs; ///< or the run's earlier output whose name means the same file
 };
 
+/// Why a folder gets no output, to be told behind its name, by the `errno` value that `Make` or `Refusal`
+/// answers.
+std::string DescribeRefusedFolder(int error);
+
 /// Used by one thread, `Begin` by any.
 class COutputFolder {
   public:

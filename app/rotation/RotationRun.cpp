@@ -18,7 +18,6 @@
 #include "app/rotation/WorkShare.h"
 #include "common/OrderedJobs.h"
 #include "platform/FileSystem.h"
-#include "platform/SystemError.h"
 #include "trevolt/FileKinds.h"
 #include "trevolt/MemoryBudget.h"
 #include "trevolt/Utf8.h"
@@ -172,10 +171,9 @@ class CPlaces {
     std::string Prepare(const SRotationPlan& plan) const {
         for (const auto& [below, isWritten] : FoldersOf(plan))
             if (const int error = PrepareFolder(below, isWritten); error != 0)
-                return WithSystemReason(
-                    fmt::format("the target folder {} cannot be made, written to or synced",
-                                WideToShownUtf8(WithSeparator(m_request.targetFolder) + below)),
-                    error);
+                return fmt::format("the target folder {} {}",
+                                   WideToShownUtf8(WithSeparator(m_request.targetFolder) + below),
+                                   DescribeRefusedFolder(error));
         for (const auto& [what, path] :
              {std::pair("manifest", &m_request.manifest), std::pair("report", &m_request.report)})
             if (const int error = TryBeside(*path); error != 0)

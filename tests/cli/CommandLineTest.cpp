@@ -56,7 +56,7 @@ TEST(CommandLine, NamesWhatIsMistyped) {
              {{"rotat"}, "there is no command rotat: did you mean rotate?"},
              {{"frobnicate"},
               "there is no command frobnicate: the commands are rotate, compose, crop, convert, "
-              "info, diff, preview, verify, demo"},
+              "info, diff, preview, verify, demo; see trevolt-cli --help"},
              {{"--versoin"},
               "there is no option --versoin before a command: did you mean "
               "--version?"},
@@ -73,6 +73,9 @@ TEST(CommandLine, NamesWhatIsMistyped) {
               "there is no option --jbos for rotate: did you mean --jobs?"},
              {{"rotate", "--frobnicate"},
               "there is no option --frobnicate for rotate: see trevolt-cli rotate --help"},
+             {{"verify", "-x.sums"},
+              "there is no option -x.sums for verify: see trevolt-cli verify --help, or give "
+              "./-x.sums for a file of that name"},
              {{"rotate", "-z"}, "there is no option -z for rotate: see trevolt-cli rotate --help"},
              {{"rotate", "-90"},
               "there is no option -90 for rotate: see trevolt-cli rotate --help"},

@@ -462,13 +462,15 @@ class Names(CliTest):
         self.source.chmod(0o300)
         self.addCleanup(self.source.chmod, 0o700)
         self.expect(self.rotate(is_bound=True), 2, [],
-                    [f'trevolt-cli: the source folder {self.source}/ may not be read'])
+                    [f'trevolt-cli: the source folder {self.source}/ cannot be listed: '
+                     'Permission denied: leave it out, or ask for the right to read it'])
 
     @posix_only
     def test_a_folder_that_cannot_be_written_is_reported(self):
         self.add_row()
         (self.target / 'row').mkdir()
-        told = 'trevolt-cli: the target folder {} cannot be made, written to or synced: Permission denied'
+        told = ('trevolt-cli: the target folder {} cannot be made, written to or synced: Permission denied: '
+                'choose another')
         for closed in (self.target / 'row', self.target):
             closed.chmod(0o500)
             self.addCleanup(closed.chmod, 0o700)
@@ -738,7 +740,7 @@ class Trouble(CliTest):
         (disk / 'last inode').touch()
         self.expect(self.rotate(), 2, [],
                     [f'trevolt-cli: the target folder {disk}/ cannot be made, written to or synced: '
-                     'No space left on device'])
+                     'No space left on device: choose another'])
         sums = disk / 'sums'
         self.expect(self.run_cli('rotate', '-a', 90, '--manifest', sums, self.source, self.folder / 'new'),
                     2, [], [f'trevolt-cli: the manifest {sums} lies in the folder {disk}/, where no file '
@@ -1173,7 +1175,7 @@ class Durability(CliTest):
         missing = self.folder / 'other'
         result, _ = self.recorded(self.run_cli, 'demo', missing / 'wall', fail_sync=missing)
         self.expect(result, 1, [], [f'trevolt-cli: {missing}/wall: the folder cannot be made, '
-                                    'written to or synced: Input/output error'])
+                                    'written to or synced: Input/output error: choose another'])
         self.assertEqual(list((missing / 'wall').iterdir()), [])
 
     @with_recorder
@@ -1325,7 +1327,7 @@ class Durability(CliTest):
         self.add('a.3bcoef')
         result, _ = self.recorded(self.rotate, fail_sync=self.target)
         self.expect(result, 2, [], [f'trevolt-cli: the target folder {self.target}/ cannot be made, '
-                                    'written to or synced: Input/output error'])
+                                    'written to or synced: Input/output error: choose another'])
         self.assertEqual(self.targets(), [])
 
     @with_recorder
@@ -1342,7 +1344,7 @@ class Durability(CliTest):
         self.expect(result, 1, [], [f'trevolt-cli: {wall}: {lost}'])
         result, _ = self.recorded(self.run_cli, 'demo', '--overwrite', wall, fail_sync=wall)
         self.expect(result, 1, [], [f'trevolt-cli: {wall}: the folder cannot be made, written to or synced: '
-                                    'Input/output error'])
+                                    'Input/output error: choose another'])
 
     @with_recorder
     def test_a_listing_that_breaks_off_ends_the_run(self):
@@ -1496,11 +1498,12 @@ class SideFiles(CliTest):
         (self.folder / 'link').symlink_to('nowhere')
         for target, told in (
                 ('/dev/full/x', 'the target folder /dev/full/x/ cannot be made, written to or synced: '
-                                'Not a directory'),
+                                'Not a directory: choose another'),
                 (self.folder / 'link', f'the target {self.folder}/link is a link that leads '
                                        'nowhere'),
                 (self.folder / 'link' / 'x', f'the target folder {self.folder}/link/x/ cannot be '
-                                             'made, written to or synced: No such file or directory')):
+                                             'made, written to or synced: No such file or directory: '
+                                             'choose another')):
             self.expect(self.run_cli('rotate', '-a', 90, self.source, target), 2, [],
                         [f'trevolt-cli: {told}'])
 
@@ -1517,7 +1520,8 @@ class Demo(CliTest):
         (self.folder / 'file').write_text('x')
         folder = self.folder / 'file' / 'wall'
         self.expect(self.run_cli('demo', folder), 2, [],
-                    [f'trevolt-cli: {folder}: the folder cannot be made, written to or synced: Not a directory'])
+                    [f'trevolt-cli: {folder}: the folder cannot be made, written to or synced: Not a directory: '
+                     'choose another'])
 
 
 if __name__ == '__main__':

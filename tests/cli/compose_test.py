@@ -313,7 +313,8 @@ class Compose(ScreenTest):
                 ('file,x,y\n', f'{given} holds no row: give a file, its x and its y a line'),
                 ('a.9fcoef,0,0\ngone.9fcoef,5,0\n',
                  f'{row} the source {gone} does not exist: check its path'),
-                ('a.9fcoef,0,0\na.txt,5,0\n', f'{row} {text} is no coefficient file by its name'),
+                ('a.9fcoef,0,0\na.txt,5,0\n', f'{row} {text} is no coefficient file by its name: give one with '
+                                                'one of the nine extensions'),
                 ('a.9fcoef,0,0\nb.9fcoef,9,-1\n',
                  f'{row} b.9fcoef takes 9,-1,14,2, which is not all in the screen of 14 x 3: move it, or '
                  'allow what is outside to be cut'),
@@ -332,9 +333,9 @@ class Compose(ScreenTest):
         pipe = self.folder / 'pipe.9fcoef'
         os.mkfifo(pipe)
         self.expect(self.compose(f'{pipe}@0,0'), 2, [],
-                    [f'trevolt-cli: {pipe} is neither a file nor a folder'])
+                    [f'trevolt-cli: {pipe} is neither a file nor a folder: give a file'])
         self.expect(self.run_cli('crop', pipe, self.target / 'a.9fcoef', '--rect', '0,0,1,1'), 2, [],
-                    [f'trevolt-cli: {pipe} is neither a file nor a folder'])
+                    [f'trevolt-cli: {pipe} is neither a file nor a folder: give a file'])
 
     def test_what_programs_are_told(self):
         self.add_cabinet('a.9fcoef', 1)

@@ -368,7 +368,9 @@ class Angles(CliTest):
 
     def test_a_table_that_is_no_text_is_told_once(self):
         for content, told in (
-                ('*,90\n'.encode('utf-16'), 'is text of two bytes a character: save the table as UTF-8'),
+                ('*,90\n'.encode('utf-16'), 'holds zero bytes, as no table does: save it as text, in UTF-8'),
+                ((SAMPLES / 'cabinet' / 'Cab_01.9fcoef').read_bytes(),
+                 'holds zero bytes, as no table does: save it as text, in UTF-8'),
                 (b'\xff.3bcoef,90\n', "line 1: the file's name is not valid UTF-8: save the table as "
                                       'UTF-8')):
             self.table.write_bytes(content)

@@ -232,7 +232,8 @@ class Mistakes(CliTest):
         self.target.chmod(0o500)
         self.addCleanup(self.target.chmod, 0o700)
         shut = 'lies in the folder {T}/, where no file can be made: Permission denied: choose another'
-        target = 'the target folder {} cannot be made, written to or synced: Permission denied'
+        target = ('the target folder {} cannot be made, written to or synced: Permission denied: '
+                  'choose another')
         a, b = self.source / 'a.3bcoef', self.source / 'b.3bcoef'
         rect = ('--rect', '0,0,1,1')
         for arguments, status, told in (
@@ -247,7 +248,7 @@ class Mistakes(CliTest):
                 (('preview', a, '{T}/a.png'), 1, '{T}/a.png: ' + shut),
                 (('diff', a, b, '--image', '{T}/a.png'), 2, '{T}/a.png: ' + shut),
                 (('demo', '{T}'), 1, '{T}: the folder cannot be made, written to or synced: '
-                                     'Permission denied')):
+                                     'Permission denied: choose another')):
             with self.subTest(arguments=arguments):
                 self.expect(self.run_cli(*(self.fill(str(word)) for word in arguments),
                                          is_bound=True), status, [],

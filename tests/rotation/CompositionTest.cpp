@@ -307,13 +307,15 @@ TEST_F(Composition, WithoutAFilesSizeNothingIsDone) {
 TEST_F(Composition, NamesThatCannotBeAreRefused) {
     const SPlacedFile a = Cabinet(L"a.9fcoef", 1, 0, 0);
     const std::wstring path = m_folder.File(L"notes.txt");
-    ExpectRefused({.files = {a, Placed(L"x.txt", 0, 0), Placed(L"gone.9fcoef", 0, 0)},
-                   .output = {path, false, false}},
-                  {"the output " + WideToShownUtf8(path) +
-                       " is no coefficient file by its name: give one of the nine extensions",
-                   WideToShownUtf8(m_folder.File(L"x.txt")) + " is no coefficient file by its name",
-                   "the source " + WideToShownUtf8(m_folder.File(L"gone.9fcoef")) +
-                       " does not exist: check its path"});
+    ExpectRefused(
+        {.files = {a, Placed(L"x.txt", 0, 0), Placed(L"gone.9fcoef", 0, 0)},
+         .output = {path, false, false}},
+        {"the output " + WideToShownUtf8(path) +
+             " is no coefficient file by its name: give one of the nine extensions",
+         WideToShownUtf8(m_folder.File(L"x.txt")) +
+             " is no coefficient file by its name: give one with one of the nine extensions",
+         "the source " + WideToShownUtf8(m_folder.File(L"gone.9fcoef")) +
+             " does not exist: check its path"});
     ExpectRefused(Request({}), {"there is no file to put into a screen"});
 }
 

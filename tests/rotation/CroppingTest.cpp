@@ -152,7 +152,8 @@ TEST_F(Cropping, NamesThatCannotBeAreRefused) {
                         " does not exist: check its path"});
     result = Crop(Request(L"x.txt", {}));
     EXPECT_EQ(result.errors, CropTexts{WideToShownUtf8(m_folder.File(L"x.txt")) +
-                                       " is no coefficient file by its name"});
+                                       " is no coefficient file by its name: give one with one of "
+                                       "the nine extensions"});
 }
 
 TEST_F(Cropping, ANameThatIsTakenFailsAndTheOthersAreWritten) {

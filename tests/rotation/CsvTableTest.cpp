@@ -75,12 +75,11 @@ TEST(CsvTable, TabsBetweenFieldsAreToldAsSuch) {
     EXPECT_EQ(Rows("a\tb,1\n"), Fields{"1:a\tb|1|"});
 }
 
-TEST(CsvTable, TextOfAnotherEncodingIsToldOnce) {
-    const std::string told = "is text of two bytes a character: save the table as UTF-8";
-    for (const std::string_view text : {"\xFF\xFE"
-                                        "a\0,\0",
-                                        "\xFE\xFF\0a"}) {
-        EXPECT_EQ(SplitCsv(text).problems, Fields{told});
+TEST(CsvTable, WhatIsNoTextIsToldOnce) {
+    constexpr std::string_view kUtf16 = {"\xFF\xFE;\0\n\0", 6};
+    for (const std::string_view text : {kUtf16, kUtf16.substr(2), std::string_view("a,1\n\0", 5)}) {
+        EXPECT_EQ(SplitCsv(text).problems,
+                  Fields{"holds zero bytes, as no table does: save it as text, in UTF-8"});
         EXPECT_TRUE(SplitCsv(text).rows.empty());
     }
 }

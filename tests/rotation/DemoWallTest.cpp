@@ -62,7 +62,8 @@ TEST(DemoWall, MakesTheFolderOrTellsWhyItCannot) {
     EXPECT_EQ(ListEntries(made + kPathSeparator + L"Cab_").entries.size(), 9U);
     WriteText(folder.File(L"file"), "x");
     const std::string told = WriteDemoWall(folder.File(L"file"), false, true);
-    EXPECT_EQ(told, "the folder cannot be made, written to or synced: Not a directory");
+    EXPECT_EQ(told,
+              "the folder cannot be made, written to or synced: Not a directory: choose another");
 }
 
 TEST(DemoWall, ReplacesOnlyWhenTold) {

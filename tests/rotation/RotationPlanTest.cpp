@@ -102,7 +102,8 @@ TEST_F(RotationPlan, EveryObstacleIsToldAtOnce) {
         Obstacles(),
         (Texts{"the source " + Shown(m_source.File(L"missing")) + " does not exist: check its path",
                "the source " + Shown(m_source.File(L"notes.txt")) +
-                   " is no coefficient file by its name",
+                   " is no coefficient file by its name: give one with one of the nine "
+                   "extensions",
                "the source  does not exist: check its path",
                "the target " + Shown(m_target.File(L"file")) + " is not a folder",
                "the manifest " + Shown(m_target.File(L"file")) +
