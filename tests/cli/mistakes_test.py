@@ -259,6 +259,12 @@ class Mistakes(CliTest):
                     ['0 files converted, 1 failed'],
                     [self.fill(f'{a}: its output {{T}}/a.9fcoef ' + shut)])
         self.assertEqual(self.state(), self.before)
+        self.source.chmod(0)
+        self.addCleanup(self.source.chmod, 0o700)
+        for command in (('info', a), ('crop', a, self.folder / 'p.3bcoef', *rect),
+                        ('compose', self.folder / 'w.9fcoef', f'{a}@0,0')):
+            self.expect(self.run_cli(*command, is_bound=True), 2, [],
+                        [f'trevolt-cli: the source {a} cannot be looked at: Permission denied'])
 
     @posix_only
     def test_what_stands_in_the_place_of_a_file_for_the_end(self):
