@@ -9,26 +9,31 @@
 #include <openssl/crypto.h>
 #include <openssl/evp.h>
 
+#include "platform/Digest.h"
+
 namespace trevolt {
 
 class CLibcryptoDigest {
   public:
-    /// False when libcrypto does not offer the algorithm, or has got no memory for what it works with,
-    /// which it does not check itself.
-    bool Start(const EVP_MD* algorithm) {
-        return OSSL_LIB_CTX_get0_global_default() != nullptr && m_context != nullptr &&
-               EVP_DigestInit_ex(m_context.get(), algorithm, nullptr) == 1;
+    /// libcrypto itself does not check that it has got memory for what it works with, and where it gives
+    /// up later does not tell whether it was for that.
+    EHashing Start(const EVP_MD* algorithm) {
+        if (OSSL_LIB_CTX_get0_global_default() == nullptr || m_context == nullptr)
+            return EHashing::NoMemory;
+        return AnswerOf(EVP_DigestInit_ex(m_context.get(), algorithm, nullptr));
     }
-    bool Add(const std::byte* bytes, std::size_t count) {
-        return EVP_DigestUpdate(m_context.get(), bytes, count) == 1;
+    EHashing Add(const std::byte* bytes, std::size_t count) {
+        return AnswerOf(EVP_DigestUpdate(m_context.get(), bytes, count));
     }
     /// Of a digest that has as many bytes as the algorithm's.
     template <std::size_t bytes>
-    bool Finish(std::array<std::uint8_t, bytes>& digest) {
-        return EVP_DigestFinal_ex(m_context.get(), digest.data(), nullptr) == 1;
+    EHashing Finish(std::array<std::uint8_t, bytes>& digest) {
+        return AnswerOf(EVP_DigestFinal_ex(m_context.get(), digest.data(), nullptr));
     }
 
   private:
+    static EHashing AnswerOf(int isDone) { return isDone == 1 ? EHashing::Done : EHashing::Failed; }
+
     struct SFree {
         void operator()(EVP_MD_CTX* context) const { EVP_MD_CTX_free(context); }
     };

@@ -6,7 +6,7 @@
 namespace trevolt {
 
 struct SMd5State : CLibcryptoDigest {
-    bool Start() { return CLibcryptoDigest::Start(EVP_md5()); }
+    EHashing Start() { return CLibcryptoDigest::Start(EVP_md5()); }
 };
 
 template class CDigest<SMd5State, 16>;

@@ -13,6 +13,16 @@ namespace {
 
 constexpr std::size_t kPieceBytes = 1024;
 
+/// Of a call that just ended.
+EHashing AnswerOf(BOOL isDone) {
+    if (isDone != 0)
+        return EHashing::Done;
+    const DWORD error = GetLastError();
+    return error == ERROR_NOT_ENOUGH_MEMORY || error == static_cast<DWORD>(NTE_NO_MEMORY)
+               ? EHashing::NoMemory
+               : EHashing::Failed;
+}
+
 } // namespace
 
 struct SMd5State {
@@ -29,29 +39,36 @@ struct SMd5State {
             CryptReleaseContext(context, 0);
     }
 
-    bool Start() {
-        return CryptAcquireContextW(&context, nullptr, nullptr, PROV_RSA_FULL,
-                                    CRYPT_VERIFYCONTEXT) != 0 &&
-               CryptCreateHash(context, CALG_MD5, 0, 0, &hash) != 0;
+    EHashing Start() {
+        const EHashing acquired = AnswerOf(
+            CryptAcquireContextW(&context, nullptr, nullptr, PROV_RSA_FULL, CRYPT_VERIFYCONTEXT));
+        return acquired == EHashing::Done
+                   ? AnswerOf(CryptCreateHash(context, CALG_MD5, 0, 0, &hash))
+                   : acquired;
     }
 
-    bool Add(const std::byte* bytes, std::size_t count) const {
+    EHashing Add(const std::byte* bytes, std::size_t count) const {
         for (std::size_t done = 0; done < count; done += kPieceBytes) {
             const auto piece = static_cast<DWORD>(std::min(kPieceBytes, count - done));
-            if (CryptHashData(hash, reinterpret_cast<const BYTE*>(bytes + done), piece, 0) == 0)
-                return false;
+            const EHashing added = AnswerOf(
+                CryptHashData(hash, reinterpret_cast<const BYTE*>(bytes + done), piece, 0));
+            if (added != EHashing::Done)
+                return added;
         }
-        return true;
+        return EHashing::Done;
     }
 
-    bool Finish(std::array<std::uint8_t, 16>& digest) const {
+    EHashing Finish(std::array<std::uint8_t, 16>& digest) const {
         std::array<BYTE, 16> value{};
         DWORD size = value.size();
-        if (CryptGetHashParam(hash, HP_HASHVAL, value.data(), &size, 0) == 0 ||
-            size != value.size())
-            return false;
+        const EHashing given =
+            AnswerOf(CryptGetHashParam(hash, HP_HASHVAL, value.data(), &size, 0));
+        if (given != EHashing::Done)
+            return given;
+        if (size != value.size())
+            return EHashing::Failed;
         std::copy(value.begin(), value.end(), digest.begin());
-        return true;
+        return EHashing::Done;
     }
 };
 

@@ -12,7 +12,16 @@
 namespace trevolt {
 namespace {
 
-constexpr bool IsDone(NTSTATUS status) { return status >= 0; }
+// Of the system's status codes, whose own header does not go with <windows.h>.
+constexpr NTSTATUS kNoMemory = static_cast<NTSTATUS>(0xC0000017);
+constexpr NTSTATUS kInsufficientResources = static_cast<NTSTATUS>(0xC000009A);
+
+constexpr EHashing AnswerOf(NTSTATUS status) {
+    if (status >= 0)
+        return EHashing::Done;
+    return status == kNoMemory || status == kInsufficientResources ? EHashing::NoMemory
+                                                                   : EHashing::Failed;
+}
 
 } // namespace
 
@@ -30,31 +39,34 @@ struct SSha256State {
             BCryptCloseAlgorithmProvider(algorithm, 0);
     }
 
-    bool Start() {
-        return IsDone(
-                   BCryptOpenAlgorithmProvider(&algorithm, BCRYPT_SHA256_ALGORITHM, nullptr, 0)) &&
-               IsDone(BCryptCreateHash(algorithm, &hash, nullptr, 0, nullptr, 0, 0));
+    EHashing Start() {
+        const EHashing opened =
+            AnswerOf(BCryptOpenAlgorithmProvider(&algorithm, BCRYPT_SHA256_ALGORITHM, nullptr, 0));
+        return opened == EHashing::Done
+                   ? AnswerOf(BCryptCreateHash(algorithm, &hash, nullptr, 0, nullptr, 0, 0))
+                   : opened;
     }
 
-    bool Add(const std::byte* bytes, std::size_t count) const {
+    EHashing Add(const std::byte* bytes, std::size_t count) const {
         constexpr std::size_t kLargestPiece = std::numeric_limits<ULONG>::max();
         for (std::size_t done = 0; done < count;) {
             const std::size_t piece = std::min(kLargestPiece, count - done);
             // The call takes what it only reads as writable.
             auto* at = reinterpret_cast<UCHAR*>(const_cast<std::byte*>(bytes + done));
-            if (!IsDone(BCryptHashData(hash, at, static_cast<ULONG>(piece), 0)))
-                return false;
+            const NTSTATUS status = BCryptHashData(hash, at, static_cast<ULONG>(piece), 0);
+            if (AnswerOf(status) != EHashing::Done)
+                return AnswerOf(status);
             done += piece;
         }
-        return true;
+        return EHashing::Done;
     }
 
-    bool Finish(std::array<std::uint8_t, 32>& digest) const {
+    EHashing Finish(std::array<std::uint8_t, 32>& digest) const {
         std::array<UCHAR, 32> value{};
-        if (!IsDone(BCryptFinishHash(hash, value.data(), value.size(), 0)))
-            return false;
-        std::copy(value.begin(), value.end(), digest.begin());
-        return true;
+        const EHashing ended = AnswerOf(BCryptFinishHash(hash, value.data(), value.size(), 0));
+        if (ended == EHashing::Done)
+            std::copy(value.begin(), value.end(), digest.begin());
+        return ended;
     }
 };
 

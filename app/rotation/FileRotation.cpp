@@ -1,7 +1,6 @@
 #include "app/rotation/FileRotation.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <cstdint>
 #include <limits>
@@ -132,12 +131,21 @@ class CFileRotation {
         return bytes && *bytes <= limit;
     }
 
-    /// Nothing, with its cause told, when it cannot be read.
-    std::optional<std::string> SumOfSource() {
-        auto sum = Sha256Of(m_source.FirstByte());
-        if (!sum)
-            FailWithReason("cannot be read", m_source.SystemError());
-        return sum;
+    /// Empty, with the cause told, where there is none.
+    std::string SumOfSource() {
+        SSum sum = Sha256Of(m_source.FirstByte());
+        sum.error = m_source.SystemError(); // also of the seek to the first byte
+        if (!sum.IsThere())
+            Fail(DescribeLackOfSum(sum, "cannot be read", "its SHA-256 sum"));
+        return std::move(sum.digits);
+    }
+
+    /// The same of what was written.
+    std::string SumOfOutput(const std::wstring& written) {
+        SSum sum = Sha256OfFile(written);
+        if (!sum.IsThere())
+            Fail(DescribeLackOfSum(sum, "cannot be read back", "the SHA-256 sum of its output"));
+        return std::move(sum.digits);
     }
 
     bool WantsSums() const {
@@ -147,9 +155,7 @@ class CFileRotation {
     bool SumSource() {
         if (!WantsSums() || !m_source.IsOpen())
             return true;
-        auto sum = SumOfSource();
-        if (sum)
-            m_outcome.sourceSum = *std::move(sum);
+        m_outcome.sourceSum = SumOfSource();
         return !m_outcome.sourceSum.empty();
     }
 
@@ -157,8 +163,8 @@ class CFileRotation {
     bool IsSourceUnchanged() {
         if (m_outcome.sourceSum.empty())
             return true;
-        const auto sum = SumOfSource();
-        if (sum && sum != m_outcome.sourceSum)
+        const std::string sum = SumOfSource();
+        if (!sum.empty() && sum != m_outcome.sourceSum)
             Fail("changed while it was turned");
         return sum == m_outcome.sourceSum;
     }
@@ -170,13 +176,8 @@ class CFileRotation {
             return true;
         if (!IsSourceUnchanged())
             return false;
-        auto sum = Sha256OfFile(written);
-        if (!sum) {
-            FailWithReason("cannot be read back", errno);
-            return false;
-        }
-        m_outcome.outputSum = *std::move(sum);
-        return m_request.manifest.empty() || ListSums();
+        m_outcome.outputSum = SumOfOutput(written);
+        return !m_outcome.outputSum.empty() && (m_request.manifest.empty() || ListSums());
     }
 
     /// Makes the manifest's lines; false when the file fails.
@@ -490,23 +491,19 @@ class CFileRotation {
     bool IsRightOnDisk() {
         const std::size_t problems = m_outcome.problems.size();
         const std::wstring& path = m_output->Path();
-        const auto written = Sha256OfFile(path);
-        if (!written) {
-            FailWithReason("cannot be read back", errno);
+        const std::string written = SumOfOutput(path);
+        if (written.empty())
             return false;
-        }
         if (const int error = m_output->Sync(); error != 0) {
             Fail(DescribeSyncProblem(error));
             return false;
         }
         DropCachedPages(path);
-        const auto read = Sha256OfFile(path);
-        if (!read)
-            FailWithReason("cannot be read back", errno);
-        else if (*written != *read)
-            Fail("what was read back is not what was written");
-        else
+        const std::string read = SumOfOutput(path);
+        if (read == written)
             ReadBack(path);
+        else if (!read.empty())
+            Fail("what was read back is not what was written");
         return m_outcome.problems.size() == problems;
     }
 

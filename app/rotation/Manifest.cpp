@@ -22,6 +22,7 @@ namespace {
 
 constexpr std::size_t kSummedBytes = std::size_t{256} << 10;
 constexpr std::size_t kSumDigits = 64;
+constexpr const char* kUnreadable = "cannot be read";
 
 struct SEscape {
     char byte;
@@ -87,7 +88,7 @@ class CManifestLines {
     explicit CManifestLines(std::istream& stream) : m_stream(stream) {}
 
     /// The next line without its end; false behind the last one, and where the stream turns bad,
-    /// of which `errno` then tells as after `Sha256Of`.
+    /// of which `errno` then tells, or is 0.
     bool Next() {
         m_line.clear();
         m_isTooLong = false;
@@ -119,14 +120,13 @@ class CManifestLines {
     std::uint64_t m_number = 0;
 };
 
-void NoteUnreadable(SVerifiedFile& file, int error) {
-    if (error == ENOENT || error == ENOTDIR) {
+void NoteLack(SVerifiedFile& file, const SSum& lacking) {
+    if (lacking.error == ENOENT || lacking.error == ENOTDIR) {
         file.answer = SVerifiedFile::EAnswer::Missing;
         return;
     }
-    const std::string reason = SystemErrorText(error);
     file.answer = SVerifiedFile::EAnswer::Unreadable;
-    file.problem = fmt::format("cannot be read{}{}", reason.empty() ? "" : ": ", reason);
+    file.problem = DescribeLackOfSum(lacking, kUnreadable, "its SHA-256 sum");
 }
 
 SVerifiedFile Verify(const SManifestEntry& entry) {
@@ -138,10 +138,10 @@ SVerifiedFile Verify(const SManifestEntry& entry) {
         file.problem = "its name is not valid UTF-8";
         return file;
     }
-    const auto sum = Sha256OfFile(*path);
-    if (!sum)
-        NoteUnreadable(file, errno);
-    else if (*sum != entry.sum)
+    const SSum sum = Sha256OfFile(*path);
+    if (!sum.IsThere())
+        NoteLack(file, sum);
+    else if (sum.digits != entry.sum)
         file.answer = SVerifiedFile::EAnswer::Differs;
     return file;
 }
@@ -162,9 +162,8 @@ void Count(SVerification& total, SVerifiedFile::EAnswer answer) {
 }
 
 std::string UnreadableManifest(const std::wstring& path, int error) {
-    const std::string reason = SystemErrorText(error);
-    return fmt::format("the manifest {} cannot be read{}{}", WideToShownUtf8(path),
-                       reason.empty() ? "" : ": ", reason);
+    return WithSystemReason(fmt::format("the manifest {} {}", WideToShownUtf8(path), kUnreadable),
+                            error);
 }
 
 /// Why `lines` are not the output's content, on the disk where that is wanted; empty when they are.
@@ -198,37 +197,56 @@ std::optional<std::uint64_t> BytesToCome(std::istream& stream) {
     return stream.good() ? std::optional<std::uint64_t>(0) : std::nullopt;
 }
 
-} // namespace
+SSum WithoutBytes(int error) { return {{}, SSum::ELack::Bytes, error}; }
 
-std::optional<std::string> Sha256Of(std::istream& stream) {
+/// Of a digest that failed.
+SSum WithoutHashing(const CSha256& sha) {
+    return {{}, sha.WasMemoryRefused() ? SSum::ELack::Memory : SSum::ELack::Hashing};
+}
+
+/// The sum by a digest that has just begun.
+SSum SumOf(std::istream& stream, CSha256& sha) {
     errno = 0;
     const auto bytes = BytesToCome(stream);
     if (!bytes)
-        return std::nullopt;
+        return WithoutBytes(errno);
     std::vector<std::byte> piece(kSummedBytes);
-    CSha256 sha;
-    std::array<std::uint8_t, 32> digest{};
     std::uint64_t left = *bytes;
     while (stream.good()) {
         stream.read(reinterpret_cast<char*>(piece.data()), kSummedBytes);
         if (stream.bad())
-            return std::nullopt;
+            return WithoutBytes(errno);
         left -= std::min(left, static_cast<std::uint64_t>(stream.gcount()));
         if (!sha.Add(piece.data(), static_cast<std::size_t>(stream.gcount())))
-            break;
+            return WithoutHashing(sha);
     }
-    if (!stream.eof() || left != 0 || !sha.Finish(digest)) {
-        errno = 0;
-        return std::nullopt;
-    }
-    return HexOf(digest);
+    if (!stream.eof() || left != 0)
+        return WithoutBytes(0);
+    std::array<std::uint8_t, 32> digest{};
+    return sha.Finish(digest) ? SSum{HexOf(digest)} : WithoutHashing(sha);
 }
 
-std::optional<std::string> Sha256OfFile(const std::wstring& path) {
+} // namespace
+
+SSum Sha256Of(std::istream& stream) {
+    CSha256 sha;
+    return SumOf(stream, sha);
+}
+
+SSum Sha256OfFile(const std::wstring& path) {
+    CSha256 sha; // before the file is open, which the system may need memory for
     std::fstream stream;
     if (!OpenFileStream(stream, path.c_str(), std::ios::in))
-        return std::nullopt;
-    return Sha256Of(stream);
+        return WithoutBytes(errno);
+    return SumOf(stream, sha);
+}
+
+std::string DescribeLackOfSum(const SSum& lacking, const char* unread, const char* sum) {
+    if (lacking.lack == SSum::ELack::Bytes)
+        return WithSystemReason(unread, lacking.error);
+    return fmt::format("{} cannot be computed: {}", sum,
+                       lacking.lack == SSum::ELack::Memory ? "not enough memory"
+                                                           : "the system does not offer it");
 }
 
 std::optional<std::string> ManifestLine(std::string_view sum, const std::wstring& path) {

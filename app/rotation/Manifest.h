@@ -14,13 +14,31 @@
 
 namespace trevolt {
 
-/// The sum of the bytes from where `stream` stands, 64 lower-case hex digits. Nothing when they
-/// cannot be read to their end, or the system has no SHA-256; `errno` then tells why where the
-/// system does, else it is 0. Memory exhaustion is thrown.
-std::optional<std::string> Sha256Of(std::istream& stream);
+/// A SHA-256 sum, or why there is none.
+struct SSum {
+    enum class ELack : std::uint8_t {
+        Nothing,
+        Bytes,   ///< they cannot be read to their end
+        Memory,  ///< the system's hashing got none
+        Hashing, ///< the system has no SHA-256
+    };
 
-/// The sum of a file; nothing also when it does not open.
-std::optional<std::string> Sha256OfFile(const std::wstring& path);
+    std::string digits; ///< 64, in lower case; empty where something is lacking
+    ELack lack = ELack::Nothing;
+    int error = 0; ///< of bytes that lack: the `errno` value of the reason, 0 where none is told
+
+    bool IsThere() const { return lack == ELack::Nothing; }
+};
+
+/// The sum of the bytes from where `stream` stands. Throws std::bad_alloc.
+SSum Sha256Of(std::istream& stream);
+
+/// The sum of a file, whose bytes lack also when it does not open. Throws std::bad_alloc.
+SSum Sha256OfFile(const std::wstring& path);
+
+/// Why there is no sum, in plain words: `unread` and the reason where bytes lack, else that `sum`, as
+/// "its SHA-256 sum", cannot be computed.
+std::string DescribeLackOfSum(const SSum& lacking, const char* unread, const char* sum);
 
 /// A file's line and its end. Backslashes, line feeds and carriage returns of the name are escaped,
 /// and the line then begins with a backslash. On Windows separators become slashes. Nothing when

@@ -4,6 +4,7 @@
 #include <openssl/evp.h>
 
 #include "calibuf/CaliOperation.h"
+#include "platform/Md5.h"
 
 namespace trevolt {
 namespace {
@@ -24,6 +25,9 @@ TEST(ForbiddenDigest, IsToldAndLeavesTheTextAlone) {
         const SApprovedDigestsOnly only;
         EXPECT_FALSE(owner.Buffer().ComputeMD5(text));
         EXPECT_EQ(text, L"before");
+        CMd5 md5;
+        EXPECT_FALSE(md5.Add(nullptr, 0));
+        EXPECT_FALSE(md5.WasMemoryRefused());
     }
     EXPECT_TRUE(owner.Buffer().ComputeMD5(text));
     EXPECT_EQ(text.size(), 32U);

@@ -7,7 +7,7 @@ import re
 import struct
 import zlib
 
-from fault_bench import FILE_LINE, NAME_MAY_BE_LOST, REASONS, SAMPLES, Bench, Wrong
+from fault_bench import FILE_LINE, NAME_MAY_BE_LOST, SAMPLES, Bench, Wrong
 
 FLOATS, TEXT, WORDS = (SAMPLES / name for name in
                        ('Cab_01.9fcoef', 'Cab_05.cccoef', 'Cab_06.9wcoef'))
@@ -16,8 +16,6 @@ WRITES = ('write', 'short-write', 'close', 'sync', 'rename')
 # Messages that name no cause: one counts failures, which have theirs, the other tells of an output.
 NO_CAUSE = re.compile(r'^trevolt-cli: (nothing is written: |\S+: the picture is written$)')
 DIGEST_NOTE = 'its digest is not told: '
-# Of a sum that its library prevents no reason is known.
-REASONS_BESIDE_SUMS = {call: reason for call, reason in REASONS.items() if call != 'alloc'}
 
 
 class CommandBench(Bench):
@@ -111,7 +109,6 @@ class JsonBench(InfoBench):
 
 class VerifyBench(CommandBench):
     """A manifest of the source's files."""
-    reasons = REASONS_BESIDE_SUMS
 
     def __init__(self, program, preload, place, paths):
         place.mkdir(parents=True)
@@ -129,7 +126,6 @@ class VerifyBench(CommandBench):
 
 class ReportBench(Bench):
     """A turn with a report, which has sums too and stands in a folder of its own."""
-    reasons = REASONS_BESIDE_SUMS
 
     def __init__(self, program, preload, place, paths):
         self.report = place / 'report' / 'report.html'

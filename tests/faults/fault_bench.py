@@ -51,7 +51,6 @@ def bytes_of(folder):
 
 class Bench:
     """A source folder, what its files turn to, and runs beside it."""
-    reasons = REASONS
     well = 0  # the exit status of a run in which nothing fails
 
     def __init__(self, program, preload, place, paths):
@@ -185,7 +184,7 @@ def try_fault(bench, fault, jobs):
     try:
         bench.check_files()
         bench.check_told(done)
-        check_cause(bench.reasons.get(fault.call), bench.causes(done))
+        check_cause(REASONS.get(fault.call), bench.causes(done))
         if (not happened or fault.call in HARMLESS) and done.returncode != bench.well:
             raise Wrong('nothing failed, but the run did')
         if done.returncode != bench.well:

@@ -22,7 +22,7 @@ import tempfile
 import time
 
 from command_benches import benches_of_commands
-from fault_bench import (CLOSING_LINE, FILE_LINE, FROM_THEN_ON, MOST_CALLS, ONCE, REASONS, SAMPLES,
+from fault_bench import (CLOSING_LINE, FILE_LINE, FROM_THEN_ON, MOST_CALLS, ONCE, SAMPLES,
                          WITH_ORIGIN, Bench, Fault, Wrong, allocations_of_set_up, bytes_of,
                          fill_disk, loop_calls, try_fault)
 
@@ -44,8 +44,6 @@ IN_MEMORY = '/dev/shm'  # a sync there is a call as any other, and takes no time
 
 class ManifestBench(Bench):
     """A turn with a manifest, which stands in a folder of its own."""
-    # Of a sum that its library prevents no reason is known.
-    reasons = {call: reason for call, reason in REASONS.items() if call != 'alloc'}
 
     def __init__(self, program, preload, place, paths):
         self.manifest = place / 'sums' / 'manifest'

@@ -35,22 +35,27 @@ class CEarlyEnd : public std::stringbuf {
     }
 };
 
+void ExpectLackOfBytes(const SSum& sum, int error) {
+    EXPECT_EQ(sum.lack, SSum::ELack::Bytes);
+    EXPECT_EQ(sum.error, error);
+    EXPECT_EQ(sum.digits, "");
+}
+
 TEST(Manifest, AnEndThatComesTooEarlyGivesNoSum) {
     std::stringbuf whole("abc");
     std::istream abc(&whole);
-    EXPECT_EQ(Sha256Of(abc), kSumOfAbc);
+    EXPECT_EQ(Sha256Of(abc).digits, kSumOfAbc);
     CEarlyEnd cut("abc");
     std::istream stream(&cut);
-    EXPECT_EQ(Sha256Of(stream), std::nullopt);
-    EXPECT_EQ(errno, 0);
+    ExpectLackOfBytes(Sha256Of(stream), 0);
 }
 
 TEST(Sum, IsOfWhatTheStreamStillHolds) {
     std::istringstream stream("xyabc");
     stream.seekg(2);
-    EXPECT_EQ(Sha256Of(stream), kSumOfAbc);
+    EXPECT_EQ(Sha256Of(stream).digits, kSumOfAbc);
     std::istringstream empty;
-    EXPECT_EQ(Sha256Of(empty), kSumOfNothing);
+    EXPECT_EQ(Sha256Of(empty).digits, kSumOfNothing);
 }
 
 // printf '%0*d' COUNT 0 | sha256sum
@@ -62,7 +67,7 @@ TEST(Sum, OfMoreThanOnePiece) {
         {700000, "102ebe288ac0d67a7189f7d3bb87ac3bd974f830347b199c6f363b32ea13913f"}};
     for (const auto& [count, sum] : sums) {
         std::istringstream stream(std::string(count, '0'));
-        EXPECT_EQ(Sha256Of(stream), sum) << count;
+        EXPECT_EQ(Sha256Of(stream).digits, sum) << count;
     }
 }
 
@@ -92,30 +97,41 @@ TEST(Sum, IsNoneWhereTheStreamMayStandAnywhere) {
     for (const int granted : {1, 2, 3, 4}) {
         CRefusedSeek file(granted, 100);
         std::istream stream(&file);
-        EXPECT_EQ(Sha256Of(stream), std::nullopt) << granted;
-        EXPECT_EQ(errno, EIO) << granted;
+        SCOPED_TRACE(granted);
+        ExpectLackOfBytes(Sha256Of(stream), EIO);
     }
     for (const int granted : {0, 1, 2, 3, 4}) { // it stands where it stood
         CRefusedSeek file(granted, 1);
         std::istream stream(&file);
-        EXPECT_EQ(Sha256Of(stream), kSumOfAbc) << granted;
+        EXPECT_EQ(Sha256Of(stream).digits, kSumOfAbc) << granted;
     }
     CRefusedSeek pipe(0, 100);
     std::istream piped(&pipe);
-    EXPECT_EQ(Sha256Of(piped), kSumOfAbc);
+    EXPECT_EQ(Sha256Of(piped).digits, kSumOfAbc);
     std::istringstream notAtItsFirstByte("abc");
     notAtItsFirstByte.setstate(std::ios::failbit);
-    EXPECT_EQ(Sha256Of(notAtItsFirstByte), std::nullopt);
-    EXPECT_EQ(errno, 0);
+    ExpectLackOfBytes(Sha256Of(notAtItsFirstByte), 0);
 }
 
 TEST(Sum, OfAStreamThatCannotBeReadIsNone) {
     std::istringstream stream("abc");
     stream.setstate(std::ios::badbit);
-    EXPECT_EQ(Sha256Of(stream), std::nullopt);
+    ExpectLackOfBytes(Sha256Of(stream), 0);
     const CTemporaryFolder folder;
-    EXPECT_EQ(Sha256OfFile(folder.File(L"missing")), std::nullopt);
-    EXPECT_EQ(Sha256OfFile(folder.Path()), std::nullopt);
+    ExpectLackOfBytes(Sha256OfFile(folder.File(L"missing")), ENOENT);
+    EXPECT_EQ(Sha256OfFile(folder.Path()).lack, SSum::ELack::Bytes);
+}
+
+TEST(Sum, ThatIsLackingIsTold) {
+    const auto told = [](SSum::ELack lack, int error) {
+        return DescribeLackOfSum({{}, lack, error}, "cannot be read", "its SHA-256 sum");
+    };
+    EXPECT_EQ(told(SSum::ELack::Bytes, EIO), "cannot be read: Input/output error");
+    EXPECT_EQ(told(SSum::ELack::Bytes, 0), "cannot be read");
+    EXPECT_EQ(told(SSum::ELack::Memory, 0),
+              "its SHA-256 sum cannot be computed: not enough memory");
+    EXPECT_EQ(told(SSum::ELack::Hashing, 0),
+              "its SHA-256 sum cannot be computed: the system does not offer it");
 }
 
 // As sha256sum prints files of these names.

@@ -1066,7 +1066,7 @@ class ManifestOfRun : public RotationRun {
     ManifestOfRun() { m_request.manifest = m_place.File(L"sums.txt"); }
 
     static std::string LineOf(const std::wstring& path) {
-        return ManifestLine(Sha256OfFile(path).value_or("no sum"), path).value_or("no line");
+        return ManifestLine(Sha256OfFile(path).digits, path).value_or("no line");
     }
     /// What the manifest has of a source and its output.
     std::string LinesOf(const std::wstring& name) const {
@@ -1199,11 +1199,11 @@ TEST_F(RotationRun, TellsSumsWhereTheyAreWanted) {
     m_request.sums = true;
     EXPECT_EQ(Run().written, 1U);
     const SFileOutcome& turned = m_listener.outcomes.at(0);
-    EXPECT_EQ(turned.sourceSum, Sha256OfFile(m_source.File(L"a.3bcoef")));
-    EXPECT_EQ(turned.outputSum, Sha256OfFile(m_target.File(L"a-90\u00B0.3bcoef")));
+    EXPECT_EQ(turned.sourceSum, Sha256OfFile(m_source.File(L"a.3bcoef")).digits);
+    EXPECT_EQ(turned.outputSum, Sha256OfFile(m_target.File(L"a-90\u00B0.3bcoef")).digits);
     EXPECT_EQ(turned.manifestLines, "");
     const SFileOutcome& failed = m_listener.outcomes.at(1);
-    EXPECT_EQ(failed.sourceSum, Sha256OfFile(m_source.File(L"b.3bcoef")));
+    EXPECT_EQ(failed.sourceSum, Sha256OfFile(m_source.File(L"b.3bcoef")).digits);
     EXPECT_EQ(failed.outputSum, "");
     m_request.dryRun = true;
     EXPECT_EQ(Run().written, 1U);
