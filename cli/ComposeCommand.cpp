@@ -93,6 +93,7 @@ int Compose(const SComposeOptions& options) {
         .lenient = options.lenient,
         .output = {ParseFor("TARGET", "a file", options.target, ParsePath), options.overwrite,
                    !options.noSync}};
+    const CCompositionObjects objects(request, options.layout.table.has_value());
     SComposition result;
     if (layout.problems.empty()) {
         result = ComposeScreen(request, CatchInterrupts());
@@ -101,7 +102,7 @@ int Compose(const SComposeOptions& options) {
         result.errors = std::move(layout.problems);
     }
     if (options.json)
-        TellCompositionAsJson(request, result, options.layout.table.has_value());
+        objects.Tell(result);
     else
         TellComposition(request, result);
     return ExitStatus(result.end);

@@ -33,8 +33,6 @@ ERotationEnd RunEndOf(ECompositionEnd end) {
     return ERotationEnd::NothingToDo;
 }
 
-CJson SummaryOf(ECompositionEnd end) { return SummaryOf(RunEndOf(end), ExitStatus(end)); }
-
 std::string ShownLastName(const std::wstring& path) {
     return WideToShownUtf8(path.substr(FolderPart(path).size()));
 }
@@ -78,7 +76,12 @@ void TellRemarks(const std::string& name, const char* target,
 CJson RectOrNull(const SPixelRect& rect) {
     if (rect == SPixelRect{})
         return nullptr;
-    return {{"left", rect.left}, {"top", rect.top}, {"right", rect.right}, {"bottom", rect.bottom}};
+    return CJson::Of(rect, [](CJsonLine& line, const SPixelRect& known) {
+        line.PutObject({{"left", known.left},
+                        {"top", known.top},
+                        {"right", known.right},
+                        {"bottom", known.bottom}});
+    });
 }
 
 std::size_t CountFailed(const SComposition& result) {
@@ -136,13 +139,15 @@ void TellScreen(const SCompositionRequest& request, const SComposition& result) 
     const std::size_t failed = CountFailed(result);
     const std::size_t outside = CountOutside(result);
     const std::size_t placed = result.files.size() - failed - outside;
-    fmt::memory_buffer ofOutside;
+    CShownLine line(stdout);
+    const auto end = std::back_inserter(line);
+    fmt::format_to(end, "{} file{} put into {}  ({} x {}), ", placed, PluralEnd(placed),
+                   result.output, result.size.width, result.size.height);
     if (outside != 0)
-        fmt::format_to(std::back_inserter(ofOutside), "{} outside, ", outside);
-    PrintLine(stdout, "{} file{} put into {}  ({} x {}), {}{} failed{}", placed, PluralEnd(placed),
-              result.output, result.size.width, result.size.height,
-              std::string_view(ofOutside.data(), ofOutside.size()), failed,
-              failed == 0 ? "" : "; what could be read is there, too");
+        fmt::format_to(end, "{} outside, ", outside);
+    fmt::format_to(end, "{} failed{}", failed,
+                   failed == 0 ? "" : "; what could be read is there, too");
+    line.End();
 }
 
 const char* StatusOf(const SPlacedOutcome& file, bool isWritten) {
@@ -202,16 +207,21 @@ void TellCropping(const SCropRequest& request, const SCropping& result) {
         Complain("interrupted: {} of {} files are written", written, result.pieces.size());
 }
 
-void TellCompositionAsJson(const SCompositionRequest& request, const SComposition& result,
-                           bool isOfTable) {
+CCompositionObjects::CCompositionObjects(const SCompositionRequest& request, bool isOfTable)
+    : m_output(WideToShownUtf8(request.output.path)) {
+    for (const SPlacedFile& file : request.files)
+        m_files.push_back({isOfTable ? WideToShownUtf8(file.name) : ShownLastName(file.path),
+                           WideToShownUtf8(file.path), file.code});
+}
+
+void CCompositionObjects::Tell(const SComposition& result) const {
     for (std::size_t i = 0; i < result.files.size(); ++i) {
-        const SPlacedFile& file = request.files[i];
         const SPlacedOutcome& outcome = result.files[i];
         PrintObject({{"type", "file"},
-                     {"name", isOfTable ? WideToShownUtf8(file.name) : ShownLastName(file.path)},
-                     {"path", WideToShownUtf8(file.path)},
+                     {"name", m_files[i].name},
+                     {"path", m_files[i].path},
                      {"status", StatusOf(outcome, result.isWritten)},
-                     {"angle", DegreesOf(file.code)},
+                     {"angle", DegreesOf(m_files[i].code)},
                      {"own_size", SizeOrNull(outcome.ownSize)},
                      {"rect", RectOrNull(outcome.rect)},
                      {"cut_pixels", outcome.cut},
@@ -222,17 +232,15 @@ void TellCompositionAsJson(const SCompositionRequest& request, const SCompositio
     }
     const std::size_t failed = CountFailed(result);
     const std::size_t outside = CountOutside(result);
-    CJson summary = SummaryOf(result.end);
-    summary.Set(
-        {{"output", result.isWritten ? CJson(WideToShownUtf8(request.output.path)) : CJson()},
-         {"size", SizeOrNull(result.size)},
-         {"uncovered_pixels", result.uncovered},
-         {"placed", result.isWritten ? result.files.size() - failed - outside : 0},
-         {"outside", outside},
-         {"failed", failed},
-         {"losses", result.losses},
-         {"errors", result.errors}});
-    PrintObject(summary);
+    PrintSummary(RunEndOf(result.end), ExitStatus(result.end),
+                 {{"output", result.isWritten ? CJson(m_output) : CJson()},
+                  {"size", SizeOrNull(result.size)},
+                  {"uncovered_pixels", result.uncovered},
+                  {"placed", result.isWritten ? result.files.size() - failed - outside : 0},
+                  {"outside", outside},
+                  {"failed", failed},
+                  {"losses", result.losses},
+                  {"errors", result.errors}});
 }
 
 void TellCroppingAsJson(const SCropRequest& request, const SCropping& result) {
@@ -241,8 +249,8 @@ void TellCroppingAsJson(const SCropRequest& request, const SCropping& result) {
         const SPieceOutcome& outcome = result.pieces[i];
         const char* const unwritten = outcome.problem.empty() ? "not_written" : "failed";
         PrintObject({{"type", "file"},
-                     {"name", WideToShownUtf8(piece.name)},
-                     {"output", outcome.isWritten ? CJson(WideToShownUtf8(piece.name)) : CJson()},
+                     {"name", outcome.name},
+                     {"output", outcome.isWritten ? CJson(outcome.name) : CJson()},
                      {"status", outcome.isWritten ? "written" : unwritten},
                      {"angle", DegreesOf(piece.code)},
                      {"rect", RectOrNull(piece.rect)},
@@ -252,16 +260,15 @@ void TellCroppingAsJson(const SCropRequest& request, const SCropping& result) {
                      {"losses", outcome.losses},
                      {"notes", CJson::Array()}});
     }
-    CJson summary = SummaryOf(result.end);
-    summary.Set({{"path", WideToShownUtf8(request.input)},
-                 {"own_size", SizeOrNull(result.size)},
-                 {"written", CountWritten(result)},
-                 {"failed", CountFailed(result)},
-                 {"problems", result.problems},
-                 {"losses", result.losses},
-                 {"notes", result.notes},
-                 {"errors", result.errors}});
-    PrintObject(summary);
+    PrintSummary(RunEndOf(result.end), ExitStatus(result.end),
+                 {{"path", result.input},
+                  {"own_size", SizeOrNull(result.size)},
+                  {"written", CountWritten(result)},
+                  {"failed", CountFailed(result)},
+                  {"problems", result.problems},
+                  {"losses", result.losses},
+                  {"notes", result.notes},
+                  {"errors", result.errors}});
 }
 
 } // namespace trevolt

@@ -81,12 +81,17 @@ class CLineConversion : public CConversionListener {
 };
 
 CJson ArrayOrNull(const SConvertedFile& file) {
-    const SConversion& conversion = file.conversion;
-    if (!file.isArray || conversion.form.count == 0)
+    if (!file.isArray || file.conversion.form.count == 0)
         return nullptr;
-    return {{"element", ArrayTypeName(conversion.form.value)},
-            {"shape",
-             CJson::Array({conversion.size.height, conversion.size.width, conversion.form.count})}};
+    return CJson::Of(file.conversion, [](CJsonLine& line, const SConversion& made) {
+        line.PutObject(
+            {{"element", ArrayTypeName(made.form.value)},
+             {"shape", CJson::Array({made.size.height, made.size.width, made.form.count})}});
+    });
+}
+
+std::string_view OutputOf(const SConvertedFile& file) {
+    return file.HasFailed() ? std::string_view() : file.outputName;
 }
 
 class CJsonConversion : public CConversionListener {
@@ -97,7 +102,7 @@ class CJsonConversion : public CConversionListener {
         PrintObject({{"type", "file"},
                      {"name", file.name},
                      {"path", TextOrNull(file.path)},
-                     {"output", TextOrNull(file.HasFailed() ? "" : file.outputName)},
+                     {"output", TextOrNull(OutputOf(file))},
                      {"status", file.HasFailed() ? "failed" : "converted"},
                      {"own_size", SizeOrNull(conversion.size)},
                      {"array", ArrayOrNull(file)},
@@ -116,10 +121,9 @@ class CJsonConversion : public CConversionListener {
 };
 
 void PrintSummary(const SConversionOutcome& outcome) {
-    CJson summary = SummaryOf(outcome.end, ExitStatus(outcome.end));
-    summary.Set(
+    PrintSummary(
+        outcome.end, ExitStatus(outcome.end),
         {{"written", outcome.written}, {"failed", outcome.failed}, {"errors", outcome.errors}});
-    PrintObject(summary);
 }
 
 void PrintClosing(const SConversionOutcome& outcome) {

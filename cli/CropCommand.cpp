@@ -14,6 +14,7 @@
 #include "cli/SharedOptions.h"
 #include "platform/FileSystem.h"
 #include "platform/Process.h"
+#include "trevolt/Utf8.h"
 
 namespace trevolt {
 namespace {
@@ -128,10 +129,10 @@ int Crop(const SCropOptions& options) {
     request.lenient = options.lenient;
     request.replaces = options.overwrite;
     request.sync = !options.noSync;
+    result.end = ECompositionEnd::Refused;
+    result.input = WideToShownUtf8(input);
     if (result.errors.empty())
         result = CropFile(request, CatchInterrupts());
-    else
-        result.end = ECompositionEnd::Refused;
     options.json ? TellCroppingAsJson(request, result) : TellCropping(request, result);
     if (result.isMemoryRefused) // told as every command tells it
         throw std::bad_alloc();

@@ -2,7 +2,6 @@
 #include <cmath>
 #include <map>
 #include <memory>
-#include <new>
 
 #include "app/inspection/FileComparison.h"
 #include "app/inspection/MapValueNames.h"
@@ -136,13 +135,35 @@ EPairStatus StatusOf(const SSingleFile& file) {
     return file.isOfA ? EPairStatus::OnlyA : EPairStatus::OnlyB;
 }
 
+/// How two files are told that are compared.
+struct SPairNames {
+    std::string a;
+    std::string b;
+    std::string turned; ///< behind a
+    std::string within; ///< the tolerance behind "the same", empty for none
+    std::string beyond; ///< behind how many differ
+};
+
+SPairNames NamesOf(const SComparedFiles& files) {
+    SPairNames names{WideToShownUtf8(files.a), WideToShownUtf8(files.b), {}, {}, {}};
+    if (files.turnOfA != 0)
+        names.turned = " turned by " + WideToShownUtf8(AngleText(files.turnOfA));
+    if (files.tolerance != 0) {
+        names.within = fmt::format(" within {}", files.tolerance);
+        names.beyond = fmt::format(" by more than {}", files.tolerance);
+    }
+    return names;
+}
+
 class CDiffPrinter {
   public:
     virtual ~CDiffPrinter() = default;
     CDiffPrinter(const CDiffPrinter&) = delete;
     CDiffPrinter& operator=(const CDiffPrinter&) = delete;
 
-    virtual void OnPair(const SComparedFiles& files, const SFileComparison& comparison) = 0;
+    /// Takes no memory: of a picture that has its name it is told so, too.
+    virtual void OnPair(const SComparedFiles& files, const SPairNames& names,
+                        const SFileComparison& comparison) = 0;
     virtual void OnSingle(const SSingleFile& file) = 0;
     virtual void OnEnd(const SDiffOutcome& outcome, bool areFolders) = 0;
 
@@ -152,11 +173,12 @@ class CDiffPrinter {
 
 class CLineDiffPrinter final : public CDiffPrinter {
   public:
-    void OnPair(const SComparedFiles& files, const SFileComparison& comparison) override {
+    void OnPair(const SComparedFiles& /*files*/, const SPairNames& names,
+                const SFileComparison& comparison) override {
         for (const std::string& problem : comparison.problems)
             PrintLine(stderr, "{}", problem);
         if (comparison.problems.empty())
-            PrintAnswer(files, comparison);
+            PrintAnswer(names, comparison);
         for (const std::string& note : comparison.notes)
             PrintLine(stdout, "  note: {}", note);
     }
@@ -181,26 +203,21 @@ class CLineDiffPrinter final : public CDiffPrinter {
     }
 
   private:
-    static void PrintAnswer(const SComparedFiles& files, const SFileComparison& comparison) {
-        const std::string turned =
-            files.turnOfA == 0 ? "" : " turned by " + WideToShownUtf8(AngleText(files.turnOfA));
-        const std::string pair =
-            fmt::format("{}{} and {}", WideToShownUtf8(files.a), turned, WideToShownUtf8(files.b));
+    static void PrintAnswer(const SPairNames& names, const SFileComparison& comparison) {
+        const auto& [a, b, turned, within, beyond] = names;
         if (!comparison.difference) {
-            PrintLine(stdout, "{} differ in size: {} x {} and {} x {} pixels", pair,
-                      comparison.sizeOfA->width, comparison.sizeOfA->height,
+            PrintLine(stdout, "{}{} and {} differ in size: {} x {} and {} x {} pixels", a, turned,
+                      b, comparison.sizeOfA->width, comparison.sizeOfA->height,
                       comparison.sizeOfB->width, comparison.sizeOfB->height);
             return;
         }
         const SCoefDifference& difference = *comparison.difference;
-        const std::string within =
-            files.tolerance == 0 ? "" : fmt::format(" within {}", files.tolerance);
         if (comparison.IsSame())
-            PrintLine(stdout, "{} are the same{}: {} pixels", pair, within, difference.pixels);
+            PrintLine(stdout, "{}{} and {} are the same{}: {} pixels", a, turned, b, within,
+                      difference.pixels);
         else
-            PrintLine(stdout, "{} differ: {} of {} pixels{}", pair, difference.differing,
-                      difference.pixels,
-                      files.tolerance == 0 ? "" : fmt::format(" by more than {}", files.tolerance));
+            PrintLine(stdout, "{}{} and {} differ: {} of {} pixels{}", a, turned, b,
+                      difference.differing, difference.pixels, beyond);
         if (difference.differing != 0)
             PrintValues(difference);
     }
@@ -223,36 +240,49 @@ class CLineDiffPrinter final : public CDiffPrinter {
 /// Prints one object a pair, and a summary (docs/diff.md).
 class CJsonDiffPrinter final : public CDiffPrinter {
   public:
-    void OnPair(const SComparedFiles& files, const SFileComparison& comparison) override {
-        CJson object =
-            Pair(WideToShownUtf8(files.a), WideToShownUtf8(files.b), StatusOf(comparison));
-        object["angle"] = 90 * static_cast<int>(files.turnOfA);
-        object["tolerance"] = files.tolerance;
-        object["size_a"] = SizeOf(comparison.sizeOfA);
-        object["size_b"] = SizeOf(comparison.sizeOfB);
-        object["problems"] = comparison.problems;
-        object["notes"] = comparison.notes;
-        if (comparison.difference)
-            AddDifference(*comparison.difference, object);
-        PrintObject(object);
+    void OnPair(const SComparedFiles& files, const SPairNames& names,
+                const SFileComparison& comparison) override {
+        const auto& difference = comparison.difference;
+        PrintObject(
+            {{"type", "pair"},
+             {"a", names.a},
+             {"b", names.b},
+             {"status", NameOf(StatusOf(comparison))},
+             {"angle", 90 * static_cast<int>(files.turnOfA)},
+             {"tolerance", files.tolerance},
+             {"size_a", SizeOrUnknown(comparison.sizeOfA)},
+             {"size_b", SizeOrUnknown(comparison.sizeOfB)},
+             {"pixels", difference ? CJson(difference->pixels) : CJson(nullptr)},
+             {"different_pixels", difference ? CJson(difference->differing) : CJson(nullptr)},
+             {"values", difference ? CJson::Of(*difference, PutValues) : CJson(nullptr)},
+             {"problems", comparison.problems},
+             {"notes", comparison.notes}});
     }
 
     void OnSingle(const SSingleFile& file) override {
-        CJson object = Pair(nullptr, nullptr, StatusOf(file));
-        object[file.isOfA ? "a" : "b"] = file.path;
-        if (!file.problem.empty())
-            object["problems"].Add(file.problem);
-        PrintObject(object);
+        PrintObject(
+            {{"type", "pair"},
+             {"a", file.isOfA ? CJson(file.path) : CJson(nullptr)},
+             {"b", file.isOfA ? CJson(nullptr) : CJson(file.path)},
+             {"status", NameOf(StatusOf(file))},
+             {"angle", nullptr},
+             {"tolerance", nullptr},
+             {"size_a", nullptr},
+             {"size_b", nullptr},
+             {"pixels", nullptr},
+             {"different_pixels", nullptr},
+             {"values", nullptr},
+             {"problems", file.problem.empty() ? CJson::Array() : CJson::Array({file.problem})},
+             {"notes", CJson::Array()}});
     }
 
     void OnEnd(const SDiffOutcome& outcome, bool /*areFolders*/) override {
-        CJson summary = SummaryOf(outcome.end, outcome.ExitStatus());
-        summary.Set({{"same", outcome.same},
-                     {"different", outcome.different},
-                     {"on_one_side", outcome.onOneSide},
-                     {"failed", outcome.failed},
-                     {"errors", outcome.errors}});
-        PrintObject(summary);
+        PrintSummary(outcome.end, outcome.ExitStatus(),
+                     {{"same", outcome.same},
+                      {"different", outcome.different},
+                      {"on_one_side", outcome.onOneSide},
+                      {"failed", outcome.failed},
+                      {"errors", outcome.errors}});
     }
 
   private:
@@ -272,47 +302,29 @@ class CJsonDiffPrinter final : public CDiffPrinter {
         return "only_b";
     }
 
-    /// With all keys; those that are not known yet are null.
-    static CJson Pair(const CJson& a, const CJson& b, EPairStatus status) {
-        return {{"type", "pair"},
-                {"a", a},
-                {"b", b},
-                {"status", NameOf(status)},
-                {"angle", nullptr},
-                {"tolerance", nullptr},
-                {"size_a", nullptr},
-                {"size_b", nullptr},
-                {"pixels", nullptr},
-                {"different_pixels", nullptr},
-                {"values", nullptr},
-                {"problems", CJson::Array()},
-                {"notes", CJson::Array()}};
+    static CJson SizeOrUnknown(const std::optional<PixelSize>& size) {
+        return size ? SizeOf(*size) : CJson(nullptr);
     }
 
-    static CJson SizeOf(const std::optional<PixelSize>& size) {
-        if (!size)
-            return nullptr;
-        return {{"width", size->width}, {"height", size->height}};
-    }
+    static constexpr auto PutPosition = [](CJsonLine& line, const PixelPosition& at) {
+        line.PutObject({{"x", at.x}, {"y", at.y}});
+    };
 
-    static void AddDifference(const SCoefDifference& difference, CJson& object) {
-        object["pixels"] = difference.pixels;
-        object["different_pixels"] = difference.differing;
-        CJson values = CJson::Array();
+    static constexpr auto PutValues = [](CJsonLine& line, const SCoefDifference& difference) {
+        CJsonElements elements(line);
         for (std::size_t k = 0; k < difference.values.size(); ++k) {
             const SValueDifference& value = difference.values[k];
             if (difference.compared.test(k))
-                values.Add({{"value", kMapValueNames[k]},
-                            {"different_pixels", value.differing},
-                            {"one_nan_pixels", value.oneNan},
-                            {"mean", value.mean}, // what is not finite becomes null
-                            {"maximum", value.most},
-                            {"maximum_at", value.most > 0
-                                               ? CJson{{"x", value.mostAt.x}, {"y", value.mostAt.y}}
-                                               : CJson(nullptr)}});
+                elements.Add({{"value", kMapValueNames[k]},
+                              {"different_pixels", value.differing},
+                              {"one_nan_pixels", value.oneNan},
+                              {"mean", value.mean}, // what is not finite becomes null
+                              {"maximum", value.most},
+                              {"maximum_at", value.most > 0 ? CJson::Of(value.mostAt, PutPosition)
+                                                            : CJson(nullptr)}});
         }
-        object["values"] = std::move(values);
-    }
+        elements.End();
+    };
 };
 
 class CDiff {
@@ -406,19 +418,14 @@ class CDiff {
 
     void DiffPair(const std::wstring& a, const std::wstring& b) {
         const SComparedFiles files{a, b, m_options.turn, m_options.tolerance};
+        const SPairNames names = NamesOf(files); // before the picture stands
         SFileComparison comparison = CompareFiles(files, DefaultThreads());
         if (m_interrupted && !m_options.image.empty())
             return Stop();
         if (!m_options.image.empty())
             WriteImage(files, comparison);
         m_outcome.Count(StatusOf(comparison));
-        try {
-            m_printer->OnPair(files, comparison);
-        } catch (const std::bad_alloc&) {
-            if (m_isImageWritten) // what has its name is told all the same
-                Complain("{}: the picture is written", m_imageName);
-            throw;
-        }
+        m_printer->OnPair(files, names, comparison);
     }
 
     /// What goes wrong is a problem of the comparison. Files of different sizes have no picture.
@@ -431,8 +438,7 @@ class CDiff {
         }
         const std::string problem =
             WriteDifferencePicture(comparison, files, Image(), m_options.range, DefaultThreads());
-        m_isImageWritten = problem.empty();
-        if (!m_isImageWritten)
+        if (!problem.empty())
             comparison.problems.push_back(fmt::format("{}: {}", m_imageName, problem));
     }
 
@@ -440,7 +446,6 @@ class CDiff {
     const std::atomic<bool>& m_interrupted = CatchInterrupts();
     std::unique_ptr<CDiffPrinter> m_printer;
     const std::string m_imageName; ///< as it is told
-    bool m_isImageWritten = false;
     std::wstring m_a;
     std::wstring m_b;
     bool m_areFolders = false;

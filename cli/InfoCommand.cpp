@@ -14,6 +14,7 @@
 #include "cli/SharedOptions.h"
 #include "cli/ShownText.h"
 #include "cli/Sources.h"
+#include "common/ShownCharacters.h"
 #include "platform/Process.h"
 #include "trevolt/Utf8.h"
 
@@ -178,75 +179,84 @@ class CLineInfoPrinter final : public CInfoPrinter {
 class CJsonInfoPrinter final : public CInfoPrinter {
   public:
     void OnFile(const SInfoFile& file, const SFileFacts& facts) override {
-        CJson object{{"type", "file"},
+        const auto& words = facts.words;
+        const std::string kind = KindName(facts.kind);
+        const std::string content = KindName(facts.content);
+        const SOwnerTexts owner = TextsOf(facts);
+        const std::string digest = DigestOf(facts);
+        PrintObject({{"type", "file"},
                      {"name", file.name},
                      {"path", TextOrNull(file.path)},
                      {"status", facts.problems.empty() ? "whole" : "failed"},
-                     {"kind", KindOrNull(facts.kind)},
-                     {"content", KindOrNull(facts.content)},
+                     {"kind", TextOrNull(kind)},
+                     {"content", TextOrNull(content)},
                      {"format_version", ValueOrNull(facts.version)},
                      {"own_size", SizeOrNull(facts.size)},
                      {"covered_pixels", ValueOrNull(facts.covered)},
                      {"stored_bytes", ValueOrNull(facts.storedBytes)},
                      {"raw_bytes", ValueOrNull(facts.rawBytes)},
                      {"ratio", HasRatio(facts) ? CJson(RatioOf(facts)) : CJson(nullptr)},
-                     {"origin", nullptr},
-                     {"chunks", nullptr},
-                     {"extra_words", nullptr},
-                     {"owner", nullptr},
-                     {"store_digest", nullptr},
-                     {"default_pixels", nullptr},
-                     {"values", nullptr},
+                     {"origin", words ? CJson::Of(*words, PutOrigin) : CJson(nullptr)},
+                     {"chunks", words ? CJson(words->chunks) : CJson(nullptr)},
+                     {"extra_words", words ? CJson(words->hasExtraWords) : CJson(nullptr)},
+                     {"owner", words && words->owner ? CJson::Of(owner, PutOwner) : CJson(nullptr)},
+                     {"store_digest", TextOrNull(digest)},
+                     {"default_pixels",
+                      HasDefaults(facts) ? CJson(facts.statistics->defaults) : CJson(nullptr)},
+                     {"values", facts.statistics ? CJson::Of(*facts.statistics, PutStatistics)
+                                                 : CJson(nullptr)},
                      {"problems", facts.problems},
-                     {"notes", facts.notes}};
-        if (facts.words)
-            AddHeader(*facts.words, object);
-        if (HasDefaults(facts))
-            object["default_pixels"] = facts.statistics->defaults;
-        if (facts.statistics)
-            AddStatistics(*facts.statistics, object);
-        PrintObject(object);
+                     {"notes", facts.notes}});
     }
 
     void OnEnd(const SInfoOutcome& outcome) override {
-        CJson summary = SummaryOf(outcome.end, ExitStatus(outcome.end));
-        summary.Set(
+        PrintSummary(
+            outcome.end, ExitStatus(outcome.end),
             {{"whole", outcome.whole}, {"failed", outcome.failed}, {"errors", outcome.errors}});
-        PrintObject(summary);
     }
 
   private:
-    template <class Value>
-    static CJson ValueOrNull(const std::optional<Value>& value) {
-        return value ? CJson(*value) : CJson(nullptr);
+    struct SOwnerTexts {
+        std::string name;
+        std::string bytes;
+        std::uint8_t flag = 0;
+    };
+
+    /// Of no owner empty.
+    static SOwnerTexts TextsOf(const SFileFacts& facts) {
+        if (!facts.words || !facts.words->owner)
+            return {};
+        const SOwnerFacts& owner = *facts.words->owner;
+        return {NameOf(owner), HexOf(owner.name), owner.flag};
     }
 
-    static void AddHeader(const SWordFileFacts& words, CJson& object) {
-        object["origin"] = {{"x", words.originX}, {"y", words.originY}};
-        object["chunks"] = words.chunks;
-        object["extra_words"] = words.hasExtraWords;
-        if (words.owner)
-            object["owner"] = {{"name", NameOf(*words.owner)},
-                               {"bytes", HexOf(words.owner->name)},
-                               {"flag", words.owner->flag}};
-        if (words.storeDigest)
-            object["store_digest"] = WideToShownUtf8(*words.storeDigest);
+    static std::string DigestOf(const SFileFacts& facts) {
+        return facts.words && facts.words->storeDigest ? WideToShownUtf8(*facts.words->storeDigest)
+                                                       : std::string();
     }
 
-    static void AddStatistics(const SCoefStatistics& statistics, CJson& object) {
-        CJson values = CJson::Array();
+    static constexpr auto PutOrigin = [](CJsonLine& line, const SWordFileFacts& words) {
+        line.PutObject({{"x", words.originX}, {"y", words.originY}});
+    };
+
+    static constexpr auto PutOwner = [](CJsonLine& line, const SOwnerTexts& owner) {
+        line.PutObject({{"name", owner.name}, {"bytes", owner.bytes}, {"flag", owner.flag}});
+    };
+
+    static constexpr auto PutStatistics = [](CJsonLine& line, const SCoefStatistics& statistics) {
+        CJsonElements elements(line);
         for (std::size_t k = 0; k < statistics.values.size(); ++k) {
             const SValueStatistics& value = statistics.values[k];
             if (statistics.wanted.test(k))
-                values.Add({{"value", kMapValueNames[k]},
-                            {"minimum", value.least}, // what is not finite becomes null
-                            {"mean", value.mean},
-                            {"maximum", value.greatest},
-                            {"outside_pixels", value.outside},
-                            {"nan_pixels", value.nan}});
+                elements.Add({{"value", kMapValueNames[k]},
+                              {"minimum", value.least}, // what is not finite becomes null
+                              {"mean", value.mean},
+                              {"maximum", value.greatest},
+                              {"outside_pixels", value.outside},
+                              {"nan_pixels", value.nan}});
         }
-        object["values"] = std::move(values);
-    }
+        elements.End();
+    };
 };
 
 class CInfo {

@@ -4,8 +4,6 @@
 #include <cstdio>
 #include <system_error>
 
-#include <fmt/format.h>
-
 #include "trevolt/Utf8.h"
 
 namespace trevolt {
@@ -25,31 +23,40 @@ const char* EndName(ERotationEnd end) {
     return "nothing_to_do";
 }
 
-} // namespace
-
-void PrintObject(const CJson& object) {
-    fmt::print("{}\n", object.Text());
+void Print(JsonMembers members, JsonMembers more) {
+    CJsonLine line(stdout);
+    line.PutObject(members, more);
+    line.End();
     if (std::fflush(stdout) != 0)
         throw std::system_error(errno, std::generic_category());
 }
 
+} // namespace
+
+void PrintObject(JsonMembers members) { Print(members, {}); }
+
+void PrintSummary(ERotationEnd end, int exitStatus, JsonMembers members) {
+    Print({{"type", "summary"},
+           {"version", kJsonVersion},
+           {"end", EndName(end)},
+           {"exit_status", exitStatus}},
+          members);
+}
+
+CJson SizeOf(const PixelSize& size) {
+    return CJson::Of(size, [](CJsonLine& line, const PixelSize& known) {
+        line.PutObject({{"width", known.width}, {"height", known.height}});
+    });
+}
+
 CJson SizeOrNull(const PixelSize& size) {
-    if (size == PixelSize{})
-        return nullptr;
-    return {{"width", size.width}, {"height", size.height}};
+    return size == PixelSize{} ? CJson(nullptr) : SizeOf(size);
 }
 
-CJson TextOrNull(const std::string& text) { return text.empty() ? CJson(nullptr) : CJson(text); }
+CJson TextOrNull(std::string_view text) { return text.empty() ? CJson(nullptr) : CJson(text); }
 
-CJson KindOrNull(const SFileKind* kind) {
-    return kind == nullptr ? CJson(nullptr) : CJson(WideToShownUtf8(kind->extension.substr(1)));
-}
-
-CJson SummaryOf(ERotationEnd end, int exitStatus) {
-    return {{"type", "summary"},
-            {"version", kJsonVersion},
-            {"end", EndName(end)},
-            {"exit_status", exitStatus}};
+std::string KindName(const SFileKind* kind) {
+    return kind == nullptr ? std::string() : WideToShownUtf8(kind->extension.substr(1));
 }
 
 } // namespace trevolt

@@ -1,7 +1,9 @@
 // Objects for programs: one JSON object a line on standard output.
 #pragma once
 
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "cli/JsonValue.h"
 #include "trevolt/FileKinds.h"
@@ -13,21 +15,30 @@ namespace trevolt {
 /// Of the objects' keys and their meaning (docs/json.md).
 inline constexpr int kJsonVersion = 1;
 
-/// Prints one object in a line of its own and flushes it: a run that is killed leaves whole lines. What
-/// has no UTF-8 form becomes U+FFFD. Throws what fmt::print throws, std::system_error also
-/// when the device takes no more.
-void PrintObject(const CJson& object);
+/// Prints one object in a line of its own and flushes it: a run that is killed leaves whole lines.
+/// Takes no memory. Throws what fmt::print throws, std::system_error also when the device takes no
+/// more.
+void PrintObject(JsonMembers members);
 
-/// Width and height, or null for 0 × 0.
+/// The same of a run's summary; `members` stand behind what every summary begins with.
+void PrintSummary(ERotationEnd end, int exitStatus, JsonMembers members);
+
+/// A value, or null for none.
+template <class Value>
+CJson ValueOrNull(const std::optional<Value>& value) {
+    return value ? CJson(*value) : CJson(nullptr);
+}
+
+/// Width and height.
+CJson SizeOf(const PixelSize& size);
+
+/// The same, or null for 0 × 0.
 CJson SizeOrNull(const PixelSize& size);
 
 /// A text, or null for an empty one.
-CJson TextOrNull(const std::string& text);
+CJson TextOrNull(std::string_view text);
 
-/// The kind's extension without its dot, as options take it; null for no kind.
-CJson KindOrNull(const SFileKind* kind);
-
-/// What every summary begins with.
-CJson SummaryOf(ERotationEnd end, int exitStatus);
+/// A kind's extension without its dot, as options take it; empty for no kind.
+std::string KindName(const SFileKind* kind);
 
 } // namespace trevolt

@@ -13,34 +13,43 @@ const char* FileStatus(const SFileOutcome& outcome) {
     return outcome.skipped ? "skipped" : "turned";
 }
 
+std::string_view OutputOf(const SFileOutcome& outcome) {
+    return outcome.skipped ? std::string_view() : outcome.outputName;
+}
+
+constexpr auto PutPassedOver = [](CJsonLine& line, const std::vector<SPassedOver>& entries) {
+    CJsonElements elements(line);
+    for (const SPassedOver& entry : entries)
+        elements.Add({{"name", entry.name}, {"reason", entry.reason}});
+    elements.End();
+};
+
 class CJsonPrinter : public CRunPrinter {
   public:
     explicit CJsonPrinter(const SRotationRequest& request) : m_request(request) {}
 
     void OnPlan(const SRotationPlan& plan) override {
-        CJson sources = CJson::Array();
+        std::vector<std::string> sources;
         for (const std::wstring& source : m_request.sources)
-            sources.Add(WideToShownUtf8(source));
-        CJson passedOver = CJson::Array();
-        for (const SPassedOver& entry : plan.passedOver)
-            passedOver.Add({{"name", entry.name}, {"reason", entry.reason}});
+            sources.push_back(WideToShownUtf8(source));
+        const std::string target = WideToShownUtf8(m_request.targetFolder);
         m_passedOver = plan.passedOver.size();
         PrintObject(
             {{"type", "plan"},
              {"version", kJsonVersion},
              {"program", TREVOLT_VERSION},
              {"sources", sources},
-             {"target", WideToShownUtf8(m_request.targetFolder)},
+             {"target", target},
              {"dry_run", m_request.dryRun},
              {"shard", {{"number", m_request.shard.number}, {"count", m_request.shard.count}}},
              {"files", plan.turns.size() + plan.unnamable.size()},
-             {"passed_over", passedOver}});
+             {"passed_over", CJson::Of(plan.passedOver, PutPassedOver)}});
     }
 
     void OnFile(const SFileOutcome& outcome, std::size_t, std::size_t) override {
         PrintObject({{"type", "file"},
                      {"name", outcome.name},
-                     {"output", TextOrNull(outcome.skipped ? "" : outcome.outputName)},
+                     {"output", TextOrNull(OutputOf(outcome))},
                      {"status", FileStatus(outcome)},
                      {"angle", Degrees(outcome.angleCode)},
                      {"own_size", SizeOrNull(outcome.ownSize)},
@@ -52,15 +61,14 @@ class CJsonPrinter : public CRunPrinter {
     }
 
     void OnEnd(const SRotationOutcome& outcome) override {
-        CJson summary = SummaryOf(outcome.end, ExitStatus(outcome.end));
-        summary.Set({{"written", outcome.written},
-                     {"failed", outcome.failed},
-                     {"skipped", outcome.skipped},
-                     {"passed_over", m_passedOver},
-                     {"errors", outcome.errors},
-                     {"manifest_error", TextOrNull(outcome.manifestError)},
-                     {"report_error", TextOrNull(outcome.reportError)}});
-        PrintObject(summary);
+        PrintSummary(outcome.end, ExitStatus(outcome.end),
+                     {{"written", outcome.written},
+                      {"failed", outcome.failed},
+                      {"skipped", outcome.skipped},
+                      {"passed_over", m_passedOver},
+                      {"errors", outcome.errors},
+                      {"manifest_error", TextOrNull(outcome.manifestError)},
+                      {"report_error", TextOrNull(outcome.reportError)}});
     }
 
   private:

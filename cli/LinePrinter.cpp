@@ -1,5 +1,7 @@
 #include <chrono>
 #include <cstdio>
+#include <iterator>
+#include <string>
 
 #include <fmt/format.h>
 
@@ -57,7 +59,10 @@ const char* Plural(std::size_t count) { return count == 1 ? "" : "s"; }
 class CLinePrinter : public CRunPrinter {
   public:
     CLinePrinter(const SRotationRequest& request, SLineStyle style)
-        : m_request(request), m_style(style), m_progress(!style.quiet) {}
+        : m_request(request), m_style(style), m_progress(!style.quiet) {
+        if (request.angles.empty())
+            m_angle = " by " + WideToShownUtf8(request.angle.text);
+    }
 
     void OnPlan(const SRotationPlan& plan) override {
         TellPassedOver(plan);
@@ -88,7 +93,7 @@ class CLinePrinter : public CRunPrinter {
         if (!outcome.reportError.empty())
             Complain("{}", outcome.reportError);
         if (!m_style.quiet)
-            PrintText(stdout, ClosingLine(outcome));
+            TellClosing(outcome);
     }
 
   private:
@@ -114,24 +119,25 @@ class CLinePrinter : public CRunPrinter {
             PrintLine(stdout, "{}: {}", outcome.name, note);
     }
 
-    std::string ClosingLine(const SRotationOutcome& outcome) const {
-        std::string line = fmt::format("{}{} file{} {}turned", m_request.dryRun ? "dry run: " : "",
-                                       outcome.written, Plural(outcome.written),
-                                       m_request.dryRun ? "would be " : "");
-        if (m_request.angles.empty())
-            line += " by " + WideToShownUtf8(m_request.angle.text);
-        line += fmt::format(", {} failed", outcome.failed);
+    void TellClosing(const SRotationOutcome& outcome) const {
+        CShownLine line(stdout);
+        const auto end = std::back_inserter(line);
+        fmt::format_to(end, "{}{} file{} {}turned{}, {} failed",
+                       m_request.dryRun ? "dry run: " : "", outcome.written,
+                       Plural(outcome.written), m_request.dryRun ? "would be " : "", m_angle,
+                       outcome.failed);
         if (outcome.skipped > 0)
-            line += fmt::format(", {} skipped", outcome.skipped);
+            fmt::format_to(end, ", {} skipped", outcome.skipped);
         if (m_passedOver > 0)
-            line += fmt::format(", {} {} passed over", m_passedOver,
-                                m_passedOver == 1 ? "entry" : "entries");
+            fmt::format_to(end, ", {} {} passed over", m_passedOver,
+                           m_passedOver == 1 ? "entry" : "entries");
         if (outcome.end == ERotationEnd::Interrupted)
-            line += ", interrupted";
-        return line;
+            fmt::format_to(end, ", interrupted");
+        line.End();
     }
 
     const SRotationRequest& m_request;
+    std::string m_angle; ///< behind "turned", made while there is memory
     SLineStyle m_style;
     CProgressLine m_progress;
     std::size_t m_passedOver = 0;

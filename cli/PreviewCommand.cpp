@@ -167,16 +167,24 @@ const char* ViewName(const SMapView& view) {
     return view.what == EMapView::White ? "colour" : "brightness";
 }
 
+/// The output's name is made before it stands, which is told also where no memory is left.
 class CPreviewPrinter : public CPreviewListener {
   public:
+    explicit CPreviewPrinter(const SPreviewRequest& request)
+        : m_output(WideToShownUtf8(request.output.path)) {}
+
     virtual void OnEnd(const SPreviewOutcome& outcome, ERotationEnd end) = 0;
+
+  protected:
+    const std::string& Output() const { return m_output; }
+
+  private:
+    const std::string m_output;
 };
 
 class CPreviewLines : public CPreviewPrinter {
   public:
-    /// The output's name is made here: when it stands, it is told also where no memory is left.
-    explicit CPreviewLines(const SPreviewRequest& request)
-        : m_output(WideToShownUtf8(request.output.path)) {}
+    using CPreviewPrinter::CPreviewPrinter;
 
     void OnFile(const SPreviewedFile& file) override {
         const std::string& shown = file.path.empty() ? file.name : file.path;
@@ -192,18 +200,36 @@ class CPreviewLines : public CPreviewPrinter {
         if (end == ERotationEnd::Interrupted)
             PrintLine(stdout, "interrupted, no picture written");
         if (outcome.values)
-            PrintLine(stdout, "{}: {} x {} pixels, {} file{} shown, {} failed", m_output,
+            PrintLine(stdout, "{}: {} x {} pixels, {} file{} shown, {} failed", Output(),
                       outcome.size.width, outcome.size.height, outcome.shown,
                       outcome.shown == 1 ? "" : "s", outcome.failed);
     }
+};
 
-  private:
-    const std::string m_output;
+struct SShownPicture {
+    const SPreviewOutcome& outcome;
+    const SMapView& view;
+};
+
+constexpr auto PutPicture = [](CJsonLine& line, const SShownPicture& shown) {
+    const SPreviewOutcome& outcome = shown.outcome;
+    const SPaintedValues& values = *outcome.values;
+    line.PutObject({{"size", SizeOrNull(outcome.size)},
+                    {"columns", outcome.grid.columns},
+                    {"rows", outcome.grid.rows},
+                    {"view", ViewName(shown.view)},
+                    {"scale_low", values.range.low},
+                    {"scale_high", values.range.high},
+                    {"cells", values.cells},
+                    {"cells_below", values.below},
+                    {"cells_above", values.above},
+                    {"not_finite_pixels", values.notFinite}});
 };
 
 class CPreviewObjects : public CPreviewPrinter {
   public:
-    explicit CPreviewObjects(const SPreviewRequest& request) : m_request(request) {}
+    explicit CPreviewObjects(const SPreviewRequest& request)
+        : CPreviewPrinter(request), m_view(request.style.view) {}
 
     void OnFile(const SPreviewedFile& file) override {
         PrintObject({{"type", "file"},
@@ -221,32 +247,17 @@ class CPreviewObjects : public CPreviewPrinter {
 
     void OnEnd(const SPreviewOutcome& outcome, ERotationEnd end) override {
         const bool isWritten = outcome.values.has_value();
-        CJson summary = SummaryOf(end, ExitStatus(end));
-        summary.Set(
-            {{"output", isWritten ? CJson(WideToShownUtf8(m_request.output.path)) : CJson(nullptr)},
-             {"picture", isWritten ? PictureObject(outcome) : CJson(nullptr)},
-             {"shown", isWritten ? outcome.shown : 0},
-             {"failed", outcome.failed},
-             {"errors", outcome.errors}});
-        PrintObject(summary);
+        const SShownPicture picture{outcome, m_view};
+        PrintSummary(end, ExitStatus(end),
+                     {{"output", isWritten ? CJson(Output()) : CJson(nullptr)},
+                      {"picture", isWritten ? CJson::Of(picture, PutPicture) : CJson(nullptr)},
+                      {"shown", isWritten ? outcome.shown : 0},
+                      {"failed", outcome.failed},
+                      {"errors", outcome.errors}});
     }
 
   private:
-    CJson PictureObject(const SPreviewOutcome& outcome) const {
-        const SPaintedValues& values = *outcome.values;
-        return {{"size", SizeOrNull(outcome.size)},
-                {"columns", outcome.grid.columns},
-                {"rows", outcome.grid.rows},
-                {"view", ViewName(m_request.style.view)},
-                {"scale_low", values.range.low},
-                {"scale_high", values.range.high},
-                {"cells", values.cells},
-                {"cells_below", values.below},
-                {"cells_above", values.above},
-                {"not_finite_pixels", values.notFinite}};
-    }
-
-    const SPreviewRequest& m_request;
+    const SMapView& m_view;
 };
 
 /// The last name in a path, whose separator at the end does not count.

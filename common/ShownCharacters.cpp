@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include <fmt/format.h>
+
 namespace trevolt {
 namespace {
 
@@ -61,26 +63,31 @@ SCharacter FirstOf(std::string_view text) {
 
 } // namespace
 
-void AppendShown(std::string_view text, fmt::memory_buffer& shown) {
-    const auto end = std::back_inserter(shown);
-    while (!text.empty()) {
-        const auto byte = static_cast<unsigned char>(text[0]);
-        const SCharacter character = FirstOf(text);
-        const std::size_t length = std::max<std::size_t>(character.length, 1);
-        if (character.length == 0 && (byte < 0x20 || byte >= 0x7F))
-            fmt::format_to(end, "\\x{:02X}", byte);
-        else if (IsUnseen(character.code))
-            fmt::format_to(end, "\\u{:04X}", character.code);
-        else
-            shown.append(text.data(), text.data() + length);
-        text.remove_prefix(length);
-    }
+std::size_t CharacterBytes(std::string_view text) {
+    return static_cast<unsigned char>(text[0]) < 0x80 ? 1 : FirstOf(text).length;
+}
+
+CShownCharacter::CShownCharacter(std::string_view text) {
+    const auto byte = static_cast<unsigned char>(text[0]);
+    const SCharacter character = FirstOf(text);
+    m_bytes = std::max<std::size_t>(character.length, 1);
+    if (character.length == 0 && (byte < 0x20 || byte >= 0x7F))
+        m_size = fmt::format_to_n(m_shown.data(), m_shown.size(), "\\x{:02X}", byte).size;
+    else if (IsUnseen(character.code))
+        m_size =
+            fmt::format_to_n(m_shown.data(), m_shown.size(), "\\u{:04X}", character.code).size;
+    else
+        m_size = text.copy(m_shown.data(), m_bytes);
 }
 
 std::string Shown(std::string_view text) {
-    fmt::memory_buffer shown;
-    AppendShown(text, shown);
-    return fmt::to_string(shown);
+    std::string shown;
+    while (!text.empty()) {
+        const CShownCharacter character(text);
+        shown += character.Text();
+        text.remove_prefix(character.Bytes());
+    }
+    return shown;
 }
 
 } // namespace trevolt

@@ -70,17 +70,25 @@ class SingleBench(CommandBench):
         return set(self.outputs) if is_told else set()
 
 
-class PictureBench(SingleBench):
-    """A picture, which may lack the files that failed."""
+class Pictures:
+    """A picture may lack the files that failed."""
 
     def is_output(self, name, content):
         return super().is_output(name, content) or is_whole_png(content)
 
 
-class DiffBench(SingleBench):
+class PictureBench(Pictures, SingleBench):
+    pass
+
+
+class Differing:
     """Of files that differ."""
     well = 1
     failures = (2,)
+
+
+class DiffBench(Differing, SingleBench):
+    pass
 
 
 class InfoBench(CommandBench):
@@ -98,13 +106,43 @@ class InfoBench(CommandBench):
         return super().causes(done) + re.findall(r'^  problem +(.*)$', done.stdout, re.MULTILINE)
 
 
-class JsonBench(InfoBench):
-    """The same for programs: every line is an object."""
+class Objects:
+    """What is told for programs: every line is an object."""
+
+    def objects(self, done):
+        return [json.loads(line) for line in done.stdout.splitlines()]
+
+    def named(self, done):
+        return {told['output'].removeprefix(f'{self.target}/') for told in self.objects(done)
+                if told.get('output') and told.get('status') != 'failed'}
 
     def causes(self, done):
-        objects = [json.loads(line) for line in done.stdout.splitlines()]
         return CommandBench.causes(self, done) + [
-            cause for told in objects for key in ('problems', 'errors') for cause in told.get(key, [])]
+            cause for told in self.objects(done) for key in ('problems', 'errors')
+            for cause in told.get(key, [])]
+
+
+class JsonBench(Objects, CommandBench):
+    """A command with outputs, as programs are told of them."""
+
+    def fewest_outputs(self):
+        return 1
+
+
+class JsonInfoBench(Objects, InfoBench):
+    pass
+
+
+class JsonPictureBench(Pictures, JsonBench):
+    pass
+
+
+class JsonDiffBench(Differing, JsonBench):
+    """The picture stands where it is told that the files differ."""
+
+    def named(self, done):
+        is_told = any(told.get('status') == 'different' for told in self.objects(done))
+        return set(self.outputs) if is_told else set()
 
 
 class VerifyBench(CommandBench):
@@ -197,6 +235,12 @@ def make_moved(path):
     return path
 
 
+def make_long(path):
+    """A cabinet with a name that makes every line long that tells of it."""
+    path.write_bytes(FLOATS.read_bytes())
+    return path
+
+
 def make_layout(place, moved, width):
     """Two cabinets that stand side by side, the first so wide: one in a folder of its own."""
     place.mkdir(parents=True)
@@ -245,10 +289,38 @@ def benches_of_commands(program, preload, place):
     yield 'diff', bench(
         DiffBench, 'diff', [FLOATS, TEXT],
         ['diff', '--overwrite', f'{{source}}/{FLOATS.name}', f'{{source}}/{TEXT.name}', '--image',
-         '{target}/d.png'], r'^\S+ and \S+ differ: |d\.png: the picture is written$'), both
+         '{target}/d.png'], r'^\S+ and \S+ differ: '), both
     yield 'info', bench(InfoBench, 'info', [FLOATS, TEXT, WORDS], ['info', '{source}']), [
         *READS, 'list']
-    yield 'info for programs', bench(JsonBench, 'json', [WORDS], ['info', '--json', '{source}']), [
+    yield 'info for programs', bench(JsonInfoBench, 'json', [WORDS], ['info', '--json', '{source}']), [
         *READS, 'list']
     yield 'verify', bench(VerifyBench, 'verify', [FLOATS, TEXT]), READS
     yield 'a report', bench(ReportBench, 'reported', [FLOATS, TEXT]), [*both, 'list']
+    yield from benches_of_telling(program, preload, place / 'telling', moved)
+
+
+def benches_of_telling(program, preload, place, moved):
+    """What has its name is told where no memory is left, also in long lines and for programs."""
+    make_layout(place / 'compose', moved, 40)
+    make_layout(place / 'crop', moved, 20)
+    long = make_long(place / ('Cab_' + 'x' * 230 + '.9fcoef'))
+    rotate = ['rotate', '--angle', '90', '--overwrite', '--jobs', '1', '{source}', '{target}']
+    one = f'{{source}}/{moved.name}'
+    yield 'a long name', CommandBench(program, preload, place / 'long', [long], rotate), ['alloc']
+    for kind, paths, words in (
+            (JsonBench, [long, moved], rotate),
+            (JsonBench, [long, moved],
+             ['convert', '--overwrite', '--to', 'npy', '{source}', '{target}']),
+            (JsonBench, [moved],
+             ['compose', '--overwrite', '{target}/screen.9wcoef', '--layout',
+              '{place}/layout.csv', '--from', '{place}/from']),
+            (JsonBench, [moved],
+             ['crop', '--overwrite', one, '{target}', '--layout', '{place}/layout.csv', '--cabinet',
+              '20x24']),
+            (JsonPictureBench, [moved],
+             ['preview', '--overwrite', '--width', '400', '{source}', '{target}/p.png']),
+            (JsonDiffBench, [FLOATS, moved],
+             ['diff', '--overwrite', f'{{source}}/{FLOATS.name}', one, '--image',
+              '{target}/d.png'])):
+        yield (f'{words[0]} for programs',
+               kind(program, preload, place / words[0], paths, [*words, '--json']), ['alloc'])
