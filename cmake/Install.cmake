@@ -67,8 +67,7 @@ install(DIRECTORY examples DESTINATION ${documents} COMPONENT library)
 # The licences of what the programs and the library hold of others, and the Debian packages whose
 # files of copyright tell them.
 set(licences LZ4=liblz4-dev xxHash=libxxhash-dev fmt=libfmt-dev CLI11=libcli11-dev
-             nlohmann-json=nlohmann-json3-dev stb=libstb-dev zlib=zlib1g-dev
-             DejaVu-fonts=fonts-dejavu-core)
+             stb=libstb-dev zlib=zlib1g-dev DejaVu-fonts=fonts-dejavu-core)
 if(WIN32)
     list(APPEND licences GCC-runtime=gcc-mingw-w64-x86-64-posix-runtime
                          MinGW-w64=mingw-w64-x86-64-dev)

@@ -17,7 +17,6 @@ function(trevolt_header_library name)
 endfunction()
 
 trevolt_header_library(cli11 CLI)
-trevolt_header_library(nlohmann_json nlohmann)
 trevolt_header_library(fmt_headers fmt)
 trevolt_header_library(stb_headers stb)
 

@@ -10,7 +10,7 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 INCLUDE = re.compile(r'^\s*#\s*include\s+["<]([a-z][a-z0-9]*/[^">]+)[">]', re.MULTILINE)
-SYSTEM = ("CLI/", "fmt/", "nlohmann/", "openssl/", "sanitizer/", "stb/", "sys/", "xxhash/")
+SYSTEM = ("CLI/", "fmt/", "openssl/", "sanitizer/", "stb/", "sys/", "xxhash/")
 FOLDERS = {
     list_file.parent.name: list_file.parent
     for folders in ("*", "app/*", "cli/*")

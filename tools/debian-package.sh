@@ -31,7 +31,7 @@ strip --strip-unneeded --remove-section=.comment --remove-section=.note "$stage/
 # One file of copyright and one of changes, where every package has them.
 {
     cat "$documents/LICENSE"
-    for name in xxHash fmt CLI11 nlohmann-json stb DejaVu-fonts; do
+    for name in xxHash fmt CLI11 stb DejaVu-fonts; do
         printf '\n\nThe program holds parts of %s, whose terms are:\n\n' "$name"
         cat "$documents/licences/$name.txt"
     done

@@ -9,7 +9,7 @@ set -eu
 packages_for() {
     case "$1" in
         build) echo g++ cmake ninja-build pkg-config liblz4-dev libxxhash-dev libcli11-dev libfmt-dev \
-            nlohmann-json3-dev libssl-dev libstb-dev zlib1g-dev fonts-dejavu-core ;;
+            libssl-dev libstb-dev zlib1g-dev fonts-dejavu-core ;;
         test) packages_for build; echo dpkg-dev fish groff-base jq libgtest-dev locales lz4 parallel python3 \
             python3-jsonschema python3-lz4 python3-numpy zsh ;;
         format) echo clang-format ;;
