@@ -173,6 +173,8 @@ class CDiffPrinter {
 
 class CLineDiffPrinter final : public CDiffPrinter {
   public:
+    explicit CLineDiffPrinter(bool wantsPicture) : m_wantsPicture(wantsPicture) {}
+
     void OnPair(const SComparedFiles& /*files*/, const SPairNames& names,
                 const SFileComparison& comparison) override {
         for (const std::string& problem : comparison.problems)
@@ -199,7 +201,7 @@ class CLineDiffPrinter final : public CDiffPrinter {
                       outcome.same, outcome.different, outcome.onOneSide, outcome.failed,
                       outcome.IsInterrupted() ? ", interrupted" : "");
         else if (outcome.IsInterrupted())
-            PrintLine(stdout, "interrupted, no picture written");
+            PrintLine(stdout, "interrupted{}", m_wantsPicture ? ", no picture written" : "");
     }
 
   private:
@@ -235,6 +237,8 @@ class CLineDiffPrinter final : public CDiffPrinter {
                           value.oneNan);
         }
     }
+
+    const bool m_wantsPicture;
 };
 
 /// Prints one object a pair, and a summary (docs/diff.md).
@@ -331,7 +335,7 @@ class CDiff {
   public:
     explicit CDiff(const SDiffOptions& options)
         : m_options(options),
-          m_printer(std::make_unique<CLineDiffPrinter>()),
+          m_printer(std::make_unique<CLineDiffPrinter>(!options.image.empty())),
           m_imageName(WideToShownUtf8(options.image)) {
         if (options.json)
             m_printer = std::make_unique<CJsonDiffPrinter>();
@@ -399,6 +403,8 @@ class CDiff {
             DiffPair(file.Path(), counterpart->second->Path());
             unmatched.erase(counterpart);
         }
+        if (m_interrupted)
+            return Stop();
         for (const auto& [name, file] : unmatched)
             TellSingle({WideToShownUtf8(file->Path()), false, {}});
     }
@@ -420,12 +426,15 @@ class CDiff {
         const SComparedFiles files{a, b, m_options.turn, m_options.tolerance};
         const SPairNames names = NamesOf(files); // before the picture stands
         SFileComparison comparison = CompareFiles(files, DefaultThreads());
-        if (m_interrupted && !m_options.image.empty())
+        const bool isInterrupted = m_interrupted;
+        if (isInterrupted && !m_options.image.empty())
             return Stop();
         if (!m_options.image.empty())
             WriteImage(files, comparison);
         m_outcome.Count(StatusOf(comparison));
         m_printer->OnPair(files, names, comparison);
+        if (isInterrupted)
+            Stop();
     }
 
     /// What goes wrong is a problem of the comparison. Files of different sizes have no picture.

@@ -277,13 +277,13 @@ class CInfo {
         for (const std::string& name : found.unnamable)
             TellUnnamable(name);
         for (const SCoefFileName& file : found.files) {
-            if (interrupted) {
-                m_outcome.end = ERotationEnd::Interrupted;
+            if (interrupted)
                 break;
-            }
             Tell({WideToShownUtf8(file.name), WideToShownUtf8(file.Path())},
                  FindFileFacts(file.Path(), DefaultThreads()));
         }
+        if (interrupted)
+            m_outcome.end = ERotationEnd::Interrupted;
         m_printer->OnEnd(m_outcome);
         return ExitStatus(m_outcome.end);
     }

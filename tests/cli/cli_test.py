@@ -1197,6 +1197,9 @@ class Durability(CliTest):
         self.assertEqual([file['name'] for file in files], ['a.3bcoef', 'b.3bcoef'])
         self.assertEqual((result.returncode, summary['end'], summary['exit_status'],
                           summary['whole']), (130, 'interrupted', 130, 2))
+        result = self.interrupted('c.3bcoef', 'info', self.source)  # the last one
+        self.expect(result, 130, err=[])
+        self.assertEqual(self.lines(result.stdout)[-1], '3 files, 0 with problems, interrupted')
 
     @with_recorder
     def test_an_interrupted_diff_tells_whole_pairs(self):
@@ -1211,6 +1214,14 @@ class Durability(CliTest):
         *pairs, summary = map(json.loads, self.lines(result.stdout))
         self.assertEqual((len(pairs), result.returncode, summary['end'], summary['exit_status'],
                           summary['same']), (2, 130, 'interrupted', 130, 2))
+        shutil.copy(self.source / 'a.3bcoef', self.target / 'd.3bcoef')  # nothing is told of it
+        result = self.interrupted('c.3bcoef', 'diff', self.source, self.target)
+        self.expect(result, 130, err=[])
+        self.assertEqual(self.lines(result.stdout)[-1],
+                         '3 same, 0 different, 0 on one side only, 0 with problems, interrupted')
+        pair = [path / 'c.3bcoef' for path in (self.source, self.target)]
+        self.expect(self.interrupted('c.3bcoef', 'diff', *pair), 130, [
+            f'{pair[0]} and {pair[1]} are the same: 12 pixels', 'interrupted'], [])
 
     @with_recorder
     def test_an_interrupted_difference_picture_is_not_written(self):
