@@ -81,8 +81,8 @@ class CCropper {
         m_result.notes = std::move(load.notes);
         m_result.losses = std::move(load.losses);
         const bool isDamaged = !m_result.problems.empty();
-        if (End(isDamaged, ECompositionEnd::SomeFailed) &&
-            (load.map == nullptr || !m_request.lenient))
+        const bool hasPixels = load.map != nullptr && !load.map->IsEmpty();
+        if (End(isDamaged, ECompositionEnd::SomeFailed) && !(hasPixels && m_request.lenient))
             return std::move(m_result);
         CheckRects();
         if (End(!m_result.errors.empty(), ECompositionEnd::Refused))

@@ -4,6 +4,7 @@
 
 #include <fmt/xchar.h>
 
+#include "app/rotation/CoefFile.h"
 #include "platform/FileSystem.h"
 #include "platform/Process.h"
 #include "tests/rotation/ScreenFiles.h"
@@ -137,6 +138,19 @@ TEST_F(Cropping, ADamagedSourceIsCutOnlyLeniently) {
                [](std::int32_t, std::int32_t) { return SMatrixCoef{}; });
     WriteText(m_folder.File(L"in.9wcoef"), "none");
     EXPECT_EQ(Crop(request).end, ECompositionEnd::SomeFailed);
+}
+
+TEST_F(Cropping, ASourceWithoutPixelsFailsAlsoLeniently) {
+    WriteText(m_folder.File(L"in.cccoef"), "[T9COEF20]\nwidth=0\nheight=0\n");
+    auto request = Request(L"in.cccoef", {{L"a.9fcoef", {0, 0, 1, 1}, 0}});
+    for (const bool isLenient : {false, true}) {
+        request.lenient = isLenient;
+        const SCropping result = Crop(request);
+        EXPECT_EQ(result.end, ECompositionEnd::SomeFailed);
+        EXPECT_EQ(result.problems, CropTexts{kNoPixels});
+        EXPECT_EQ(result.errors, CropTexts{});
+    }
+    EXPECT_TRUE(m_target.Names().empty());
 }
 
 TEST_F(Cropping, NamesThatCannotBeAreRefused) {
