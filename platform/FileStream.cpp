@@ -146,7 +146,7 @@ COutputFile::CBuffer::pos_type COutputFile::CBuffer::seekpos(pos_type to,
 
 namespace {
 
-/// All of a pipe: it has no places, and tells its end only by reaching it.
+/// All of what tells its end only by reaching it.
 std::optional<std::string> ReadPieces(std::istream& stream, std::uint64_t limit) {
     constexpr std::size_t kPieceBytes = std::size_t{64} << 10;
     stream.clear();
@@ -183,10 +183,16 @@ std::optional<std::string> ReadWholeFile(const std::wstring& path, std::uint64_t
 }
 
 std::optional<std::string> ReadToEnd(std::istream& stream, std::uint64_t limit) {
-    if (stream.tellg() < 0)
+    const std::streamoff here = stream.tellg();
+    if (here < 0) // a pipe, which has no places
         return ReadPieces(stream, limit);
     const auto size = BytesToEnd(stream);
-    if (!size || *size > limit)
+    if (size.value_or(0) == 0) { // also of what the system makes when it is read
+        stream.clear();
+        stream.seekg(here);
+        return stream.good() ? ReadPieces(stream, limit) : std::nullopt;
+    }
+    if (*size > limit)
         return std::nullopt;
     std::string bytes(static_cast<std::size_t>(*size), '\0');
     stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));

@@ -94,8 +94,8 @@ class COutputFile : public std::ostream {
 /// the stream cannot tell.
 std::optional<std::uint64_t> BytesToEnd(std::istream& stream);
 
-/// The bytes from the current position to the end of the stream, which may be a pipe; nothing when they
-/// cannot all be read or are more than `limit`.
+/// The bytes from the current position to the end of the stream, which may be a pipe or another that
+/// does not tell its size; nothing when they cannot all be read or are more than `limit`.
 std::optional<std::string> ReadToEnd(std::istream& stream, std::uint64_t limit);
 
 /// The file's bytes; nothing when it does not open, cannot be read whole or holds more than `limit`.

@@ -98,6 +98,10 @@ TEST(CsvTable, TellsWhyAFileCannotBeRead) {
     EXPECT_EQ(ReadCsv(shorterThanTold).problems,
               Fields{"cannot be read whole: it ends before the size that the system tells of it: "
                      "give a copy"});
+    // Files without a size, whose end can be sought or not.
+    EXPECT_EQ(ReadCsv(L"/proc/sys/kernel/ostype").rows.at(0).fields, Fields{"Linux"});
+    EXPECT_EQ(ReadCsv(L"/proc/version").problems, Fields{});
+    EXPECT_EQ(ReadCsv(L"/proc/version").rows.at(0).fields.at(0).substr(0, 14), "Linux version ");
 #endif
 }
 
