@@ -18,7 +18,7 @@ NAME_MAY_BE_LOST = ': written, but its name may be lost: '
 # The system's word on a call that fails, which every message has then.
 REASONS = {'open': 'Too many open files', 'read': 'Input/output error',
            'seek': 'Input/output error', 'write': 'No space left on device',
-           'sync': 'Input/output error', 'rename': 'Permission denied',
+           'close': 'Input/output error', 'sync': 'Input/output error', 'rename': 'Permission denied',
            'list': 'Input/output error', 'space': 'No space left on device',
            'alloc': 'not enough memory|Cannot allocate memory'}
 # Calls that may be cut short or fail without anything being lost by it.
