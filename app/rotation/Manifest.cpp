@@ -82,30 +82,53 @@ std::optional<std::string> SumOfDigits(std::string_view digits) {
     return sum;
 }
 
+/// Of bytes that lack.
+std::string WithReason(const std::string& problem, int error) {
+    return error == 0 ? problem + ": the system did not give all of its bytes"
+                      : WithSystemReason(problem, error);
+}
+
+/// What is to come; 0 where that is not told, of a pipe, say. Nothing when the stream cannot be read, or
+/// not be brought back to where it stood.
+std::optional<std::uint64_t> BytesToCome(std::istream& stream) {
+    if (!stream.good())
+        return std::nullopt;
+    const std::streamoff here = stream.tellg();
+    if (here < 0)
+        return 0;
+    if (const auto bytes = BytesToEnd(stream))
+        return bytes;
+    stream.clear();
+    stream.seekg(here);
+    return stream.good() ? std::optional<std::uint64_t>(0) : std::nullopt;
+}
+
 /// Takes a manifest line by line.
 class CManifestLines {
   public:
-    explicit CManifestLines(std::istream& stream) : m_stream(stream) {}
+    explicit CManifestLines(std::istream& stream)
+        : m_stream(stream), m_bytes(BytesToCome(stream)) {}
 
-    /// The next line without its end; false behind the last one, and where the stream turns bad,
-    /// of which `errno` then tells, or is 0.
+    /// The next line without its end; false behind the last one, and where the stream cannot be read.
     bool Next() {
         m_line.clear();
         m_isTooLong = false;
-        errno = 0;
-        for (char c = 0; m_stream.get(c) && c != '\n';) {
+        for (char c = 0; Take(c) && c != '\n';) {
             if (m_line.size() < kLongestManifestLine)
                 m_line += c;
             else
                 m_isTooLong = true;
         }
-        if (m_stream.bad() || (m_stream.eof() && m_line.empty()))
+        if (m_stream.bad() || (m_stream.fail() && m_line.empty()))
             return false;
         ++m_number;
         if (m_line.ends_with('\r')) // as an editor on Windows leaves it
             m_line.pop_back();
         return true;
     }
+
+    /// Whether as many bytes came as the system told of.
+    bool AreAllThere() const { return !m_stream.bad() && m_bytes && m_taken >= *m_bytes; }
 
     std::uint64_t Number() const { return m_number; }
     bool IsBlank() const { return m_line.empty() || m_line.starts_with('#'); }
@@ -114,7 +137,16 @@ class CManifestLines {
     }
 
   private:
+    bool Take(char& c) {
+        if (!m_stream.get(c))
+            return false;
+        ++m_taken;
+        return true;
+    }
+
     std::istream& m_stream;
+    std::optional<std::uint64_t> m_bytes; ///< nothing where the stream cannot be read
+    std::uint64_t m_taken = 0;
     std::string m_line;
     bool m_isTooLong = false;
     std::uint64_t m_number = 0;
@@ -161,9 +193,8 @@ void Count(SVerification& total, SVerifiedFile::EAnswer answer) {
     }
 }
 
-std::string UnreadableManifest(const std::wstring& path, int error) {
-    return WithSystemReason(fmt::format("the manifest {} {}", WideToShownUtf8(path), kUnreadable),
-                            error);
+std::string UnreadableManifest(const std::wstring& path) {
+    return fmt::format("the manifest {} {}", WideToShownUtf8(path), kUnreadable);
 }
 
 /// Why `lines` are not the output's content, on the disk where that is wanted; empty when they are.
@@ -180,21 +211,6 @@ std::string WriteLines(const CTemporaryOutput& output, const std::string& lines,
     if (const int error = problem.empty() && sync ? output.Sync() : 0; error != 0)
         problem = DescribeSyncProblem(error);
     return problem;
-}
-
-/// What is to come; 0 where that is not told, of a pipe, say. Nothing when the stream cannot be read, or
-/// not be brought back to where it stood.
-std::optional<std::uint64_t> BytesToCome(std::istream& stream) {
-    if (!stream.good())
-        return std::nullopt;
-    const std::streamoff here = stream.tellg();
-    if (here < 0)
-        return 0;
-    if (const auto bytes = BytesToEnd(stream))
-        return bytes;
-    stream.clear();
-    stream.seekg(here);
-    return stream.good() ? std::optional<std::uint64_t>(0) : std::nullopt;
 }
 
 SSum WithoutBytes(int error) { return {{}, SSum::ELack::Bytes, error}; }
@@ -243,7 +259,7 @@ SSum Sha256OfFile(const std::wstring& path) {
 
 std::string DescribeLackOfSum(const SSum& lacking, const char* unread, const char* sum) {
     if (lacking.lack == SSum::ELack::Bytes)
-        return WithSystemReason(unread, lacking.error);
+        return WithReason(unread, lacking.error);
     return fmt::format("{} cannot be computed: {}", sum,
                        lacking.lack == SSum::ELack::Memory ? "not enough memory"
                                                            : "the system does not offer it");
@@ -279,10 +295,10 @@ std::optional<SManifestEntry> ParseManifestLine(std::string_view line) {
 SVerification VerifyManifest(const std::wstring& path, CVerificationListener& listener,
                              const std::atomic<bool>& interrupted) {
     SVerification total;
-    std::fstream stream;
-    if (!OpenFileStream(stream, path.c_str(), std::ios::in)) {
+    CInputFile stream;
+    if (!stream.Open(path.c_str())) {
         total.end = EVerificationEnd::NothingToDo;
-        total.error = UnreadableManifest(path, errno);
+        total.error = WithSystemReason(UnreadableManifest(path), stream.SystemError());
         return total;
     }
     CManifestLines lines(stream);
@@ -303,8 +319,8 @@ SVerification VerifyManifest(const std::wstring& path, CVerificationListener& li
         Count(total, file.answer);
         listener.OnFile(file);
     }
-    if (stream.bad())
-        total.error = UnreadableManifest(path, errno);
+    if (!lines.AreAllThere())
+        total.error = WithReason(UnreadableManifest(path), stream.SystemError());
     else if (total.right + total.differing + total.missing + total.badLines == 0)
         total.error = fmt::format("the manifest {} holds no sum", WideToShownUtf8(path));
     if (!total.error.empty() || total.differing + total.missing + total.badLines != 0)

@@ -127,7 +127,8 @@ TEST(Sum, ThatIsLackingIsTold) {
         return DescribeLackOfSum({{}, lack, error}, "cannot be read", "its SHA-256 sum");
     };
     EXPECT_EQ(told(SSum::ELack::Bytes, EIO), "cannot be read: Input/output error");
-    EXPECT_EQ(told(SSum::ELack::Bytes, 0), "cannot be read");
+    EXPECT_EQ(told(SSum::ELack::Bytes, 0),
+              "cannot be read: the system did not give all of its bytes");
     EXPECT_EQ(told(SSum::ELack::Memory, 0),
               "its SHA-256 sum cannot be computed: not enough memory");
     EXPECT_EQ(told(SSum::ELack::Hashing, 0),
@@ -329,6 +330,12 @@ TEST_F(Verification, FilesThatFailWhileTheyAreReadAreNoSuccess) {
               (Lines{Listed(L"a") + ": OK",
                      "/proc/self/mem: unreadable, cannot be read: Input/output error"}));
 
+    const std::wstring shorterThanTold = L"/sys/devices/system/cpu/possible";
+    ASSERT_TRUE(PathExists(shorterThanTold));
+    EXPECT_EQ(
+        VerifyManifest(shorterThanTold, m_answers).error,
+        "the manifest /sys/devices/system/cpu/possible cannot be read: the system did not give "
+        "all of its bytes");
     m_answers.lines.clear();
     const SVerification ofManifest = VerifyManifest(L"/proc/self/mem", m_answers);
     EXPECT_EQ(ofManifest.end, EVerificationEnd::SomeWrong);
