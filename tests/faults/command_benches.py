@@ -296,17 +296,19 @@ def benches_of_commands(program, preload, place):
         *READS, 'list']
     yield 'verify', bench(VerifyBench, 'verify', [FLOATS, TEXT]), READS
     yield 'a report', bench(ReportBench, 'reported', [FLOATS, TEXT]), [*both, 'list']
-    yield from benches_of_telling(program, preload, place / 'telling', moved)
 
 
-def benches_of_telling(program, preload, place, moved):
-    """What has its name is told where no memory is left, also in long lines and for programs."""
+def benches_of_telling(program, preload, place):
+    """What has its name is told where no memory is left, also in long lines and for programs: a name and
+    a bench."""
+    place.mkdir()
+    moved = make_moved(place / 'moved.9wcoef')
     make_layout(place / 'compose', moved, 40)
     make_layout(place / 'crop', moved, 20)
     long = make_long(place / ('Cab_' + 'x' * 230 + '.9fcoef'))
     rotate = ['rotate', '--angle', '90', '--overwrite', '--jobs', '1', '{source}', '{target}']
     one = f'{{source}}/{moved.name}'
-    yield 'a long name', CommandBench(program, preload, place / 'long', [long], rotate), ['alloc']
+    yield 'a long name', CommandBench(program, preload, place / 'long', [long], rotate)
     for kind, paths, words in (
             (JsonBench, [long, moved], rotate),
             (JsonBench, [long, moved],
@@ -323,4 +325,4 @@ def benches_of_telling(program, preload, place, moved):
              ['diff', '--overwrite', f'{{source}}/{FLOATS.name}', one, '--image',
               '{target}/d.png'])):
         yield (f'{words[0]} for programs',
-               kind(program, preload, place / words[0], paths, [*words, '--json']), ['alloc'])
+               kind(program, preload, place / words[0], paths, [*words, '--json']))

@@ -208,6 +208,22 @@ def loop_calls(bench, call, stride, jobs, begin=1):
     return runs
 
 
+def last_of(happens):
+    """The last number of a call for which `happens(number)`; later ones are not made."""
+    low, high = 0, MOST_CALLS
+    while high - low > 1:
+        middle = (low + high) // 2
+        low, high = (middle, high) if happens(middle) else (low, middle)
+    return low
+
+
+def loop_last(bench, call):
+    """Lets some of the last calls fail: those of a command whose outputs stand are among them."""
+    last = last_of(lambda first: try_fault(bench, Fault(call, first), jobs=1))
+    return sum(try_fault(bench, Fault(call, last - before, count), jobs=1)
+               for before in (0, 1, 2, 4, 8, 16, 32, 64) for count in (ONCE, FROM_THEN_ON))
+
+
 def allocations_of_set_up(program, preload, place):
     """How many allocations every run begins with, whatever its command: nearly those of --version."""
     mark = place / 'version'
@@ -219,11 +235,7 @@ def allocations_of_set_up(program, preload, place):
                             'TREVOLT_FAULT': f'alloc:{first}:1', 'TREVOLT_FAULT_MARK': str(mark)})
         return mark.exists()
 
-    low, high = 0, MOST_CALLS
-    while high - low > 1:
-        middle = (low + high) // 2
-        low, high = (middle, high) if happens(middle) else (low, middle)
-    return low * 95 // 100
+    return last_of(happens) * 95 // 100
 
 
 def fill_disk(bench, positions):

@@ -21,10 +21,10 @@ import sys
 import tempfile
 import time
 
-from command_benches import benches_of_commands
+from command_benches import benches_of_commands, benches_of_telling
 from fault_bench import (CLOSING_LINE, FILE_LINE, FROM_THEN_ON, MOST_CALLS, ONCE, SAMPLES,
                          WITH_ORIGIN, Bench, Fault, Wrong, allocations_of_set_up, bytes_of,
-                         fill_disk, loop_calls, try_fault)
+                         fill_disk, loop_calls, loop_last, try_fault)
 
 KINDS = ('9fcoef', '3fcoef', '9bcoef', '3bcoef', 'cccoef', '9wcoef', '3wcoef', '4wcoef', '12wcoef')
 # How many calls are passed over from one that fails to the next in the short form.
@@ -219,6 +219,10 @@ def loops_of_commands(arguments, place):
         if bench.outputs:
             yield f'full disk of {name}', lambda bench=bench: fill_disk(
                 bench, 100 if arguments.long else 2)
+    for name, bench in benches_of_telling(arguments.program, arguments.preload, place / 'telling'):
+        yield f'telling of {name}', lambda bench=bench: (
+            loop_calls(bench, 'alloc', 1, 1, behind_set_up) if arguments.long
+            else loop_last(bench, 'alloc'))
 
 
 def loops_of(arguments, place):
