@@ -8,6 +8,7 @@
 #include <mutex>
 #include <optional>
 #include <thread>
+#include <utility>
 
 #include <lz4.h>
 #include <xxhash/xxhash.h>
@@ -16,10 +17,15 @@
 #include "common/FrameLayout.h"
 #include "common/LittleEndian.h"
 #include "common/OrderedJobs.h"
+#include "trevolt/MemoryBudget.h"
 #include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {
+
+/// What is handed to a sink at a time of a block that is stored as it is: it fits a processor's own
+/// cache.
+constexpr std::size_t kHandedBytes = std::size_t{512} << 10;
 
 constexpr std::uint64_t kNoBlock = std::numeric_limits<std::uint64_t>::max();
 
@@ -39,7 +45,7 @@ struct SBlock {
     std::uint32_t checksum = 0;          ///< of the stored bytes, if blocks have one
     std::optional<std::uint64_t> offset; ///< in the target, once all before it are decoded
     std::size_t bytes = 0;               ///< decoded
-    const std::byte* content = nullptr;  ///< decoded; null when they are in their place
+    const std::byte* content = nullptr;  ///< decoded; null when they are in a buffer's place
 };
 
 /// What a thread keeps from block to block.
@@ -49,9 +55,11 @@ struct SBlockMemory {
 };
 
 /// Memory of at least `bytes`, `most` of them when it is taken now; false when it is refused.
-bool Reserve(CBudgetBlock& memory, std::size_t most) {
-    if (!memory)
-        memory = CBudgetBlock(most);
+bool Reserve(CBudgetBlock& memory, std::size_t bytes, std::size_t most) {
+    if (memory && memory.Size() >= bytes)
+        return true;
+    memory.Release();
+    memory = CBudgetBlock(std::max(bytes, most));
     return static_cast<bool>(memory);
 }
 
@@ -60,13 +68,14 @@ bool Reserve(CBudgetBlock& memory, std::size_t most) {
 /// into the checksum in their order.
 class CBlockReader {
   public:
-    CBlockReader(CBoundedSource& source, const SFrameBlocks& blocks, CMassiveBuf& target)
+    CBlockReader(CBoundedSource& source, const SFrameBlocks& blocks, const SFrameTarget& target)
         : m_source(source), m_blocks(blocks), m_target(target) {
         XXH32_reset(&m_checksum, 0);
     }
 
     Status Read(std::size_t threads) {
-        const std::uint64_t most = m_target.ByteCount() / m_blocks.largestBytes + 1;
+        CMemoryBudget::Process(); // made here, where somebody catches what that throws
+        const std::uint64_t most = m_target.bytes / m_blocks.largestBytes + 1;
         const auto workers = static_cast<std::size_t>(std::min<std::uint64_t>(threads, most));
         {
             const auto takeAll = [this] { ReadBlocks(); };
@@ -96,7 +105,7 @@ class CBlockReader {
         if (m_ended || HasFailed())
             return false;
         block.number = m_taken;
-        const auto field = TakeField(m_source);
+        const auto field = NextField();
         if (field == 0U) {
             m_ended = true;
             return false;
@@ -108,21 +117,26 @@ class CBlockReader {
         return status == S_OK;
     }
 
+    /// That of the next block, or of what is left of one that comes in pieces.
+    std::optional<std::uint32_t> NextField() {
+        const std::uint32_t left = std::exchange(m_leftInPieces, 0);
+        return left == 0 ? TakeField(m_source) : left | kStoredAsIsBit;
+    }
+
     Status TakeStored(std::uint32_t field, SBlockMemory& memory, SBlock& block) {
         block.isStoredAsIs = (field & kStoredAsIsBit) != 0;
         block.storedBytes = field & ~kStoredAsIsBit;
         if (block.storedBytes > m_blocks.largestBytes || block.storedBytes > m_source.Left())
             return E_FAIL;
+        if (ComesInPieces(block))
+            CutToPiece(block);
         if (block.isStoredAsIs)
             block.bytes = block.storedBytes;
         if (!FindPlace(block))
             return E_FAIL;
-        if (!block.isTakenIntoPlace) {
-            const std::uint64_t most =
-                std::min<std::uint64_t>(m_blocks.largestBytes, m_source.Left());
-            if (!Reserve(memory.stored, static_cast<std::size_t>(most)))
-                return E_OUTOFMEMORY;
-        }
+        if (!block.isTakenIntoPlace &&
+            !Reserve(memory.stored, block.storedBytes, MostStored(block)))
+            return E_OUTOFMEMORY;
         if (!TakeBytes(memory, block))
             return E_FAIL;
         if (!m_blocks.haveChecksums)
@@ -132,11 +146,30 @@ class CBlockReader {
         return checksum ? S_OK : E_FAIL;
     }
 
+    /// Nothing is to be known of such a block but its bytes.
+    bool ComesInPieces(const SBlock& block) const {
+        return block.isStoredAsIs && m_target.sink != nullptr && !m_blocks.haveChecksums;
+    }
+
+    void CutToPiece(SBlock& block) {
+        const std::size_t piece = std::min(block.storedBytes, kHandedBytes);
+        m_leftInPieces = static_cast<std::uint32_t>(block.storedBytes - piece);
+        block.storedBytes = piece;
+    }
+
+    /// Of what is still to be taken, what may be needed at a time.
+    std::size_t MostStored(const SBlock& block) const {
+        const std::size_t most = ComesInPieces(block)
+                                     ? std::min(kHandedBytes, m_blocks.largestBytes)
+                                     : m_blocks.largestBytes;
+        return static_cast<std::size_t>(std::min<std::uint64_t>(most, m_source.Left()));
+    }
+
     bool TakeBytes(SBlockMemory& memory, SBlock& block) {
         if (!block.isTakenIntoPlace)
             return m_source.Take(memory.stored.Data(), block.storedBytes);
         return EachRun(
-            m_target, *block.offset, block.bytes,
+            *m_target.buffer, *block.offset, block.bytes,
             [this](std::byte* to, std::size_t count) { return m_source.Take(to, count); });
     }
 
@@ -147,13 +180,13 @@ class CBlockReader {
         if (m_placed != block.number)
             return true;
         block.offset = m_made;
-        block.isTakenIntoPlace = block.isStoredAsIs;
-        return !block.isStoredAsIs || CountIn(block);
+        block.isTakenIntoPlace = block.isStoredAsIs && m_target.buffer != nullptr;
+        return !block.isTakenIntoPlace || CountIn(block);
     }
 
     /// The block is the next and its bytes are known; false when they are more than there is room.
     bool CountIn(const SBlock& block) {
-        if (block.bytes > m_target.ByteCount() - m_made)
+        if (block.bytes > m_target.bytes - m_made)
             return false;
         m_made += block.bytes;
         ++m_placed;
@@ -170,7 +203,9 @@ class CBlockReader {
             if (!Place(block))
                 return E_FAIL;
         }
-        return !m_blocks.hasContentChecksum || CountIntoChecksum(block) ? S_OK : E_FAIL;
+        if (m_blocks.hasContentChecksum && !CountIntoChecksum(block))
+            return E_FAIL;
+        return m_target.sink == nullptr || HandOver(block) ? S_OK : E_FAIL;
     }
 
     std::uint32_t StoredChecksum(const SBlockMemory& memory, const SBlock& block) const {
@@ -178,15 +213,18 @@ class CBlockReader {
             return XXH32(memory.stored.Data(), block.storedBytes, 0);
         XXH32_state_t checksum;
         XXH32_reset(&checksum, 0);
-        AddPlaced(checksum, block);
+        AddContent(checksum, block);
         return XXH32_digest(&checksum);
     }
 
-    void AddPlaced(XXH32_state_t& checksum, const SBlock& block) const {
-        EachRun(m_target, *block.offset, block.bytes,
-                [&](const std::byte* bytes, std::size_t count) {
-                    return XXH32_update(&checksum, bytes, count) == XXH_OK;
-                });
+    void AddContent(XXH32_state_t& checksum, const SBlock& block) const {
+        const auto add = [&](const std::byte* bytes, std::size_t count) {
+            return XXH32_update(&checksum, bytes, count) == XXH_OK;
+        };
+        if (m_target.buffer == nullptr)
+            add(block.content, block.bytes);
+        else
+            EachRun(*m_target.buffer, *block.offset, block.bytes, add);
     }
 
     Status Decode(SBlockMemory& memory, SBlock& block) const {
@@ -197,7 +235,7 @@ class CBlockReader {
         if (DecodeIntoPlace(memory.stored, block))
             return S_OK;
         // A frame's blocks are decoded with as much room as a block may fill.
-        if (!Reserve(memory.decoded, m_blocks.largestBytes))
+        if (!Reserve(memory.decoded, m_blocks.largestBytes, m_blocks.largestBytes))
             return E_OUTOFMEMORY;
         block.content = memory.decoded.Data();
         return DecodeInto(memory.decoded.Data(), m_blocks.largestBytes, memory.stored, block)
@@ -207,12 +245,12 @@ class CBlockReader {
 
     /// Decodes a block whose place is known and has room for it in one run.
     bool DecodeIntoPlace(const CBudgetBlock& stored, SBlock& block) const {
-        if (!block.offset)
+        if (m_target.buffer == nullptr || !block.offset)
             return false;
         const auto most = static_cast<std::size_t>(
-            std::min<std::uint64_t>(m_target.ByteCount() - *block.offset, m_blocks.largestBytes));
+            std::min<std::uint64_t>(m_target.bytes - *block.offset, m_blocks.largestBytes));
         bool isDecoded = false;
-        EachRun(m_target, *block.offset, most, [&](std::byte* to, std::size_t count) {
+        EachRun(*m_target.buffer, *block.offset, most, [&](std::byte* to, std::size_t count) {
             isDecoded = count == most && DecodeInto(to, count, stored, block);
             return false; // the first run is the only one
         });
@@ -232,14 +270,15 @@ class CBlockReader {
     bool Place(SBlock& block) {
         if (!AwaitPlace(block))
             return false;
-        if (block.content == nullptr)
+        if (block.content == nullptr || m_target.buffer == nullptr)
             return true;
         const std::byte* from = block.content;
-        return EachRun(m_target, *block.offset, block.bytes, [&](std::byte* to, std::size_t count) {
-            std::memcpy(to, from, count);
-            from += count;
-            return true;
-        });
+        return EachRun(*m_target.buffer, *block.offset, block.bytes,
+                       [&](std::byte* to, std::size_t count) {
+                           std::memcpy(to, from, count);
+                           from += count;
+                           return true;
+                       });
     }
 
     bool AwaitPlace(SBlock& block) {
@@ -251,14 +290,25 @@ class CBlockReader {
     }
 
     bool CountIntoChecksum(const SBlock& block) {
+        return InTurn(m_counted, block.number, [&] { AddContent(m_checksum, block); });
+    }
+
+    bool HandOver(const SBlock& block) {
+        return InTurn(m_handedOver, block.number,
+                      [&] { m_target.sink->Take(block.content, block.bytes); });
+    }
+
+    /// Does for a block what is done for one after the other; false when one before it has failed.
+    template <class Work>
+    bool InTurn(std::uint64_t& stage, std::uint64_t number, const Work& work) {
         {
             std::unique_lock lock(m_mutex);
-            if (!AwaitTurn(lock, m_counted, block.number))
+            if (!AwaitTurn(lock, stage, number))
                 return false;
         }
-        AddPlaced(m_checksum, block);
+        work();
         const std::lock_guard lock(m_mutex);
-        ++m_counted;
+        ++stage;
         m_moved.notify_all();
         return true;
     }
@@ -289,16 +339,17 @@ class CBlockReader {
     Status TakeEnd() {
         if (m_blocks.hasContentChecksum && TakeField(m_source) != XXH32_digest(&m_checksum))
             return E_FAIL;
-        return m_source.Left() == 0 && m_made == m_target.ByteCount() ? S_OK : E_FAIL;
+        return m_source.Left() == 0 && m_made == m_target.bytes ? S_OK : E_FAIL;
     }
 
     std::mutex m_reading; ///< guards the stream, and the two behind it
     CBoundedSource& m_source;
-    std::uint64_t m_taken = 0; ///< blocks
+    std::uint64_t m_taken = 0;        ///< blocks
+    std::uint32_t m_leftInPieces = 0; ///< bytes of the block that was cut last
     bool m_ended = false;
 
     const SFrameBlocks& m_blocks;
-    CMassiveBuf& m_target;
+    const SFrameTarget& m_target;
     XXH32_state_t m_checksum{}; ///< of the one whose turn it is
 
     std::mutex m_mutex; ///< guards what is behind it
@@ -306,6 +357,7 @@ class CBlockReader {
     std::uint64_t m_placed = 0;  ///< blocks whose bytes are counted in `m_made`
     std::uint64_t m_made = 0;    ///< bytes
     std::uint64_t m_counted = 0; ///< blocks in the checksum
+    std::uint64_t m_handedOver = 0;
     std::uint64_t m_failedBlock = kNoBlock;
     Status m_status{};
 };
@@ -313,7 +365,7 @@ class CBlockReader {
 } // namespace
 
 Status ReadFrameBlocks(CBoundedSource& source, const SFrameBlocks& blocks, std::size_t threads,
-                       CMassiveBuf& target) {
+                       const SFrameTarget& target) {
     return CBlockReader(source, blocks, target).Read(threads);
 }
 

@@ -7,12 +7,13 @@
 #include "common/CheckedArithmetic.h"
 #include "common/FrameBlocks.h"
 #include "common/FrameLayout.h"
+#include "common/HeldExceptions.h"
 #include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {
 
-constexpr std::size_t kReadBytes = std::size_t{1} << 20;
+constexpr std::size_t kPieceBytes = std::size_t{1} << 20;
 constexpr std::uint64_t kLargestRatio = 255; // no LZ4 stream holds more than 255 times its bytes
 
 SFrameBlocks BlocksOf(const LZ4F_frameInfo_t& info) {
@@ -41,7 +42,8 @@ Status CFrameReader::Read(std::size_t threads) {
     if (const Status status = ReserveDeclared(); Failed(status))
         return status;
     if (m_isSizeDeclared && m_info.blockMode == LZ4F_blockIndependent)
-        return ReadFrameBlocks(m_source, BlocksOf(m_info), threads, m_target);
+        return ReadFrameBlocks(m_source, BlocksOf(m_info), threads,
+                               {m_info.contentSize, m_buffer, m_sink});
     return DecodeThrough();
 }
 
@@ -72,19 +74,17 @@ bool CFrameReader::TakeHeader() {
     return true;
 }
 
-/// Allocates a declared size at once.
+/// Allocates a buffer of a declared size at once.
 Status CFrameReader::ReserveDeclared() {
     if (m_info.contentSize > m_bound)
         return E_FAIL;
-    if (m_isSizeDeclared && !m_target.Allocate(m_info.contentSize))
+    if (m_buffer != nullptr && m_isSizeDeclared && !m_buffer->Allocate(m_info.contentSize))
         return E_OUTOFMEMORY;
     return S_OK;
 }
 
 Status CFrameReader::DecodeThrough() {
-    m_in = CBudgetBlock(
-        static_cast<std::size_t>(std::min<std::uint64_t>(m_source.Left(), kReadBytes)));
-    if (!m_in)
+    if (!MakePieces())
         return E_OUTOFMEMORY;
     for (;;) {
         if (m_inDone == m_inSize && m_source.Left() > 0 && !Refill())
@@ -102,11 +102,24 @@ Status CFrameReader::DecodeThrough() {
             return StatusOfFailure(hint);
         m_inDone += taken;
         m_made += made;
+        if (m_sink != nullptr && made > 0)
+            m_sink->Take(out, made);
         if (hint == 0)
             return EndOfFrame();
         if (taken == 0 && made == 0)
             return E_FAIL; // the end mark is missing, or more comes out than was declared
     }
+}
+
+/// False when the memory for them is refused.
+bool CFrameReader::MakePieces() {
+    const auto pieceOf = [](std::uint64_t bytes) {
+        return CBudgetBlock(static_cast<std::size_t>(std::min<std::uint64_t>(bytes, kPieceBytes)));
+    };
+    m_in = pieceOf(m_source.Left());
+    if (m_sink != nullptr)
+        m_piece = pieceOf(m_bound);
+    return m_in && (m_sink == nullptr || m_piece);
 }
 
 /// Nothing may follow it, and all that was declared must be there.
@@ -115,26 +128,32 @@ Status CFrameReader::EndOfFrame() {
         return E_FAIL;
     if (m_isSizeDeclared && m_made != m_info.contentSize)
         return E_FAIL;
-    m_target.m_byteCount = m_made;
+    if (m_buffer != nullptr)
+        m_buffer->m_byteCount = m_made;
     return S_OK;
 }
 
-/// Where the next decoded byte goes and how many fit there. Null when the declared size is full, or
-/// when there is no memory for another block.
+/// Where the next decoded byte goes and how many fit there. Null when all that may come is there, or
+/// when there is no memory for another block of a buffer.
 std::byte* CFrameReader::OutputPosition(std::size_t& room) {
-    const std::uint64_t index = m_made / m_target.m_blockBytes;
-    const std::uint64_t offset = m_made % m_target.m_blockBytes;
-    if (index == m_target.m_blocks.size()) {
-        if (m_isSizeDeclared || m_made >= m_bound)
-            return nullptr;
-        if (!m_target.AppendBlock(m_bound - m_made)) {
-            m_outOfMemory = true;
-            return nullptr;
-        }
-    }
-    CBudgetBlock& block = m_target.m_blocks[index];
-    if (offset >= block.Size())
+    const std::uint64_t most = m_isSizeDeclared ? m_info.contentSize : m_bound;
+    if (m_made >= most)
         return nullptr;
+    if (m_buffer != nullptr)
+        return PlaceInBuffer(room);
+    room = m_piece.Size();
+    return m_piece.Data();
+}
+
+/// Of content that is not yet whole; a buffer of undeclared size grows by a block.
+std::byte* CFrameReader::PlaceInBuffer(std::size_t& room) {
+    const std::uint64_t index = m_made / m_buffer->m_blockBytes;
+    const std::uint64_t offset = m_made % m_buffer->m_blockBytes;
+    if (index == m_buffer->m_blocks.size() && !m_buffer->AppendBlock(m_bound - m_made)) {
+        m_outOfMemory = true;
+        return nullptr;
+    }
+    CBudgetBlock& block = m_buffer->m_blocks[index];
     room = block.Size() - offset;
     return block.Data() + offset;
 }
@@ -143,6 +162,12 @@ bool CFrameReader::Refill() {
     m_inSize = static_cast<std::size_t>(std::min<std::uint64_t>(m_source.Left(), m_in.Size()));
     m_inDone = 0;
     return m_inSize > 0 && m_source.Take(m_in.Data(), m_inSize);
+}
+
+Status ReadFrame(std::istream& stream, std::uint64_t byteCount, std::size_t threads,
+                 CContentSink& sink) {
+    return HoldingExceptions(stream,
+                             [&] { return CFrameReader(stream, byteCount, sink).Read(threads); });
 }
 
 } // namespace trevolt

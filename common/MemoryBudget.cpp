@@ -151,6 +151,8 @@ CBudgetBlock& CBudgetBlock::operator=(CBudgetBlock&& other) noexcept {
 }
 
 void CBudgetBlock::Release() {
+    if (m_data == nullptr) // the budget may not be there, and to make it may throw
+        return;
     CMemoryBudget::Process().Free(std::exchange(m_data, nullptr), std::exchange(m_size, 0));
 }
 

@@ -31,6 +31,17 @@ Bytes BufferBytes(const CMassiveBuf& buffer) {
     return bytes;
 }
 
+class CKeptContent final : public CContentSink {
+  public:
+    void Take(const std::byte* bytes, std::size_t count) noexcept override {
+        m_bytes.insert(m_bytes.end(), bytes, bytes + count);
+    }
+    const Bytes& Taken() const { return m_bytes; }
+
+  private:
+    Bytes m_bytes;
+};
+
 /// What a read with so many threads makes of a stream that holds the bytes and no more; nothing when
 /// it refuses them as damaged.
 std::optional<Bytes> ReadBy(std::size_t threads, const Bytes& frame, std::uint32_t blockBytes) {
@@ -46,7 +57,20 @@ std::optional<Bytes> ReadBy(std::size_t threads, const Bytes& frame, std::uint32
     return std::nullopt;
 }
 
+/// The same of a read piece by piece.
+std::optional<Bytes> PiecesBy(std::size_t threads, const Bytes& frame) {
+    CPipe pipe(frame);
+    CKeptContent kept;
+    const Status status = ReadFrame(pipe, frame.size(), threads, kept);
+    if (status == S_OK)
+        return kept.Taken();
+    EXPECT_EQ(status, E_FAIL);
+    return std::nullopt;
+}
+
 void ExpectReadAs(const Bytes& content, const Bytes& frame, const std::string& what) {
+    for (const std::size_t threads : kThreads)
+        EXPECT_TRUE(PiecesBy(threads, frame) == content) << what << " by " << threads << " threads";
     for (const std::size_t threads : kThreads)
         for (const std::uint32_t blockBytes : {1000U, 100000U, 9U << 20})
             EXPECT_TRUE(ReadBy(threads, frame, blockBytes) == content)
@@ -118,9 +142,12 @@ TEST(FrameReader, TellsDamageAnywhereAsLz4Does) {
                 if (at < 15) // the header: what LZ4 takes of it may still be refused here
                     expected.reset();
                 refused += expected ? 0 : 1;
-                for (const std::size_t threads : {1U, 3U})
+                for (const std::size_t threads : {1U, 3U}) {
                     ASSERT_TRUE(ReadBy(threads, damaged, 64) == expected)
                         << "byte " << at << ", " << change << ", " << threads << " threads";
+                    ASSERT_TRUE(PiecesBy(threads, damaged) == expected)
+                        << "byte " << at << ", " << change << ", " << threads << " threads";
+                }
             }
         }
         EXPECT_GT(refused, hasBlockChecksums || hasContentChecksum ? whole.size() * 2 : 15 * 3);
@@ -130,14 +157,16 @@ TEST(FrameReader, TellsDamageAnywhereAsLz4Does) {
 TEST(FrameReader, RefusesEveryTruncationAndWhatFollows) {
     const Bytes whole = SmallFrame(true, true, LZ4F_blockIndependent);
     for (const std::size_t threads : {1U, 3U}) {
-        for (std::size_t size = 0; size < whole.size(); ++size)
-            EXPECT_FALSE(ReadBy(
-                threads, {whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)}, 64))
-                << size;
+        for (std::size_t size = 0; size < whole.size(); ++size) {
+            const Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
+            EXPECT_FALSE(ReadBy(threads, cut, 64)) << size;
+            EXPECT_FALSE(PiecesBy(threads, cut)) << size;
+        }
         for (const int behind : {0, 1, 4, 100}) {
             Bytes longer = whole;
             longer.resize(whole.size() + static_cast<std::size_t>(behind));
             EXPECT_EQ(ReadBy(threads, longer, 64).has_value(), behind == 0);
+            EXPECT_EQ(PiecesBy(threads, longer).has_value(), behind == 0);
         }
     }
 }
@@ -174,8 +203,10 @@ TEST(FrameReader, TakesABlockThatEndsAsNoWriterEndsOneAsLz4Does) {
                    {12, 0, 0, 0, 0x10, 'A', 1, 0, 0x70, 'B', 'C', 'D', 'E', 'F', 'G', 'H'});
     const auto content = ContentOfFrame(frame, 12);
     ASSERT_EQ(content, MakeBytes({'A', 'A', 'A', 'A', 'A', 'B', 'C', 'D', 'E', 'F', 'G', 'H'}));
-    for (const std::size_t threads : kThreads)
+    for (const std::size_t threads : kThreads) {
         EXPECT_EQ(ReadBy(threads, frame, 64), content);
+        EXPECT_EQ(PiecesBy(threads, frame), content);
+    }
 }
 
 TEST(FrameReader, RefusesABlockThatIsLargerThanItsHeaderSays) {
@@ -184,8 +215,10 @@ TEST(FrameReader, RefusesABlockThatIsLargerThanItsHeaderSays) {
         Bytes frame = FrameOf(content, {LZ4F_max256KB});
         frame[5] = std::byte{0x40}; // blocks of up to 64 KiB
         frame[14] = static_cast<std::byte>(XXH32(&frame[4], 10, 0) >> 8 & 0xFF);
-        for (const std::size_t threads : kThreads)
+        for (const std::size_t threads : kThreads) {
             EXPECT_EQ(ReadBy(threads, frame, 1000).has_value(), size == kSmallBlock);
+            EXPECT_EQ(PiecesBy(threads, frame).has_value(), size == kSmallBlock);
+        }
     }
 }
 
@@ -232,6 +265,40 @@ TEST(FrameReader, SaysWhenABlockInWorkGetsNoMemory) {
     }
 }
 
+// A sink gets content of any size by the memory for what is in work.
+TEST(FrameReader, HoldsNoMoreOfAFrameThanItsPieces) {
+    const Bytes content(3000000, std::byte{4});
+    SFrameForm form{LZ4F_max64KB};
+    form.blockBytes = kSmallBlock;
+    const Bytes blocks = FrameOf(content, form);
+    form.mode = LZ4F_blockLinked;
+    const Bytes linked = FrameOf(content, form);
+    const std::uint64_t held = CMemoryBudget::Process().Outstanding();
+    const Bytes noise = Noise(3000000);
+    const Bytes asItIs = FrameOf(noise, {});
+    const auto statusWith = [&](std::uint64_t more, const Bytes& frame, std::size_t threads) {
+        const CTransferReport report;
+        const CBudgetLimit limit(held + more);
+        CPipe pipe(frame);
+        CKeptContent kept;
+        const Status status = ReadFrame(pipe, frame.size(), threads, kept);
+        EXPECT_EQ(report.WasMemoryRefused(), status == E_OUTOFMEMORY);
+        EXPECT_EQ(kept.Taken() == (&frame == &asItIs ? noise : content), status == S_OK);
+        EXPECT_EQ(CMemoryBudget::Process().Outstanding(), held);
+        return status;
+    };
+    for (const std::size_t threads : {1U, 3U}) {
+        EXPECT_EQ(statusWith(threads * (kSmallBlock + blocks.size()), blocks, threads), S_OK);
+        EXPECT_EQ(statusWith(kSmallBlock, blocks, threads), E_OUTOFMEMORY);
+        EXPECT_EQ(statusWith(0, blocks, threads), E_OUTOFMEMORY);
+        EXPECT_EQ(statusWith(threads << 19, asItIs, threads), S_OK); // no more than 512 KiB each
+        EXPECT_EQ(statusWith((1U << 19) - 1, asItIs, threads), E_OUTOFMEMORY);
+    }
+    EXPECT_EQ(statusWith((std::uint64_t{1} << 20) + linked.size(), linked, 1), S_OK);
+    EXPECT_EQ(statusWith(std::uint64_t{1} << 20, linked, 1), E_OUTOFMEMORY);
+    EXPECT_EQ(statusWith(0, linked, 1), E_OUTOFMEMORY);
+}
+
 TEST(FrameReader, ADamagedBlockEndsTheWorkOfAllThreads) {
     const Bytes content = MixedBytes(600000, 1000);
     SFrameForm form{LZ4F_max64KB};
@@ -241,6 +308,8 @@ TEST(FrameReader, ADamagedBlockEndsTheWorkOfAllThreads) {
     frame[5000] ^= std::byte{1};
     for (int run = 0; run < 100; ++run)
         EXPECT_FALSE(ReadBy(8, frame, 900).has_value());
+    for (int run = 0; run < 20; ++run)
+        EXPECT_FALSE(PiecesBy(8, frame).has_value());
 }
 
 TEST(FrameReader, TellsTheCallingThreadWhatAnotherIsRefused) {
