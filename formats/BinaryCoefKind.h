@@ -72,6 +72,13 @@ struct SBinaryCoefKind {
         LoadMasked(stored, AllEntries(), element);
     }
 
+    /// As `Load`, of an element as it lies in a file.
+    static void LoadBytes(const std::byte* bytes, SMatrixCoef& element) {
+        Stored stored;
+        std::memcpy(&stored, bytes, sizeof stored);
+        Load(stored, element);
+    }
+
     /// As `Load`, but a stored entry whose flag is false stays as it was.
     static void LoadMasked(const Stored& stored, const EntryMask& mask, SMatrixCoef& element) {
         if constexpr (kIsDiagonal)
@@ -118,6 +125,11 @@ struct S9fCoefKind : MatrixCoefKind<SFloatValue> {
     /// The result of copying a whole grid over the map's, a truth value, is the status.
     static constexpr Status kWholeMapRead = MakeStatus(1);
     static constexpr bool kTakesPreparedBody = true;
+
+    /// What a file holds is the start of a map's element.
+    static void LoadBytes(const std::byte* bytes, SMatrixCoef& element) {
+        std::memcpy(element.m.data(), bytes, kStoredBytes);
+    }
 
     /// Copies twelve values from the start of a stored element: nine of its own and the first three
     /// of the one behind it.

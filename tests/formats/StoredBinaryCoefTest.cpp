@@ -6,9 +6,8 @@
 #include <gtest/gtest.h>
 
 #include "formats/BinaryCoefTransfer.h"
-#include "tests/formats/BinaryKinds.h"
+#include "tests/formats/BinaryFiles.h"
 #include "tests/formats/DamagedInputs.h"
-#include "tests/support/LzFrames.h"
 #include "tests/support/Streams.h"
 #include "trevolt/TransferReport.h"
 
@@ -20,33 +19,8 @@ using namespace test;
 constexpr std::uint32_t kCodes[] = {1, 2, 3};
 
 template <class Kind>
-class StoredBinaryCoef : public testing::Test {
+class StoredBinaryCoef : public CBinaryFiles<Kind> {
   protected:
-    static const BinaryKind& Named() {
-        for (const BinaryKind& kind : kBinaryKinds)
-            if (static_cast<std::uint8_t>(kind.magic[0]) == Kind::kMagic[0])
-                return kind;
-        return kBinaryKinds[0];
-    }
-
-    static Bytes File(const PixelSize& size, const Bytes& raw, const SFrameForm& form = {},
-                      std::uint32_t version = 1) {
-        Bytes file = Header(Named(), version, static_cast<std::uint32_t>(size.width),
-                            static_cast<std::uint32_t>(size.height));
-        const Bytes frame = FrameOf(raw, form);
-        file.insert(file.end(), frame.begin(), frame.end());
-        return file;
-    }
-
-    /// A body of every byte and every kind of float; half of the elements are alike.
-    static Bytes WildBody(const PixelSize& size) {
-        const auto count = static_cast<std::size_t>(size.width * size.height);
-        Bytes raw = Noise(count * Kind::kStoredBytes);
-        for (std::size_t i = 0; i < count; i += 2)
-            std::memcpy(&raw[i * Kind::kStoredBytes], &kWild, Kind::kStoredBytes);
-        return raw;
-    }
-
     static SStoredLoad Load(const Bytes& file, std::size_t threads = 1) {
         std::istringstream stream = StreamBehindPrefix(file);
         return LoadStoredBinaryCoef<Kind>(stream, threads);
@@ -104,22 +78,11 @@ class StoredBinaryCoef : public testing::Test {
                             &raw[static_cast<std::size_t>(y * size.width + x) * kBytes], kBytes);
             }
         }
-        return File(turn.TurnedSize(), turned);
+        return CBinaryFiles<Kind>::File(turn.TurnedSize(), turned);
     }
-
-    // Nine floats: a NaN with a payload, a signalling one, infinities, denormals, −0, and two that
-    // no byte holds.
-    static constexpr std::array<std::uint32_t, 9> kWild{0x7FC12345, 0xFF800001, 0x7F800000,
-                                                        0xFF800000, 0x00000001, 0x807FFFFF,
-                                                        0x80000000, 0x40490FDB, 0xC479FFFF};
 };
 
-template <class /*unused*/, class... Kinds>
-using StoredTypesBehind = testing::Types<Kinds...>;
-#define TREVOLT_TYPE(Kind) , Kind
-using StoredBinaryKinds = StoredTypesBehind<void TREVOLT_EACH_BINARY_COEF_KIND(TREVOLT_TYPE)>;
-#undef TREVOLT_TYPE
-TYPED_TEST_SUITE(StoredBinaryCoef, StoredBinaryKinds);
+TYPED_TEST_SUITE(StoredBinaryCoef, BinaryKindTypes);
 
 TYPED_TEST(StoredBinaryCoef, TurnsAsTheMapDoes) {
     for (const PixelSize& file : {PixelSize{1, 1}, {1, 9}, {9, 1}, {7, 5}, {16, 33}, {40, 17}}) {
