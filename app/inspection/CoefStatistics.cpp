@@ -12,15 +12,100 @@ namespace trevolt {
 namespace {
 
 constexpr std::size_t kValues = std::tuple_size_v<decltype(SMatrixCoef::m)>;
-constexpr std::uint32_t kRunPixels = 256;       ///< what is looked at in one go: it fits the cache
 constexpr std::uint64_t kBandPixels = 1U << 16; ///< of one piece of work, and a row more
 
-// Four values at a time: an element is three such vectors.
+// Vectors of 16 bytes: four values of an element at a time, or the sums of two.
 constexpr std::size_t kLanes = 4;
 constexpr std::size_t kVectors = kValues / kLanes;
 using Floats [[gnu::vector_size(kLanes * sizeof(float))]] = float;
-using Ints [[gnu::vector_size(kLanes * sizeof(std::int32_t))]] = std::int32_t;
-using Doubles [[gnu::vector_size(kLanes * sizeof(double))]] = double;
+using Doubles [[gnu::vector_size(2 * sizeof(double))]] = double;
+using FourDoubles [[gnu::vector_size(kLanes * sizeof(double))]] = double;
+
+/// What is known of a run of pixels that are all numbers, value by value.
+struct SRun {
+    std::array<float, kValues> least;
+    std::array<float, kValues> greatest;
+    std::array<double, kValues> sum; ///< a NaN where some may be none
+
+    SRun(const SMatrixCoef* elements, std::uint32_t count) {
+        FindBounds(elements, count);
+        FindSum(elements, count);
+    }
+
+    bool HasNumbersOnly() const {
+        return std::none_of(sum.begin(), sum.end(), [](double value) { return std::isnan(value); });
+    }
+
+  private:
+    // Each by itself: what both have in work is more than every processor has registers for.
+    void FindBounds(const SMatrixCoef* elements, std::uint32_t count) {
+        std::array<Floats, kVectors> low;
+        std::memcpy(&low, elements->m.data(), sizeof low);
+        std::array<Floats, kVectors> high = low;
+        for (std::uint32_t i = 1; i < count; ++i)
+            for (std::size_t v = 0; v < kVectors; ++v) {
+                const Floats value = VectorOf(elements[i], v);
+                low[v] = value < low[v] ? value : low[v];
+                high[v] = value > high[v] ? value : high[v];
+            }
+        std::memcpy(&least, &low, sizeof least);
+        std::memcpy(&greatest, &high, sizeof greatest);
+    }
+
+    void FindSum(const SMatrixCoef* elements, std::uint32_t count) {
+        std::array<Doubles, 2 * kVectors> added{};
+        for (std::uint32_t i = 0; i < count; ++i)
+            for (std::size_t v = 0; v < kVectors; ++v) {
+                const auto value = __builtin_convertvector(VectorOf(elements[i], v), FourDoubles);
+                added[2 * v] += __builtin_shufflevector(value, value, 0, 1);
+                added[2 * v + 1] += __builtin_shufflevector(value, value, 2, 3);
+            }
+        std::memcpy(&sum, &added, sizeof sum);
+    }
+
+    static Floats VectorOf(const SMatrixCoef& element, std::size_t v) {
+        Floats vector;
+        std::memcpy(&vector, element.m.data() + v * kLanes, sizeof vector);
+        return vector;
+    }
+};
+
+/// Tells default pixels by the wanted values.
+class CDefaultTest {
+  public:
+    explicit CDefaultTest(const MapValues& wanted) {
+        for (std::size_t k = 0; k < kValues; ++k)
+            if (wanted.test(k))
+                m_wanted[m_count++] = k;
+    }
+
+    /// Whether there may be one among the pixels of a run.
+    bool MayBeIn(const SRun& run) const {
+        return AreAll([&](std::size_t k) {
+            return run.least[k] <= kDefault.m[k] && kDefault.m[k] <= run.greatest[k];
+        });
+    }
+
+    std::uint32_t Count(const SMatrixCoef* elements, std::uint32_t count) const {
+        return static_cast<std::uint32_t>(
+            std::count_if(elements, elements + count, [this](const SMatrixCoef& element) {
+                return AreAll([&](std::size_t k) { return element.m[k] == kDefault.m[k]; });
+            }));
+    }
+
+  private:
+    template <class Test>
+    bool AreAll(const Test& test) const {
+        return std::all_of(m_wanted.begin(),
+                           m_wanted.begin() + static_cast<std::ptrdiff_t>(m_count), test);
+    }
+
+    static constexpr SMatrixCoef kDefault{};
+    std::array<std::size_t, kValues> m_wanted{};
+    std::size_t m_count = 0;
+};
+
+bool IsOutside(float value) { return value < 0.0F || value > 1.0F; }
 
 /// What is known of a band's pixels, value by value.
 struct SBand {
@@ -36,51 +121,35 @@ struct SBand {
         greatest.fill(-std::numeric_limits<float>::infinity());
     }
 
-    void Add(const SMatrixCoef* elements, std::uint32_t count) {
-        if (!AddNumbers(elements, count))
+    /// Adds a run of pixels. Most have numbers only, none of them outside, and no default pixel.
+    void Add(const SMatrixCoef* elements, std::uint32_t count, const CDefaultTest& test) {
+        const SRun run(elements, count);
+        const bool hasNumbersOnly = run.HasNumbersOnly();
+        if (hasNumbersOnly)
+            AddNumbers(run, elements, count);
+        else
             AddAny(elements, count);
+        if (!hasNumbersOnly || test.MayBeIn(run))
+            defaults += test.Count(elements, count);
     }
 
   private:
-    /// What is known of a run of numbers.
-    struct SRun {
-        std::array<Floats, kVectors> least;
-        std::array<Floats, kVectors> greatest;
-        std::array<Doubles, kVectors> sum{};
-        std::array<Ints, kVectors> outside{};
-    };
-
-    /// Adds pixels whose values are all numbers, as most are; false, and nothing is added, where a
-    /// sum shows that some may be none.
-    bool AddNumbers(const SMatrixCoef* elements, std::uint32_t count) {
-        SRun run;
-        std::memcpy(&run.least, elements->m.data(), sizeof run.least);
-        run.greatest = run.least;
-        for (std::uint32_t i = 0; i < count; ++i)
-            for (std::size_t v = 0; v < kVectors; ++v) {
-                Floats value;
-                std::memcpy(&value, elements[i].m.data() + v * kLanes, sizeof value);
-                run.least[v] = value < run.least[v] ? value : run.least[v];
-                run.greatest[v] = value > run.greatest[v] ? value : run.greatest[v];
-                run.sum[v] += __builtin_convertvector(value, Doubles);
-                run.outside[v] -= (value < 0.0F) | (value > 1.0F); // a true lane is -1
-            }
-        for (std::size_t k = 0; k < kValues; ++k)
-            if (std::isnan(run.sum[k / kLanes][k % kLanes]))
-                return false;
-        Take(run);
-        return true;
+    void AddNumbers(const SRun& run, const SMatrixCoef* elements, std::uint32_t count) {
+        for (std::size_t k = 0; k < kValues; ++k) {
+            least[k] = std::min(least[k], run.least[k]);
+            greatest[k] = std::max(greatest[k], run.greatest[k]);
+            sum[k] += run.sum[k];
+            if (IsOutside(run.least[k]) || IsOutside(run.greatest[k]))
+                outside[k] += CountOutside(k, elements, count);
+        }
     }
 
-    void Take(const SRun& run) {
-        for (std::size_t k = 0; k < kValues; ++k) {
-            const std::size_t vector = k / kLanes;
-            const std::size_t lane = k % kLanes;
-            least[k] = std::min<float>(least[k], run.least[vector][lane]);
-            greatest[k] = std::max<float>(greatest[k], run.greatest[vector][lane]);
-            sum[k] += run.sum[vector][lane];
-            outside[k] += static_cast<std::uint32_t>(run.outside[vector][lane]);
-        }
+    static std::uint32_t CountOutside(std::size_t k, const SMatrixCoef* elements,
+                                      std::uint32_t count) {
+        std::uint32_t outside = 0;
+        for (std::uint32_t i = 0; i < count; ++i)
+            outside += IsOutside(elements[i].m[k]) ? 1 : 0;
+        return outside;
     }
 
     void AddAny(const SMatrixCoef* elements, std::uint32_t count) {
@@ -97,64 +166,90 @@ struct SBand {
         least[k] = std::min(least[k], value);
         greatest[k] = std::max(greatest[k], value);
         sum[k] += static_cast<double>(value);
-        outside[k] += value < 0.0F || value > 1.0F ? 1U : 0U;
+        outside[k] += IsOutside(value) ? 1U : 0U;
     }
 };
 
-/// Tells default pixels by the wanted values.
-class CDefaultTest {
+/// All bands, which are added in their order, so that the sums do not depend on who made them.
+class CTotal {
   public:
-    explicit CDefaultTest(const MapValues& wanted) {
-        for (std::size_t k = 0; k < kValues; ++k)
-            if (wanted.test(k))
-                m_wanted[m_count++] = k;
+    void Add(const SBand& band) {
+        m_defaults += band.defaults;
+        for (std::size_t k = 0; k < kValues; ++k) {
+            m_least[k] = std::min(m_least[k], band.least[k]);
+            m_greatest[k] = std::max(m_greatest[k], band.greatest[k]);
+            m_sum[k] += band.sum[k];
+            m_outside[k] += band.outside[k];
+            m_nan[k] += band.nan[k];
+        }
     }
 
-    std::uint32_t Count(const SMatrixCoef* elements, std::uint32_t count) const {
-        return static_cast<std::uint32_t>(
-            std::count_if(elements, elements + count, [this](const SMatrixCoef& element) {
-                return std::all_of(m_wanted.begin(),
-                                   m_wanted.begin() + static_cast<std::ptrdiff_t>(m_count),
-                                   [&](std::size_t k) { return element.m[k] == kDefault.m[k]; });
-            }));
+    SCoefStatistics Statistics(const MapValues& wanted, std::uint64_t pixels) const {
+        SCoefStatistics statistics{pixels, m_defaults, wanted, {}};
+        for (std::size_t k = 0; k < kValues; ++k)
+            statistics.values[k] = Value(k, pixels - m_nan[k]);
+        return statistics;
     }
 
   private:
-    static constexpr SMatrixCoef kDefault{};
-    std::array<std::size_t, kValues> m_wanted{};
-    std::size_t m_count = 0;
+    SValueStatistics Value(std::size_t k, std::uint64_t numbers) const {
+        constexpr float kNone = std::numeric_limits<float>::quiet_NaN();
+        if (numbers == 0)
+            return {kNone, kNone, kNone, m_outside[k], m_nan[k]};
+        // Infinities of both signs have no sum, and the sign of that is the processor's.
+        const double mean = std::isnan(m_sum[k]) ? std::numeric_limits<double>::quiet_NaN()
+                                                 : m_sum[k] / static_cast<double>(numbers);
+        return {m_least[k], m_greatest[k], mean, m_outside[k], m_nan[k]};
+    }
+
+    std::array<float, kValues> m_least = SBand().least;
+    std::array<float, kValues> m_greatest = SBand().greatest;
+    std::array<double, kValues> m_sum{};
+    std::array<std::uint64_t, kValues> m_outside{};
+    std::array<std::uint64_t, kValues> m_nan{};
+    std::uint64_t m_defaults = 0;
 };
 
-/// Adds the bands up in their order, so that the sums do not depend on who made them.
-SCoefStatistics Total(const std::vector<SBand>& bands, const MapValues& wanted,
-                      std::uint64_t pixels) {
-    SCoefStatistics total;
-    total.pixels = pixels;
-    total.wanted = wanted;
-    SBand all;
-    for (const SBand& band : bands) {
-        total.defaults += band.defaults;
-        for (std::size_t k = 0; k < kValues; ++k) {
-            all.least[k] = std::min(all.least[k], band.least[k]);
-            all.greatest[k] = std::max(all.greatest[k], band.greatest[k]);
-            all.sum[k] += band.sum[k];
-            total.values[k].outside += band.outside[k];
-            total.values[k].nan += band.nan[k];
-        }
-    }
-    for (std::size_t k = 0; k < kValues; ++k) {
-        SValueStatistics& value = total.values[k];
-        const std::uint64_t numbers = pixels - value.nan;
-        constexpr float kNone = std::numeric_limits<float>::quiet_NaN();
-        value.least = numbers == 0 ? kNone : all.least[k];
-        value.greatest = numbers == 0 ? kNone : all.greatest[k];
-        // Infinities of both signs have no sum, and the sign of that is the processor's.
-        value.mean = numbers == 0 || std::isnan(all.sum[k])
-                         ? std::numeric_limits<double>::quiet_NaN()
-                         : all.sum[k] / static_cast<double>(numbers);
-    }
-    return total;
+/// Rows of a band; the last one may have fewer.
+std::uint32_t BandRows(std::uint32_t width) {
+    return static_cast<std::uint32_t>((kBandPixels + width - 1) / width);
 }
+
+class CRunStatistics final : public CStatisticsSink {
+  public:
+    explicit CRunStatistics(const MapValues& wanted) : m_wanted(wanted), m_defaults(wanted) {}
+
+    void TakeSize(const PixelSize& size) noexcept override {
+        const auto width = static_cast<std::uint32_t>(size.width);
+        m_pixels = width * static_cast<std::uint64_t>(size.height);
+        m_bandPixels = width == 0 ? 0 : width * BandRows(width);
+    }
+
+    void TakeRun(const SMatrixCoef* pixels, std::uint32_t count) noexcept override {
+        m_band.Add(pixels, count, m_defaults);
+        m_inBand += count;
+        if (m_inBand < m_bandPixels)
+            return;
+        m_total.Add(m_band);
+        m_band = {};
+        m_inBand = 0;
+    }
+
+    SCoefStatistics Statistics() const override {
+        CTotal total = m_total;
+        total.Add(m_band); // the last one, which may have fewer rows, or none
+        return total.Statistics(m_wanted, m_pixels);
+    }
+
+  private:
+    const MapValues m_wanted;
+    const CDefaultTest m_defaults;
+    std::uint64_t m_pixels = 0;     ///< of the picture
+    std::uint32_t m_bandPixels = 0; ///< of a band that is not the last
+    std::uint32_t m_inBand = 0;     ///< pixels so far
+    SBand m_band;
+    CTotal m_total;
+};
 
 } // namespace
 
@@ -163,25 +258,30 @@ SCoefStatistics StatisticsOf(const CCoefPixels& pixels, const MapValues& values,
     const auto width = static_cast<std::uint32_t>(pixels.Size().width);
     const auto height = static_cast<std::uint32_t>(pixels.Size().height);
     const std::uint64_t count = std::uint64_t{width} * height;
+    CTotal total;
     if (count == 0)
-        return Total({}, values, 0);
-    const auto bandRows = static_cast<std::uint32_t>((kBandPixels + width - 1) / width);
+        return total.Statistics(values, 0);
+    const std::uint32_t bandRows = BandRows(width);
     std::vector<SBand> bands((height + bandRows - 1) / bandRows);
     const CDefaultTest defaults(values);
     ShareOut(bands.size(), threads, [&](std::size_t index) {
-        std::array<SMatrixCoef, kRunPixels> scratch;
+        std::array<SMatrixCoef, kPixelRun> scratch;
         SBand band; // of its own: those that stand side by side would share cache lines
         const auto top = static_cast<std::uint32_t>(index) * bandRows;
         for (std::uint32_t y = top; y < std::min(height, top + bandRows); ++y)
-            for (std::uint32_t x = 0; x < width; x += kRunPixels) {
-                const std::uint32_t inRun = std::min(kRunPixels, width - x);
-                const SMatrixCoef* const run = pixels.Run(x, y, inRun, scratch.data());
-                band.Add(run, inRun);
-                band.defaults += defaults.Count(run, inRun);
+            for (std::uint32_t x = 0; x < width; x += kPixelRun) {
+                const std::uint32_t inRun = std::min(kPixelRun, width - x);
+                band.Add(pixels.Run(x, y, inRun, scratch.data()), inRun, defaults);
             }
         bands[index] = band;
     });
-    return Total(bands, values, count);
+    for (const SBand& band : bands)
+        total.Add(band);
+    return total.Statistics(values, count);
+}
+
+std::unique_ptr<CStatisticsSink> MakeStatisticsSink(const MapValues& values) {
+    return std::make_unique<CRunStatistics>(values);
 }
 
 } // namespace trevolt

@@ -4,9 +4,11 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 
 #include "app/inspection/CoefPixels.h"
 #include "app/rotation/ElementForms.h"
+#include "common/PixelSink.h"
 
 namespace trevolt {
 
@@ -32,5 +34,15 @@ struct SCoefStatistics {
 /// `threads` threads at most, and the result does not depend on their number. Throws std::bad_alloc.
 SCoefStatistics StatisticsOf(const CCoefPixels& pixels, const MapValues& values,
                              std::size_t threads);
+
+/// Tells the same of pixels that come run by run.
+class CStatisticsSink : public CPixelSink {
+  public:
+    /// What `StatisticsOf` tells of the picture, to the last bit, once all its pixels are taken.
+    virtual SCoefStatistics Statistics() const = 0;
+};
+
+/// For the wanted `values`. Throws std::bad_alloc.
+std::unique_ptr<CStatisticsSink> MakeStatisticsSink(const MapValues& values);
 
 } // namespace trevolt

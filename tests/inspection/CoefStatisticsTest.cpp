@@ -1,5 +1,8 @@
 #include "app/inspection/CoefStatistics.h"
 
+#include <algorithm>
+#include <array>
+#include <bit>
 #include <cmath>
 #include <limits>
 
@@ -127,6 +130,50 @@ TEST(CoefStatistics, ThreadsChangeNothing) {
         EXPECT_EQ(one.values[k].greatest, five.values[k].greatest);
         EXPECT_EQ(one.values[k].mean, five.values[k].mean);
     }
+}
+
+/// What a sink tells that gets the map run by run.
+SCoefStatistics StatisticsOfRuns(const CChromaCorrectCoef& map, const MapValues& values) {
+    const auto sink = MakeStatisticsSink(values);
+    sink->TakeSize({map.Width(), map.Height()});
+    const CCoefPixels pixels(map);
+    std::array<SMatrixCoef, kPixelRun> scratch;
+    const auto width = static_cast<std::uint32_t>(map.Width());
+    for (std::uint32_t y = 0; y < static_cast<std::uint32_t>(map.Height()); ++y)
+        for (std::uint32_t x = 0; x < width; x += kPixelRun) {
+            const std::uint32_t count = std::min(kPixelRun, width - x);
+            sink->TakeRun(pixels.Run(x, y, count, scratch.data()), count);
+        }
+    return sink->Statistics();
+}
+
+void ExpectSameBits(const SCoefStatistics& a, const SCoefStatistics& b) {
+    EXPECT_EQ(a.pixels, b.pixels);
+    EXPECT_EQ(a.defaults, b.defaults);
+    EXPECT_EQ(a.wanted, b.wanted);
+    for (std::size_t k = 0; k < a.values.size(); ++k) {
+        EXPECT_EQ(std::bit_cast<std::uint32_t>(a.values[k].least),
+                  std::bit_cast<std::uint32_t>(b.values[k].least));
+        EXPECT_EQ(std::bit_cast<std::uint32_t>(a.values[k].greatest),
+                  std::bit_cast<std::uint32_t>(b.values[k].greatest));
+        EXPECT_EQ(std::bit_cast<std::uint64_t>(a.values[k].mean),
+                  std::bit_cast<std::uint64_t>(b.values[k].mean));
+        EXPECT_EQ(a.values[k].outside, b.values[k].outside);
+        EXPECT_EQ(a.values[k].nan, b.values[k].nan);
+    }
+}
+
+// Sums of numbers that are far apart depend on their order.
+TEST(CoefStatistics, RunsTellWhatAMapDoes) {
+    CChromaCorrectCoef map = RisingMap();
+    for (std::int32_t i = 0; i < 150000; i += 7)
+        map.SetElement(i % 300, i / 300, OfFirstValue(std::ldexp(1.0F + 0x1p-20F, i % 120 - 60)));
+    ExpectSameBits(StatisticsOfRuns(map, kAllOfMatrix), StatisticsOf(map, kAllOfMatrix, 3));
+    map.SetElement(299, 499, OfFirstValue(-1.25F));
+    map.SetElement(10, 250, OfFirstValue(kNoNumber));
+    ExpectSameBits(StatisticsOfRuns(map, kAllOfMatrix), StatisticsOf(map, kAllOfMatrix, 3));
+    ExpectSameBits(StatisticsOfRuns(CChromaCorrectCoef(), kAllOfMatrix),
+                   StatisticsOf(CChromaCorrectCoef(), kAllOfMatrix, 3));
 }
 
 TEST(CoefStatistics, NoPixelHasNoValue) {
