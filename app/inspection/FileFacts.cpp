@@ -28,6 +28,10 @@ struct SFileMark {
 };
 constexpr std::size_t kMarkBytes = sizeof SFileMark::format + sizeof SFileMark::version;
 
+/// One thread sums a piece up while another looks at the piece before it and a third decodes: more would
+/// only wait.
+constexpr std::size_t kThreadsOfPieces = 4;
+
 std::optional<SFileMark> ReadMark(std::istream& stream) {
     SFileMark mark;
     std::array<std::byte, sizeof mark.version> version{};
@@ -71,8 +75,8 @@ class CFactSearch {
         }
         m_source.Open(m_path);
         if (!m_source.IsOpen() || LookAtHeader())
-            if (FindSize() && !LookAtStored())
-                LookAtMap();
+            if (FindSize())
+                LookAtPixels();
         if (m_source.HasOtherSize())
             Fail("its size changed while it was read");
         return std::move(m_facts);
@@ -140,16 +144,39 @@ class CFactSearch {
         m_facts.size = SizeToldBy(*m_facts.kind, width, height);
         if (std::string problem = DescribeMapSize(m_facts.size); !problem.empty())
             Fail(std::move(problem));
-        else if (!CMemoryBudget::Process().HasRoomFor(Pixels() * Stored().elementBytes))
+        else if (IsHeld() && !CMemoryBudget::Process().HasRoomFor(PixelBytes()))
             FailForMemory();
         return m_facts.problems.empty();
+    }
+
+    void LookAtPixels() {
+        if (!IsHeld())
+            LookAtPieces();
+        else if (!LookAtStored())
+            LookAtMap();
+    }
+
+    /// Looks at a file that is read piece by piece, whatever its size.
+    void LookAtPieces() {
+        m_facts.rawBytes = PixelBytes();
+        const auto statistics = MakeStatisticsSink(FormOfKind(*m_facts.kind).Values());
+        const CTransferReport report;
+        const Status status = m_source.TakeOpen([&](std::istream& stream) {
+            return Stored().readPixels(
+                stream, std::min(kThreadsOfPieces, ThreadsToDecode(m_threads, PixelBytes())),
+                *statistics);
+        });
+        Tell(status, report);
+        m_facts.covered = Failed(status) ? 0 : Pixels();
+        if (!Failed(status) && Pixels() != 0)
+            m_facts.statistics = statistics->Statistics();
     }
 
     /// Looks at the file in its own elements; false where only a map can tell what it holds.
     bool LookAtStored() {
         if (Stored().load == nullptr)
             return false;
-        m_facts.rawBytes = Pixels() * Stored().elementBytes;
+        m_facts.rawBytes = PixelBytes();
         const CTransferReport report;
         const SStoredLoad load = m_source.TakeOpen([&](std::istream& stream) {
             return Stored().load(stream, ThreadsToDecode(m_threads, *m_facts.rawBytes), {});
@@ -227,6 +254,11 @@ class CFactSearch {
         return static_cast<std::uint64_t>(m_facts.size.width) *
                static_cast<std::uint64_t>(m_facts.size.height);
     }
+
+    std::uint64_t PixelBytes() const { return Pixels() * Stored().elementBytes; }
+
+    /// Whether the file's pixels are held to be looked at.
+    bool IsHeld() const { return Stored().readPixels == nullptr; }
 
     const SStoredKind& Stored() const { return StoredKindOf(*m_facts.kind); }
 

@@ -50,8 +50,9 @@ struct SFileFacts {
     std::vector<std::string> notes;    ///< what is unusual and no problem
 };
 
-/// Opens the file once and reads it whole; its work is shared among `threads` threads at most. Memory
-/// refused for the pixels is a problem. Throws std::bad_alloc.
+/// Opens the file once and reads it whole; its work is shared among `threads` threads at most. The pixels
+/// of a binary file are looked at as they come, those of others when they are all there. Memory
+/// refused for them is a problem. Throws std::bad_alloc.
 SFileFacts FindFileFacts(const std::wstring& path, std::size_t threads);
 
 } // namespace trevolt

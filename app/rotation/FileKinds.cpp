@@ -11,6 +11,7 @@
 #include "coef/StoredWordCoef.h"
 #include "coef/WordKind.h"
 #include "common/TextConversion.h"
+#include "formats/BinaryCoefPixels.h"
 #include "formats/BinaryCoefTransfer.h"
 #include "formats/StoredBinaryCoef.h"
 #include "trevolt/TextCoefFile.h"
@@ -57,7 +58,8 @@ constexpr SKindRow BinaryFileKind(std::wstring_view extension, int exportOrder) 
              E_COEF_OPENFAILED,
              [](std::istream& stream, std::size_t threads, const SExtrasOfTurn& /*none*/) {
                  return LoadStoredBinaryCoef<Kind>(stream, threads);
-             }},
+             },
+             ReadBinaryCoefPixels<Kind>},
             MakeElementForm<Kind::kStoredCount>(kBinaryValue<Kind>, Kind::kEntries)};
 }
 
@@ -88,7 +90,8 @@ constexpr SStoredKind kStoredWords = VisitElementOf(Kind, SStoredKind{}, []<clas
         kWordKind<Element>.outputOpenFailed,
         [](std::istream& stream, std::size_t threads, const SExtrasOfTurn& extras) {
             return LoadStoredWordCoef(Kind, stream, threads, extras);
-        }};
+        },
+        nullptr};
 });
 
 template <EWordKind Kind>
@@ -126,7 +129,7 @@ constexpr SKindRow TextFileKind(std::wstring_view extension, int exportOrder) {
     return {{extension, exportOrder, LoadText<const wchar_t*>, SaveText,
              ReadTextSize<const wchar_t*>, nullptr, LoadText<std::istream&>,
              ReadTextSize<std::istream&>, nullptr},
-            {0, nullptr, S_OK, nullptr},
+            {0, nullptr, S_OK, nullptr, nullptr},
             MakeElementForm<9>(EStoredValue::Text, kMapForm.places)};
 }
 

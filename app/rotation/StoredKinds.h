@@ -8,6 +8,7 @@
 #include <optional>
 #include <string_view>
 
+#include "common/PixelSink.h"
 #include "common/StoredCoef.h"
 #include "trevolt/FileKinds.h"
 #include "trevolt/StatusCodes.h"
@@ -26,6 +27,11 @@ struct SStoredKind {
     /// Loads the file at whose first byte the stream stands, on up to `threads` threads, and the extras
     /// that are to be kept. The function is null for a kind that stores no elements.
     SStoredLoad (*load)(std::istream& stream, std::size_t threads, const SExtrasOfTurn& extras);
+    /// Hands the pixels of such a file to a sink and holds no more than a few pieces of it; answers as
+    /// the load. Null for a kind whose files must be held: of one that stores no elements, since its
+    /// pixels come in any order, and of word files, since one chunk may lie over another and the digest
+    /// of their store takes them in another order than they stand in.
+    Status (*readPixels)(std::istream& stream, std::size_t threads, CPixelSink& sink);
 };
 
 /// The kind by which a file of this name can be turned in its own elements: one that stores elements

@@ -312,11 +312,58 @@ TEST(FileFacts, ASizeThatLiesIsDamageAndNoLackOfMemory) {
 }
 
 TEST(FileFacts, AWholeFileThatIsTooLargeGetsNoMemory) {
-    const std::wstring path = Sample(L"cabinet/Cab_01.9fcoef");
-    const CBudgetLimit limit(std::uint64_t{40} * 24 * 36 - 1);
+    const std::wstring path = Sample(L"cabinet/Cab_06.9wcoef");
+    const CBudgetLimit limit(std::uint64_t{40} * 24 * 18 - 1);
     const std::vector<std::string> expected{"not enough memory for 40 x 24 pixels"};
     EXPECT_EQ(FindFileFacts(path, 1).problems, expected);
     EXPECT_EQ(LoadCoefFile(path).problems, expected);
+}
+
+/// A `.9fcoef` of 1000 × 300 pixels, 10.8 MB of them.
+std::wstring PutLargeFile(const CTemporaryFolder& folder) {
+    CChromaCorrectCoef map;
+    map.Resize(1000, 300);
+    for (std::int32_t i = 0; i < 300000; ++i)
+        map.SetElement(i % 1000, i / 1000, {{static_cast<float>(i) * 1e-6F}});
+    const std::wstring path = folder.File(L"large.9fcoef");
+    EXPECT_EQ(FindLoadKind(path)->save(map, path.c_str()), S_OK);
+    return path;
+}
+
+TEST(FileFacts, ABinaryFileNeedsNoMemoryForItsPixels) {
+    const CTemporaryFolder folder;
+    const std::wstring path = PutLargeFile(folder);
+    const SCoefLoad load = LoadCoefFile(path);
+    const std::uint64_t held = CMemoryBudget::Process().Outstanding();
+    for (const std::size_t threads : {1U, 2U}) {
+        const CBudgetLimit limit(held + (std::uint64_t{8} << 20));
+        const SFileFacts facts = FindFileFacts(path, threads);
+        EXPECT_EQ(facts.problems, std::vector<std::string>());
+        EXPECT_EQ(facts.rawBytes, 10800000U);
+        EXPECT_EQ(facts.covered, 300000U);
+        ASSERT_TRUE(facts.statistics);
+        ExpectSame(*facts.statistics, StatisticsOf(*load.map, kWholeMatrix, 1));
+    }
+    const CBudgetLimit limit(held + 1000);
+    const SFileFacts refused = FindFileFacts(path, 2);
+    EXPECT_EQ(refused.problems, std::vector<std::string>{"not enough memory to read it whole"});
+    EXPECT_FALSE(refused.statistics);
+}
+
+// What comes before the damage looks like any other file.
+TEST(FileFacts, OfABinaryFileThatIsDamagedAtItsEndNoValueIsTold) {
+    const CTemporaryFolder folder;
+    const std::wstring path = PutLargeFile(folder);
+    Bytes bytes = ReadFile(path);
+    bytes.back() ^= std::byte{1}; // of the checksum over all
+    WriteFile(path, bytes);
+    for (const std::size_t threads : {1U, 2U}) {
+        const SFileFacts facts = FindFileFacts(path, threads);
+        ASSERT_EQ(facts.problems.size(), 1U);
+        EXPECT_EQ(facts.problems[0].substr(0, 22), "cannot be read: E_FAIL");
+        EXPECT_EQ(facts.covered, 0U);
+        EXPECT_FALSE(facts.statistics);
+    }
 }
 
 } // namespace
