@@ -1,6 +1,8 @@
 #include "app/rotation/DemoWall.h"
 
 #include <array>
+#include <new>
+#include <utility>
 
 #include <fmt/xchar.h>
 
@@ -60,6 +62,32 @@ std::string WriteCabinet(COutputFolder& target, std::uint32_t index, bool replac
                        DescribeExistingOutput(WideToShownUtf8(NameOf(index))));
 }
 
+/// Behind why there are no more: how many have their names.
+std::string WithCount(const std::string& why, std::uint32_t written) {
+    return fmt::format("{}: {} of {} cabinets are written", why, written, FileKinds().size());
+}
+
+/// Writes the cabinets until one fails. Why not all have their names, or nothing.
+std::string WriteCabinets(COutputFolder& target, bool replaces,
+                          const std::atomic<bool>& interrupted) {
+    constexpr const char* kNoMemory = "not enough memory";
+    std::string refused = WithCount(kNoMemory, 0);
+    try {
+        for (std::uint32_t i = 0; i < FileKinds().size(); ++i) {
+            if (interrupted)
+                return WithCount("interrupted", i);
+            // Made while there is memory: what has its name is told.
+            std::string refusedNext = WithCount(kNoMemory, i + 1);
+            if (std::string problem = WriteCabinet(target, i, replaces); !problem.empty())
+                return i == 0 ? problem : WithCount(problem, i);
+            refused = std::move(refusedNext);
+        }
+    } catch (const std::bad_alloc&) {
+        return refused;
+    }
+    return {};
+}
+
 } // namespace
 
 std::string WriteDemoWall(const std::wstring& folder, bool replaces, bool sync,
@@ -71,15 +99,10 @@ std::string WriteDemoWall(const std::wstring& folder, bool replaces, bool sync,
     for (std::uint32_t i = 0; i < FileKinds().size() && !replaces; ++i)
         if (const std::wstring name = NameOf(i); IdentityOf(WithSeparator(folder) + name))
             return DescribeExistingOutput(WideToShownUtf8(name));
-    std::uint32_t written = 0;
-    for (; written < FileKinds().size() && !interrupted; ++written)
-        if (std::string problem = WriteCabinet(target, written, replaces); !problem.empty())
-            return problem;
+    std::string problem = WriteCabinets(target, replaces, interrupted);
     if (const int error = target.SyncNames(); error != 0)
         return DescribeFolderSyncProblem(error);
-    return written == FileKinds().size() ? std::string()
-                                         : fmt::format("interrupted: {} of {} cabinets are written",
-                                                       written, FileKinds().size());
+    return problem;
 }
 
 } // namespace trevolt

@@ -764,6 +764,10 @@ class Trouble(CliTest):
             resource.setrlimit(resource.RLIMIT_FSIZE, (0, 0))
         self.expect(self.run_cli('demo', wall, preexec_fn=refuse_long_files, restore_signals=False, environment=UNCOUNTED),
                     1, [], [f'trevolt-cli: {wall}: cannot be written: File too large'])
+        (wall / 'Cab_05.3fcoef').mkdir()
+        self.expect(self.run_cli('demo', '--overwrite', wall), 1, [], [
+            f'trevolt-cli: {wall}: cannot be given its final name in the target folder: Is a '
+            'directory: 4 of 9 cabinets are written'])
 
     @posix_only
     def test_an_interrupted_run_leaves_whole_files_only(self):

@@ -14,6 +14,7 @@ import hashlib
 import os
 import pathlib
 import random
+import re
 import shutil
 import signal
 import subprocess
@@ -39,6 +40,7 @@ DEMO_STRIDES = {'alloc': 223, 'open': 13, 'write': 11, 'short-write': 13, 'close
 # And over the other commands.
 COMMAND_STRIDES = {'alloc': 293, 'open': 7, 'read': 7, 'end': 7, 'short-read': 13, 'write': 29,
                    'short-write': 29, 'seek': 19, 'close': 7, 'sync': 3, 'rename': 2, 'list': 7}
+CABINETS = re.compile(r': (\d) of 9 cabinets are written$', re.MULTILINE)
 IN_MEMORY = '/dev/shm'  # a sync there is a call as any other, and takes no time
 
 
@@ -115,8 +117,11 @@ class DemoBench(Bench):
         is_done = done.stdout == f'demo wall written to {self.target}\n'
         if done.returncode != (0 if is_done else 1) or not (is_done or done.stderr):
             raise Wrong(f'it ends with {done.returncode} and no word of it')
-        if is_done and bytes_of(self.target).keys() != self.outputs.keys():
-            raise Wrong('a cabinet is missing and it tells that the wall is written')
+        part = CABINETS.search(done.stderr)
+        told = len(self.outputs) if is_done else int(part[1]) if part else 0
+        made = len(bytes_of(self.target))
+        if told != made and not self.lost_names(done):
+            raise Wrong(f'it tells of {told} cabinets and made {made}')
 
 
 def look_at_entries(program, preload, place):
