@@ -258,7 +258,7 @@ class CJsonDiffPrinter final : public CDiffPrinter {
              {"size_b", SizeOrUnknown(comparison.sizeOfB)},
              {"pixels", difference ? CJson(difference->pixels) : CJson(nullptr)},
              {"different_pixels", difference ? CJson(difference->differing) : CJson(nullptr)},
-             {"values", difference ? CJson::Of(*difference, PutValues) : CJson(nullptr)},
+             {"values", difference ? CJson::Of(*difference, kPutValues) : CJson(nullptr)},
              {"problems", comparison.problems},
              {"notes", comparison.notes}});
     }
@@ -310,11 +310,11 @@ class CJsonDiffPrinter final : public CDiffPrinter {
         return size ? SizeOf(*size) : CJson(nullptr);
     }
 
-    static constexpr auto PutPosition = [](CJsonLine& line, const PixelPosition& at) {
+    static constexpr auto kPutPosition = [](CJsonLine& line, const PixelPosition& at) {
         line.PutObject({{"x", at.x}, {"y", at.y}});
     };
 
-    static constexpr auto PutValues = [](CJsonLine& line, const SCoefDifference& difference) {
+    static constexpr auto kPutValues = [](CJsonLine& line, const SCoefDifference& difference) {
         CJsonElements elements(line);
         for (std::size_t k = 0; k < difference.values.size(); ++k) {
             const SValueDifference& value = difference.values[k];
@@ -324,7 +324,7 @@ class CJsonDiffPrinter final : public CDiffPrinter {
                               {"one_nan_pixels", value.oneNan},
                               {"mean", value.mean}, // what is not finite becomes null
                               {"maximum", value.most},
-                              {"maximum_at", value.most > 0 ? CJson::Of(value.mostAt, PutPosition)
+                              {"maximum_at", value.most > 0 ? CJson::Of(value.mostAt, kPutPosition)
                                                             : CJson(nullptr)}});
         }
         elements.End();

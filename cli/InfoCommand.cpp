@@ -184,29 +184,30 @@ class CJsonInfoPrinter final : public CInfoPrinter {
         const std::string content = KindName(facts.content);
         const SOwnerTexts owner = TextsOf(facts);
         const std::string digest = DigestOf(facts);
-        PrintObject({{"type", "file"},
-                     {"name", file.name},
-                     {"path", TextOrNull(file.path)},
-                     {"status", facts.problems.empty() ? "whole" : "failed"},
-                     {"kind", TextOrNull(kind)},
-                     {"content", TextOrNull(content)},
-                     {"format_version", ValueOrNull(facts.version)},
-                     {"own_size", SizeOrNull(facts.size)},
-                     {"covered_pixels", ValueOrNull(facts.covered)},
-                     {"stored_bytes", ValueOrNull(facts.storedBytes)},
-                     {"raw_bytes", ValueOrNull(facts.rawBytes)},
-                     {"ratio", HasRatio(facts) ? CJson(RatioOf(facts)) : CJson(nullptr)},
-                     {"origin", words ? CJson::Of(*words, PutOrigin) : CJson(nullptr)},
-                     {"chunks", words ? CJson(words->chunks) : CJson(nullptr)},
-                     {"extra_words", words ? CJson(words->hasExtraWords) : CJson(nullptr)},
-                     {"owner", words && words->owner ? CJson::Of(owner, PutOwner) : CJson(nullptr)},
-                     {"store_digest", TextOrNull(digest)},
-                     {"default_pixels",
-                      HasDefaults(facts) ? CJson(facts.statistics->defaults) : CJson(nullptr)},
-                     {"values", facts.statistics ? CJson::Of(*facts.statistics, PutStatistics)
-                                                 : CJson(nullptr)},
-                     {"problems", facts.problems},
-                     {"notes", facts.notes}});
+        PrintObject(
+            {{"type", "file"},
+             {"name", file.name},
+             {"path", TextOrNull(file.path)},
+             {"status", facts.problems.empty() ? "whole" : "failed"},
+             {"kind", TextOrNull(kind)},
+             {"content", TextOrNull(content)},
+             {"format_version", ValueOrNull(facts.version)},
+             {"own_size", SizeOrNull(facts.size)},
+             {"covered_pixels", ValueOrNull(facts.covered)},
+             {"stored_bytes", ValueOrNull(facts.storedBytes)},
+             {"raw_bytes", ValueOrNull(facts.rawBytes)},
+             {"ratio", HasRatio(facts) ? CJson(RatioOf(facts)) : CJson(nullptr)},
+             {"origin", words ? CJson::Of(*words, kPutOrigin) : CJson(nullptr)},
+             {"chunks", words ? CJson(words->chunks) : CJson(nullptr)},
+             {"extra_words", words ? CJson(words->hasExtraWords) : CJson(nullptr)},
+             {"owner", words && words->owner ? CJson::Of(owner, kPutOwner) : CJson(nullptr)},
+             {"store_digest", TextOrNull(digest)},
+             {"default_pixels",
+              HasDefaults(facts) ? CJson(facts.statistics->defaults) : CJson(nullptr)},
+             {"values",
+              facts.statistics ? CJson::Of(*facts.statistics, kPutStatistics) : CJson(nullptr)},
+             {"problems", facts.problems},
+             {"notes", facts.notes}});
     }
 
     void OnEnd(const SInfoOutcome& outcome) override {
@@ -235,15 +236,15 @@ class CJsonInfoPrinter final : public CInfoPrinter {
                                                        : std::string();
     }
 
-    static constexpr auto PutOrigin = [](CJsonLine& line, const SWordFileFacts& words) {
+    static constexpr auto kPutOrigin = [](CJsonLine& line, const SWordFileFacts& words) {
         line.PutObject({{"x", words.originX}, {"y", words.originY}});
     };
 
-    static constexpr auto PutOwner = [](CJsonLine& line, const SOwnerTexts& owner) {
+    static constexpr auto kPutOwner = [](CJsonLine& line, const SOwnerTexts& owner) {
         line.PutObject({{"name", owner.name}, {"bytes", owner.bytes}, {"flag", owner.flag}});
     };
 
-    static constexpr auto PutStatistics = [](CJsonLine& line, const SCoefStatistics& statistics) {
+    static constexpr auto kPutStatistics = [](CJsonLine& line, const SCoefStatistics& statistics) {
         CJsonElements elements(line);
         for (std::size_t k = 0; k < statistics.values.size(); ++k) {
             const SValueStatistics& value = statistics.values[k];

@@ -17,7 +17,7 @@ std::string_view OutputOf(const SFileOutcome& outcome) {
     return outcome.skipped ? std::string_view() : outcome.outputName;
 }
 
-constexpr auto PutPassedOver = [](CJsonLine& line, const std::vector<SPassedOver>& entries) {
+constexpr auto kPutPassedOver = [](CJsonLine& line, const std::vector<SPassedOver>& entries) {
     CJsonElements elements(line);
     for (const SPassedOver& entry : entries)
         elements.Add({{"name", entry.name}, {"reason", entry.reason}});
@@ -43,7 +43,7 @@ class CJsonPrinter : public CRunPrinter {
              {"dry_run", m_request.dryRun},
              {"shard", {{"number", m_request.shard.number}, {"count", m_request.shard.count}}},
              {"files", plan.turns.size() + plan.unnamable.size()},
-             {"passed_over", CJson::Of(plan.passedOver, PutPassedOver)}});
+             {"passed_over", CJson::Of(plan.passedOver, kPutPassedOver)}});
     }
 
     void OnFile(const SFileOutcome& outcome, std::size_t, std::size_t) override {

@@ -211,7 +211,7 @@ struct SShownPicture {
     const SMapView& view;
 };
 
-constexpr auto PutPicture = [](CJsonLine& line, const SShownPicture& shown) {
+constexpr auto kPutPicture = [](CJsonLine& line, const SShownPicture& shown) {
     const SPreviewOutcome& outcome = shown.outcome;
     const SPaintedValues& values = *outcome.values;
     line.PutObject({{"size", SizeOrNull(outcome.size)},
@@ -250,7 +250,7 @@ class CPreviewObjects : public CPreviewPrinter {
         const SShownPicture picture{outcome, m_view};
         PrintSummary(end, ExitStatus(end),
                      {{"output", isWritten ? CJson(Output()) : CJson(nullptr)},
-                      {"picture", isWritten ? CJson::Of(picture, PutPicture) : CJson(nullptr)},
+                      {"picture", isWritten ? CJson::Of(picture, kPutPicture) : CJson(nullptr)},
                       {"shown", isWritten ? outcome.shown : 0},
                       {"failed", outcome.failed},
                       {"errors", outcome.errors}});
