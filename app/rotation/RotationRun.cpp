@@ -204,13 +204,13 @@ class CPlaces {
         return error;
     }
 
-    /// What is written behind the last file is not to fail then.
+    /// What is written behind the last file is not to fail then; what is seen without writing, the plan
+    /// has told.
     int TryBeside(const std::wstring& path) const {
-        if (path.empty())
+        if (path.empty() || m_request.dryRun)
             return 0;
         const std::wstring folder = FolderPart(path);
-        const COutputFolder place(folder.empty() ? L"." : folder, m_request.sync);
-        return m_request.dryRun ? place.Refusal() : place.Try();
+        return COutputFolder(folder.empty() ? L"." : folder, m_request.sync).Try();
     }
 
     const SRotationRequest& m_request;

@@ -268,7 +268,7 @@ class Mistakes(CliTest):
 
     @posix_only
     def test_what_stands_in_the_place_of_a_file_for_the_end(self):
-        os.mkfifo(self.folder / 'pipe.html')
+        os.mkfifo(self.target / 'pipe.html')
         (self.folder / 'link').symlink_to(self.folder / 'gone')
         (self.folder / 'folder.html').mkdir()
         self.before = self.state()
@@ -279,8 +279,8 @@ class Mistakes(CliTest):
                 (('--manifest', '{D}/link'), 'the manifest {D}/link exists already: choose another name'),
                 (('--manifest', f'{{D}}/{long}'), f'the manifest {{D}}/{long} is no name that the system '
                                                   'takes: File name too long: choose another'),
-                (('--overwrite', '--report', '{D}/pipe.html'),
-                 'the report {D}/pipe.html is neither a file nor a folder: choose another name'),
+                (('--overwrite', '--report', '{T}/pipe.html'),
+                 'the report {T}/pipe.html is neither a file nor a folder: choose another name'),
                 (('--overwrite', '--report', '{D}/folder.html'),
                  'the report {D}/folder.html is a folder: give the name of a file')):
             for dry in ((), ('-n',)) if '--manifest' in flags else ((),):

@@ -877,9 +877,14 @@ TEST_F(RotationRun, WhatAKilledRunLeftIsNoCabinet) {
 
 TEST_F(RotationRun, WhatAKilledRunLeftInTheTargetIsRemoved) {
     AddFile(L"a.3bcoef", 2, 3);
-    WriteText(m_target.File(fmt::format(L".trevolt-{:x}-7ffffff0-1-1.tmp", ProcessRealm())),
-              "half");
+    const std::wstring left =
+        m_target.File(fmt::format(L".trevolt-{:x}-7ffffff0-1-1.tmp", ProcessRealm()));
+    WriteText(left, "half");
     EXPECT_EQ(Run().end, ERotationEnd::AllDone);
+    EXPECT_EQ(m_target.Names(), Names{L"a-90\u00B0.3bcoef"});
+    WriteText(left, "half");
+    m_request.existing = EExistingOutput::Skip;
+    EXPECT_EQ(Run().skipped, 1U) << "nothing is to be written any more";
     EXPECT_EQ(m_target.Names(), Names{L"a-90\u00B0.3bcoef"});
 }
 
