@@ -4,7 +4,7 @@ import csv
 import numpy
 
 import cli_support
-from cli_support import SAMPLES
+from cli_support import SAMPLES, posix_only
 from compose_test import (DIAGONAL, KINDS, OFF_DIAGONAL, ScreenTest, cabinet_pixels, turned_pixels,
                           write_cabinet)
 
@@ -16,8 +16,8 @@ class Crop(ScreenTest):
         self.pixels = cabinet_pixels(9, 12, 7)
         write_cabinet(self.wall, self.pixels)
 
-    def crop(self, target, *arguments):
-        return self.run_cli('crop', self.wall, target, *arguments)
+    def crop(self, target, *arguments, **options):
+        return self.run_cli('crop', self.wall, target, *arguments, **options)
 
     def test_a_rectangle_by_every_turn(self):
         for angle in (0, 90, 180, 270):
@@ -191,6 +191,18 @@ class Crop(ScreenTest):
             self.expect(self.crop(back, '--layout', table, '--cabinet', '3x2'), 2, [],
                         [f'trevolt-cli: {table}: line 2: {told}'])
         self.assertFalse(back.exists())
+
+    @posix_only
+    def test_a_folder_that_takes_no_file_is_seen_before_the_source_is_read(self):
+        self.wall.write_bytes(self.wall.read_bytes()[:-1])
+        table = self.source / 'layout.csv'
+        table.write_text('a.9fcoef,0,0\n')
+        self.target.chmod(0o500)
+        self.addCleanup(self.target.chmod, 0o700)
+        for target in (self.target, self.target / 'new'):
+            self.expect(self.crop(target, '--layout', table, '--cabinet', '3x2', is_bound=True), 1, [],
+                        [f'trevolt-cli: the folder {target} cannot be made, written to or synced: '
+                         'Permission denied: choose another'])
 
     def test_files_that_told_their_sizes_stay(self):
         cabinet = self.source / 'a.9fcoef'
