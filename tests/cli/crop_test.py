@@ -242,3 +242,8 @@ class Crop(ScreenTest):
         file, summary = self.objects(self.crop(piece, '--json', '--overwrite', '--rect', '0,0,99,1'), 2)
         self.assertEqual((file['status'], file['turned_size'], len(summary['errors'])),
                          ('not_written', None, 1))
+        table = self.source / 'wrong.csv'
+        table.write_text('a.9fcoef\n', encoding='ascii')
+        summary, = self.objects(self.crop(self.target, '--json', '--layout', table), 2)
+        self.assertEqual((summary['path'], summary['end'], len(summary['errors'])),
+                         (str(self.wall), 'nothing_to_do', 1))
