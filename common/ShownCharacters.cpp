@@ -74,8 +74,7 @@ CShownCharacter::CShownCharacter(std::string_view text) {
     if (character.length == 0 && (byte < 0x20 || byte >= 0x7F))
         m_size = fmt::format_to_n(m_shown.data(), m_shown.size(), "\\x{:02X}", byte).size;
     else if (IsUnseen(character.code))
-        m_size =
-            fmt::format_to_n(m_shown.data(), m_shown.size(), "\\u{:04X}", character.code).size;
+        m_size = fmt::format_to_n(m_shown.data(), m_shown.size(), "\\u{:04X}", character.code).size;
     else
         m_size = text.copy(m_shown.data(), m_bytes);
 }
