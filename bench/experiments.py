@@ -4,7 +4,7 @@ import math
 import os
 
 from figures import Run
-from workplace import LZ4_PEER, PYTHON_PEER, SECOND_CORE, Failure, touch_free_memory
+from workplace import LZ4_PEER, PYTHON_PEER, SECOND_CORE, Failure
 
 BINARY_KINDS = {'9fcoef': 36, '3fcoef': 12, '9bcoef': 9, '3bcoef': 3}  # bytes of a pixel
 WORD_KINDS = {'9wcoef': 18, '3wcoef': 6, '4wcoef': 8, '12wcoef': 24}
@@ -52,12 +52,12 @@ class Experiment:
     def measure(self, place, steps):
         """{step: runs} of these steps, side by side."""
         self.prepare(place, steps)
+        place.memory = self.memory
         runs = {step: [] for step in steps}
         rounds = self.rounds
         done = 0
         while done < rounds:
             for step in steps:
-                touch_free_memory(self.memory)  # a host may have taken back what the last step freed
                 runs[step].append(self.run_step(place, step))
             done += 1
             if sum(step_runs[0].seconds for step_runs in runs.values()) > LONG_SECONDS:

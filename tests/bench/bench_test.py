@@ -19,11 +19,12 @@ import rows
 import run
 import workplace
 from figures import Goal, Result, Run, exponent, median_run, slope, summary
+from workplace import touch_free_memory
 
 
 def setUpModule():
     """No test touches gigabytes but the one that is about it, and that a few."""
-    touch = mock.patch.object(experiments, 'touch_free_memory')
+    touch = mock.patch.object(workplace, 'touch_free_memory')
     touch.start()
     unittest.addModuleCleanup(touch.stop)
 
@@ -234,19 +235,11 @@ class Rounds(unittest.TestCase):
 
     def test_steps_take_turns_five_times_when_short_and_three_times_when_long(self):
         short, long = self.Script(0.1), self.Script(10)
-        runs = short.measure(None, ['a', 'b'])
-        long.measure(None, ['a', 'b'])
+        runs = short.measure(mock.Mock(), ['a', 'b'])
+        long.measure(mock.Mock(), ['a', 'b'])
         self.assertEqual(short.calls, ['a', 'b'] * 5)
         self.assertEqual(long.calls, ['a', 'b'] * 3)
         self.assertEqual(runs, {'a': [Run(0.1)] * 5, 'b': [Run(0.1)] * 5})
-
-    def test_memory_is_touched_before_every_run(self):
-        script = self.Script(10)
-        script.memory = 5
-        with mock.patch.object(experiments, 'touch_free_memory',
-                               side_effect=lambda count: script.calls.append(count)):
-            script.measure(None, ['a', 'b'])
-        self.assertEqual(script.calls, [5, 'a', 5, 'b'] * 3)
 
     def test_a_screen_is_measured_in_more_memory_than_cabinets(self):
         memory = {row.key: row.experiment.memory for row in rows.ROWS}
@@ -259,7 +252,7 @@ class Rounds(unittest.TestCase):
         def bytes_taken(wanted, available):
             with mock.patch.object(workplace, 'available_bytes', return_value=available), \
                     mock.patch.object(workplace.subprocess, 'run') as started:
-                workplace.touch_free_memory(wanted)
+                touch_free_memory(wanted)
             (command,), options = started.call_args
             self.assertEqual(command[:2], [sys.executable, '-c'])
             self.assertEqual(options, {'check': True})
@@ -274,14 +267,14 @@ class Rounds(unittest.TestCase):
 
         self.assertEqual(bytes_taken(10 * mmap.PAGESIZE, 1 << 30), 10 * mmap.PAGESIZE)
         self.assertEqual(bytes_taken(1 << 30, 8 * mmap.PAGESIZE), 6 * mmap.PAGESIZE)
-        workplace.touch_free_memory(10 * mmap.PAGESIZE)  # raises unless the process ends well
+        touch_free_memory(10 * mmap.PAGESIZE)  # raises unless the process ends well
 
     def test_rows_of_one_experiment_share_its_runs_and_missing_peers_are_not_run(self):
         script = self.Script(0.1)
         table = [rows.Row(key, '', '', None, script, steps, lambda runs: len(runs))
                  for key, steps in (('one', ('a',)), ('two', ('a', 'b')))]
         told = []
-        results = run.measure(None, table, {'the peer'}, told.append)
+        results = run.measure(mock.Mock(), table, {'the peer'}, told.append)
         self.assertEqual(script.calls, ['a'] * 5)
         self.assertEqual(told, results)
         self.assertEqual([(result.key, result.figure) for result in results],
@@ -291,7 +284,7 @@ class Rounds(unittest.TestCase):
         table = [rows.Row(row.key, '', '', None, self.Script(1 + i % 2), ('a',),
                           lambda runs: runs['a'].seconds)
                  for i, row in enumerate(rows.chosen(['cabinets']))]
-        results = run.measure(None, table, set(), mock.Mock())
+        results = run.measure(mock.Mock(), table, set(), mock.Mock())
         self.assertEqual([result.key for result in results],
                          [*(row.key for row in table), 'cabinets'])
         self.assertEqual([result.figure for result in results[:-1]], [1, 2] * 4)
@@ -301,7 +294,7 @@ class Rounds(unittest.TestCase):
         script = self.Script(0.1)
         script.prepare = mock.Mock()
         row = rows.Row('one', '', '', None, script, ('b',), lambda runs: 1)
-        self.assertEqual(run.measure(None, [row], {'the peer'}, mock.Mock())[0].missing, ('the peer',))
+        self.assertEqual(run.measure(mock.Mock(), [row], {'the peer'}, mock.Mock())[0].missing, ('the peer',))
         script.prepare.assert_not_called()
 
 
@@ -336,6 +329,23 @@ class Programs(unittest.TestCase):
                 contextlib.redirect_stdout(out), contextlib.redirect_stderr(err):
             status = run.main()
         return status, out.getvalue(), err.getvalue(), results
+
+    def test_memory_is_touched_right_before_a_run(self):
+        place = self.place()
+        source = self.source(place, 1)
+        place.memory = 5
+        seen = []
+        with mock.patch.object(workplace, 'touch_free_memory', side_effect=lambda count: seen.append(
+                (count, list((place.folder / 'turned').iterdir())))):
+            place.rotate(source)
+            place.rotate(source)
+        self.assertEqual(seen, [(5, [])] * 2)  # what the run before left is gone
+
+    def test_an_experiment_tells_how_much_its_steps_take(self):
+        place = mock.Mock()
+        place.timed.return_value = Run(0.1)
+        experiments.Start().measure(place, ['start'])
+        self.assertEqual(place.memory, experiments.CABINETS_MEMORY)
 
     def test_a_run_tells_what_the_program_between_told(self):
         place = self.place()
