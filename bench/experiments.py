@@ -142,12 +142,21 @@ class Screen(Experiment):
 
 
 class Look(Experiment):
-    """What tells of a screen and shows it, its file read, its LZ4 calls alone, and its map loaded."""
-    steps = ('info', 'preview', 'read', 'calls', 'load')
+    """What tells of a screen and shows it, its file read, its LZ4 calls alone, and its map loaded; of
+    a word file also the sum that is told of its words, alone over as many bytes."""
     memory = SCREEN_MEMORY
 
+    def __init__(self, kind):
+        self.kind = kind
+        self.steps = ('info', 'preview', 'read', 'calls', 'load')
+        if kind in WORD_KINDS:
+            self.steps += ('digest',)
+
     def prepare(self, place, steps):
-        self.file, = place.wall(*SCREEN, 1, COMMON_KIND).iterdir()
+        self.file, = place.wall(*SCREEN, 1, self.kind).iterdir()
+        if 'digest' in steps:
+            self.words = place.fresh('words') / 'words'
+            self.words.write_bytes(bytes(SCREEN_PIXELS * WORD_KINDS[self.kind]))
 
     def run_step(self, place, step):
         return getattr(self, step)(place)
@@ -170,6 +179,9 @@ class Look(Experiment):
 
     def load(self, place):
         return place.timed([place.programs / 'load-map', self.file])
+
+    def digest(self, place):
+        return place.timed(['md5sum', self.words])
 
 
 class Cores(Experiment):

@@ -4,12 +4,13 @@ import statistics
 import typing
 
 from experiments import (BINARY_KINDS, CABINET, CABINETS, COUNTS, DIALOG_CABINETS,
-                         FURTHER_CABINETS, RAW_BYTES, SCREEN, SCREEN_PIXELS, TEXT_CABINETS, Cabinets,
-                         Cores, Counts, Dialog, Faults, Look, MapTurn, Screen, Sizes, Start, Syncs,
-                         Text)
+                         FURTHER_CABINETS, RAW_BYTES, SCREEN, SCREEN_PIXELS, TEXT_CABINETS,
+                         WORD_KINDS, Cabinets, Cores, Counts, Dialog, Faults, Look, MapTurn, Screen,
+                         Sizes, Start, Syncs, Text)
 from figures import Goal, Result, exponent, median_run, slope
 
 PEAK_FACTOR, PEAK_SPARE_BYTES = 2.2, 64e6
+LOOKED_AT = ('9fcoef', '9wcoef')
 SCREEN_PEERS = {'9fcoef': 6, '9wcoef': 20, '3bcoef': 5}  # how many times faster than the script
 
 
@@ -89,13 +90,20 @@ def screen_rows(kind):
               lambda runs: runs['command'].peak_bytes / allowed)
 
 
-def look_rows():
-    look = Look()
+def to_reading(step):
+    """A step to its file read and the bare LZ4 calls."""
+    return lambda runs: runs[step].seconds / (runs['read'].seconds + runs['calls'].seconds)
+
+
+def look_rows(kind):
+    look = Look(kind)
     name = f'a screen of {side(SCREEN)}'
-    yield Row('info.9fcoef', f'info of {name} beside its file read and the bare LZ4 calls',
-              'of the time', Goal('<=', 1.5), look, ('info', 'read', 'calls'),
-              lambda runs: runs['info'].seconds / (runs['read'].seconds + runs['calls'].seconds))
-    yield Row('preview.9fcoef', f'preview of {name} beside its file loaded into a map', 'of the time',
+    yield Row(f'info.{kind}', f'info of {name} beside its file read and the bare LZ4 calls',
+              'of the time', Goal('<=', 1.5), look, ('info', 'read', 'calls'), to_reading('info'))
+    if kind in WORD_KINDS:
+        yield Row(f'info-digest.{kind}', 'MD5 of as many bytes as its words have beside the same',
+                  'of the time', None, look, ('digest', 'read', 'calls'), to_reading('digest'))
+    yield Row(f'preview.{kind}', f'preview of {name} beside its file loaded into a map', 'of the time',
               Goal('<=', 1.5), look, ('preview', 'load'), ratio('preview', 'load'))
 
 
@@ -151,7 +159,8 @@ def single_rows():
 
 MEAN_ROWS = (MeanRow('cabinets', 'the eight kinds together, as the geometric mean',
                      'times as fast', Goal('>=', 4)),)
-ROWS = (*cabinet_rows(), *(row for kind in RAW_BYTES for row in screen_rows(kind)), *look_rows(),
+ROWS = (*cabinet_rows(), *(row for kind in RAW_BYTES for row in screen_rows(kind)),
+        *(row for kind in LOOKED_AT for row in look_rows(kind)),
         *core_rows(), *sync_rows(), *turn_rows(), *growth_rows(), *single_rows())
 
 

@@ -103,6 +103,8 @@ class Table(unittest.TestCase):
         expected = {'screen-lz4.9fcoef': '≤ 0.75', 'screen-script.9fcoef': '≥ 6',
                     'screen-script.9wcoef': '≥ 20', 'screen-script.3bcoef': '≥ 5',
                     'info.9fcoef': '≤ 1.5', 'preview.9fcoef': '≤ 1.5',
+                    'info.9wcoef': '≤ 1.5', 'preview.9wcoef': '≤ 1.5',
+                    'info-digest.9wcoef': 'None',
                     'cores.cabinets': '≥ 1.8', 'cores.screen': '≥ 1.5',
                     'cores-apart.cabinets': 'None', 'cores-apart.screen': 'None',
                     'turn.90': '≤ 1.25',
@@ -130,9 +132,10 @@ class Table(unittest.TestCase):
         self.assertEqual(self.figure('turn.180', runs_of(**{'180': [5], 'copy': [4]})), 1.25)
 
     def test_looking_at_a_file_is_told_by_its_time_to_reading_it(self):
-        runs = runs_of(info=[3], preview=[4], read=[0.5], calls=[1.5], load=[2.5])
+        runs = runs_of(info=[3], preview=[4], read=[0.5], calls=[1.5], load=[2.5], digest=[1])
         self.assertEqual(self.figure('info.9fcoef', runs), 1.5)
         self.assertEqual(self.figure('preview.9fcoef', runs), 1.6)
+        self.assertEqual(self.figure('info-digest.9wcoef', runs), 0.5)
 
     def test_two_jobs_are_told_by_how_much_faster_they_are(self):
         self.assertEqual(self.figure('cores.screen', runs_of(one=[3], two=[2])), 1.5)
@@ -393,12 +396,23 @@ class Programs(unittest.TestCase):
         self.program('load-map', 'exit 0')
         self.program('trevolt-cli', 'for last; do :; done; [ "$1" = info ] || : >"$last"')
         place = self.place()
-        runs = experiments.Look().measure(place, experiments.Look.steps)
+        look = experiments.Look('9fcoef')
+        runs = look.measure(place, look.steps)
         self.assertEqual({step: run[0].seconds for step, run in runs.items()},
                          {'info': 0.25, 'preview': 0.25, 'read': 0.25, 'calls': 0.5, 'load': 0.25})
         self.program('trevolt-cli', 'exit 0')
         with self.assertRaisesRegex(workplace.Failure, 'no picture was written'):
-            experiments.Look().measure(place, ['preview'])
+            look.measure(place, ['preview'])
+
+    def test_the_sum_of_a_word_file_is_of_as_many_bytes_as_its_words_have(self):
+        self.program('make-wall', 'mkdir -p "$1/$5" && : >"$1/$5/a"')
+        self.program('timed-run', '"$@" >/dev/null; echo $? 0.25 12 34')
+        look = experiments.Look('9wcoef')
+        with mock.patch.object(experiments, 'SCREEN_PIXELS', 5):
+            runs = look.measure(self.place(), ['digest'])
+        self.assertEqual(look.words.stat().st_size, 5 * 18)
+        self.assertEqual(runs['digest'][0].seconds, 0.25)
+        self.assertNotIn('digest', experiments.Look('9fcoef').steps)
 
     def test_outputs_do_not_stay_for_the_next_run(self):
         place = self.place()
