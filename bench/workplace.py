@@ -43,6 +43,8 @@ def available_bytes():
 def touch_free_memory(wanted):
     """A virtual machine's first touch of a page costs many times what is measured. A process of its
     own does it, since this one's peak would be inherited by those it starts."""
+    if wanted == 0:
+        return
     count = min(wanted, available_bytes() // 4 * 3)
     program = ('import mmap\n'
                f'memory = mmap.mmap(-1, {count}, flags=mmap.MAP_PRIVATE | mmap.MAP_ANONYMOUS)\n'
