@@ -302,11 +302,7 @@ SVerification VerifyManifest(const std::wstring& path, CVerificationListener& li
         return total;
     }
     CManifestLines lines(stream);
-    while (lines.Next()) {
-        if (interrupted) {
-            total.end = EVerificationEnd::Interrupted;
-            return total;
-        }
+    while (!interrupted && lines.Next()) {
         if (lines.IsBlank())
             continue;
         const auto entry = lines.Entry();
@@ -318,6 +314,10 @@ SVerification VerifyManifest(const std::wstring& path, CVerificationListener& li
         const SVerifiedFile file = Verify(*entry);
         Count(total, file.answer);
         listener.OnFile(file);
+    }
+    if (interrupted) {
+        total.end = EVerificationEnd::Interrupted;
+        return total;
     }
     if (!lines.AreAllThere())
         total.error = WithReason(UnreadableManifest(path), stream.SystemError());

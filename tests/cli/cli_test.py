@@ -1252,6 +1252,9 @@ class Durability(CliTest):
         self.expect(self.interrupted('b.3bcoef', 'verify', sums), 130, [
             f"{self.source / 'a.3bcoef'}: OK", f"{self.source / 'b.3bcoef'}: OK",
             '2 OK, 0 failed, 0 missing, interrupted'], [])
+        sums.write_text(lines[0], encoding='ascii')  # the last one
+        self.expect(self.interrupted('a.3bcoef', 'verify', sums), 130, [
+            f"{self.source / 'a.3bcoef'}: OK", '1 OK, 0 failed, 0 missing, interrupted'], [])
 
     @posix_only
     def test_a_second_interrupt_ends_what_waits_for_ever(self):
