@@ -124,6 +124,11 @@ class CCsvSplitter {
     SCsvTable m_table;
 };
 
+/// Why the system refused the file; not that it has no places to seek, as a pipe.
+int RefusalOf(const CInputFile& file) {
+    return file.SystemError() == ESPIPE ? 0 : file.SystemError();
+}
+
 } // namespace
 
 SCsvTable SplitCsv(std::string_view text) {
@@ -146,9 +151,8 @@ SCsvTable ReadCsv(const std::wstring& path) {
     const auto text = ReadToEnd(file, kLargestCsvBytes);
     if (text)
         return SplitCsv(*text);
-    if (file.SystemError() != 0)
-        table.problems.push_back(WithSystemReason("cannot be read", file.SystemError()) +
-                                 kGiveReadable);
+    if (const int error = RefusalOf(file); error != 0 || file.bad())
+        table.problems.push_back(WithSystemReason("cannot be read", error) + kGiveReadable);
     else if (hasSize && file.eof())
         table.problems.emplace_back("cannot be read whole: it ends before the size that the system "
                                     "tells of it: give a copy");

@@ -332,6 +332,18 @@ class Angles(CliTest):
         self.expect(result, 0, None, [])
         self.assertEqual(self.targets(), [f'{name}-180°.3bcoef' for name in 'abcd'])
 
+    @posix_only
+    def test_a_table_that_is_too_large_is_told_through_a_pipe_as_well(self):
+        self.table.write_bytes(b'*,90\n'.ljust((64 << 20) + 1, b'\n'))
+        with subprocess.Popen(['cat', self.table], stdout=subprocess.PIPE) as giver:
+            piped = self.run_cli('rotate', '-n', '--angles', '/dev/stdin', self.source, self.target,
+                                 stdin=giver.stdout)
+        for result, table in ((piped, '/dev/stdin'),
+                              (self.run_cli('rotate', '-n', '--angles', self.table, self.source,
+                                            self.target), self.table)):
+            self.expect(result, 2, [], [f'trevolt-cli: --angles: {table}: cannot be read whole: '
+                                        'give a file of 67108864 bytes at most'])
+
     def test_what_does_not_fit_is_named_before_anything_is_written(self):
         given = f'--angles: {self.table}:'
         table = f'the table of angles {self.table}'
