@@ -8,7 +8,9 @@
 #include <span>
 #include <vector>
 
+#include "formats/BinaryCoefBody.h"
 #include "formats/BinaryCoefKind.h"
+#include "formats/BinaryCoefPixels.h"
 #include "fuzz/FuzzInput.h"
 #include "fuzz/FuzzMap.h"
 #include "trevolt/BinaryCoefFile.h"
@@ -28,12 +30,65 @@ struct SKind {
     Status (*write)(const CChromaCorrectCoef&, std::ostream&, const CMassiveGrid*);
     Status (*readSize)(std::istream&, std::uint32_t&, std::uint32_t&);
     Status wholeMapRead;
+    void (*checkPixels)(std::span<const std::byte> input);
 };
-constexpr std::array<SKind, 4> kKinds{
-    {{S9fCoefKind::kMagic, Read9fCoefFile, Write9fCoefFile, Read9fCoefSize, MakeStatus(1)},
-     {S3fCoefKind::kMagic, Read3fCoefFile, Write3fCoefFile, Read3fCoefSize, S_OK},
-     {S9bCoefKind::kMagic, Read9bCoefFile, Write9bCoefFile, Read9bCoefSize, S_OK},
-     {S3bCoefKind::kMagic, Read3bCoefFile, Write3bCoefFile, Read3bCoefSize, S_OK}}};
+
+/// Holds the pixels that come piece by piece to those of a body.
+template <class Kind>
+class CBodyPixels final : public CPixelSink {
+  public:
+    explicit CBodyPixels(const CMassiveGrid& body) : m_body(body) {}
+
+    void TakeSize(const PixelSize& size) noexcept override { m_size = size; }
+    void TakeRun(const SMatrixCoef* pixels, std::uint32_t count) noexcept override {
+        for (std::uint32_t i = 0; i < count; ++i, ++m_taken)
+            if (m_taken < m_body.ElementCount())
+                Check(SameBits(pixels[i], PixelOf(static_cast<std::uint32_t>(m_taken))));
+    }
+
+    const PixelSize& Size() const { return m_size; }
+    std::uint64_t Taken() const { return m_taken; }
+
+  private:
+    SMatrixCoef PixelOf(std::uint32_t index) const {
+        SMatrixCoef pixel;
+        Kind::LoadBytes(m_body.Element(index), pixel);
+        return pixel;
+    }
+
+    const CMassiveGrid& m_body;
+    PixelSize m_size;
+    std::uint64_t m_taken = 0;
+};
+
+/// Checks that the input is read piece by piece as its body is: with the same status, and the same
+/// pixels of a whole one. Where one of both gets no memory, the other may do with less.
+template <class Kind>
+void CheckPixels(std::span<const std::byte> input) {
+    std::istringstream bodyStream = StreamOf(input);
+    CMassiveGrid body(Kind::kStoredBytes);
+    const Status held = ReadCoefBody(bodyStream, Kind::kMagic, body);
+    std::istringstream stream = StreamOf(input);
+    CBodyPixels<Kind> pixels(body);
+    const Status status = ReadBinaryCoefPixels<Kind>(stream, 1, pixels);
+    Check(status == held || status == E_OUTOFMEMORY || held == E_OUTOFMEMORY);
+    const auto all = static_cast<std::uint64_t>(pixels.Size().width) *
+                     static_cast<std::uint64_t>(pixels.Size().height);
+    Check(pixels.Taken() <= all);
+    if (Failed(status) || Failed(held))
+        return;
+    Check(pixels.Size() == PixelSize{body.Width(), body.Height()});
+    Check(pixels.Taken() == all);
+}
+
+constexpr std::array<SKind, 4> kKinds{{{S9fCoefKind::kMagic, Read9fCoefFile, Write9fCoefFile,
+                                        Read9fCoefSize, MakeStatus(1), CheckPixels<S9fCoefKind>},
+                                       {S3fCoefKind::kMagic, Read3fCoefFile, Write3fCoefFile,
+                                        Read3fCoefSize, S_OK, CheckPixels<S3fCoefKind>},
+                                       {S9bCoefKind::kMagic, Read9bCoefFile, Write9bCoefFile,
+                                        Read9bCoefSize, S_OK, CheckPixels<S9bCoefKind>},
+                                       {S3bCoefKind::kMagic, Read3bCoefFile, Write3bCoefFile,
+                                        Read3bCoefSize, S_OK, CheckPixels<S3bCoefKind>}}};
 
 struct SSize {
     std::uint32_t width = 0;
@@ -113,6 +168,7 @@ void CheckBinaryFile(std::span<const std::byte> input) {
     const SKind& kind = KindOf(kKinds, input);
     const auto fileSize = ExpectedSize(input, kind);
     CheckSize(input, kind, fileSize);
+    kind.checkPixels(input);
     // A map of a size of its own, which a file overlaps in every way.
     CChromaCorrectCoef other = PaintedMap(7, 5);
     const Status status = CheckRead(input, kind, fileSize, other);
