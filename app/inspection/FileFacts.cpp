@@ -231,7 +231,10 @@ class CFactSearch {
         const Status status = m_source.Take(
             [&](std::istream& stream) { return m_facts.kind->loadStream(map, stream); });
         Tell(status, report);
-        if (!Failed(status) && report.FailedRead() == S_OK && Pixels() != 0)
+        const bool isRead = !Failed(status) && report.FailedRead() == S_OK;
+        if (Stored().load != nullptr)
+            m_facts.covered = isRead ? Pixels() - MissingPixels(report) : 0;
+        if (isRead && Pixels() != 0)
             m_facts.statistics = StatisticsOf(map, FormOfKind(*m_facts.kind).Values(), m_threads);
     }
 

@@ -116,6 +116,11 @@ std::string TakeArray(const SNpyHeader& header, SArray& array) {
     return {};
 }
 
+std::string BytesBehind(std::uint64_t count) {
+    return count == 1 ? "1 byte stands behind its values"
+                      : fmt::format("{} bytes stand behind its values", count);
+}
+
 /// Why the stream does not hold the array and nothing behind it; empty when it does.
 std::string CheckBytes(std::istream& stream, const SArray& array) {
     const std::optional<std::uint64_t> bytes = BytesToEnd(stream);
@@ -125,7 +130,7 @@ std::string CheckBytes(std::istream& stream, const SArray& array) {
         return fmt::format("it is cut short: {} of the {} bytes of its values are there", *bytes,
                            array.Bytes());
     if (*bytes > array.Bytes())
-        return fmt::format("{} bytes stand behind its values", *bytes - array.Bytes());
+        return BytesBehind(*bytes - array.Bytes());
     return {};
 }
 

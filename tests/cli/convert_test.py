@@ -336,7 +336,7 @@ class Convert(CliTest):
             'records': 'its header does not tell of one array of plain numbers',
             'too-wide': 'its shape is (1, 65536, 3): height and width are 1 to 65535',
             'cut': 'it is cut short: 959 of the 960 bytes of its values are there',
-            'longer': '1 bytes stand behind its values',
+            'longer': '1 byte stands behind its values',
             'lying': 'its header does not tell of one array of plain numbers',
             'archive': 'it does not begin as a .npy file does',
             'nothing': 'it does not begin as a .npy file does',

@@ -286,9 +286,17 @@ TEST(FileFacts, AFloatFileUnderAWordKindsName) {
     EXPECT_EQ(facts.kind, FindLoadKind(L".3wcoef"));
     EXPECT_EQ(facts.content, FindLoadKind(L".3fcoef"));
     EXPECT_FALSE(facts.words);
+    EXPECT_EQ(facts.covered, 960U);
     ASSERT_TRUE(facts.statistics);
     EXPECT_EQ(facts.statistics->pixels, 960U);
     EXPECT_EQ(facts.statistics->wanted, MapValues(0x111));
+    Bytes damaged = ReadFile(path);
+    damaged.pop_back();
+    WriteFile(path, damaged);
+    const SFileFacts unread = FindFileFacts(path, 1);
+    EXPECT_EQ(unread.problems.size(), 1U);
+    EXPECT_EQ(unread.covered, 0U);
+    EXPECT_FALSE(unread.statistics);
 }
 
 TEST(FileFacts, ASizeThatLiesIsDamageAndNoLackOfMemory) {

@@ -181,6 +181,7 @@ TEST(NpyFile, CutAnywhereItIsNotRead) {
     const SNpyLoad longer = ReadArray(whole + "xy");
     EXPECT_EQ(longer.map, nullptr);
     EXPECT_EQ(longer.problem, "2 bytes stand behind its values");
+    EXPECT_EQ(ReadArray(whole + "x").problem, "1 byte stands behind its values");
 }
 
 TEST(NpyFile, OtherArraysAreRefusedWithWhatToDo) {
