@@ -4,6 +4,7 @@
 #include <array>
 #include <limits>
 
+#include "common/CheckedArithmetic.h"
 #include "common/LittleEndian.h"
 
 namespace trevolt {
@@ -37,15 +38,13 @@ Status ReadHeader(std::istream& stream, const CoefFileMagic& magic, FileSize& si
 /// Reads header and body; the body is as long as what follows the header.
 Status ReadHeaderAndBody(std::istream& stream, const CoefFileMagic& magic, CMassiveGrid& body,
                          std::size_t threads) {
-    FileSize size;
-    if (const Status status = ReadHeader(stream, magic, size); Failed(status))
+    SStoredBody stored;
+    if (const Status status = FindCoefBody(stream, magic, stored); Failed(status))
         return status;
-    const auto stored = BytesToEnd(stream);
-    if (!stored)
-        return E_FAIL;
-    if (const Status status = body.UncompressFromFile(stream, *stored, threads); Failed(status))
+    if (const Status status = body.UncompressFromFile(stream, stored.bytes, threads);
+        Failed(status))
         return status;
-    if (body.SetShape(size.width, size.height))
+    if (body.SetShape(stored.width, stored.height))
         return S_OK;
     body.Release();
     return E_FAIL;
@@ -58,6 +57,19 @@ Status ReadCoefBody(const CFileSource& source, const CoefFileMagic& magic, CMass
     body.Release();
     return source.Take(
         [&](std::istream& stream) { return ReadHeaderAndBody(stream, magic, body, threads); });
+}
+
+Status FindCoefBody(std::istream& stream, const CoefFileMagic& magic, SStoredBody& body) {
+    FileSize size;
+    if (const Status status = ReadHeader(stream, magic, size); Failed(status))
+        return status;
+    if (!CheckedProduct<std::int32_t>(size.width, size.height))
+        return E_FAIL;
+    const auto bytes = BytesToEnd(stream);
+    if (!bytes)
+        return E_FAIL;
+    body = {size.width, size.height, *bytes};
+    return S_OK;
 }
 
 Status ReadCoefFileSize(const CFileSource& source, const CoefFileMagic& magic, std::uint32_t& width,

@@ -19,8 +19,8 @@ namespace trevolt {
 /// Reads a file of the kind with `magic` into `body`, which takes the file's width and height; its
 /// element size must be the kind's. E_COEF_INVALIDARG for a null path, E_COEF_OPENFAILED,
 /// E_COEF_BADFORMAT for another magic, a version above 1 or a file shorter than its header, E_FAIL
-/// for a damaged body, one of another size than the header's, or a stream that cannot tell where it
-/// ends, E_OUTOFMEMORY. After a failure `body` is empty. Up to `threads` threads decode the body.
+/// for a damaged body or one of another size than the header's, and as `FindCoefBody`, E_OUTOFMEMORY.
+/// After a failure `body` is empty. Up to `threads` threads decode the body.
 Status ReadCoefBody(const CFileSource& source, const CoefFileMagic& magic, CMassiveGrid& body,
                     std::size_t threads = 1);
 
@@ -28,6 +28,18 @@ Status ReadCoefBody(const CFileSource& source, const CoefFileMagic& magic, CMass
 /// outputs then unchanged.
 Status ReadCoefFileSize(const CFileSource& source, const CoefFileMagic& magic, std::uint32_t& width,
                         std::uint32_t& height);
+
+/// Of a body that was not read yet.
+struct SStoredBody {
+    std::uint32_t width = 0; ///< in pixels
+    std::uint32_t height = 0;
+    std::uint64_t bytes = 0; ///< that the stream holds of it
+};
+
+/// Takes the header; the stream then stands at the body, of which nothing is read. E_COEF_BADFORMAT as
+/// above; E_FAIL for a size of more pixels than a signed 32-bit number counts, which no body has, or a
+/// stream that cannot tell where it ends, `body` then being unchanged.
+Status FindCoefBody(std::istream& stream, const CoefFileMagic& magic, SStoredBody& body);
 
 /// Writes the header (version 1, the sizes' low 16 bits).
 void WriteCoefHeader(std::ostream& stream, const CoefFileMagic& magic, std::uint32_t width,

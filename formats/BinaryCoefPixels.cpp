@@ -70,16 +70,11 @@ class CPixelRuns final : public CContentSink {
 template <class Kind>
 Status ReadBinaryCoefPixels(std::istream& stream, std::size_t threads, CPixelSink& sink) {
     return CFileSource(stream).Take([&](std::istream& file) {
-        std::uint32_t width = 0;
-        std::uint32_t height = 0;
-        if (const Status status = ReadCoefFileSize(file, Kind::kMagic, width, height);
-            Failed(status))
+        SStoredBody stored;
+        if (const Status status = FindCoefBody(file, Kind::kMagic, stored); Failed(status))
             return status;
-        const auto stored = BytesToEnd(file);
-        if (!stored)
-            return E_FAIL;
-        CPixelRuns<Kind> runs(width, height, sink);
-        if (const Status status = ReadFrame(file, *stored, threads, runs); Failed(status))
+        CPixelRuns<Kind> runs(stored.width, stored.height, sink);
+        if (const Status status = ReadFrame(file, stored.bytes, threads, runs); Failed(status))
             return status;
         return runs.IsWhole() ? S_OK : E_FAIL;
     });

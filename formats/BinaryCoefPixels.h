@@ -13,8 +13,7 @@ namespace trevolt {
 /// Reads the file that lies in the stream from its position to its end and hands its pixels to `sink`:
 /// the values that the kind sets of a map's elements, and the default's for the others. Up to `threads`
 /// threads decode its body, of which each holds no more than two blocks of the frame. Statuses of
-/// `ReadCoefBody`, but a file may have more pixels than a body; after a failure the sink may have taken
-/// something. Compiled for every kind.
+/// `ReadCoefBody`; after a failure the sink may have taken something. Compiled for every kind.
 template <class Kind>
 Status ReadBinaryCoefPixels(std::istream& stream, std::size_t threads, CPixelSink& sink);
 

@@ -23,12 +23,13 @@ std::optional<PixelSize> ReadableSize(const SFileKind& kind, std::uint64_t eleme
     const CTransferReport report;
     const Status status = source.TakeOpen(
         [&](std::istream& stream) { return kind.readStreamSize(stream, width, height); });
-    if (Failed(status) || report.HasReadFailed() || std::max(width, height) > kLargestMapSide)
+    const PixelSize size = SizeToldBy(kind, width, height);
+    if (Failed(status) || report.HasReadFailed() || !DescribeMapSize(kind, size).empty())
         return std::nullopt;
     if (width == 0 || height == 0 ||
         !CMemoryBudget::Process().HasRoomFor(std::uint64_t{width} * height * elementBytes))
         return std::nullopt;
-    return PixelSize{width, height};
+    return size;
 }
 
 /// Nothing where only a map can tell what the file holds, or what is wrong with it.

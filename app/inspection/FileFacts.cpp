@@ -142,7 +142,7 @@ class CFactSearch {
             return false;
         }
         m_facts.size = SizeToldBy(*m_facts.kind, width, height);
-        if (std::string problem = DescribeMapSize(m_facts.size); !problem.empty())
+        if (std::string problem = DescribeMapSize(*m_facts.kind, m_facts.size); !problem.empty())
             Fail(std::move(problem));
         else if (IsHeld() && !CMemoryBudget::Process().HasRoomFor(PixelBytes()))
             FailForMemory();

@@ -11,6 +11,7 @@
 #include "app/inspection/MapValueNames.h"
 #include "app/inspection/NaturalOrder.h"
 #include "app/inspection/PngFile.h"
+#include "app/rotation/CoefFile.h"
 #include "app/rotation/ElementForms.h"
 #include "platform/FileSystem.h"
 #include "trevolt/TransferProblems.h"
@@ -36,8 +37,8 @@ SToldSize ToldSize(const std::wstring& path) {
     const Status status = kind->readSize(path.c_str(), width, height);
     if (Failed(status) || report.HasReadFailed())
         return {{}, DescribeReadProblems(status, report)};
-    const bool isPossible = std::max(width, height) <= kLargestMapSide;
-    return {isPossible ? PixelSize{width, height} : PixelSize{}, {}};
+    const PixelSize size = SizeToldBy(*kind, width, height);
+    return {DescribeMapSize(*kind, size).empty() ? size : PixelSize{}, {}};
 }
 
 /// Why the files of a kind have no such view; else nothing. What they lack of the matrix is 0 on a wall,

@@ -4,12 +4,14 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <utility>
 
 #include <fmt/format.h>
 
 #include "app/rotation/CoefFileSearch.h"
 #include "app/rotation/StoredKinds.h"
+#include "common/CheckedArithmetic.h"
 #include "platform/FileSystem.h"
 #include "platform/SystemError.h"
 #include "trevolt/TransferProblems.h"
@@ -51,7 +53,7 @@ class CCoefFileLoad {
             return false;
         }
         m_load.size = SizeToldBy(*m_load.kind, width, height);
-        if (std::string problem = DescribeMapSize(m_load.size); !problem.empty())
+        if (std::string problem = DescribeMapSize(*m_load.kind, m_load.size); !problem.empty())
             m_load.problems.push_back(std::move(problem));
         return m_load.problems.empty();
     }
@@ -171,13 +173,23 @@ PixelSize SizeToldBy(const SFileKind& kind, std::uint32_t width, std::uint32_t h
                   : PixelSize{width, height};
 }
 
-std::string DescribeMapSize(const PixelSize& size) {
+std::string DescribeMapSize(const SFileKind& kind, const PixelSize& size) {
     if (std::min(size.width, size.height) < 0)
         return fmt::format("its size {} x {} is below 0 in one direction", size.width, size.height);
     if (std::max(size.width, size.height) > kLargestMapSide)
         return fmt::format("its size {} x {} is above {} in one direction", size.width, size.height,
                            kLargestMapSide);
-    return {};
+    // The bytes of a text or word file tell more: damage, or that they are too many for the memory.
+    const bool isBinary = StoredKindOf(kind).readPixels != nullptr;
+    const std::string tooMany = isBinary ? DescribePixelCount(size) : std::string();
+    return tooMany.empty() ? tooMany : "its size " + tooMany;
+}
+
+std::string DescribePixelCount(const PixelSize& size) {
+    if (CheckedProduct<std::int32_t>(size.width, size.height))
+        return {};
+    return fmt::format("{} x {} has more than {} pixels", size.width, size.height,
+                       std::numeric_limits<std::int32_t>::max());
 }
 
 SCoefLoad LoadCoefFile(const std::wstring& path) {

@@ -48,8 +48,13 @@ PixelSize SizeToldBy(const SFileKind& kind, std::uint32_t width, std::uint32_t h
 /// What is wrong with a file that is read whole and has not one pixel.
 inline constexpr const char* kNoPixels = "has no pixels";
 
-/// Why no map has such a size, in plain words; empty when one can.
-std::string DescribeMapSize(const PixelSize& size);
+/// Why no file of the kind that tells such a size is read into a map, in plain words; empty when one
+/// can be.
+std::string DescribeMapSize(const SFileKind& kind, const PixelSize& size);
+
+/// That the size has more pixels than a map or a binary file's body, which are counted in signed 32-bit
+/// numbers, without what has that size; empty when it has not.
+std::string DescribePixelCount(const PixelSize& size);
 
 /// Reads a file of the kind that its name tells into a map of the file's own size. What the file does not
 /// hold of a pixel is the default element's, beside the matrix of `.9fcoef`, too. Throws std::bad_alloc;

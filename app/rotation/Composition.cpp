@@ -1,7 +1,6 @@
 #include "app/rotation/Composition.h"
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 #include <fmt/format.h>
@@ -57,7 +56,8 @@ PixelSize OwnSizeOf(const std::wstring& path, std::vector<std::string>& problems
         problems = DescribeReadProblems(status, report);
         return {};
     }
-    if (std::string problem = DescribeMapSize(SizeToldBy(*kind, width, height)); !problem.empty())
+    if (std::string problem = DescribeMapSize(*kind, SizeToldBy(*kind, width, height));
+        !problem.empty())
         problems.push_back(std::move(problem));
     else if (width == 0 || height == 0)
         problems.emplace_back(kNoPixels);
@@ -137,10 +137,8 @@ class CComposer {
             m_result.errors.push_back(
                 fmt::format("the files reach to {}, and a screen has at most {} in one direction",
                             ShownSize(size), kLargestMapSide));
-        else if (CountOf(size) > std::numeric_limits<std::int32_t>::max())
-            m_result.errors.push_back(fmt::format("a screen of {} has more than {} pixels",
-                                                  ShownSize(size),
-                                                  std::numeric_limits<std::int32_t>::max()));
+        else if (const std::string tooMany = DescribePixelCount(size); !tooMany.empty())
+            m_result.errors.push_back("a screen of " + tooMany);
     }
 
     void CheckPlaces() {

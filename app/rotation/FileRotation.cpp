@@ -200,7 +200,8 @@ class CFileRotation {
         const CTransferReport report;
         const Status status = m_source.Take(
             [&](std::istream& stream) { return m_loadKind.readStreamSize(stream, width, height); });
-        if (std::string problem = DescribeMapSize(SizeToldBy(m_loadKind, width, height));
+        if (std::string problem =
+                DescribeMapSize(m_loadKind, SizeToldBy(m_loadKind, width, height));
             !Failed(status) && !problem.empty()) {
             Fail(std::move(problem));
             return false;

@@ -1064,10 +1064,13 @@ class Limits(CliTest):
 
     def test_pixels_of_any_file(self):
         header = lambda width, height: MAGICS['.3bcoef'] + struct.pack('<IHH', 1, width, height)
-        for width, height in ((65535, 32769), (46341, 46341)):  # more than 2^31 - 1
+        for width, height, problem in (
+                (65535, 32769, 'its size 65535 x 32769 has more than 2147483647 pixels'),
+                (46341, 46341, 'its size 46341 x 46341 has more than 2147483647 pixels'),
+                (65535, 32768, Damage.BAD_CONTENT)):  # its bytes do not hold them
             (self.source / 'a.3bcoef').write_bytes(header(width, height))
             self.expect(self.rotate(), 1, ['0 files turned by 90°, 1 failed'],
-                        [f'a.3bcoef: {Damage.BAD_CONTENT}'])  # its bytes do not hold them
+                        [f'a.3bcoef: {problem}'])
         (self.source / 'a.3bcoef').unlink()
         for side, problem in ((65535, None), (65536, 'its size 65536 x 1 is above 65535 in one '
                                                      'direction')):

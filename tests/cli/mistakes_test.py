@@ -3,6 +3,7 @@ import os
 import re
 import resource
 import shutil
+import struct
 import subprocess
 
 import cli_support
@@ -203,6 +204,27 @@ class Mistakes(CliTest):
                     err=['nowhere.3bcoef: cannot be read: E_COEF_OPENFAILED (0xE0830011): '
                      'the file could not be opened: No such file or directory'])
         self.assertEqual(self.state(), self.before)
+
+    def test_every_command_tells_a_binary_file_of_more_pixels_than_any_has(self):
+        large = self.source / 'a.3bcoef'
+        header = bytearray(large.read_bytes())
+        for size, is_told in (((65535, 32768), False), ((65535, 32769), True)):
+            header[20:24] = struct.pack('<HH', *size)
+            large.write_bytes(header)
+            self.before = self.state()
+            told = 'its size {} x {} has more than 2147483647 pixels'.format(*size)
+            for arguments in ((*TURN, large, self.target), ('info', large),
+                              ('convert', '--to', 'npy', large, self.target),
+                              ('preview', large, self.folder / 'a.png'), ('diff', large, large),
+                              ('crop', large, self.target / 'c.3bcoef', '--rect', '0,0,1,1'),
+                              ('compose', self.target / 'c.3bcoef', f'{large}@0,0')):
+                with self.subTest(command=arguments[0], size=size):
+                    result = self.run_cli(*arguments)
+                    self.assertEqual(told in (result.stdout + result.stderr).decode(), is_told)
+                    self.assertIn(result.returncode, (1, 2))
+                    self.assertEqual(self.state(), self.before)
+        self.expect(self.run_cli(*TURN, '--lenient', '--size', '2x2', large, self.target), 1,
+                    ['0 files turned by 90°, 1 failed'], [f'a.3bcoef: {told}'])
 
     def test_two_inputs_for_one_output(self):
         other = self.folder / 'other'

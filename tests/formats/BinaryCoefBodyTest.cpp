@@ -9,6 +9,7 @@
 #include "tests/support/BufferContent.h"
 #include "tests/support/CoefMaps.h"
 #include "tests/support/ExtremeNumbers.h"
+#include "tests/support/Streams.h"
 
 namespace trevolt {
 namespace {
@@ -95,6 +96,27 @@ TEST(BinaryCoefBody, ReadsTheStoredElementsInTheFilesShape) {
     EXPECT_EQ(ReadCoefBody(path.c_str(), S3bCoefKind::kMagic, body), E_FAIL);
     EXPECT_FALSE(body.HasStorage());
     EXPECT_EQ(body.Width(), 0U);
+}
+
+TEST(BinaryCoefBody, IsFoundBehindAHeaderOfNoMorePixelsThanItHas) {
+    const auto find = [](std::uint32_t width, std::uint32_t height, SStoredBody& body) {
+        Bytes file = Header(kBinaryKinds[k3b], 1, width, height);
+        file.resize(file.size() + 5);
+        std::istringstream stream = StreamOf(file);
+        const Status status = FindCoefBody(stream, S3bCoefKind::kMagic, body);
+        EXPECT_EQ(std::streamoff{stream.tellg()}, 24);
+        return status;
+    };
+    SStoredBody body;
+    EXPECT_EQ(find(65535, 32768, body), S_OK);
+    EXPECT_EQ(body.width, 65535U);
+    EXPECT_EQ(body.height, 32768U);
+    EXPECT_EQ(body.bytes, 5U);
+    EXPECT_EQ(find(46341, 46340, body), S_OK);
+    for (const std::uint32_t height : {46341U, 65535U}) {
+        EXPECT_EQ(find(46341, height, body), E_FAIL);
+        EXPECT_EQ(body.height, 46340U);
+    }
 }
 
 TEST(BinaryCoefBody, IsEmptyAfterAFailureWhateverItHeld) {

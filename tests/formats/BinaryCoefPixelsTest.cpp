@@ -107,6 +107,19 @@ TYPED_TEST(BinaryCoefPixels, OfADamagedFileAreToldAsItsBodyIs) {
     }
 }
 
+TYPED_TEST(BinaryCoefPixels, OfMoreThanABodyHasAreRefusedBeforeTheBodyIsRead) {
+    for (const bool isTooLarge : {false, true}) {
+        const PixelSize size{65535, isTooLarge ? 32769 : 32768};
+        const Bytes file = this->File(size, this->WildBody({7, 5}));
+        CKeptPixels kept;
+        EXPECT_EQ(this->Read(file, kept), E_FAIL);
+        EXPECT_EQ(kept.Size(), isTooLarge ? PixelSize{} : size);
+        std::istringstream stream = StreamOf(file);
+        EXPECT_EQ(LoadStoredBinaryCoef<TypeParam>(stream, 1).status, E_FAIL);
+        EXPECT_EQ(std::streamoff{stream.tellg()} == 24, isTooLarge);
+    }
+}
+
 // A body of several megabytes, and memory for one block of a frame on each thread.
 TYPED_TEST(BinaryCoefPixels, TakeNoMoreMemoryThanTheBlocksInWork) {
     constexpr std::size_t kBlock = std::size_t{64} << 10;

@@ -299,6 +299,23 @@ TEST(FileFacts, AFloatFileUnderAWordKindsName) {
     EXPECT_FALSE(unread.statistics);
 }
 
+TEST(FileFacts, ABinaryFileOfMorePixelsThanABodyHasIsToldAsSuch) {
+    const CTemporaryFolder folder;
+    const std::wstring path = folder.File(L"x.3bcoef");
+    Bytes bytes = ReadFile(Sample(L"cabinet/Cab_04.3bcoef"));
+    PutWord(bytes, 20, 65535U + (32768U << 16));
+    WriteFile(path, bytes);
+    const SFileFacts damaged = FindFileFacts(path, 1);
+    ASSERT_EQ(damaged.problems.size(), 1U);
+    EXPECT_EQ(damaged.problems[0].substr(0, 22), "cannot be read: E_FAIL");
+    PutWord(bytes, 20, 65535U + (32769U << 16));
+    WriteFile(path, bytes);
+    const std::vector<std::string> tooMany{
+        "its size 65535 x 32769 has more than 2147483647 pixels"};
+    EXPECT_EQ(FindFileFacts(path, 1).problems, tooMany);
+    EXPECT_EQ(LoadCoefFile(path).problems, tooMany);
+}
+
 TEST(FileFacts, ASizeThatLiesIsDamageAndNoLackOfMemory) {
     const CTemporaryFolder folder;
     const std::wstring path = folder.File(L"x.3wcoef");

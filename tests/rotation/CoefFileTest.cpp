@@ -103,9 +103,21 @@ TEST(CoefFile, SizesOfTextAreSigned) {
               std::vector<std::string>{"its size -5 x 70000 is below 0 in one direction"});
     const SFileKind& words = *FindLoadKind(L"a.9wcoef");
     EXPECT_EQ(SizeToldBy(words, 0xFFFFFFFB, 3), (PixelSize{4294967291, 3}));
-    EXPECT_EQ(DescribeMapSize({4294967291, 3}),
+    EXPECT_EQ(DescribeMapSize(words, {4294967291, 3}),
               "its size 4294967291 x 3 is above 65535 in one direction");
-    EXPECT_EQ(DescribeMapSize({65535, 0}), "");
+    EXPECT_EQ(DescribeMapSize(words, {65535, 0}), "");
+}
+
+TEST(CoefFile, ABinaryFileHasNoMorePixelsThanABody) {
+    for (const wchar_t* const name : {L"a.9fcoef", L"a.3fcoef", L"a.9bcoef", L"a.3bcoef"}) {
+        const SFileKind& kind = *FindLoadKind(name);
+        EXPECT_EQ(DescribeMapSize(kind, {65535, 32768}), "");
+        EXPECT_EQ(DescribeMapSize(kind, {65535, 32769}),
+                  "its size 65535 x 32769 has more than 2147483647 pixels");
+    }
+    // Of these the bytes are asked first.
+    for (const wchar_t* const name : {L"a.9wcoef", L"a.cccoef"})
+        EXPECT_EQ(DescribeMapSize(*FindLoadKind(name), {65535, 65535}), "");
 }
 
 TEST(CoefFile, OneWithoutPixelsIsAProblemWhereThereIsNoOther) {
