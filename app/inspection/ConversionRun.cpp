@@ -49,13 +49,13 @@ class CFolderConversion {
         std::set<std::wstring> below{L""};
         for (const SPlannedConversion& file : m_plan.files)
             below.insert(file.outputName.substr(0, file.outputName.rfind(kFolderSlash) + 1));
-        for (const std::wstring& one : below) {
+        for (const std::wstring& one : below)
+            m_target.RemoveAbandoned(one);
+        for (const std::wstring& one : below)
             if (const int error = m_target.Make(one); error != 0)
                 return fmt::format("the target folder {} {}",
                                    WideToShownUtf8(WithSeparator(m_request.output) + one),
                                    DescribeRefusedFolder(error));
-            m_target.RemoveAbandoned(one);
-        }
         return {};
     }
 

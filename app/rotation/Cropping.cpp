@@ -148,11 +148,9 @@ class CCropper {
     }
 
     bool MakeTarget() {
-        if (End(HasTargetFailed(m_request.makesFolders ? m_target.Make() : 0),
-                ECompositionEnd::SomeFailed))
-            return false;
         RemoveAbandoned();
-        return true;
+        return !End(HasTargetFailed(m_request.makesFolders ? m_target.Make() : 0),
+                    ECompositionEnd::SomeFailed);
     }
 
     /// Tells why the target folder takes no piece; false where there is no such `errno` value.

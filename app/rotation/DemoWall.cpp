@@ -93,9 +93,9 @@ std::string WriteCabinets(COutputFolder& target, bool replaces,
 std::string WriteDemoWall(const std::wstring& folder, bool replaces, bool sync,
                           const std::atomic<bool>& interrupted) {
     COutputFolder target(folder, sync);
+    target.RemoveAbandoned();
     if (const int error = target.Make(); error != 0)
         return "the folder " + DescribeRefusedFolder(error);
-    target.RemoveAbandoned();
     for (std::uint32_t i = 0; i < FileKinds().size() && !replaces; ++i)
         if (const std::wstring name = NameOf(i); IdentityOf(WithSeparator(folder) + name))
             return DescribeExistingOutput(WideToShownUtf8(name));

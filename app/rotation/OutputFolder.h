@@ -78,7 +78,8 @@ class COutputFolder {
 
     /// Removes the files under work in the folder `below` of runs that certainly ended: those of a process that was counted
     /// as this one is and is gone, and those that nobody has written to for a week. What other
-    /// machines work on stays.
+    /// machines work on stays. It comes before `Make` and `Try`, which may fail for want of the room that
+    /// they take.
     void RemoveAbandoned(const std::wstring& below = {}) const;
 
     /// A file of this run under work, to become `name`, and in the same folder.

@@ -169,7 +169,9 @@ class CPlaces {
     /// Makes the folders of the outputs and clears what killed runs left there; a dry run only looks
     /// at them. Why a file that is wanted cannot come to stand, in plain words; empty when all can.
     std::string Prepare(const SRotationPlan& plan) const {
-        for (const auto& [below, isWritten] : FoldersOf(plan))
+        const std::map<std::wstring, bool> folders = FoldersOf(plan);
+        RemoveAbandoned(folders);
+        for (const auto& [below, isWritten] : folders)
             if (const int error = PrepareFolder(below, isWritten); error != 0)
                 return fmt::format("the target folder {} {}",
                                    WideToShownUtf8(WithSeparator(m_request.targetFolder) + below),
@@ -193,15 +195,19 @@ class CPlaces {
         return folders;
     }
 
+    /// Of all folders, before one is tried: what lies there may be what leaves no room for a new file.
+    void RemoveAbandoned(const std::map<std::wstring, bool>& folders) const {
+        for (const auto& [below, isWritten] : folders)
+            if (!m_request.dryRun)
+                m_target.RemoveAbandoned(below);
+    }
+
     /// One that stands and gets no output may be read-only.
     int PrepareFolder(const std::wstring& below, bool isWritten) const {
         const bool isWanted = isWritten || !IsFolder(WithSeparator(m_request.targetFolder) + below);
-        if (m_request.dryRun)
-            return isWanted ? m_target.Refusal(below) : 0;
-        const int error = isWanted ? m_target.Make(below) : 0;
-        if (error == 0)
-            m_target.RemoveAbandoned(below);
-        return error;
+        if (!isWanted)
+            return 0;
+        return m_request.dryRun ? m_target.Refusal(below) : m_target.Make(below);
     }
 
     /// What is written behind the last file is not to fail then; what is seen without writing, the plan
@@ -210,7 +216,9 @@ class CPlaces {
         if (path.empty() || m_request.dryRun)
             return 0;
         const std::wstring folder = FolderPart(path);
-        return COutputFolder(folder.empty() ? L"." : folder, m_request.sync).Try();
+        const COutputFolder beside(folder.empty() ? L"." : folder, m_request.sync);
+        beside.RemoveAbandoned();
+        return beside.Try();
     }
 
     const SRotationRequest& m_request;

@@ -10,6 +10,10 @@
 #include "tests/rotation/ScreenFiles.h"
 #include "trevolt/Utf8.h"
 
+#ifndef _WIN32
+#include "tests/support/LeftoverFolder.h"
+#endif
+
 namespace trevolt {
 namespace {
 
@@ -270,6 +274,21 @@ TEST_F(Cropping, FoldersAreMadeOnlyWhereTheyAreWanted) {
     EXPECT_EQ(Crop(request).end, ECompositionEnd::Done);
     EXPECT_TRUE(FileExists(m_target.File(L"new/row/a.9fcoef")));
 }
+
+#ifndef _WIN32
+TEST_F(Cropping, WhatAKilledRunLeftIsRemovedWhereNothingElseFits) {
+    const CLeftoverFolder target;
+    WriteInput(L"in.9fcoef");
+    SCropRequest request = Request(L"in.9fcoef", {{L"a.9fcoef", {0, 0, 1, 1}, 0}});
+    request.targetFolder = target.Path();
+    request.makesFolders = true;
+    EXPECT_EQ(
+        Crop(request).errors,
+        CropTexts{"the folder " + WideToShownUtf8(target.Path()) +
+                  " cannot be made, written to or synced: File name too long: choose another"});
+    EXPECT_FALSE(PathExists(target.Left()));
+}
+#endif
 
 TEST_F(Cropping, AnInterruptedOneWritesNoMore) {
     WriteInput(L"in.9fcoef");

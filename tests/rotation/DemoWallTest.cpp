@@ -8,6 +8,10 @@
 #include "tests/support/CoefMaps.h"
 #include "trevolt/FileKinds.h"
 
+#ifndef _WIN32
+#include "tests/support/LeftoverFolder.h"
+#endif
+
 namespace trevolt {
 namespace {
 
@@ -75,6 +79,16 @@ TEST(DemoWall, ReplacesOnlyWhenTold) {
     EXPECT_EQ(WriteDemoWall(folder.Path(), true, false), "");
     EXPECT_NE(ReadText(folder.File(L"Cab_01.9fcoef")), "mine");
 }
+
+#ifndef _WIN32
+TEST(DemoWall, WhatAKilledRunLeftIsRemovedWhereNothingElseFits) {
+    const CLeftoverFolder folder;
+    EXPECT_EQ(
+        WriteDemoWall(folder.Path(), false, false),
+        "the folder cannot be made, written to or synced: File name too long: choose another");
+    EXPECT_FALSE(PathExists(folder.Left()));
+}
+#endif
 
 } // namespace
 } // namespace trevolt

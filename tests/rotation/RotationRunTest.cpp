@@ -33,6 +33,8 @@
 #ifndef _WIN32
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include "tests/support/LeftoverFolder.h"
 #endif
 
 namespace trevolt {
@@ -887,6 +889,28 @@ TEST_F(RotationRun, WhatAKilledRunLeftInTheTargetIsRemoved) {
     EXPECT_EQ(Run().skipped, 1U) << "nothing is to be written any more";
     EXPECT_EQ(m_target.Names(), Names{L"a-90\u00B0.3bcoef"});
 }
+
+#ifndef _WIN32
+TEST_F(RotationRun, WhatAKilledRunLeftIsRemovedWhereNothingElseFits) {
+    const CLeftoverFolder target;
+    AddFile(L"a.3bcoef", 2, 3);
+    m_request.targetFolder = target.Path();
+    m_request.dryRun = true;
+    Run();
+    EXPECT_TRUE(PathExists(target.Left()));
+    m_request.dryRun = false;
+    ExpectNothingToDo("cannot be made, written to or synced: File name too long: choose another");
+    EXPECT_FALSE(PathExists(target.Left()));
+}
+
+TEST_F(RotationRun, WhatAKilledRunLeftBesideTheManifestIsRemovedToo) {
+    const CLeftoverFolder beside;
+    AddFile(L"a.3bcoef", 2, 3);
+    m_request.manifest = beside.Path() + L"m";
+    ExpectNothingToDo("where no file can be made: File name too long: choose another");
+    EXPECT_FALSE(PathExists(beside.Left()));
+}
+#endif
 
 TEST_F(RotationRun, AnOutputThatWouldReplaceAnotherOfTheRunIsNamed) {
     AddFile(L"a.3bcoef", 2, 3);
