@@ -69,6 +69,10 @@ std::optional<EntryKind> KindOfEntry(const std::wstring& path);
 /// value, 0 when it would not.
 int RefusalOfNewFiles(const std::wstring& folder);
 
+/// Why the system would refuse to bring a folder's names to the disk, as far as it tells that without
+/// being asked to: an `errno` value, 0 when it would not.
+int RefusalOfSync(const std::wstring& folder);
+
 /// Whether both paths exist and name the same entry.
 bool IsSameEntry(const std::wstring& a, const std::wstring& b);
 

@@ -63,6 +63,14 @@ EntryKind KindOf(const dirent& entry, const std::string& path, int& error) {
     return EntryKind::File;
 }
 
+/// Why the system would refuse an access to a folder: an `errno` value, 0 when it would not.
+int RefusalOf(const std::wstring& folder, int access) {
+    const auto native = ToNativePath(folder);
+    if (!native)
+        return ENOENT;
+    return faccessat(AT_FDCWD, native->c_str(), access, AT_EACCESS) == 0 ? 0 : errno;
+}
+
 /// What `fsync` has to say of an entry that is opened for it.
 int SyncEntry(const char* path) noexcept {
     const int descriptor = open(path, O_RDONLY | O_CLOEXEC);
@@ -133,12 +141,9 @@ std::optional<EntryKind> KindOfEntry(const std::wstring& path) {
     return KindOf(info);
 }
 
-int RefusalOfNewFiles(const std::wstring& folder) {
-    const auto native = ToNativePath(folder);
-    if (!native)
-        return ENOENT;
-    return faccessat(AT_FDCWD, native->c_str(), W_OK | X_OK, AT_EACCESS) == 0 ? 0 : errno;
-}
+int RefusalOfNewFiles(const std::wstring& folder) { return RefusalOf(folder, W_OK | X_OK); }
+
+int RefusalOfSync(const std::wstring& folder) { return RefusalOf(folder, R_OK); }
 
 bool IsSameEntry(const std::wstring& a, const std::wstring& b) {
     struct stat first {};

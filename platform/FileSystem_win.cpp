@@ -123,6 +123,8 @@ int RefusalOfNewFiles(const std::wstring& folder) {
     return CEntryHandle(folder, 0, FILE_ADD_FILE).IsOpen() ? 0 : ErrnoOfFailure(GetLastError());
 }
 
+int RefusalOfSync(const std::wstring&) { return 0; } // names are written through
+
 bool IsSameEntry(const std::wstring& a, const std::wstring& b) {
     BY_HANDLE_FILE_INFORMATION first{};
     BY_HANDLE_FILE_INFORMATION second{};

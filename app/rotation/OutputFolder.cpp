@@ -100,6 +100,18 @@ std::vector<std::wstring> FoldersThatGrow(const std::wstring& folder) {
     return grown;
 }
 
+/// Why a folder cannot be made below the last of those that grow with it.
+int RefusalOfMissing(const std::wstring& folder, const std::vector<std::wstring>& grown) {
+    std::vector<std::wstring> missing{folder};
+    missing.insert(missing.end(), grown.begin(), grown.end() - 1);
+    if (IsLink(missing.back())) // which leads nowhere
+        return KindOfEntry(missing.back()) || errno == 0 ? ENOENT : errno;
+    for (const std::wstring& one : missing)
+        if (const int error = RefusalOfName(one); error != 0)
+            return error;
+    return 0;
+}
+
 } // namespace
 
 CTemporaryOutput::CTemporaryOutput(std::wstring path, std::wstring finalName)
@@ -120,6 +132,18 @@ int CTemporaryOutput::Sync() const noexcept {
 
 std::string DescribeRefusedFolder(int error) {
     return WithSystemReason("cannot be made, written to or synced", error) + ": choose another";
+}
+
+int RefusalOfName(const std::wstring& path) {
+    const std::vector<std::wstring> grown = FoldersThatGrow(path);
+    if (grown.empty())
+        return 0;
+    const std::wstring inStanding =
+        WithSeparator(grown.back()) + path.substr(FolderPart(path).size());
+    for (const std::wstring& tried : {path, inStanding})
+        if (!KindOfEntry(tried) && errno == ENAMETOOLONG)
+            return ENAMETOOLONG;
+    return 0;
 }
 
 COutputFolder::COutputFolder(const std::wstring& folder, bool sync)
@@ -147,7 +171,13 @@ int COutputFolder::Refusal(const std::wstring& below) const {
     const std::wstring folder = WithoutSeparator(m_folder + below);
     const std::vector<std::wstring> grown = FoldersThatGrow(folder);
     const std::wstring& standing = grown.empty() ? folder : grown.back();
-    return IsFolder(standing) ? RefusalOfNewFiles(standing) : ENOTDIR;
+    if (!IsFolder(standing))
+        return ENOTDIR;
+    if (const int error = RefusalOfNewFiles(standing); error != 0)
+        return error;
+    if (const int error = m_sync ? RefusalOfSync(standing) : 0; error != 0)
+        return error;
+    return grown.empty() ? 0 : RefusalOfMissing(folder, grown);
 }
 
 void COutputFolder::RemoveAbandoned(const std::wstring& below) const {

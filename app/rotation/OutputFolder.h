@@ -56,6 +56,10 @@ struct SKeptOutput {
 /// answers.
 std::string DescribeRefusedFolder(int error);
 
+/// Whether the system takes the name of `path` for something new, whose folder need not stand yet: the
+/// `errno` value of the reason when it is seen that it does not, else 0.
+int RefusalOfName(const std::wstring& path);
+
 /// Used by one thread, `Begin` by any.
 class COutputFolder {
   public:

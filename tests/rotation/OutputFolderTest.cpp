@@ -214,6 +214,40 @@ TEST(OutputFolder, WhyNothingCanBeMadeIsSeenWithoutWriting) {
 }
 
 #ifndef _WIN32
+TEST(OutputFolder, WhatNoFolderCanBeMadeOfIsSeenWithoutWriting) {
+    const CTemporaryFolder folder;
+    const auto refusal = [&](const std::wstring& name) {
+        return COutputFolder(folder.File(name), true).Refusal();
+    };
+    std::filesystem::create_symlink("nowhere", NativeOf(folder.File(L"dangling")));
+    std::filesystem::create_symlink("loop", NativeOf(folder.File(L"loop")));
+    const std::wstring longName(256, L'a');
+    EXPECT_EQ(refusal(L"dangling"), ENOENT);
+    EXPECT_EQ(refusal(L"dangling/x"), ENOENT);
+    EXPECT_EQ(refusal(L"loop/x"), ELOOP);
+    EXPECT_EQ(refusal(longName), ENAMETOOLONG);
+    EXPECT_EQ(refusal(L"new/" + longName + L"/below"), ENAMETOOLONG);
+    EXPECT_EQ(refusal(longName.substr(1)), 0);
+    std::wstring path = L"d";
+    while (path.size() < 4096)
+        path += L"/d";
+    EXPECT_EQ(refusal(path), ENAMETOOLONG);
+    EXPECT_EQ(folder.Names(), (std::vector<std::wstring>{L"dangling", L"loop"}));
+}
+
+TEST(OutputFolder, AFolderThatCannotBeSyncedIsSeenWithoutWriting) {
+    const CTemporaryFolder folder;
+    ASSERT_EQ(chmod(ToNativePath(folder.Path())->c_str(), 0333), 0);
+    {
+        const COrdinaryUser user;
+        for (const wchar_t* below : {L"", L"new/"}) {
+            EXPECT_EQ(COutputFolder(folder.Path(), true).Refusal(below), EACCES);
+            EXPECT_EQ(COutputFolder(folder.Path(), false).Refusal(below), 0);
+        }
+    }
+    ASSERT_EQ(chmod(ToNativePath(folder.Path())->c_str(), 0700), 0);
+}
+
 TEST(OutputFolder, AFolderThatTakesNoFileIsTold) {
     const CTemporaryFolder folder;
     const std::string native = *ToNativePath(folder.Path());
