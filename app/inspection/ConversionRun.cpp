@@ -49,14 +49,13 @@ class CFolderConversion {
         std::set<std::wstring> below{L""};
         for (const SPlannedConversion& file : m_plan.files)
             below.insert(file.outputName.substr(0, file.outputName.rfind(kFolderSlash) + 1));
+        std::string refused =
+            FirstRefused(below, [this](const auto& one) { return m_target.Refusal(one); });
+        if (!refused.empty())
+            return refused;
         for (const std::wstring& one : below)
             m_target.RemoveAbandoned(one);
-        for (const std::wstring& one : below)
-            if (const int error = m_target.Make(one); error != 0)
-                return fmt::format("the target folder {} {}",
-                                   WideToShownUtf8(WithSeparator(m_request.output) + one),
-                                   DescribeRefusedFolder(error));
-        return {};
+        return FirstRefused(below, [this](const auto& one) { return m_target.Make(one); });
     }
 
     SConversion Convert(const SPlannedConversion& file) {
@@ -76,6 +75,18 @@ class CFolderConversion {
     }
 
   private:
+    /// Tells of the first folder that `refusal` answers an `errno` value of; nothing when it does of
+    /// none.
+    template <class Refusal>
+    std::string FirstRefused(const std::set<std::wstring>& below, Refusal refusal) const {
+        for (const std::wstring& one : below)
+            if (const int error = refusal(one); error != 0)
+                return fmt::format("the target folder {} {}",
+                                   WideToShownUtf8(WithSeparator(m_request.output) + one),
+                                   DescribeRefusedFolder(error));
+        return {};
+    }
+
     const SConversionRequest& m_request;
     const SConversionPlan& m_plan;
     COutputFolder m_target;

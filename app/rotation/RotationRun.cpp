@@ -166,16 +166,22 @@ class CPlaces {
     CPlaces(const SRotationRequest& request, const COutputFolder& target)
         : m_request(request), m_target(target) {}
 
-    /// Makes the folders of the outputs and clears what killed runs left there; a dry run only looks
-    /// at them. Why a file that is wanted cannot come to stand, in plain words; empty when all can.
+    /// Makes the folders of the outputs, after all were looked at, and clears what killed runs left
+    /// there; a dry run only looks. Why a file that is wanted cannot come to stand, in plain words; empty
+    /// when all can.
     std::string Prepare(const SRotationPlan& plan) const {
         const std::map<std::wstring, bool> folders = FoldersOf(plan);
+        std::string refused =
+            FirstRefused(folders, [this](const auto& below) { return m_target.Refusal(below); });
+        if (!refused.empty() || m_request.dryRun)
+            return refused;
         RemoveAbandoned(folders);
-        for (const auto& [below, isWritten] : folders)
-            if (const int error = PrepareFolder(below, isWritten); error != 0)
-                return fmt::format("the target folder {} {}",
-                                   WideToShownUtf8(WithSeparator(m_request.targetFolder) + below),
-                                   DescribeRefusedFolder(error));
+        refused = FirstRefused(folders, [this](const auto& below) { return m_target.Make(below); });
+        return refused.empty() ? TrySideFiles() : refused;
+    }
+
+  private:
+    std::string TrySideFiles() const {
         for (const auto& [what, path] :
              {std::pair("manifest", &m_request.manifest), std::pair("report", &m_request.report)})
             if (const int error = TryBeside(*path); error != 0)
@@ -184,7 +190,6 @@ class CPlaces {
         return {};
     }
 
-  private:
     /// The folders of the outputs, below the target, and whether one of them gets any.
     std::map<std::wstring, bool> FoldersOf(const SRotationPlan& plan) const {
         std::map<std::wstring, bool> folders{{L"", false}};
@@ -198,22 +203,26 @@ class CPlaces {
     /// Of all folders, before one is tried: what lies there may be what leaves no room for a new file.
     void RemoveAbandoned(const std::map<std::wstring, bool>& folders) const {
         for (const auto& [below, isWritten] : folders)
-            if (!m_request.dryRun)
-                m_target.RemoveAbandoned(below);
+            m_target.RemoveAbandoned(below);
     }
 
-    /// One that stands and gets no output may be read-only.
-    int PrepareFolder(const std::wstring& below, bool isWritten) const {
-        const bool isWanted = isWritten || !IsFolder(WithSeparator(m_request.targetFolder) + below);
-        if (!isWanted)
-            return 0;
-        return m_request.dryRun ? m_target.Refusal(below) : m_target.Make(below);
+    /// Tells of the first folder that `refusal` answers an `errno` value of; nothing when it does of
+    /// none. One that stands and gets no output may be read-only.
+    template <class Refusal>
+    std::string FirstRefused(const std::map<std::wstring, bool>& folders, Refusal refusal) const {
+        for (const auto& [below, isWritten] : folders) {
+            const std::wstring folder = WithSeparator(m_request.targetFolder) + below;
+            if (const int error = isWritten || !IsFolder(folder) ? refusal(below) : 0; error != 0)
+                return fmt::format("the target folder {} {}", WideToShownUtf8(folder),
+                                   DescribeRefusedFolder(error));
+        }
+        return {};
     }
 
     /// What is written behind the last file is not to fail then; what is seen without writing, the plan
     /// has told.
     int TryBeside(const std::wstring& path) const {
-        if (path.empty() || m_request.dryRun)
+        if (path.empty())
             return 0;
         const std::wstring folder = FolderPart(path);
         const COutputFolder beside(folder.empty() ? L"." : folder, m_request.sync);

@@ -903,6 +903,22 @@ TEST_F(RotationRun, WhatAKilledRunLeftIsRemovedWhereNothingElseFits) {
     EXPECT_FALSE(PathExists(target.Left()));
 }
 
+TEST_F(RotationRun, ARefusedRunMakesNoFolder) {
+    for (const wchar_t* name : {L"a", L"b"}) {
+        ASSERT_TRUE(CreateFolders(m_source.File(name)));
+        AddFile(name + std::wstring(L"/x.3bcoef"), 2, 3);
+    }
+    std::filesystem::create_symlink("nowhere", *ToNativePath(m_target.File(L"b")));
+    m_request.recursive = true;
+    for (const bool dryRun : {true, false}) {
+        m_request.dryRun = dryRun;
+        EXPECT_EQ(FirstOf(Run().errors), "the target folder " + WideToShownUtf8(m_target.Path()) +
+                                             "b/ cannot be made, written to or synced: No such "
+                                             "file or directory: choose another");
+        EXPECT_EQ(m_target.Names(), Names{L"b"});
+    }
+}
+
 TEST_F(RotationRun, WhatAKilledRunLeftBesideTheManifestIsRemovedToo) {
     const CLeftoverFolder beside;
     AddFile(L"a.3bcoef", 2, 3);
