@@ -42,6 +42,10 @@ std::string DescribeFolderObstacle(const std::wstring& path) {
     return DescribeRefusingFolder(path, error);
 }
 
+std::string DescribeRefusedName(int error) {
+    return WithSystemReason("is no name that the system takes", error) + ": choose another";
+}
+
 } // namespace
 
 std::string WriteOutput(COutputFolder& target, const std::wstring& name, bool replaces,
@@ -75,7 +79,12 @@ std::string DescribePlaceObstacle(const std::wstring& path) {
         return "is neither a file nor a folder: choose another name";
     if (standing || error == 0 || error == ENOENT || IsLink(path))
         return {};
-    return WithSystemReason("is no name that the system takes", error) + ": choose another";
+    return DescribeRefusedName(error);
+}
+
+std::string DescribeNameObstacle(const std::wstring& path) {
+    const int error = RefusalOfName(path);
+    return error == 0 ? std::string() : DescribeRefusedName(error);
 }
 
 bool IsNameTaken(const std::wstring& path) { return PathExists(path) || IsLink(path); }

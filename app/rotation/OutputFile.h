@@ -36,6 +36,9 @@ struct SOutputFile {
 /// none, or the system does not take the name. Else nothing.
 std::string DescribePlaceObstacle(const std::wstring& path);
 
+/// The same of a path whose folder is yet to be made.
+std::string DescribeNameObstacle(const std::wstring& path);
+
 /// The same of a folder that takes no file, by the `errno` value of the reason.
 std::string DescribeRefusingFolder(const std::wstring& path, int error);
 

@@ -224,9 +224,10 @@ std::string DescribeSideObstacle(const SSideFile& file, const std::wstring& targ
     const bool isMadeByTheRun = isNamed && IsSameFolder(folder, target) && !PathExists(target);
     if (isNamed && IsSameFolder(file.path, target))
         return "is the target: choose another name";
-    if (!isMadeByTheRun)
-        if (std::string obstacle = DescribePlaceObstacle(file.path); !obstacle.empty())
-            return obstacle;
+    if (std::string obstacle =
+            isMadeByTheRun ? DescribeNameObstacle(file.path) : DescribePlaceObstacle(file.path);
+        !obstacle.empty())
+        return obstacle;
     if (!file.replaces && IsNameTaken(file.path))
         return "exists already: choose another name";
     if (FindLoadKind(file.path.substr(folder.size())) != nullptr) // a later run would take it

@@ -903,6 +903,25 @@ TEST_F(RotationRun, WhatAKilledRunLeftIsRemovedWhereNothingElseFits) {
     EXPECT_FALSE(PathExists(target.Left()));
 }
 
+TEST_F(RotationRun, ASideFileInATargetThatTheRunMakesHasANameThatTheSystemTakes) {
+    AddFile(L"a.3bcoef", 2, 3);
+    m_request.targetFolder = m_target.File(L"new");
+    const std::wstring name = m_target.File(L"new/") + std::wstring(251, L'a');
+    for (const bool dryRun : {true, false}) {
+        m_request.dryRun = dryRun;
+        m_request.report.clear();
+        m_request.manifest = name + L".html";
+        ExpectNothingToDo("is no name that the system takes: File name too long: choose another");
+        m_request.manifest.clear();
+        m_request.report = name + L".html";
+        ExpectNothingToDo("is no name that the system takes: File name too long: choose another");
+    }
+    m_request.manifest = name + L".htm"; // 255 characters
+    m_request.report.clear();
+    EXPECT_EQ(Run().end, ERotationEnd::AllDone);
+    EXPECT_TRUE(FileExists(m_request.manifest));
+}
+
 TEST_F(RotationRun, ARefusedRunMakesNoFolder) {
     for (const wchar_t* name : {L"a", L"b"}) {
         ASSERT_TRUE(CreateFolders(m_source.File(name)));
