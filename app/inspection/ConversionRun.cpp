@@ -7,6 +7,7 @@
 
 #include "app/inspection/ConversionPlan.h"
 #include "app/rotation/CoefFileSearch.h"
+#include "app/rotation/OutputFile.h"
 #include "platform/FileSystem.h"
 #include "trevolt/MemoryBudget.h"
 #include "trevolt/TransferProblems.h"
@@ -59,9 +60,9 @@ class CFolderConversion {
     }
 
     SConversion Convert(const SPlannedConversion& file) {
-        if (!m_request.replaces && PathExists(WithSeparator(m_request.output) + file.outputName)) {
+        if (std::string obstacle = DescribeObstacle(file.outputName); !obstacle.empty()) {
             SConversion refused;
-            refused.problems.push_back(DescribeExistingOutput(WideToShownUtf8(file.outputName)));
+            refused.problems.push_back(std::move(obstacle));
             return refused;
         }
         return ConvertFile(file.path, file.target, [&](const OutputWriter& write) {
@@ -75,6 +76,16 @@ class CFolderConversion {
     }
 
   private:
+    /// Why the output does not take the place of what stands there.
+    std::string DescribeObstacle(const std::wstring& outputName) const {
+        const std::wstring path = WithSeparator(m_request.output) + outputName;
+        const std::string name = WideToShownUtf8(outputName);
+        if (std::string obstacle = DescribeIrreplaceable(path, name); !obstacle.empty())
+            return obstacle;
+        return !m_request.replaces && PathExists(path) ? DescribeExistingOutput(name)
+                                                       : std::string();
+    }
+
     /// Tells of the first folder that `refusal` answers an `errno` value of; nothing when it does of
     /// none.
     template <class Refusal>

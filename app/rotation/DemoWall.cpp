@@ -48,6 +48,20 @@ std::wstring NameOf(std::uint32_t index) {
     return fmt::format(L"Cab_{:02}{}", index + 1, FileKinds()[index].extension);
 }
 
+/// What stands before what is told of a cabinet.
+std::string OutputText(std::uint32_t index) {
+    return fmt::format("its output {} ", WideToShownUtf8(NameOf(index)));
+}
+
+/// Why a cabinet cannot come to stand, as far as that is seen before anything is written.
+std::string DescribeObstacle(const std::wstring& folder, std::uint32_t index, bool replaces) {
+    const std::wstring path = WithSeparator(folder) + NameOf(index);
+    const std::string name = WideToShownUtf8(NameOf(index));
+    if (std::string obstacle = DescribeIrreplaceable(path, name); !obstacle.empty())
+        return obstacle;
+    return !replaces && IsNameTaken(path) ? DescribeExistingOutput(name) : std::string();
+}
+
 /// What went wrong, in plain words; nothing when the cabinet has its name.
 std::string WriteCabinet(COutputFolder& target, std::uint32_t index, bool replaces) {
     const SFileKind& kind = FileKinds()[index];
@@ -58,13 +72,14 @@ std::string WriteCabinet(COutputFolder& target, std::uint32_t index, bool replac
         const Status status = kind.save(map, path.c_str());
         return DescribeWriteProblem(status, report);
     };
-    return WriteOutput(target, NameOf(index), replaces, write,
-                       DescribeExistingOutput(WideToShownUtf8(NameOf(index))));
+    const std::string problem = WriteOutput(target, NameOf(index), replaces, write);
+    return problem.empty() ? problem : OutputText(index) + problem;
 }
 
 /// Behind why there are no more: how many have their names.
 std::string WithCount(const std::string& why, std::uint32_t written) {
-    return fmt::format("{}: {} of {} cabinets are written", why, written, FileKinds().size());
+    return fmt::format("{}: {} of {} cabinets {} written", why, written, FileKinds().size(),
+                       written == 1 ? "is" : "are");
 }
 
 /// Writes the cabinets until one fails. Why not all have their names, or nothing.
@@ -93,16 +108,18 @@ std::string WriteCabinets(COutputFolder& target, bool replaces,
 std::string WriteDemoWall(const std::wstring& folder, bool replaces, bool sync,
                           const std::atomic<bool>& interrupted) {
     COutputFolder target(folder, sync);
+    for (std::uint32_t i = 0; i < FileKinds().size(); ++i)
+        if (std::string obstacle = DescribeObstacle(folder, i, replaces); !obstacle.empty())
+            return obstacle;
     target.RemoveAbandoned();
     if (const int error = target.Make(); error != 0)
         return "the folder " + DescribeRefusedFolder(error);
-    for (std::uint32_t i = 0; i < FileKinds().size() && !replaces; ++i)
-        if (const std::wstring name = NameOf(i); IdentityOf(WithSeparator(folder) + name))
-            return DescribeExistingOutput(WideToShownUtf8(name));
     std::string problem = WriteCabinets(target, replaces, interrupted);
-    if (const int error = target.SyncNames(); error != 0)
-        return DescribeFolderSyncProblem(error);
-    return problem;
+    const int error = target.SyncNames();
+    if (error == 0)
+        return problem;
+    const std::string lost = DescribeFolderSyncProblem(error);
+    return problem.empty() ? lost : fmt::format("{}; {}", problem, lost);
 }
 
 } // namespace trevolt

@@ -13,6 +13,7 @@
 
 #include "app/rotation/CoefFile.h"
 #include "app/rotation/Manifest.h"
+#include "app/rotation/OutputFile.h"
 #include "app/rotation/SourceFile.h"
 #include "app/rotation/StoredKinds.h"
 #include "app/rotation/WordExtras.h"
@@ -100,17 +101,17 @@ class CFileRotation {
     bool IsOutputTaken() {
         if (!m_planned.isTaken)
             return false;
-        const auto kind = KindOfEntry(OutputPath());
-        if (kind == EntryKind::Folder) {
-            Fail(fmt::format("its output {} is a folder: choose another target",
-                             WideToShownUtf8(m_planned.outputName)));
+        const std::string name = WideToShownUtf8(m_planned.outputName);
+        if (std::string obstacle = DescribeIrreplaceable(OutputPath(), name); !obstacle.empty()) {
+            Fail(std::move(obstacle));
             return true;
         }
         if (m_request.existing == EExistingOutput::Replace)
             return false;
-        m_outcome.skipped = m_request.existing == EExistingOutput::Skip && kind == EntryKind::File;
+        m_outcome.skipped = m_request.existing == EExistingOutput::Skip &&
+                            KindOfEntry(OutputPath()) == EntryKind::File;
         if (!m_outcome.skipped)
-            Fail(DescribeExistingOutput(WideToShownUtf8(m_planned.outputName)));
+            Fail(DescribeExistingOutput(name));
         return true;
     }
 

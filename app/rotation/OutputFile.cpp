@@ -68,6 +68,14 @@ std::string DescribeRefusingFolder(const std::wstring& path, int error) {
            ": choose another";
 }
 
+std::string DescribeIrreplaceable(const std::wstring& path, const std::string& name) {
+    const auto standing = KindOfEntry(path);
+    if (!standing || standing == EntryKind::File)
+        return {};
+    return fmt::format("its output {} is {}: choose another target", name,
+                       standing == EntryKind::Folder ? "a folder" : "neither a file nor a folder");
+}
+
 std::string DescribePlaceObstacle(const std::wstring& path) {
     if (std::string obstacle = DescribeFolderObstacle(path); !obstacle.empty())
         return obstacle;

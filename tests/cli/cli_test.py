@@ -763,11 +763,12 @@ class Trouble(CliTest):
             signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
             resource.setrlimit(resource.RLIMIT_FSIZE, (0, 0))
         self.expect(self.run_cli('demo', wall, preexec_fn=refuse_long_files, restore_signals=False, environment=UNCOUNTED),
-                    1, [], [f'trevolt-cli: {wall}: cannot be written: File too large'])
+                    1, [], [f'trevolt-cli: {wall}: its output Cab_01.9fcoef cannot be written: '
+                            'File too large'])
         (wall / 'Cab_05.3fcoef').mkdir()
         self.expect(self.run_cli('demo', '--overwrite', wall), 1, [], [
-            f'trevolt-cli: {wall}: cannot be given its final name in the target folder: Is a '
-            'directory: 4 of 9 cabinets are written'])
+            f'trevolt-cli: {wall}: its output Cab_05.3fcoef is a folder: choose another target'])
+        self.assertEqual([path.name for path in wall.iterdir()], ['Cab_05.3fcoef'])
 
     @posix_only
     def test_an_interrupted_run_leaves_whole_files_only(self):
@@ -1189,7 +1190,7 @@ class Durability(CliTest):
     def test_an_interrupted_demo_leaves_whole_cabinets(self):
         wall = self.folder / 'wall'
         self.expect(self.interrupted('.tmp', 'demo', wall), 130, [], [
-            f'trevolt-cli: {wall}: interrupted: 1 of 9 cabinets are written'])
+            f'trevolt-cli: {wall}: interrupted: 1 of 9 cabinets is written'])
         self.assertEqual([path.name for path in wall.iterdir()], ['Cab_01.9fcoef'])
 
     @with_recorder
@@ -1340,7 +1341,8 @@ class Durability(CliTest):
         self.assertEqual(self.targets(), [])
         wall = self.folder / 'wall'
         result, _ = self.recorded(self.run_cli, 'demo', wall, fail_sync='.tmp')
-        self.expect(result, 1, [], [f'trevolt-cli: {wall}: cannot be written: Input/output error'])
+        self.expect(result, 1, [], [f'trevolt-cli: {wall}: its output Cab_01.9fcoef cannot be '
+                                    'written: Input/output error'])
         self.assertEqual(list(wall.iterdir()), [])
 
     @with_recorder
@@ -1363,6 +1365,14 @@ class Durability(CliTest):
         wall = self.folder / 'wall'
         result, _ = self.recorded(self.run_cli, 'demo', wall, fail_sync=wall, spare_syncs=1)
         self.expect(result, 1, [], [f'trevolt-cli: {wall}: {lost}'])
+        def refuse_the_text():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (600000, 600000))
+        demo = lambda *arguments, **options: self.run_cli(
+            *arguments, preexec_fn=refuse_the_text, restore_signals=False, **options)
+        result, _ = self.recorded(demo, 'demo', '--overwrite', wall, fail_sync=wall, spare_syncs=1)
+        self.expect(result, 1, [], [f'trevolt-cli: {wall}: its output Cab_07.cccoef cannot be written: '
+                                    f'File too large: 6 of 9 cabinets are written; {lost}'])
         result, _ = self.recorded(self.run_cli, 'demo', '--overwrite', wall, fail_sync=wall)
         self.expect(result, 1, [], [f'trevolt-cli: {wall}: the folder cannot be made, written to or synced: '
                                     'Input/output error: choose another'])

@@ -1,6 +1,7 @@
 """The command convert, its files written, read and reckoned by NumPy; cli_test.py runs these."""
 import io
 import json
+import os
 import struct
 
 import lz4.block
@@ -8,7 +9,7 @@ import lz4.frame
 import numpy as np
 
 import cli_support
-from cli_support import MAGICS, SAMPLES, CliTest, coef_file
+from cli_support import MAGICS, SAMPLES, CliTest, coef_file, posix_only
 
 WIDTH, HEIGHT = 5, 4
 DEFAULT = np.array([1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 0], np.float32)
@@ -475,6 +476,26 @@ class Convert(CliTest):
         self.expect(self.convert('--to', 'npy', self.source, self.target), 2, [],
                     [f'trevolt-cli: {self.source}/a.3wcoef and {self.source}/a.3wcoef.3bcoef would both '
                      'become a.npy: give each a target of its own'])
+
+    @posix_only
+    def test_a_refused_folder_leaves_none_of_the_others(self):
+        for folder in 'ab':
+            (self.source / folder).mkdir()
+            (self.source / folder / 'x.9bcoef').write_bytes(file_of('9bcoef', clean_pixels()))
+        (self.target / 'b').symlink_to('nowhere')
+        self.expect(self.convert('-r', '--to', 'npy', self.source, self.target), 2, [],
+                    [f'trevolt-cli: the target folder {self.target}/b/ cannot be made, written to or '
+                     'synced: No such file or directory: choose another'])
+        self.assertEqual(self.targets(), ['b'])
+
+    @posix_only
+    def test_a_pipe_in_an_outputs_place_stays(self):
+        (self.source / 'x.9bcoef').write_bytes(file_of('9bcoef', clean_pixels()))
+        os.mkfifo(self.target / 'x.npy')
+        self.expect(self.convert('--overwrite', '--to', 'npy', self.source, self.target), 1, None,
+                    ['x.9bcoef: its output x.npy is neither a file nor a folder: choose another '
+                     'target'])
+        self.assertTrue((self.target / 'x.npy').is_fifo())
 
     @native_only
     def test_wrong_usage(self):

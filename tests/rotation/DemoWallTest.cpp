@@ -9,6 +9,7 @@
 #include "trevolt/FileKinds.h"
 
 #ifndef _WIN32
+#include "tests/support/FileSizeLimit.h"
 #include "tests/support/LeftoverFolder.h"
 #endif
 
@@ -80,7 +81,27 @@ TEST(DemoWall, ReplacesOnlyWhenTold) {
     EXPECT_NE(ReadText(folder.File(L"Cab_01.9fcoef")), "mine");
 }
 
+TEST(DemoWall, AFolderInACabinetsPlaceIsSeenBeforeAnythingIsWritten) {
+    for (const bool replaces : {false, true}) {
+        const CTemporaryFolder folder;
+        ASSERT_TRUE(CreateFolders(folder.File(L"Cab_05.3fcoef")));
+        EXPECT_EQ(WriteDemoWall(folder.Path(), replaces, false),
+                  "its output Cab_05.3fcoef is a folder: choose another target");
+        EXPECT_EQ(folder.Names(), std::vector<std::wstring>{L"Cab_05.3fcoef"});
+    }
+}
+
 #ifndef _WIN32
+TEST(DemoWall, TheCabinetThatFailsIsNamedWithHowManyAreWritten) {
+    constexpr rlim_t kLessThanTheText = 600000; // and more than each cabinet before it
+    const CTemporaryFolder folder;
+    const CFileSizeLimit limit(kLessThanTheText);
+    EXPECT_EQ(WriteDemoWall(folder.Path(), false, false),
+              "its output Cab_07.cccoef cannot be written: File too large: 6 of 9 cabinets are "
+              "written");
+    EXPECT_EQ(folder.Names().size(), 6U);
+}
+
 TEST(DemoWall, WhatAKilledRunLeftIsRemovedWhereNothingElseFits) {
     const CLeftoverFolder folder;
     EXPECT_EQ(

@@ -922,6 +922,20 @@ TEST_F(RotationRun, ASideFileInATargetThatTheRunMakesHasANameThatTheSystemTakes)
     EXPECT_TRUE(FileExists(m_request.manifest));
 }
 
+TEST_F(RotationRun, AFifoIsNotReplaced) {
+    AddFile(L"a.3bcoef", 2, 3);
+    const std::wstring fifo = m_target.File(L"a-90\u00B0.3bcoef");
+    ASSERT_EQ(mkfifo(ToNativePath(fifo)->c_str(), 0600), 0);
+    for (const EExistingOutput existing :
+         {EExistingOutput::Replace, EExistingOutput::Skip, EExistingOutput::Refuse}) {
+        m_request.existing = existing;
+        EXPECT_EQ(Run().failed, 1U);
+        ExpectProblem(
+            "its output a-90\xC2\xB0.3bcoef is neither a file nor a folder: choose another target");
+        EXPECT_EQ(KindOfEntry(fifo), EntryKind::Other);
+    }
+}
+
 TEST_F(RotationRun, ARefusedRunMakesNoFolder) {
     for (const wchar_t* name : {L"a", L"b"}) {
         ASSERT_TRUE(CreateFolders(m_source.File(name)));
