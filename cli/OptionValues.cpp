@@ -94,7 +94,7 @@ PixelSize ParseSize(const std::string& text) {
     if (!width || !height || *width == 0 || *height == 0)
         Refuse("{} is not a size: give WIDTHxHEIGHT in pixels", text);
     if (std::max(*width, *height) > kLargestMapSide)
-        Refuse("{} is above {} in one direction", text, kLargestMapSide);
+        Refuse("{} is above {} in one direction: give less", text, kLargestMapSide);
     return {static_cast<std::int64_t>(*width), static_cast<std::int64_t>(*height)};
 }
 
@@ -172,7 +172,7 @@ std::wstring ParsePath(const std::string& text) {
     if (text.empty())
         Refuse("it has no name: give one");
     if (!wide)
-        Refuse("its name is not valid UTF-8: rename it");
+        Refuse("the name {} is not valid UTF-8: rename it", text);
     return *std::move(wide);
 }
 

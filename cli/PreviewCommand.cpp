@@ -87,7 +87,7 @@ SPreviewGrid ParseGrid(const std::string& text) {
     if (!columns || !rows || std::min(*columns, *rows) < 1)
         RefuseValue(fmt::format("{} is no grid: give COLUMNSxROWS", text));
     if (std::max(*columns, *rows) > kMostGridSide)
-        RefuseValue(fmt::format("{} is above {} in one direction", text, kMostGridSide));
+        RefuseValue(fmt::format("{} is above {} in one direction: give less", text, kMostGridSide));
     return {*columns, *rows};
 }
 

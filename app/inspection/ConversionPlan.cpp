@@ -78,7 +78,8 @@ class CConversionPlanner {
     void CheckTargetFolder() {
         const std::string shown = WideToShownUtf8(m_request.output);
         if (PathExists(m_request.output) && !IsFolder(m_request.output))
-            m_plan.obstacles.push_back(fmt::format("the target {} is not a folder", shown));
+            m_plan.obstacles.push_back(
+                fmt::format("the target {} is not a folder: choose another", shown));
         if (m_request.ownElements && m_request.to->kind != nullptr)
             RefuseOwnElements();
     }

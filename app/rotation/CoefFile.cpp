@@ -13,7 +13,6 @@
 #include "app/rotation/StoredKinds.h"
 #include "common/CheckedArithmetic.h"
 #include "platform/FileSystem.h"
-#include "platform/SystemError.h"
 #include "trevolt/TransferProblems.h"
 #include "trevolt/Utf8.h"
 
@@ -144,7 +143,7 @@ std::string DescribeInputObstacle(const std::wstring& path) {
     const auto kind = KindOfEntry(path);
     const int error = errno;
     if (!kind && error != 0 && error != ENOENT && error != ENOTDIR)
-        return WithSystemReason(fmt::format("the source {} cannot be looked at", shown), error);
+        return DescribeHiddenSource(path, error);
     if (!kind)
         return fmt::format("the source {} does not exist: check its path", shown);
     if (*kind == EntryKind::Folder)

@@ -37,8 +37,7 @@ class CSourceSearch {
             m_obstacles.Add(fmt::format("the source {} does not exist: check its path",
                                         WideToShownUtf8(source)));
         else if (!kind)
-            m_obstacles.Add(WithSystemReason(
-                fmt::format("the source {} cannot be looked at", WideToShownUtf8(source)), error));
+            m_obstacles.Add(DescribeHiddenSource(source, error));
         else if (*kind == EntryKind::Folder)
             AddTree(source);
         else
@@ -153,6 +152,12 @@ class CSourceSearch {
 };
 
 } // namespace
+
+std::string DescribeHiddenSource(const std::wstring& path, int error) {
+    return WithSystemReason(fmt::format("the source {} cannot be looked at", WideToShownUtf8(path)),
+                            error) +
+           ": check its path and its rights";
+}
 
 bool IsCoefFileName(std::wstring_view name) { return FindLoadKind(name) != nullptr; }
 

@@ -17,6 +17,9 @@ bool IsCoefFileName(std::wstring_view name);
 inline constexpr const char* kForeignSource =
     "is no coefficient file by its name: give one with one of the nine extensions";
 
+/// That the system does not tell what stands at a source's path, by the `errno` value of the reason.
+std::string DescribeHiddenSource(const std::wstring& path, int error);
+
 inline constexpr wchar_t kFolderSlash = L'/'; ///< in names that are told, on every system
 
 /// Why a file or folder of `SCoefFiles::unnamable` fails.

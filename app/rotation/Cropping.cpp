@@ -141,10 +141,11 @@ class CCropper {
         for (const SCropPiece& piece : m_request.pieces)
             if (const SPixelRect& rect = piece.rect;
                 rect.Width() < 1 || rect.Height() < 1 || !IsWithin(rect, m_result.size))
-                obstacles.Add(fmt::format("{}the rectangle {} of {} is not in the map of {} x {}",
-                                          piece.origin, ShownRect(rect),
-                                          WideToShownUtf8(piece.name), m_result.size.width,
-                                          m_result.size.height));
+                obstacles.Add(fmt::format(
+                    "{}the rectangle {} of {} is not in the map of {} x {}: {}", piece.origin,
+                    ShownRect(rect), WideToShownUtf8(piece.name), m_result.size.width,
+                    m_result.size.height,
+                    piece.origin.empty() ? "choose another rectangle" : "correct the row"));
     }
 
     bool MakeTarget() {

@@ -189,10 +189,10 @@ void CheckTarget(const SRotationRequest& request, SRotationPlan& plan) {
     const std::wstring& target = request.targetFolder;
     if (PathExists(target) && !IsFolder(target))
         plan.obstacles.push_back(
-            fmt::format("the target {} is not a folder", WideToShownUtf8(target)));
+            fmt::format("the target {} is not a folder: choose another", WideToShownUtf8(target)));
     else if (!PathExists(target) && IsLink(target))
-        plan.obstacles.push_back(
-            fmt::format("the target {} is a link that leads nowhere", WideToShownUtf8(target)));
+        plan.obstacles.push_back(fmt::format(
+            "the target {} is a link that leads nowhere: choose another", WideToShownUtf8(target)));
 }
 
 /// Whether both name one folder, which need not stand yet.

@@ -39,7 +39,8 @@ TEST(OptionValues, ReadSizes) {
     EXPECT_EQ(ParseSize("8x6"), (PixelSize{8, 6}));
     EXPECT_EQ(ParseSize("65535X1"), (PixelSize{65535, 1}));
     for (const char* text : {"65536x1", "1x65536", "18446744073709551616x1"})
-        EXPECT_EQ(Refusal(ParseSize, text), std::string(text) + " is above 65535 in one direction");
+        EXPECT_EQ(Refusal(ParseSize, text),
+                  std::string(text) + " is above 65535 in one direction: give less");
     for (const char* text : {"0x5", "5x0", "0x0x5", "5", "x5", "5x", "", "-5x5", "5x5 ", "5x0x1F"})
         EXPECT_EQ(Refusal(ParseSize, text),
                   std::string(text) + " is not a size: give WIDTHxHEIGHT in pixels");
@@ -85,7 +86,7 @@ TEST(OptionValues, ReadSuffixes) {
 TEST(OptionValues, ReadPaths) {
     EXPECT_EQ(ParsePath("a b"), L"a b");
     EXPECT_EQ(Refusal(ParsePath, ""), "it has no name: give one");
-    EXPECT_EQ(Refusal(ParsePath, "\xFF"), "its name is not valid UTF-8: rename it");
+    EXPECT_EQ(Refusal(ParsePath, "\xFF"), "the name \xFF is not valid UTF-8: rename it");
 }
 
 TEST(OptionValues, RectanglesHaveFourSidesAndAPixel) {
@@ -119,7 +120,8 @@ TEST(OptionValues, ReadPathsOfPages) {
     for (const char* text : {"run", "run.html ", "run.xhtm.txt", "html"})
         EXPECT_EQ(Refusal(ParsePagePath, text),
                   std::string(text) + " is no name of a page: give one that ends in .html");
-    EXPECT_EQ(Refusal(ParsePagePath, "\xFF.html"), "its name is not valid UTF-8: rename it");
+    EXPECT_EQ(Refusal(ParsePagePath, "\xFF.html"),
+              "the name \xFF.html is not valid UTF-8: rename it");
     EXPECT_EQ(ParsePicturePath("a/b.PnG"), L"a/b.PnG");
     for (const char* text : {"a.9fcoef", "a.png ", "png"})
         EXPECT_EQ(Refusal(ParsePicturePath, text),

@@ -83,7 +83,7 @@ class Usage(CliTest):
         self.add('a.3bcoef')
         for size in ('65536x1', '1x65536', '99999999999999999999x1', '70000x70000'):
             self.expect_words(self.rotate('--size', size), 2,
-                              f'{size} is above 65535 in one direction')
+                              f'{size} is above 65535 in one direction: give less')
         for size in ('0x5', '5x0', '-5x5', '-99999999999999999999x5', '+5x5', '5', 'x', '5x', 'x5', '5x5x5', '5 x5', '5.0x5', 'ax5'):
             self.expect_words(self.rotate(f'--size={size}'), 2,
                               f'{size} is not a size: give WIDTHxHEIGHT in pixels')
@@ -125,7 +125,7 @@ class Usage(CliTest):
         for arguments in ((odd, self.target), (self.source, odd)):
             result = subprocess.run([*PROGRAM, 'rotate', '--angle', '90', *arguments],
                                     capture_output=True)
-            self.expect_words(result, 2, 'its name is not valid UTF-8')
+            self.expect_words(result, 2, 'odd\\xFF is not valid UTF-8: rename it')
 
 
 class Turn(CliTest):
@@ -1531,7 +1531,7 @@ class SideFiles(CliTest):
                 ('/dev/full/x', 'the target folder /dev/full/x/ cannot be made, written to or synced: '
                                 'Not a directory: choose another'),
                 (self.folder / 'link', f'the target {self.folder}/link is a link that leads '
-                                       'nowhere'),
+                                       'nowhere: choose another'),
                 (self.folder / 'link' / 'x', f'the target folder {self.folder}/link/x/ cannot be '
                                              'made, written to or synced: No such file or directory: '
                                              'choose another')):

@@ -87,7 +87,7 @@ class Crop(ScreenTest):
         for rect in ('-1,0,5,5', '0,-1,5,5', '0,0,13,5', '0,0,5,8'):
             self.expect(self.crop(piece, '--rect', rect), 2, [],
                         [f'trevolt-cli: the rectangle {rect} of piece.9fcoef is not in the map of '
-                         '12 x 7'])
+                         '12 x 7: choose another rectangle'])
         self.assertEqual(self.targets(), [])
 
     def test_wrong_usage_is_told(self):
@@ -186,7 +186,8 @@ class Crop(ScreenTest):
                                     'without ..'),
                 ('b.txt,3,0', 'the output b.txt is no coefficient file by its name: give one of the nine '
                               'extensions'),
-                ('b.9fcoef,10,0', 'the rectangle 10,0,13,2 of b.9fcoef is not in the map of 12 x 7')):
+                ('b.9fcoef,10,0', 'the rectangle 10,0,13,2 of b.9fcoef is not in the map of 12 x 7: '
+                                  'correct the row')):
             table.write_text(f'a.9fcoef,0,0\n{row}\n')
             self.expect(self.crop(back, '--layout', table, '--cabinet', '3x2'), 2, [],
                         [f'trevolt-cli: {table}: line 2: {told}'])

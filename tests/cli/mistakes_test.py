@@ -71,7 +71,7 @@ USAGE = {
         ((*TURN, '--size', '', *BOTH), '--size: it is empty: give WIDTHxHEIGHT'),
         *(((*TURN, f'--size={text}', *BOTH), NOT_A_SIZE.format(text))
           for text in ('8', '8x', '0x8', '-8x8', '8*8')),
-        ((*TURN, '-s', '65536x1', *BOTH), '--size: 65536x1 is above 65535 in one direction'),
+        ((*TURN, '-s', '65536x1', *BOTH), '--size: 65536x1 is above 65535 in one direction: give less'),
         ((*TURN, '--max-size', '2x2', '-s', '3x2', *BOTH),
          '--size: 3x2 is above --max-size 2x2: give one that fits'),
         ((*TURN, '-j', '0', *BOTH), '--jobs: 0 is no number of threads: give 1 to 256'),
@@ -101,7 +101,7 @@ USAGE = {
     'place': [
         ((*TURN, '{M}', '{T}'), 'the source {M} does not exist: check its path'),
         ((*TURN, '{X}', '{T}'), 'the source {X} is no coefficient file by its name'),
-        ((*TURN, '{S}', '{X}'), 'the target {X} is not a folder'),
+        ((*TURN, '{S}', '{X}'), 'the target {X} is not a folder: choose another'),
         ((*TURN, '{S}', '{S}'), 'source and target are the same folder: choose another target'),
         ((*TURN, '', '{T}'), 'SOURCE: it is empty: give a file or folder'),
         ((*TURN, '{S}', ''), 'TARGET: it is empty: give a folder'),
@@ -183,8 +183,8 @@ class Mistakes(CliTest):
 
     @posix_only
     def test_arguments_that_are_no_text_are_told(self):
-        for arguments, told in (((b'\xff', self.target), 'SOURCE: its name is not valid UTF-8: rename it'),
-                                ((self.source, b'\xff'), 'TARGET: its name is not valid UTF-8: rename it'),
+        for arguments, told in (((b'\xff', self.target), 'SOURCE: the name \\xFF is not valid UTF-8: rename it'),
+                                ((self.source, b'\xff'), 'TARGET: the name \\xFF is not valid UTF-8: rename it'),
                                 ((b'--\xff', self.source), 'there is no option --\\xFF for rotate')):
             result = subprocess.run([*cli_support.PROGRAM, *TURN, *arguments], capture_output=True)
             self.expect_told(result, 2, told)
@@ -286,7 +286,8 @@ class Mistakes(CliTest):
         for command in (('info', a), ('crop', a, self.folder / 'p.3bcoef', *rect),
                         ('compose', self.folder / 'w.9fcoef', f'{a}@0,0')):
             self.expect(self.run_cli(*command, is_bound=True), 2, [],
-                        [f'trevolt-cli: the source {a} cannot be looked at: Permission denied'])
+                        [f'trevolt-cli: the source {a} cannot be looked at: Permission denied: '
+                         'check its path and its rights'])
 
     @posix_only
     def test_what_stands_in_the_place_of_a_file_for_the_end(self):

@@ -119,8 +119,10 @@ TEST_F(Cropping, OnePixelOutsideTheMapIsRefused) {
         const SCropping result = Crop(
             Request(L"in.9fcoef", {{L"whole.9fcoef", {0, 0, 1, 1}, 0}, {L"a.9fcoef", rect, 0}}));
         EXPECT_EQ(result.end, ECompositionEnd::Refused);
-        EXPECT_EQ(result.errors, CropTexts{"the rectangle " + std::string(shown) +
-                                           " of a.9fcoef is not in the map of 7 x 6"});
+        EXPECT_EQ(result.errors,
+                  CropTexts{"the rectangle " + std::string(shown) +
+                            " of a.9fcoef is not in the map of 7 x 6: choose another "
+                            "rectangle"});
     }
     EXPECT_TRUE(m_target.Names().empty());
 }

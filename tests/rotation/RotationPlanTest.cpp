@@ -105,7 +105,7 @@ TEST_F(RotationPlan, EveryObstacleIsToldAtOnce) {
                    " is no coefficient file by its name: give one with one of the nine "
                    "extensions",
                "the source  does not exist: check its path",
-               "the target " + Shown(m_target.File(L"file")) + " is not a folder",
+               "the target " + Shown(m_target.File(L"file")) + " is not a folder: choose another",
                "the manifest " + Shown(m_target.File(L"file")) +
                    " is the target: choose another name"}));
 }
@@ -164,7 +164,8 @@ TEST_F(RotationPlan, NorOnALinkThatIsASource) {
 TEST_F(RotationPlan, ASourceThatCannotBeLookedAtIsNotToldAsMissing) {
     m_request.sources = {m_source.File(std::wstring(300, L'a'))};
     EXPECT_EQ(Obstacles(), Texts{"the source " + Shown(m_request.sources[0]) +
-                                 " cannot be looked at: File name too long"});
+                                 " cannot be looked at: File name too long: check its path "
+                                 "and its rights"});
 }
 #endif
 
