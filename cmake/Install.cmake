@@ -51,7 +51,7 @@ endif()
 configure_file(cmake/trevolt.pc.in ${generated}/trevolt.pc @ONLY)
 install(FILES ${generated}/trevolt.pc DESTINATION ${pkgconfig} COMPONENT library)
 
-# The archive's own program, over the other, and what it holds beside.
+# The archive's own program, in place of the other, and what it holds beside.
 if(TARGET trevolt-cli-standalone)
     install(TARGETS trevolt-cli-standalone RUNTIME COMPONENT standalone EXCLUDE_FROM_ALL)
     install(FILES /usr/share/doc/libssl-dev/copyright DESTINATION ${documents}/licences

@@ -22,6 +22,7 @@ tools/debian-package.sh build/release "$version" dist
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cmake --install build/release --prefix "$work/$linux" >/dev/null
+rm "$work/$linux/bin/trevolt-cli" # a program of the same second would pass for up to date
 cmake --install build/release --component standalone --prefix "$work/$linux" >/dev/null
 strip "$work/$linux/bin/trevolt-cli"
 tar --create --directory "$work" --sort=name --format=gnu --mtime="@$seconds" --owner=root:0 \
