@@ -27,10 +27,10 @@ struct SFrameTarget {
 
 /// Takes what `source` has, which must be the blocks of a frame, its end mark and its content's
 /// checksum and nothing behind them, and gives what they hold to `target`. Up to `threads` threads
-/// decode, each one block, or a piece of it, at a time; the stream is read by one of them at a time, block by block, and
-/// one at a time hands a block to a sink. E_FAIL when anything of it is wrong, E_OUTOFMEMORY when the
-/// memory for a block in work is refused, of which the thread's transfer report hears; a sink may have
-/// taken something then.
+/// decode, each one block, or a piece of it, at a time. The stream is read by one of them at a time,
+/// block by block, and one at a time hands a block to a sink. E_FAIL when anything of it is wrong,
+/// E_OUTOFMEMORY when the memory for a block in work is refused, of which the thread's transfer report
+/// hears; a sink may have taken something then.
 Status ReadFrameBlocks(CBoundedSource& source, const SFrameBlocks& blocks, std::size_t threads,
                        const SFrameTarget& target);
 

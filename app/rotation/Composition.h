@@ -20,8 +20,7 @@ struct SPlacedFile {
     std::wstring name;      ///< as it is told
     PixelPosition place;    ///< in the screen, of its left top after the turn
     std::uint32_t code = 0; ///< of `kAngles`, or 0 for no turn
-    std::string
-        origin{}; ///< the table and its line, before what is told of the place; may be empty
+    std::string origin{};   ///< the table and its line, to be told before its place; may be empty
 };
 
 /// The files of a layout table, in its order.

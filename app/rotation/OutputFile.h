@@ -31,8 +31,8 @@ struct SOutputFile {
     bool sync = true;      ///< what is told as written has reached the disk
 };
 
-/// Why what stands at `path` is never replaced, to be told with the `name` of the output that was to stand
-/// there; nothing where it is a file or a link, or nothing stands.
+/// Why what stands at `path` is never replaced, to be told with the `name` of the output that was to
+/// stand there; nothing where it is a file or a link, or nothing stands.
 std::string DescribeIrreplaceable(const std::wstring& path, const std::string& name);
 
 /// Why no file can come to stand at a path, whatever may be replaced there, to be told behind its name, as

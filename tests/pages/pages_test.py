@@ -226,14 +226,14 @@ class FishCompletion(Completion):
     ASKED = 'for line in $argv; complete -C $line | string replace -r "\\t.*" ""; echo; end'
 
     def complete(self, *lines):
-        stub = self.home / 'bin' / 'trevolt-cli'
-        stub.parent.mkdir(exist_ok=True)
-        stub.write_text('#!/bin/sh\n')
-        stub.chmod(0o755)
+        program = self.home / 'bin' / 'trevolt-cli'  # fish completes what it finds, and never runs it
+        program.parent.mkdir(exist_ok=True)
+        program.write_text('#!/bin/sh\n')
+        program.chmod(0o755)
         done = run('fish', '-c', self.ASKED, *(f'trevolt-cli {line}' for line in lines),
                    cwd=self.folder, env=self.environment | {
                        'XDG_DATA_DIRS': str(SHARE),
-                       'PATH': f'{stub.parent}:{self.environment["PATH"]}'})
+                       'PATH': f'{program.parent}:{self.environment["PATH"]}'})
         self.assertEqual((done.returncode, done.stderr), (0, ''))
         answers, offered = [], []
         for line in done.stdout.splitlines():
