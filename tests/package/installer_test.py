@@ -23,7 +23,8 @@ VERSION = WINE = ''
 
 def wine(*command):
     return subprocess.run([WINE, *command], capture_output=True, check=False, timeout=300,
-                          env={**os.environ, 'TREVOLT_WINEPREFIX': str(PREFIX)})
+                          env={**os.environ, 'TREVOLT_WINEPREFIX': str(PREFIX),
+                               'TREVOLT_WINE_LINGER': '0'})
 
 
 def wait_for_all():
