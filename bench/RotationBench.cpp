@@ -1,8 +1,7 @@
 // How far the main job is from the least that it could cost, on a 3840 × 2160 screen: a turn beside
 // a memcpy of the same bytes into equally fresh memory; read, turn and write of a .9fcoef beside
 // LZ4's own decompression and compression of the same body. The ratios of one run, in processor time,
-// stand at the end. What a quarter turn's order alone costs is measured by copies that turn
-// nothing: one reads in that order, the other writes in it.
+// stand at the end.
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
@@ -14,7 +13,6 @@
 
 #include "bench/MeasuredPixel.h"
 #include "bench/RatioReporter.h"
-#include "common/TurnTile.h"
 #include "trevolt/BinaryCoefFile.h"
 #include "trevolt/CoefRotation.h"
 #include "trevolt/MemoryBudget.h"
@@ -92,89 +90,6 @@ void Turn(benchmark::State& state) {
     }
 }
 
-using MapTile = CTurnTile<sizeof(SMatrixCoef)>;
-constexpr std::size_t kMapBytes = kPixels * sizeof(SMatrixCoef);
-
-/// A screen's elements in one piece.
-const std::byte* ScreenBytes() {
-    static const CBudgetBlock bytes = [] {
-        CBudgetBlock made(kMapBytes);
-        std::memset(made.Data(), 1, kMapBytes);
-        return made;
-    }();
-    return bytes.Data();
-}
-
-/// Rows of a tile, as far apart as those of the screen that they are read from or written to.
-struct STileRows {
-    std::size_t count;
-    std::size_t bytes;
-    std::size_t step;
-};
-constexpr STileRows kRead{MapTile::kRows, MapTile::kPitch, kMapWidth * sizeof(SMatrixCoef)};
-constexpr STileRows kWritten{MapTile::kColumns, MapTile::kRows * sizeof(SMatrixCoef),
-                             kMapHeight * sizeof(SMatrixCoef)};
-
-/// The tiles of a screen in the order in which a quarter turn takes them: visit(read from, written
-/// to), both in bytes.
-template <class Visit>
-void ForEachTile(const Visit& visit) {
-    for (std::size_t top = 0; top < kMapWidth; top += MapTile::kColumns)
-        for (std::size_t left = 0; left < kMapHeight; left += MapTile::kRows)
-            visit((left * kMapWidth + top) * sizeof(SMatrixCoef),
-                  (top * kMapHeight + left) * sizeof(SMatrixCoef));
-}
-
-void StreamRun(const std::byte* from, std::byte* to, std::size_t bytes) {
-    for (std::size_t at = 0; at < bytes; at += kVectorBytes)
-        StreamWords(to + at, LoadWords(from + at));
-}
-
-/// Copies a screen by the rows of its tiles, which are read where a quarter turn reads them and
-/// written one behind the other. The rows of the next tile are asked for in advance.
-void ReadTiles(benchmark::State& state) {
-    const std::byte* const from = ScreenBytes();
-    for ([[maybe_unused]] auto _ : state) {
-        CBudgetBlock block(kMapBytes);
-        std::byte* to = block.Data();
-        ForEachTile([&](std::size_t readAt, std::size_t /*writtenAt*/) {
-            for (std::size_t row = 0; row < kRead.count; ++row, to += kRead.bytes) {
-                const std::byte* const read = from + readAt + row * kRead.step;
-                PrefetchLines<ELineUse::Read>(
-                    read, static_cast<std::ptrdiff_t>(kRead.count * kRead.step), kRead.bytes);
-                StreamRun(read, to, kRead.bytes);
-            }
-        });
-        EndStreaming();
-        benchmark::ClobberMemory();
-    }
-}
-
-/// As `ReadTiles`, but read one behind the other and written where a quarter turn writes them.
-void WriteTiles(benchmark::State& state) {
-    for ([[maybe_unused]] auto _ : state) {
-        CBudgetBlock block(kMapBytes);
-        const std::byte* from = ScreenBytes();
-        ForEachTile([&](std::size_t /*readAt*/, std::size_t writtenAt) {
-            for (std::size_t row = 0; row < kWritten.count; ++row, from += kWritten.bytes) {
-                StreamRun(from, block.Data() + writtenAt + row * kWritten.step, kWritten.bytes);
-            }
-        });
-        EndStreaming();
-        benchmark::ClobberMemory();
-    }
-}
-
-/// As `CopyIntoFreshMemory`, without the maps.
-void CopyWhole(benchmark::State& state) {
-    const std::byte* const from = ScreenBytes();
-    for ([[maybe_unused]] auto _ : state) {
-        CBudgetBlock to(kMapBytes);
-        std::memcpy(to.Data(), from, kMapBytes);
-        benchmark::ClobberMemory();
-    }
-}
-
 /// What LZ4 alone takes for the same body, in memory: out of a frame and into one.
 void Lz4BothWays(benchmark::State& state) {
     const std::vector<char>& raw = File().raw;
@@ -223,9 +138,6 @@ BENCHMARK(Turn)
     ->Arg(3)
     ->Unit(benchmark::kMillisecond)
     ->Repetitions(kTurnRepetitions);
-BENCHMARK(CopyWhole)->Unit(benchmark::kMillisecond)->Repetitions(kTurnRepetitions);
-BENCHMARK(ReadTiles)->Unit(benchmark::kMillisecond)->Repetitions(kTurnRepetitions);
-BENCHMARK(WriteTiles)->Unit(benchmark::kMillisecond)->Repetitions(kTurnRepetitions);
 BENCHMARK(Lz4BothWays)->Unit(benchmark::kMillisecond)->Repetitions(kTurnRepetitions);
 BENCHMARK(ReadTurnWrite)->Unit(benchmark::kMillisecond)->Repetitions(kTurnRepetitions);
 
@@ -238,7 +150,5 @@ int main(int argc, char** argv) {
         {{"turn by 90 to copy", "Turn/1", "CopyIntoFreshMemory"},
          {"turn by 180 to copy", "Turn/2", "CopyIntoFreshMemory"},
          {"turn by 270 to copy", "Turn/3", "CopyIntoFreshMemory"},
-         {"copy that reads as a quarter turn to copy", "ReadTiles", "CopyWhole"},
-         {"copy that writes as a quarter turn to copy", "WriteTiles", "CopyWhole"},
          {"read, turn and write to LZ4 both ways", "ReadTurnWrite", "Lz4BothWays"}});
 }

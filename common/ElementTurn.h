@@ -94,8 +94,6 @@ void GatherSideways(const CQuarterTurn& turn, const CQuarterTurn& back, const SP
                 static_cast<std::ptrdiff_t>(rowStep) * std::ptrdiff_t{sizeof(Element)});
         }
     }
-    if constexpr (Tile::kIsStreamed)
-        EndStreaming();
 }
 
 /// Puts the pixels of `rect`, which is not empty and counted in the turned picture, at `out`, whose
@@ -110,8 +108,7 @@ void GatherTurned(std::uint32_t code, std::int64_t width, std::int64_t height,
     const CQuarterTurn turn(code, width, height);
     const PixelSize turned = turn.TurnedSize();
     const CQuarterTurn back(CQuarterTurn::BackCode(code), turned.width, turned.height);
-    const bool staysInRow = turn.Turned(0, 0).y == turn.Turned(1, 0).y;
-    if (staysInRow)
+    if (turn.StaysInRow())
         GatherReversed(back, rect, row, out, stride);
     else
         GatherSideways(turn, back, rect, row, out, stride);

@@ -165,14 +165,11 @@ inline void TransposeWords(const std::byte* from, std::size_t pitch, std::byte* 
 template <std::size_t Bytes>
 class CTurnTile {
   public:
-    /// Elements of a map, which nothing reads soon: their columns go past the cache, in whole lines.
-    static constexpr bool kIsStreamed = Bytes == 3 * kVectorBytes;
-
     /// What was quickest of the shapes that were measured. Tiles of long elements hold less time's
-    /// work, so that lines are asked for two tiles ahead where they are not streamed.
+    /// work, so that lines are asked for two tiles ahead.
     static constexpr std::int32_t kColumns = Bytes == 3 ? 64 : Bytes <= kVectorBytes ? 32 : 16;
-    static constexpr std::int32_t kRows = Bytes <= kVectorBytes ? kColumns : kIsStreamed ? 8 : 4;
-    static constexpr std::int32_t kTilesAhead = Bytes <= kVectorBytes || kIsStreamed ? 1 : 2;
+    static constexpr std::int32_t kRows = Bytes <= kVectorBytes ? kColumns : 4;
+    static constexpr std::int32_t kTilesAhead = Bytes <= kVectorBytes ? 1 : 2;
 
     static constexpr std::size_t kPitch = std::size_t{kColumns} * Bytes;
 
@@ -213,23 +210,9 @@ class CTurnTile {
 
     void StoreColumn(std::size_t column, std::size_t firstRow, std::size_t rows,
                      std::byte* to) const {
-        if constexpr (kIsStreamed) {
-            if (rows == kRows && reinterpret_cast<std::uintptr_t>(to) % kLineBytes == 0) {
-                StreamColumn(column, to);
-                return;
-            }
-        }
         PrefetchColumn(to);
         MoveRun<Bytes>(m_bytes + firstRow * kPitch + column * Bytes,
                        static_cast<std::ptrdiff_t>(kPitch), to + firstRow * Bytes, rows - firstRow);
-    }
-
-    /// A whole column, into whole lines.
-    void StreamColumn(std::size_t column, std::byte* to) const {
-        const std::byte* from = m_bytes + column * Bytes;
-        for (std::int32_t row = 0; row < kRows; ++row, from += kPitch)
-            for (std::size_t at = 0; at < Bytes; at += kVectorBytes, to += kVectorBytes)
-                StreamWords(to, LoadWords(from + at));
     }
 
     void StoreEightColumns(std::size_t column, std::size_t rows, std::byte* to,

@@ -62,6 +62,9 @@ class CQuarterTurn {
         return {m_base.x + m_stepX.x * x + m_stepY.x * y, m_base.y + m_stepX.y * x + m_stepY.y * y};
     }
 
+    /// Whether the pixels of a row stay in one row.
+    constexpr bool StaysInRow() const { return m_stepX.y == 0; }
+
   private:
     PixelSize m_size;
     PixelPosition m_base;
