@@ -4,7 +4,7 @@ import math
 import os
 
 from figures import Run
-from workplace import LZ4_PEER, PYTHON_PEER, SECOND_CORE, Failure
+from workplace import LZ4_PEER, MEMORY_FOLDER, PYTHON_PEER, SECOND_CORE, Failure, in_memory
 
 BINARY_KINDS = {'9fcoef': 36, '3fcoef': 12, '9bcoef': 9, '3bcoef': 3}  # bytes of a pixel
 WORD_KINDS = {'9wcoef': 18, '3wcoef': 6, '4wcoef': 8, '12wcoef': 24}
@@ -77,7 +77,9 @@ def check_script(place, kind):
 
 
 class Cabinets(Experiment):
-    steps = ('command', 'script')
+    """A folder of cabinets: the command, the script, and the bare work, which is cp and the LZ4 calls
+    of all files, both on every core."""
+    steps = ('command', 'script', 'copy', 'calls')
     peers = {'script': PYTHON_PEER}
 
     def __init__(self, kind):
@@ -87,9 +89,16 @@ class Cabinets(Experiment):
         self.source = place.wall(*CABINET, CABINETS, self.kind)
         if 'script' in steps:
             check_script(place, self.kind)
+        if 'calls' in steps:
+            one = place.links('one', [min(self.source.iterdir())])
+            place.rotate(one, target='kept')
+            self.pair = [next(folder.iterdir()) for folder in (one, place.folder / 'kept')]
 
     def run_step(self, place, step):
-        return (place.rotate if step == 'command' else place.peer_turn)(self.source)
+        if step == 'calls':
+            return Run(place.lz4_calls(*self.pair) * CABINETS / (os.cpu_count() or 1))
+        ways = {'command': place.rotate, 'script': place.peer_turn, 'copy': place.copy_on_every_core}
+        return ways[step](self.source)
 
 
 class Screen(Experiment):
@@ -133,7 +142,7 @@ class Screen(Experiment):
 
     def calls(self, place):
         place.fresh('turned')
-        return Run(float(place.check_output([place.programs / 'bare-lz4', self.file, self.turned])))
+        return Run(place.lz4_calls(self.file, self.turned))
 
     def lz4(self, place):
         out = place.fresh('turned')
@@ -175,7 +184,7 @@ class Look(Experiment):
         return place.timed(['sh', '-c', 'cat "$1" >/dev/null', 'sh', self.file])
 
     def calls(self, place):
-        return Run(float(place.check_output([place.programs / 'bare-lz4', self.file])))
+        return Run(place.lz4_calls(self.file))
 
     def load(self, place):
         return place.timed([place.programs / 'load-map', self.file])
@@ -185,9 +194,9 @@ class Look(Experiment):
 
 
 class Cores(Experiment):
-    """One job, two, and two commands of one job that work at the same time and share nothing: more
-    than these gain, the machine has not got."""
-    steps = ('one', 'two', 'apart')
+    """One job, two, two commands of one job that work at the same time and share nothing: more than
+    these gain, the machine has not got. And the files' bytes written by one thread."""
+    steps = ('one', 'two', 'apart', 'write')
     peers = {'two': SECOND_CORE, 'apart': SECOND_CORE}
     rounds = 9  # what else the host does reaches the second core first
 
@@ -202,6 +211,8 @@ class Cores(Experiment):
         os.sync()  # else the system writes earlier outputs to the disk on a core that is measured
         if step == 'apart':
             return place.rotate_twice_at_once(self.source)
+        if step == 'write':
+            return place.write(sum(file.stat().st_size for file in self.source.iterdir()))
         return place.rotate(self.source, '--jobs', '1' if step == 'one' else '2')
 
 
@@ -275,9 +286,15 @@ class Sizes(Experiment):
 
 
 class Counts(Experiment):
-    """Small cabinets of all nine kinds in one folder."""
+    """Small cabinets of all nine kinds in one folder, which is in memory: many small files cost a disk
+    more each than few do, whoever writes them."""
     steps = tuple(map(str, COUNTS))
+    peers = {step: MEMORY_FOLDER for step in steps}
     rounds = ROUNDS_OF_LONG
+
+    def measure(self, place, steps):
+        with in_memory(place) as apart:
+            return super().measure(apart, steps)
 
     def prepare(self, place, steps):
         kinds = [*RAW_BYTES, TEXT_KIND]

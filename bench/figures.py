@@ -29,7 +29,8 @@ class Run:
 
 @dataclasses.dataclass(frozen=True)
 class Result:
-    """A row that was measured, or could not be because of what is missing."""
+    """A row that was measured, or could not be because of what is missing. Its limit is the figure
+    that a part of the work comes to which no program can leave out."""
     key: str
     what: str
     unit: str
@@ -37,6 +38,8 @@ class Result:
     figure: float = None
     missing: tuple = ()
     runs: dict = dataclasses.field(default_factory=dict)  # step: list of Run
+    limit: float = None
+    limited_by: str = ''
 
     @property
     def holds(self):
@@ -44,6 +47,19 @@ class Result:
         if self.goal is None or self.figure is None:
             return None
         return self.goal.holds(self.figure)
+
+    @property
+    def is_limited(self):
+        """The goal does not hold, and the limit itself does not reach it."""
+        return self.holds is False and self.limit is not None and not self.goal.holds(self.limit)
+
+    @property
+    def verdict(self):
+        if self.missing:
+            return 'not measured, missing: ' + ', '.join(self.missing)
+        if self.is_limited:
+            return 'limited'
+        return {True: 'holds', False: 'NOT HELD', None: ''}[self.holds]
 
     def as_json(self):
         goal = self.goal and dataclasses.asdict(self.goal)
@@ -54,17 +70,19 @@ class Result:
                 steps[name]['faults'] = [run.faults for run in runs]
                 steps[name]['peak_bytes'] = [run.peak_bytes for run in runs]
         return {'what': self.what, 'unit': self.unit, 'figure': self.figure, 'goal': goal,
-                'holds': self.holds, 'missing': list(self.missing), 'runs': steps}
+                'holds': self.holds, 'limit': self.limit, 'limited_by': self.limited_by,
+                'missing': list(self.missing), 'runs': steps}
 
     def __str__(self):
         figure = '-' if self.figure is None else f'{self.figure:.3g}'
         if abs(self.figure or 0) >= 1000:
             figure = f'{self.figure:.0f}'
         goal = '' if self.goal is None else str(self.goal)
-        verdict = {True: 'holds', False: 'NOT HELD', None: ''}[self.holds]
-        if self.missing:
-            verdict = 'not measured, missing: ' + ', '.join(self.missing)
-        line = f'{self.key:<20} {figure:>8} {self.unit:<16} {goal:<7} {verdict:<9} {self.what}'
+        limit = ''
+        if self.holds is False and self.limit is not None:
+            limit = f'; at best {self.limit:.3g} by {self.limited_by}'
+        line = (f'{self.key:<20} {figure:>8} {self.unit:<16} {goal:<7} {self.verdict:<9} '
+                f'{self.what}{limit}')
         return line.rstrip()
 
 
@@ -72,7 +90,9 @@ def summary(results):
     goals = [result for result in results if result.goal is not None]
     held = sum(result.holds is True for result in goals)
     unmeasured = sum(result.holds is None for result in goals)
+    limited = sum(result.is_limited for result in goals)
     line = f'{held} of {len(goals)} goals hold'
+    line += f', {limited} are limited' if limited else ''
     return line + (f', {unmeasured} not measured' if unmeasured else '')
 
 

@@ -23,16 +23,21 @@ class Row:
     experiment: object
     steps: tuple  # those that the figure needs
     figure: typing.Callable  # of {step: median run}
+    limit: typing.Optional[typing.Callable] = None  # as the figure
+    limited_by: str = ''
 
     def result(self, runs, missing):
         """The row from its experiment's runs; without a figure where something is missing."""
         lacking = tuple(sorted({self.experiment.peers[step] for step in self.steps
                                 if self.experiment.peers.get(step) in missing}))
-        figure = None
+        figure = limit = None
         if not lacking:
-            figure = self.figure({step: median_run(runs[step]) for step in self.steps})
+            medians = {step: median_run(runs[step]) for step in self.steps}
+            figure = self.figure(medians)
+            limit = self.limit and self.limit(medians)
         return Result(self.key, self.what, self.unit, self.goal, figure, lacking,
-                      {step: runs[step] for step in self.steps if step in runs})
+                      {step: runs[step] for step in self.steps if step in runs}, limit,
+                      self.limited_by)
 
 
 @dataclasses.dataclass(frozen=True)
@@ -46,8 +51,13 @@ class MeanRow:
     def result(self, results):
         parts = [result for result in results if result.key.startswith(self.key + '.')]
         missing = tuple(sorted({peer for result in parts for peer in result.missing}))
-        figure = None if missing else statistics.geometric_mean(part.figure for part in parts)
-        return Result(self.key, self.what, self.unit, self.goal, figure, missing)
+        figure = limit = None
+        if not missing:
+            figure = statistics.geometric_mean(part.figure for part in parts)
+            if all(part.limit for part in parts):
+                limit = statistics.geometric_mean(part.limit for part in parts)
+        return Result(self.key, self.what, self.unit, self.goal, figure, missing, limit=limit,
+                      limited_by=parts[0].limited_by)
 
 
 def ratio(one, other):
@@ -65,8 +75,11 @@ def side(size):
 def cabinet_rows():
     for kind in RAW_BYTES:
         yield Row(f'cabinets.{kind}', f'{CABINETS} cabinets of {side(CABINET)} beside the script',
-                  'times as fast', Goal('>=', 3), Cabinets(kind), ('command', 'script'),
-                  ratio('script', 'command'))
+                  'times as fast', Goal('>=', 3), Cabinets(kind), Cabinets.steps,
+                  ratio('script', 'command'),
+                  lambda runs: runs['script'].seconds / (runs['copy'].seconds +
+                                                         runs['calls'].seconds),
+                  'cp, then the bare LZ4 calls, both on every core')
 
 
 def screen_rows(kind):
@@ -82,8 +95,10 @@ def screen_rows(kind):
               lambda runs: runs['command'].seconds / (runs['copy'].seconds + runs['calls'].seconds))
     if kind in SCREEN_PEERS:
         yield Row(f'screen-script.{kind}', f'{name} beside the script', 'times as fast',
-                  Goal('>=', SCREEN_PEERS[kind]), screen, ('command', 'script'),
-                  ratio('script', 'command'))
+                  Goal('>=', SCREEN_PEERS[kind]), screen, ('command', 'script', 'copy'),
+                  ratio('script', 'command'),
+                  lambda runs: 2 * runs['script'].seconds / runs['copy'].seconds,
+                  'cat, which copies one file')
     allowed = PEAK_FACTOR * SCREEN_PIXELS * RAW_BYTES[kind] + PEAK_SPARE_BYTES
     yield Row(f'peak.{kind}', f'peak memory of {name} beside {PEAK_FACTOR} × its body and 64 MB',
               'of that', Goal('<=', 1), screen, ('command',),
@@ -98,25 +113,34 @@ def to_reading(step):
 def look_rows(kind):
     look = Look(kind)
     name = f'a screen of {side(SCREEN)}'
+    by_digest = (to_reading('digest'), 'MD5 of as many bytes as its words have')
     yield Row(f'info.{kind}', f'info of {name} beside its file read and the bare LZ4 calls',
-              'of the time', Goal('<=', 1.5), look, ('info', 'read', 'calls'), to_reading('info'))
-    if kind in WORD_KINDS:
-        yield Row(f'info-digest.{kind}', 'MD5 of as many bytes as its words have beside the same',
-                  'of the time', None, look, ('digest', 'read', 'calls'), to_reading('digest'))
+              'of the time', Goal('<=', 1.5), look,
+              ('info', 'read', 'calls', *(['digest'] if kind in WORD_KINDS else [])),
+              to_reading('info'), *(by_digest if kind in WORD_KINDS else ()))
     yield Row(f'preview.{kind}', f'preview of {name} beside its file loaded into a map', 'of the time',
               Goal('<=', 1.5), look, ('preview', 'load'), ratio('preview', 'load'))
 
 
+def by_two_commands(runs):
+    """How much more two commands do at once that share nothing."""
+    return 2 * runs['one'].seconds / runs['apart'].seconds
+
+
+def by_one_writer(runs):
+    """One thread writes the file, what else is to be done gains what two commands gain."""
+    one, write = runs['one'].seconds, runs['write'].seconds
+    return one / (write + (one - write) / by_two_commands(runs))
+
+
 def core_rows():
-    for key, what, size, count, goal in (
-            ('cabinets', f'{CABINETS} cabinets of {side(CABINET)}', CABINET, CABINETS, 1.8),
-            ('screen', f'a screen of {side(SCREEN)}', SCREEN, 1, 1.5)):
-        cores = Cores(size, count)
-        yield Row(f'cores.{key}', f'{what}, two jobs beside one', 'times as fast',
-                  Goal('>=', goal), cores, ('one', 'two'), ratio('one', 'two'))
-        yield Row(f'cores-apart.{key}', f'twice {what}, by two commands at once beside one',
-                  'times as fast', None, cores, ('one', 'apart'),
-                  lambda runs: 2 * runs['one'].seconds / runs['apart'].seconds)
+    steps = ('one', 'two', 'apart')
+    yield Row('cores.cabinets', f'{CABINETS} cabinets of {side(CABINET)}, two jobs beside one',
+              'times as fast', Goal('>=', 1.8), Cores(CABINET, CABINETS), steps,
+              ratio('one', 'two'), by_two_commands, 'two commands that share nothing')
+    yield Row('cores.screen', f'a screen of {side(SCREEN)}, two jobs beside one', 'times as fast',
+              Goal('>=', 1.5), Cores(SCREEN, 1), (*steps, 'write'), ratio('one', 'two'),
+              by_one_writer, 'bare write from one thread, the rest by two that share nothing')
 
 
 def sync_rows():
@@ -137,8 +161,8 @@ def growth_rows():
               Goal('<=', 1.1), Sizes(), Sizes.steps,
               lambda runs: exponent(Sizes.pixels, [runs[step].seconds for step in Sizes.steps]))
     counts = Counts()
-    yield Row('growth.count', f'exponent by which it grows with the files, up to {COUNTS[-1]}', '',
-              Goal('<=', 1.1), counts, counts.steps,
+    yield Row('growth.count', f'exponent by which it grows with the files, up to {COUNTS[-1]}, '
+              'in memory', '', Goal('<=', 1.1), counts, counts.steps,
               lambda runs: exponent(COUNTS, [runs[step].seconds for step in Counts.steps]))
     yield Row('growth.memory', 'memory for each further file', 'bytes', Goal('<=', 1024), counts,
               counts.steps,

@@ -1,9 +1,11 @@
 """Where the measuring script works: the programs, the files that they work on, and timed runs."""
+import contextlib
 import os
 import pathlib
 import shutil
 import subprocess
 import sys
+import tempfile
 
 from figures import Run
 
@@ -13,6 +15,8 @@ PEERS = pathlib.Path(__file__).resolve().parent / 'peers'
 PYTHON_PEER = 'NumPy and LZ4 for Python'
 LZ4_PEER = 'the lz4 program'
 SECOND_CORE = 'a second core'
+MEMORY_FOLDER = 'a folder in memory with a gigabyte free'
+IN_MEMORY = pathlib.Path('/dev/shm')
 
 
 class Failure(Exception):
@@ -30,6 +34,7 @@ def missing_peers():
                                     stderr=subprocess.DEVNULL, check=False).returncode == 0,
         LZ4_PEER: shutil.which('lz4') is not None,
         SECOND_CORE: (os.cpu_count() or 1) > 1,
+        MEMORY_FOLDER: IN_MEMORY.is_dir() and shutil.disk_usage(IN_MEMORY).free >= 1 << 30,
     }
     return {peer for peer, is_there in there.items() if not is_there}
 
@@ -51,6 +56,13 @@ def touch_free_memory(wanted):
                'memory.madvise(mmap.MADV_HUGEPAGE)\n'
                f'for place in range(0, {count}, mmap.PAGESIZE): memory[place] = 1\n')
     subprocess.run([sys.executable, '-c', program], check=True)
+
+
+@contextlib.contextmanager
+def in_memory(place):
+    """A workplace beside `place`, whose files are in memory as long as it is used."""
+    with tempfile.TemporaryDirectory(prefix='trevolt-bench-', dir=IN_MEMORY) as folder:
+        yield Workplace(place.programs, pathlib.Path(folder) / 'work')
 
 
 class Workplace:
@@ -131,6 +143,22 @@ class Workplace:
         for name in ('one', 'other'):
             (self.folder / 'turned' / name).mkdir()
         return self.timed(both)
+
+    def lz4_calls(self, *files):
+        """The seconds that the bare LZ4 calls of a file, or of a turn, take on one core."""
+        return float(self.check_output([self.programs / 'bare-lz4', *files]))
+
+    def copy_on_every_core(self, source, target='turned'):
+        cores = os.cpu_count() or 1
+        each = -(-len(os.listdir(source)) // cores)
+        copy = f'find "$0" -type f -print0 | xargs -0 -P {cores} -n {each} cp -t "$1"'
+        return self.timed_turn(['sh', '-c', copy], source, target)
+
+    def write(self, count):
+        """As many bytes, by one thread."""
+        touch_free_memory(self.memory)
+        return Run(float(self.check_output([sys.executable, PEERS / 'write_file.py', str(count),
+                                            self.fresh('turned') / 'written'])))
 
     def peer_turn(self, source, target='turned'):
         return self.timed_turn([sys.executable, PEERS / 'turn_folder.py'], source, target)

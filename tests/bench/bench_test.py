@@ -74,12 +74,25 @@ class Figures(unittest.TestCase):
         self.assertEqual(absent.as_json()['missing'], ['the peer'])
         self.assertIsNone(absent.as_json()['holds'])
 
+    def test_a_goal_that_its_limit_does_not_reach_is_limited(self):
+        def row(figure, limit):
+            return Result('a', 'x', 'times', Goal('>=', 3), figure, limit=limit, limited_by='the disk')
+        held, limited, missed, free = row(3.5, 2.9), row(2.5, 2.9), row(2.5, 3.0), row(2.5, None)
+        self.assertEqual([r.verdict for r in (held, limited, missed, free)],
+                         ['holds', 'limited', 'NOT HELD', 'NOT HELD'])
+        self.assertEqual([str(r).split(' x')[1] for r in (held, limited, missed, free)],
+                         ['', '; at best 2.9 by the disk', '; at best 3 by the disk', ''])
+        self.assertEqual([r.holds for r in (held, limited, missed)], [True, False, False])
+        self.assertEqual(summary([held, limited, missed, free]), '1 of 4 goals hold, 1 are limited')
+        told = limited.as_json()
+        self.assertEqual((told['limit'], told['limited_by'], told['holds']), (2.9, 'the disk', False))
+
     def test_the_runs_stand_in_the_json(self):
         result = Result('a', 'x', 'times', Goal('>=', 3), 4, (),
                         {'own': [Run(1.5, 7, 100), Run(2.5, 8, 200)], 'timer': [Run(0.25)]})
         self.assertEqual(result.as_json(), {
             'what': 'x', 'unit': 'times', 'figure': 4, 'goal': {'relation': '>=', 'value': 3},
-            'holds': True, 'missing': [],
+            'holds': True, 'limit': None, 'limited_by': '', 'missing': [],
             'runs': {'own': {'seconds': [1.5, 2.5], 'faults': [7, 8], 'peak_bytes': [100, 200]},
                      'timer': {'seconds': [0.25]}}})
 
@@ -91,6 +104,17 @@ class Table(unittest.TestCase):
 
     def figure(self, key, runs):
         return self.row(key).result(runs, set()).figure
+
+    def files(self, *texts):
+        """A folder with files that hold these texts."""
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        for number, text in enumerate(texts):
+            (pathlib.Path(folder.name) / str(number)).write_text(text, encoding='utf-8')
+        return pathlib.Path(folder.name)
+
+    def limit(self, key, runs):
+        return self.row(key).result(runs, set()).limit
 
     def test_every_row_has_a_name_of_its_own_and_steps_of_its_experiment(self):
         keys = [row.key for row in rows.ROWS]
@@ -104,9 +128,7 @@ class Table(unittest.TestCase):
                     'screen-script.9wcoef': '≥ 20', 'screen-script.3bcoef': '≥ 5',
                     'info.9fcoef': '≤ 1.5', 'preview.9fcoef': '≤ 1.5',
                     'info.9wcoef': '≤ 1.5', 'preview.9wcoef': '≤ 1.5',
-                    'info-digest.9wcoef': 'None',
                     'cores.cabinets': '≥ 1.8', 'cores.screen': '≥ 1.5',
-                    'cores-apart.cabinets': 'None', 'cores-apart.screen': 'None',
                     'turn.90': '≤ 1.25',
                     'turn.180': '≤ 1.25', 'turn.270': '≤ 1.25', 'growth.size': '≤ 1.1',
                     'growth.count': '≤ 1.1', 'growth.memory': '≤ 1024', 'faults': '< 40',
@@ -121,7 +143,7 @@ class Table(unittest.TestCase):
                          [('cabinets', '≥ 4')])
 
     def test_faster_than_a_peer_is_its_time_to_the_commands(self):
-        runs = runs_of(command=[2, 1, 3], script=[8, 9, 7])
+        runs = runs_of(command=[2, 1, 3], script=[8, 9, 7], copy=[1], calls=[0.5])
         self.assertEqual(self.figure('cabinets.9fcoef', runs), 4)
         self.assertEqual(self.figure('screen-script.3bcoef', runs), 4)
 
@@ -131,21 +153,31 @@ class Table(unittest.TestCase):
             self.figure('screen-copy.3wcoef', runs_of(command=[3], copy=[0.5], calls=[1])), 2)
         self.assertEqual(self.figure('turn.180', runs_of(**{'180': [5], 'copy': [4]})), 1.25)
 
+    def test_no_script_is_beaten_by_more_than_the_bare_work_allows(self):
+        runs = runs_of(command=[2], script=[9], copy=[1], calls=[0.5])
+        self.assertEqual(self.limit('cabinets.4wcoef', runs), 6)
+        self.assertEqual(self.limit('screen-script.9wcoef', runs), 18)  # both files were copied
+
+    def test_two_jobs_gain_at_best_what_two_commands_gain(self):
+        runs = runs_of(one=[3], two=[2], apart=[4], write=[1])
+        self.assertEqual(self.limit('cores.cabinets', runs), 1.5)
+        self.assertAlmostEqual(self.limit('cores.screen', runs), 3 / (1 + 2 / 1.5))
+
     def test_looking_at_a_file_is_told_by_its_time_to_reading_it(self):
         runs = runs_of(info=[3], preview=[4], read=[0.5], calls=[1.5], load=[2.5], digest=[1])
         self.assertEqual(self.figure('info.9fcoef', runs), 1.5)
         self.assertEqual(self.figure('preview.9fcoef', runs), 1.6)
-        self.assertEqual(self.figure('info-digest.9wcoef', runs), 0.5)
+        self.assertEqual(self.limit('info.9wcoef', runs), 0.5)
+        self.assertIsNone(self.limit('info.9fcoef', runs))
 
     def test_two_jobs_are_told_by_how_much_faster_they_are(self):
-        self.assertEqual(self.figure('cores.screen', runs_of(one=[3], two=[2])), 1.5)
-
-    def test_two_commands_at_once_are_told_by_how_much_more_is_done_in_the_time(self):
-        self.assertEqual(self.figure('cores-apart.cabinets', runs_of(one=[3], apart=[4])), 1.5)
+        runs = runs_of(one=[3], two=[2], apart=[4], write=[1])
+        self.assertEqual(self.figure('cores.screen', runs), 1.5)
 
     def test_the_disk_has_nothing_to_do_when_cores_are_compared(self):
         place = mock.Mock()
         cores = experiments.Cores((16, 16), 2)
+        place.wall.return_value = self.files('ab', 'abc')
         cores.prepare(place, cores.steps)
         for step in cores.steps:
             with mock.patch.object(experiments.os, 'sync') as sync:
@@ -154,6 +186,7 @@ class Table(unittest.TestCase):
         self.assertEqual([call.args[1:] for call in place.rotate.call_args_list],
                          [('--jobs', '1'), ('--jobs', '2')])
         place.rotate_twice_at_once.assert_called_once_with(cores.source)
+        place.write.assert_called_once_with(5)
 
     def test_syncing_is_told_by_how_much_longer_it_takes(self):
         self.assertEqual(self.figure('sync.cabinets', runs_of(synced=[3], unsynced=[2])), 1.5)
@@ -206,6 +239,11 @@ class Table(unittest.TestCase):
         mean, = rows.MEAN_ROWS
         parts = [Result(f'cabinets.{i}', '', '', None, figure) for i, figure in enumerate((2, 8))]
         self.assertAlmostEqual(mean.result([*parts, Result('start', '', '', None, 1)]).figure, 4)
+        self.assertIsNone(mean.result(parts).limit)
+        limited = [Result(f'cabinets.{i}', '', '', None, 1, limit=limit, limited_by='the disk')
+                   for i, limit in enumerate((1, 9))]
+        self.assertAlmostEqual(mean.result(limited).limit, 3)
+        self.assertEqual(mean.result(limited).limited_by, 'the disk')
         absent = Result('cabinets.x', '', '', None, None, ('the peer',))
         self.assertEqual(mean.result([*parts, absent]).missing, ('the peer',))
         self.assertIsNone(mean.result([*parts, absent]).holds)
@@ -380,6 +418,40 @@ class Programs(unittest.TestCase):
         with self.assertRaisesRegex(workplace.Failure, 'timed-run ended with 1: no process'):
             self.place().timed(['true'])
 
+    def test_cabinets_are_copied_by_every_core(self):
+        place = self.place()
+        source = self.source(place, 5)
+        self.program('timed-run', '"$@"; echo $? 0.25 12 34')
+        with mock.patch.object(workplace.os, 'cpu_count', return_value=3):
+            self.assertEqual(place.copy_on_every_core(source), Run(0.25, 12, 34 * 1024))
+        self.assertEqual(sorted(path.name for path in (place.folder / 'turned').iterdir()),
+                         sorted(path.name for path in source.iterdir()))
+
+    def test_the_bare_work_of_cabinets_is_that_of_one_by_their_number(self):
+        self.program('make-wall', 'mkdir -p "$1/$5" && touch "$1/$5/a" "$1/$5/b"')
+        self.program('bare-lz4', '[ $# = 2 ] && [ -e "$1" ] && [ -e "$2" ] && echo 0.5')
+        cabinets = experiments.Cabinets('9wcoef')
+        with mock.patch.object(experiments.os, 'cpu_count', return_value=4):
+            runs = cabinets.measure(self.place(), ['calls'])
+        self.assertEqual(runs['calls'][0].seconds, 0.5 * 256 / 4)
+
+    def test_bytes_are_written_to_a_new_file(self):
+        place = self.place()
+        for count in (5_000_001, 0):
+            self.assertLess(0, place.write(count).seconds)
+            written = place.folder / 'turned' / 'written'
+            self.assertEqual(written.read_bytes(), bytes(count))
+
+    def test_many_files_lie_in_memory_while_they_are_counted(self):
+        seen = []
+        with mock.patch.object(workplace, 'IN_MEMORY', self.folder), \
+                mock.patch.object(experiments.Experiment, 'measure',
+                                  side_effect=lambda place, steps: seen.append(place) or 'runs'):
+            self.assertEqual(experiments.Counts().measure(self.place(), ()), 'runs')
+        self.assertEqual(seen[0].programs, self.folder)
+        self.assertEqual(seen[0].folder.parent.parent, self.folder)
+        self.assertFalse(seen[0].folder.parent.exists())
+
     def test_a_failed_helper_is_told_with_what_it_said(self):
         self.program('make-wall', 'echo no room >&2; exit 1')
         with self.assertRaisesRegex(workplace.Failure, 'make-wall ended with 1: no room'):
@@ -467,9 +539,16 @@ class Peers(unittest.TestCase):
         self.assertIn(workplace.PYTHON_PEER, self.missing(executable='false'))
         self.assertNotIn(workplace.PYTHON_PEER, self.missing(executable='true'))
 
+        self.assertIn(workplace.MEMORY_FOLDER, self.missing(free=(1 << 30) - 1))
+        self.assertNotIn(workplace.MEMORY_FOLDER, self.missing(free=1 << 30))
+        with mock.patch.object(workplace, 'IN_MEMORY', pathlib.Path('/nowhere')):
+            self.assertIn(workplace.MEMORY_FOLDER, self.missing())
+
     @staticmethod
-    def missing(which='lz4', cores=2, executable='true'):
-        with mock.patch('shutil.which', return_value=which), \
+    def missing(which='lz4', cores=2, executable='true', free=1 << 30):
+        usage = mock.Mock(free=free)
+        with mock.patch('shutil.disk_usage', return_value=usage), \
+                mock.patch('shutil.which', return_value=which), \
                 mock.patch('os.cpu_count', return_value=cores), \
                 mock.patch.object(sys, 'executable', executable):
             return workplace.missing_peers()
