@@ -72,7 +72,7 @@ endif()
 # What pictures are made with.
 add_library(stb STATIC ${PROJECT_SOURCE_DIR}/cmake/StbLibraries.c)
 target_compile_options(stb PRIVATE -O2 -w)
-target_link_libraries(stb PUBLIC stb_headers PRIVATE ZLIB::ZLIB)
+target_link_libraries(stb PUBLIC stb_headers)
 
 if(TREVOLT_BUILD_TESTS)
     set(GTEST_SOURCE /usr/src/googletest/googletest)

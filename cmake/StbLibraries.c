@@ -2,8 +2,6 @@
 #include <stddef.h>
 #include <stdlib.h>
 
-#include <zlib.h>
-
 /* An outline that gets no memory is left out without a word: what paints it asks here, on its thread. */
 static _Thread_local int isLetterMemoryRefused = 0;
 
@@ -25,21 +23,13 @@ int TakeLetterMemoryRefused(void) {
 #define STB_TRUETYPE_IMPLEMENTATION
 #include <stb/stb_truetype.h>
 
-/* zlib packs many times faster. Null when memory is refused. */
-static unsigned char* PackedBytes(unsigned char* bytes, int count, int* packedCount, int level) {
-    uLongf size = compressBound((uLong)count);
-    unsigned char* packed = malloc(size);
-    if (packed == NULL)
-        return NULL;
-    if (compress2(packed, &size, bytes, (uLong)count, level) != Z_OK) {
-        free(packed);
-        return NULL;
-    }
-    *packedCount = (int)size;
-    return packed;
-}
+/* What packs a picture's rows: gives memory of malloc's, or null. Set before any picture is written. */
+typedef unsigned char* PictureRowPacker(unsigned char* rows, int count, int* packedCount, int effort);
+static PictureRowPacker* packPictureRows = NULL;
 
-#define STBIW_ZLIB_COMPRESS PackedBytes
+void SetPictureRowPacker(PictureRowPacker* packer) { packPictureRows = packer; }
+
+#define STBIW_ZLIB_COMPRESS packPictureRows
 #define STBI_WRITE_NO_STDIO
 #define STB_IMAGE_WRITE_IMPLEMENTATION
 #include <stb/stb_image_write.h>

@@ -1,14 +1,19 @@
 #include "app/inspection/CellPainter.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <iterator>
 #include <vector>
+
+#include "common/OrderedJobs.h"
 
 namespace trevolt {
 namespace {
 
 constexpr double kLargestScale = 64;
+constexpr std::size_t kMostBands = 64; // that threads share
 
 // What is further from the middle value than so many times what all but one in `kOneFar` keep to is not
 // usual. Of fewer values some may be far, but none that is below twice the middle one.
@@ -84,10 +89,29 @@ std::optional<SValueRange> JoinedRange(const std::optional<SValueRange>& a,
 
 namespace {
 
-/// The value that as many as `number` others are not above; reorders them.
-float ValueAt(std::vector<float>& values, std::size_t number) {
-    const auto place = values.begin() + static_cast<std::ptrdiff_t>(number);
-    std::nth_element(values.begin(), place, values.end());
+/// A number that grows as the value does.
+std::uint32_t OrderOf(float value) {
+    const auto bits = std::bit_cast<std::uint32_t>(value);
+    constexpr std::uint32_t kSign = 0x80000000U;
+    return (bits & kSign) != 0 ? ~bits : bits | kSign;
+}
+
+/// The value that as many as `number` others are not above. Counts what is alike in its upper half
+/// first: of a million values few are left to be put in order.
+float ValueAt(const std::vector<float>& values, std::size_t number) {
+    constexpr unsigned kLowerBits = 16;
+    std::vector<std::uint32_t> counts(std::size_t{1} << kLowerBits);
+    for (const float value : values)
+        ++counts[OrderOf(value) >> kLowerBits];
+    std::uint32_t upper = 0;
+    for (; number >= counts[upper]; ++upper)
+        number -= counts[upper];
+    std::vector<float> alike;
+    alike.reserve(counts[upper]);
+    std::copy_if(values.begin(), values.end(), std::back_inserter(alike),
+                 [upper](float value) { return OrderOf(value) >> kLowerBits == upper; });
+    const auto place = alike.begin() + static_cast<std::ptrdiff_t>(number);
+    std::nth_element(alike.begin(), place, alike.end());
     return *place;
 }
 
@@ -151,20 +175,42 @@ SValueRange ScaleRange(const SScaleEnds& ends, std::span<const float> values) {
 
 void CCellPainter::Paint(CPicture& picture, int left, int top, const SValueCells& cells,
                          const SPlotShape& shape) {
+    const int bands = std::clamp(static_cast<int>(std::min<std::size_t>(m_jobs, kMostBands)), 1,
+                                 std::max(shape.cellsHigh, 1));
+    std::vector<SBeyond> beyond(static_cast<std::size_t>(bands));
+    ShareOut(beyond.size(), m_jobs, [&](std::size_t band) {
+        const auto number = static_cast<int>(band);
+        beyond[band] =
+            PaintRows(shape.cellsHigh * number / bands, shape.cellsHigh * (number + 1) / bands,
+                      picture, left, top, cells, shape);
+    });
+    for (const SBeyond& part : beyond) {
+        m_beyond.below += part.below;
+        m_beyond.above += part.above;
+    }
+    m_cells +=
+        static_cast<std::uint64_t>(shape.cellsWide) * static_cast<std::uint64_t>(shape.cellsHigh);
     m_isLight = cells.channels == 3;
-    for (int y = 0; y < shape.cellsHigh; ++y)
+}
+
+CCellPainter::SBeyond CCellPainter::PaintRows(int begin, int end, CPicture& picture, int left,
+                                              int top, const SValueCells& cells,
+                                              const SPlotShape& shape) const {
+    SBeyond beyond;
+    for (int y = begin; y < end; ++y)
         for (int x = 0; x < shape.cellsWide; ++x) {
             const float* const cell =
                 cells.Cell(static_cast<std::size_t>(x), static_cast<std::size_t>(y));
             picture.Fill({left + x * shape.cellWidth, top + y * shape.cellHeight, shape.cellWidth,
                           shape.cellHeight},
-                         ColourOf(cell, cells.channels));
+                         ColourOf(cell, cells.channels, beyond));
         }
+    return beyond;
 }
 
 SPaintedValues CCellPainter::Painted(const std::optional<SValueRange>& found,
                                      std::uint64_t notFinite) const {
-    return {found, m_range, m_cells, m_below, m_above, notFinite, m_isLight};
+    return {found, m_range, m_cells, m_beyond.below, m_beyond.above, notFinite, m_isLight};
 }
 
 SColour CCellPainter::LightColour(double place) {
@@ -176,15 +222,14 @@ double CCellPainter::Place(float value) const {
     return (static_cast<double>(value) - m_range.low) / (m_range.high - m_range.low);
 }
 
-SColour CCellPainter::ColourOf(const float* cell, std::size_t channels) {
-    ++m_cells;
+SColour CCellPainter::ColourOf(const float* cell, std::size_t channels, SBeyond& beyond) const {
     if (!std::all_of(cell, cell + channels, [](float value) { return std::isfinite(value); }))
         return kNoNumberColour;
     const auto [least, most] = std::minmax_element(cell, cell + channels);
     const bool isBelow = static_cast<double>(*least) < m_range.low;
     const bool isAbove = static_cast<double>(*most) > m_range.high;
-    m_below += isBelow ? 1 : 0;
-    m_above += isAbove ? 1 : 0;
+    beyond.below += isBelow ? 1 : 0;
+    beyond.above += isAbove ? 1 : 0;
     if (channels == 1 && (isBelow || isAbove))
         return isBelow ? kBelowColour : kAboveColour;
     if (channels == 1)

@@ -82,7 +82,11 @@ struct SPaintedValues {
 /// full. Counts what it paints.
 class CCellPainter {
   public:
-    CCellPainter(EColourScale scale, const SValueRange& range) : m_scale(scale), m_range(range) {}
+    /// Paints with up to `jobs` threads.
+    CCellPainter(EColourScale scale, const SValueRange& range, std::size_t jobs = 1)
+        : m_scale(scale), m_range(range), m_jobs(jobs) {}
+
+    /// Throws std::bad_alloc, before anything is painted.
 
     void Paint(CPicture& picture, int left, int top, const SValueCells& cells,
                const SPlotShape& shape);
@@ -95,14 +99,22 @@ class CCellPainter {
     SPaintedValues Painted(const std::optional<SValueRange>& found, std::uint64_t notFinite) const;
 
   private:
+    /// Of painted cells, those with a value beyond the scale's ends.
+    struct SBeyond {
+        std::uint64_t below = 0;
+        std::uint64_t above = 0;
+    };
+
+    SBeyond PaintRows(int begin, int end, CPicture& picture, int left, int top,
+                      const SValueCells& cells, const SPlotShape& shape) const;
     double Place(float value) const;
-    SColour ColourOf(const float* cell, std::size_t channels);
+    SColour ColourOf(const float* cell, std::size_t channels, SBeyond& beyond) const;
 
     CColourScale m_scale;
     SValueRange m_range;
+    std::size_t m_jobs;
     std::uint64_t m_cells = 0;
-    std::uint64_t m_below = 0;
-    std::uint64_t m_above = 0;
+    SBeyond m_beyond;
     bool m_isLight = false;
 };
 

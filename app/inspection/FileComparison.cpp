@@ -148,8 +148,9 @@ std::string WriteDifferencePicture(const SFileComparison& comparison, const SCom
     if (comparison.a->IsEmpty())
         return "there is no picture of maps without pixels";
     const SValuePicture painted = PaintDifference(comparison, files, range, threads);
-    return WriteOutputFile(
-        output, [&](const std::wstring& path) { return WritePngFile(painted.picture, path); });
+    return WriteOutputFile(output, [&](const std::wstring& path) {
+        return WritePngFile(painted.picture, path, threads);
+    });
 }
 
 } // namespace trevolt

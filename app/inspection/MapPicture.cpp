@@ -126,7 +126,7 @@ class CTurnPicture {
 
     SValuePicture Paint() && {
         const auto found = RangeOf(m_cells);
-        CCellPainter painter(m_style.scale, RangeOfStyle(m_style, m_cells.values));
+        CCellPainter painter(m_style.scale, RangeOfStyle(m_style, m_cells.values), m_style.jobs);
         const SPlotShape turnedShape = TurnedShape();
         const int left = m_sheet.Left();
         const int turnedLeft = left + m_shape.Width() + kGap;
@@ -225,7 +225,7 @@ SValuePicture PaintMap(const CCoefPixels& map, const SMapPictureText& text,
     const SSheetText sheetText{
         text.name, fmt::format("{} · {} · {}", SizeText(size), text.kind, MapViewText(style.view)),
         LegendText(style.view)};
-    CCellPainter painter(style.scale, RangeOfStyle(style, cells.values));
+    CCellPainter painter(style.scale, RangeOfStyle(style, cells.values), style.jobs);
     return PaintPlotSheet(sheetText, cells, shape, painter, found, style.width);
 }
 
@@ -352,7 +352,7 @@ SValuePicture CWallPicture::Paint(const std::string& title, std::size_t unplaced
         notFinite += cells.notFinite;
         values.insert(values.end(), cells.values.begin(), cells.values.end());
     }
-    CCellPainter painter(m_style.scale, RangeOfStyle(m_style, values));
+    CCellPainter painter(m_style.scale, RangeOfStyle(m_style, values), m_style.jobs);
     const auto missing = static_cast<std::size_t>(
         std::count_if(m_cells.begin(), m_cells.end(),
                       [](const SValueCells& cells) { return cells.values.empty(); }));

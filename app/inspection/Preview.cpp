@@ -246,7 +246,7 @@ class CPreviewRun {
     void Write(const SValuePicture& picture) {
         const std::string problem =
             WriteOutputFile(m_request.output, [&](const std::wstring& path) {
-                return WritePngFile(picture.picture, path);
+                return WritePngFile(picture.picture, path, m_request.style.jobs);
             });
         if (!problem.empty())
             return Refuse(fmt::format("{}: {}", OutputName(), problem));

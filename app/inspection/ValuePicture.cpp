@@ -23,7 +23,8 @@ SValuePicture PaintValues(const SValueRows& rows, const SValuePictureStyle& styl
                                             static_cast<std::size_t>(shape.cellsHigh), style.jobs);
     const auto found = RangeOf(cells);
     CCellPainter painter(style.scale,
-                         ScaleRange({style.scale, style.range, style.fromZero}, cells.values));
+                         ScaleRange({style.scale, style.range, style.fromZero}, cells.values),
+                         style.jobs);
     return PaintPlotSheet(style.text, cells, shape, painter, found, style.width);
 }
 

@@ -61,6 +61,19 @@ TEST(CellPainter, LeavesOutOfAScaleTheFewThatAreFarFromAllOthers) {
     EXPECT_GT(UsualRange(Mostly(12, 1e30F, spread))->high, 1e29); // no longer few
 }
 
+TEST(CellPainter, FindsTheMiddleOfManyValuesOfBothSigns) {
+    // Each 19 from the next, in no order: -950,000 to 949,981. Half of them are within 475,000 of the
+    // middle, all but one in a hundred within 940,500; ten times that are usual.
+    std::vector<float> values;
+    for (int i = 0; i < 100000; ++i)
+        values.push_back(static_cast<float>(19 * (i * 7919 % 100000 - 50000)));
+    EXPECT_EQ(UsualRange(values), (SValueRange{-950000, 949981}));
+    for (const float wild : {9.5e6F, -9.5e6F})
+        EXPECT_EQ(UsualRange(Mostly(9, wild, values)), (SValueRange{-950000, 949981})) << wild;
+    EXPECT_EQ(UsualRange(Mostly(9, 9.4e6F, values))->high, 9.4e6);
+    EXPECT_EQ(UsualRange(Mostly(9, -9.4e6F, values))->low, -9.4e6);
+}
+
 TEST(CellPainter, TellsWhatIsFarAmongValuesThatAreNearlyAllTheSame) {
     EXPECT_EQ(UsualRange(Mostly(1000, 1, {1.2F, 0, 2})), (SValueRange{0, 2}));
     EXPECT_EQ(UsualRange(Mostly(1000, 1, {1e30F, 0.5F, -0.5F})), (SValueRange{0.5, 1}));
@@ -150,6 +163,28 @@ TEST(CellPainter, CountsWhatIsBeyondTheEnds) {
     EXPECT_EQ(picture.At(2, 0), CColourScale(EColourScale::Grey).At(1));
     EXPECT_EQ(picture.At(3, 0), kAboveColour);
     EXPECT_EQ(picture.At(5, 0), kNoNumberColour);
+}
+
+TEST(CellPainter, PaintsAndCountsTheSameWithEveryNumberOfThreads) {
+    constexpr std::size_t kWide = 5;
+    constexpr std::size_t kHigh = 7;
+    SValueCells cells{kWide, kHigh, 1, {}, 0};
+    for (std::size_t i = 0; i < kWide * kHigh; ++i)
+        cells.values.push_back(static_cast<float>(i) - 10);
+    const auto painted = [&](std::size_t jobs) {
+        CCellPainter painter(EColourScale::Grey, {0, 20}, jobs);
+        CPicture picture(10, 7, {});
+        painter.Paint(picture, 0, 0, cells, {kWide, kHigh, 2, 1});
+        const SPaintedValues counts = painter.Painted({}, 0);
+        EXPECT_EQ(counts.cells, kWide * kHigh);
+        EXPECT_EQ(counts.below, 10U);
+        EXPECT_EQ(counts.above, 4U);
+        return picture;
+    };
+    const CPicture one = painted(1);
+    EXPECT_EQ(one.At(9, 6), kAboveColour);
+    for (const std::size_t jobs : {0U, 2U, 3U, 100U})
+        EXPECT_TRUE(std::ranges::equal(painted(jobs).Bytes(), one.Bytes())) << jobs;
 }
 
 TEST(CellPainter, PaintsThreeValuesAsLight) {

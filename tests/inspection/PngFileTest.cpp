@@ -41,6 +41,13 @@ TEST(PngFile, IsTheSameForTheSamePicture) {
     EXPECT_NE(PngBytes(Checkered(64, 48)), PngBytes(Checkered(64, 49)));
 }
 
+TEST(PngFile, IsTheSameForEveryNumberOfThreads) {
+    const CPicture picture = Checkered(700, 600); // more than one stripe
+    const std::vector<std::uint8_t> one = PngBytes(picture);
+    for (const std::size_t jobs : {2U, 5U})
+        EXPECT_TRUE(PngBytes(picture, jobs) == one) << jobs;
+}
+
 TEST(PngFile, PacksPlainAreas) {
     EXPECT_LT(PngBytes(CPicture(1600, 1000, {255, 255, 255})).size(), 40000U);
 }
