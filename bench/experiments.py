@@ -122,8 +122,7 @@ class Screen(Experiment):
             place.rotate(self.source, target='kept')
             self.turned, = (place.folder / 'kept').iterdir()
         if 'lz4' in steps:
-            self.body = place.fresh('body') / 'body.lz4'
-            self.body.write_bytes(self.file.read_bytes()[24:])
+            self.body = place.lz4_body(self.file)
         os.sync()
 
     def run_step(self, place, step):
@@ -151,21 +150,25 @@ class Screen(Experiment):
 
 
 class Look(Experiment):
-    """What tells of a screen and shows it, its file read, its LZ4 calls alone, and its map loaded; of
-    a word file also the sum that is told of its words, alone over as many bytes."""
+    """What tells of a screen and shows it, and its map loaded. Of a binary file also its body read and
+    decoded by the lz4 program; of a word file the file read, its LZ4 calls alone, and the sum that is
+    told of its words, alone over as many bytes."""
+    peers = {'lz4': LZ4_PEER}
     memory = SCREEN_MEMORY
 
     def __init__(self, kind):
         self.kind = kind
-        self.steps = ('info', 'preview', 'read', 'calls', 'load')
-        if kind in WORD_KINDS:
-            self.steps += ('digest',)
+        self.steps = ('info', 'preview', 'load')
+        self.steps += ('lz4',) if kind in BINARY_KINDS else ('read', 'calls', 'digest')
 
     def prepare(self, place, steps):
         self.file, = place.wall(*SCREEN, 1, self.kind).iterdir()
+        if 'lz4' in steps:
+            self.body = place.lz4_body(self.file)
         if 'digest' in steps:
             self.words = place.fresh('words') / 'words'
             self.words.write_bytes(bytes(SCREEN_PIXELS * WORD_KINDS[self.kind]))
+        os.sync()
 
     def run_step(self, place, step):
         return getattr(self, step)(place)
@@ -188,6 +191,9 @@ class Look(Experiment):
 
     def load(self, place):
         return place.timed([place.programs / 'load-map', self.file])
+
+    def lz4(self, place):
+        return place.timed(['lz4', '-t', '-q', self.body])
 
     def digest(self, place):
         return place.timed(['md5sum', self.words])

@@ -11,6 +11,8 @@ from figures import Run
 
 PEERS = pathlib.Path(__file__).resolve().parent / 'peers'
 
+BINARY_HEADER_BYTES = 24
+
 # What a step may need besides the project: whether it is there.
 PYTHON_PEER = 'NumPy and LZ4 for Python'
 LZ4_PEER = 'the lz4 program'
@@ -143,6 +145,12 @@ class Workplace:
         for name in ('one', 'other'):
             (self.folder / 'turned' / name).mkdir()
         return self.timed(both)
+
+    def lz4_body(self, file):
+        """A binary file's body as a file that the lz4 program takes."""
+        body = self.fresh('body') / 'body.lz4'
+        body.write_bytes(file.read_bytes()[BINARY_HEADER_BYTES:])
+        return body
 
     def lz4_calls(self, *files):
         """The seconds that the bare LZ4 calls of a file, or of a turn, take on one core."""

@@ -164,8 +164,9 @@ class Table(unittest.TestCase):
         self.assertAlmostEqual(self.limit('cores.screen', runs), 3 / (1 + 2 / 1.5))
 
     def test_looking_at_a_file_is_told_by_its_time_to_reading_it(self):
-        runs = runs_of(info=[3], preview=[4], read=[0.5], calls=[1.5], load=[2.5], digest=[1])
-        self.assertEqual(self.figure('info.9fcoef', runs), 1.5)
+        runs = runs_of(info=[3], preview=[4], read=[0.5], calls=[1.5], load=[2.5], digest=[1], lz4=[6])
+        self.assertEqual(self.figure('info.9fcoef', runs), 0.5)
+        self.assertEqual(self.figure('info.9wcoef', runs), 1.5)
         self.assertEqual(self.figure('preview.9fcoef', runs), 1.6)
         self.assertEqual(self.limit('info.9wcoef', runs), 0.5)
         self.assertIsNone(self.limit('info.9fcoef', runs))
@@ -463,16 +464,22 @@ class Programs(unittest.TestCase):
         with self.assertRaisesRegex(workplace.Failure, 'trevolt-cli ended with 3: no disk'):
             place.rotate(self.source(place, 1))
 
-    def test_a_screen_is_looked_at_in_five_ways(self):
-        self.program('make-wall', 'mkdir -p "$1/$5" && : >"$1/$5/a"')
+    def test_a_screen_is_looked_at_beside_what_reads_it(self):
+        self.program('make-wall', 'mkdir -p "$1/$5" && echo its header has 24 bytes:body >"$1/$5/a"')
         self.program('bare-lz4', '[ $# = 1 ] && echo 0.5')
         self.program('load-map', 'exit 0')
         self.program('trevolt-cli', 'for last; do :; done; [ "$1" = info ] || : >"$last"')
+        self.program('timed-run', '[ "$1" = lz4 ] || "$@" >/dev/null; echo $? 0.25 12 34')
         place = self.place()
+        for kind, steps in (('9fcoef', ['info', 'preview', 'load', 'lz4']),
+                            ('9wcoef', ['info', 'preview', 'load', 'read', 'calls', 'digest'])):
+            look = experiments.Look(kind)
+            with mock.patch.object(experiments, 'SCREEN_PIXELS', 5):
+                runs = look.measure(place, look.steps)
+            self.assertEqual({step: run[0].seconds for step, run in runs.items()},
+                             {step: 0.5 if step == 'calls' else 0.25 for step in steps})
+        self.assertEqual((place.folder / 'body' / 'body.lz4').read_text(encoding='utf-8'), 'body\n')
         look = experiments.Look('9fcoef')
-        runs = look.measure(place, look.steps)
-        self.assertEqual({step: run[0].seconds for step, run in runs.items()},
-                         {'info': 0.25, 'preview': 0.25, 'read': 0.25, 'calls': 0.5, 'load': 0.25})
         self.program('trevolt-cli', 'exit 0')
         with self.assertRaisesRegex(workplace.Failure, 'no picture was written'):
             look.measure(place, ['preview'])
