@@ -2,18 +2,20 @@
 #
 #   jq --null-input --raw-input --from-file merge-reports.jq shard-*.json >report.json
 #
-# A shard without a summary was killed: it is missing in "shards_ended", and the exit status of all is
-# null. A line that it did not finish is passed over.
-def total(key): map(select(.type == "summary") | .[key]) | add // 0;
+# A shard without a summary was killed or has not begun: it is missing in "shards_ended", and the exit
+# status of all is null. A line that it did not finish is passed over.
+def summaries: map(select(.type == "summary"));
+def total(key): summaries | map(.[key]) | add // 0;
 [inputs | fromjson?] |
+(map(select(.type == "plan") | .shard.count) | max) as $shards |
+(summaries | length) as $ended |
 {
-  shards: (map(select(.type == "plan") | .shard.count) | max),
-  shards_ended: (map(select(.type == "summary")) | length),
+  shards: $shards,
+  shards_ended: $ended,
   written: total("written"),
   failed: total("failed"),
   skipped: total("skipped"),
-  exit_status: (if (map(select(.type == "plan")) | length) > (map(select(.type == "summary")) | length)
-                then null else map(select(.type == "summary") | .exit_status) | max end),
-  errors: (map(select(.type == "summary") | .errors[]) | unique),
+  exit_status: (if $ended < $shards then null else summaries | map(.exit_status) | max end),
+  errors: (summaries | map(.errors[], .manifest_error, .report_error | values) | unique),
   files: (map(select(.type == "file")) | sort_by(.name))
 }

@@ -99,10 +99,9 @@ class Place:
             check((self.turned / name).read_bytes() == (self.whole / name).read_bytes(),
                   f'{name} differs')
 
-    def merged_report(self):
+    def merged_report(self, pattern='shard-*.json'):
         merged = subprocess.run(['jq', '--null-input', '--raw-input', '--from-file',
-                                 EXAMPLES / 'merge-reports.jq',
-                                 *sorted(self.reports.glob('shard-*.json'))],
+                                 EXAMPLES / 'merge-reports.jq', *sorted(self.reports.glob(pattern))],
                                 stdout=subprocess.PIPE, check=True)
         return json.loads(merged.stdout)
 
@@ -119,7 +118,27 @@ class Place:
         check(report['skipped'] >= self.told_before > 0, 'the restarted shard began anew')
         check([file['name'] for file in report['files']] == sorted(os.listdir(self.wall)),
               'the report lacks files')
+        check(report['exit_status'] == 0, 'the report tells of a failure')
         return report
+
+    def check_report_of_some(self):
+        """One that is made too early: the first shard has not begun."""
+        report = self.merged_report('shard-[!1].json')
+        check((report['shards'], report['shards_ended'], report['exit_status']) ==
+              (SHARDS, SHARDS - 1, None), 'a shard that has not begun is taken for done')
+
+    def check_report_of_attempts(self):
+        """One beside that of a shard's killed attempt."""
+        attempt = self.reports / 'shard-0.json'
+        lines = self.killed_report().read_text(encoding='utf-8').splitlines(keepends=True)
+        attempt.write_text(''.join(lines[:-1]), encoding='utf-8')
+        report = self.merged_report()
+        check((report['shards_ended'], report['exit_status']) == (SHARDS, 0),
+              'a shard that was started again is taken for killed')
+        attempt.write_text(''.join(lines[:-1]) + lines[-1].replace(
+            '"manifest_error":null', '"manifest_error":"no room"'), encoding='utf-8')
+        check(self.merged_report()['errors'] == ['no room'], 'a manifest that failed is not told')
+        attempt.unlink()
 
 
 def run_parallel(place):
@@ -170,6 +189,8 @@ def main():
         ENGINES[engine](place)
         place.check_outputs()
         report = place.check_report()
+        place.check_report_of_some()
+        place.check_report_of_attempts()
     print(f'{count} cabinets in {SHARDS} shards by {engine}: as one run; '
           f'{report["skipped"]} skipped behind the restart')
 
