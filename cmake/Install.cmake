@@ -62,7 +62,8 @@ endif()
 
 install(FILES README.md CHANGELOG.md LICENSE DESTINATION ${documents} COMPONENT documents)
 install(DIRECTORY docs DESTINATION ${documents} COMPONENT documents)
-install(DIRECTORY examples DESTINATION ${documents} COMPONENT library)
+install(DIRECTORY examples/cluster DESTINATION ${documents}/examples COMPONENT documents)
+install(DIRECTORY examples DESTINATION ${documents} COMPONENT library PATTERN cluster EXCLUDE)
 
 # The licences of what the programs and the library hold of others, and the Debian packages whose
 # files of copyright tell them.

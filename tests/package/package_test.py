@@ -77,7 +77,8 @@ class Package(unittest.TestCase):
         expected = {'usr/bin/trevolt-cli', *(DOCUMENTS + name for name in (
             'README.md', 'changelog.gz', 'copyright'))}
         expected |= {DOCUMENTS + path.relative_to(ROOT).as_posix()
-                     for path in (ROOT / 'docs').rglob('*') if path.is_file()}
+                     for folder in ('docs', 'examples/cluster') for path in (ROOT / folder).rglob('*')
+                     if path.is_file()}
         expected |= {'usr/share/bash-completion/completions/trevolt-cli',
                      'usr/share/fish/vendor_completions.d/trevolt-cli.fish',
                      'usr/share/man/man1/trevolt-cli.1.gz',
