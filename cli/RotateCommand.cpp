@@ -48,7 +48,7 @@ int ListFiles(const SRotationRequest& request, const SRotateOptions& options) {
     if (!plan.obstacles.empty())
         return plan.isListingBroken ? kExitSomeFailed : kExitUsage;
     for (const SPlannedTurn& turn : plan.turns)
-        if (!turn.isTaken || request.existing != EExistingOutput::Skip)
+        if (!turn.isSkipped)
             PrintPath(turn.Path(), options.nullEnds);
     for (const std::string& name : plan.unnamable)
         PrintLine(stderr, "{}: {}", name, DescribeUnnamable(name));

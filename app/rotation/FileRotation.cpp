@@ -101,6 +101,9 @@ class CFileRotation {
     bool IsOutputTaken() {
         if (!m_planned.isTaken)
             return false;
+        m_outcome.skipped = m_planned.isSkipped;
+        if (m_outcome.skipped)
+            return true;
         const std::string name = WideToShownUtf8(m_planned.outputName);
         if (std::string obstacle = DescribeIrreplaceable(OutputPath(), name); !obstacle.empty()) {
             Fail(std::move(obstacle));
@@ -108,10 +111,7 @@ class CFileRotation {
         }
         if (m_request.existing == EExistingOutput::Replace)
             return false;
-        m_outcome.skipped = m_request.existing == EExistingOutput::Skip &&
-                            KindOfEntry(OutputPath()) == EntryKind::File;
-        if (!m_outcome.skipped)
-            Fail(DescribeExistingOutput(name));
+        Fail(DescribeExistingOutput(name));
         return true;
     }
 

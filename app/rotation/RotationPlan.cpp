@@ -159,6 +159,8 @@ void FindTaken(const SRotationRequest& request, SRotationPlan& plan) {
         const std::wstring path = WithSeparator(request.targetFolder) + turn.outputName;
         const auto entry = IdentityOf(path);
         turn.isTaken = entry || PathExists(path); // not every file system has identities
+        turn.isSkipped = turn.isTaken && request.existing == EExistingOutput::Skip &&
+                         KindOfEntry(path) == EntryKind::File;
         if (entry)
             standing.emplace_back(*entry, &turn);
     }

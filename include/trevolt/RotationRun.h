@@ -124,6 +124,7 @@ struct SPlannedTurn {
     std::wstring outputName; ///< below the target folder
     SAngle angle;            ///< code 0 is a copy
     bool isTaken = false;    ///< something stands under the output's name
+    bool isSkipped = false;  ///< it is a file, which the request lets stand
 
     /// That opens the file.
     std::wstring Path() const { return *sourceFolder + name; }

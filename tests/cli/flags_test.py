@@ -211,6 +211,8 @@ class Flags(CliTest):
             (self.target / 'a-90°.3bcoef').write_bytes(b'earlier')
             self.expect(self.rotate('--list', '--skip-existing'), 0, as_listed('b'), [])
             self.expect(self.rotate('--list'), 0, as_listed('a', 'b'), [])
+            (self.target / 'b-90°.3bcoef').mkdir()  # which fails the run
+            self.expect(self.rotate('--list', '--skip-existing'), 0, as_listed('b'), [])
         result = listed('-r', '-v', '-0')
         self.expect(result, 0,
                     err=['notes.txt: passed over: no coefficient file by its name'])
