@@ -440,6 +440,17 @@ class CFileRotation {
         NoteSize();
         if (IsLink(m_planned.Path()))
             m_outcome.notes.emplace_back("is a link: what it leads to was turned");
+        if (m_request.dryRun)
+            TryName();
+    }
+
+    /// Fails where the output could not be given its name, as far as that is seen without doing it.
+    void TryName() {
+        const int error = RefusalOfName(OutputPath());
+        if (error == 0)
+            return;
+        Drop();
+        Fail(DescribeRenameProblem(error));
     }
 
     /// Whether the output is written, with all that belongs to it but its name.

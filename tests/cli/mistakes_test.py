@@ -346,7 +346,10 @@ class Mistakes(CliTest):
         long = 'n' * 240 + '.3bcoef'
         shutil.copy(self.source / 'a.3bcoef', self.source / long)
         self.before = self.state()
-        self.expect(self.run_cli(*TURN, '--suffix', 'x' * 20, self.source / long, self.target), 1,
-                    ['0 files turned by 90°, 1 failed'],
-                    [f'{long}: cannot be given its final name in the target folder: File name too long'])
+        for dry, would_be, target in (((), '', self.target), (('-n',), 'would be ', self.target),
+                                      (('-n',), 'would be ', self.folder / 'new' / 'target')):
+            self.expect(self.run_cli(*TURN, *dry, '--suffix', 'x' * 20, self.source / long, target), 1,
+                        [f'{"dry run: " if dry else ""}0 files {would_be}turned by 90°, 1 failed'],
+                        [f'{long}: cannot be given its final name in the target folder: '
+                         'File name too long'])
         self.assertEqual(self.state(), self.before)
