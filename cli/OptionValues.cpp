@@ -145,7 +145,7 @@ std::uint64_t ParseBytes(const std::string& text) {
     const auto [end, error] = std::from_chars(text.data(), textEnd, number);
     const std::uint64_t unit = UnitBytes({end, static_cast<std::size_t>(textEnd - end)});
     if (error == std::errc::result_out_of_range || (unit != 0 && number > UINT64_MAX / unit))
-        Refuse("{} is too large", text);
+        Refuse("{} is too large: give less", text);
     if (error != std::errc{} || unit == 0 || number == 0)
         Refuse("{} is no number of bytes: give one, or one with K, M, G or T", text);
     return number * unit;

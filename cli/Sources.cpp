@@ -31,7 +31,8 @@ std::vector<std::wstring> ParseSources(const std::string& place,
         const auto found =
             kProgramsExpandWildcards ? ExpandWildcards(path) : std::vector<std::wstring>{path};
         if (found.empty())
-            throw CUsageError(place, fmt::format("{} stands for no file or folder", word));
+            throw CUsageError(place,
+                              fmt::format("{} stands for no file or folder: check it", word));
         paths.insert(paths.end(), found.begin(), found.end());
     }
     return paths;

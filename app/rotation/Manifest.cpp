@@ -298,7 +298,8 @@ SVerification VerifyManifest(const std::wstring& path, CVerificationListener& li
     CInputFile stream;
     if (!stream.Open(path.c_str())) {
         total.end = EVerificationEnd::NothingToDo;
-        total.error = WithSystemReason(UnreadableManifest(path), stream.SystemError());
+        total.error = WithSystemReason(UnreadableManifest(path), stream.SystemError()) +
+                      ": give a file that can be read";
         return total;
     }
     CManifestLines lines(stream);

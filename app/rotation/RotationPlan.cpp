@@ -50,7 +50,8 @@ void CheckCount(const SRotationRequest& request, SRotationPlan& plan) {
             "there is no coefficient file in {}: give a folder that holds some", sources));
     else if (request.wholeScreen && count != 1)
         plan.obstacles.push_back(fmt::format(
-            "a whole screen is exactly one coefficient file, but {} holds {}", sources, count));
+            "a whole screen is exactly one coefficient file, but {} holds {}: give one file",
+            sources, count));
 }
 
 using AngleRows = std::map<std::wstring_view, const SFileAngle*, SNameOrder>;
@@ -183,8 +184,9 @@ void CheckCopies(const SRotationRequest& request, SRotationPlan& plan) {
         std::find_if(plan.turns.begin(), plan.turns.end(),
                      [](const SPlannedTurn& turn) { return turn.angle.code == kCopy.code; });
     if (request.size && copy != plan.turns.end())
-        plan.obstacles.push_back(fmt::format("{} is to be copied, which no size can change",
-                                             WideToShownUtf8(copy->name)));
+        plan.obstacles.push_back(fmt::format(
+            "{} is to be copied, which no size can change: give it another angle, or no size",
+            WideToShownUtf8(copy->name)));
 }
 
 void CheckTarget(const SRotationRequest& request, SRotationPlan& plan) {

@@ -68,7 +68,7 @@ TEST(OptionValues, ReadBytes) {
     EXPECT_EQ(ParseBytes("500"), 500U);
     EXPECT_EQ(ParseBytes("4k"), 4096U);
     EXPECT_EQ(ParseBytes("16777215T"), 16777215ULL << 40U);
-    EXPECT_EQ(Refusal(ParseBytes, "16777216T"), "16777216T is too large");
+    EXPECT_EQ(Refusal(ParseBytes, "16777216T"), "16777216T is too large: give less");
     EXPECT_EQ(Refusal(ParseBytes, "0x10"),
               "0x10 is no number of bytes: give one, or one with K, M, G or T");
 }

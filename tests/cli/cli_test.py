@@ -1015,7 +1015,7 @@ class Manifest(CliTest):
         self.manifest.unlink()
         self.expect(self.run_cli('verify', self.manifest), 2, [],
                     [f'trevolt-cli: the manifest {self.manifest} cannot be read: '
-                     'No such file or directory'])
+                     'No such file or directory: give a file that can be read'])
 
     @posix_only
     def test_a_manifest_that_the_disk_refuses_is_no_success(self):
@@ -1100,7 +1100,8 @@ class Limits(CliTest):
                                   f'{option}: {text} is no number of bytes: give one, or one with '
                                   'K, M, G or T')
             for text in ('18446744073709551616', '16777216T', '18014398509481984K'):
-                self.expect_words(self.rotate(f'{option}={text}'), 2, f'{option}: {text} is too large')
+                self.expect_words(self.rotate(f'{option}={text}'), 2, 
+                                  f'{option}: {text} is too large: give less')
         for text in ('0x5', '5', 'ax5', '65536x1'):
             self.expect_words(self.rotate(f'--max-size={text}'), 2, f'--max-size: {text} is ')
         for option in ('--max-memory', '--max-file-size', '--max-size'):

@@ -286,7 +286,8 @@ class Flags(CliTest):
             self.expect(self.rotate_places('-na', 90, pattern, self.target), 0,
                         [*turn_lines('ab'), 'dry run: 2 files would be turned by 90°, 0 failed'], [])
             self.expect(self.rotate_places('-na', 90, f'{self.source}/x*', self.target), 2, [],
-                        [f'trevolt-cli: SOURCE: {self.source}/x* stands for no file or folder'])
+                        [f'trevolt-cli: SOURCE: {self.source}/x* stands for no file or folder: '
+                         'check it'])
             return
         self.expect(self.rotate_places('-na', 90, pattern, self.target), 2, [],
                     [f'trevolt-cli: the source {pattern} does not exist: check its path'])

@@ -108,7 +108,8 @@ USAGE = {
         (('rotate', '--version'), '--version stands without a command: call trevolt-cli --version'),
         ((*TURN, '{S}', '{F}', '{T}'), '{F} is named twice as a source: name it once'),
         ((*TURN, '{T}', '{M}'), 'there is no coefficient file in {T}: give a folder that holds some'),
-        ((*TURN, '--screen', *BOTH), 'a whole screen is exactly one coefficient file, but {S} holds 2'),
+        ((*TURN, '--screen', *BOTH), 'a whole screen is exactly one coefficient file, but {S} holds 2: give '
+         'one file'),
         ((*TURN, '--manifest', '{X}', *BOTH), 'the manifest {X} exists already: choose another name'),
         ((*TURN, '--manifest', '{M}', '{S}', '{M}'), 'the manifest {M} is the target: choose another name'),
         ((*TURN, '--report', '{M}.html', '{S}', '{M}.html'),

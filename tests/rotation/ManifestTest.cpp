@@ -313,10 +313,12 @@ TEST_F(Verification, AManifestThatDoesNotOpenIsNamed) {
     SVerification answer = VerifyManifest(m_folder.File(L"none"), m_answers);
     EXPECT_EQ(answer.end, EVerificationEnd::NothingToDo);
     EXPECT_EQ(answer.error,
-              "the manifest " + Name(L"none") + " cannot be read: No such file or directory");
+              "the manifest " + Name(L"none") +
+                  " cannot be read: No such file or directory: give a file that can be read");
     answer = VerifyManifest(m_folder.Path(), m_answers);
     EXPECT_EQ(answer.end, EVerificationEnd::NothingToDo);
-    EXPECT_EQ(answer.error, "the manifest " + Name(L"") + " cannot be read: Is a directory");
+    EXPECT_EQ(answer.error, "the manifest " + Name(L"") +
+                                " cannot be read: Is a directory: give a file that can be read");
 }
 
 #ifndef _WIN32

@@ -228,7 +228,9 @@ TEST_F(RotationPlan, EachFileHasItsAngle) {
     EXPECT_EQ(Obstacles(), Texts{}) << "the rest may be none or all";
     m_request.angles = {{L"*", 0}};
     m_request.size = PixelSize{2, 2};
-    EXPECT_EQ(Obstacles(), Texts{"a.3bcoef is to be copied, which no size can change"});
+    EXPECT_EQ(Obstacles(),
+              Texts{"a.3bcoef is to be copied, which no size can change: give it another angle, "
+                    "or no size"});
 }
 
 TEST_F(RotationPlan, ASuffixIsPartOfAName) {
@@ -261,7 +263,7 @@ TEST_F(RotationPlan, AScreenIsOneFile) {
     EXPECT_EQ(Obstacles(), Texts{});
     Add(L"b.3bcoef");
     EXPECT_EQ(Obstacles(), Texts{"a whole screen is exactly one coefficient file, but " +
-                                 Shown(m_source.Path()) + " holds 2"});
+                                 Shown(m_source.Path()) + " holds 2: give one file"});
     m_request.sources = {m_target.Path()};
     m_request.targetFolder = m_source.Path();
     EXPECT_EQ(Obstacles(), Texts{"there is no coefficient file in " + Shown(m_target.Path()) +

@@ -280,7 +280,7 @@ TEST_F(RotationRun, AScreenIsExactlyOneFile) {
     EXPECT_EQ(m_target.Names(), Names{L"a-90\u00B0.3bcoef"});
     ASSERT_TRUE(RemoveFile(m_target.File(L"a-90\u00B0.3bcoef")));
     AddFile(L"b.3bcoef", 2, 2);
-    ExpectNothingToDo("a whole screen is exactly one coefficient file");
+    ExpectNothingToDo("holds 2: give one file");
 }
 
 TEST_F(RotationRun, NamesDamagedFilesAndTurnsTheOthers) {
