@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "app/rotation/Obstacles.h"
 #include "platform/FileStream.h"
 #include "platform/SystemError.h"
 #include "platform/TrimmedText.h"
@@ -37,12 +38,12 @@ std::string ForeignSeparatorIn(std::string_view text) {
 /// Takes a text row by row.
 class CCsvSplitter {
   public:
-    explicit CCsvSplitter(std::string_view text) : m_text(text) {}
+    CCsvSplitter(std::string_view text, SCsvTable& table)
+        : m_text(text), m_table(table), m_problems(table.problems) {}
 
-    SCsvTable Split() {
+    void Split() {
         while (m_place < m_text.size())
             TakeRow();
-        return std::move(m_table);
     }
 
   private:
@@ -71,7 +72,7 @@ class CCsvSplitter {
             if (std::string foreign = ForeignSeparatorIn(row.fields[0]); !foreign.empty())
                 problem = std::move(foreign);
         if (!problem.empty())
-            m_table.problems.push_back(fmt::format("line {}: {}", row.line, problem));
+            m_problems.Add(fmt::format("line {}: {}", row.line, problem));
         else if (row.fields.size() > 1 || !Trimmed<char>(row.fields[0]).empty())
             m_table.rows.push_back(std::move(row));
     }
@@ -121,7 +122,8 @@ class CCsvSplitter {
     std::string_view m_text;
     std::size_t m_place = 0;
     std::size_t m_line = 1;
-    SCsvTable m_table;
+    SCsvTable& m_table;
+    CObstacles m_problems;
 };
 
 /// Why the system refused the file; not that it has no places to seek, as a pipe.
@@ -136,7 +138,9 @@ SCsvTable SplitCsv(std::string_view text) {
         text.remove_prefix(kByteOrderMark.size());
     if (text.find('\0') != std::string_view::npos) // no text, or one of two bytes a character
         return {{}, {"holds zero bytes, as no table does: save it as text, in UTF-8"}};
-    return CCsvSplitter(text).Split();
+    SCsvTable table;
+    CCsvSplitter(text, table).Split();
+    return table;
 }
 
 SCsvTable ReadCsv(const std::wstring& path) {

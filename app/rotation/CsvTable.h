@@ -16,7 +16,8 @@ struct SCsvRow {
 
 struct SCsvTable {
     std::vector<SCsvRow> rows;
-    /// What is wrong, each in plain words and with its line; a line that is wrong gives no row.
+    /// What is wrong, each in plain words and with its line, and behind ten how many more; a line that is
+    /// wrong gives no row.
     std::vector<std::string> problems;
 };
 

@@ -11,6 +11,7 @@
 
 #include "app/rotation/CsvTable.h"
 #include "app/rotation/NameOrder.h"
+#include "app/rotation/Obstacles.h"
 #include "platform/TrimmedText.h"
 #include "trevolt/ChromaCorrectCoef.h"
 #include "trevolt/Utf8.h"
@@ -78,7 +79,7 @@ std::string_view NameOf(EMountingColumn column) {
 class CMountingRows {
   public:
     CMountingRows(const SMountingForm& form, SMountingTable& table)
-        : m_form(form), m_table(table) {}
+        : m_form(form), m_table(table), m_problems(table.problems) {}
 
     void TakeAll(const std::vector<SCsvRow>& rows) {
         auto row = rows.begin();
@@ -96,7 +97,7 @@ class CMountingRows {
   private:
     void Tell(const SCsvRow& row, const std::string& problem) {
         if (!problem.empty())
-            m_table.problems.push_back(fmt::format("line {}: {}", row.line, problem));
+            m_problems.Add(fmt::format("line {}: {}", row.line, problem));
     }
 
     /// False where it lacks a column, so that no row can be taken.
@@ -204,6 +205,7 @@ class CMountingRows {
 
     const SMountingForm& m_form;
     SMountingTable& m_table;
+    CObstacles m_problems;
     std::optional<MountingColumns> m_heading;
     bool m_isFirst = false; ///< the row that is taken, of a table without a heading
     std::map<std::wstring, std::size_t, SNameOrder> m_lines; ///< in which each file stands

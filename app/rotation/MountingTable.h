@@ -45,7 +45,7 @@ struct SMountingRow {
 
 struct SMountingTable {
     std::vector<SMountingRow> rows; ///< in the table's order
-    /// What is wrong, each in plain words and with its line.
+    /// What is wrong, each in plain words and with its line; behind ten of a sort how many more.
     std::vector<std::string> problems;
 };
 

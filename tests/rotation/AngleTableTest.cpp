@@ -109,6 +109,21 @@ TEST(AngleTable, AFirstRowThatMayBeAHeadingIsToldWhatOneIs) {
               Problems{"line 2: has no angle: give 0, 90, 180, 270, -90 or -180"});
 }
 
+TEST(AngleTable, ManyFaultsOfOneSortAreToldOnceMore) {
+    std::string rows;
+    for (int i = 0; i < 12; ++i)
+        rows += "a\n"; // no row
+    for (int i = 0; i < 13; ++i)
+        rows += "\"a\"x,90\n"; // not to be split
+    const Problems problems = TableOf(rows).problems;
+    ASSERT_EQ(problems.size(), 22U);
+    EXPECT_EQ(problems[9], "line 22: text follows a closing quote: put two quotes for one");
+    EXPECT_EQ(problems[10], "and 3 more like these");
+    EXPECT_EQ(problems[20],
+              "line 10: has 1 field: give a file and its angle, with a comma between");
+    EXPECT_EQ(problems[21], "and 2 more like these");
+}
+
 TEST(AngleTable, RowsKnowTheirLines) {
     const SAngleTable table = TableOf("file,angle\n\na,90\n\"b\n\",0\nc,0\n");
     ASSERT_EQ(table.rows.size(), 3U);
