@@ -25,9 +25,10 @@
 namespace trevolt {
 namespace {
 
-SFileOutcome UnnamableOutcome(const std::string& name) {
+SFileOutcome UnnamableOutcome(const SRotationRequest& request, const std::string& name) {
     SFileOutcome outcome;
     outcome.name = name;
+    outcome.angleCode = request.angles.empty() ? request.angle.code : 0; // no row can name it
     outcome.problems.emplace_back(DescribeUnnamable(name));
     return outcome;
 }
@@ -55,7 +56,7 @@ class CPlannedRun {
 
     SRotationOutcome Run() {
         for (const std::string& name : m_plan.unnamable)
-            Deliver(UnnamableOutcome(name));
+            Deliver(UnnamableOutcome(m_request, name));
         TurnAll();
         if (!m_manifestLines.empty())
             m_total.manifestError =

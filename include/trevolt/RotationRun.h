@@ -152,7 +152,7 @@ struct SRotationPlan {
 struct SFileOutcome {
     std::string name;                  ///< as planned, UTF-8
     std::string outputName;            ///< as planned; empty when nothing was written
-    std::uint32_t angleCode = 0;       ///< of the turn, 0 for a copy
+    std::uint32_t angleCode = 0;       ///< of the turn, 0 for a copy and where none is known
     PixelSize ownSize;                 ///< that the file tells, 0 × 0 when not known
     PixelSize size;                    ///< before the turn, 0 × 0 when not known
     PixelSize turnedSize;              ///< after it

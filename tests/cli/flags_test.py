@@ -499,6 +499,7 @@ class Json(CliTest):
         objects = self.run_json(1)
         self.assertEqual([one['name'] for one in objects[1:-1]],
                          ['x\\xFF.3bcoef', '\x1b\u202e箱.3bcoef', 'a\nb.3bcoef', 'quote"\\.3bcoef'])
+        self.assertEqual({one['angle'] for one in objects[1:-1]}, {90})
 
     @posix_only
     def test_a_manifest_that_does_not_come_to_stand(self):
