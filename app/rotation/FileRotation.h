@@ -16,8 +16,8 @@ struct STurnedFile {
     SFileOutcome outcome;
     std::unique_ptr<CTemporaryOutput> output; ///< null when there is nothing to keep
     bool isMemoryRefused = false;             ///< then the outcome tells nothing
-    /// The file whose time the output gets with its name, empty for none. Not before: another run would
-    /// take an old file under work for an abandoned one.
+    /// The file whose time the output gets just before its name, empty for none. Not sooner: another run
+    /// would take an old file under work for an abandoned one.
     std::wstring timeOf;
 };
 

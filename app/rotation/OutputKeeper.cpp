@@ -40,6 +40,26 @@ void Skip(STurnedFile& file) {
     file.outcome.skipped = true;
 }
 
+/// What `step` answers of a file that has an output; false where it lacks memory. The files before this
+/// one have their names all the same.
+template <class Step>
+bool OrRefuse(STurnedFile& file, const Step& step) {
+    try {
+        return file.output != nullptr && step();
+    } catch (const std::bad_alloc&) {
+        Drop(file);
+        file.isMemoryRefused = true;
+        return false;
+    }
+}
+
+bool GiveTime(STurnedFile& file) {
+    if (CopyWriteTime(file.timeOf, file.output->Path()))
+        return true;
+    Fail(file, WithSystemReason("its time cannot be given to its output", errno));
+    return false;
+}
+
 std::string DescribeSharedName(const std::wstring& other) {
     return fmt::format("cannot be written: its name means the file {} in the target folder, "
                        "which this run wrote before",
@@ -49,10 +69,13 @@ std::string DescribeSharedName(const std::wstring& other) {
 } // namespace
 
 void COutputKeeper::Keep(std::vector<STurnedFile>& files) {
-    const std::vector<int> errors = Sync(files);
+    std::vector<int> errors(files.size());
+    Sync(files, errors);
+    if (GiveTimes(files, errors))
+        Sync(files, errors); // quick: the bytes are there
     bool isAnyKept = false;
     for (std::size_t i = 0; i < files.size(); ++i)
-        isAnyKept |= files[i].output != nullptr && KeepOrRefuse(files[i], errors[i]);
+        isAnyKept |= OrRefuse(files[i], [&] { return Keep(files[i], errors[i]); });
     const int error = isAnyKept ? m_target.SyncNames() : 0;
     if (error != 0)
         for (STurnedFile& file : files)
@@ -60,28 +83,29 @@ void COutputKeeper::Keep(std::vector<STurnedFile>& files) {
                 Fail(file, DescribeFolderSyncProblem(error));
 }
 
-std::vector<int> COutputKeeper::Sync(const std::vector<STurnedFile>& files) const {
-    std::vector<int> errors(files.size());
+void COutputKeeper::Sync(const std::vector<STurnedFile>& files, std::vector<int>& errors) const {
     if (!m_target.IsSynced() || m_interrupted)
-        return errors;
+        return;
     const auto sync = [&](std::size_t i) {
-        errors[i] = files[i].output == nullptr ? 0 : files[i].output->Sync();
+        if (files[i].output != nullptr && errors[i] == 0)
+            errors[i] = files[i].output->Sync();
     };
     ShareOut(files.size(), kSyncsAtOnce, sync);
-    for (std::size_t i = 0; i < files.size(); ++i)
-        if (errors[i] == EMFILE || errors[i] == ENFILE) // for several at a time alone, perhaps
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        if (errors[i] == EMFILE || errors[i] == ENFILE) { // for several at a time alone, perhaps
+            errors[i] = 0;
             sync(i);
-    return errors;
+        }
+    }
 }
 
-bool COutputKeeper::KeepOrRefuse(STurnedFile& file, int error) {
-    try {
-        return Keep(file, error);
-    } catch (const std::bad_alloc&) {
-        Drop(file);
-        file.isMemoryRefused = true;
-        return false;
-    }
+bool COutputKeeper::GiveTimes(std::vector<STurnedFile>& files,
+                              const std::vector<int>& errors) const {
+    bool isAnyGiven = false;
+    for (std::size_t i = 0; i < files.size() && !m_interrupted; ++i)
+        if (!files[i].timeOf.empty() && errors[i] == 0)
+            isAnyGiven |= OrRefuse(files[i], [&] { return GiveTime(files[i]); });
+    return isAnyGiven;
 }
 
 bool COutputKeeper::Keep(STurnedFile& file, int error) {
@@ -92,10 +116,6 @@ bool COutputKeeper::Keep(STurnedFile& file, int error) {
     }
     if (error != 0) {
         Fail(file, DescribeSyncProblem(error));
-        return false;
-    }
-    if (!file.timeOf.empty() && !CopyWriteTime(file.timeOf, file.output->Path())) {
-        Fail(file, WithSystemReason("its time cannot be given to its output", errno));
         return false;
     }
     const SKeptOutput kept = m_target.Keep(*file.output, m_existing == EExistingOutput::Replace);

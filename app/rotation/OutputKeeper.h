@@ -25,10 +25,12 @@ class COutputKeeper {
     void Keep(std::vector<STurnedFile>& files);
 
   private:
-    /// The `errno` values of what did not reach the disk.
-    std::vector<int> Sync(const std::vector<STurnedFile>& files) const;
-    /// The files before this one have their names, whatever it lacks.
-    bool KeepOrRefuse(STurnedFile& file, int error);
+    /// Adds the `errno` values of what did not reach the disk to `errors`, a value a file; what has one
+    /// is left alone.
+    void Sync(const std::vector<STurnedFile>& files, std::vector<int>& errors) const;
+    /// Whether an output got the time of its source, which has yet to reach the disk. Its bytes are there:
+    /// an old file under work waits only for its name.
+    bool GiveTimes(std::vector<STurnedFile>& files, const std::vector<int>& errors) const;
     bool Keep(STurnedFile& file, int error);
 
     COutputFolder& m_target;

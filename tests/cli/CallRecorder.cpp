@@ -1,8 +1,9 @@
 // Loaded before a program (LD_PRELOAD), it writes down the calls that make outputs last, in their
 // order, and lets chosen ones fail:
 //
-//   TREVOLT_CALLS           the file that the lines are added to: "sync PATH", "rename FROM TO",
-//                           "print TEXT" of what goes to the standard output, "refuse memory"
+//   TREVOLT_CALLS           the file that the lines are added to: "sync PATH", "time PATH" of one that
+//                           is set, "rename FROM TO", "print TEXT" of what goes to the standard
+//                           output, "refuse memory"
 //   TREVOLT_FAIL_SYNC       syncs of paths that end so fail with EIO,
 //   TREVOLT_SPARE_SYNCS     but for so many that come first
 //   TREVOLT_FAIL_READDIR    the number of the call that reads of a folder and fails with EIO
@@ -28,6 +29,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <pthread.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -125,6 +127,13 @@ ssize_t read(int descriptor, void* bytes, std::size_t count) {
     if (std::getenv("TREVOLT_INTERRUPT") != nullptr)
         InterruptAt(PathOf(descriptor));
     return Next<ssize_t(int, void*, std::size_t)>("read")(descriptor, bytes, count);
+}
+
+int utimensat(int folder, const char* path, const timespec times[2], int flags) noexcept {
+    const COwnWork own;
+    Record("time", path);
+    return Next<int(int, const char*, const timespec*, int)>("utimensat")(folder, path, times,
+                                                                          flags);
 }
 
 int rename(const char* from, const char* to) noexcept {

@@ -1165,6 +1165,23 @@ class Durability(CliTest):
             self.assertLessEqual(100 / 32, len(folder_syncs))
 
     @with_recorder
+    def test_a_time_that_is_kept_is_on_the_disk(self):
+        self.add('a.3bcoef')
+        keep = lambda *more, **failures: self.recorded(self.rotate, '--keep-times', '--overwrite',
+                                                       *more, **failures)
+        of_the_output = lambda calls: [call for call, what in calls if '.tmp' in what]
+        result, calls = keep()
+        self.expect(result, 0, err=[])
+        self.assertEqual(of_the_output(calls), ['sync', 'time', 'sync', 'rename'])
+        result, calls = keep('--no-sync')
+        self.expect(result, 0, err=[])
+        self.assertEqual(of_the_output(calls), ['time', 'rename'])
+        for spared, done in ((0, []), (1, ['sync', 'time'])):
+            result, calls = keep(fail_sync='.tmp', spare_syncs=spared)
+            self.expect(result, 1, err=['a.3bcoef: cannot be written: Input/output error'])
+            self.assertEqual(of_the_output(calls), done)
+
+    @with_recorder
     def test_the_demo_wall_is_on_the_disk_when_it_is_told(self):
         wall = self.folder / 'wall'
         result, calls = self.recorded(self.run_cli, 'demo', wall)
