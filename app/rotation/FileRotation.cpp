@@ -438,7 +438,7 @@ class CFileRotation {
         }
         m_outcome.outputName = WideToShownUtf8(m_planned.outputName);
         NoteSize();
-        if (IsLink(m_planned.Path()))
+        if (m_source.IsOpen() && IsLink(m_planned.Path()))
             m_outcome.notes.emplace_back("is a link: what it leads to was turned");
         if (m_request.dryRun)
             TryName();

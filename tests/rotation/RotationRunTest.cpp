@@ -1462,6 +1462,11 @@ TEST_F(RotationRun, FollowsLinksToFilesAndReportsThoseThatLeadNowhere) {
               (std::vector<std::string>{
                   "cannot be read: E_COEF_OPENFAILED (0xE0830011): the file could not be opened: "
                   "No such file or directory"}));
+    m_request.lenient = true;
+    m_request.size = PixelSize{3, 2};
+    EXPECT_EQ(Run().written, 2U);
+    ASSERT_EQ(m_listener.outcomes.size(), 2U);
+    EXPECT_EQ(m_listener.outcomes[1].notes, std::vector<std::string>{}); // it leads to nothing
 }
 
 #ifdef __linux__
