@@ -265,7 +265,7 @@ class CFileRotation {
         });
         if (source.coef == nullptr)
             return false;
-        if (!IsTurnable(source.status, report) || report.WasMemoryRefused())
+        if (!IsTurnable(source.status, report))
             return true;
         Save([&](const wchar_t* path) {
             return WriteOutput(path, m_storedKind->openFailed, [&](COutputFile& file) {
@@ -395,7 +395,8 @@ class CFileRotation {
         return IsTurnable(status, report);
     }
 
-    /// Tells what a load lacks; whether the file is turned all the same.
+    /// Tells what a load lacks; whether the file is turned all the same. Memory that was refused says
+    /// nothing of what could be read.
     bool IsTurnable(Status status, const CTransferReport& report) {
         for (std::string& problem : DescribeReadProblems(status, report))
             Fail(std::move(problem));
@@ -406,7 +407,8 @@ class CFileRotation {
         if (!m_outcome.HasFailed() && PixelsOf(m_ownSize) == 0)
             Fail(kNoPixels);
         m_outcome.notes = DescribeReadNotes(report);
-        return !m_outcome.HasFailed() || (m_request.lenient && PixelsOf(m_outcome.size) != 0);
+        return !m_outcome.HasFailed() ||
+               (m_request.lenient && !report.WasMemoryRefused() && PixelsOf(m_outcome.size) != 0);
     }
 
     void NameOtherSize() {

@@ -510,6 +510,21 @@ TEST_F(RotationRun, AFileThatTheMemoryDoesNotReadWholeIsNamed) {
     EXPECT_TRUE(m_target.Names().empty());
 }
 
+// A float file, which goes through a map: there is room for that of the given size, and for its output.
+TEST_F(RotationRun, AFileThatTheMemoryDoesNotReadWholeIsNotWrittenLeniently) {
+    AddFile(L"a.3fcoef", 300, 300);
+    ASSERT_TRUE(ReplaceWith(m_source.File(L"a.3fcoef"), m_source.File(L"a.3wcoef")));
+    m_request.lenient = true;
+    m_request.size = PixelSize{4, 3};
+    {
+        const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + 700000);
+        EXPECT_EQ(Run().end, ERotationEnd::SomeFailed);
+        ExpectProblem("not enough memory to read it whole");
+        EXPECT_TRUE(m_target.Names().empty());
+    }
+    EXPECT_EQ(Run().end, ERotationEnd::AllDone);
+}
+
 // Read as one kind and written as another, whose block does not fit, or whose scratch does not.
 TEST_F(RotationRun, AFileThatTheMemoryDoesNotWriteWholeIsNamed) {
     AddFile(L"a.3bcoef", 10, 10);
