@@ -115,8 +115,12 @@ bool IsFolder(const std::wstring& path) {
 
 std::optional<EntryKind> KindOfEntry(const std::wstring& path) {
     const DWORD attributes = GetFileAttributesW(path.c_str());
-    errno = attributes == INVALID_FILE_ATTRIBUTES ? ErrnoOf(GetLastError()) : 0;
-    return attributes == INVALID_FILE_ATTRIBUTES ? std::nullopt : std::optional(KindOf(attributes));
+    errno = 0;
+    if (attributes != INVALID_FILE_ATTRIBUTES)
+        return KindOf(attributes);
+    const DWORD error = GetLastError(); // for the library no name is a file that is not there
+    errno = error == ERROR_INVALID_NAME ? EINVAL : ErrnoOf(error);
+    return std::nullopt;
 }
 
 int RefusalOfNewFiles(const std::wstring& folder) {

@@ -142,7 +142,7 @@ std::string DescribeInputObstacle(const std::wstring& path) {
         return fmt::format("{} {}", shown, kForeignSource);
     const auto kind = KindOfEntry(path);
     const int error = errno;
-    if (!kind && error != 0 && error != ENOENT && error != ENOTDIR)
+    if (!kind && error != 0 && error != ENOENT && error != ENOTDIR && error != EINVAL)
         return DescribeHiddenSource(path, error);
     if (!kind)
         return fmt::format("the source {} does not exist: check its path", shown);

@@ -33,7 +33,7 @@ class CSourceSearch {
     void Add(const std::wstring& source) {
         const auto kind = KindOfEntry(source);
         const int error = errno;
-        if (!kind && (error == 0 || error == ENOENT))
+        if (!kind && (error == 0 || error == ENOENT || error == EINVAL)) // or cannot be one
             m_obstacles.Add(fmt::format("the source {} does not exist: check its path",
                                         WideToShownUtf8(source)));
         else if (!kind)

@@ -141,8 +141,8 @@ int RefusalOfName(const std::wstring& path) {
     const std::wstring inStanding =
         WithSeparator(grown.back()) + path.substr(FolderPart(path).size());
     for (const std::wstring& tried : {path, inStanding})
-        if (!KindOfEntry(tried) && errno == ENAMETOOLONG)
-            return ENAMETOOLONG;
+        if (!KindOfEntry(tried) && (errno == ENAMETOOLONG || errno == EINVAL))
+            return errno;
     return 0;
 }
 

@@ -1,4 +1,5 @@
 #include "app/rotation/OutputFile.h"
+#include "app/rotation/CoefFile.h"
 
 #include <gtest/gtest.h>
 
@@ -99,6 +100,17 @@ TEST(OutputFile, WhatTheSystemDoesNotTakeIsSeenBefore) {
               "is no name that the system takes: File name too long: choose another");
     EXPECT_EQ(DescribeOutputObstacle({L"/dev/null", true}, {}),
               "is neither a file nor a folder: choose another name");
+}
+#else
+TEST(OutputFile, ANameThatTheSystemDoesNotTakeIsSeenBefore) {
+    const CTemporaryFolder folder;
+    EXPECT_EQ(DescribeOutputObstacle({folder.File(L"a?.png")}, {}),
+              "is no name that the system takes: Invalid argument: choose another");
+    EXPECT_EQ(DescribeNameObstacle(folder.File(L"a?.png")),
+              "is no name that the system takes: Invalid argument: choose another");
+    EXPECT_EQ(DescribeInputObstacle(folder.File(L"a?.9fcoef")),
+              "the source " + WideToShownUtf8(folder.File(L"a?.9fcoef")) +
+                  " does not exist: check its path");
 }
 #endif
 
