@@ -129,7 +129,7 @@ ssize_t read(int descriptor, void* bytes, std::size_t count) {
     return Next<ssize_t(int, void*, std::size_t)>("read")(descriptor, bytes, count);
 }
 
-int utimensat(int folder, const char* path, const timespec times[2], int flags) noexcept {
+int utimensat(int folder, const char* path, const timespec* times, int flags) noexcept {
     const COwnWork own;
     Record("time", path);
     return Next<int(int, const char*, const timespec*, int)>("utimensat")(folder, path, times,
