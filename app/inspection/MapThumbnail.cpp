@@ -12,6 +12,7 @@
 #include "app/inspection/MapPicture.h"
 #include "app/inspection/Picture.h"
 #include "app/inspection/PngFile.h"
+#include "app/inspection/ScaleTicks.h"
 
 namespace trevolt {
 namespace {
@@ -22,18 +23,23 @@ constexpr double kPixelBytes = 4;
 constexpr int kSmallestSide = 16;
 constexpr int kLargestSide = 128;
 constexpr int kThinnestShown = 4;
+constexpr int kRangeDigits = 3;
+
+std::string FromTo(const SValueRange& range) {
+    const auto [low, high] = ShownEnds(range, kRangeDigits);
+    return fmt::format("{} to {}", low, high);
+}
 
 std::string RangeText(const SPaintedValues& painted) {
     const auto& found = painted.found;
     if (!found)
         return "without any number";
     if (found->low == found->high)
-        return fmt::format("{:.3g} everywhere", found->low);
-    std::string all = fmt::format("{:.3g} to {:.3g}", found->low, found->high);
+        return fmt::format("{} everywhere", ShownNumber(found->low, kRangeDigits));
+    std::string all = FromTo(*found);
     if (painted.below + painted.above == 0)
         return all;
-    return fmt::format("{:.3g} to {:.3g}, a few from {}", painted.range.low, painted.range.high,
-                       all);
+    return fmt::format("{}, a few from {}", FromTo(painted.range), all);
 }
 
 } // namespace

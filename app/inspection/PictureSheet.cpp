@@ -44,14 +44,15 @@ std::string ShareText(std::uint64_t part, std::uint64_t whole) {
 std::vector<SLegendNote> NotesOf(const SPaintedValues& painted) {
     std::vector<SLegendNote> notes;
     const char* const also = painted.isLight ? "also " : ""; // the colours of light have no other
+    const auto [low, high] = ShownEnds(painted.range);
     if (painted.below > 0)
-        notes.push_back({painted.isLight ? CCellPainter::LightColour(0) : kBelowColour,
-                         fmt::format("{}below {}: {}", also, ShownNumber(painted.range.low),
-                                     ShareText(painted.below, painted.cells))});
+        notes.push_back(
+            {painted.isLight ? CCellPainter::LightColour(0) : kBelowColour,
+             fmt::format("{}below {}: {}", also, low, ShareText(painted.below, painted.cells))});
     if (painted.above > 0)
-        notes.push_back({painted.isLight ? CCellPainter::LightColour(1) : kAboveColour,
-                         fmt::format("{}above {}: {}", also, ShownNumber(painted.range.high),
-                                     ShareText(painted.above, painted.cells))});
+        notes.push_back(
+            {painted.isLight ? CCellPainter::LightColour(1) : kAboveColour,
+             fmt::format("{}above {}: {}", also, high, ShareText(painted.above, painted.cells))});
     if (painted.notFinite > 0)
         notes.push_back(
             {kNoNumberColour, fmt::format("infinite or no number: {} {}", painted.notFinite,
@@ -65,8 +66,8 @@ std::string ScaleText(const std::string& quantity, const SPaintedValues& painted
         return fmt::format("{}: no value", quantity);
     if (painted.found->low == painted.found->high)
         return fmt::format("{}: {}\u00A0everywhere", quantity, ShownNumber(painted.found->low));
-    return fmt::format("{}: {}\u00A0to\u00A0{}", quantity, ShownNumber(painted.found->low),
-                       ShownNumber(painted.found->high));
+    const auto [low, high] = ShownEnds(*painted.found);
+    return fmt::format("{}: {}\u00A0to\u00A0{}", quantity, low, high);
 }
 
 } // namespace

@@ -18,12 +18,6 @@ std::string WithMinus(std::string text) {
     return text;
 }
 
-constexpr int kShownDigits = 4;
-
-std::string NumberText(double value, int digits) {
-    return WithMinus(fmt::format("{:.{}g}", value == 0 ? 0.0 : value, digits));
-}
-
 /// A step that is `factor` · 10^`power`.
 struct SStep {
     double factor = 1;
@@ -62,17 +56,11 @@ std::string TickText(double value, const SStep& step) {
     return WithMinus(fmt::format("{:.{}f}", value, std::max(-step.power, 0)));
 }
 
-/// In as many digits as tell them apart; what no eye tells from 0 is told as that.
+/// What no eye tells from 0 is told as that.
 std::vector<SScaleTick> Ends(const SValueRange& range) {
-    constexpr int kMostDigits = 17;
     const double unseen = 1e-4 * (range.high - range.low);
     const auto shown = [unseen](double end) { return std::abs(end) < unseen ? 0 : end; };
-    std::string low;
-    std::string high;
-    for (int digits = kShownDigits; digits <= kMostDigits && low == high; ++digits) {
-        low = NumberText(shown(range.low), digits);
-        high = NumberText(shown(range.high), digits);
-    }
+    const auto [low, high] = ShownEnds({shown(range.low), shown(range.high)});
     return {{range.low, low}, {range.high, high}};
 }
 
@@ -117,6 +105,16 @@ int TickPlace(const SScaleTick& tick, const SValueRange& range, int width) {
     return static_cast<int>(std::lround(place * (width - 1)));
 }
 
-std::string ShownNumber(double value) { return NumberText(value, kShownDigits); }
+std::string ShownNumber(double value, int digits) {
+    return WithMinus(fmt::format("{:.{}g}", value == 0 ? 0.0 : value, digits));
+}
+
+std::pair<std::string, std::string> ShownEnds(const SValueRange& range, int digits) {
+    constexpr int kMostDigits = 17; // which tell any two numbers apart
+    std::pair<std::string, std::string> ends;
+    for (int shown = digits; shown <= kMostDigits && ends.first == ends.second; ++shown)
+        ends = {ShownNumber(range.low, shown), ShownNumber(range.high, shown)};
+    return ends;
+}
 
 } // namespace trevolt

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "app/inspection/CellPainter.h"
@@ -25,7 +26,12 @@ std::vector<SScaleTick> ScaleTicks(const SValueRange& range, int width, int text
 /// Pixels from such a scale's begin.
 int TickPlace(const SScaleTick& tick, const SValueRange& range, int width);
 
-/// A number as people read it: four significant digits, a real minus sign.
-std::string ShownNumber(double value);
+constexpr int kShownDigits = 4; ///< that count
+
+/// A number as people read it: so many significant digits, a real minus sign.
+std::string ShownNumber(double value, int digits = kShownDigits);
+
+/// The ends of a range as people read them: in so many digits, or in as many as tell them apart.
+std::pair<std::string, std::string> ShownEnds(const SValueRange& range, int digits = kShownDigits);
 
 } // namespace trevolt

@@ -58,6 +58,17 @@ TEST(MapThumbnail, TellsTheValuesOfItsColours) {
     EXPECT_EQ(MapThumbnail(map, 64).range, "without any number");
 }
 
+TEST(MapThumbnail, TellsApartWhatItsColoursTellApart) {
+    CChromaCorrectCoef map = MapOf(3, 1);
+    for (const auto& [x, factor] : {std::pair{0, 0.95021F}, {1, 0.95034F}, {2, 0.9503F}}) {
+        SMatrixCoef pixel = map.DefaultElement();
+        for (float& value : pixel.m)
+            value *= factor;
+        map.SetElement(x, 0, pixel);
+    }
+    EXPECT_EQ(MapThumbnail(map, 64).range, "0.9502 to 0.9503");
+}
+
 TEST(MapThumbnail, NamesWhatIsBeyondItsColours) {
     CChromaCorrectCoef map = MapOf(9, 2);
     SMatrixCoef pixel = map.DefaultElement();

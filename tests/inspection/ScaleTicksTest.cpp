@@ -1,5 +1,7 @@
 #include "app/inspection/ScaleTicks.h"
 
+#include <utility>
+
 #include <gtest/gtest.h>
 
 #include "app/inspection/Lettering.h"
@@ -84,6 +86,14 @@ TEST(ScaleTicks, ShowNumbersByFourDigits) {
     EXPECT_EQ(ShownNumber(0.854321), "0.8543");
     EXPECT_EQ(ShownNumber(65535), "6.554e+04");
     EXPECT_EQ(ShownNumber(1), "1");
+    EXPECT_EQ(ShownNumber(0.854321, 3), "0.854");
+}
+
+TEST(ScaleTicks, ShowEndsByDigitsThatTellThemApart) {
+    using Ends = std::pair<std::string, std::string>;
+    EXPECT_EQ(ShownEnds({0.854321, 0.954321}), Ends("0.8543", "0.9543"));
+    EXPECT_EQ(ShownEnds({0.99999, 1.00001}), Ends("0.99999", "1"));
+    EXPECT_EQ(ShownEnds({-2.9999988, -2.9999986}, 3), Ends("\u22122.9999988", "\u22122.9999986"));
 }
 
 } // namespace

@@ -118,6 +118,22 @@ TEST(PictureSheet, BreaksItsNotes) {
         EXPECT_EQ(sheetWith({{ink::kMark, two}, shortNote}).Height(), without + 44 + 24);
 }
 
+TEST(PictureSheet, TellsCloseValuesApart) {
+    const SValueRange far{1, 3};
+    const SValueRange close{2.9999986, 2.9999988}; // in more digits, which take a line more
+    const CCellPainter painter(EColourScale::Grey, far);
+    const auto heightWith = [&](const SValueRange& found, const SValueRange& range) {
+        SPaintedValues painted;
+        painted.found = found;
+        painted.range = range;
+        painted.cells = 1;
+        painted.above = 1;
+        return CPictureSheet({"Title", "", "q"}, 10, 10, 200).Finish(painter, painted, {}).Height();
+    };
+    EXPECT_GT(heightWith(close, far), heightWith(far, far));
+    EXPECT_GT(heightWith(far, close), heightWith(far, far));
+}
+
 TEST(ValuePicture, NamesWhatIsNoNumberAndBeyondTheScale) {
     const float nan = std::numeric_limits<float>::quiet_NaN();
     SValuePictureStyle style = Style();
