@@ -146,6 +146,12 @@ const char* ExistingText(EExistingOutput existing) {
 /// The facts of options that are not as they are without a word.
 std::string ChosenOptions(const SRotationRequest& request) {
     std::string html;
+    if (request.recursive)
+        html += Fact("Folders of the sources", "with those that lie in them");
+    if (request.limits.fileBytes != SRotationLimits().fileBytes)
+        html += Fact("Largest file", fmt::format("{} bytes", request.limits.fileBytes));
+    if (request.limits.largestSize != SRotationLimits().largestSize)
+        html += Fact("Largest map", SizeOrNothing(request.limits.largestSize));
     if (request.size)
         html += Fact("Size", SizeOrNothing(*request.size) + " for every map");
     if (request.lenient)

@@ -185,12 +185,18 @@ TEST_F(ReportBegins, WithTheRunsFacts) {
     m_request.size = PixelSize{8, 6};
     m_request.lenient = m_request.keepExtras = m_request.verify = m_request.keepTimes = true;
     m_request.wall = PixelSize{80, 60};
+    m_request.recursive = true;
+    m_request.limits = {{300, 200}, 5000};
     m_request.suffix = L"c&w";
     m_request.shard = {2, 3};
     m_request.manifest = L"sums";
     m_request.sync = false;
     EXPECT_TRUE(Holds(
         Page(), facts +
+                    "<div><dt>Folders of the sources</dt><dd>with those that lie in "
+                    "them</dd></div>\n"
+                    "<div><dt>Largest file</dt><dd>5000 bytes</dd></div>\n"
+                    "<div><dt>Largest map</dt><dd>300 \u00D7 200</dd></div>\n"
                     "<div><dt>Size</dt><dd>8 \u00D7 6 for every map</dd></div>\n"
                     "<div><dt>Damaged files</dt><dd>written from what could be read of "
                     "them</dd></div>\n"
