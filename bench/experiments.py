@@ -65,6 +65,15 @@ class Experiment:
         return runs
 
 
+class InMemory(Experiment):
+    """What works on many small files: each costs a disk more than the work on its content, and not
+    the same twice, whoever writes it."""
+
+    def measure(self, place, steps):
+        with in_memory(place) as apart:
+            return super().measure(apart, steps)
+
+
 def check_script(place, kind):
     """The script does the command's work: its outputs hold the same pixels, and the command takes
     them for whole files and turns them back."""
@@ -76,11 +85,11 @@ def check_script(place, kind):
     place.check_same_pixels(source, place.folder / 'checked-back')
 
 
-class Cabinets(Experiment):
+class Cabinets(InMemory):
     """A folder of cabinets: the command, the script, and the bare work, which is cp and the LZ4 calls
     of all files, both on every core."""
     steps = ('command', 'script', 'copy', 'calls')
-    peers = {'script': PYTHON_PEER}
+    peers = {step: MEMORY_FOLDER for step in steps} | {'script': PYTHON_PEER}
 
     def __init__(self, kind):
         self.kind = kind
@@ -222,6 +231,14 @@ class Cores(Experiment):
         return place.rotate(self.source, '--jobs', '1' if step == 'one' else '2')
 
 
+class CabinetCores(InMemory, Cores):
+    """The same of many small files."""
+    peers = Cores.peers | {'one': MEMORY_FOLDER}
+
+    def __init__(self):
+        super().__init__(CABINET, CABINETS)
+
+
 class Syncs(Experiment):
     """Cabinets that reach the disk before they are told, and those that nobody waits for."""
     steps = ('synced', 'unsynced')
@@ -291,16 +308,11 @@ class Sizes(Experiment):
         return place.rotate(self.sources[step])
 
 
-class Counts(Experiment):
-    """Small cabinets of all nine kinds in one folder, which is in memory: many small files cost a disk
-    more each than few do, whoever writes them."""
+class Counts(InMemory):
+    """Small cabinets of all nine kinds in one folder."""
     steps = tuple(map(str, COUNTS))
     peers = {step: MEMORY_FOLDER for step in steps}
     rounds = ROUNDS_OF_LONG
-
-    def measure(self, place, steps):
-        with in_memory(place) as apart:
-            return super().measure(apart, steps)
 
     def prepare(self, place, steps):
         kinds = [*RAW_BYTES, TEXT_KIND]

@@ -5,8 +5,8 @@ import typing
 
 from experiments import (BINARY_KINDS, CABINET, CABINETS, COUNTS, DIALOG_CABINETS,
                          FURTHER_CABINETS, RAW_BYTES, SCREEN, SCREEN_PIXELS, TEXT_CABINETS,
-                         WORD_KINDS, Cabinets, Cores, Counts, Dialog, Faults, Look, MapTurn, Screen,
-                         Sizes, Start, Syncs, Text)
+                         WORD_KINDS, CabinetCores, Cabinets, Cores, Counts, Dialog, Faults, Look,
+                         MapTurn, Screen, Sizes, Start, Syncs, Text)
 from figures import Goal, Result, exponent, median_run, slope
 
 PEAK_FACTOR, PEAK_SPARE_BYTES = 2.2, 64e6
@@ -139,7 +139,7 @@ def by_one_writer(runs):
 def core_rows():
     steps = ('one', 'two', 'apart')
     yield Row('cores.cabinets', f'{CABINETS} cabinets of {side(CABINET)}, two jobs beside one',
-              'times as fast', Goal('>=', 1.8), Cores(CABINET, CABINETS), steps,
+              'times as fast', Goal('>=', 1.8), CabinetCores(), steps,
               ratio('one', 'two'), by_two_commands, 'two commands that share nothing')
     yield Row('cores.screen', f'a screen of {side(SCREEN)}, two jobs beside one', 'times as fast',
               Goal('>=', 1.5), Cores(SCREEN, 1), (*steps, 'write'), ratio('one', 'two'),
@@ -164,8 +164,8 @@ def growth_rows():
               Goal('<=', 1.1), Sizes(), Sizes.steps,
               lambda runs: exponent(Sizes.pixels, [runs[step].seconds for step in Sizes.steps]))
     counts = Counts()
-    yield Row('growth.count', f'exponent by which it grows with the files, up to {COUNTS[-1]}, '
-              'in memory', '', Goal('<=', 1.1), counts, counts.steps,
+    yield Row('growth.count', f'exponent by which it grows with the files, up to {COUNTS[-1]}', '',
+              Goal('<=', 1.1), counts, counts.steps,
               lambda runs: exponent(COUNTS, [runs[step].seconds for step in Counts.steps]))
     yield Row('growth.memory', 'memory for each further file', 'bytes', Goal('<=', 1024), counts,
               counts.steps,

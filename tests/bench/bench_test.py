@@ -448,10 +448,15 @@ class Programs(unittest.TestCase):
         with mock.patch.object(workplace, 'IN_MEMORY', self.folder), \
                 mock.patch.object(experiments.Experiment, 'measure',
                                   side_effect=lambda place, steps: seen.append(place) or 'runs'):
-            self.assertEqual(experiments.Counts().measure(self.place(), ()), 'runs')
-        self.assertEqual(seen[0].programs, self.folder)
-        self.assertEqual(seen[0].folder.parent.parent, self.folder)
-        self.assertFalse(seen[0].folder.parent.exists())
+            for experiment in (experiments.Counts(), experiments.Cabinets('9fcoef'),
+                               experiments.CabinetCores()):
+                self.assertEqual(experiment.measure(self.place(), ()), 'runs')
+                self.assertIn(workplace.MEMORY_FOLDER, experiment.peers.values())
+        for place in seen:
+            self.assertEqual(place.programs, self.folder)
+            self.assertEqual(place.folder.parent.parent, self.folder)
+            self.assertFalse(place.folder.parent.exists())
+        self.assertEqual(len(seen), 3)
 
     def test_a_failed_helper_is_told_with_what_it_said(self):
         self.program('make-wall', 'echo no room >&2; exit 1')
