@@ -60,10 +60,10 @@ if(TARGET trevolt-cli-standalone)
             COMPONENT standalone EXCLUDE_FROM_ALL RENAME Apache-2.0.txt)
 endif()
 
-install(FILES README.md CHANGELOG.md LICENSE DESTINATION ${documents} COMPONENT documents)
-install(DIRECTORY docs DESTINATION ${documents} COMPONENT documents)
-install(DIRECTORY examples/cluster DESTINATION ${documents}/examples COMPONENT documents)
-install(DIRECTORY examples DESTINATION ${documents} COMPONENT library PATTERN cluster EXCLUDE)
+# All that the pages lead to.
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md LICENSE
+        DESTINATION ${documents} COMPONENT documents)
+install(DIRECTORY docs examples DESTINATION ${documents} COMPONENT documents)
 
 # The licences of what the programs and the library hold of others, and the Debian packages whose
 # files of copyright tell them.

@@ -42,7 +42,8 @@ def expected_files():
     package = below('lib/cmake/Trevolt/', {
         'TrevoltConfig.cmake', 'TrevoltConfigVersion.cmake', 'TrevoltTargets.cmake',
         f'TrevoltTargets-{OPTIONS.config.lower()}.cmake'})
-    documents = below('share/doc/trevolt/', {'README.md', 'CHANGELOG.md', 'LICENSE'} |
+    documents = below('share/doc/trevolt/', {'README.md', 'CHANGELOG.md', 'CONTRIBUTING.md', 'SECURITY.md',
+                                                'LICENSE'} |
                       below('docs/', files_below(ROOT / 'docs')) |
                       below('examples/', files_below(ROOT / 'examples')) |
                       below('licences/', licences))

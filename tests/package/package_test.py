@@ -75,9 +75,9 @@ class Package(unittest.TestCase):
     def test_files(self):
         self.maxDiff = None
         expected = {'usr/bin/trevolt-cli', *(DOCUMENTS + name for name in (
-            'README.md', 'changelog.gz', 'copyright'))}
+            'README.md', 'CONTRIBUTING.md', 'SECURITY.md', 'changelog.gz', 'copyright'))}
         expected |= {DOCUMENTS + path.relative_to(ROOT).as_posix()
-                     for folder in ('docs', 'examples/cluster') for path in (ROOT / folder).rglob('*')
+                     for folder in ('docs', 'examples') for path in (ROOT / folder).rglob('*')
                      if path.is_file()}
         expected |= {'usr/share/bash-completion/completions/trevolt-cli',
                      'usr/share/fish/vendor_completions.d/trevolt-cli.fish',
