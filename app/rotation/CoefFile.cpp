@@ -31,8 +31,7 @@ class CCoefFileLoad {
             return std::move(m_load);
         }
         m_source.Open(m_path);
-        if (FindSize() && SizeMap()) {
-            LoadMap();
+        if (FindSize() && SizeMap() && LoadMap()) {
             SetDefaultTrails();
             FindLosses();
         }
@@ -68,7 +67,8 @@ class CCoefFileLoad {
         return false;
     }
 
-    void LoadMap() {
+    /// False where the memory for it is refused: that says nothing of what could be read.
+    bool LoadMap() {
         const CTransferReport report;
         const Status status = m_source.Take(
             [&](std::istream& stream) { return m_load.kind->loadStream(*m_load.map, stream); });
@@ -78,8 +78,14 @@ class CCoefFileLoad {
         m_load.problems = DescribeReadProblems(status, report);
         m_load.notes = DescribeReadNotes(report);
         NameOtherSize();
+        if (report.WasMemoryRefused()) {
+            m_load.map.reset();
+            m_load.isRead = false;
+            return false;
+        }
         if (m_load.problems.empty() && m_load.map->IsEmpty())
             m_load.problems.emplace_back(kNoPixels);
+        return true;
     }
 
     /// The reader of `.9fcoef` puts the first three values of the next pixel beside the matrix.

@@ -58,7 +58,7 @@ std::string DescribePixelCount(const PixelSize& size);
 
 /// Reads a file of the kind that its name tells into a map of the file's own size. What the file does not
 /// hold of a pixel is the default element's, beside the matrix of `.9fcoef`, too. Throws std::bad_alloc;
-/// memory refused for the map is a problem.
+/// memory refused for the map, or for reading into it, is a problem, and there is no map then.
 SCoefLoad LoadCoefFile(const std::wstring& path);
 
 /// The same of a kind that the name does not tell, as that of a file under work.

@@ -441,7 +441,7 @@ class CFileRotation {
         m_outcome.outputName = WideToShownUtf8(m_planned.outputName);
         NoteSize();
         if (m_source.IsOpen() && IsLink(m_planned.Path()))
-            m_outcome.notes.emplace_back("is a link: what it leads to was turned");
+            m_outcome.notes.emplace_back("is a link: what it leads to was taken");
         if (m_request.dryRun)
             TryName();
     }

@@ -34,6 +34,23 @@ TEST(CoefFile, AFileOfEveryKindComesInItsOwnSize) {
     }
 }
 
+TEST(CoefFile, AMapThatTheMemoryDoesNotFillIsNone) {
+    const CTemporaryFolder folder;
+    CChromaCorrectCoef map;
+    map.Resize(160, 90);
+    const std::wstring path = folder.File(L"floats.3wcoef"); // goes through memory of its own
+    ASSERT_EQ(FindLoadKind(L"a.3fcoef")->save(map, path.c_str()), S_OK);
+    constexpr std::uint64_t kMapBytes = 160 * 90 * 52;
+    for (const std::uint64_t more : {std::uint64_t{0}, std::uint64_t{160 * 90 * 12 - 1}}) {
+        const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + kMapBytes + more);
+        const SCoefLoad load = LoadCoefFile(path);
+        EXPECT_EQ(load.problems, std::vector<std::string>{"not enough memory to read it whole"});
+        EXPECT_EQ(load.map, nullptr);
+        EXPECT_FALSE(load.isRead);
+    }
+    EXPECT_TRUE(LoadCoefFile(path).isRead);
+}
+
 TEST(CoefFile, WhatAFileDoesNotHoldOfAPixelIsDefault) {
     const CTemporaryFolder folder;
     CChromaCorrectCoef map;

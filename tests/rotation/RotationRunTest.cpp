@@ -1472,7 +1472,7 @@ TEST_F(RotationRun, FollowsLinksToFilesAndReportsThoseThatLeadNowhere) {
     EXPECT_EQ(outcome.failed, 1U);
     ASSERT_EQ(m_listener.outcomes.size(), 2U);
     EXPECT_EQ(m_listener.outcomes[0].notes,
-              std::vector<std::string>{"is a link: what it leads to was turned"});
+              std::vector<std::string>{"is a link: what it leads to was taken"});
     EXPECT_EQ(m_listener.outcomes[1].problems,
               (std::vector<std::string>{
                   "cannot be read: E_COEF_OPENFAILED (0xE0830011): the file could not be opened: "
