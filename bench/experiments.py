@@ -43,6 +43,10 @@ class Experiment:
     rounds = ROUNDS
     memory = CABINETS_MEMORY
 
+    def needs(self, step):
+        """What must be there for a step."""
+        return {self.peers[step]} if step in self.peers else set()
+
     def prepare(self, place, steps):
         """Makes what the steps work on."""
 
@@ -69,6 +73,9 @@ class InMemory(Experiment):
     """What works on many small files: each costs a disk more than the work on its content, and not
     the same twice, whoever writes it."""
 
+    def needs(self, step):
+        return super().needs(step) | {MEMORY_FOLDER}
+
     def measure(self, place, steps):
         with in_memory(place) as apart:
             return super().measure(apart, steps)
@@ -89,7 +96,7 @@ class Cabinets(InMemory):
     """A folder of cabinets: the command, the script, and the bare work, which is cp and the LZ4 calls
     of all files, both on every core."""
     steps = ('command', 'script', 'copy', 'calls')
-    peers = {step: MEMORY_FOLDER for step in steps} | {'script': PYTHON_PEER}
+    peers = {'script': PYTHON_PEER}
 
     def __init__(self, kind):
         self.kind = kind
@@ -111,14 +118,14 @@ class Cabinets(InMemory):
 
 
 class Screen(Experiment):
-    """A screen of a kind: the whole command, the script, both files copied, the LZ4 calls of both
+    """A screen of a kind: the whole command, the script, as many bytes written, both files copied, the LZ4 calls of both
     files alone, and the lz4 program on a binary file's body."""
     peers = {'script': PYTHON_PEER, 'lz4': LZ4_PEER}
     memory = SCREEN_MEMORY
 
     def __init__(self, kind):
         self.kind = kind
-        self.steps = ('command', 'script', 'copy', 'calls')
+        self.steps = ('command', 'script', 'write', 'copy', 'calls')
         if kind in BINARY_KINDS:
             self.steps += ('lz4',)
 
@@ -142,6 +149,9 @@ class Screen(Experiment):
 
     def script(self, place):
         return place.peer_turn(self.source)
+
+    def write(self, place):
+        return place.write(self.file.stat().st_size)
 
     def copy(self, place):
         out = place.fresh('turned')
@@ -233,7 +243,6 @@ class Cores(Experiment):
 
 class CabinetCores(InMemory, Cores):
     """The same of many small files."""
-    peers = Cores.peers | {'one': MEMORY_FOLDER}
 
     def __init__(self):
         super().__init__(CABINET, CABINETS)
@@ -311,7 +320,6 @@ class Sizes(Experiment):
 class Counts(InMemory):
     """Small cabinets of all nine kinds in one folder."""
     steps = tuple(map(str, COUNTS))
-    peers = {step: MEMORY_FOLDER for step in steps}
     rounds = ROUNDS_OF_LONG
 
     def prepare(self, place, steps):

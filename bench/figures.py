@@ -30,7 +30,7 @@ class Run:
 @dataclasses.dataclass(frozen=True)
 class Result:
     """A row that was measured, or could not be because of what is missing. Its limit is the figure
-    that a part of the work comes to which no program can leave out."""
+    that a part of the work alone comes to."""
     key: str
     what: str
     unit: str
@@ -50,8 +50,10 @@ class Result:
 
     @property
     def is_limited(self):
-        """The goal does not hold, and the limit itself does not reach it."""
-        return self.holds is False and self.limit is not None and not self.goal.holds(self.limit)
+        """The goal does not hold, and the limit, which the figure does not beat, does not reach it."""
+        if self.holds is not False or self.limit is None or self.goal.holds(self.limit):
+            return False
+        return Goal(self.goal.relation, self.figure).holds(self.limit)
 
     @property
     def verdict(self):

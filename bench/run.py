@@ -46,7 +46,7 @@ def measure(place, wanted, missing, told):
         its_rows = [row for row in wanted if row.experiment is experiment]
         steps = [step for step in experiment.steps
                  if any(step in row.steps for row in its_rows)
-                 and experiment.peers.get(step) not in missing]
+                 and not experiment.needs(step) & missing]
         runs = experiment.measure(place, steps) if steps else {}
         for row in its_rows:
             results.append(row.result(runs, missing))

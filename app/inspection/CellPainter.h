@@ -87,7 +87,6 @@ class CCellPainter {
         : m_scale(scale), m_range(range), m_jobs(jobs) {}
 
     /// Throws std::bad_alloc, before anything is painted.
-
     void Paint(CPicture& picture, int left, int top, const SValueCells& cells,
                const SPlotShape& shape);
 

@@ -33,8 +33,8 @@ void TakeBytes(void* context, void* data, int size) noexcept {
     }
 }
 
-thread_local std::size_t t_jobs =
-    1; // of the picture that this thread writes: the library passes nothing on
+/// Of the picture that this thread writes: the library passes nothing on.
+thread_local std::size_t t_jobs = 1;
 
 std::uint8_t* PackRows(std::uint8_t* rows, int count, int* packedCount, int effort) noexcept {
     try {

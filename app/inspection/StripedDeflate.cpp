@@ -19,7 +19,7 @@ constexpr std::array<std::uint8_t, 2> kHeader{0x78, 0x01};
 struct SStripe {
     std::span<const std::uint8_t> bytes;
     bool isLast = false;
-    std::vector<std::uint8_t> packed; ///< empty when memory is refused
+    std::vector<std::uint8_t> packed; ///< empty where there is no room for it
     uLong sum = 0;
 };
 
@@ -41,8 +41,9 @@ void Deflate(SStripe& stripe, z_stream& stream) {
     stream.avail_in = static_cast<uInt>(stripe.bytes.size());
     stream.next_out = stripe.packed.data();
     stream.avail_out = static_cast<uInt>(stripe.packed.size());
-    deflate(&stream, stripe.isLast ? Z_FINISH : Z_SYNC_FLUSH);
-    stripe.packed.resize(stream.total_out);
+    const int done = deflate(&stream, stripe.isLast ? Z_FINISH : Z_SYNC_FLUSH);
+    const bool isWhole = done == (stripe.isLast ? Z_STREAM_END : Z_OK) && stream.avail_out > 0;
+    stripe.packed.resize(isWhole ? stream.total_out : 0);
 }
 
 void Pack(SStripe& stripe, int effort) {

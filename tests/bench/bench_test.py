@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """Tests of the measuring script: what it reckons, what it tells and what it refuses to count."""
 import contextlib
+import dataclasses
 import io
 import json
 import math
@@ -80,6 +81,11 @@ class Figures(unittest.TestCase):
         held, limited, missed, free = row(3.5, 2.9), row(2.5, 2.9), row(2.5, 3.0), row(2.5, None)
         self.assertEqual([r.verdict for r in (held, limited, missed, free)],
                          ['holds', 'limited', 'NOT HELD', 'NOT HELD'])
+        self.assertEqual(row(2.5, 2.5).verdict, 'limited')
+        self.assertEqual(row(2.5, 2.4).verdict, 'NOT HELD')  # what is beaten limits nothing
+        slow = Result('a', 'x', '', Goal('<=', 3), 3.5, limit=3.2)
+        self.assertEqual(slow.verdict, 'limited')
+        self.assertEqual(dataclasses.replace(slow, limit=3.6).verdict, 'NOT HELD')
         self.assertEqual([str(r).split(' x')[1] for r in (held, limited, missed, free)],
                          ['', '; at best 2.9 by the disk', '; at best 3 by the disk', ''])
         self.assertEqual([r.holds for r in (held, limited, missed)], [True, False, False])
@@ -143,7 +149,7 @@ class Table(unittest.TestCase):
                          [('cabinets', '≥ 4')])
 
     def test_faster_than_a_peer_is_its_time_to_the_commands(self):
-        runs = runs_of(command=[2, 1, 3], script=[8, 9, 7], copy=[1], calls=[0.5])
+        runs = runs_of(command=[2, 1, 3], script=[8, 9, 7], copy=[1], calls=[0.5], write=[1])
         self.assertEqual(self.figure('cabinets.9fcoef', runs), 4)
         self.assertEqual(self.figure('screen-script.3bcoef', runs), 4)
 
@@ -156,12 +162,15 @@ class Table(unittest.TestCase):
     def test_no_script_is_beaten_by_more_than_the_bare_work_allows(self):
         runs = runs_of(command=[2], script=[9], copy=[1], calls=[0.5])
         self.assertEqual(self.limit('cabinets.4wcoef', runs), 6)
-        self.assertEqual(self.limit('screen-script.9wcoef', runs), 18)  # both files were copied
+        runs = runs_of(command=[2], script=[9], write=[0.5])
+        self.assertEqual(self.limit('screen-script.9wcoef', runs), 18)
 
     def test_two_jobs_gain_at_best_what_two_commands_gain(self):
         runs = runs_of(one=[3], two=[2], apart=[4], write=[1])
         self.assertEqual(self.limit('cores.cabinets', runs), 1.5)
-        self.assertAlmostEqual(self.limit('cores.screen', runs), 3 / (1 + 2 / 1.5))
+        self.assertEqual(self.limit('cores.screen', runs), 1.5)
+        runs = runs_of(one=[3], two=[2], apart=[4], write=[2.5])
+        self.assertEqual(self.limit('cores.screen', runs), 1.2)
 
     def test_looking_at_a_file_is_told_by_its_time_to_reading_it(self):
         runs = runs_of(info=[3], preview=[4], read=[0.5], calls=[1.5], load=[2.5], digest=[1], lz4=[6])
@@ -230,7 +239,7 @@ class Table(unittest.TestCase):
 
     def test_a_missing_peer_leaves_no_figure_and_other_rows_have_theirs(self):
         missing = {workplace.PYTHON_PEER}
-        runs = runs_of(command=[1], copy=[1], calls=[1], lz4=[4])
+        runs = runs_of(command=[1], write=[1], copy=[1], calls=[1], lz4=[4])
         result = self.row('screen-script.9fcoef').result(runs, missing)
         self.assertEqual((result.figure, result.holds, result.missing),
                          (None, None, (workplace.PYTHON_PEER,)))
@@ -332,6 +341,15 @@ class Rounds(unittest.TestCase):
                          [*(row.key for row in table), 'cabinets'])
         self.assertEqual([result.figure for result in results[:-1]], [1, 2] * 4)
         self.assertAlmostEqual(results[-1].figure, math.sqrt(2))
+
+    def test_nothing_is_run_in_memory_where_there_is_no_such_folder(self):
+        with mock.patch.object(workplace, 'IN_MEMORY', pathlib.Path('/nowhere')):
+            results = run.measure(mock.Mock(), rows.chosen(['cabinets.3bcoef', 'cores.cabinets', 'growth.count']),
+                                  {workplace.MEMORY_FOLDER, workplace.SECOND_CORE}, mock.Mock())
+        self.assertEqual([(result.key, result.figure, result.missing) for result in results],
+                         [('cabinets.3bcoef', None, (workplace.MEMORY_FOLDER,)),
+                          ('cores.cabinets', None, (workplace.MEMORY_FOLDER, workplace.SECOND_CORE)),
+                          ('growth.count', None, (workplace.MEMORY_FOLDER,))])
 
     def test_nothing_is_run_where_only_a_missing_peer_would_be(self):
         script = self.Script(0.1)
@@ -451,7 +469,8 @@ class Programs(unittest.TestCase):
             for experiment in (experiments.Counts(), experiments.Cabinets('9fcoef'),
                                experiments.CabinetCores()):
                 self.assertEqual(experiment.measure(self.place(), ()), 'runs')
-                self.assertIn(workplace.MEMORY_FOLDER, experiment.peers.values())
+                for step in experiment.steps:
+                    self.assertIn(workplace.MEMORY_FOLDER, experiment.needs(step))
         for place in seen:
             self.assertEqual(place.programs, self.folder)
             self.assertEqual(place.folder.parent.parent, self.folder)

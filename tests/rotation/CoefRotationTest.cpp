@@ -81,6 +81,7 @@ TEST(CoefRotation, TurnsEveryPixelAtEverySize) {
         ExpectTurned(code, 27, 9709); // one pixel less
         ExpectTurned(code, 5, 52429); // one more
         ExpectTurned(code, 65535, 5);
+        ExpectTurned(code, 521, 517); // runs of eight that go on in the next block, on both sides
     }
 }
 
