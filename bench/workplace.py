@@ -164,9 +164,10 @@ class Workplace:
 
     def write(self, count):
         """As many bytes, by one thread."""
+        file = self.fresh('turned') / 'written'
         touch_free_memory(self.memory)
         return Run(float(self.check_output([sys.executable, PEERS / 'write_file.py', str(count),
-                                            self.fresh('turned') / 'written'])))
+                                            file])))
 
     def peer_turn(self, source, target='turned'):
         return self.timed_turn([sys.executable, PEERS / 'turn_folder.py'], source, target)

@@ -245,6 +245,14 @@ class Table(unittest.TestCase):
                          (None, None, (workplace.PYTHON_PEER,)))
         self.assertEqual(self.row('screen-lz4.9fcoef').result(runs, missing).figure, 0.25)
 
+    def test_a_row_names_all_that_its_steps_miss(self):
+        memory, core = workplace.MEMORY_FOLDER, workplace.SECOND_CORE
+        for key, lacking in (('cabinets.9fcoef', (workplace.PYTHON_PEER, memory)),
+                             ('cores.cabinets', (memory, core)), ('cores.screen', (core,)),
+                             ('growth.count', (memory,)), ('info.9fcoef', (workplace.LZ4_PEER,))):
+            peers = {workplace.PYTHON_PEER, workplace.LZ4_PEER, memory, core}
+            self.assertEqual(self.row(key).result({}, peers).missing, tuple(sorted(lacking)))
+
     def test_the_mean_needs_all_its_parts(self):
         mean, = rows.MEAN_ROWS
         parts = [Result(f'cabinets.{i}', '', '', None, figure) for i, figure in enumerate((2, 8))]
@@ -400,7 +408,8 @@ class Programs(unittest.TestCase):
                 (count, list((place.folder / 'turned').iterdir())))):
             place.rotate(source)
             place.rotate(source)
-        self.assertEqual(seen, [(5, [])] * 2)  # what the run before left is gone
+            place.write(1)
+        self.assertEqual(seen, [(5, [])] * 3)  # what the run before left is gone
 
     def test_an_experiment_tells_how_much_its_steps_take(self):
         place = mock.Mock()
@@ -440,19 +449,28 @@ class Programs(unittest.TestCase):
     def test_cabinets_are_copied_by_every_core(self):
         place = self.place()
         source = self.source(place, 5)
-        self.program('timed-run', '"$@"; echo $? 0.25 12 34')
-        with mock.patch.object(workplace.os, 'cpu_count', return_value=3):
-            self.assertEqual(place.copy_on_every_core(source), Run(0.25, 12, 34 * 1024))
+        for cores, each in ((3, 2), (5, 1), (1, 5)):
+            with mock.patch.object(workplace.os, 'cpu_count', return_value=cores), \
+                    mock.patch.object(place, 'timed', side_effect=place.timed) as timed:
+                self.assertEqual(place.copy_on_every_core(source), Run(0.25, 12, 34 * 1024))
+            self.assertIn(f'-P {cores} -n {each} cp', timed.call_args.args[0][2])
         self.assertEqual(sorted(path.name for path in (place.folder / 'turned').iterdir()),
                          sorted(path.name for path in source.iterdir()))
 
     def test_the_bare_work_of_cabinets_is_that_of_one_by_their_number(self):
         self.program('make-wall', 'mkdir -p "$1/$5" && touch "$1/$5/a" "$1/$5/b"')
-        self.program('bare-lz4', '[ $# = 2 ] && [ -e "$1" ] && [ -e "$2" ] && echo 0.5')
+        self.program('bare-lz4', '[ $# = 2 ] && [ ! -s "$1" ] && [ -s "$2" ] && echo 0.5')
         cabinets = experiments.Cabinets('9wcoef')
         with mock.patch.object(experiments.os, 'cpu_count', return_value=4):
             runs = cabinets.measure(self.place(), ['calls'])
         self.assertEqual(runs['calls'][0].seconds, 0.5 * 256 / 4)
+
+    def test_each_step_of_cabinets_is_its_own_work(self):
+        place, cabinets = mock.Mock(), experiments.Cabinets('9fcoef')
+        cabinets.prepare(place, ())
+        for step, work in (('command', place.rotate), ('script', place.peer_turn),
+                           ('copy', place.copy_on_every_core)):
+            self.assertIs(cabinets.run_step(place, step), work.return_value)
 
     def test_bytes_are_written_to_a_new_file(self):
         place = self.place()
@@ -493,13 +511,18 @@ class Programs(unittest.TestCase):
         self.program('bare-lz4', '[ $# = 1 ] && echo 0.5')
         self.program('load-map', 'exit 0')
         self.program('trevolt-cli', 'for last; do :; done; [ "$1" = info ] || : >"$last"')
-        self.program('timed-run', '[ "$1" = lz4 ] || "$@" >/dev/null; echo $? 0.25 12 34')
+        self.program('timed-run', 'if [ "$1" = lz4 ]; then grep -qx body "$4"; else "$@" >/dev/null; fi\n'
+                                  'echo $? 0.25 12 34')
         place = self.place()
         for kind, steps in (('9fcoef', ['info', 'preview', 'load', 'lz4']),
                             ('9wcoef', ['info', 'preview', 'load', 'read', 'calls', 'digest'])):
             look = experiments.Look(kind)
-            with mock.patch.object(experiments, 'SCREEN_PIXELS', 5):
+            with mock.patch.object(experiments, 'SCREEN_PIXELS', 5), \
+                    mock.patch.object(experiments.os, 'sync') as sync:
+                look.prepare(place, look.steps)
+                sync.reset_mock()  # the screen's own, before what is made of it
                 runs = look.measure(place, look.steps)
+            sync.assert_called_once_with()
             self.assertEqual({step: run[0].seconds for step, run in runs.items()},
                              {step: 0.5 if step == 'calls' else 0.25 for step in steps})
         self.assertEqual((place.folder / 'body' / 'body.lz4').read_text(encoding='utf-8'), 'body\n')
