@@ -188,12 +188,14 @@ TEST(CellPainter, PaintsAndCountsTheSameWithEveryNumberOfThreads) {
 }
 
 TEST(CellPainter, PaintsThreeValuesAsLight) {
-    const SValueCells cells{2, 1, 3, {0, 1, 2, 2, -1, 3}, 0};
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const SValueCells cells{3, 1, 3, {0, 1, 2, 2, -1, 3, 1, 1, nan}, 1};
     CCellPainter painter(EColourScale::FalseColour, {0, 2});
-    CPicture picture(2, 1, {});
-    painter.Paint(picture, 0, 0, cells, {2, 1});
+    CPicture picture(3, 1, {});
+    painter.Paint(picture, 0, 0, cells, {3, 1});
     EXPECT_EQ(picture.At(0, 0), (SColour{0, 188, 255}));
     EXPECT_EQ(picture.At(1, 0), (SColour{255, 0, 255}));
+    EXPECT_EQ(picture.At(2, 0), kNoNumberColour);
     const SPaintedValues painted = painter.Painted({}, 0);
     EXPECT_TRUE(painted.isLight);
     EXPECT_EQ(painted.below, 1U);

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/rotation/AllocationLimit.h"
 #include "tests/support/TestFiles.h"
 
 namespace trevolt {
@@ -46,6 +47,12 @@ TEST(PngFile, IsTheSameForEveryNumberOfThreads) {
     const std::vector<std::uint8_t> one = PngBytes(picture);
     for (const std::size_t jobs : {2U, 5U})
         EXPECT_TRUE(PngBytes(picture, jobs) == one) << jobs;
+}
+
+TEST(PngFile, IsNoneWhereMemoryIsRefused) {
+    const CPicture picture = Checkered(700, 600);
+    const test::CAllocationLimit limit(500000); // less than a packed stripe may need
+    EXPECT_THROW(PngBytes(picture, 2), std::bad_alloc);
 }
 
 TEST(PngFile, PacksPlainAreas) {

@@ -1,5 +1,6 @@
 #include "app/inspection/ScaleTicks.h"
 
+#include <cmath>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -80,6 +81,8 @@ TEST(ScaleTicks, AreTwoAtLeastAndApart) {
               (Texts{"0.85", "0.90", "0.95"}));
     EXPECT_EQ(TextsOf(ScaleTicks({0.99999, 1.00001}, 100, kTickSize)), (Texts{"0.99999", "1"}));
     EXPECT_EQ(TextsOf(ScaleTicks({1.9e-7, 0.001999}, 144, kTickSize)), (Texts{"0", "0.001999"}));
+    EXPECT_EQ(TextsOf(ScaleTicks({-0.001999, -1.9e-7}, 144, kTickSize)),
+              (Texts{"\u22120.001999", "0"}));
 }
 
 TEST(ScaleTicks, ShowNumbersByFourDigits) {
@@ -94,6 +97,8 @@ TEST(ScaleTicks, ShowEndsByDigitsThatTellThemApart) {
     EXPECT_EQ(ShownEnds({0.854321, 0.954321}), Ends("0.8543", "0.9543"));
     EXPECT_EQ(ShownEnds({0.99999, 1.00001}), Ends("0.99999", "1"));
     EXPECT_EQ(ShownEnds({-2.9999988, -2.9999986}, 3), Ends("\u22122.9999988", "\u22122.9999986"));
+    EXPECT_EQ(ShownEnds({0.1, std::nextafter(0.1, 1)}),
+              Ends("0.10000000000000001", "0.10000000000000002"));
 }
 
 } // namespace

@@ -111,8 +111,10 @@ TEST(AngleTable, AFirstRowThatMayBeAHeadingIsToldWhatOneIs) {
 
 TEST(AngleTable, ManyFaultsOfOneSortAreToldOnceMore) {
     std::string rows;
-    for (int i = 0; i < 12; ++i)
+    for (int i = 0; i < 10; ++i)
         rows += "a\n"; // no row
+    EXPECT_EQ(TableOf(rows).problems.size(), 10U);
+    rows += "a\na\n";
     for (int i = 0; i < 13; ++i)
         rows += "\"a\"x,90\n"; // not to be split
     const Problems problems = TableOf(rows).problems;

@@ -51,6 +51,21 @@ TEST(CoefFile, AMapThatTheMemoryDoesNotFillIsNone) {
     EXPECT_TRUE(LoadCoefFile(path).isRead);
 }
 
+// Of the words, all chunks but the first and largest fit.
+TEST(CoefFile, AMapThatTheMemoryFillsInPartIsNone) {
+    const CTemporaryFolder folder;
+    CChromaCorrectCoef map;
+    map.Resize(600, 600);
+    for (const std::wstring name : {L"a.9wcoef", L"a.9fcoef"}) {
+        ASSERT_EQ(FindLoadKind(name)->save(map, folder.File(name).c_str()), S_OK);
+        const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + 600 * 600 * 52 + 4000000);
+        const SCoefLoad load = LoadCoefFile(folder.File(name));
+        EXPECT_EQ(load.problems, std::vector<std::string>{"not enough memory to read it whole"});
+        EXPECT_EQ(load.map, nullptr);
+        EXPECT_FALSE(load.isRead);
+    }
+}
+
 TEST(CoefFile, WhatAFileDoesNotHoldOfAPixelIsDefault) {
     const CTemporaryFolder folder;
     CChromaCorrectCoef map;
