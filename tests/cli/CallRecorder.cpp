@@ -5,7 +5,10 @@
 //                           is set, "rename FROM TO", "print TEXT" of what goes to the standard
 //                           output, "refuse memory"
 //   TREVOLT_FAIL_SYNC       syncs of paths that end so fail with EIO,
-//   TREVOLT_SPARE_SYNCS     but for so many that come first
+//   TREVOLT_SPARE_SYNCS     but for so many that come first,
+//   TREVOLT_MOST_FAILURES   no more of them than so many,
+//   TREVOLT_SYNC_ERROR      or with this errno value
+//   TREVOLT_FAIL_TIME       paths that end so are given no time: EPERM
 //   TREVOLT_FAIL_READDIR    the number of the call that reads of a folder and fails with EIO
 //   TREVOLT_FAIL_THREAD     threads that start before all others fail to
 //   TREVOLT_FAIL_NEW        the number of the allocation that is refused, from the entry point's call
@@ -16,6 +19,7 @@
 //   TREVOLT_DECAY           a file whose cached pages are given up has lost a bit on the disk
 #include <atomic>
 #include <cerrno>
+#include <climits>
 #include <csignal>
 #include <cstddef>
 #include <cstdio>
@@ -113,8 +117,9 @@ int fsync(int descriptor) {
     const std::string synced = PathOf(descriptor);
     InterruptAt(synced);
     static std::atomic<long> spared{NumberIn("TREVOLT_SPARE_SYNCS", 0)};
-    if (IsToFail("TREVOLT_FAIL_SYNC", synced) && spared-- <= 0) {
-        errno = EIO;
+    static std::atomic<long> left{NumberIn("TREVOLT_MOST_FAILURES", LONG_MAX)};
+    if (IsToFail("TREVOLT_FAIL_SYNC", synced) && spared-- <= 0 && left-- > 0) {
+        errno = static_cast<int>(NumberIn("TREVOLT_SYNC_ERROR", EIO));
         return -1;
     }
     const int result = Next<int(int)>("fsync")(descriptor);
@@ -131,6 +136,10 @@ ssize_t read(int descriptor, void* bytes, std::size_t count) {
 
 int utimensat(int folder, const char* path, const timespec* times, int flags) noexcept {
     const COwnWork own;
+    if (IsToFail("TREVOLT_FAIL_TIME", path)) {
+        errno = EPERM;
+        return -1;
+    }
     Record("time", path);
     return Next<int(int, const char*, const timespec*, int)>("utimensat")(folder, path, times,
                                                                           flags);

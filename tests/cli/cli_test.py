@@ -8,6 +8,7 @@ POSIX system are then passed over. The recorder is what CallRecorder.cpp makes. 
 made here and not by the program: bodies are packed and unpacked by another LZ4 implementation's
 front end.
 """
+import errno
 import hashlib
 import json
 import os
@@ -1180,6 +1181,36 @@ class Durability(CliTest):
             result, calls = keep(fail_sync='.tmp', spare_syncs=spared)
             self.expect(result, 1, err=['a.3bcoef: cannot be written: Input/output error'])
             self.assertEqual(of_the_output(calls), done)
+        result, _ = keep(fail_time='.tmp')
+        self.expect(result, 1, err=['a.3bcoef: its time cannot be given to its output: '
+                                    'Operation not permitted'])
+        result, calls = self.recorded(self.rotate, '--overwrite')
+        self.expect(result, 0, err=[])
+        self.assertEqual(of_the_output(calls), ['sync', 'rename'])
+
+    @with_recorder
+    def test_a_file_that_fails_keeps_no_other_from_the_disk(self):
+        self.add('a.3bcoef')
+        (self.source / 'b.3bcoef').write_bytes(b'damaged')
+        result, calls = self.recorded(self.rotate, '--keep-times',
+                                      fail_thread=99)  # by one thread, which keeps both together
+        self.expect(result, 1, ['a.3bcoef -> a-90°.3bcoef  (4 x 3 -> 3 x 4)',
+                                '1 file turned by 90°, 1 failed'])
+        names = self.check_order([call for call in calls if call[0] != 'time'], self.target,
+                                 lambda line: {'a-90°.3bcoef'} if line[:1] == 'a' else set())
+        self.assertEqual(names, ['a-90°.3bcoef'])
+        self.assertEqual([call for call, what in calls if '.tmp' in what],
+                         ['sync', 'time', 'sync', 'rename'])
+
+    @with_recorder
+    def test_a_sync_that_failed_is_asked_again_only_where_the_system_was_busy(self):
+        for name in ('a.3bcoef', 'b.3bcoef'):
+            self.add(name)
+        for error, failed in ((errno.EIO, 1), (errno.EMFILE, 0), (errno.ENFILE, 0)):
+            result, _ = self.recorded(self.rotate, '--keep-times', '--overwrite', fail_sync='.tmp',
+                                      most_failures=1, sync_error=error, fail_thread=99)
+            self.expect(result, failed)
+            self.assertEqual(len(self.lines(result.stderr)), failed)
 
     @with_recorder
     def test_the_demo_wall_is_on_the_disk_when_it_is_told(self):
@@ -1431,7 +1462,8 @@ class Durability(CliTest):
         while True:
             refused += 7
             result, calls = self.recorded(self.rotate, '--jobs', 2,
-                                          *['--no-sync'] * (refused % 2), fail_new=refused)
+                                          *['--no-sync'] * (refused % 2), '--keep-times',
+                                          fail_new=refused)
             lines, errors = self.lines(result.stdout), self.lines(result.stderr)
             if ('refuse', 'memory') not in calls:
                 break

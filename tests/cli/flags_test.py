@@ -500,6 +500,12 @@ class Json(CliTest):
         self.assertEqual([one['name'] for one in objects[1:-1]],
                          ['x\\xFF.3bcoef', '\x1b\u202e箱.3bcoef', 'a\nb.3bcoef', 'quote"\\.3bcoef'])
         self.assertEqual({one['angle'] for one in objects[1:-1]}, {90})
+        table = self.folder / 'angles.csv'
+        table.write_text('*,180\n')
+        result = self.run_cli('rotate', '--json', '--angles', table, self.source, self.target)
+        self.expect(result, 1, err=[])
+        self.assertEqual([one['angle'] for one in self.objects(result.stdout)[1:-1]],
+                         [0, 180, 180, 180])  # no row names what is no text
 
     @posix_only
     def test_a_manifest_that_does_not_come_to_stand(self):

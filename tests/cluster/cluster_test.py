@@ -135,9 +135,15 @@ class Place:
         report = self.merged_report()
         check((report['shards_ended'], report['exit_status']) == (SHARDS, 0),
               'a shard that was started again is taken for killed')
-        attempt.write_text(''.join(lines[:-1]) + lines[-1].replace(
-            '"manifest_error":null', '"manifest_error":"no room"'), encoding='utf-8')
-        check(self.merged_report()['errors'] == ['no room'], 'a manifest that failed is not told')
+        summary = lines[-1]
+        for key, value, failed in (('errors', '[]', '["no disk"]'), ('exit_status', '0', '1'),
+                                   ('manifest_error', 'null', '"no room"'),
+                                   ('report_error', 'null', '"no page"')):
+            summary = summary.replace(f'"{key}":{value}', f'"{key}":{failed}')
+        attempt.write_text(''.join(lines[:-1]) + summary, encoding='utf-8')
+        report = self.merged_report()
+        check((report['errors'], report['exit_status']) == (['no disk', 'no page', 'no room'], 1),
+              'what failed beside the files is not told')
         attempt.unlink()
 
 
