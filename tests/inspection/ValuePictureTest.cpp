@@ -1,5 +1,6 @@
 #include "app/inspection/ValuePicture.h"
 
+#include <algorithm>
 #include <limits>
 #include <string>
 #include <vector>
@@ -132,6 +133,26 @@ TEST(PictureSheet, TellsCloseValuesApart) {
     };
     EXPECT_GT(heightWith(close, far), heightWith(far, far));
     EXPECT_GT(heightWith(far, close), heightWith(far, far));
+}
+
+TEST(PictureSheet, NotesTheEndsThatValuesAreBeyond) {
+    const CCellPainter painter(EColourScale::Grey, {1, 3});
+    SPaintedValues painted;
+    painted.range = {1, 3};
+    painted.cells = 1;
+    const auto sheetWith = [&](std::uint64_t beyond, const std::vector<SLegendNote>& notes) {
+        painted.below = painted.above = beyond;
+        return CPictureSheet({"Title", "", "q"}, 10, 10, 500).Finish(painter, painted, notes);
+    };
+    using Notes = std::vector<SLegendNote>;
+    const Notes flat{{kBelowColour, "below 1: 100.0 %"}, {kAboveColour, "above 3: 100.0 %"}};
+    const Notes light{{CCellPainter::LightColour(0), "also below 1: 100.0 %"},
+                      {CCellPainter::LightColour(1), "also above 3: 100.0 %"}};
+    for (const bool isLight : {false, true}) {
+        painted.isLight = isLight;
+        const CPicture noted = sheetWith(0, isLight ? light : flat);
+        EXPECT_TRUE(std::ranges::equal(sheetWith(1, {}).Bytes(), noted.Bytes())) << isLight;
+    }
 }
 
 TEST(ValuePicture, NamesWhatIsNoNumberAndBeyondTheScale) {
