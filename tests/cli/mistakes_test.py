@@ -353,4 +353,10 @@ class Mistakes(CliTest):
                         [f'{"dry run: " if dry else ""}0 files {would_be}turned by 90°, 1 failed'],
                         [f'{long}: cannot be given its final name in the target folder: '
                          'File name too long'])
+        deep = '/'.join([str(self.folder), *['d' * 200] * 19, ''])
+        deep += 'e' * (4085 - len(deep))  # of 4095 bytes that a path may have
+        self.expect(self.run_cli(*TURN, '-n', self.source / 'a.3bcoef', deep), 1,
+                    ['dry run: 0 files would be turned by 90°, 1 failed'],
+                    ['a.3bcoef: cannot be given its final name in the target folder: '
+                     'File name too long'])
         self.assertEqual(self.state(), self.before)
