@@ -118,8 +118,8 @@ class Cabinets(InMemory):
 
 
 class Screen(Experiment):
-    """A screen of a kind: the whole command, the script, as many bytes written, both files copied, the LZ4 calls of both
-    files alone, and the lz4 program on a binary file's body."""
+    """A screen of a kind: the whole command, the script, as many bytes written, both files copied, the
+    LZ4 calls of both files alone, and the lz4 program on a binary file's body."""
     peers = {'script': PYTHON_PEER, 'lz4': LZ4_PEER}
     memory = SCREEN_MEMORY
 
