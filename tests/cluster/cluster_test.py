@@ -144,6 +144,14 @@ class Place:
         report = self.merged_report()
         check((report['errors'], report['exit_status']) == (['no disk', 'no page', 'no room'], 1),
               'what failed beside the files is not told')
+        attempt.write_text(''.join(lines), encoding='utf-8')
+        report = self.merged_report('shard-[!1].json')
+        check((report['shards_ended'], report['exit_status']) == (SHARDS - 1, None),
+              'a shard that ended twice hides one that has not begun')
+        attempt.write_text(''.join(lines[:-2]) + lines[-2][:40], encoding='utf-8')
+        report = self.merged_report()
+        check((report['shards_ended'], report['exit_status']) == (SHARDS, 0),
+              'a line that is cut hides the next report')
         attempt.unlink()
 
 
