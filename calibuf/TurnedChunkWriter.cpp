@@ -7,7 +7,9 @@
 #include "calibuf/ChunkStream.h"
 #include "calibuf/PlaneCodec.h"
 #include "common/ElementTurn.h"
+#include "common/HeldExceptions.h"
 #include "common/OrderedJobs.h"
+#include "common/SequencedStep.h"
 #include "trevolt/MemoryBudget.h"
 
 namespace trevolt {
@@ -102,7 +104,7 @@ class CTurnedChunk {
     SChunkRecord m_record;
 };
 
-/// As many as can be in work, wait and be written at once; none without memory for all of them.
+/// One for each thread; none without memory for all of them.
 std::vector<CTurnedChunk> MakeChunks(std::size_t count, const WordElementKind& kind,
                                      const SPixelRect& picture) {
     const auto elements =
@@ -116,6 +118,30 @@ std::vector<CTurnedChunk> MakeChunks(std::size_t count, const WordElementKind& k
             return {};
     }
     return chunks;
+}
+
+Status WriteChunks(std::ostream& stream, const CWordPlanes& planes, const SPlaneTurn& turn,
+                   std::size_t threads) {
+    const WordElementKind& kind = planes.Kind();
+    const std::vector<STurnedPiece> pieces = PiecesOf(turn.Rect());
+    const std::size_t workers = std::clamp<std::size_t>(threads, 1, pieces.size());
+    std::vector<CTurnedChunk> chunks = MakeChunks(workers, kind, turn.Rect());
+    if (chunks.empty())
+        return E_COEF_NOBUFFER;
+    CChunkStream output(stream, kind.planeCount, pieces.size());
+    output.Reserve(pieces.size()); // a thread that adds has nobody to catch what that throws
+    CSequencedStep adding;
+    ShareOut(pieces.size(), workers, [&](std::size_t i) {
+        // Whoever begins a piece has added one, and so have all before that: the memory is free.
+        CTurnedChunk& chunk = chunks[i % chunks.size()];
+        chunk.Make(planes, turn, pieces[i]);
+        adding.Do(i, [&] {
+            output.Add(chunk.Record(), chunk.Bytes());
+            return true;
+        });
+    });
+    output.WriteDirectory();
+    return S_OK;
 }
 
 } // namespace
@@ -135,26 +161,7 @@ SPixelRect SPlaneTurn::InPicture(const SPixelRect& rect) const {
 
 Status WriteTurnedChunks(std::ostream& stream, const CWordPlanes& planes, const SPlaneTurn& turn,
                          std::size_t threads) {
-    const WordElementKind& kind = planes.Kind();
-    const std::vector<STurnedPiece> pieces = PiecesOf(turn.Rect());
-    const std::size_t workers = std::clamp<std::size_t>(threads, 1, pieces.size());
-    const std::size_t ahead = workers + 1; // one waits while all threads work
-    // The first one ahead has begun while that before it is written, so there is one more of them.
-    std::vector<CTurnedChunk> chunks = MakeChunks(workers == 1 ? 1 : ahead + 1, kind, turn.Rect());
-    if (chunks.empty())
-        return E_COEF_NOBUFFER;
-    CChunkStream output(stream, kind.planeCount, pieces.size());
-    output.Reserve(pieces.size()); // what delivers must not throw
-    RunOrdered<const CTurnedChunk*>(
-        pieces.size(), workers,
-        [&](std::size_t i) {
-            CTurnedChunk& chunk = chunks[i % chunks.size()];
-            chunk.Make(planes, turn, pieces[i]);
-            return &chunk;
-        },
-        [&](const CTurnedChunk* chunk) { output.Add(chunk->Record(), chunk->Bytes()); }, ahead);
-    output.WriteDirectory();
-    return S_OK;
+    return HoldingExceptions(stream, [&] { return WriteChunks(stream, planes, turn, threads); });
 }
 
 } // namespace trevolt

@@ -31,8 +31,8 @@ struct SPlaneTurn {
 
 /// Writes the turned pixels of planes at the stream's position, to the bytes that
 /// `CCaliBuf::WriteRectChunks` writes of a store that holds them. The work is shared among `threads`
-/// threads at most. E_COEF_NOBUFFER, with nothing written, when scratch memory is refused;
-/// failures of the stream stay in its state.
+/// threads at most, one of which writes at a time. E_COEF_NOBUFFER, with nothing written, when scratch
+/// memory is refused; failures of the stream stay in its state.
 Status WriteTurnedChunks(std::ostream& stream, const CWordPlanes& planes, const SPlaneTurn& turn,
                          std::size_t threads);
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <condition_variable>
 #include <cstring>
 #include <limits>
 #include <mutex>
@@ -17,6 +16,7 @@
 #include "common/FrameLayout.h"
 #include "common/LittleEndian.h"
 #include "common/OrderedJobs.h"
+#include "common/SequencedStep.h"
 #include "trevolt/MemoryBudget.h"
 #include "trevolt/TransferReport.h"
 
@@ -176,22 +176,22 @@ class CBlockReader {
     /// Sets the block's place when all before it are decoded; a block that is stored as it is tells
     /// that of the next one too. False when the content does not hold it.
     bool FindPlace(SBlock& block) {
-        const std::lock_guard lock(m_mutex);
-        if (m_placed != block.number)
+        if (!m_placing.IsNext(block.number))
             return true;
         block.offset = m_made;
         block.isTakenIntoPlace = block.isStoredAsIs && m_target.buffer != nullptr;
         return !block.isTakenIntoPlace || CountIn(block);
     }
 
-    /// The block is the next and its bytes are known; false when they are more than there is room.
-    bool CountIn(const SBlock& block) {
-        if (block.bytes > m_target.bytes - m_made)
-            return false;
-        m_made += block.bytes;
-        ++m_placed;
-        m_moved.notify_all();
-        return true;
+    /// Of a block whose bytes are known; false when they are more than there is room, or when one
+    /// before it has failed.
+    bool CountIn(SBlock& block) {
+        return m_placing.Do(block.number, [&] {
+            block.offset = m_made;
+            const bool hasRoom = block.bytes <= m_target.bytes - m_made;
+            m_made += hasRoom ? block.bytes : 0;
+            return hasRoom;
+        });
     }
 
     Status FinishBlock(SBlockMemory& memory, SBlock& block) {
@@ -268,7 +268,7 @@ class CBlockReader {
 
     /// Puts the block behind those before it; false when that fails, or they did.
     bool Place(SBlock& block) {
-        if (!AwaitPlace(block))
+        if (!CountIn(block))
             return false;
         if (block.content == nullptr || m_target.buffer == nullptr)
             return true;
@@ -281,43 +281,18 @@ class CBlockReader {
                        });
     }
 
-    bool AwaitPlace(SBlock& block) {
-        std::unique_lock lock(m_mutex);
-        if (!AwaitTurn(lock, m_placed, block.number))
-            return false;
-        block.offset = m_made;
-        return CountIn(block);
-    }
-
     bool CountIntoChecksum(const SBlock& block) {
-        return InTurn(m_counted, block.number, [&] { AddContent(m_checksum, block); });
+        return m_counting.Do(block.number, [&] {
+            AddContent(m_checksum, block);
+            return true;
+        });
     }
 
     bool HandOver(const SBlock& block) {
-        return InTurn(m_handedOver, block.number,
-                      [&] { m_target.sink->Take(block.content, block.bytes); });
-    }
-
-    /// Does for a block what is done for one after the other; false when one before it has failed.
-    template <class Work>
-    bool InTurn(std::uint64_t& stage, std::uint64_t number, const Work& work) {
-        {
-            std::unique_lock lock(m_mutex);
-            if (!AwaitTurn(lock, stage, number))
-                return false;
-        }
-        work();
-        const std::lock_guard lock(m_mutex);
-        ++stage;
-        m_moved.notify_all();
-        return true;
-    }
-
-    /// Waits until `stage` has come to a block; false when one before it has failed.
-    bool AwaitTurn(std::unique_lock<std::mutex>& lock, const std::uint64_t& stage,
-                   std::uint64_t number) {
-        m_moved.wait(lock, [&] { return stage == number || m_failedBlock < number; });
-        return stage == number;
+        return m_handing.Do(block.number, [&] {
+            m_target.sink->Take(block.content, block.bytes);
+            return true;
+        });
     }
 
     bool HasFailed() {
@@ -332,7 +307,8 @@ class CBlockReader {
             return;
         m_failedBlock = number;
         m_status = status;
-        m_moved.notify_all();
+        for (CSequencedStep* step : {&m_placing, &m_counting, &m_handing})
+            step->StopAt(number);
     }
 
     /// Behind the end mark.
@@ -350,14 +326,13 @@ class CBlockReader {
 
     const SFrameBlocks& m_blocks;
     const SFrameTarget& m_target;
+    CSequencedStep m_placing;
+    std::uint64_t m_made = 0; ///< bytes of the blocks that are placed
+    CSequencedStep m_counting;
     XXH32_state_t m_checksum{}; ///< of the one whose turn it is
+    CSequencedStep m_handing;
 
     std::mutex m_mutex; ///< guards what is behind it
-    std::condition_variable m_moved;
-    std::uint64_t m_placed = 0;  ///< blocks whose bytes are counted in `m_made`
-    std::uint64_t m_made = 0;    ///< bytes
-    std::uint64_t m_counted = 0; ///< blocks in the checksum
-    std::uint64_t m_handedOver = 0;
     std::uint64_t m_failedBlock = kNoBlock;
     Status m_status{};
 };

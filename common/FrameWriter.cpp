@@ -2,9 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
-#include <condition_variable>
-#include <mutex>
 
 #include <lz4.h>
 #include <xxhash/xxhash.h>
@@ -13,18 +10,16 @@
 #include "common/HeldExceptions.h"
 #include "common/LittleEndian.h"
 #include "common/OrderedJobs.h"
+#include "common/SequencedStep.h"
 #include "trevolt/TransferReport.h"
 
 namespace trevolt {
 namespace {
 
 constexpr int kAcceleration = 1;
-/// Pieces that may wait for the stream beside those that are in work.
-constexpr std::size_t kWaitingPieces = 2;
 
 struct SFramePiece {
-    const std::byte* content =
-        nullptr; ///< null when it got no memory, or none was asked for any more
+    const std::byte* content = nullptr; ///< null when it got no memory
     std::size_t contentBytes = 0;
     CBudgetBlock scratch; ///< what `content` lies in, if not in place
     CBudgetBlock packed;
@@ -43,7 +38,7 @@ bool Pack(SFramePiece& piece) {
     return true;
 }
 
-/// Makes pieces on any thread, and writes them on one.
+/// Makes pieces and writes them on any threads, a piece on one.
 class CFrameWriter {
   public:
     CFrameWriter(std::ostream& stream, std::uint64_t byteCount, const FramePieceSource& source)
@@ -55,52 +50,48 @@ class CFrameWriter {
         WriteHeader();
         const auto pieces =
             static_cast<std::size_t>((m_byteCount + kLargestBlockBytes - 1) / kLargestBlockBytes);
-        RunOrdered<SFramePiece>(
-            pieces, threads, [this](std::size_t index) { return MakePiece(index); },
-            [this](const SFramePiece& piece) { WritePiece(piece); }, threads + kWaitingPieces);
+        ShareOut(pieces, threads, [this](std::size_t index) { return TakePiece(index); });
+        if (m_isMemoryRefused) {
+            CTransferReport::NoteMemoryRefused(); // a piece's thread has no report
+            return E_FAIL;
+        }
         WriteField(0); // the end mark
         WriteField(XXH32_digest(&m_checksum));
-        return m_ok ? S_OK : E_FAIL;
+        return m_stream.good() ? S_OK : E_FAIL;
     }
 
   private:
+    /// Makes a piece and writes it behind those before it; false when that fails, or they did. Who has
+    /// made it writes it, from that processor's cache, while others make theirs: one more thread for the
+    /// writing would take turns with them on the processors.
+    bool TakePiece(std::size_t index) {
+        const SFramePiece piece = MakePiece(index);
+        m_counting.Do(index, [&] {
+            if (piece.content != nullptr)
+                XXH32_update(&m_checksum, piece.content, piece.contentBytes);
+            return true;
+        });
+        const bool isWritten = m_writing.Do(index, [&] { return WritePiece(piece); });
+        if (!isWritten)
+            m_writing.StopAt(index);
+        return isWritten;
+    }
+
     SFramePiece MakePiece(std::size_t index) {
         SFramePiece piece;
-        if (!m_ok)
-            return piece;
         const std::uint64_t offset = std::uint64_t{index} * kLargestBlockBytes;
         piece.contentBytes = static_cast<std::size_t>(
             std::min<std::uint64_t>(m_byteCount - offset, kLargestBlockBytes));
         piece.content = m_source(offset, piece.contentBytes, piece.scratch);
         if (piece.content != nullptr && !Pack(piece))
             piece.content = nullptr;
-        CountIntoChecksum(index, piece);
         return piece;
     }
 
-    /// In the order of the pieces. On the thread that made the piece: the one that writes has the
-    /// most to do, since a file takes bytes from one thread at a time.
-    void CountIntoChecksum(std::size_t index, const SFramePiece& piece) {
-        {
-            std::unique_lock lock(m_mutex);
-            m_moved.wait(lock, [&] { return m_counted == index || !m_ok; });
-            if (m_counted != index)
-                return;
-        }
-        if (piece.content != nullptr)
-            XXH32_update(&m_checksum, piece.content, piece.contentBytes);
-        const std::lock_guard lock(m_mutex);
-        ++m_counted;
-        m_moved.notify_all();
-    }
-
-    void WritePiece(const SFramePiece& piece) {
-        if (!m_ok)
-            return;
+    bool WritePiece(const SFramePiece& piece) {
         if (piece.content == nullptr) {
-            CTransferReport::NoteMemoryRefused(); // a piece's thread has no report
-            Fail();
-            return;
+            m_isMemoryRefused = true;
+            return false;
         }
         if (piece.packedBytes == 0) {
             WriteField(static_cast<std::uint32_t>(piece.contentBytes) | kStoredAsIsBit);
@@ -109,12 +100,7 @@ class CFrameWriter {
             WriteField(static_cast<std::uint32_t>(piece.packedBytes));
             WriteBytes(piece.packed.Data(), piece.packedBytes);
         }
-    }
-
-    void Fail() {
-        const std::lock_guard lock(m_mutex);
-        m_ok = false;
-        m_moved.notify_all();
+        return m_stream.good();
     }
 
     void WriteHeader() {
@@ -142,20 +128,16 @@ class CFrameWriter {
     }
 
     void WriteBytes(const std::byte* bytes, std::size_t count) {
-        if (m_ok && !m_stream.write(reinterpret_cast<const char*>(bytes),
-                                    static_cast<std::streamsize>(count)))
-            Fail();
+        m_stream.write(reinterpret_cast<const char*>(bytes), static_cast<std::streamsize>(count));
     }
 
     std::ostream& m_stream;
     std::uint64_t m_byteCount;
     const FramePieceSource& m_source;
-    XXH32_state_t m_checksum{};   ///< of the thread whose turn it is
-    std::atomic<bool> m_ok{true}; ///< any failure makes every further step do nothing
-
-    std::mutex m_mutex; ///< guards what is behind it
-    std::condition_variable m_moved;
-    std::size_t m_counted = 0; ///< pieces in the checksum
+    CSequencedStep m_counting;
+    XXH32_state_t m_checksum{}; ///< of the thread whose turn it is
+    CSequencedStep m_writing;
+    bool m_isMemoryRefused = false; ///< of the thread that writes
 };
 
 } // namespace

@@ -21,9 +21,10 @@ using FramePieceSource =
 
 /// Writes a content of `byteCount` bytes at the stream's position as one LZ4 frame with content size
 /// and content checksum (an empty content as an empty frame without the size, which cannot declare
-/// it), in independent blocks of 4 MiB of the content. Up to `threads` threads make and compress
-/// pieces; the calling thread writes them in their order, and the bytes are the same for every
-/// number of threads. Nothing is sought or flushed. E_FAIL when the stream fails, or when the memory
+/// it), in independent blocks of 4 MiB of the content. Up to `threads` threads, the calling one among
+/// them, make, compress and write pieces, each one at a time; the stream is written to by one of them
+/// at a time, in the order of the pieces, and the bytes are the same for every number of threads.
+/// Nothing is sought or flushed. E_FAIL when the stream fails, or when the memory
 /// for a piece is refused, of which the thread's transfer report hears; the frame is not whole then.
 Status WriteFrame(std::ostream& stream, std::uint64_t byteCount, std::size_t threads,
                   const FramePieceSource& source);

@@ -11,6 +11,7 @@
 #include <optional>
 #include <system_error>
 #include <thread>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -29,14 +30,19 @@ std::vector<Thread> StartThreads(std::size_t count, const Body& body) {
     return threads;
 }
 
-/// Calls `work(i)` once for every i below `count`, in any order, on the calling thread and up to
-/// `jobs` − 1 others. `work` must not throw.
+/// Calls `work(i)` once for every i below `count`, begun in their order, on the calling thread and up to
+/// `jobs` − 1 others. Where `work` answers whether to go on, a thread begins nothing more once it is told
+/// not to. `work` must not throw.
 template <class Thread = std::jthread, class Work>
 void ShareOut(std::size_t count, std::size_t jobs, const Work& work) {
     std::atomic<std::size_t> next{0};
     const auto takeAll = [&] {
-        for (std::size_t i = next++; i < count; i = next++)
-            work(i);
+        for (std::size_t i = next++; i < count; i = next++) {
+            if constexpr (std::is_void_v<decltype(work(i))>)
+                work(i);
+            else if (!work(i))
+                return;
+        }
     };
     const std::size_t workers = std::min(std::max<std::size_t>(jobs, 1), count);
     const std::vector<Thread> threads =

@@ -96,13 +96,12 @@ TEST(FrameWriter, AsksForEachPieceOnce) {
     }
 }
 
-TEST(FrameWriter, KeepsNoMemoryAndFewPiecesAtATime) {
+TEST(FrameWriter, KeepsNoMemoryAndAPieceForEachThread) {
     const Bytes content = MixedBytes(12 * kPiece, 100000);
     const std::uint64_t held = CMemoryBudget::Process().Outstanding();
     for (const std::size_t threads : {1U, 3U}) {
-        // A piece is its content and what it is packed into. One is being written, `threads` are in
-        // work, two may wait.
-        const CBudgetLimit limit(held + (threads == 1 ? 1 : threads + 3) * (2 * kPiece + 10));
+        // A piece is its content and what it is packed into.
+        const CBudgetLimit limit(held + threads * (2 * kPiece + 10));
         EXPECT_EQ(Written(content, threads).size(), FrameOf(content, {}).size());
         EXPECT_EQ(CMemoryBudget::Process().Outstanding(), held);
     }
@@ -134,6 +133,39 @@ TEST(FrameWriter, FailsAndReportsWhenAPieceGetsNoMemory) {
                   E_FAIL);
         EXPECT_TRUE(report.WasMemoryRefused());
         EXPECT_LT(asked, 12);
+    }
+}
+
+/// Gives `content`, but not what begins at `refused`.
+FramePieceSource SourceWithout(const Bytes& content, std::uint64_t refused) {
+    return [&content, refused](std::uint64_t offset, std::size_t, CBudgetBlock&) {
+        return offset == refused ? nullptr : &content[offset];
+    };
+}
+
+TEST(FrameWriter, WritesWhatStandsBeforeAPieceWithoutMemory) {
+    const Bytes content = Noise(5 * kPiece);
+    const std::string before = AsText(FrameOf(content, {})).substr(0, 15 + 2 * (4 + kPiece));
+    for (const std::size_t threads : {1U, 2U, 3U, 5U}) {
+        const CTransferReport report;
+        std::ostringstream stream;
+        EXPECT_EQ(WriteFrame(stream, content.size(), threads, SourceWithout(content, 2 * kPiece)),
+                  E_FAIL);
+        EXPECT_TRUE(report.WasMemoryRefused());
+        EXPECT_TRUE(stream.str() == before);
+    }
+}
+
+// Whichever thread comes to its failure first.
+TEST(FrameWriter, TellsTheFailureOfTheFirstPiece) {
+    const Bytes content = Noise(5 * kPiece);
+    for (const std::size_t threads : {1U, 2U, 3U, 5U}) {
+        const CTransferReport report;
+        CFullDisk full(kPiece);
+        EXPECT_EQ(WriteFrame(full, content.size(), threads, SourceWithout(content, kPiece)),
+                  E_FAIL);
+        EXPECT_TRUE(full.bad());
+        EXPECT_FALSE(report.WasMemoryRefused());
     }
 }
 
