@@ -47,8 +47,9 @@ std::uint64_t PixelsOf(const PixelSize& size) {
 constexpr std::uint64_t kSideBytes = std::uint64_t{32} << 20;
 /// What each further thread that works on a file takes, and more: the pieces of the widest body.
 constexpr std::uint64_t kThreadBytes = std::uint64_t{32} << 20;
-/// A map's bytes a pixel: an element and a gain.
+/// How much of a source is copied at a time.
 constexpr std::size_t kCopyBytes = std::size_t{256} << 10;
+/// A map's bytes a pixel: an element and a gain.
 constexpr std::uint64_t kMapBytes = sizeof(SMatrixCoef) + sizeof(float);
 
 /// `name` without the folders before it.
