@@ -50,7 +50,7 @@ void ShareOut(std::size_t count, std::size_t jobs, const Work& work) {
     takeAll();
 }
 
-/// The hand-over of `RunOrdered`: results wait here until those before them are delivered.
+/// The hand-over of `COrderedWork`: results wait here until those before them are taken.
 template <class Result>
 class CResultQueue {
   public:
@@ -64,8 +64,17 @@ class CResultQueue {
         if (m_next == m_count)
             return std::nullopt;
         const std::size_t piece = m_next++;
-        m_delivered.wait(lock, [&] { return m_isStopped || piece - m_first < m_ahead; });
+        m_taken.wait(lock, [&] { return m_isStopped || piece - m_first < m_ahead; });
         return m_isStopped ? std::nullopt : std::optional(piece);
+    }
+
+    /// The next piece of work, if the result that is to be taken next is still in work and `Next` would
+    /// not wait.
+    std::optional<std::size_t> NextMeanwhile() {
+        const std::lock_guard lock(m_mutex);
+        if (m_next == m_count || m_next - m_first >= m_ahead || IsFirstThere())
+            return std::nullopt;
+        return m_next++;
     }
 
     void Put(std::size_t piece, Result result) {
@@ -74,31 +83,32 @@ class CResultQueue {
         m_finished.notify_one();
     }
 
-    /// No further piece is given out, and nobody waits for the delivery of earlier ones.
+    /// No further piece is given out, and nobody waits for the taking of earlier ones.
     void Stop() {
         const std::lock_guard lock(m_mutex);
         m_isStopped = true;
-        m_delivered.notify_all();
+        m_taken.notify_all();
     }
 
     /// Whether the result behind the last one taken is there.
     bool IsReady() {
         const std::lock_guard lock(m_mutex);
-        return m_first < m_count && PlaceOf(m_first).has_value();
+        return IsFirstThere();
     }
 
     /// The result behind the last one taken.
     Result Take() {
         std::unique_lock lock(m_mutex);
-        std::optional<Result>& first = PlaceOf(m_first);
-        m_finished.wait(lock, [&] { return first.has_value(); });
-        Result result = *std::exchange(first, std::nullopt);
+        m_finished.wait(lock, [&] { return IsFirstThere(); });
+        Result result = *std::exchange(PlaceOf(m_first), std::nullopt);
         ++m_first;
-        m_delivered.notify_all();
+        m_taken.notify_all();
         return result;
     }
 
   private:
+    bool IsFirstThere() { return m_first < m_count && PlaceOf(m_first).has_value(); }
+
     /// No more pieces than there are places are on their way at once.
     std::optional<Result>& PlaceOf(std::size_t piece) {
         return m_waiting[piece % m_waiting.size()];
@@ -106,7 +116,7 @@ class CResultQueue {
 
     std::mutex m_mutex;
     std::condition_variable m_finished;
-    std::condition_variable m_delivered;
+    std::condition_variable m_taken;
     std::size_t m_count;
     std::size_t m_ahead;
     std::size_t m_next = 0;
@@ -116,23 +126,30 @@ class CResultQueue {
     std::vector<std::optional<Result>> m_waiting;
 };
 
+/// What the one does who takes the results of `COrderedWork`.
+enum class ETaker {
+    Works, ///< is one of the jobs, and works until the result that is asked for is there
+    Waits  ///< has other things to do, which the work is to go on beside
+};
+
 /// Calls `work(i)` for every i below `count`, on up to `jobs` threads at once, while it lives, and
 /// gives the results out in the order of i. No more than `ahead` (at least 1) pieces are in work or
-/// wait to be taken. With fewer jobs than `fewestThreads`, with one piece, and where the system gives no
-/// thread, the taker does the work itself. `work` must not throw where threads do it. What is not taken when it goes is let go: the
-/// pieces in work are finished, no further one is begun.
+/// wait to be taken. Of one piece, and where the system gives no thread, the taker does all the work.
+/// `work` must not throw where threads do it. What is not taken when it goes is let go: the pieces in
+/// work are finished, no further one is begun.
 template <class Result, class Work, class Thread = std::jthread>
 class COrderedWork {
   public:
-    COrderedWork(std::size_t count, std::size_t jobs, const Work& work,
-                 std::size_t ahead = SIZE_MAX, std::size_t fewestThreads = 2)
+    COrderedWork(std::size_t count, std::size_t jobs, const Work& work, ETaker taker,
+                 std::size_t ahead = SIZE_MAX)
         : m_work(work), m_queue(count, ahead) {
         const std::size_t workers = std::min(std::max<std::size_t>(jobs, 1), count);
-        m_threads =
-            StartThreads<Thread>(workers < fewestThreads || count == 1 ? 0 : workers, [this] {
-                while (const auto piece = m_queue.Next())
-                    m_queue.Put(*piece, m_work(*piece));
-            });
+        const bool isOneLess = taker == ETaker::Works || count == 1;
+        m_threads = StartThreads<Thread>(workers == 0 ? 0 : workers - (isOneLess ? 1 : 0), [this] {
+            while (const auto piece = m_queue.Next())
+                DoPiece(*piece);
+        });
+        m_doesTakerWork = taker == ETaker::Works || m_threads.empty();
     }
     ~COrderedWork() { m_queue.Stop(); }
     COrderedWork(const COrderedWork&) = delete;
@@ -142,24 +159,23 @@ class COrderedWork {
     /// Whether `Take` would neither wait nor work.
     bool IsReady() { return m_queue.IsReady(); }
     /// The next result; to be called no more than `count` times.
-    Result Take() { return HasThreads() ? m_queue.Take() : m_work(m_taken++); }
+    Result Take() {
+        while (m_doesTakerWork) {
+            const auto piece = m_queue.NextMeanwhile();
+            if (!piece)
+                break;
+            DoPiece(*piece);
+        }
+        return m_queue.Take();
+    }
 
   private:
+    void DoPiece(std::size_t piece) { m_queue.Put(piece, m_work(piece)); }
+
     const Work& m_work;
+    bool m_doesTakerWork = false;
     CResultQueue<Result> m_queue;
-    std::size_t m_taken = 0; ///< without threads
     std::vector<Thread> m_threads;
 };
-
-/// Calls `work(i)` as `COrderedWork` does for every i below `count`, and `deliver(result)` on the
-/// calling thread in the order of i, each as soon as it and those before it are there. What `deliver`
-/// throws comes through, once the pieces in work are finished.
-template <class Result, class Thread = std::jthread, class Work, class Deliver>
-void RunOrdered(std::size_t count, std::size_t jobs, const Work& work, const Deliver& deliver,
-                std::size_t ahead = SIZE_MAX) {
-    COrderedWork<Result, Work, Thread> results(count, jobs, work, ahead);
-    for (std::size_t i = 0; i < count; ++i)
-        deliver(results.Take());
-}
 
 } // namespace trevolt

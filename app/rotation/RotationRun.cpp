@@ -79,9 +79,10 @@ class CPlannedRun {
         const auto turn = [this](std::size_t i) {
             return TurnFile(m_request, m_interrupted, m_share, m_target, m_plan.turns[i]);
         };
-        // A file that is done waits for the disk, never for the next one: one job has its thread, too.
+        // A file that is to reach the disk waits for that, never for the next one: no job waits with it.
+        const ETaker taker = m_target.IsSynced() ? ETaker::Waits : ETaker::Works;
         COrderedWork<STurnedFile, decltype(turn)> turned(m_plan.turns.size(), m_request.jobs, turn,
-                                                         kFilesAhead, m_target.IsSynced() ? 1 : 2);
+                                                         taker, kFilesAhead);
         COutputKeeper keeper(m_target, m_request.existing, m_interrupted);
         std::size_t taken = 0;
         while (taken < m_plan.turns.size()) {

@@ -100,18 +100,22 @@ TEST(WorkShare, ExtendsAPartByWhatIsFree) {
 }
 
 TEST(WorkShare, ResultsAreHandedOverWithoutMemory) {
-    std::optional<test::CAllocationLimit> limit;
-    std::size_t sum = 0;
-    RunOrdered<std::size_t>(
-        500, 2,
-        [&](std::size_t i) {
+    for (const ETaker taker : {ETaker::Works, ETaker::Waits}) {
+        std::optional<test::CAllocationLimit> limit;
+        const auto work = [&](std::size_t i) {
             if (i == 0)
                 limit.emplace(64);
             return i;
-        },
-        [&](std::size_t result) { sum += result; });
-    limit.reset();
-    EXPECT_EQ(sum, 500U * 499 / 2);
+        };
+        std::size_t sum = 0;
+        {
+            COrderedWork<std::size_t, decltype(work)> results(500, 2, work, taker);
+            for (int i = 0; i < 500; ++i)
+                sum += results.Take();
+        }
+        limit.reset();
+        EXPECT_EQ(sum, 500U * 499 / 2);
+    }
 }
 
 TEST(WorkShare, GivesNothingOfNothing) {
