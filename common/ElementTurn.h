@@ -76,9 +76,8 @@ void GatherSideways(const CQuarterTurn& turn, const CQuarterTurn& back, const SP
                     const Row& row, Element* out, std::int64_t stride) {
     using Tile = CTurnTile<sizeof(Element)>;
     static_assert(Tile::kColumns <= kTurnTile);
-    const PixelPosition origin = turn.Turned(0, 0);
-    const bool isUpward = turn.Turned(0, 1).x < origin.x;
-    const std::int64_t rowStep = (turn.Turned(1, 0).y - origin.y) * stride;
+    const bool isUpward = turn.IsLeftward(); // the target's rows begin with the picture's last
+    const std::int64_t rowStep = (turn.Turned(1, 0).y - turn.Turned(0, 0).y) * stride;
     const std::int64_t height = back.TurnedSize().height;
     Tile tile;
     for (std::int32_t top = rect.top; top < rect.bottom; top += Tile::kColumns) {

@@ -56,10 +56,7 @@ class CMapRows {
 class CMapQuarterTurn {
   public:
     CMapQuarterTurn(const CMapRows& source, const CQuarterTurn& turn, CMassiveGrid& target)
-        : m_source(source),
-          m_turn(turn),
-          m_target(target),
-          m_isUpward(turn.Turned(0, 1).x < turn.Turned(0, 0).x) {}
+        : m_source(source), m_turn(turn), m_target(target) {}
 
     void TurnAll(std::int32_t width, std::int32_t height) const {
         for (std::int32_t top = 0; top < height; top += kSide)
@@ -97,14 +94,14 @@ class CMapQuarterTurn {
     bool TurnSquare(std::int32_t left, std::int32_t top) const {
         SquareRows rows;
         for (std::int32_t i = 0; i < kSide; ++i) {
-            const std::int32_t y = m_isUpward ? top + kSide - 1 - i : top + i;
+            const std::int32_t y = m_turn.IsLeftward() ? top + kSide - 1 - i : top + i;
             const SMatrixCoef* const row = m_source.Held(left, y, kSide);
             if (row == nullptr)
                 return false;
             PrefetchLines<ELineUse::Read>(row, kAhead, kSideBytes);
             rows[static_cast<std::size_t>(i)] = row;
         }
-        const std::int32_t first = m_isUpward ? top + kSide - 1 : top;
+        const std::int32_t first = m_turn.IsLeftward() ? top + kSide - 1 : top;
         for (std::int32_t column = 0; column < kSide; ++column) {
             const std::uint32_t index = TargetIndex(left + column, first);
             if (m_target.RunLength(index) < kSide)
@@ -136,7 +133,6 @@ class CMapQuarterTurn {
     const CMapRows& m_source;
     const CQuarterTurn& m_turn;
     CMassiveGrid& m_target;
-    bool m_isUpward; ///< a lower row of the source lies further left in the target
 };
 
 /// The most of the elements [first, end) of rows of `width` that are one rectangle: the rest of a

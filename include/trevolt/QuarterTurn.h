@@ -65,6 +65,9 @@ class CQuarterTurn {
     /// Whether the pixels of a row stay in one row.
     constexpr bool StaysInRow() const { return m_stepX.y == 0; }
 
+    /// Whether the pixels of a column, from top to bottom, come to stand from right to left.
+    constexpr bool IsLeftward() const { return m_stepY.x < 0; }
+
   private:
     PixelSize m_size;
     PixelPosition m_base;

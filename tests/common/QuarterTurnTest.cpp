@@ -44,6 +44,19 @@ TEST(QuarterTurn, FourQuartersAreNone) {
     }
 }
 
+TEST(QuarterTurn, TellsHowRowsAndColumnsLie) {
+    struct {
+        std::uint32_t code;
+        bool staysInRow;
+        bool isLeftward;
+    } const expected[] = {{1, false, true}, {2, true, false}, {3, false, false}};
+    for (const auto& [code, staysInRow, isLeftward] : expected) {
+        const CQuarterTurn turn(code, 5, 6);
+        EXPECT_EQ(turn.StaysInRow(), staysInRow) << code;
+        EXPECT_EQ(turn.IsLeftward(), isLeftward) << code;
+    }
+}
+
 TEST(QuarterTurn, KnowsThreeCodes) {
     EXPECT_FALSE(CQuarterTurn::IsKnown(0));
     EXPECT_TRUE(CQuarterTurn::IsKnown(1));
