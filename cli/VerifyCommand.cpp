@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "app/rotation/Manifest.h"
+#include "app/rotation/Obstacles.h"
 #include "cli/Commands.h"
 #include "cli/OptionGroup.h"
 #include "cli/OptionValues.h"
@@ -20,8 +21,8 @@ constexpr const char* kVerifyNotes = R"(Examples:
 
 Exit states:
   0    all files are as their sums say
-  1    some file differs, is missing or cannot be read
-  2    wrong usage, or no sum to compare
+  1    some file differs, is missing or cannot be read, or some line is no sum
+  2    wrong usage, or the manifest does not open
   130  interrupted; what is told of a file holds)";
 
 /// Prints a line a file, and where a line of the manifest is none.
@@ -33,7 +34,14 @@ class CConsoleVerification : public CVerificationListener {
         PrintLine(stdout, "{}: {}", file.name, AnswerTo(file));
     }
     void OnBadLine(std::uint64_t number) override {
-        PrintLine(stderr, "{}: line {} is no sum with its file name", m_manifest, number);
+        if (++m_badLines <= kToldObstacles)
+            PrintLine(stderr, "{}: line {} is no sum with its file name", m_manifest, number);
+    }
+    /// Of a file that is no manifest no more lines than these are told.
+    void TellFurtherBadLines() const {
+        if (m_badLines > kToldObstacles)
+            PrintLine(stderr, "{}: and {} more like these", m_manifest,
+                      m_badLines - kToldObstacles);
     }
 
   private:
@@ -52,6 +60,7 @@ class CConsoleVerification : public CVerificationListener {
     }
 
     const std::string& m_manifest;
+    std::uint64_t m_badLines = 0;
 };
 
 int ExitStatus(EVerificationEnd end) {
@@ -72,6 +81,7 @@ int Verify(const std::string& manifest) {
     const std::wstring path = ParseFor("MANIFEST", "a file", manifest, ParsePath);
     CConsoleVerification listener(manifest);
     const SVerification outcome = VerifyManifest(path, listener, CatchInterrupts());
+    listener.TellFurtherBadLines();
     if (!outcome.error.empty())
         Complain("{}", outcome.error);
     if (outcome.end != EVerificationEnd::NothingToDo)

@@ -1010,6 +1010,12 @@ class Manifest(CliTest):
         self.expect(self.run_cli('verify', self.manifest), 1,
                     [f'{self.target}/a-90°.3bcoef: OK', '1 OK, 0 failed, 0 missing'],
                     [f'{self.manifest}: line 1 is no sum with its file name'])
+        for count, more in ((10, []), (11, ['and 1 more like these']),
+                            (3000, ['and 2990 more like these'])):
+            self.manifest.write_text('no sum\n' * count)
+            self.expect(self.run_cli('verify', self.manifest), 1, ['0 OK, 0 failed, 0 missing'],
+                        [f'{self.manifest}: line {i} is no sum with its file name'
+                         for i in range(1, 11)] + [f'{self.manifest}: {line}' for line in more])
         self.manifest.write_bytes(b'')
         self.expect(self.run_cli('verify', self.manifest), 1, ['0 OK, 0 failed, 0 missing'],
                     [f'trevolt-cli: the manifest {self.manifest} holds no sum'])
