@@ -55,6 +55,10 @@ struct FolderListing {
 /// of its entries. What the system refuses to tell is missing, and the listing's error says why.
 FolderListing ListEntries(const std::wstring& prefix);
 
+/// Whether `folder` is seen to be a folder that holds nothing; it is not read further than to its first
+/// entry. False where the system refuses to tell.
+bool IsEmptyFolder(const std::wstring& folder);
+
 /// Whether `path` names a file, a folder or another entry; links are followed.
 bool PathExists(const std::wstring& path);
 

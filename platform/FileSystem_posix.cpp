@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <ctime>
 #include <memory>
+#include <string_view>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -120,6 +121,18 @@ FolderListing ListEntries(const std::wstring& prefix) {
     }
     listing.error = errno != 0 ? errno : lookError;
     return listing;
+}
+
+bool IsEmptyFolder(const std::wstring& folder) {
+    const auto native = ToNativePath(folder);
+    const std::unique_ptr<DIR, DirCloser> dir(native ? opendir(native->c_str()) : nullptr);
+    if (!dir)
+        return false;
+    errno = 0;
+    while (const dirent* const entry = readdir(dir.get()))
+        if (const std::string_view name = entry->d_name; name != "." && name != "..")
+            return false;
+    return errno == 0;
 }
 
 bool PathExists(const std::wstring& path) {

@@ -104,6 +104,21 @@ FolderListing ListEntries(const std::wstring& prefix) {
     return listing;
 }
 
+bool IsEmptyFolder(const std::wstring& folder) {
+    WIN32_FIND_DATAW found{};
+    const HANDLE search = FindFirstFileW((WithSeparator(folder) + L"*").c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) // a volume's own folder has no "." to be found
+        return GetLastError() == ERROR_FILE_NOT_FOUND;
+    bool isEmpty = true;
+    do {
+        const std::wstring_view name = found.cFileName;
+        isEmpty = name == L"." || name == L"..";
+    } while (isEmpty && FindNextFileW(search, &found) != 0);
+    isEmpty = isEmpty && GetLastError() == ERROR_NO_MORE_FILES;
+    FindClose(search);
+    return isEmpty;
+}
+
 bool PathExists(const std::wstring& path) {
     return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }

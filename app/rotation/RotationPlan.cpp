@@ -151,22 +151,11 @@ void CheckOutputsDiffer(SRotationPlan& plan) {
     }
 }
 
-/// Whether something stands there, or may: to ask for each of many files takes long, above all on a
-/// share of another computer.
-bool HasEntries(const std::wstring& folder) {
-    if (!PathExists(folder))
-        return false;
-    const FolderListing listing = ListEntries(WithSeparator(folder));
-    return listing.error != 0 || !listing.unnamedByUtf8.empty() ||
-           !std::all_of(
-               listing.entries.begin(), listing.entries.end(),
-               [](const FolderEntry& entry) { return entry.name == L"." || entry.name == L".."; });
-}
-
 /// Finds the outputs that stand already. None may be a source, by whatever name.
 void FindTaken(const SRotationRequest& request, SRotationPlan& plan) {
     const std::wstring& target = request.targetFolder; // empty where files are only listed
-    if (target.empty() || !HasEntries(target))
+    // To ask for each of many names takes long, above all on a share of another computer.
+    if (target.empty() || !PathExists(target) || IsEmptyFolder(target))
         return;
     std::vector<std::pair<EntryIdentity, const SPlannedTurn*>> standing;
     for (SPlannedTurn& turn : plan.turns) {

@@ -77,6 +77,22 @@ TEST(FileSystem, AListingThatIsRefusedTellsWhy) {
     EXPECT_TRUE(listing.entries.empty());
 }
 
+TEST(FileSystem, SeesWhetherAFolderIsEmpty) {
+    const CTemporaryFolder folder;
+    EXPECT_TRUE(IsEmptyFolder(folder.Path()));
+    EXPECT_TRUE(IsEmptyFolder(WithoutSeparator(folder.Path())));
+    EXPECT_FALSE(IsEmptyFolder(folder.File(L"missing")));
+    for (const wchar_t* name : {L"file", L".hidden", L"..."}) {
+        WriteText(folder.File(name), "x");
+        EXPECT_FALSE(IsEmptyFolder(folder.Path())) << name;
+        EXPECT_FALSE(IsEmptyFolder(folder.File(name)));
+        ASSERT_TRUE(RemoveFile(folder.File(name)));
+    }
+    ASSERT_TRUE(CreateFolders(folder.File(L"deep")));
+    EXPECT_FALSE(IsEmptyFolder(folder.Path()));
+    EXPECT_TRUE(IsEmptyFolder(folder.File(L"deep")));
+}
+
 TEST(FileSystem, SyncsWhatIsThereAndTellsWhatIsNot) {
     const CTemporaryFolder folder;
     test::WriteText(folder.File(L"a"), "x");
@@ -221,6 +237,21 @@ TEST(FileSystem, WhyAFolderTakesNoFileIsToldWithoutOne) {
     }
     ASSERT_EQ(chmod(native.c_str(), 0700), 0);
     EXPECT_TRUE(folder.Names().empty());
+}
+
+TEST(FileSystem, AFolderWhoseEntriesAreNotToldIsNotSeenToBeEmpty) {
+    const CTemporaryFolder folder;
+    const std::string native = *ToNativePath(folder.Path());
+    std::ofstream(native + "file\xFF") << "x";
+    EXPECT_FALSE(IsEmptyFolder(folder.Path()));
+    ASSERT_EQ(unlink((native + "file\xFF").c_str()), 0);
+    ASSERT_EQ(chmod(native.c_str(), 0333), 0);
+    {
+        const COrdinaryUser user;
+        EXPECT_FALSE(IsEmptyFolder(folder.Path()));
+    }
+    ASSERT_EQ(chmod(native.c_str(), 0700), 0);
+    EXPECT_TRUE(IsEmptyFolder(folder.Path()));
 }
 
 TEST(FileSystem, EntriesThatMayNotBeLookedAtAreWhatTheirFolderTells) {

@@ -7,6 +7,12 @@
 #include "trevolt/RotationRun.h"
 #include "trevolt/Utf8.h"
 
+#ifndef _WIN32
+#include <sys/stat.h>
+
+#include "tests/support/OrdinaryUser.h"
+#endif
+
 namespace trevolt {
 namespace {
 
@@ -37,6 +43,13 @@ class RotationPlan : public testing::Test {
         return told;
     }
 
+    std::vector<bool> Taken() const {
+        std::vector<bool> taken;
+        for (const SPlannedTurn& turn : PlanRotation(m_request).turns)
+            taken.push_back(turn.isTaken);
+        return taken;
+    }
+
     Texts Obstacles() const { return PlanRotation(m_request).obstacles; }
 
     Texts PassedOver() const {
@@ -61,6 +74,27 @@ TEST_F(RotationPlan, TakesTheKnownFilesOfAFolderInSortedOrder) {
               (Texts{"a.9wcoef -> a-90\xC2\xB0.9wcoef", "b.3bcoef -> b-90\xC2\xB0.3bcoef"}));
     EXPECT_EQ(PassedOver(), (Texts{"notes.txt: no coefficient file by its name", "sub: a folder"}));
     EXPECT_EQ(Obstacles(), Texts{});
+}
+
+TEST_F(RotationPlan, TellsWhichOutputsStand) {
+    Add(L"a.3bcoef");
+    Add(L"b.3bcoef");
+    using Flags = std::vector<bool>;
+    EXPECT_EQ(Taken(), (Flags{false, false})) << "the target is empty";
+    WriteText(m_target.File(L"b-90\u00B0.3bcoef"), "x");
+    EXPECT_EQ(Taken(), (Flags{false, true}));
+#ifndef _WIN32
+    const std::string native = *ToNativePath(m_target.Path());
+    ASSERT_EQ(chmod(ToNativePath(m_source.Path())->c_str(), 0755), 0);
+    ASSERT_EQ(chmod(native.c_str(), 0333), 0);
+    {
+        const COrdinaryUser user;
+        EXPECT_EQ(Taken(), (Flags{false, true})) << "what may not be listed may be looked at";
+    }
+    ASSERT_EQ(chmod(native.c_str(), 0700), 0);
+#endif
+    m_request.targetFolder = m_target.File(L"missing");
+    EXPECT_EQ(Taken(), (Flags{false, false}));
 }
 
 TEST_F(RotationPlan, TakesTheWholeTreeAndNotTheTargetInIt) {
