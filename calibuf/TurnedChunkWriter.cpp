@@ -53,17 +53,26 @@ class CPlaneRows {
         if (const std::uint16_t* const run =
                 isInside ? m_planes.FindRun(m_k, column, row, length) : nullptr)
             return run;
-        for (std::uint32_t i = 0; i < length; ++i)
-            m_run[i] = WordAt(column + i, row);
+        for (std::uint32_t done = 0; done < length;) {
+            const std::uint32_t toEdge = kBlockWidth - (column + done) % kBlockWidth;
+            const std::uint32_t part = std::min(length - done, toEdge);
+            FillRun(column + done, row, part, &m_run[done]);
+            done += part;
+        }
         return m_run.data();
     }
 
   private:
-    std::uint16_t WordAt(std::uint32_t x, std::uint32_t y) const {
-        if (x >= m_width || y >= m_height)
-            return m_beyond;
-        const std::uint16_t* const word = m_planes.FindRun(m_k, x, y, 1);
-        return word == nullptr ? m_planes.Kind().defaultWords[m_k] : *word;
+    /// Puts the `count` words from (x, y) on, all of one block's columns, at `to`.
+    void FillRun(std::uint32_t x, std::uint32_t y, std::uint32_t count, std::uint16_t* to) const {
+        const std::uint32_t inside = x < m_width && y < m_height ? std::min(count, m_width - x) : 0;
+        const std::uint16_t* const words =
+            inside == 0 ? nullptr : m_planes.FindRun(m_k, x, y, inside);
+        if (words == nullptr)
+            std::fill_n(to, inside, m_planes.Kind().defaultWords[m_k]);
+        else
+            std::copy_n(words, inside, to);
+        std::fill_n(to + inside, count - inside, m_beyond);
     }
 
     const CWordPlanes& m_planes;
@@ -132,13 +141,17 @@ Status WriteChunks(std::ostream& stream, const CWordPlanes& planes, const SPlane
     output.Reserve(pieces.size()); // a thread that adds has nobody to catch what that throws
     CSequencedStep adding;
     ShareOut(pieces.size(), workers, [&](std::size_t i) {
-        // Whoever begins a piece has added one, and so have all before that: the memory is free.
+        // The other threads hold one piece each at most: of as many before this one as there are
+        // chunks, one is added, so the first of them is.
         CTurnedChunk& chunk = chunks[i % chunks.size()];
         chunk.Make(planes, turn, pieces[i]);
-        adding.Do(i, [&] {
+        const bool isAdded = adding.Do(i, [&] {
             output.Add(chunk.Record(), chunk.Bytes());
-            return true;
+            return stream.good();
         });
+        if (!isAdded)
+            adding.StopAt(i);
+        return isAdded;
     });
     output.WriteDirectory();
     return S_OK;
