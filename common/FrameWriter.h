@@ -24,8 +24,8 @@ using FramePieceSource =
 /// it), in independent blocks of 4 MiB of the content. Up to `threads` threads, the calling one among
 /// them, make, compress and write pieces, each one at a time; the stream is written to by one of them
 /// at a time, in the order of the pieces, and the bytes are the same for every number of threads.
-/// Nothing is sought or flushed. E_FAIL when the stream fails, or when the memory
-/// for a piece is refused, of which the thread's transfer report hears; the frame is not whole then.
+/// Nothing is sought or flushed. E_FAIL when the stream fails, or when the memory for a piece is
+/// refused, of which the thread's transfer report hears; the frame is not whole then.
 Status WriteFrame(std::ostream& stream, std::uint64_t byteCount, std::size_t threads,
                   const FramePieceSource& source);
 

@@ -30,9 +30,9 @@ std::vector<Thread> StartThreads(std::size_t count, const Body& body) {
     return threads;
 }
 
-/// Calls `work(i)` once for every i below `count`, begun in their order, on the calling thread and up to
-/// `jobs` − 1 others. Where `work` answers whether to go on, a thread begins nothing more once it is told
-/// not to. `work` must not throw.
+/// Calls `work(i)` once for every i below `count`, begun in their order, on the calling thread and
+/// up to `jobs` − 1 others. Where `work` answers whether to go on, a thread begins nothing more once
+/// it is told not to. `work` must not throw.
 template <class Thread = std::jthread, class Work>
 void ShareOut(std::size_t count, std::size_t jobs, const Work& work) {
     std::atomic<std::size_t> next{0};
