@@ -196,11 +196,31 @@ TEST(OrderedJobs, GoesNoFurtherAheadThanTold) {
     }
 }
 
+TEST(OrderedJobs, WhoWorksGoesNoFurtherAheadThanTold) {
+    std::atomic<bool> isFirstBegun{false};
+    std::atomic<bool> isSecondBegun{false};
+    bool wasSecondBegunMeanwhile = false;
+    const auto work = [&](std::size_t i) {
+        (i == 0 ? isFirstBegun : isSecondBegun) = true;
+        for (int n = 0; i == 0 && n < 5 && !isSecondBegun; ++n)
+            std::this_thread::sleep_for(1ms);
+        wasSecondBegunMeanwhile = i == 0 ? isSecondBegun.load() : wasSecondBegunMeanwhile;
+        return i;
+    };
+    COrderedWork<std::size_t, decltype(work)> results(2, 2, work, ETaker::Works, 1);
+    while (!isFirstBegun)
+        std::this_thread::sleep_for(1ms);
+    EXPECT_EQ(results.Take(), 0U);
+    EXPECT_FALSE(wasSecondBegunMeanwhile);
+    EXPECT_EQ(results.Take(), 1U);
+}
+
 TEST(OrderedJobs, DoesOneJobOnTheTakersThreadUnlessThatWaits) {
     const auto caller = std::this_thread::get_id();
     for (const auto& [count, jobs, taker, isByCaller] :
          {std::tuple(5U, 1U, ETaker::Works, true), std::tuple(1U, 8U, ETaker::Works, true),
-          std::tuple(1U, 8U, ETaker::Waits, true), std::tuple(5U, 1U, ETaker::Waits, false)})
+          std::tuple(1U, 8U, ETaker::Waits, true), std::tuple(5U, 1U, ETaker::Waits, false),
+          std::tuple(5U, 0U, ETaker::Waits, false)})
         TakeAll<bool>(
             count, jobs, taker, [&](std::size_t) { return IsThread(caller); },
             [&, expected = isByCaller](bool byCaller) { EXPECT_EQ(byCaller, expected); });
@@ -264,6 +284,20 @@ TEST(OrderedJobs, EndsTheWorkWhenItGoes) {
             EXPECT_GE(begun, 3U);
         }
     }
+}
+
+TEST(OrderedJobs, EndsEveryThreadThatWaitsWhenItGoes) {
+    std::atomic<std::size_t> begun{0};
+    {
+        const auto work = [&](std::size_t i) {
+            ++begun;
+            return i;
+        };
+        COrderedWork<std::size_t, decltype(work)> results(9, 3, work, ETaker::Waits, 1);
+        std::this_thread::sleep_for(
+            5ms); // all are there by now, and wait for the first to be taken
+    }
+    EXPECT_LE(begun, 1U);
 }
 
 TEST(OrderedJobs, GivesResultsOutAsTheyAreAskedFor) {

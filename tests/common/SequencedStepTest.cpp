@@ -64,6 +64,14 @@ TEST(SequencedStep, ThoseBeforeAStoppedPieceGoOn) {
         EXPECT_TRUE(step.Do(piece, [] { return true; }));
 }
 
+TEST(SequencedStep, AStoppedPieceWaitsForThoseBeforeIt) {
+    CSequencedStep step;
+    step.StopAt(1);
+    const std::jthread second([&] { EXPECT_TRUE(step.Do(1, [] { return true; })); });
+    std::this_thread::sleep_for(5ms);
+    EXPECT_TRUE(step.Do(0, [] { return true; }));
+}
+
 TEST(SequencedStep, StoppingWakesThoseThatWait) {
     CSequencedStep step;
     std::atomic<int> answered{0};
