@@ -195,6 +195,20 @@ TEST_F(RotationPlan, NorOnALinkThatIsASource) {
     EXPECT_EQ(Obstacles(), Texts{});
 }
 
+TEST_F(RotationPlan, NorOnWhatALinkOfTheSourcesLeadsTo) {
+    const std::wstring output = m_target.File(L"a-90\u00B0.3bcoef");
+    WriteText(output, "x");
+    std::filesystem::create_symlink(*ToNativePath(output),
+                                    *ToNativePath(m_source.File(L"a.3bcoef")));
+    EXPECT_EQ(Obstacles().size(), 1U);
+}
+
+TEST_F(RotationPlan, ALinkThatLeadsNowhereStandsInTheOutputsPlace) {
+    Add(L"a.3bcoef");
+    std::filesystem::create_symlink("nowhere", *ToNativePath(m_target.File(L"a-90\u00B0.3bcoef")));
+    EXPECT_TRUE(PlanRotation(m_request).turns.at(0).isTaken);
+}
+
 TEST_F(RotationPlan, ASourceThatCannotBeLookedAtIsNotToldAsMissing) {
     m_request.sources = {m_source.File(std::wstring(300, L'a'))};
     EXPECT_EQ(Obstacles(), Texts{"the source " + Shown(m_request.sources[0]) +

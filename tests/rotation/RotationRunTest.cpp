@@ -485,6 +485,7 @@ TEST_F(RotationRun, AFileWhoseSmallMemoryIsRefusedIsNamedAndTheOthersGoOn) {
     EXPECT_EQ(outcome.end, ERotationEnd::SomeFailed);
     EXPECT_EQ(outcome.written, 1U);
     ASSERT_EQ(m_listener.outcomes.size(), 2U);
+    EXPECT_EQ(m_listener.outcomes[1].name, "b.cccoef");
     EXPECT_EQ(m_listener.outcomes[1].problems, std::vector<std::string>{"not enough memory"});
 }
 
