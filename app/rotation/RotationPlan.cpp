@@ -155,7 +155,7 @@ void CheckOutputsDiffer(SRotationPlan& plan) {
 void FindTaken(const SRotationRequest& request, SRotationPlan& plan) {
     const std::wstring& target = request.targetFolder; // empty where files are only listed
     // To ask for each of many names takes long, above all on a share of another computer.
-    if (target.empty() || !PathExists(target) || IsEmptyFolder(target))
+    if (!PathExists(target) || IsEmptyFolder(target))
         return;
     std::vector<std::pair<EntryIdentity, const SPlannedTurn*>> standing;
     for (SPlannedTurn& turn : plan.turns) {
