@@ -44,7 +44,7 @@ void ShareOut(std::size_t count, std::size_t jobs, const Work& work) {
                 return;
         }
     };
-    const std::size_t workers = std::min(std::max<std::size_t>(jobs, 1), count);
+    const std::size_t workers = std::min(jobs, count);
     const std::vector<Thread> threads =
         StartThreads<Thread>(workers == 0 ? 0 : workers - 1, takeAll);
     takeAll();
