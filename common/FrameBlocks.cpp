@@ -188,9 +188,8 @@ class CBlockReader {
     bool CountIn(SBlock& block) {
         return m_placing.Do(block.number, [&] {
             block.offset = m_made;
-            const bool hasRoom = block.bytes <= m_target.bytes - m_made;
-            m_made += hasRoom ? block.bytes : 0;
-            return hasRoom;
+            m_made += block.bytes;
+            return m_made <= m_target.bytes;
         });
     }
 

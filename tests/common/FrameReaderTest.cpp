@@ -209,6 +209,17 @@ TEST(FrameReader, TakesABlockThatEndsAsNoWriterEndsOneAsLz4Does) {
     }
 }
 
+TEST(FrameReader, TakesABlockOfNothingAsLz4Does) {
+    Bytes frame = WithHeader({0x68, 0x40, 2, 0, 0, 0, 0, 0, 0, 0, 0},
+                             {1, 0, 0, 0, 0, 2, 0, 0, 0x80, 'A', 'B'});
+    frame[14] = static_cast<std::byte>(XXH32(&frame[4], 10, 0) >> 8 & 0xFF);
+    ASSERT_EQ(ContentOfFrame(frame, 2), MakeBytes({'A', 'B'}));
+    for (const std::size_t threads : kThreads) {
+        EXPECT_EQ(ReadBy(threads, frame, 64), MakeBytes({'A', 'B'}));
+        EXPECT_EQ(PiecesBy(threads, frame), MakeBytes({'A', 'B'}));
+    }
+}
+
 TEST(FrameReader, RefusesABlockThatIsLargerThanItsHeaderSays) {
     for (const std::size_t size : {kSmallBlock, kSmallBlock + 1}) {
         const Bytes content = Noise(size);
@@ -312,6 +323,47 @@ TEST(FrameReader, ADamagedBlockEndsTheWorkOfAllThreads) {
         EXPECT_FALSE(PiecesBy(8, frame).has_value());
 }
 
+/// A frame whose first block takes a while, and whose second one is there at once, as it is.
+Bytes LongAndShort(Bytes content) {
+    for (const std::byte byte : Noise(1000))
+        content.push_back(byte);
+    SFrameForm form;
+    form.hasBlockChecksums = true;
+    return FrameOf(content, form);
+}
+
+// Wherever they wait: for their place, or, where the damaged block had its own, for the checksum.
+TEST(FrameReader, ADamagedBlockEndsTheWaitOfThoseBehindIt) {
+    Bytes packed = LongAndShort(MixedBytes(64 * kSmallBlock, 100000));
+    Bytes asItIs = LongAndShort(Noise(64 * kSmallBlock));
+    for (Bytes* const frame : {&packed, &asItIs}) {
+        (*frame)[5000] ^= std::byte{1};
+        for (int run = 0; run < 4; ++run) {
+            EXPECT_FALSE(ReadBy(2, *frame, 9U << 20).has_value());
+            EXPECT_FALSE(PiecesBy(2, *frame).has_value());
+        }
+    }
+}
+
+TEST(FrameReader, TheFirstBlockThatFailsTellsTheStatus) {
+    const Bytes frame = LongAndShort(MixedBytes(64 * kSmallBlock, 100000));
+    // None for the first block's content; the second one needs none, and fails since the first did.
+    const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + frame.size() + 2000);
+    for (int run = 0; run < 4; ++run) {
+        CPipe pipe(frame);
+        CKeptContent kept;
+        EXPECT_EQ(ReadFrame(pipe, frame.size(), 2, kept), E_OUTOFMEMORY);
+    }
+}
+
+TEST(FrameReader, TakesNoMemoryForWhatIsNotThere) {
+    Bytes frame = FrameOf(MixedBytes(300000, 1000), {});
+    frame.resize(2000); // enough for what the header declares
+    const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + 3000);
+    for (const std::size_t threads : kThreads)
+        EXPECT_FALSE(PiecesBy(threads, frame).has_value());
+}
+
 TEST(FrameReader, TellsTheCallingThreadWhatAnotherIsRefused) {
     const Bytes content(600000, std::byte{4});
     SFrameForm form{LZ4F_max64KB};
@@ -331,7 +383,9 @@ TEST(FrameReader, TellsTheCallingThreadWhatAnotherIsRefused) {
 
 TEST(FrameReader, DecodesABlockThatFitsIntoItsPlaceWithoutMemoryOfItsOwn) {
     const Bytes content(50000, std::byte{4});
-    const Bytes frame = FrameOf(content, {});
+    SFrameForm form{LZ4F_max64KB};
+    form.blockBytes = 30000;
+    const Bytes frame = FrameOf(content, form);
     const CBudgetLimit limit(CMemoryBudget::Process().Outstanding() + content.size() +
                              frame.size());
     CMassiveBuf buffer(50000);
