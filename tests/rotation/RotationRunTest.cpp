@@ -881,6 +881,12 @@ TEST_F(RotationRun, WhatAListenerThrowsLeavesNothingBehind) {
         }
 }
 
+TEST_F(RotationRun, TellsThatItsListenerGotNoMemory) {
+    AddFile(L"a.3bcoef", 4, 3);
+    m_listener.afterFile = [] { throw std::bad_alloc(); };
+    EXPECT_THROW(Run(), std::bad_alloc);
+}
+
 TEST_F(RotationRun, WhatAKilledRunLeftIsNoCabinet) {
     AddFile(L"a.3bcoef", 2, 3);
     COutputFolder killed(m_source.Path(), true);
