@@ -82,7 +82,7 @@ TEST(FileSystem, SeesWhetherAFolderIsEmpty) {
     EXPECT_TRUE(IsEmptyFolder(folder.Path()));
     EXPECT_TRUE(IsEmptyFolder(WithoutSeparator(folder.Path())));
     EXPECT_FALSE(IsEmptyFolder(folder.File(L"missing")));
-    for (const wchar_t* name : {L"file", L".hidden", L"..."}) {
+    for (const wchar_t* name : {L"file", L".hidden", L"..a"}) {
         WriteText(folder.File(name), "x");
         EXPECT_FALSE(IsEmptyFolder(folder.Path())) << name;
         EXPECT_FALSE(IsEmptyFolder(folder.File(name)));
