@@ -145,13 +145,10 @@ Status WriteChunks(std::ostream& stream, const CWordPlanes& planes, const SPlane
         // chunks, one is added, so the first of them is.
         CTurnedChunk& chunk = chunks[i % chunks.size()];
         chunk.Make(planes, turn, pieces[i]);
-        const bool isAdded = adding.Do(i, [&] {
+        return adding.Do(i, [&] {
             output.Add(chunk.Record(), chunk.Bytes());
             return stream.good();
         });
-        if (!isAdded)
-            adding.StopAt(i);
-        return isAdded;
     });
     output.WriteDirectory();
     return S_OK;

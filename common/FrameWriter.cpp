@@ -71,10 +71,7 @@ class CFrameWriter {
                 XXH32_update(&m_checksum, piece.content, piece.contentBytes);
             return true;
         });
-        const bool isWritten = m_writing.Do(index, [&] { return WritePiece(piece); });
-        if (!isWritten)
-            m_writing.StopAt(index);
-        return isWritten;
+        return m_writing.Do(index, [&] { return WritePiece(piece); });
     }
 
     SFramePiece MakePiece(std::size_t index) {

@@ -20,8 +20,8 @@ class CSequencedStep {
     }
 
     /// Waits until the step is done for all pieces before this one, and does it: `step` tells whether
-    /// that went well, else it counts as not done. `step` must not throw. False when it is not done for
-    /// this piece; a piece whose step went wrong is to be stopped at, or those behind it wait for ever.
+    /// that went well, else it counts as not done and has stopped at this piece. `step` must not throw.
+    /// False when it is not done for this piece.
     template <class Step>
     bool Do(std::uint64_t piece, const Step& step) {
         {
@@ -30,8 +30,10 @@ class CSequencedStep {
             if (m_next != piece)
                 return false;
         }
-        if (!step())
+        if (!step()) {
+            StopAt(piece);
             return false;
+        }
         const std::lock_guard lock(m_mutex);
         ++m_next;
         m_moved.notify_all();

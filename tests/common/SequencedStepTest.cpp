@@ -45,11 +45,10 @@ TEST(SequencedStep, TellsWhoseItIs) {
     EXPECT_TRUE(step.IsNext(1));
 }
 
-TEST(SequencedStep, CountsAsNotDoneWhereItWentWrong) {
+TEST(SequencedStep, HasStoppedWhereItWentWrong) {
     CSequencedStep step;
     EXPECT_FALSE(step.Do(0, [] { return false; }));
     EXPECT_TRUE(step.IsNext(0));
-    step.StopAt(0);
     bool isDone = false;
     EXPECT_FALSE(step.Do(1, [&] { return isDone = true; }));
     EXPECT_FALSE(isDone);
